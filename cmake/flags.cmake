@@ -1,0 +1,44 @@
+# Compiler flags, as two interface targets.
+#
+#   project_flags    everything: warnings, NDEBUG, sanitizers
+#   arrayfold_flags  the module, and whatever includes its array headers: one instruction set, fixed arithmetic
+
+find_package(Threads REQUIRED)
+
+add_library(project_flags INTERFACE)
+target_compile_options(project_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wno-unknown-warning-option)
+# Without assertions in every configuration: the words of the array library's exceptions depend on it.
+target_compile_definitions(project_flags INTERFACE NDEBUG)
+
+if(ARRAYFOLD_SANITIZE)
+  # Wrapping integers are defined (-fwrapv), and the division fault is the processor's own.
+  target_compile_options(project_flags INTERFACE
+    -fsanitize=${ARRAYFOLD_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
+    -fno-sanitize=signed-integer-overflow -fno-sanitize=vptr,function)
+  target_link_options(project_flags INTERFACE -fsanitize=${ARRAYFOLD_SANITIZE})
+endif()
+
+# What a module and a host agree on: host_value.hpp and host_operations.hpp.
+add_library(arrayfold_contract INTERFACE)
+target_include_directories(arrayfold_contract INTERFACE ${PROJECT_SOURCE_DIR}/plugin)
+
+find_package(xtensor REQUIRED)
+find_package(nlohmann_json REQUIRED)
+
+add_library(arrayfold_flags INTERFACE)
+target_link_libraries(arrayfold_flags INTERFACE project_flags arrayfold_contract)
+target_include_directories(arrayfold_flags SYSTEM INTERFACE ${xtensor_INCLUDE_DIRS})
+target_link_libraries(arrayfold_flags INTERFACE nlohmann_json::nlohmann_json)
+# Every source that sees an array agrees on this macro: it is part of what the containers are.
+target_compile_definitions(arrayfold_flags INTERFACE XTENSOR_USE_XSIMD)
+target_compile_options(arrayfold_flags INTERFACE
+  -ffp-contract=off       # fixed orders and roundings are part of what the module promises
+  -fwrapv                 # integers wrap
+  -fno-builtin-erf -fno-builtin-lgamma)  # these two are the host's
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
+  # Not an instruction set of the machine at hand: 32-byte containers are the array type.
+  target_compile_options(arrayfold_flags INTERFACE -mavx2)
+endif()
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  target_compile_options(arrayfold_flags INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
+endif()
