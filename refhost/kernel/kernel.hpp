@@ -1,0 +1,294 @@
+// kernel/kernel.hpp: what the reference host's kernel offers beside the 44 operations
+//
+// The operations of host_operations.hpp are the contract with a module. This is the other face of the same library, for
+// the script interpreter and for tests: contexts, values with an owner, tables, types, and the instruments (counters,
+// failure switches, the recorder of operations). Nothing here is recorded, and nothing here is known to a module.
+//
+// Ownership. A record releases what it holds when its lifetime is `temporary`; every record that the host makes has
+// that lifetime, nil ones too, so that a caller may write a tag and a pointer into it and hand over the content. A
+// record of another lifetime only looks at its content. Tables and objects count their references, and so does the text
+// of a string: a copy shares it. The kernel is used by one thread at a time.
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/host_operations.hpp"
+#include "host/host_value.hpp"
+
+#pragma GCC visibility push(default)
+
+namespace hvm {
+
+using arrayfold::AnyMan;
+using arrayfold::HostAny;
+using arrayfold::HostContext;
+using arrayfold::HostContextRecord;
+using arrayfold::HostFrame;
+using arrayfold::HostHash;
+using arrayfold::HostHashItem;
+using arrayfold::HostValue;
+using arrayfold::Lifetime;
+using arrayfold::ValueTag;
+
+// ---- Contexts
+
+/// Owns a context from its making to its end. Until told otherwise it has a frame of zeros, every call fails, and every
+/// slot reads as nil, so a module may be driven without an interpreter.
+class Context {
+ public:
+  Context();
+  ~Context();
+  Context(const Context&) = delete;
+  Context& operator=(const Context&) = delete;
+
+  /// What a module receives.
+  HostContext handle() const noexcept { return handle_; }
+
+  /// The frame that expressions read; null gives back the context's own frame of zeros. It is not owned.
+  void use_frame(HostFrame* frame) noexcept;
+  HostFrame* frame() const noexcept { return handle_->frame; }
+
+  /// The function that calls out of expressions; null: every call fails.
+  void call_through(HostContextRecord::CallFunction function) noexcept;
+  /// The function that reads variables; null: every slot reads as nil.
+  void read_through(HostContextRecord::ReadSlot function) noexcept;
+
+  /// A pointer of the user's, found again from a handle by `user_of`. It is not owned.
+  void carry(void* user) noexcept;
+
+ private:
+  HostContext handle_;
+};
+
+/// The pointer that the context of this handle carries; null when there is none or `ctx` is null.
+void* user_of(HostContext ctx) noexcept;
+/// The youngest living context, null when there is none: destroy callbacks get it where a release names none.
+HostContext youngest_context() noexcept;
+
+// ---- Values
+
+/// A nil record that releases what is written into it.
+HostValue nil_record() noexcept;
+/// Releases what `value` holds and leaves nil.
+void release(HostValue& value) noexcept;
+/// Another record of the same content: tables, objects and owned text are shared, not copied.
+HostValue shared(const HostValue& value) noexcept;
+/// Releases what `destination` held and makes it share the content of `source`; the two may be one or overlap in
+/// content.
+void assign(HostValue& destination, const HostValue& source) noexcept;
+/// Narrow characters of any string form, in UTF-8; empty for what is no string. They last as long as the record's
+/// content, those of a wide string until the eighth conversion after this one.
+std::string_view text_of(const HostValue& value) noexcept;
+/// The 16-bit characters of a wide string (tag 24); empty for everything else.
+std::u16string_view wide_text_of(const HostValue& value) noexcept;
+
+/// A record with an owner: released at the end, shared by copying. It has the size and alignment of a record, so that a
+/// `std::vector<Value>` is an argument list. Where memory for a text is missing it is nil.
+class Value {
+ public:
+  Value() noexcept : record_(nil_record()) {}
+  explicit Value(int x) noexcept;
+  explicit Value(std::int64_t x) noexcept;
+  explicit Value(double x) noexcept;
+  explicit Value(std::string_view text) noexcept;
+  explicit Value(const char* text) noexcept : Value(std::string_view(text)) {}
+  explicit Value(std::u16string_view text) noexcept;
+  explicit Value(const char16_t* text) noexcept : Value(std::u16string_view(text)) {}
+
+  /// An owner that shares the content of `record`.
+  static Value sharing(const HostValue& record) noexcept { return Value(hvm::shared(record)); }
+  /// An owner that takes the content out of `record` and leaves nil there.
+  static Value taking(HostValue& record) noexcept;
+  /// A string that refers to a literal, which must outlive every record that shares it.
+  static Value literal(std::string_view text) noexcept;
+  static Value literal(std::u16string_view text) noexcept;
+  /// A string whose characters are behind a record of length and text (tag 6).
+  static Value string_record(std::string_view text) noexcept;
+  /// A new, empty table.
+  static Value table(int capacity = 4) noexcept;
+  /// A table of these values under the keys 0, 1, 2, ...
+  static Value table_of(const std::vector<Value>& values) noexcept;
+  /// A new object of a registered type; nil when the host makes none.
+  static Value object(HostContext ctx, const char* type_name) noexcept;
+  /// An owner of a reference to `any`; nil for null.
+  static Value object(HostAny* any) noexcept;
+
+  Value(const Value& other) noexcept : record_(hvm::shared(other.record_)) {}
+  Value(Value&& other) noexcept : record_(other.record_) { other.record_ = nil_record(); }
+  Value& operator=(const Value& other) noexcept {
+    assign(record_, other.record_);
+    return *this;
+  }
+  Value& operator=(Value&& other) noexcept;
+  ~Value() { hvm::release(record_); }
+
+  ValueTag tag() const noexcept { return record_.tag; }
+  bool is_nil() const noexcept { return record_.tag == ValueTag::nil; }
+  bool is_number() const noexcept;
+  bool is_string() const noexcept;
+  bool is_table() const noexcept { return record_.tag == ValueTag::table; }
+  bool is_object() const noexcept { return record_.tag == ValueTag::object; }
+
+  HostValue& record() noexcept { return record_; }
+  const HostValue& record() const noexcept { return record_; }
+  HostValue* address() noexcept { return &record_; }
+
+  /// Gives the content away as a plain record and leaves nil.
+  HostValue give_up() noexcept;
+
+ private:
+  explicit Value(HostValue record) noexcept : record_(record) {}
+
+  HostValue record_;
+};
+static_assert(sizeof(Value) == sizeof(HostValue) && alignof(Value) == 1);
+
+/// The records of an argument list, null when it is empty.
+HostValue* records_of(std::vector<Value>& values) noexcept;
+
+// ---- Tables
+
+/// The table that a record holds, null when it holds none.
+HostHash* table_of(const HostValue& value) noexcept;
+/// Adds a reference and gives `table` back; null stays null.
+HostHash* hold(HostHash* table) noexcept;
+/// The references to a table.
+std::uint32_t references(const HostHash* table) noexcept;
+/// The number of entries.
+std::int32_t entry_count(const HostHash* table) noexcept;
+
+/// Numbers and strings are keys. An integer of 64 bits that fits into 32 is the integer key; a wide string is the key
+/// of its UTF-8 form; a real is a key of its own kind, also when it is whole (the two zeros are one key, and so are all
+/// NaN).
+bool is_key(const HostValue& key) noexcept;
+/// The value under a key, null when absent.
+HostValue* find(const HostHash* table, const HostValue& key) noexcept;
+HostValue* find(const HostHash* table, int key) noexcept;
+HostValue* find(const HostHash* table, std::string_view key) noexcept;
+/// The slot of a key, made as nil when absent; null when the key is none or memory is missing. A slot with an integer
+/// key of the ordered part lasts as long as the table; any other until a new key comes into the same table.
+HostValue* slot(HostHash* table, const HostValue& key) noexcept;
+HostValue* slot(HostHash* table, int key) noexcept;
+HostValue* slot(HostHash* table, std::string_view key) noexcept;
+
+/// An entry of a table, both null at the end. A string key has tag 6.
+struct Entry {
+  const HostValue* key = nullptr;
+  HostValue* value = nullptr;
+  explicit operator bool() const noexcept { return value != nullptr; }
+};
+
+/// Walks the entries of a table: the keys 0 to n - 1 in their order, then the others as they came. It holds places, not
+/// pointers, so the table may be changed while it is walked (what comes in then may be seen or not), but must live.
+class TableWalk {
+ public:
+  explicit TableWalk(const HostHash* table) noexcept : table_(table) {}
+  Entry next() noexcept;
+
+ private:
+  const HostHash* table_;
+  std::int32_t ordered_ = 0;
+  std::int32_t hashed_ = 0;
+};
+
+// ---- Objects and types
+
+/// The object of a record of tag 16, null when it holds none.
+HostAny* object_of(const HostValue& value) noexcept;
+/// The references to an object. A new one has none until a record takes it.
+std::uint32_t references(const HostAny* any) noexcept;
+
+/// What a type was made with.
+struct TypeCallbacks {
+  arrayfold::CreateCallback create = nullptr;
+  arrayfold::DestroyCallback destroy = nullptr;
+  arrayfold::MethodCallback method = nullptr;
+  arrayfold::OperatorCallback op = nullptr;
+};
+
+/// The callbacks of a manager; all null for null.
+TypeCallbacks callbacks_of(const AnyMan* man) noexcept;
+TypeCallbacks callbacks_of(const HostAny* any) noexcept;
+/// The name as it was given to `HVM_NewAnyMan`; empty for null.
+const char* type_name_of(const AnyMan* man) noexcept;
+const char* type_name_of(const HostAny* any) noexcept;
+/// The manager that is registered under a name, null when there is none.
+AnyMan* type_named(const char* name) noexcept;
+
+struct RegisteredType {
+  std::string name;
+  AnyMan* man;
+};
+/// The types in the order in which their names were first registered.
+std::vector<RegisteredType> registered_types();
+/// Takes a type out of the register; its living objects stay what they are. For hosts that unload a module.
+void forget_type(const char* name) noexcept;
+
+// ---- Printing
+
+/// Appends the text of an object.
+using ObjectText = std::function<void(std::string& out, const HostValue& object)>;
+/// The text of any value: numbers in the shortest form that reads back (reals keep a point or an exponent), a string as
+/// it stands, a table as `[1, "a": 2.5, [3]]` with strings quoted, nil as `nil`. A table inside itself shows as
+/// `[...]`. Does not recurse, however deep the tables are. Without `object_text` an object shows as its type's name in
+/// angle brackets.
+std::string printed(const HostValue& value, const ObjectText& object_text = {});
+
+// ---- Instruments
+
+/// What lives at this moment. Two equal counts around a call mean that it left nothing behind.
+struct Counts {
+  std::int64_t objects = 0;  // from HVM_NewAny
+  std::int64_t tables = 0;   // from HVM_NewHash, HVM_ForceTable, copies
+  std::int64_t strings = 0;  // texts that the host owns, keys included; a shared one counts once
+  std::int64_t blocks = 0;   // from HVM_Malloc and its kin
+  std::int64_t records = 0;  // from HVM_NewObject and HVM_NewObjects, less those given back by the callers' counts
+  std::int64_t pieces = 0;   // the inner memory of tables
+};
+bool operator==(const Counts& a, const Counts& b) noexcept;
+bool operator!=(const Counts& a, const Counts& b) noexcept;
+Counts counts() noexcept;
+
+/// While set, `HVM_NewAny` makes nothing and answers null.
+void refuse_new_objects(bool refuse) noexcept;
+
+/// Lets the n-th allocation from now on fail, once; 0 takes that back. All memory of the host counts: its `HVM_Malloc`
+/// family, texts, records, objects and tables. Then `HVM_Malloc`, `HVM_Realloc2`, `HVM_ReallocNoLeak`, `HVM_NewObject`,
+/// `HVM_NewObjects`, `HVM_NewHash` and `HVM_NewAny` answer null (a block that could not grow stays), a record that
+/// should hold a text, a table or a copy becomes nil with a payload of zero, a copy of a table lacks what could not be
+/// copied, and `HVM_HashSet` and `HVM_HashSetInt` answer the lost slot: a record of no table, emptied when it is next
+/// handed out.
+void fail_allocation(std::int64_t nth) noexcept;
+/// True when a failure asked for by `fail_allocation` has come since then.
+bool allocation_has_failed() noexcept;
+/// The allocations since the library was loaded, failed ones included.
+std::int64_t allocation_count() noexcept;
+
+/// One call of an operation. `subject` is what it is about: the record, table, object, manager or memory that it was
+/// given, the type's name for `HVM_NewAny`, the destination for `HVM_DupObject`, null for those that only make
+/// something; `number` is its integer argument (key, count, capacity, size, length), otherwise 0.
+struct RecordedCall {
+  const char* operation;
+  const void* subject;
+  std::int64_t number;
+};
+
+/// Starts with an empty record of calls, or stops; what was recorded stays until the next start.
+void record_calls(bool on) noexcept;
+/// The calls from the last start on, in their order.
+std::vector<RecordedCall> recorded_calls();
+
+/// True when freed memory is overwritten, as debug builds do; the block freed last then stays readable until the next.
+bool poisons_freed_memory() noexcept;
+/// The byte that fills freed memory there.
+inline constexpr std::byte poison_byte{0xDB};
+
+}  // namespace hvm
+
+#pragma GCC visibility pop
