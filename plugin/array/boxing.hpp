@@ -1,0 +1,50 @@
+// array/boxing.hpp: from arrays to host objects and back
+
+#pragma once
+
+#include <cstring>
+#include <memory>
+#include <optional>
+
+#include "array/xt_object.hpp"
+#include "host/host_operations.hpp"
+
+namespace arrayfold {
+
+/// Puts `array` into a new object of the type of `Named`. Null when the host has no such object: the array then stays
+/// with the caller. Kind and type name are apart, because double arrays are also offered under the float name.
+template <class Named, class Array>
+HostAny* box_array(HostContext ctx, std::unique_ptr<Array>& array) {
+  HostAny* any = HVM_NewAny(ctx, Named::type_name, 0, 0);
+  if (any == nullptr) return nullptr;
+  static_cast<XTObject<Array>*>(any->content.get())->array = std::move(array);
+  any->state = 200;
+  return any;
+}
+
+/// Hands `array` over to the host as the value of `result`.
+template <class Named, class Array>
+void give_array(HostContext ctx, HostValue* result, std::unique_ptr<Array> array) {
+  // The host owns the object from here; on null the array dies at the end of the scope, and the host is told of null.
+  HVM_SetTypeAny(ctx, result, box_array<Named>(ctx, array));
+}
+
+/// The array of `any` when its type is that of `Kind`, else null. Foreign objects and other kinds give null.
+template <class Kind>
+ArrayOf<Kind>* unbox_array(const HostAny* any) {
+  const char* name = any->manager.get()->name;
+  if (name != Kind::type_name && std::strcmp(name, Kind::type_name) != 0) return nullptr;
+  const auto* object = static_cast<XTObject<ArrayOf<Kind>>*>(any->content.get());
+  return object == nullptr ? nullptr : object->array.get();
+}
+
+/// The numeric array of `any`: the first that it is of int, int64, float, double. Nothing for any other object.
+inline std::optional<ArrayRef> unbox_numeric(const HostAny* any) {
+  if (auto* array = unbox_array<XTInt>(any)) return array;
+  if (auto* array = unbox_array<XTInt64>(any)) return array;
+  if (auto* array = unbox_array<XTFloat>(any)) return array;
+  if (auto* array = unbox_array<XTDouble>(any)) return array;
+  return std::nullopt;
+}
+
+}  // namespace arrayfold

@@ -1,0 +1,51 @@
+// array/storage.hpp: the one place that makes arrays
+//
+// Extents are checked before anything is claimed, elements are left unset for whoever fills them, and big storage asks
+// the system for huge pages before its first write. A container is built where it stays: beyond four dimensions its
+// shape lives on the heap, and moving one would allocate where no exception may pass.
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <new>
+
+#include "array/xt_object.hpp"
+
+namespace arrayfold {
+
+/// A number of a script as an extent: sign-extended, so that a negative one is far too large for any array.
+inline std::size_t extent_of(int number) { return static_cast<std::size_t>(std::int64_t{number}); }
+
+/// The product of `extents`. Throws std::bad_alloc when an extent is a negative number in disguise, or when that many
+/// elements of `element_size` bytes could not be addressed.
+std::size_t checked_size(const Shape& extents, std::size_t element_size);
+
+/// Asks for huge pages under `bytes` of fresh memory, from 4 MiB on. Advice only: failing changes nothing.
+void advise_huge_pages(void* memory, std::size_t bytes) noexcept;
+
+/// An array of `extents` whose elements are not set. Throws std::bad_alloc for extents that cannot be.
+template <class Kind>
+std::unique_ptr<ArrayOf<Kind>> make_array(const Shape& extents) {
+  using Element = typename Kind::element;
+  checked_size(extents, sizeof(Element));
+  auto array = std::make_unique<ArrayOf<Kind>>();
+  auto container = std::make_unique<xarray_of<Element>>(extents);
+  auto& storage = container->storage();
+  advise_huge_pages(storage.data(), storage.size() * sizeof(Element));
+  array->array = std::move(container);
+  return array;
+}
+
+/// True when the product of `extents`, without wrapping, is `count`.
+bool extents_cover(const Shape& extents, std::size_t count) noexcept;
+
+/// Throws std::bad_alloc when the extents claim another number of elements than the storage holds, which `reshape` can
+/// bring about. Comes before any walk along the extents.
+template <class T>
+void check_extents(const xarray_of<T>& array) {
+  if (!extents_cover(array.shape(), array.storage().size())) throw std::bad_alloc();
+}
+
+}  // namespace arrayfold

@@ -1,0 +1,67 @@
+// array/xt_object.hpp: the chain of owners from a host object down to the elements
+//
+// HostAny::content is an XTObject; it owns an XTArray, which shares an xarray_of<T>. The host alone ends the chain.
+
+#pragma once
+
+#include <exception>
+#include <memory>
+#include <vector>
+
+#include <xtensor/xarray.hpp>
+#include <xtl/xvariant.hpp>
+
+#include "array/element_kind.hpp"
+
+namespace arrayfold {
+
+/// The container of all arrays: row-major, four extents in place. 32 bytes: one AVX register; the alignment is part of
+/// the type.
+template <class T>
+using xarray_of =
+    xt::xarray_container<xt::uvector<T, xsimd::aligned_allocator<T, 32>>, xt::layout_type::row_major,
+                         xt::svector<std::size_t, 4, std::allocator<std::size_t>, true>, xt::xtensor_expression_tag>;
+
+/// Extents, strides or indices: unsigned, four in place. Passed by reference and never moved: beyond four entries its
+/// move allocates, in a function from which no exception may pass.
+using Shape = xarray_of<double>::shape_type;
+
+/// An array of one kind. Created zeroed: without elements gathered and without a container.
+template <class T, class Tag>
+struct XTArray {
+  using element = T;
+  using tag = Tag;
+
+  std::vector<T> data;                  // elements as `xarray` gathered them; nothing reads them again
+  std::shared_ptr<xarray_of<T>> array;  // what every operation reads
+};
+
+/// The array class of a kind.
+template <class Kind>
+using ArrayOf = XTArray<typename Kind::element, Kind>;
+
+/// The content of a host object.
+template <class Array>
+class XTObject {
+ public:
+  XTObject() = default;
+  virtual ~XTObject() = default;
+  XTObject(const XTObject&) = delete;
+  XTObject& operator=(const XTObject&) = delete;
+
+  std::unique_ptr<Array> array;  // null until `box_array` fills it
+};
+static_assert(sizeof(XTObject<ArrayOf<XTDouble>>) == 16);
+
+/// A numeric array that somebody else owns. Visited through xtl::visit; valueless, that throws
+/// mpark::bad_variant_access.
+using ArrayRef = xtl::variant<ArrayOf<XTInt>*, ArrayOf<XTInt64>*, ArrayOf<XTFloat>*, ArrayOf<XTDouble>*>;
+
+/// Thrown where a selection meets something that holds no elements.
+class invalid_array_object : public std::exception {
+ public:
+  // The quotation marks belong to the text.
+  const char* what() const noexcept override { return "\"object is not array\""; }
+};
+
+}  // namespace arrayfold

@@ -1,0 +1,60 @@
+// create/filled.cpp: xzeros, xones, xempty, xeye
+//
+// Arrays of doubles made from extents alone. An extent is the 32-bit integer that the host reads in a number; a
+// negative one is far too large and ends in std::bad_alloc before anything is claimed.
+
+#include <algorithm>
+
+#include "array/boxing.hpp"
+#include "array/storage.hpp"
+#include "host/entry.hpp"
+
+namespace arrayfold {
+namespace {
+
+/// Appends the extent in argument `n`. False when it is no number.
+bool read_extent(const Call& call, int n, Shape& extents) {
+  if (!is_number(call, n)) return false;
+  extents.push_back(extent_of(int_argument(call, n)));
+  return true;
+}
+
+/// A new array with one dimension for each argument, its elements written by `fill(first, count)`.
+template <class Fill>
+Outcome make_filled(const Call& call, Fill fill) {
+  Shape extents;
+  for (int n = 0; n < call.nargs; ++n)
+    if (!read_extent(call, n, extents)) return Outcome::failed;
+  auto array = make_array<XTDouble>(extents);
+  auto& storage = array->array->storage();
+  fill(storage.data(), storage.size());
+  give_array<XTDouble>(call.ctx, call.result, std::move(array));
+  return Outcome::handled;
+}
+
+constexpr auto zeros = [](double* first, std::size_t count) { std::fill_n(first, count, 0.0); };
+constexpr auto ones = [](double* first, std::size_t count) { std::fill_n(first, count, 1.0); };
+constexpr auto nothing = [](double*, std::size_t) {};
+
+}  // namespace
+
+Outcome xzeros(const Call& call) { return make_filled(call, zeros); }
+Outcome xones(const Call& call) { return make_filled(call, ones); }
+Outcome xempty(const Call& call) { return make_filled(call, nothing); }
+
+Outcome xeye(const Call& call) {
+  Shape extents;
+  if (!read_extent(call, 0, extents)) return Outcome::failed;
+  if (call.nargs == 1)
+    extents.push_back(extents[0]);
+  else if (!read_extent(call, 1, extents))
+    return Outcome::failed;
+  auto array = make_array<XTDouble>(extents);
+  auto& storage = array->array->storage();
+  zeros(storage.data(), storage.size());
+  for (std::size_t i = 0; i < std::min(extents[0], extents[1]); ++i) storage[i * extents[1] + i] = 1.0;
+  give_array<XTDouble>(call.ctx, call.result, std::move(array));
+  return Outcome::handled;
+}
+
+}  // namespace arrayfold

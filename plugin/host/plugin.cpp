@@ -1,0 +1,42 @@
+// host/plugin.cpp: the function table, and PKG_Init, through which the host learns it and the four array types
+
+#include "host/entry.hpp"
+#include "object/type_callbacks.hpp"
+
+namespace arrayfold {
+
+#define FUNCTION(name, least, status) Outcome name(const Call& call);
+#include "host/functions.def"
+#undef FUNCTION
+
+namespace {
+
+Outcome pending_body(const Call&) { return Outcome::failed; }
+
+#define ROW_working(name, least) {#name, &entry<&name, least>},
+#define ROW_stub(name, least) {#name, &entry<&name, least>},
+#define ROW_pending(name, least) {#name, &entry<&pending_body, least>},
+#define FUNCTION(name, least, status) ROW_##status(name, least)
+constexpr FunctionRow function_table[] = {
+#include "host/functions.def"
+};
+#undef FUNCTION
+
+constexpr int function_count = sizeof(function_table) / sizeof(FunctionRow);
+static_assert(function_count == 93);
+
+}  // namespace
+}  // namespace arrayfold
+
+/// Hands the host the functions, then each type in turn. `host` is the host's own and is only passed on. Always 1:
+/// neither registration tells whether it succeeded.
+extern "C" __attribute__((visibility("default"))) int PKG_Init(void* host,
+                                                               arrayfold::RegisterFunctions register_functions) {
+  using namespace arrayfold;
+  register_functions(host, function_count, function_table);
+  for (const ObjectType& type : object_types) {
+    AnyMan* man = HVM_NewAnyMan(type.name, type.create, type.destroy, type.method, type.op, nullptr);
+    HVM_RegisterAnyMan(type.name, man);
+  }
+  return 1;
+}

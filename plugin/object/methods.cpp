@@ -1,0 +1,113 @@
+// object/methods.cpp: dump, shape and reshape
+//
+// Elements are read and written through operators, never by a method, so the two names under which a host may ask for
+// that are declined.
+
+#include "object/methods.hpp"
+
+#include <stdexcept>
+#include <string_view>
+
+#include "object/dump_text.hpp"
+
+namespace arrayfold {
+namespace {
+
+struct MethodCall {
+  HostContext ctx;
+  HostValue** args;
+  int nargs;
+  HostValue* result;
+};
+
+template <class T>
+bool dump(const xarray_of<T>& array, const MethodCall& call) {
+  check_extents(array);
+  // required: the indent is not checked to be a number; it is whatever the host reads in it.
+  const int indent = call.nargs != 0 ? HVM_AsInt(call.args[0]) : -1;
+  const DumpText text = dump_text(array, indent);
+  HVM_SetStringEx(call.ctx, call.result, text.data(), text.size());
+  return true;
+}
+
+template <class T>
+bool shape(const xarray_of<T>& array, const MethodCall& call) {
+  const Shape extents = array.shape();
+  HVM_ForceTable(call.ctx, call.result, static_cast<int>(extents.size()));
+  auto* table = load<HostHash*>(call.result->payload);
+  for (std::size_t axis = 0; axis < extents.size(); ++axis) {
+    HostValue* slot = HVM_HashSetInt(call.ctx, table, static_cast<int>(axis));
+    HVM_SetInt64(call.ctx, slot, static_cast<std::int64_t>(extents[axis]));
+  }
+  return true;
+}
+
+/// Reads the extents that the arguments name, 32 bits each, sign-extended. False at the first that is no number.
+bool read_extents(const MethodCall& call, Shape& extents) {
+  for (int n = 0; n < call.nargs; ++n) {
+    if (!HVM_NumberCheck(call.args[n])) return false;
+    extents.push_back(extent_of(HVM_AsInt(call.args[n])));
+  }
+  return true;
+}
+
+/// Gives an array back its shape when a reshape ends halfway, with more dimensions than there was memory for.
+template <class T>
+class ShapeKeeper {
+ public:
+  explicit ShapeKeeper(xarray_of<T>& array) : array_(array), extents_(array.shape()) {}
+  ~ShapeKeeper() {
+    // Room for the former dimensions is still there: nothing is allocated.
+    if (!released_) array_.reshape(extents_, xt::layout_type::row_major);
+  }
+  ShapeKeeper(const ShapeKeeper&) = delete;
+  ShapeKeeper& operator=(const ShapeKeeper&) = delete;
+  void release() { released_ = true; }
+
+ private:
+  xarray_of<T>& array_;
+  const Shape extents_;
+  bool released_ = false;
+};
+
+template <class T>
+bool reshape(xarray_of<T>& array, const MethodCall& call) {
+  if (call.nargs <= 0) return false;
+  Shape extents;
+  if (!read_extents(call, extents)) return false;
+  ShapeKeeper keeper(array);
+  // required: the one catch of the module. A wrong element count is declined; whatever else happens passes.
+  try {
+    // required: no extent is inferred, -1 is a very large one, and the product of the extents may wrap.
+    array.reshape(extents, xt::layout_type::row_major);
+  } catch (const std::runtime_error&) {
+    keeper.release();
+    return false;
+  }
+  keeper.release();
+  return true;
+}
+
+}  // namespace
+
+template <class Array>
+bool call_method(Array& receiver, HostContext ctx, const char* name, HostValue** args, int nargs, HostValue* result,
+                 int flag) {
+  if (name == nullptr) return false;
+  const std::string_view method = name;
+  const MethodCall call{ctx, args, nargs, result};
+  auto& array = *receiver.array;
+  if (flag != 0 && method == "__set_item") return false;
+  if (method == "__get_item") return false;
+  if (method == "dump") return dump(array, call);
+  if (method == "shape") return shape(array, call);
+  if (method == "reshape") return reshape(array, call);
+  return false;
+}
+
+template bool call_method(ArrayOf<XTBool>&, HostContext, const char*, HostValue**, int, HostValue*, int);
+template bool call_method(ArrayOf<XTInt>&, HostContext, const char*, HostValue**, int, HostValue*, int);
+template bool call_method(ArrayOf<XTInt64>&, HostContext, const char*, HostValue**, int, HostValue*, int);
+template bool call_method(ArrayOf<XTDouble>&, HostContext, const char*, HostValue**, int, HostValue*, int);
+
+}  // namespace arrayfold

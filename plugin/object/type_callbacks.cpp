@@ -1,0 +1,62 @@
+// object/type_callbacks.cpp: create, destroy, method and operator of each type
+//
+// The host calls these with whatever a script wrote. They find the array behind a record and hand it to the kind's
+// method or operator handler; what holds no array is declined.
+
+#include "object/type_callbacks.hpp"
+
+#include <new>
+
+#include "array/xt_object.hpp"
+#include "object/methods.hpp"
+#include "object/operators.hpp"
+
+namespace arrayfold {
+namespace {
+
+/// The content of the object in `value`; null when it is no object or has none.
+void* content_of(const HostValue* value) {
+  if (value == nullptr || value->tag != ValueTag::object) return nullptr;
+  const auto* any = load<const HostAny*>(value->payload);
+  return any == nullptr ? nullptr : any->content.get();
+}
+
+template <class Kind>
+struct Callbacks {
+  using Object = XTObject<ArrayOf<Kind>>;
+
+  static void* create() { return new (std::nothrow) Object; }
+
+  static void destroy(HostContext, void* content) { delete static_cast<Object*>(content); }
+
+  static HostBool method(HostContext ctx, HostValue* self, const char* name, HostValue** args, int nargs,
+                         HostValue* result, int flag) {
+    ArrayOf<Kind>* array = array_in(content_of(self));
+    return array != nullptr && call_method(*array, ctx, name, args, nargs, result, flag);
+  }
+
+  // The left operand's object goes first. Neither is checked to be of this type: the host asks the type of the object.
+  static HostBool op(HostContext ctx, int opcode, HostValue* left, HostValue* right, HostValue* result) {
+    const bool on_left = content_of(left) != nullptr;
+    HostValue* self = on_left ? left : right;
+    ArrayOf<Kind>* array = array_in(content_of(self));
+    return array != nullptr && apply_operator(*array, ctx, self, static_cast<Opcode>(opcode), left, right, result);
+  }
+
+  static ArrayOf<Kind>* array_in(void* content) {
+    return content == nullptr ? nullptr : static_cast<Object*>(content)->array.get();
+  }
+};
+
+template <class Kind>
+constexpr ObjectType object_type() {
+  using Type = Callbacks<Kind>;
+  return {Kind::type_name, &Type::create, &Type::destroy, &Type::method, &Type::op};
+}
+
+}  // namespace
+
+constexpr ObjectType object_types[4] = {object_type<XTBool>(), object_type<XTInt>(), object_type<XTInt64>(),
+                                        object_type<XTDouble>()};
+
+}  // namespace arrayfold
