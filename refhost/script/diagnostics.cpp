@@ -1,0 +1,93 @@
+// script/diagnostics.cpp: the text of an error report, and the nearest name
+
+#include "script/diagnostics.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <numeric>
+
+namespace hvm {
+namespace {
+
+constexpr std::size_t kept_calls = 8;
+constexpr std::size_t shown_columns = 100;
+
+bool begins_character(char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }
+
+/// The byte offset of the character with the index `character`.
+std::size_t byte_offset(std::string_view line, std::size_t character) {
+  std::size_t at = 0;
+  for (; at < line.size(); ++at)
+    if (begins_character(line[at]) && character-- == 0) return at;
+  return at;
+}
+
+/// The part of `line` that is shown: lines beyond the width are cut around the column.
+std::string caret_lines(std::string_view line, std::size_t column) {
+  const std::size_t first = column > shown_columns ? column - shown_columns / 2 : 0;
+  const std::size_t begin = byte_offset(line, first);
+  const std::size_t end = byte_offset(line, first + shown_columns);
+  const std::string_view lead = first > 0 ? "..." : "";
+  std::string shown{line.substr(begin, end - begin)};
+  std::string under(lead.size(), ' ');
+  const std::size_t caret = std::min(byte_offset(line, column - 1), line.size());
+  for (const char c : line.substr(begin, caret - begin))
+    if (begins_character(c)) under += c == '\t' ? '\t' : ' ';
+  for (char& c : shown)
+    if (static_cast<unsigned char>(c) < 0x20 && c != '\t') c = '?';
+  return fmt::format("    {}{}{}\n    {}^\n", lead, shown, end < line.size() ? "..." : "", under);
+}
+
+std::size_t edit_distance(std::string_view a, std::string_view b) {
+  std::vector<std::size_t> row(b.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    std::size_t diagonal = row[0];
+    row[0] = i + 1;
+    for (std::size_t j = 0; j < b.size(); ++j) {
+      const std::size_t replaced = diagonal + (a[i] == b[j] ? 0 : 1);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({replaced, row[j] + 1, row[j + 1] + 1});
+    }
+  }
+  return row.back();
+}
+
+}  // namespace
+
+ScriptError::ScriptError(std::string message, SourcePtr source, Span span, Completeness completeness)
+    : message_(std::move(message)), source_(std::move(source)), span_(span), completeness_(completeness) {}
+
+void ScriptError::add_call(const std::string& function, const SourceText& source, Span span) {
+  if (calls_.size() == kept_calls) {
+    ++omitted_calls_;
+    return;
+  }
+  const Place place = source.place(span.begin);
+  calls_.push_back(fmt::format("  in {}, called at {}:{}:{}\n", function, source.name(), place.line, place.column));
+}
+
+std::string ScriptError::report() const {
+  const Place place = source_->place(span_.begin);
+  std::string text = fmt::format("{}:{}:{}: error: {}\n", source_->name(), place.line, place.column, message_);
+  text += caret_lines(source_->line_text(place.line), place.column);
+  for (const std::string& call : calls_) text += call;
+  if (omitted_calls_ > 0) text += fmt::format("  and {} calls more\n", omitted_calls_);
+  return text;
+}
+
+std::string suggestion(std::string_view name, const std::vector<std::string_view>& candidates) {
+  constexpr std::size_t longest_compared = 40;
+  if (name.size() > longest_compared) return {};
+  std::size_t best = std::max<std::size_t>(1, name.size() / 3) + 1;
+  std::string_view nearest;
+  for (const std::string_view candidate : candidates) {
+    if (candidate.size() > longest_compared) continue;
+    const std::size_t distance = edit_distance(name, candidate);
+    if (distance > 0 && distance < best) best = distance, nearest = candidate;
+  }
+  return nearest.empty() ? std::string{} : fmt::format(" (did you mean '{}'?)", nearest);
+}
+
+}  // namespace hvm
