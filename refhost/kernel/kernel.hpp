@@ -32,6 +32,7 @@ using arrayfold::HostContextRecord;
 using arrayfold::HostFrame;
 using arrayfold::HostHash;
 using arrayfold::HostHashItem;
+using arrayfold::HostStringRecord;
 using arrayfold::HostValue;
 using arrayfold::Lifetime;
 using arrayfold::ValueTag;
@@ -74,7 +75,12 @@ HostContext youngest_context() noexcept;
 // ---- Values
 
 /// A nil record that releases what is written into it.
-HostValue nil_record() noexcept;
+inline HostValue nil_record() noexcept {
+  HostValue nil{};
+  nil.tag = ValueTag::nil;
+  nil.lifetime = Lifetime::temporary;
+  return nil;
+}
 /// Releases what `value` holds and leaves nil.
 void release(HostValue& value) noexcept;
 /// Another record of the same content: tables, objects and owned text are shared, not copied.
@@ -260,10 +266,10 @@ void refuse_new_objects(bool refuse) noexcept;
 
 /// Lets the n-th allocation from now on fail, once; 0 takes that back. All memory of the host counts: its `HVM_Malloc`
 /// family, texts, records, objects and tables. Then `HVM_Malloc`, `HVM_Realloc2`, `HVM_ReallocNoLeak`, `HVM_NewObject`,
-/// `HVM_NewObjects`, `HVM_NewHash` and `HVM_NewAny` answer null (a block that could not grow stays), a record that
-/// should hold a text, a table or a copy becomes nil with a payload of zero, a copy of a table lacks what could not be
-/// copied, and `HVM_HashSet` and `HVM_HashSetInt` answer the lost slot: a record of no table, emptied when it is next
-/// handed out.
+/// `HVM_NewObjects`, `HVM_NewHash` and `HVM_NewAny` answer null (the block that could not grow stays with
+/// `HVM_Realloc2` and is given back by `HVM_ReallocNoLeak`), a record that should hold a text, a table or a copy
+/// becomes nil with a payload of zero, a copy of a table lacks the entries that could not be copied, and `HVM_HashSet`
+/// and `HVM_HashSetInt` answer the lost slot: a record of no table, emptied when it is next handed out.
 void fail_allocation(std::int64_t nth) noexcept;
 /// True when a failure asked for by `fail_allocation` has come since then.
 bool allocation_has_failed() noexcept;

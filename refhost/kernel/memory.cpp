@@ -1,0 +1,175 @@
+// kernel/memory.cpp: blocks, their counters and failure switch, and HVM_Malloc and its kin
+
+#include "kernel/memory.hpp"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+#include "kernel/kernel.hpp"
+#include "kernel/recorder.hpp"
+#include "kernel/records.hpp"
+#include "kernel/tables.hpp"
+
+namespace hvm {
+namespace kernel {
+namespace {
+
+struct alignas(16) BlockHead {
+  std::uint64_t size;
+  BlockKind kind;
+  std::uint32_t references;
+};
+static_assert(sizeof(BlockHead) == 16);
+
+constexpr std::size_t largest_block = std::numeric_limits<std::ptrdiff_t>::max() - sizeof(BlockHead);
+
+std::int64_t live_blocks[block_kinds];
+std::int64_t asked_blocks;
+std::int64_t blocks_until_failure;  // 0: none fails
+bool failure_has_come;
+
+BlockHead* head_of(void* block) noexcept { return static_cast<BlockHead*>(block) - 1; }
+const BlockHead* head_of(const void* block) noexcept { return static_cast<const BlockHead*>(block) - 1; }
+
+std::int64_t& live(BlockKind kind) noexcept { return live_blocks[static_cast<std::size_t>(kind)]; }
+
+bool fails_now() noexcept {
+  ++asked_blocks;
+  if (blocks_until_failure == 0 || --blocks_until_failure > 0) return false;
+  failure_has_come = true;
+  return true;
+}
+
+// A debug build overwrites what it frees and keeps the last block back, so that a stale pointer shows itself.
+void free_block(BlockHead* head) noexcept {
+#ifdef HVM_POISON
+  static BlockHead* kept_back = nullptr;
+  std::memset(head + 1, std::to_integer<int>(poison_byte), head->size);
+  std::free(std::exchange(kept_back, head));
+#else
+  std::free(head);
+#endif
+}
+
+}  // namespace
+
+void* allocate(std::size_t size, BlockKind kind) noexcept {
+  if (fails_now() || size > largest_block) return nullptr;
+  auto* head = static_cast<BlockHead*>(std::malloc(sizeof(BlockHead) + size));
+  if (!head) return nullptr;
+  *head = {size, kind, 1};
+  ++live(kind);
+  return head + 1;
+}
+
+void* reallocate(void* block, std::size_t size) noexcept {
+  void* grown = allocate(size, head_of(block)->kind);
+  if (!grown) return nullptr;
+  std::memcpy(grown, block, std::min(size, size_of(block)));
+  give_back(block);
+  return grown;
+}
+
+void give_back(void* block) noexcept {
+  if (!block) return;
+  BlockHead* head = head_of(block);
+  if (--head->references > 0) return;
+  --live(head->kind);
+  free_block(head);
+}
+
+void* hold_block(void* block) noexcept {
+  if (block) ++head_of(block)->references;
+  return block;
+}
+
+std::size_t size_of(const void* block) noexcept { return head_of(block)->size; }
+
+}  // namespace kernel
+
+// ---- Instruments
+
+void fail_allocation(std::int64_t nth) noexcept {
+  kernel::blocks_until_failure = std::max<std::int64_t>(nth, 0);
+  kernel::failure_has_come = false;
+}
+
+bool allocation_has_failed() noexcept { return kernel::failure_has_come; }
+std::int64_t allocation_count() noexcept { return kernel::asked_blocks; }
+
+bool poisons_freed_memory() noexcept {
+#ifdef HVM_POISON
+  return true;
+#else
+  return false;
+#endif
+}
+
+Counts counts() noexcept {
+  using kernel::BlockKind;
+  release(kernel::lost_record);
+  Counts now;
+  now.objects = kernel::live(BlockKind::object);
+  now.tables = kernel::live(BlockKind::table);
+  now.strings = kernel::live(BlockKind::text);
+  now.blocks = kernel::live(BlockKind::memory);
+  now.records = kernel::live_records;
+  now.pieces = kernel::live(BlockKind::piece);
+  return now;
+}
+
+bool operator==(const Counts& a, const Counts& b) noexcept {
+  return a.objects == b.objects && a.tables == b.tables && a.strings == b.strings && a.blocks == b.blocks &&
+         a.records == b.records && a.pieces == b.pieces;
+}
+
+bool operator!=(const Counts& a, const Counts& b) noexcept { return !(a == b); }
+
+}  // namespace hvm
+
+// ---- Operations
+
+namespace arrayfold {
+namespace {
+
+using namespace hvm::kernel;
+
+void* allocate_memory(std::int64_t size) noexcept {
+  return size < 0 ? nullptr : allocate(static_cast<std::size_t>(size), BlockKind::memory);
+}
+
+void* resize_memory(void* pointer, std::int64_t size) noexcept {
+  if (!pointer) return allocate_memory(size);
+  return size < 0 ? nullptr : reallocate(pointer, static_cast<std::size_t>(size));
+}
+
+}  // namespace
+
+void* HVM_Malloc(std::int64_t size) {
+  note("HVM_Malloc", nullptr, size);
+  return allocate_memory(size);
+}
+
+void HVM_Free(void* pointer) {
+  note("HVM_Free", pointer);
+  give_back(pointer);
+}
+
+// The block knows its own size, so the old size that the caller names is not needed.
+void* HVM_Realloc2(void* pointer, std::int64_t new_size, std::int64_t) {
+  note("HVM_Realloc2", pointer, new_size);
+  return resize_memory(pointer, new_size);
+}
+
+// The caller writes the answer over its only pointer: what cannot grow is given back, or it would be lost.
+void* HVM_ReallocNoLeak(void* pointer, std::int64_t new_size) {
+  note("HVM_ReallocNoLeak", pointer, new_size);
+  void* resized = resize_memory(pointer, new_size);
+  if (!resized) give_back(pointer);
+  return resized;
+}
+
+}  // namespace arrayfold

@@ -1,0 +1,101 @@
+// kernel/objects.cpp: making and ending objects
+//
+// An object counts its references in its first word, which is the host's. A new one has none: it floats until a record
+// takes it through HVM_SetTypeAny, and each record that takes it adds one.
+
+#include "kernel/objects.hpp"
+
+#include "kernel/memory.hpp"
+#include "kernel/recorder.hpp"
+#include "kernel/records.hpp"
+
+namespace hvm {
+namespace kernel {
+namespace {
+
+bool new_objects_refused = false;
+
+void count_references(HostAny* any, std::uint32_t count) noexcept {
+  arrayfold::store<std::uint32_t>(any->host_word, count);
+}
+
+Manager* manager_of(const HostAny* any) noexcept { return static_cast<Manager*>(any->manager.get()); }
+
+void end_object(HostAny* any, HostContext ctx) noexcept {
+  const auto destroy = manager_of(any)->callbacks.destroy;
+  if (destroy) destroy(ctx ? ctx : youngest_context(), any->content);
+  give_back(any);
+}
+
+}  // namespace
+
+// The content is made last: it need not be destroyed when the object's memory is missing.
+HostAny* new_object(AnyMan* man) noexcept {
+  const auto create = callbacks_of(man).create;
+  if (!create || new_objects_refused) return nullptr;
+  auto* any = static_cast<HostAny*>(allocate(sizeof(HostAny), BlockKind::object));
+  if (!any) return nullptr;
+  *any = HostAny{};
+  any->manager = man;
+  any->content = create();
+  if (any->content) return any;
+  give_back(any);
+  return nullptr;
+}
+
+void hold_object(HostAny* any) noexcept {
+  if (any) count_references(any, references(any) + 1);
+}
+
+void drop_object(HostAny* any, HostContext ctx) noexcept {
+  if (!any) return;
+  const std::uint32_t left = references(any) - 1;
+  count_references(any, left);
+  if (left == 0) end_object(any, ctx);
+}
+
+}  // namespace kernel
+
+using namespace kernel;
+
+void refuse_new_objects(bool refuse) noexcept { new_objects_refused = refuse; }
+
+HostAny* object_of(const HostValue& value) noexcept {
+  return value.tag == ValueTag::object ? payload_of<HostAny*>(value) : nullptr;
+}
+
+std::uint32_t references(const HostAny* any) noexcept {
+  return any ? arrayfold::load<std::uint32_t>(any->host_word) : 0;
+}
+
+}  // namespace hvm
+
+// ---- Operations
+
+namespace arrayfold {
+
+using namespace hvm::kernel;
+
+HostBool HVM_AnyCheck(HostValue* value) {
+  note("HVM_AnyCheck", value);
+  return value && hvm::object_of(*value);
+}
+
+HostAny* HVM_GetAny(HostValue* value) {
+  note("HVM_GetAny", value);
+  return value ? hvm::object_of(*value) : nullptr;
+}
+
+HostAny* HVM_NewAny(HostContext, const char* type_name, std::int64_t, std::int64_t) {
+  note("HVM_NewAny", type_name);
+  return new_object(hvm::type_named(type_name));
+}
+
+// The new object is held before the old one is released: they may be the same.
+void HVM_SetTypeAny(HostContext ctx, HostValue* value, HostAny* any) {
+  note("HVM_SetTypeAny", value);
+  hold_object(any);
+  replace(ctx, value, any ? record_of<HostAny*>(ValueTag::object, any) : hvm::nil_record());
+}
+
+}  // namespace arrayfold

@@ -1,0 +1,22 @@
+// kernel/objects.hpp: objects, counted by references, and the managers of their types
+
+#pragma once
+
+#include "kernel/kernel.hpp"
+
+namespace hvm::kernel {
+
+/// A manager as the host keeps it: outsiders see the name alone.
+struct Manager : AnyMan {
+  TypeCallbacks callbacks;
+  Manager* older;
+};
+
+/// A new object of a type, without a reference; null for null, and when it cannot be made or tests refuse it.
+HostAny* new_object(AnyMan* man) noexcept;
+/// Adds a reference; null is fine.
+void hold_object(HostAny* any) noexcept;
+/// Drops a reference; with the last one the content is destroyed and the object goes. Null is fine.
+void drop_object(HostAny* any, HostContext ctx) noexcept;
+
+}  // namespace hvm::kernel

@@ -1,0 +1,51 @@
+// kernel/records.hpp: how a record comes to hold something, and to hold nothing
+
+#pragma once
+
+#include "kernel/kernel.hpp"
+
+namespace hvm::kernel {
+
+/// Records from HVM_NewObject and HVM_NewObjects less those given back.
+extern std::int64_t live_records;
+
+/// A record of a tag whose payload is the bytes of a T; the rest is zero.
+template <class T>
+HostValue record_of(ValueTag tag, std::common_type_t<T> payload) noexcept {
+  static_assert(sizeof(T) <= sizeof(HostValue::payload));
+  HostValue record = nil_record();
+  record.tag = tag;
+  arrayfold::store<T>(record.payload, payload);
+  return record;
+}
+
+template <class T>
+T payload_of(const HostValue& value) noexcept {
+  return arrayfold::load<T>(value.payload);
+}
+
+/// True for a record whose release does something: it is a temporary, and its tag is one of those with content.
+inline bool holds_content(const HostValue& value) noexcept {
+  constexpr auto bit = [](ValueTag tag) { return std::uint32_t{1} << static_cast<unsigned>(tag); };
+  constexpr std::uint32_t tags_with_content = bit(ValueTag::string) | bit(ValueTag::table) |
+                                              bit(ValueTag::string_record) | bit(ValueTag::converted_string) |
+                                              bit(ValueTag::object) | bit(ValueTag::wide_string);
+  const auto tag = static_cast<unsigned>(value.tag);
+  return value.lifetime == Lifetime::temporary && tag < 32 && (tags_with_content >> tag & 1) != 0;
+}
+
+/// Releases what `value` holds; the record itself stays as it is, with nothing behind it.
+void release_content(const HostValue& value, HostContext ctx) noexcept;
+
+/// Writes `fresh` over `value` and releases what was there. A null `value` means that `fresh` is lost.
+inline void replace(HostContext ctx, HostValue* value, const HostValue& fresh) noexcept {
+  if (!value) return release_content(fresh, ctx);
+  const HostValue old = *value;
+  *value = fresh;
+  if (__builtin_expect(holds_content(old), false)) release_content(old, ctx);
+}
+
+/// A record of its own with the same content: texts and tables copied, objects shared.
+HostValue deep_copy(const HostValue& value) noexcept;
+
+}  // namespace hvm::kernel

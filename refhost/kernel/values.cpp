@@ -1,0 +1,59 @@
+// kernel/values.cpp: records with an owner
+
+#include <utility>
+
+#include "kernel/objects.hpp"
+#include "kernel/records.hpp"
+#include "kernel/strings.hpp"
+#include "kernel/tables.hpp"
+
+namespace hvm {
+
+using namespace kernel;
+
+Value::Value(int x) noexcept : record_(record_of<std::int32_t>(ValueTag::integer, x)) {}
+Value::Value(std::int64_t x) noexcept : record_(record_of<std::int64_t>(ValueTag::integer64, x)) {}
+Value::Value(double x) noexcept : record_(record_of<double>(ValueTag::real, x)) {}
+Value::Value(std::string_view text) noexcept : record_(owned_string(text)) {}
+Value::Value(std::u16string_view text) noexcept : record_(owned_string(text)) {}
+
+Value Value::taking(HostValue& record) noexcept { return Value(std::exchange(record, nil_record())); }
+Value Value::literal(std::string_view text) noexcept { return Value(literal_string(text)); }
+Value Value::literal(std::u16string_view text) noexcept { return Value(literal_string(text)); }
+Value Value::string_record(std::string_view text) noexcept { return Value(kernel::string_record(text)); }
+Value Value::table(int capacity) noexcept { return Value(table_record(new_table(capacity))); }
+
+Value Value::table_of(const std::vector<Value>& values) noexcept {
+  Value made = table(static_cast<int>(values.size()));
+  int key = 0;
+  for (const Value& value : values)
+    if (HostValue* place = slot(hvm::table_of(made.record()), key++)) *place = shared(value.record());
+  return made;
+}
+
+Value Value::object(HostContext, const char* type_name) noexcept { return object(new_object(type_named(type_name))); }
+
+Value Value::object(HostAny* any) noexcept {
+  hold_object(any);
+  return Value(any ? record_of<HostAny*>(ValueTag::object, any) : nil_record());
+}
+
+// What was held is released last: the other may lie inside it.
+Value& Value::operator=(Value&& other) noexcept {
+  if (this != &other) replace(nullptr, &record_, other.give_up());
+  return *this;
+}
+
+bool Value::is_number() const noexcept {
+  return tag() == ValueTag::integer || tag() == ValueTag::real || tag() == ValueTag::integer64;
+}
+
+bool Value::is_string() const noexcept { return is_text(record_); }
+
+HostValue Value::give_up() noexcept { return std::exchange(record_, nil_record()); }
+
+HostValue* records_of(std::vector<Value>& values) noexcept {
+  return values.empty() ? nullptr : values.front().address();
+}
+
+}  // namespace hvm
