@@ -6,7 +6,7 @@
 find_package(Threads REQUIRED)
 
 add_library(project_flags INTERFACE)
-target_compile_options(project_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wno-unknown-warning-option)
+target_compile_options(project_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow)
 # Without assertions in every configuration: the words of the array library's exceptions depend on it.
 target_compile_definitions(project_flags INTERFACE NDEBUG)
 

@@ -106,16 +106,17 @@ class NestedText {
   }
 
  private:
-  /// A little more than compact numbers take. Throws std::bad_alloc when the items alone, at a byte each, are too many.
+  /// A little more than compact numbers take. Throws std::bad_alloc when the text is too long even with items of one
+  /// byte each, before anything is written.
   std::size_t expected_size() const {
-    const std::size_t levels = extents_.size();
     std::size_t items = 1;
-    std::size_t least = 0;
     for (const std::size_t extent : extents_)
       if (__builtin_mul_overflow(items, extent, &items)) throw std::bad_alloc();
-    const bool too_many = __builtin_mul_overflow(items, 1 + break_.size(levels), &least);
-    if (too_many || least > INT_MAX) throw std::bad_alloc();
-    return least + items * std::min<std::size_t>(item_room_, 8) + levels;
+    // Each item stands behind its comma and line break, and all of them between the outer brackets.
+    std::size_t least = 0;
+    const bool too_many = __builtin_mul_overflow(items, 2 + break_.size(extents_.size()), &least);
+    if (too_many || least + 1 + break_.size(0) > INT_MAX) throw std::bad_alloc();
+    return least + items * std::min<std::size_t>(item_room_, 8) + 2 * extents_.size();
   }
 
   template <class WriteItem>

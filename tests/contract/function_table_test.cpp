@@ -1,0 +1,107 @@
+// contract/function_table_test.cpp: the 93 rows in their order, their least counts, and the course of PKG_Init
+
+#include "support/module_test.hpp"
+
+namespace arrayfold::test {
+namespace {
+
+struct Row {
+  const char* name;
+  int least;
+};
+
+// Written down a second time: the module's own list is what is tested.
+constexpr Row expected_rows[] = {
+    {"xarray", 1},        {"xrand", 1},      {"xamin", 1},
+    {"xamax", 1},         {"xsum", 1},       {"xeye", 1},
+    {"xzeros", 1},        {"xones", 1},      {"xempty", 1},
+    {"xarange", 1},       {"xlinspace", 2},  {"xlogspace", 2},
+    {"xargmin", 1},       {"xargmax", 1},    {"xsort", 1},
+    {"xargsort", 1},      {"xunique", 1},    {"xpartition", 2},
+    {"xsetdiff1d", 2},    {"xdiff", 1},      {"xargpartition", 2},
+    {"xmedian", 1},       {"xrandn", 1},     {"xrandint", 1},
+    {"xchoice", 0},       {"xshuffle", 1},   {"xpermutation", 1},
+    {"xprod", 1},         {"xmean", 1},      {"xstddev", 1},
+    {"xvariance", 1},     {"xtrapz", 1},     {"xcount_nonzero", 1},
+    {"xabs", 1},          {"xsign", 1},      {"xremainder", 2},
+    {"xminimum", 2},      {"xmaximum", 2},   {"xclip", 3},
+    {"xfma", 3},          {"xinterp", 3},    {"xrad2deg", 1},
+    {"xdegrees", 1},      {"xdeg2rad", 1},   {"xradians", 1},
+    {"xexp", 1},          {"xexpm1", 1},     {"xlog", 1},
+    {"xlog1p", 1},        {"xpow", 2},       {"xsqrt", 1},
+    {"xsquare", 1},       {"xcube", 1},      {"xcbrt", 1},
+    {"xsin", 1},          {"xcos", 1},       {"xtan", 1},
+    {"xsinh", 1},         {"xcosh", 1},      {"xtanh", 1},
+    {"xerf", 1},          {"xtgamma", 1},    {"xlgamma", 1},
+    {"xisnan", 1},        {"xisinf", 1},     {"xisfinite", 1},
+    {"xsearchsorted", 1}, {"xhistogram", 1}, {"xhistogram_bin_edges", 2},
+    {"xbincount", 1},     {"xdigitize", 2},  {"xdot", 2},
+    {"xvdot", 2},         {"xouter", 2},     {"xmatrix_power", 1},
+    {"xkron", 2},         {"xcholesky", 1},  {"xqr", 1},
+    {"xsvd", 1},          {"xeig", 1},       {"xeigvals", 1},
+    {"xeigh", 1},         {"xeigvalsh", 1},  {"xnorm", 1},
+    {"xcond", 1},         {"xdet", 1},       {"xmatrix_rank", 1},
+    {"xslogdet", 1},      {"xtrace", 1},     {"xinv", 1},
+    {"xpinv", 1},         {"xsolve", 2},     {"xlstsq", 2},
+};
+
+class FunctionTable : public ModuleTest {};
+
+TEST_F(FunctionTable, Has93RowsInTheirOrder) {
+  const auto& rows = Module::loaded().rows();
+  ASSERT_EQ(rows.size(), 93u);
+  ASSERT_EQ(std::size(expected_rows), 93u);
+  for (std::size_t i = 0; i < rows.size(); ++i) EXPECT_STREQ(rows[i].name, expected_rows[i].name) << "row " << i;
+  EXPECT_STREQ(rows[0].name, "xarray");
+  EXPECT_STREQ(rows[92].name, "xlstsq");
+}
+
+TEST_F(FunctionTable, BelowTheLeastCount_AnswersZeroAndTouchesNothing) {
+  for (const Row& row : expected_rows)
+    for (int nargs = row.least - 1; row.least > 0 && nargs >= -1; --nargs) {
+      const EntryFunction function = Module::loaded().entry(row.name);
+      // No argument is looked at, so there need not be any.
+      Value result(sentinel);
+      const HostValue before = result.record();
+      hvm::record_calls(true);
+      EXPECT_EQ(function(ctx(), nullptr, nargs, result.address()), 0) << row.name << " with " << nargs;
+      hvm::record_calls(false);
+      EXPECT_EQ(hvm::recorded_calls().size(), 0u) << row.name;
+      EXPECT_EQ(std::memcmp(&before, result.address(), sizeof before), 0) << row.name;
+    }
+}
+
+TEST_F(FunctionTable, WithTheLeastCount_EveryEntryLooksAtItsArguments) {
+  // A nil is neither a number nor an object nor code: whatever looks at its first argument refuses it.
+  for (const Row& row : expected_rows) {
+    if (row.least == 0 || std::string(row.name) == "xrandint") continue;  // the two that look at nothing
+    const Answer answer = call(row.name, std::vector<Value>(static_cast<std::size_t>(row.least)));
+    EXPECT_EQ(answer.returned, 0) << row.name;
+    EXPECT_TRUE(answer.untouched) << row.name;
+  }
+}
+
+TEST_F(FunctionTable, Registration_ComesBeforeTheTypesInTheirOrder) {
+  const std::vector<std::string> expected = {"register 93",    "NewAnyMan",      "RegisterAnyMan",
+                                             "NewAnyMan",      "RegisterAnyMan", "NewAnyMan",
+                                             "RegisterAnyMan", "NewAnyMan",      "RegisterAnyMan"};
+  EXPECT_EQ(Module::loaded().start(), expected);
+  EXPECT_EQ(Module::loaded().init_returned(), 1);
+  std::vector<std::string> types;
+  for (const auto& type : hvm::registered_types()) types.push_back(type.name);
+  const std::vector<std::string> expected_types = {"$xboolarray", "$xintarray", "$xint64array", "$xdoublearray"};
+  EXPECT_EQ(types, expected_types);
+}
+
+TEST_F(FunctionTable, Required_TheFloatTypeIsNotRegistered) { EXPECT_EQ(hvm::type_named("$xfloatarray"), nullptr); }
+
+TEST_F(FunctionTable, TypesAreRegisteredUnderTheVeryNameOfTheirManager) {
+  for (const auto& type : hvm::registered_types()) {
+    EXPECT_EQ(type.name, hvm::type_name_of(type.man));
+    const auto callbacks = hvm::callbacks_of(type.man);
+    EXPECT_TRUE(callbacks.create && callbacks.destroy && callbacks.method && callbacks.op) << type.name;
+  }
+}
+
+}  // namespace
+}  // namespace arrayfold::test

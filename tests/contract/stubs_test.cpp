@@ -1,0 +1,76 @@
+// contract/stubs_test.cpp: the entries that check their arguments and compute nothing
+//
+// What they answer and which host operations they call is final. None of them touches the result record.
+
+#include "support/module_test.hpp"
+
+namespace arrayfold::test {
+namespace {
+
+using Words = std::vector<std::string>;
+
+class Stubs : public ModuleTest {
+ protected:
+  Value array() const { return array_of<XTDouble>(ctx(), {2}, {1.0, 2.0}); }
+
+  void expect(const std::string& name, std::vector<Value> args, int returned, const Words& operations) const {
+    const Answer answer = call(name, std::move(args));
+    EXPECT_EQ(answer.returned, returned) << name;
+    EXPECT_EQ(answer.operations, operations) << name;
+    EXPECT_TRUE(answer.untouched) << name;
+  }
+};
+
+struct OneCheck {
+  const char* name;
+  int least;
+};
+constexpr OneCheck one_check_stubs[] = {{"xclip", 3}, {"xfma", 3},          {"xinterp", 3},
+                                        {"xpow", 2},  {"xsearchsorted", 1}, {"xmatrix_power", 1}};
+
+TEST_F(Stubs, OneObjectCheck_WithAnObjectFirst_FetchesItAndAnswersOne) {
+  for (const auto& stub : one_check_stubs) {
+    std::vector<Value> args(static_cast<std::size_t>(stub.least));
+    args[0] = array();
+    expect(stub.name, args, 1, {"AnyCheck 0", "GetAny 0"});
+  }
+}
+
+TEST_F(Stubs, OneObjectCheck_WithoutAnObjectFirst_AnswersZero) {
+  for (const auto& stub : one_check_stubs) {
+    std::vector<Value> args(static_cast<std::size_t>(stub.least), array());
+    args[0] = Value(3);
+    expect(stub.name, args, 0, {"AnyCheck 0"});
+  }
+}
+
+TEST_F(Stubs, Xclip_WithTwoArguments_AnswersZero) { expect("xclip", {array(), array()}, 0, {}); }
+
+TEST_F(Stubs, Xremainder_AsksForTwoObjectsAndFetchesNone) {
+  expect("xremainder", {array(), array()}, 1, {"AnyCheck 0", "AnyCheck 1"});
+  expect("xremainder", {array(), Value(2)}, 0, {"AnyCheck 0", "AnyCheck 1"});
+  expect("xremainder", {Value(2), array()}, 0, {"AnyCheck 0"});
+}
+
+TEST_F(Stubs, Required_Xsetdiff1d_FetchesTheFirstTwiceAndAnswersZero) {
+  expect("xsetdiff1d", {array(), array()}, 0, {"AnyCheck 0", "AnyCheck 1", "GetAny 0", "GetAny 0"});
+  expect("xsetdiff1d", {array(), Value(2)}, 0, {"AnyCheck 0", "AnyCheck 1"});
+  expect("xsetdiff1d", {Value(2), array()}, 0, {"AnyCheck 0"});
+}
+
+TEST_F(Stubs, Xrandint_AnswersOneWithAnyArgumentAndZeroWithNone) {
+  expect("xrandint", {}, 0, {});
+  expect("xrandint", {Value(1)}, 1, {});
+  expect("xrandint", {Value(), Value("text"), array()}, 1, {});
+}
+
+TEST_F(Stubs, Required_Xchoice_AnswersOneWhateverTheCount) {
+  expect("xchoice", {}, 1, {});
+  expect("xchoice", {array(), Value(7)}, 1, {});
+  const Answer negative = call_with_count("xchoice", {}, -5);
+  EXPECT_EQ(negative.returned, 1);
+  EXPECT_TRUE(negative.untouched);
+}
+
+}  // namespace
+}  // namespace arrayfold::test

@@ -1,0 +1,190 @@
+// object/dump_text_test.cpp: the text of dump, held against the JSON library byte for byte
+
+#include <unistd.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+
+#include <nlohmann/json.hpp>
+#include <xtensor/xjson.hpp>
+
+#include "support/module_test.hpp"
+
+namespace arrayfold::test {
+namespace {
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+class DumpText : public ModuleTest {
+ protected:
+  std::string text(Value& array, int indent) const {
+    const Answer answer = method(array, "dump", {Value(indent)});
+    EXPECT_EQ(answer.returned, 1);
+    return std::string(hvm::text_of(answer.result.record()));
+  }
+
+  /// The library's own text of the same array.
+  template <class Kind>
+  static std::string library_text(const Value& array, int indent) {
+    nlohmann::json tree;
+    xt::to_json(tree, *container_of<Kind>(array));
+    return tree.dump(indent, ' ', false, nlohmann::json::error_handler_t::strict);
+  }
+
+  template <class Kind>
+  void expect_library_text(Value& array, int indent) const {
+    ASSERT_EQ(text(array, indent), library_text<Kind>(array, indent));
+  }
+};
+
+TEST_F(DumpText, OfEachKind_IsAsTheKindWritesIt) {
+  EXPECT_EQ(dump(array_of<XTInt>(ctx(), {3}, {1, 2, 3})), "[1,2,3]");
+  EXPECT_EQ(dump(array_of<XTBool>(ctx(), {2}, {true, false})), "[true,false]");
+  EXPECT_EQ(dump(array_of<XTDouble>(ctx(), {3}, {1, 0.5, std::nan("")})), "[1.0,0.5,null]");
+  EXPECT_EQ(dump(array_of<XTInt64>(ctx(), {2}, {INT64_MAX, INT64_MIN})), "[9223372036854775807,-9223372036854775808]");
+  EXPECT_EQ(dump(array_of<XTInt>(ctx(), {2}, {INT32_MAX, INT32_MIN})), "[2147483647,-2147483648]");
+  EXPECT_EQ(dump(array_of<XTDouble>(ctx(), {2}, {infinity, -infinity})), "[null,null]");
+}
+
+TEST_F(DumpText, OfReals_IsTheShortestThatReadsBack) {
+  EXPECT_EQ(
+      dump(array_of<XTDouble>(ctx(), {8}, {-0.0, 0.1, 1e16, 1e-7, 5e-324, 1.7976931348623157e308, 1.0 / 3, 1e14})),
+      "[-0.0,0.1,1e+16,1e-07,5e-324,1.7976931348623157e+308,0.3333333333333333,100000000000000.0]");
+}
+
+TEST_F(DumpText, WithoutDimensions_IsABareScalar) {
+  EXPECT_EQ(dump(array_of<XTInt>(ctx(), {}, {-5})), "-5");
+  EXPECT_EQ(dump(array_of<XTBool>(ctx(), {}, {true})), "true");
+  EXPECT_EQ(dump(array_of<XTDouble>(ctx(), {}, {2})), "2.0");
+  Value scalar = array_of<XTInt>(ctx(), {}, {7});
+  EXPECT_EQ(text(scalar, 4), "7");
+}
+
+TEST_F(DumpText, OfEmptyShapes_StopsAtTheFirstZeroExtent) {
+  EXPECT_EQ(dump(array_of<XTInt>(ctx(), {0}, {})), "[]");
+  EXPECT_EQ(dump(array_of<XTInt>(ctx(), {2, 0}, {})), "[[],[]]");
+  EXPECT_EQ(dump(array_of<XTInt>(ctx(), {0, 3}, {})), "[]");
+  EXPECT_EQ(dump(array_of<XTInt>(ctx(), {2, 1, 0, 5}, {})), "[[[]],[[]]]");
+  Value empty = array_of<XTInt>(ctx(), {2, 0}, {});
+  EXPECT_EQ(text(empty, 1), "[\n [],\n []\n]");
+  Value none = array_of<XTInt>(ctx(), {0}, {});
+  EXPECT_EQ(text(none, 3), "[]");
+}
+
+TEST_F(DumpText, WithIndent_PutsEveryElementOnALineOfItsOwn) {
+  Value matrix = array_of<XTInt>(ctx(), {2, 2}, {1, 2, 3, 4});
+  EXPECT_EQ(text(matrix, 2), "[\n  [\n    1,\n    2\n  ],\n  [\n    3,\n    4\n  ]\n]");
+  EXPECT_EQ(text(matrix, 0), "[\n[\n1,\n2\n],\n[\n3,\n4\n]\n]");
+}
+
+TEST_F(DumpText, OfAStoredByteThatIsNoTruthValue_IsTrue) {
+  Value bools = array_of<XTBool>(ctx(), {3}, {false, true, false});
+  auto* bytes = static_cast<unsigned char*>(static_cast<void*>(container_of<XTBool>(bools)->storage().data()));
+  bytes[2] = 0x40;
+  EXPECT_EQ(dump(bools), "[false,true,true]");
+}
+
+TEST_F(DumpText, OfAnyIndent_IsSafe) {
+  Value vector = array_of<XTInt>(ctx(), {2}, {1, 2});
+  for (const int indent : {512, 513, 1024, 1025, 4096, 100000, 1000000}) {
+    const std::string blanks(static_cast<std::size_t>(indent), ' ');
+    EXPECT_EQ(text(vector, indent), "[\n" + blanks + "1,\n" + blanks + "2\n]") << indent;
+  }
+  EXPECT_EQ(text(vector, INT_MIN), "[1,2]");
+  Value cube = array_of<XTInt>(ctx(), {1, 1, 1}, {5});
+  EXPECT_EQ(text(cube, 3000).size(), 3 + 3 + 1 + 6 + 3000u * (1 + 2 + 3 + 2 + 1));
+}
+
+TEST_F(DumpText, LongerThanAHostRecordTakes_ThrowsBadAlloc) {
+  Value vector = array_of<XTInt>(ctx(), {2}, {1, 2});
+  EXPECT_THROW(method(vector, "dump", {Value(INT_MAX)}), std::bad_alloc);
+  EXPECT_THROW(method(vector, "dump", {Value(INT_MAX / 2)}), std::bad_alloc);
+  Value one = array_of<XTInt>(ctx(), {1}, {1});
+  EXPECT_THROW(method(one, "dump", {Value(INT_MAX)}), std::bad_alloc);
+  EXPECT_THROW(method(one, "dump", {Value(INT_MAX - 4)}), std::bad_alloc);
+}
+
+TEST_F(DumpText, AsLongAsAHostRecordTakes_IsWritten) {
+  // The text and the host's copy of it, 2 GiB each.
+  const auto free_memory =
+      static_cast<std::size_t>(sysconf(_SC_AVPHYS_PAGES)) * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+  if (free_memory < std::size_t{6} << 30) GTEST_SKIP() << "needs 6 GiB of free memory";
+  Value one = array_of<XTInt>(ctx(), {1}, {1});
+  // "[\n" + blanks + "1" + "\n]"
+  const Answer answer = method(one, "dump", {Value(INT_MAX - 5)});
+  EXPECT_EQ(hvm::text_of(answer.result.record()).size(), static_cast<std::size_t>(INT_MAX));
+}
+
+TEST_F(DumpText, OfManyDimensions_NeedsNoStack) {
+  constexpr int rank = 200000;
+  const std::vector<std::size_t> extents(rank, 1);
+  Value deep = array_of<XTInt>(ctx(), extents, {3});
+  EXPECT_EQ(dump(deep), std::string(rank, '[') + "3" + std::string(rank, ']'));
+}
+
+// ---- Random arrays of every kind, rank and indent.
+
+std::mt19937_64 engine(20240229);
+
+bool random_element(bool) { return engine() & 1; }
+std::int32_t random_element(std::int32_t) { return static_cast<std::int32_t>(engine()) >> (engine() % 32); }
+std::int64_t random_element(std::int64_t) { return static_cast<std::int64_t>(engine()) >> (engine() % 64); }
+double random_element(double) {
+  const auto bits = engine();
+  switch (bits % 5) {
+    case 0:
+      return std::ldexp(static_cast<double>(engine()), static_cast<int>(engine() % 128) - 96);
+    case 1:
+      return static_cast<double>(static_cast<std::int64_t>(engine()) >> (engine() % 64));
+    case 2:
+      return static_cast<double>(static_cast<std::int32_t>(engine())) / 1000;
+    case 3:
+      return static_cast<double>(engine() % 1000) * 1e-3;
+    default:
+      return load<double>(&bits);  // any bits at all, NaN and subnormals included
+  }
+}
+
+std::vector<std::size_t> random_extents() {
+  std::vector<std::size_t> extents(engine() % 7);
+  for (auto& extent : extents) extent = engine() % 16 == 0 ? 0 : 1 + engine() % (extents.size() > 3 ? 3 : 7);
+  return extents;
+}
+
+template <class Kind>
+Value random_array(HostContext ctx) {
+  using Element = typename Kind::element;
+  const auto extents = random_extents();
+  std::size_t count = 1;
+  for (const auto extent : extents) count *= extent;
+  std::vector<Element> elements;
+  for (std::size_t i = 0; i < count; ++i) elements.push_back(random_element(Element{}));
+  return array_of<Kind>(ctx, extents, elements);
+}
+
+TEST_F(DumpText, OfRandomArrays_IsTheLibrarysOwn) {
+  // 80 is the widest that the library itself writes safely in six dimensions.
+  for (const int indent : {-1, -5, 0, 1, 2, 4, 7, 80})
+    for (int round = 0; round < 150; ++round) {
+      Value bools = random_array<XTBool>(ctx());
+      Value ints = random_array<XTInt>(ctx());
+      Value int64s = random_array<XTInt64>(ctx());
+      Value doubles = random_array<XTDouble>(ctx());
+      expect_library_text<XTBool>(bools, indent);
+      expect_library_text<XTInt>(ints, indent);
+      expect_library_text<XTInt64>(int64s, indent);
+      expect_library_text<XTDouble>(doubles, indent);
+    }
+}
+
+TEST_F(DumpText, OfManyReals_IsTheLibrarysOwn) {
+  std::vector<double> elements(200000);
+  for (double& element : elements) element = random_element(0.0);
+  Value array = array_of<XTDouble>(ctx(), {elements.size()}, elements);
+  expect_library_text<XTDouble>(array, -1);
+}
+
+}  // namespace
+}  // namespace arrayfold::test

@@ -1,0 +1,32 @@
+// support/allocations.hpp: the C++ allocations of a test program, counted and made to fail
+//
+// Two kinds are told apart: `operator new`, and the aligned storage of arrays. Both are replaced for the whole program,
+// the loaded module included.
+
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+namespace arrayfold::test {
+
+/// Allocations so far, and how many of them are alive.
+struct AllocationCounts {
+  std::int64_t made = 0;
+  std::int64_t alive = 0;
+};
+AllocationCounts allocations() noexcept;
+
+/// Lets the n-th allocation of either kind from now on fail; 0 takes that back.
+void fail_allocation(std::int64_t nth) noexcept;
+/// True when it has failed since then.
+bool allocation_has_failed() noexcept;
+
+/// Runs `action` with its first allocation failing, then its second, and so on until none fails. Each run must end
+/// regularly or with std::bad_alloc, and leave no allocation and nothing of the host behind. The answer is the number
+/// of allocations that were made to fail.
+int fail_each_allocation(const std::function<void()>& action);
+/// The same with the allocations of the host.
+int fail_each_host_allocation(const std::function<void()>& action);
+
+}  // namespace arrayfold::test
