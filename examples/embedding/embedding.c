@@ -99,9 +99,9 @@ int main(int argc, char** argv) {
   quote(&made[5], &made[6]);
   if (call("xerf", a, 1, &made[7])) expect("calls of the host's erf", interp_calls(), 5);
   expect("xzeros(), too few", call("xzeros", NULL, 0, &none), 0);
-  expect("  result", none.tag, NIL);
+  expect("  tag of the result, nil", none.tag, NIL);
   expect("xrandint(1), a stub", call("xrandint", RECORDS(INT(1)), 1, &none), 1);
-  expect("  result", none.tag, NIL);
+  expect("  tag of the result, nil", none.tag, NIL);
 
   for (int i = 0; i < 8; ++i) HVM_FreeObjectContent(&context, &made[i]);
   expect("blocks alive", host_blocks(), 0);
