@@ -1,0 +1,359 @@
+// tests/refhost/kernel/kernel_tables_test.cpp: keys, slots, the two parts of a table, and what an outsider reads of
+// them
+
+#include <cmath>
+#include <limits>
+#include <map>
+#include <random>
+#include <set>
+
+#include "kernel_fixture.hpp"
+
+namespace hvm::testing {
+namespace {
+
+class KernelTables : public KernelTest {
+ protected:
+  HostHash* table() const { return table_of(table_.record()); }
+  void put(int key, int value) { HVM_SetInt(ctx(), HVM_HashSetInt(ctx(), table(), key), value); }
+  void put(Value key, int value) { HVM_SetInt(ctx(), HVM_HashSet(ctx(), table(), key.address()), value); }
+  HostValue* read(Value key) { return HVM_HashGet(nullptr, table(), key.address()); }
+  bool has(Value key) { return read(std::move(key)) != HVM_GetGlobalNilObj(); }
+
+  Value table_ = Value::table();
+};
+
+// The walk of an outsider: by offsets alone, `items` without the keys of tag 6 and 10.
+std::vector<HostValue> raw_keys(const HostHash* table) {
+  std::vector<HostValue> keys;
+  const auto* bytes = static_cast<const std::byte*>(static_cast<const void*>(table));
+  const auto* index = load<const std::byte* const*>(bytes);
+  for (int n = 0; n < load<std::int32_t>(bytes + 8); ++n) keys.push_back(load<HostValue>(index[n]));
+  const auto* items = load<const std::byte*>(bytes + 16);
+  for (int n = 0; n < load<std::int32_t>(bytes + 24); ++n) {
+    const auto key = load<HostValue>(items + 44 * n);
+    if (key.tag != ValueTag::string_record && key.tag != ValueTag::nil) keys.push_back(key);
+  }
+  return keys;
+}
+
+std::vector<int> raw_integer_keys(const HostHash* table) {
+  std::vector<int> keys;
+  for (HostValue& key : raw_keys(table))
+    if (key.tag == ValueTag::integer) keys.push_back(HVM_AsInt(&key));
+  return keys;
+}
+
+TEST_F(KernelTables, ForceTable_MakesAnEmptyTableOfWhatever) {
+  for (Value value : {Value(), Value(5), Value("text"), new_toy(), Value::table_of({Value(1)})}) {
+    HVM_ForceTable(ctx(), value.address(), 4);
+    EXPECT_EQ(value.tag(), ValueTag::table);
+    EXPECT_EQ(entry_count(table_of(value.record())), 0);
+    EXPECT_EQ(references(table_of(value.record())), 1u);
+  }
+  EXPECT_EQ(Toy::live, 0);
+  HVM_ForceTable(ctx(), nullptr, 4);
+}
+
+TEST_F(KernelTables, Capacity_IsAHint) {
+  for (const int capacity : {-5, 0, 1, 4, 100, std::numeric_limits<int>::max()}) {
+    Value value;
+    HVM_ForceTable(ctx(), value.address(), capacity);
+    for (int key = 0; key < 300; ++key) HVM_SetInt(ctx(), HVM_HashSetInt(ctx(), table_of(value.record()), key), key);
+    EXPECT_EQ(entry_count(table_of(value.record())), 300);
+  }
+}
+
+TEST_F(KernelTables, NewHash_IsTheCallersToWriteIntoARecord) {
+  HostHash* hash = HVM_NewHash(ctx(), 4);
+  EXPECT_EQ(hash->index_count, 0);
+  EXPECT_EQ(hash->item_count, 0);
+  EXPECT_EQ(references(hash), 1u);
+  HostValue* slot = HVM_HashSetInt(ctx(), table(), 0);
+  slot->tag = ValueTag::table;
+  store<HostHash*>(slot->payload, hash);
+  EXPECT_EQ(counts().tables, before_.tables + 2);  // this one and the fixture's
+}
+
+TEST_F(KernelTables, Slots_StartAsNilAndAreFoundAgain) {
+  HostValue* slot = HVM_HashSetInt(ctx(), table(), 0);
+  EXPECT_EQ(slot->tag, ValueTag::nil);
+  HVM_SetInt(ctx(), slot, 5);
+  EXPECT_EQ(HVM_HashSetInt(ctx(), table(), 0), slot);
+  EXPECT_EQ(HVM_HashGetInt(table(), 0), slot);
+  HostValue* hashed = HVM_HashSet(ctx(), table(), Value("k").address());
+  EXPECT_EQ(hashed->tag, ValueTag::nil);
+  EXPECT_EQ(HVM_HashSet(ctx(), table(), Value("k").address()), hashed);
+}
+
+TEST_F(KernelTables, AbsentKeys_GiveTheGlobalNil) {
+  put(0, 1);
+  for (const int key : {-1, 1, 100, std::numeric_limits<int>::min()})
+    EXPECT_EQ(HVM_HashGetInt(table(), key), HVM_GetGlobalNilObj());
+  EXPECT_FALSE(has(Value("k")));
+  EXPECT_FALSE(has(Value(0.0)));
+  EXPECT_EQ(HVM_HashGetInt(nullptr, 0), HVM_GetGlobalNilObj());
+  EXPECT_EQ(HVM_HashGet(nullptr, nullptr, Value(0).address()), HVM_GetGlobalNilObj());
+  EXPECT_EQ(HVM_HashGet(nullptr, table(), nullptr), HVM_GetGlobalNilObj());
+}
+
+TEST_F(KernelTables, NilInASlot_IsAnEntry) {
+  HVM_HashSetInt(ctx(), table(), 0);
+  EXPECT_NE(HVM_HashGetInt(table(), 0), HVM_GetGlobalNilObj());
+  EXPECT_EQ(entry_count(table()), 1);
+}
+
+TEST_F(KernelTables, Values_StandEighteenBytesBehindTheirKey) {
+  put(0, 1);
+  put(Value(7), 2);
+  put(Value("k"), 3);
+  for (Value key : {Value(0), Value(7), Value("k")}) {
+    const auto* value = static_cast<const std::byte*>(static_cast<const void*>(read(key)));
+    const auto item = load<HostHashItem>(value - 18);
+    EXPECT_EQ(item.key.tag, key.is_string() ? ValueTag::string_record : ValueTag::integer);
+  }
+}
+
+TEST_F(KernelTables, IntegerKeys_FromZeroUp_AreTheOrderedPart) {
+  for (int key = 0; key < 100; ++key) put(key, key * key);
+  EXPECT_EQ(table()->index_count, 100);
+  EXPECT_EQ(table()->item_count, 0);
+  const auto keys = raw_integer_keys(table());
+  ASSERT_EQ(keys.size(), 100u);
+  for (int key = 0; key < 100; ++key) {
+    EXPECT_EQ(keys[static_cast<std::size_t>(key)], key);
+    EXPECT_EQ(HVM_AsInt(HVM_HashGetInt(table(), key)), key * key);
+  }
+}
+
+TEST_F(KernelTables, IntegerKeys_ThatCloseAGap_MoveIntoTheOrderedPart) {
+  for (const int key : {3, 1, 2, 5}) put(key, 10 * key);
+  EXPECT_EQ(table()->index_count, 0);
+  EXPECT_EQ(raw_integer_keys(table()), (std::vector<int>{3, 1, 2, 5}));
+  put(0, 0);
+  EXPECT_EQ(table()->index_count, 4);
+  EXPECT_EQ(raw_integer_keys(table()), (std::vector<int>{0, 1, 2, 3, 5}));
+  for (const int key : {0, 1, 2, 3, 5}) EXPECT_EQ(HVM_AsInt(HVM_HashGetInt(table(), key)), 10 * key);
+  put(4, 40);
+  EXPECT_EQ(table()->index_count, 6);
+  EXPECT_EQ(table()->item_count, 0);
+  EXPECT_EQ(entry_count(table()), 6);
+}
+
+TEST_F(KernelTables, NegativeKeys_StayInTheHashedPart) {
+  put(-1, 1);
+  put(0, 2);
+  EXPECT_EQ(table()->index_count, 1);
+  EXPECT_EQ(HVM_AsInt(HVM_HashGetInt(table(), -1)), 1);
+}
+
+TEST_F(KernelTables, StringKeys_AreStoredUnderTagSixAndSkippedByARawWalk) {
+  put(Value("k"), 1);
+  put(Value(9), 2);
+  EXPECT_EQ(raw_integer_keys(table()), (std::vector<int>{9}));
+  EXPECT_EQ(raw_keys(table()).size(), 1u);
+  EXPECT_EQ(table()->item_count, 2);
+  EXPECT_EQ(table()->items.get()[0].key.tag, ValueTag::string_record);
+  EXPECT_EQ(text_of(table()->items.get()[0].key), "k");
+}
+
+TEST_F(KernelTables, StringKeys_OfAllForms_AreOneKey) {
+  Value converted("clé");
+  converted.record().tag = ValueTag::converted_string;
+  put(Value("clé"), 1);
+  for (Value key : {Value::literal("clé"), Value::string_record("clé"), Value(u"clé"), converted}) {
+    EXPECT_TRUE(has(key));
+    put(key, 2);
+  }
+  EXPECT_EQ(entry_count(table()), 1);
+  EXPECT_EQ(HVM_AsInt(read(Value("clé"))), 2);
+}
+
+TEST_F(KernelTables, StringKeys_AreCopied) {
+  Value key("key");
+  put(key, 1);
+  load<char*>(key.record().payload)[0] = 'x';
+  EXPECT_TRUE(has(Value("key")));
+  EXPECT_FALSE(has(Value("xey")));
+}
+
+TEST_F(KernelTables, StringKeys_MayBeEmptyOrHoldZeros) {
+  put(Value(""), 1);
+  put(Value(std::string_view("a\0b", 3)), 2);
+  put(Value("a"), 3);
+  EXPECT_EQ(entry_count(table()), 3);
+  EXPECT_EQ(HVM_AsInt(read(Value(std::string_view("a\0b", 3)))), 2);
+}
+
+TEST_F(KernelTables, Required_WholeRealKeys_AreKeysOfTheirOwn) {
+  put(2, 1);
+  put(Value(2.0), 2);
+  EXPECT_EQ(entry_count(table()), 2);
+  EXPECT_EQ(HVM_AsInt(read(Value(2))), 1);
+  EXPECT_EQ(HVM_AsInt(read(Value(2.0))), 2);
+  EXPECT_EQ(raw_keys(table()).size(), 2u);
+}
+
+TEST_F(KernelTables, RealKeys_KnowOneZeroAndOneNan) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  put(Value(0.0), 1);
+  put(Value(-0.0), 2);
+  put(Value(nan), 3);
+  put(Value(-nan), 4);
+  EXPECT_EQ(entry_count(table()), 2);
+  EXPECT_EQ(HVM_AsInt(read(Value(0.0))), 2);
+  EXPECT_EQ(HVM_AsInt(read(Value(nan))), 4);
+}
+
+TEST_F(KernelTables, Integer64Keys_ThatFitInto32Bits_AreTheIntegerKey) {
+  put(Value(std::int64_t{0}), 1);
+  put(Value(std::int64_t{1} << 40), 2);
+  EXPECT_EQ(table()->index_count, 1);
+  EXPECT_EQ(HVM_AsInt(HVM_HashGetInt(table(), 0)), 1);
+  EXPECT_EQ(HVM_AsInt(read(Value(std::int64_t{1} << 40))), 2);
+  EXPECT_EQ(raw_keys(table()).back().tag, ValueTag::integer64);
+}
+
+TEST_F(KernelTables, OtherValues_AreNoKeys) {
+  Value toy = new_toy(), inner = Value::table();
+  for (Value key : {Value(), toy, inner}) {
+    EXPECT_FALSE(is_key(key.record()));
+    EXPECT_EQ(slot(table(), key.record()), nullptr);
+    put(key, 5);
+    EXPECT_FALSE(has(key));
+  }
+  EXPECT_TRUE(is_key(Value(u"w").record()));
+  EXPECT_EQ(entry_count(table()), 0);
+}
+
+TEST_F(KernelTables, SlotOfNoTable_TakesAnythingAndKeepsNothing) {
+  HVM_SetString(ctx(), HVM_HashSetInt(ctx(), nullptr, 0), "text");
+  HVM_ForceTable(ctx(), HVM_HashSet(ctx(), nullptr, Value(1).address()), 4);
+  HVM_ForceTable(ctx(), HVM_HashSet(ctx(), table(), nullptr), 4);
+  HVM_SetTypeAny(ctx(), HVM_HashSetInt(ctx(), nullptr, 0), HVM_NewAny(ctx(), Toy::name, 0, 0));
+  EXPECT_EQ(HVM_HashSetInt(ctx(), nullptr, 1)->tag, ValueTag::nil);
+  EXPECT_EQ(Toy::live, 0);
+}
+
+TEST_F(KernelTables, Bounds_AreTheLeastAndTheLargestIntegerKey) {
+  int low = 77, high = 77;
+  HVM_HashGetBounds(table(), &low, &high);
+  EXPECT_EQ(low, 0);
+  EXPECT_EQ(high, -1);
+  put(Value("k"), 1);
+  put(Value(100.0), 1);
+  HVM_HashGetBounds(table(), &low, &high);
+  EXPECT_EQ(high, -1);
+  put(3, 1);
+  HVM_HashGetBounds(table(), &low, &high);
+  EXPECT_EQ(low, 3);
+  EXPECT_EQ(high, 3);
+  for (const int key : {0, 1, -9, 50}) put(key, 1);
+  HVM_HashGetBounds(table(), &low, &high);
+  EXPECT_EQ(low, -9);
+  EXPECT_EQ(high, 50);
+  HVM_HashGetBounds(table(), nullptr, nullptr);
+  HVM_HashGetBounds(nullptr, &low, &high);
+  EXPECT_EQ(low, 0);
+  EXPECT_EQ(high, -1);
+}
+
+TEST_F(KernelTables, OrderedSlots_LastAsLongAsTheTable) {
+  std::vector<HostValue*> slots;
+  for (int key = 0; key < 10000; ++key) slots.push_back(HVM_HashSetInt(ctx(), table(), key));
+  for (int key = 20000; key < 21000; ++key) put(key, 1);
+  for (int key = 0; key < 10000; ++key) EXPECT_EQ(HVM_HashGetInt(table(), key), slots[static_cast<std::size_t>(key)]);
+}
+
+TEST_F(KernelTables, HashedSlots_LastUntilANewKeyComes) {
+  for (int key = 1; key < 100; ++key) {
+    HostValue* slot = HVM_HashSet(ctx(), table(), Value(key * 0.5).address());
+    HVM_HashSet(ctx(), table(), Value(0.5).address());
+    HVM_HashGet(nullptr, table(), Value("absent").address());
+    EXPECT_EQ(read(Value(key * 0.5)), slot);
+  }
+}
+
+TEST_F(KernelTables, HundredThousandKeys_AreAllFound) {
+  constexpr int many = 100000;
+  for (int key = 0; key < many; ++key) {
+    put(key - 2 * many, key);
+    put(Value(key + 0.5), key);
+    put(Value(std::to_string(key)), key);
+    put(Value((std::int64_t{key} << 33) + (std::int64_t{1} << 32)), key);
+  }
+  EXPECT_EQ(entry_count(table()), 4 * many);
+  for (int key = 0; key < many; ++key) {
+    ASSERT_EQ(HVM_AsInt(HVM_HashGetInt(table(), key - 2 * many)), key);
+    ASSERT_EQ(HVM_AsInt(read(Value(key + 0.5))), key);
+    ASSERT_EQ(HVM_AsInt(read(Value(std::to_string(key)))), key);
+    ASSERT_EQ(HVM_AsInt(read(Value((std::int64_t{key} << 33) + (std::int64_t{1} << 32)))), key);
+  }
+  EXPECT_EQ(raw_keys(table()).size(), 3u * many);
+}
+
+TEST_F(KernelTables, KeysInFallingOrder_AllEndInTheOrderedPart) {
+  constexpr int many = 100000;
+  for (int key = many - 1; key >= 0; --key) put(key, key);
+  EXPECT_EQ(table()->index_count, many);
+  EXPECT_EQ(table()->item_count, 0);
+  for (int key = 0; key < many; ++key) ASSERT_EQ(HVM_AsInt(HVM_HashGetInt(table(), key)), key);
+}
+
+TEST_F(KernelTables, RandomKeys_AgreeWithAMap) {
+  std::mt19937 random(5);
+  std::map<int, int> expected;
+  for (int n = 0; n < 20000; ++n) {
+    const int key = static_cast<int>(random() % 3000) - 100;
+    if (random() % 8 == 0) put(Value(std::to_string(n)), n);
+    put(key, n);
+    expected[key] = n;
+  }
+  for (const auto& [key, value] : expected) ASSERT_EQ(HVM_AsInt(HVM_HashGetInt(table(), key)), value) << key;
+  auto keys = raw_integer_keys(table());
+  EXPECT_EQ(keys.size(), expected.size());
+  EXPECT_EQ(std::set<int>(keys.begin(), keys.end()).size(), expected.size());
+  EXPECT_GT(table()->index_count, 0);
+}
+
+TEST_F(KernelTables, Walk_VisitsTheOrderedPartThenTheOthersAsTheyCame) {
+  put(Value("b"), 1);
+  put(1, 2);
+  put(Value(2.5), 3);
+  put(0, 4);
+  put(Value("a"), 5);
+  std::vector<int> values;
+  TableWalk walk(table());
+  while (const Entry entry = walk.next()) values.push_back(HVM_AsInt(entry.value));
+  EXPECT_EQ(values, (std::vector<int>{4, 2, 1, 3, 5}));
+  EXPECT_FALSE(walk.next());
+  EXPECT_FALSE(TableWalk(nullptr).next());
+}
+
+TEST_F(KernelTables, Walk_BearsAChangingTable) {
+  for (int key = 0; key < 10; ++key) put(key, key);
+  TableWalk walk(table());
+  int visited = 0;
+  while (walk.next() && visited < 1000) {
+    put(10 + visited, 1);
+    put(Value(visited + 0.5), 1);
+    ++visited;
+  }
+  EXPECT_EQ(visited, 1000);
+}
+
+TEST_F(KernelTables, FindAndSlot_TakeThreeFormsOfKeys) {
+  HVM_SetInt(ctx(), slot(table(), 0), 1);
+  HVM_SetInt(ctx(), slot(table(), "k"), 2);
+  HVM_SetInt(ctx(), slot(table(), Value(1.5).record()), 3);
+  EXPECT_EQ(HVM_AsInt(find(table(), 0)), 1);
+  EXPECT_EQ(HVM_AsInt(find(table(), "k")), 2);
+  EXPECT_EQ(HVM_AsInt(find(table(), Value(1.5).record())), 3);
+  EXPECT_EQ(find(table(), 1), nullptr);
+  EXPECT_EQ(find(nullptr, 0), nullptr);
+  EXPECT_EQ(slot(nullptr, 0), nullptr);
+  EXPECT_EQ(entry_count(nullptr), 0);
+}
+
+}  // namespace
+}  // namespace hvm::testing
