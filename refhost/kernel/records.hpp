@@ -40,9 +40,13 @@ void release_content(const HostValue& value, HostContext ctx) noexcept;
 /// Writes `fresh` over `value` and releases what was there. A null `value` means that `fresh` is lost.
 inline void replace(HostContext ctx, HostValue* value, const HostValue& fresh) noexcept {
   if (!value) return release_content(fresh, ctx);
+  if (__builtin_expect(!holds_content(*value), true)) {
+    *value = fresh;
+    return;
+  }
   const HostValue old = *value;
   *value = fresh;
-  if (__builtin_expect(holds_content(old), false)) release_content(old, ctx);
+  release_content(old, ctx);
 }
 
 /// A record of its own with the same content: texts and tables copied, objects shared.
