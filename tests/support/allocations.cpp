@@ -19,7 +19,7 @@ std::int64_t until_failure = 0;
 bool failed = false;
 
 /// True when the allocation at hand is the one to fail.
-bool is_due() noexcept {
+bool refused() noexcept {
   if (until_failure == 0 || --until_failure > 0) return false;
   failed = true;
   return true;
@@ -66,24 +66,34 @@ void* counted(void* memory) noexcept {
   if (memory != nullptr) ++counts.made, ++counts.alive;
   return memory;
 }
-bool refused() noexcept { return is_due(); }
 void uncounted(const void* memory) noexcept {
   if (memory != nullptr) --counts.alive;
 }
 
 }  // namespace arrayfold::test
 
-void* operator new(std::size_t size) {
+// All forms are replaced, since a sanitizer brings its own of each.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   using namespace arrayfold::test;
-  void* memory = refused() ? nullptr : counted(std::malloc(size == 0 ? 1 : size));
+  return refused() ? nullptr : counted(std::malloc(size == 0 ? 1 : size));
+}
+void* operator new(std::size_t size) {
+  void* memory = operator new(size, std::nothrow);
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }
+void* operator new[](std::size_t size) { return operator new(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return operator new(size, std::nothrow); }
+
 void operator delete(void* memory) noexcept {
   arrayfold::test::uncounted(memory);
   std::free(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { operator delete(memory); }
+void operator delete[](void* memory) noexcept { operator delete(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { operator delete(memory); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { operator delete(memory); }
 
 // The storage of arrays. It is given back with `free`, which stays the C library's, so only the making is counted.
 extern "C" __attribute__((visibility("default"))) int posix_memalign(void** memory, std::size_t alignment, std::size_t size) {
