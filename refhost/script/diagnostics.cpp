@@ -80,7 +80,7 @@ std::string ScriptError::report() const {
 std::string suggestion(std::string_view name, const std::vector<std::string_view>& candidates) {
   constexpr std::size_t longest_compared = 40;
   if (name.size() > longest_compared) return {};
-  std::size_t best = std::max<std::size_t>(1, name.size() / 3) + 1;
+  std::size_t best = name.size() < 4 ? 2 : 3;  // one or two letters may differ
   std::string_view nearest;
   for (const std::string_view candidate : candidates) {
     if (candidate.size() > longest_compared) continue;

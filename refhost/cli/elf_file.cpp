@@ -1,0 +1,119 @@
+// cli/elf_file.cpp: what the head of a library file says, before anything of it runs
+
+#include "cli/elf_file.hpp"
+
+#include <elf.h>
+#include <link.h>
+
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <optional>
+
+namespace hvm {
+namespace {
+
+using FileHeader = ElfW(Ehdr);
+using SegmentHeader = ElfW(Phdr);
+using DynamicEntry = ElfW(Dyn);
+
+/// The bytes of a file, read with a check of every bound.
+class ElfImage {
+ public:
+  explicit ElfImage(const std::string& path) : bytes_(read(path)) {
+    check_identity();
+    read_segments();
+  }
+
+  std::vector<std::string> needed() const {
+    std::vector<std::string> names;
+    const auto texts = dynamic_value(DT_STRTAB);
+    const auto text_offset = texts ? file_offset(*texts) : std::nullopt;
+    if (!text_offset) return names;
+    for (const DynamicEntry& entry : dynamic_)
+      if (entry.d_tag == DT_NEEDED) names.push_back(text_at(*text_offset + entry.d_un.d_val));
+    return names;
+  }
+
+ private:
+  static std::string read(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) throw ElfError("it cannot be opened for reading");
+    std::string bytes{std::istreambuf_iterator<char>(file), {}};
+    if (file.bad() || (bytes.empty() && !file.eof())) throw ElfError("it cannot be read");
+    return bytes;
+  }
+
+  template <class T>
+  T at(std::size_t offset) const {
+    if (offset > bytes_.size() || bytes_.size() - offset < sizeof(T)) throw ElfError("its ELF structure is cut off");
+    T value;
+    std::memcpy(&value, bytes_.data() + offset, sizeof(T));
+    return value;
+  }
+
+  void check_identity() {
+    const bool is_elf = bytes_.size() >= sizeof(FileHeader) && std::memcmp(bytes_.data(), ELFMAG, SELFMAG) == 0;
+    if (!is_elf) throw ElfError("it is no ELF shared object");
+    header_ = at<FileHeader>(0);
+    const FileHeader own = own_header();
+    const bool is_for_this_machine =
+        header_.e_ident[EI_CLASS] == own.e_ident[EI_CLASS] && header_.e_machine == own.e_machine;
+    if (!is_for_this_machine) throw ElfError("it is an ELF file for another machine");
+    if (header_.e_type != ET_DYN) throw ElfError("it is an ELF file, but no shared object");
+  }
+
+  static FileHeader own_header() {
+    std::ifstream self("/proc/self/exe", std::ios::binary);
+    FileHeader header = {};
+    char bytes[sizeof(FileHeader)] = {};
+    if (!self.read(bytes, sizeof(bytes))) throw ElfError("the running program cannot be read for comparison");
+    std::memcpy(&header, bytes, sizeof(header));
+    return header;
+  }
+
+  void read_segments() {
+    for (std::size_t i = 0; i < header_.e_phnum; ++i) {
+      const auto segment = at<SegmentHeader>(header_.e_phoff + i * header_.e_phentsize);
+      if (segment.p_type == PT_LOAD) loads_.push_back(segment);
+      if (segment.p_type == PT_DYNAMIC) read_dynamic(segment);
+    }
+  }
+
+  void read_dynamic(const SegmentHeader& segment) {
+    for (std::size_t i = 0; i < segment.p_filesz / sizeof(DynamicEntry); ++i) {
+      dynamic_.push_back(at<DynamicEntry>(segment.p_offset + i * sizeof(DynamicEntry)));
+      if (dynamic_.back().d_tag == DT_NULL) return;
+    }
+  }
+
+  std::optional<std::size_t> dynamic_value(decltype(DynamicEntry::d_tag) tag) const {
+    for (const DynamicEntry& entry : dynamic_)
+      if (entry.d_tag == tag) return entry.d_un.d_val;
+    return std::nullopt;
+  }
+
+  std::optional<std::size_t> file_offset(std::size_t address) const {
+    for (const SegmentHeader& load : loads_)
+      if (address >= load.p_vaddr && address - load.p_vaddr < load.p_filesz)
+        return load.p_offset + (address - load.p_vaddr);
+    return std::nullopt;
+  }
+
+  std::string text_at(std::size_t offset) const {
+    const std::size_t end = offset < bytes_.size() ? bytes_.find('\0', offset) : std::string::npos;
+    if (end == std::string::npos) throw ElfError("its ELF structure is cut off");
+    return bytes_.substr(offset, end - offset);
+  }
+
+  std::string bytes_;
+  FileHeader header_ = {};
+  std::vector<SegmentHeader> loads_;
+  std::vector<DynamicEntry> dynamic_;
+};
+
+}  // namespace
+
+std::vector<std::string> needed_libraries(const std::string& path) { return ElfImage(path).needed(); }
+
+}  // namespace hvm

@@ -1,0 +1,135 @@
+// cli/expectations.cpp: the comments of a script that say what a line must print, or how it must fail
+
+#include "cli/expectations.hpp"
+
+#include <charconv>
+#include <cmath>
+#include <optional>
+#include <string_view>
+
+#include "script/diagnostics.hpp"
+
+namespace hvm {
+namespace {
+
+constexpr std::string_view blanks = " \t\r\n";
+
+std::string_view trimmed(std::string_view text) {
+  const std::size_t begin = text.find_first_not_of(blanks);
+  if (begin == std::string_view::npos) return {};
+  return text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
+}
+
+bool take(std::string_view& text, std::string_view front) {
+  if (text.substr(0, front.size()) != front) return false;
+  text.remove_prefix(front.size());
+  return true;
+}
+
+/// The expectation behind `# expect`; nothing when the words there are none.
+std::optional<Expectation> read(std::string_view rest) {
+  Expectation expectation;
+  if (take(rest, " error:")) {
+    expectation.form = Expectation::Form::error;
+  } else if (take(rest, " ~")) {
+    expectation.form = Expectation::Form::numbers;
+    const auto number = std::from_chars(rest.data(), rest.data() + rest.size(), expectation.tolerance);
+    const bool is_tolerance = number.ec == std::errc{} && expectation.tolerance >= 0;
+    rest.remove_prefix(static_cast<std::size_t>(number.ptr - rest.data()));
+    if (!is_tolerance || !take(rest, ":")) return std::nullopt;
+  } else if (!take(rest, ":")) {
+    return std::nullopt;
+  }
+  expectation.text = trimmed(rest);
+  return expectation;
+}
+
+/// Text cut into numbers and what stands between them.
+struct Pieces {
+  std::vector<double> numbers;
+  std::string between;
+};
+
+bool may_begin_number(std::string_view text, std::size_t at) {
+  const char before = at > 0 ? text[at - 1] : ' ';
+  return !(std::isalnum(static_cast<unsigned char>(before)) || before == '_' || before == '.');
+}
+
+Pieces pieces_of(std::string_view text) {
+  Pieces pieces;
+  for (std::size_t at = 0; at < text.size();) {
+    double number = 0;
+    const auto read = std::from_chars(text.data() + at, text.data() + text.size(), number);
+    if (read.ec == std::errc{} && may_begin_number(text, at)) {
+      pieces.numbers.push_back(number);
+      pieces.between += '#';
+      at = static_cast<std::size_t>(read.ptr - text.data());
+    } else {
+      if (blanks.find(text[at]) == std::string_view::npos) pieces.between += text[at];
+      ++at;
+    }
+  }
+  return pieces;
+}
+
+bool are_close(double got, double expected, double tolerance) {
+  if (std::isnan(expected) || std::isinf(expected)) return got == expected || (std::isnan(got) && std::isnan(expected));
+  return std::fabs(got - expected) <= tolerance * std::fmax(1.0, std::fabs(expected));
+}
+
+bool are_numbers_met(const Expectation& expectation, const std::string& printed) {
+  const Pieces expected = pieces_of(expectation.text);
+  const Pieces got = pieces_of(printed);
+  // Bare numbers are compared as numbers alone; with anything between them, that must be the same too.
+  const bool has_frame = expected.between.find_first_not_of('#') != std::string::npos;
+  if (has_frame && expected.between != got.between) return false;
+  if (expected.numbers.size() != got.numbers.size() || expected.numbers.empty()) return false;
+  for (std::size_t i = 0; i < expected.numbers.size(); ++i)
+    if (!are_close(got.numbers[i], expected.numbers[i], expectation.tolerance)) return false;
+  return true;
+}
+
+}  // namespace
+
+std::string with_single_blanks(const std::string& text) {
+  std::string result;
+  for (const char c : trimmed(text)) {
+    const bool is_blank = blanks.find(c) != std::string_view::npos;
+    if (!is_blank) result += c;
+    if (is_blank && result.back() != ' ') result += ' ';
+  }
+  return result;
+}
+
+std::map<std::size_t, Expectation> expectations_of(const SourcePtr& source, const TokenList& words) {
+  std::map<std::size_t, Expectation> found;
+  auto word = words.tokens.begin();
+  std::size_t code_line = 0;
+  for (const Comment& comment : words.comments) {
+    for (; word != words.tokens.end() && word->span.begin < comment.span.begin; ++word)
+      if (word->kind != TokenKind::newline) code_line = source->line(word->span.begin);
+    std::string_view text = trimmed(source->text(comment.span).substr(1));
+    if (!take(text, "expect") || (!text.empty() && std::string_view(" :~").find(text[0]) == std::string_view::npos))
+      continue;
+    const auto expectation = read(text);
+    if (!expectation)
+      throw ScriptError("an expectation is '# expect: text', '# expect ~tolerance: numbers' or '# expect error: text'",
+                        source, comment.span);
+    const std::size_t line = comment.stands_alone ? code_line : source->line(comment.span.begin);
+    const auto [entry, is_new] = found.try_emplace(line, *expectation);
+    if (!is_new) entry->second.text += " " + expectation->text;
+  }
+  return found;
+}
+
+bool is_met(const Expectation& expectation, const std::string& printed) {
+  if (expectation.form == Expectation::Form::numbers) return are_numbers_met(expectation, printed);
+  return with_single_blanks(printed) == with_single_blanks(expectation.text);
+}
+
+bool is_met_by_error(const Expectation& expectation, const std::string& message) {
+  return expectation.form == Expectation::Form::error &&
+         with_single_blanks(message).find(with_single_blanks(expectation.text)) != std::string::npos;
+}
+
+}  // namespace hvm

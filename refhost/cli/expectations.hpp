@@ -1,0 +1,39 @@
+// cli/expectations.hpp: the comments of a script that say what a line must print, or how it must fail
+
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "script/lexer.hpp"
+
+namespace hvm {
+
+/// What is expected of a line.
+struct Expectation {
+  enum class Form { text, numbers, error };
+  Form form = Form::text;
+  std::string text;
+  double tolerance = 0;
+};
+
+/// The expectations of a script by line, each in one of the forms
+///
+///     print(1 + 1)          # expect: 2
+///     print(str(x))         # expect ~1e-12: 0.333333333333
+///     xamax(7)              # expect error: xamax: the call failed
+///
+/// A comment that stands alone belongs to the line of the last code before it; further `expect:` there go on with the
+/// text. Throws `ScriptError` for a comment that begins like an expectation and is none.
+std::map<std::size_t, Expectation> expectations_of(const SourcePtr& source, const TokenList& words);
+
+/// Whether printed text is what was expected. Every row of blanks and line ends counts as one blank.
+bool is_met(const Expectation& expectation, const std::string& printed);
+/// Whether the message of an error contains the expected text.
+bool is_met_by_error(const Expectation& expectation, const std::string& message);
+
+/// `text` with every row of blanks and line ends as one blank, and none at its ends.
+std::string with_single_blanks(const std::string& text);
+
+}  // namespace hvm

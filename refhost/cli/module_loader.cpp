@@ -1,0 +1,132 @@
+// cli/module_loader.cpp: finding, checking and loading a module
+
+#include "cli/module_loader.hpp"
+
+#include <cxxabi.h>
+#include <dlfcn.h>
+#include <fmt/format.h>
+#include <link.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <typeinfo>
+
+#include "cli/elf_file.hpp"
+#include "host/host_operations.hpp"
+#include "script/fault_report.hpp"
+
+namespace hvm {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* interpreter_library = "libHVMInterp.so";
+constexpr const char* interpreter_version = "HVMINTERP_1";
+
+[[noreturn]] void fail(const std::string& path, const std::string& cause) {
+  throw ModuleError(fmt::format("the module {} cannot be loaded: {}", path, cause));
+}
+
+std::vector<std::string> loaded_libraries() {
+  std::vector<std::string> paths;
+  dl_iterate_phdr(
+      [](dl_phdr_info* info, std::size_t, void* list) {
+        static_cast<std::vector<std::string>*>(list)->emplace_back(info->dlpi_name);
+        return 0;
+      },
+      &paths);
+  return paths;
+}
+
+std::string last_loader_error() {
+  const char* text = dlerror();
+  return text ? text : "the loader gives no reason";
+}
+
+/// The file behind a handle of the loader.
+std::string path_of(void* library) {
+  link_map* map = nullptr;
+  const bool is_known = dlinfo(library, RTLD_DI_LINKMAP, &map) == 0 && map;
+  return is_known ? map->l_name : interpreter_library;
+}
+
+/// Without the version node, the module's lgamma and erf would bind to the C library's. The library that is opened
+/// here stays, and is the one that the module then gets.
+void check_interpreter(const std::string& module) {
+  void* library = dlopen(interpreter_library, RTLD_NOW | RTLD_LOCAL);
+  if (!library) library = dlopen((fs::path(module).parent_path() / interpreter_library).c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (!library) fail(module, fmt::format("it needs {}, which is not found", interpreter_library));
+  for (const char* function : {"lgamma", "erf"})
+    if (!dlvsym(library, function, interpreter_version))
+      fail(module, fmt::format("{} has no {} of version {}, so that the C library's would be called in its place",
+                               path_of(library), function, interpreter_version));
+}
+
+void check_file(const std::string& path) {
+  std::error_code error;
+  const fs::file_status status = fs::status(path, error);
+  if (!fs::exists(status)) fail(path, "there is no such file");
+  if (!fs::is_regular_file(status)) fail(path, "it is no regular file");
+  try {
+    const std::vector<std::string> needed = needed_libraries(path);
+    if (std::find(needed.begin(), needed.end(), interpreter_library) != needed.end()) check_interpreter(path);
+  } catch (const ElfError& problem) {
+    fail(path, problem.what());
+  }
+}
+
+std::string demangled(const char* name) {
+  int status = 0;
+  char* text = abi::__cxa_demangle(name, nullptr, nullptr, &status);
+  std::string result = text ? text : name;
+  std::free(text);
+  return result;
+}
+
+/// The module's own beginning, contained like every other call of it.
+int initialized(arrayfold::PackageInit init, Module& module) {
+  const SourceText place(module.path, "");
+  const InsideModule mark(place, 0);
+  try {
+    return init(&module.functions, &ModuleFunctions::register_rows);
+  } catch (const std::exception& error) {
+    fail(module.path, fmt::format("PKG_Init threw {}: {}", demangled(typeid(error).name()), error.what()));
+  } catch (...) {
+    const std::type_info* type = abi::__cxa_current_exception_type();
+    fail(module.path, fmt::format("PKG_Init threw {}", type ? demangled(type->name()) : "something unknown"));
+  }
+}
+
+arrayfold::PackageInit opened(const std::string& path) {
+  void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (!library) fail(path, last_loader_error());
+  void* symbol = dlsym(library, "PKG_Init");
+  if (!symbol) fail(path, "it exports no PKG_Init");
+  return reinterpret_cast<arrayfold::PackageInit>(symbol);
+}
+
+}  // namespace
+
+Module load_module(const std::string& path) {
+  Module module;
+  module.path = fs::absolute(path).lexically_normal();
+  const std::vector<std::string> before = loaded_libraries();
+  check_file(module.path);
+  const arrayfold::PackageInit init = opened(module.path);
+  if (initialized(init, module) == 0) fail(module.path, "PKG_Init answers 0: the module refuses to start");
+  for (const std::string& library : loaded_libraries())
+    if (std::find(before.begin(), before.end(), library) == before.end()) module.libraries.push_back(library);
+  return module;
+}
+
+std::string default_module_path() {
+  constexpr const char* name = "arrayfold.so";
+  std::error_code error;
+  const fs::path home = fs::read_symlink("/proc/self/exe", error).parent_path();
+  for (const fs::path& candidate : {home / name, home.parent_path() / "lib" / name})
+    if (fs::exists(candidate, error)) return candidate;
+  throw ModuleError(fmt::format("there is no {0} in {1} or {2}; name a module with --module", name, home.string(),
+                                (home.parent_path() / "lib").string()));
+}
+
+}  // namespace hvm

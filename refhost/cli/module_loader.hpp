@@ -1,0 +1,33 @@
+// cli/module_loader.hpp: finding, checking and loading a module
+
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "script/module_functions.hpp"
+
+namespace hvm {
+
+/// Why a module cannot be loaded; the words name its path.
+class ModuleError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// A module that is loaded for the rest of the process.
+struct Module {
+  std::string path;
+  ModuleFunctions functions;
+  std::vector<std::string> libraries;  // the files that loading it brought, itself included
+};
+
+/// Checks the file and the interpreter library under it, loads it, and lets it register. Throws `ModuleError`.
+Module load_module(const std::string& path);
+
+/// The module that stands beside the running program, or in `../lib` from there. Throws `ModuleError` when neither is
+/// there.
+std::string default_module_path();
+
+}  // namespace hvm

@@ -1,0 +1,94 @@
+// cli/repl.cpp: a session at a terminal
+
+#include "cli/repl.hpp"
+
+#include <editline/readline.h>
+#include <fmt/format.h>
+
+#include <cstdlib>
+#include <memory>
+#include <optional>
+
+namespace hvm {
+namespace {
+
+/// A line without its end; nothing at the end of file.
+std::optional<std::string> read_line(const char* prompt) {
+  const std::unique_ptr<char, decltype(&std::free)> line(readline(prompt), &std::free);
+  return line ? std::optional<std::string>(line.get()) : std::nullopt;
+}
+
+void show_error(const ScriptError& error) {
+  std::fflush(stdout);
+  fmt::print(stderr, "{}", error.report());
+}
+
+class Repl {
+ public:
+  explicit Repl(Interpreter& interpreter) : interpreter_(interpreter) {}
+
+  void run() {
+    using_history();
+    while (const auto line = read_line(pending_.empty() ? "> " : "... ")) {
+      if (line->find_first_not_of(" \t") != std::string::npos) add_history(line->c_str());
+      pending_ += *line + "\n";
+      take_pending();
+    }
+    fmt::print("\n");
+    if (!pending_.empty()) report_unfinished();
+  }
+
+ private:
+  SourcePtr source() const { return std::make_shared<SourceText>(fmt::format("<input {}>", count_), pending_); }
+
+  void take_pending() {
+    try {
+      const Program program = interpreter_.parse(source());
+      finish_input();
+      run(program);
+    } catch (const ScriptError& error) {
+      if (error.is_incomplete()) return;
+      finish_input();
+      show_error(error);
+    } catch (const std::bad_alloc&) {
+      finish_input();
+      fmt::print(stderr, "error: out of memory\n");
+    }
+  }
+
+  void finish_input() {
+    pending_.clear();
+    ++count_;
+  }
+
+  void run(const Program& program) {
+    interpreter_.define(program);
+    for (const Statement& statement : program.statements) {
+      const auto* expression = std::get_if<ExpressionStatement>(&statement.form);
+      if (!expression) {
+        interpreter_.run(statement, program.source);
+        continue;
+      }
+      const Value value = interpreter_.evaluate(*expression->expression, program.source);
+      if (!value.is_nil()) fmt::print("{}\n", interpreter_.shown(value, program.source, statement.span));
+    }
+  }
+
+  void report_unfinished() {
+    try {
+      interpreter_.parse(source());
+    } catch (const ScriptError& error) {
+      show_error(error);
+    }
+  }
+
+  Interpreter& interpreter_;
+  std::string pending_;
+  int count_ = 1;
+};
+
+}  // namespace
+
+void run_repl(Interpreter& interpreter) { Repl(interpreter).run(); }
+
+}  // namespace hvm

@@ -1,0 +1,131 @@
+// script/module_calls.cpp: the host's side of every call into a module
+
+#include "script/module_calls.hpp"
+
+#include <cxxabi.h>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <cstdlib>
+#include <memory>
+#include <typeinfo>
+
+#include "script/diagnostics.hpp"
+#include "script/fault_report.hpp"
+#include "script/value_kinds.hpp"
+
+namespace hvm {
+namespace {
+
+using arrayfold::HostIndexEntry;
+using arrayfold::HostIndexList;
+
+std::string demangled(const char* name) {
+  int status = 0;
+  const std::unique_ptr<char, decltype(&std::free)> text(abi::__cxa_demangle(name, nullptr, nullptr, &status),
+                                                         &std::free);
+  return text ? text.get() : name;
+}
+
+/// Runs `call` as the module's; what it throws becomes a `Failure` that begins with `name`.
+template <class Call>
+auto contained(const ModuleCaller& caller, const std::string& name, Call call) {
+  const InsideModule mark(*caller.source, caller.offset);
+  try {
+    return call();
+  } catch (const std::exception& error) {
+    throw Failure(fmt::format("{}: the module threw {}: {}", name, demangled(typeid(error).name()), error.what()));
+  } catch (...) {
+    const std::type_info* type = abi::__cxa_current_exception_type();
+    throw Failure(fmt::format("{}: the module threw {}", name, type ? demangled(type->name()) : "something unknown"));
+  }
+}
+
+/// An index list with its entries on the heap, as it stands while its `indices` do.
+class IndexList {
+ public:
+  explicit IndexList(std::vector<Value>& indices) : entries_(indices.size()) {
+    for (std::size_t i = 0; i < indices.size(); ++i) entries_[i].value = indices[i].address();
+    list_.packed_size = indices.size() * 2 + 1;
+    arrayfold::store<HostIndexEntry*>(list_.entries, entries_.data());
+  }
+
+  /// The list in the place of a right operand, as the element opcodes take it.
+  HostValue* as_operand() { return static_cast<HostValue*>(static_cast<void*>(&list_)); }
+
+ private:
+  std::vector<HostIndexEntry> entries_;
+  HostIndexList list_ = {};
+};
+
+}  // namespace
+
+Value call_function(const ModuleCaller& caller, const std::string& name, arrayfold::EntryFunction function,
+                    std::vector<Value>& arguments) {
+  Value result;
+  const int answer = contained(caller, name, [&] {
+    return function(caller.ctx, records_of(arguments), static_cast<int>(arguments.size()), result.address());
+  });
+  if (answer == 0) throw Failure(fmt::format("{}: the call failed", name));
+  return result;
+}
+
+bool call_method(const ModuleCaller& caller, Value& self, const std::string& name, std::vector<Value>& arguments,
+                 Value& result) {
+  const auto method = callbacks_of(object_of(self.record())).method;
+  if (!method) return false;
+  std::vector<HostValue*> pointers;
+  for (Value& argument : arguments) pointers.push_back(argument.address());
+  return contained(caller, name, [&] {
+    const int count = static_cast<int>(pointers.size());
+    return method(caller.ctx, self.address(), name.c_str(), pointers.data(), count, result.address(), 0) != 0;
+  });
+}
+
+bool call_operator(const ModuleCaller& caller, const std::string& name, Opcode opcode, HostValue* left,
+                   HostValue* right, HostValue* result) {
+  const HostAny* object = object_of(*left);
+  if (!object && right) object = object_of(*right);
+  const auto op = callbacks_of(object).op;
+  if (!op) return false;
+  return contained(caller, name, [&] { return op(caller.ctx, static_cast<int>(opcode), left, right, result) != 0; });
+}
+
+std::optional<Value> read_element(const ModuleCaller& caller, Value& object, std::vector<Value>& indices) {
+  IndexList list(indices);
+  Value element;
+  const bool is_read =
+      call_operator(caller, "[]", Opcode::read_element, object.address(), list.as_operand(), element.address());
+  return is_read ? std::optional(std::move(element)) : std::nullopt;
+}
+
+bool write_element(const ModuleCaller& caller, Value& object, std::vector<Value>& indices, Value& value) {
+  IndexList list(indices);
+  return call_operator(caller, "[]", Opcode::write_element, object.address(), list.as_operand(), value.address());
+}
+
+std::optional<std::vector<std::int64_t>> shape_of(const ModuleCaller& caller, Value& object) {
+  std::vector<Value> none;
+  Value table;
+  try {
+    if (!call_method(caller, object, "shape", none, table) || !table.is_table()) return std::nullopt;
+  } catch (const Failure&) {
+    return std::nullopt;
+  }
+  std::vector<std::int64_t> extents;
+  TableWalk walk(table_of(table.record()));
+  while (const Entry entry = walk.next()) {
+    if (!HVM_NumberCheck(entry.value)) return std::nullopt;
+    extents.push_back(HVM_AsInt64(entry.value));
+  }
+  return extents;
+}
+
+std::string described(const ModuleCaller& caller, Value& value) {
+  if (!value.is_object()) return kind_in_words(value);
+  const auto shape = shape_of(caller, value);
+  const std::string name = type_name_of(object_of(value.record()));
+  return shape ? fmt::format("{} ({})", name, fmt::join(*shape, ", ")) : name;
+}
+
+}  // namespace hvm

@@ -1,0 +1,51 @@
+// script/module_calls.hpp: the host's side of every call into a module
+//
+// No exception of a module goes further than this: each becomes a `Failure` that says its type and its words.
+
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "kernel/kernel.hpp"
+#include "script/source_text.hpp"
+
+namespace hvm {
+
+using arrayfold::Opcode;
+
+/// From where a module is called: what it receives as its context, and the place of the script.
+struct ModuleCaller {
+  HostContext ctx;
+  const SourceText* source;
+  std::size_t offset;
+};
+
+/// Calls a registered function. Throws `Failure` when it answers 0 or throws.
+Value call_function(const ModuleCaller& caller, const std::string& name, arrayfold::EntryFunction function,
+                    std::vector<Value>& arguments);
+
+/// Calls a method of the object in `self`. False: it declined. Throws `Failure` when it throws.
+bool call_method(const ModuleCaller& caller, Value& self, const std::string& name, std::vector<Value>& arguments,
+                 Value& result);
+
+/// Calls the operator callback of the left operand's type when that is an object, otherwise the right one's. `right`
+/// is what the opcode says; `right_object` helps to find the type and may be null. False: declined. Throws `Failure`
+/// with `name` in front when it throws.
+bool call_operator(const ModuleCaller& caller, const std::string& name, Opcode opcode, HostValue* left,
+                   HostValue* right, HostValue* result);
+
+/// Reads the element at `indices`; nothing when the type declines it.
+std::optional<Value> read_element(const ModuleCaller& caller, Value& object, std::vector<Value>& indices);
+/// Writes `value` to the element at `indices`. False: declined.
+bool write_element(const ModuleCaller& caller, Value& object, std::vector<Value>& indices, Value& value);
+
+/// The extents that the method `shape` gives; nothing when it is declined, throws, or gives no table of integers.
+std::optional<std::vector<std::int64_t>> shape_of(const ModuleCaller& caller, Value& object);
+
+/// The value in words for messages: `an int`, `a table`, `$xintarray (2, 3)`.
+std::string described(const ModuleCaller& caller, Value& value);
+
+}  // namespace hvm

@@ -1,0 +1,20 @@
+// refhost/script/toy_module.hpp: a small module to test a host with
+//
+// Its arrays have the names of the real types and simple insides: elements are doubles, an int array truncates them.
+//   toy_int(extents...), toy_double(extents...)   arrays that count 0, 1, 2, ...
+//   toy_nothing()               handled, no result
+//   toy_fail()                  answers 0
+//   toy_count(args...)          how many arguments came
+//   toy_second(a, b)            its second argument
+//   toy_throw("runtime", words) throws; also "own", "number"
+//   toy_end("fpe")              ends the process; also "segv", "bus", "ill", "abort", "terminate", "throw", "overflow"
+//   toy_serve_elements(flag)    whether the element opcodes are served
+//   toy_set(a, i, x)            writes an element past the host
+//   toy_deep(n)                 a table in a table, n deep
+//   xarange(args...)            how many arguments came
+
+#pragma once
+
+#include "host/host_operations.hpp"
+
+extern "C" __attribute__((visibility("default"))) int PKG_Init(void* host, arrayfold::RegisterFunctions functions);
