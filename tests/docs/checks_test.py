@@ -1,0 +1,134 @@
+# tests/docs/checks_test.py: the checks of the documentation notice what they are for
+
+import pathlib
+import shutil
+import sys
+import tempfile
+import unittest
+
+import extract_blocks
+import function_pages
+
+PROJECT = pathlib.Path(sys.argv.pop(1))
+USED = ["plugin/host/functions.def", "docs", "tests/scripts"]
+
+
+class ExtractBlocks(unittest.TestCase):
+    def test_a_block_keeps_its_lines(self):
+        (block,) = extract_blocks.blocks_of("one\n\n```hvm\nprint(1)\n```\n")
+        self.assertEqual(extract_blocks.script_of(block).splitlines()[3], "print(1)")
+
+    def test_the_indent_of_a_block_goes(self):
+        (block,) = extract_blocks.blocks_of("1. first\n\n   ```hvm\n   if 1\n     print(1)\n   end\n   ```\n")
+        self.assertEqual(block.lines, ["if 1", "  print(1)", "end"])
+
+    def test_a_block_of_no_language_is_a_fault(self):
+        for text in ("```\nprint(1)\n```\n", "```hmv\nprint(1)\n```\n"):
+            with self.assertRaises(ValueError):
+                extract_blocks.blocks_of(text)
+
+    def test_an_open_block_is_a_fault(self):
+        with self.assertRaises(ValueError):
+            extract_blocks.blocks_of("```hvm\nprint(1)\n")
+
+    def test_pages_of_every_folder_are_read_and_old_scripts_go(self):
+        with tempfile.TemporaryDirectory() as folder:
+            root = pathlib.Path(folder)
+            (root / "docs" / "functions").mkdir(parents=True)
+            for page in ("README.md", "docs/guide.md", "docs/functions/xone.md"):
+                (root / page).write_text("```hvm\nprint(1)\n```\n```text\nnot run\n```\n")
+            output = root / "out"
+            output.mkdir()
+            (output / "old.hvm").write_text("fail()")
+            self.assertEqual(extract_blocks.extract(root, output), (3, []))
+            names = sorted(str(path.relative_to(output)) for path in output.rglob("*.hvm"))
+            self.assertEqual(names, ["README-line-2.hvm", "docs/functions/xone-line-2.hvm", "docs/guide-line-2.hvm"])
+
+
+class FunctionPages(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.TemporaryDirectory()
+        self.root = pathlib.Path(self.folder.name)
+        for used in USED:
+            source = PROJECT / used
+            target = self.root / used
+            target.parent.mkdir(parents=True, exist_ok=True)
+            shutil.copytree(source, target) if source.is_dir() else shutil.copy(source, target)
+        self.page = self.root / "docs/functions/xzeros.md"
+        self.script = self.root / "tests/scripts/create/xzeros.hvm"
+
+    def tearDown(self):
+        self.folder.cleanup()
+
+    def assert_faulty(self, words):
+        faults = list(function_pages.faults_of_project(self.root))
+        self.assertTrue(any(words in fault for fault in faults), f"'{words}' is not among {faults}")
+
+    def change(self, path, old, new):
+        text = path.read_text()
+        self.assertIn(old, text)
+        path.write_text(text.replace(old, new))
+
+    def test_the_project_has_no_faults(self):
+        self.assertEqual(list(function_pages.faults_of_project(self.root)), [])
+
+    def test_a_missing_page_is_noticed(self):
+        self.page.unlink()
+        self.assert_faulty("xzeros.md: there is no such page")
+
+    def test_a_missing_script_is_noticed(self):
+        self.script.unlink()
+        self.assert_faulty("0 scripts xzeros.hvm")
+
+    def test_a_script_that_calls_or_expects_nothing_is_noticed(self):
+        self.script.write_text("print(1)  # xzeros(1)\n")
+        self.assert_faulty("does not call xzeros")
+        self.assert_faulty("expects nothing")
+
+    def test_a_function_that_begins_to_be_served_is_noticed(self):
+        listing = self.root / "plugin/host/functions.def"
+        listing.write_text(listing.read_text() + "FUNCTION(xnew, 1, working)\n")
+        self.assert_faulty("xnew.md: there is no such page")
+
+    def test_a_page_without_an_example_is_noticed(self):
+        self.change(self.page, "```hvm", "```text")
+        self.assert_faulty("has no example")
+
+    def test_an_example_that_expects_nothing_is_noticed(self):
+        self.change(self.page, "# expect", "# gives")
+        self.assert_faulty("expects anything")
+
+    def test_an_example_outside_its_section_does_not_count(self):
+        text = self.page.read_text().replace("```hvm", "```text")
+        self.page.write_text(text + "\n```hvm\nprint(1)  # expect: 1\n```\n")
+        self.assert_faulty("has no example")
+
+    def test_another_form_is_noticed(self):
+        self.change(self.page, "## Result", "## Results")
+        self.assert_faulty("has the sections")
+
+    def test_a_missing_sentence_is_noticed(self):
+        lines = self.page.read_text().splitlines()
+        for sentence in ("", "two. Sentences.", "lower case.", "No end"):
+            self.page.write_text("\n".join(lines[:2] + [sentence] + lines[3:]))
+            self.assert_faulty("has no sentence")
+
+    def test_another_title_is_noticed(self):
+        self.change(self.page, "# xzeros\n", "# zeros\n")
+        self.assert_faulty("does not begin")
+
+    def test_a_page_that_the_index_leaves_out_is_noticed(self):
+        self.change(self.root / "docs/functions/README.md", "(xzeros.md)", "(xones.md)")
+        self.assert_faulty("does not link to xzeros.md")
+
+    def test_a_link_to_nothing_is_noticed(self):
+        self.change(self.page, "(xones.md)", "(xone.md)")
+        self.assert_faulty("links to xone.md")
+
+    def test_a_page_of_nothing_is_noticed(self):
+        self.page.with_name("xnothing.md").write_text("# xnothing\n")
+        self.assert_faulty("xnothing.md: is of nothing that is served")
+
+
+if __name__ == "__main__":
+    unittest.main()

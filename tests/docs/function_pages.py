@@ -1,0 +1,114 @@
+# tests/docs/function_pages.py: every function has its page and its script, and every page its form
+#
+# Usage: function_pages.py PROJECT_DIRECTORY
+#
+# hvm takes its help from the pages, so their form is fixed: the name, one sentence, and six sections in their order. A
+# function counts from the moment that its row in functions.def is `working` or `stub`.
+
+import pathlib
+import re
+import sys
+
+from extract_blocks import blocks_of
+
+SECTIONS = ["Synopsis", "Arguments", "Result", "Refusals and errors", "Examples", "See also"]
+ROW = re.compile(r"^FUNCTION\((\w+),\s*\d+,\s*(\w+)\)", re.MULTILINE)
+METHODS = ["dump", "shape", "reshape"]
+CALLBACKS = ["create", "destroy", "method", "operator"]
+EXPECTATION = re.compile(r"# expect( error| ~[^:]+)?:")
+LINK = re.compile(r"\]\(([^)#:]+\.md)\)")
+
+
+def rows_of(listing):
+    """Name and status of every row of functions.def."""
+    return ROW.findall(listing)
+
+
+def examples_of(text):
+    """The hvm blocks of the section Examples, as text."""
+    before = text.split("\n## Examples\n")[0]
+    first = before.count("\n") + 1
+    last = first + text[len(before) + 1:].split("\n## See also")[0].count("\n") + 1
+    return ["\n".join(b.lines) for b in blocks_of(text) if b.language == "hvm" and first <= b.line <= last]
+
+
+def faults_of_page(text, title):
+    """What is wrong with the form of a page."""
+    lines = text.splitlines()
+    if lines[:2] != [f"# {title}", ""]:
+        yield f"does not begin with '# {title}' and a blank line"
+    summary = lines[2] if len(lines) > 2 else ""
+    if not re.fullmatch(r"[A-Z][^.]*(\.\S[^.]*)*\.", summary) or lines[3:4] != [""]:
+        yield "has no sentence on its third line, or more than that one"
+    sections = re.findall(r"^## (.*)$", text, re.MULTILINE)
+    if sections != SECTIONS:
+        yield f"has the sections {sections}, not {SECTIONS}"
+        return
+    examples = examples_of(text)
+    if not examples:
+        yield "has no example"
+    if not any(EXPECTATION.search(example) for example in examples):
+        yield "has no example that expects anything"
+
+
+def faults_of_links(page):
+    """The links of a page that lead nowhere."""
+    for link in LINK.findall(page.read_text()):
+        if not (page.parent / link).is_file():
+            yield f"{page}: links to {link}, which there is not"
+
+
+def faults_of_script(scripts, name, call):
+    """A script of the name stands in one family's folder, calls what it is for, and expects something."""
+    found = sorted(scripts.glob(f"*/{name}.hvm"))
+    if len(found) != 1:
+        yield f"{scripts}: {len(found)} scripts {name}.hvm, expected one in the folder of its family"
+        return
+    text = found[0].read_text()
+    code = "\n".join(line.split("#")[0] for line in text.splitlines())
+    if call not in code:
+        yield f"{found[0]}: does not call {name}"
+    if not EXPECTATION.search(text):
+        yield f"{found[0]}: expects nothing"
+
+
+def faults_of_project(project):
+    pages = project / "docs" / "functions"
+    scripts = project / "tests" / "scripts"
+    rows = rows_of((project / "plugin" / "host" / "functions.def").read_text())
+    served = [name for name, status in rows if status in ("working", "stub")]
+    if not served:
+        yield "functions.def: no function is served"
+    titles = {f"{name}.md": name for name in served}
+    titles.update({f"method-{name}.md": name for name in METHODS})
+    titles.update({f"callback-{name}.md": name for name in CALLBACKS})
+
+    index = pages / "README.md"
+    linked = set(LINK.findall(index.read_text())) if index.is_file() else set()
+    for file, title in titles.items():
+        page = pages / file
+        if not page.is_file():
+            yield f"{page}: there is no such page"
+            continue
+        yield from (f"{page}: {fault}" for fault in faults_of_page(page.read_text(), title))
+        if file not in linked:
+            yield f"{index}: does not link to {file}"
+    for page in sorted(pages.glob("*.md")):
+        yield from faults_of_links(page)
+        if page.name not in titles and page.name != "README.md":
+            yield f"{page}: is of nothing that is served"
+
+    for name in served:
+        yield from faults_of_script(scripts, name, f"{name}(")
+    for name in METHODS:
+        yield from faults_of_script(scripts, name, f".{name}(")
+
+
+def main(project):
+    faults = list(faults_of_project(pathlib.Path(project)))
+    print("\n".join(faults) or "every function has its page and its script")
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))
