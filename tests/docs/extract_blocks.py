@@ -38,7 +38,8 @@ def blocks_of(text):
         if current is None and fence:
             language = fence.group(2).strip()
             if language not in KNOWN_LANGUAGES:
-                raise ValueError(f"line {number}: a block of '{language}'; known are {', '.join(sorted(KNOWN_LANGUAGES))}")
+                known = ", ".join(sorted(KNOWN_LANGUAGES))
+                raise ValueError(f"line {number}: a block of '{language}'; known are {known}")
             indent = len(fence.group(1))
             current = Block(language, number + 1, [])
         elif current is not None and fence and not fence.group(2).strip():
