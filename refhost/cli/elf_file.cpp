@@ -16,6 +16,8 @@ namespace {
 using FileHeader = ElfW(Ehdr);
 using SegmentHeader = ElfW(Phdr);
 using DynamicEntry = ElfW(Dyn);
+using VersionDefinition = ElfW(Verdef);
+using VersionName = ElfW(Verdaux);
 
 /// The bytes of a file, read with a check of every bound.
 class ElfImage {
@@ -27,11 +29,21 @@ class ElfImage {
 
   std::vector<std::string> needed() const {
     std::vector<std::string> names;
-    const auto texts = dynamic_value(DT_STRTAB);
-    const auto text_offset = texts ? file_offset(*texts) : std::nullopt;
-    if (!text_offset) return names;
     for (const DynamicEntry& entry : dynamic_)
-      if (entry.d_tag == DT_NEEDED) names.push_back(text_at(*text_offset + entry.d_un.d_val));
+      if (entry.d_tag == DT_NEEDED) names.push_back(text(entry.d_un.d_val));
+    return names;
+  }
+
+  std::vector<std::string> versions() const {
+    std::vector<std::string> names;
+    auto offset = offset_of(DT_VERDEF);
+    const std::size_t count = dynamic_value(DT_VERDEFNUM).value_or(0);
+    for (std::size_t i = 0; offset && i < count; ++i) {
+      const auto definition = at<VersionDefinition>(*offset);
+      names.push_back(text(at<VersionName>(*offset + definition.vd_aux).vda_name));
+      if (definition.vd_next == 0) break;
+      *offset += definition.vd_next;
+    }
     return names;
   }
 
@@ -40,7 +52,7 @@ class ElfImage {
     std::ifstream file(path, std::ios::binary);
     if (!file) throw ElfError("it cannot be opened for reading");
     std::string bytes{std::istreambuf_iterator<char>(file), {}};
-    if (file.bad() || (bytes.empty() && !file.eof())) throw ElfError("it cannot be read");
+    if (file.bad()) throw ElfError("it cannot be read");
     return bytes;
   }
 
@@ -100,7 +112,16 @@ class ElfImage {
     return std::nullopt;
   }
 
-  std::string text_at(std::size_t offset) const {
+  std::optional<std::size_t> offset_of(decltype(DynamicEntry::d_tag) tag) const {
+    const auto address = dynamic_value(tag);
+    return address ? file_offset(*address) : std::nullopt;
+  }
+
+  /// A text of the dynamic string table.
+  std::string text(std::size_t place) const {
+    const auto table = offset_of(DT_STRTAB);
+    if (!table) throw ElfError("its ELF structure has no string table");
+    const std::size_t offset = *table + place;
     const std::size_t end = offset < bytes_.size() ? bytes_.find('\0', offset) : std::string::npos;
     if (end == std::string::npos) throw ElfError("its ELF structure is cut off");
     return bytes_.substr(offset, end - offset);
@@ -115,5 +136,7 @@ class ElfImage {
 }  // namespace
 
 std::vector<std::string> needed_libraries(const std::string& path) { return ElfImage(path).needed(); }
+
+std::vector<std::string> defined_versions(const std::string& path) { return ElfImage(path).versions(); }
 
 }  // namespace hvm

@@ -18,4 +18,7 @@ class ElfError : public std::runtime_error {
 /// shared object for this machine.
 std::vector<std::string> needed_libraries(const std::string& path);
 
+/// The names of the symbol versions that a shared object defines. Throws `ElfError` as above.
+std::vector<std::string> defined_versions(const std::string& path);
+
 }  // namespace hvm

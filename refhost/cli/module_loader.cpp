@@ -8,6 +8,7 @@
 #include <link.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <typeinfo>
 
@@ -50,16 +51,23 @@ std::string path_of(void* library) {
   return is_known ? map->l_name : interpreter_library;
 }
 
+/// Whether `library` has the interpreter's version node and, under it, both functions. A library without any versions
+/// would let the look-up succeed, so its file is read as well.
+bool has_version_node(void* library) {
+  const std::vector<std::string> versions = defined_versions(path_of(library));
+  const bool is_defined = std::find(versions.begin(), versions.end(), interpreter_version) != versions.end();
+  return is_defined && dlvsym(library, "lgamma", interpreter_version) && dlvsym(library, "erf", interpreter_version);
+}
+
 /// Without the version node, the module's lgamma and erf would bind to the C library's. The library that is opened
 /// here stays, and is the one that the module then gets.
 void check_interpreter(const std::string& module) {
   void* library = dlopen(interpreter_library, RTLD_NOW | RTLD_LOCAL);
   if (!library) library = dlopen((fs::path(module).parent_path() / interpreter_library).c_str(), RTLD_NOW | RTLD_LOCAL);
   if (!library) fail(module, fmt::format("it needs {}, which is not found", interpreter_library));
-  for (const char* function : {"lgamma", "erf"})
-    if (!dlvsym(library, function, interpreter_version))
-      fail(module, fmt::format("{} has no {} of version {}, so that the C library's would be called in its place",
-                               path_of(library), function, interpreter_version));
+  if (has_version_node(library)) return;
+  fail(module, fmt::format("{} has no lgamma and erf of version {}, so that the C library's would be called instead",
+                           path_of(library), interpreter_version));
 }
 
 void check_file(const std::string& path) {

@@ -261,6 +261,8 @@ int toy_set(HostContext, HostValue* args, int nargs, HostValue*) {
   return 1;
 }
 
+int toy_leak(HostContext, HostValue*, int, HostValue*) { return arrayfold::HVM_Malloc(16) ? 1 : 0; }
+
 int toy_deep(HostContext ctx, HostValue* args, int, HostValue* result) {
   HVM_ForceTable(ctx, result, 4);
   HostValue* inner = result;
@@ -276,6 +278,7 @@ constexpr arrayfold::FunctionRow rows[] = {
     {"toy_fail", toy_fail},   {"toy_count", toy_count},   {"toy_second", toy_second},
     {"toy_throw", toy_throw}, {"toy_end", toy_end},       {"toy_serve_elements", toy_serve_elements},
     {"toy_set", toy_set},     {"toy_deep", toy_deep},     {"xarange", toy_count},
+    {"toy_leak", toy_leak},
 };
 
 }  // namespace

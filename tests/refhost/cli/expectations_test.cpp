@@ -1,0 +1,97 @@
+// refhost/cli/expectations_test.cpp: hvm --test, where it passes and where it must not
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "program.hpp"
+
+namespace hvm::testing {
+namespace {
+
+using ::testing::HasSubstr;
+
+/// What `--test` says of a directory with this one script, which it names `a.hvm`.
+Outcome tested(const std::string& script) {
+  const Workplace place;
+  place.write("deep/er/a.hvm", script);
+  Outcome outcome = run_toy({"--test", place.path()});
+  const std::string prefix = place.path() + "/deep/er/";
+  for (std::size_t at = outcome.out.find(prefix); at != std::string::npos; at = outcome.out.find(prefix))
+    outcome.out.erase(at, prefix.size());
+  return outcome;
+}
+
+void expect_passed(const std::string& script) {
+  const Outcome outcome = tested(script);
+  EXPECT_EQ(outcome.out, "1 passed, 0 failed\n") << script;
+  EXPECT_EQ(outcome.status, 0) << script;
+}
+
+void expect_failed(const std::string& script, const std::string& line) {
+  const Outcome outcome = tested(script);
+  EXPECT_EQ(outcome.out, line + "\n0 passed, 1 failed\n") << script;
+  EXPECT_EQ(outcome.status, 1) << script;
+}
+
+TEST(Expectations, ThatAreMet_Pass) {
+  for (const char* script :
+       {"print(1 + 1)    # expect: 2", "print(\"a # b\") # expect: a # b",
+        "for i in range(3)\nprint(i) # expect: 0 1 2\nend", "print(1 / 3.0) # expect ~1e-5: 0.33333333",
+        "print(\"x = 1.50000001\") # expect ~1e-6: x = 1.5", "print([1.0, 2.0]) # expect ~1e-12: 1.0 2.0",
+        "print(0.0/0, 1.0/0) # expect ~0: nan inf",
+        "toy_fail() # expect error: toy_fail: the call failed\nprint(2) # expect: 2",
+        "toy_fail() # expect error: the call failed",
+        "fn f()\ntoy_fail() # expect error: failed\nend\nf()\nprint(1) # expect: 1",
+        "if 1\n  toy_fail()\nend # expect error: failed",
+        "x = * 2 # expect error: expression expected\nprint(1) # expect: 1",
+        "print(toy_double(2, 12))\n# expect: double(2, 12) [[0.0, 1.0, 2.0, 3.0, 4.0, 5.0, 6.0, 7.0, 8.0, 9.0,\n"
+        "# expect: 10.0, 11.0], [12.0, 13.0, 14.0, 15.0, 16.0, 17.0, 18.0, 19.0, 20.0, 21.0, 22.0, 23.0]]",
+        "# expectations are words too\nassert(1)", "print(5)"})
+    expect_passed(script);
+}
+
+TEST(Expectations, ThatAreNotMet_FailWithExpectedAndGot) {
+  expect_failed("\nprint(1 + 1) # expect: 3", "a.hvm:2: expected 3; got 2");
+  expect_failed("x = 1 # expect: 1", "a.hvm:1: expected 1; nothing was printed");
+  expect_failed("print(0.5) # expect ~1e-3: 0.502", "a.hvm:1: expected 0.502; got 0.5");
+  expect_failed("print(0.5, 1) # expect ~1e-3: 0.5", "a.hvm:1: expected 0.5; got 0.5 1");
+  expect_failed("print(\"y = 1.5\") # expect ~1e-3: x = 1.5", "a.hvm:1: expected x = 1.5; got y = 1.5");
+  expect_failed("print(\"nothing\") # expect ~1: 5", "a.hvm:1: expected 5; got nothing");
+  expect_failed("print(1) # expect error: failed", "a.hvm:1: expected error: failed; there was none");
+  expect_failed("toy_fail() # expect error: other",
+                "a.hvm:1: expected error: other; got error: toy_fail: the call failed");
+  expect_failed("print(1) # expect: 1\ntoy_fail()\nprint(2) # expect: 2",
+                "a.hvm:2: error: toy_fail: the call failed\na.hvm:3: expected 2; nothing was printed");
+  expect_failed("assert(0)", "a.hvm:1: error: assertion failed");
+  expect_failed("x = * 2", "a.hvm:1: error: an expression expected, but here is '*'");
+  expect_failed(
+      "print(1) # expect ~x: 1",
+      "a.hvm:1: error: an expectation is '# expect: text', '# expect ~tolerance: numbers' or '# expect error: "
+      "text'");
+}
+
+TEST(Expectations, OfADirectory_AreCountedByScript) {
+  const Workplace place;
+  place.write("a.hvm", "print(1) # expect: 1");
+  place.write("b/c.hvm", "print(1) # expect: 2");
+  place.write("b/d.hvm", "print(1) # expect: 1");
+  place.write("b/e.txt", "no script");
+  const Outcome outcome = run_toy({"--test", place.path()});
+  EXPECT_EQ(outcome.out, place.path() + "/b/c.hvm:1: expected 2; got 1\n2 passed, 1 failed\n");
+  EXPECT_EQ(outcome.status, 1);
+}
+
+TEST(Expectations, OfAnEmptyDirectory_DoNotPass) {
+  const Workplace place;
+  EXPECT_EQ(run_toy({"--test", place.path()}).status, 1);
+}
+
+TEST(Expectations, ScriptsDoNotSeeEachOther) {
+  const Workplace place;
+  place.write("a.hvm", "x = 1");
+  place.write("b.hvm", "print(x) # expect error: there is no variable 'x'");
+  EXPECT_EQ(run_toy({"--test", place.path()}).out, "2 passed, 0 failed\n");
+}
+
+}  // namespace
+}  // namespace hvm::testing
