@@ -94,7 +94,7 @@ std::string demangled(const char* name) {
 /// The module's own beginning, contained like every other call of it.
 int initialized(arrayfold::PackageInit init, Module& module) {
   const SourceText place(module.path, "");
-  const InsideModule mark(place, 0);
+  const RunningMark mark({&place, 0, true});
   try {
     return init(&module.functions, &ModuleFunctions::register_rows);
   } catch (const std::exception& error) {
@@ -123,7 +123,8 @@ Module load_module(const std::string& path) {
   const arrayfold::PackageInit init = opened(module.path);
   if (initialized(init, module) == 0) fail(module.path, "PKG_Init answers 0: the module refuses to start");
   for (const std::string& library : loaded_libraries())
-    if (std::find(before.begin(), before.end(), library) == before.end()) module.libraries.push_back(library);
+    if (std::find(before.begin(), before.end(), library) == before.end())
+      module.libraries.push_back(fs::weakly_canonical(library));
   return module;
 }
 

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
@@ -18,11 +19,7 @@
 namespace hvm {
 namespace {
 
-struct ScriptPlace {
-  const char* volatile file = nullptr;  // null: no module is running
-  volatile std::size_t line = 0;
-};
-ScriptPlace current;
+RunningPlace current;
 volatile sig_atomic_t is_reported = 0;
 
 struct Fault {
@@ -61,10 +58,9 @@ class Line {
 
 void begin(Line& line) {
   line << "hvm: ";
-  if (current.file)
-    line << current.file << ":" << current.line << ": the module ended the process: ";
-  else
-    line << "the process ends outside of any module: ";
+  if (current.source) line << current.source->name().c_str() << ":" << current.source->line(current.offset) << ": ";
+  line << (current.is_in_module ? "the module ended the process: "
+                                : "the process ends outside of a call of the module: ");
 }
 
 void report_signal(int signal) {
@@ -108,15 +104,15 @@ void use_alternate_stack() {
 
 }  // namespace
 
-InsideModule::InsideModule(const SourceText& source, std::size_t offset) noexcept
-    : outer_file_(current.file), outer_line_(current.line) {
-  current.line = source.line(offset);
-  current.file = source.name().c_str();
+RunningMark::RunningMark(RunningPlace place) noexcept : outer_(current) {
+  current = place;
+  // The handler interrupts: it must find what stands here.
+  std::atomic_signal_fence(std::memory_order_release);
 }
 
-InsideModule::~InsideModule() {
-  current.file = outer_file_;
-  current.line = outer_line_;
+RunningMark::~RunningMark() {
+  current = outer_;
+  std::atomic_signal_fence(std::memory_order_release);
 }
 
 void install_fault_report() {

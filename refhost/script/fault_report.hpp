@@ -9,17 +9,23 @@
 
 namespace hvm {
 
-/// Marks the time in which a module runs on behalf of a place of a script. Marks nest. `source` must outlive the mark.
-class InsideModule {
+/// The place of a script on whose behalf something runs.
+struct RunningPlace {
+  const SourceText* source = nullptr;  // null: no script is running
+  std::size_t offset = 0;
+  bool is_in_module = false;
+};
+
+/// Marks the time in which a place of a script runs. Marks nest. The source must outlive the mark.
+class RunningMark {
  public:
-  InsideModule(const SourceText& source, std::size_t offset) noexcept;
-  ~InsideModule();
-  InsideModule(const InsideModule&) = delete;
-  InsideModule& operator=(const InsideModule&) = delete;
+  explicit RunningMark(RunningPlace place) noexcept;
+  ~RunningMark();
+  RunningMark(const RunningMark&) = delete;
+  RunningMark& operator=(const RunningMark&) = delete;
 
  private:
-  const char* outer_file_;
-  std::size_t outer_line_;
+  RunningPlace outer_;
 };
 
 /// Takes over the faults of the processor, SIGABRT and `std::terminate`, for the rest of the process.

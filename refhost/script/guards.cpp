@@ -46,6 +46,11 @@ bool are_sound(const Extents& extents) {
   return claimed(extents, is_empty(extents) ? most_empty_rows : most_elements).has_value();
 }
 
+void require_sound(const Extents& extents) {
+  if (are_sound(extents)) return;
+  throw Failure(fmt::format("the array's extents ({}) claim more than its elements", fmt::join(extents, ", ")));
+}
+
 bool are_numbers(std::vector<Value>& values) {
   for (const Value& value : values)
     if (!value.is_number()) return false;
@@ -111,9 +116,7 @@ void guard_call(const std::string& name, std::vector<Value>& arguments) {
 }
 
 void guard_extents(const ModuleCaller& caller, Value& object) {
-  const auto extents = shape_of(caller, object);
-  if (!extents || are_sound(*extents)) return;
-  throw Failure(fmt::format("the array's extents ({}) claim more than its elements", fmt::join(*extents, ", ")));
+  if (const auto extents = shape_of(caller, object)) require_sound(*extents);
 }
 
 void guard_method(const ModuleCaller& caller, Value& self, const std::string& name, std::vector<Value>& arguments) {
@@ -137,7 +140,7 @@ void guard_indices(const ModuleCaller& caller, Value& object, std::vector<Value>
     if (!index.is_number()) throw Failure(fmt::format("an index must be a number, not {}", kind_in_words(index)));
   const auto extents = shape_of(caller, object);
   if (!extents) return;
-  guard_extents(caller, object);
+  require_sound(*extents);
   const std::size_t aligned = std::min(indices.size(), extents->size());
   for (std::size_t i = 0; i < aligned; ++i)
     guard_index(*extents, extents->size() - aligned + i, indices[indices.size() - aligned + i]);

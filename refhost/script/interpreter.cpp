@@ -6,7 +6,9 @@
 #include <sys/resource.h>
 
 #include <algorithm>
+#include <new>
 
+#include "script/fault_report.hpp"
 #include "script/guards.hpp"
 #include "script/operators.hpp"
 #include "script/parser.hpp"
@@ -49,7 +51,11 @@ void Interpreter::define(const Program& program) {
 
 void Interpreter::run(const Statement& statement, const SourcePtr& source) {
   const SourceScope scope(source_, source);
-  execute(statement);
+  try {
+    execute(statement);
+  } catch (const std::bad_alloc&) {
+    throw ScriptError("out of memory", source, statement.span);
+  }
 }
 
 void Interpreter::run(const Program& program) {
@@ -88,6 +94,8 @@ Interpreter::Flow Interpreter::execute(const Block& block) {
 }
 
 Interpreter::Flow Interpreter::execute(const Statement& statement) {
+  // A fault may also come where no call of the module is written: when the last reference to an object goes away.
+  const RunningMark mark({source_.get(), statement.span.begin, false});
   return std::visit([&](const auto& form) { return execute(form, statement.span); }, statement.form);
 }
 

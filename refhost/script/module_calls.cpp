@@ -30,7 +30,7 @@ std::string demangled(const char* name) {
 /// Runs `call` as the module's; what it throws becomes a `Failure` that begins with `name`.
 template <class Call>
 auto contained(const ModuleCaller& caller, const std::string& name, Call call) {
-  const InsideModule mark(*caller.source, caller.offset);
+  const RunningMark mark({caller.source, caller.offset, true});
   try {
     return call();
   } catch (const std::exception& error) {

@@ -139,7 +139,7 @@ TEST(CommandLine, ListShowsRowsAndTypesInTheirOrder) {
   const Outcome outcome = run_toy({"--list"});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.out.rfind("function toy_int\nfunction toy_double\n", 0), 0u);
-  EXPECT_THAT(outcome.out, HasSubstr("function toy_leak\ntype $xintarray\ntype $xdoublearray\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("function toy_end_with\ntype $xintarray\ntype $xdoublearray\n"));
 }
 
 TEST(CommandLine, VersionNamesTheModuleAndTheLibrariesItBrought) {

@@ -34,6 +34,14 @@ TEST(Faults, InsideTheModule_AreReportedWithTheLineBeforeTheSameSignalEndsThePro
   }
 }
 
+TEST(Faults, WhenAnObjectDies_AreReportedWithTheStatement) {
+  const Outcome outcome = run_toy({"-e", "a = toy_int(1)\ntoy_end_with(a)\n\na = 0"});
+  EXPECT_EQ(outcome.signal, SIGSEGV);
+  EXPECT_EQ(outcome.err.rfind("hvm: <command line>:4: the process ends outside of a call of the module: SIGSEGV", 0),
+            0u)
+      << outcome.err;
+}
+
 TEST(Faults, AreReportedOnce) {
   const Outcome outcome = run_toy({"-e", "toy_end(\"terminate\")"});
   EXPECT_EQ(outcome.err, "hvm: <command line>:1: the module ended the process: std::terminate was called\n");

@@ -35,6 +35,7 @@ namespace {
 struct Array {
   std::vector<std::int64_t> shape;
   std::vector<double> elements;
+  bool faults_at_the_end = false;
 };
 
 bool serves_elements = true;
@@ -43,7 +44,11 @@ constexpr const char* int_type = "$xintarray";
 constexpr const char* double_type = "$xdoublearray";
 
 void* create() { return new Array; }
-void destroy(HostContext, void* content) { delete static_cast<Array*>(content); }
+void destroy(HostContext, void* content) {
+  auto* array = static_cast<Array*>(content);
+  if (array && array->faults_at_the_end) raise(SIGSEGV);
+  delete array;
+}
 
 Array* array_of(HostValue* value) {
   if (!value || value->tag != ValueTag::object) return nullptr;
@@ -250,6 +255,12 @@ int toy_end(HostContext, HostValue* args, int nargs, HostValue*) {
   return 0;
 }
 
+int toy_end_with(HostContext, HostValue* args, int nargs, HostValue*) {
+  if (nargs < 1 || !array_of(args)) return 0;
+  array_of(args)->faults_at_the_end = true;
+  return 1;
+}
+
 int toy_serve_elements(HostContext, HostValue* args, int, HostValue*) {
   serves_elements = HVM_AsBool(args) != 0;
   return 1;
@@ -274,11 +285,11 @@ int toy_deep(HostContext ctx, HostValue* args, int, HostValue* result) {
 }
 
 constexpr arrayfold::FunctionRow rows[] = {
-    {"toy_int", toy_int},     {"toy_double", toy_double}, {"toy_nothing", toy_nothing},
-    {"toy_fail", toy_fail},   {"toy_count", toy_count},   {"toy_second", toy_second},
-    {"toy_throw", toy_throw}, {"toy_end", toy_end},       {"toy_serve_elements", toy_serve_elements},
-    {"toy_set", toy_set},     {"toy_deep", toy_deep},     {"xarange", toy_count},
-    {"toy_leak", toy_leak},
+    {"toy_int", toy_int},     {"toy_double", toy_double},     {"toy_nothing", toy_nothing},
+    {"toy_fail", toy_fail},   {"toy_count", toy_count},       {"toy_second", toy_second},
+    {"toy_throw", toy_throw}, {"toy_end", toy_end},           {"toy_serve_elements", toy_serve_elements},
+    {"toy_set", toy_set},     {"toy_deep", toy_deep},         {"xarange", toy_count},
+    {"toy_leak", toy_leak},   {"toy_end_with", toy_end_with},
 };
 
 }  // namespace

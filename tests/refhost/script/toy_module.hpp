@@ -8,6 +8,7 @@
 //   toy_second(a, b)            its second argument
 //   toy_throw("runtime", words) throws; also "own", "number"
 //   toy_end("fpe")              ends the process; also "segv", "bus", "ill", "abort", "terminate", "throw", "overflow"
+//   toy_end_with(a)             ends the process when the array dies
 //   toy_serve_elements(flag)    whether the element opcodes are served
 //   toy_set(a, i, x)            writes an element past the host
 //   toy_deep(n)                 a table in a table, n deep
