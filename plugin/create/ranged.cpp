@@ -49,10 +49,11 @@ bool read_range(const Call& call, IntRange& range) {
   return true;
 }
 
+/// Writes start, start + step, ... in wrapping 32-bit arithmetic. Adding the step keeps eight numbers in one register.
 void count_up(double* elements, std::size_t count, const IntRange& range) {
-  const auto start = static_cast<unsigned>(range.start);
+  auto number = static_cast<unsigned>(range.start);
   const auto step = static_cast<unsigned>(range.step);
-  for (std::size_t i = 0; i < count; ++i) elements[i] = static_cast<int>(start + static_cast<unsigned>(i) * step);
+  for (std::size_t i = 0; i < count; ++i, number += step) elements[i] = static_cast<int>(number);
 }
 
 // ---- xlinspace and xlogspace ----
