@@ -11,8 +11,10 @@
 #include <climits>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <new>
 #include <string_view>
+#include <type_traits>
 
 #include <nlohmann/json.hpp>
 
@@ -44,11 +46,24 @@ void DumpText::check_size() const {
 
 namespace {
 
+/// What the text of a scalar usually takes. Reals of full length fit without growing: room that is not written costs
+/// nothing, while growing copies, and makes the C library give the memory of every big text back to the system.
+template <class T>
+constexpr std::size_t usual_scalar_room = std::is_floating_point_v<T> ? 20 : 8;
+
 char* write_word(char* out, std::string_view word) { return std::copy(word.begin(), word.end(), out); }
 
 char* write_scalar(char* out, bool x) { return write_word(out, x ? "true" : "false"); }
-char* write_scalar(char* out, std::int32_t x) { return std::to_chars(out, out + scalar_room, x).ptr; }
-char* write_scalar(char* out, std::int64_t x) { return std::to_chars(out, out + scalar_room, x).ptr; }
+/// The sign goes without a branch: that of random numbers is guessed wrong every other time.
+template <class Integer>
+char* write_scalar(char* out, Integer x) {
+  using Bits = std::make_unsigned_t<Integer>;
+  const auto bits = static_cast<Bits>(x);
+  const Bits negative = bits >> std::numeric_limits<Integer>::digits;
+  const Bits magnitude = (bits ^ (0 - negative)) + negative;
+  *out = '-';
+  return std::to_chars(out + negative, out + scalar_room, magnitude).ptr;
+}
 char* write_scalar(char* out, double x) {
   return std::isfinite(x) ? nlohmann::detail::to_chars(out, out + scalar_room, x) : write_word(out, "null");
 }
@@ -83,9 +98,13 @@ class LineBreak {
 /// Writes the brackets of nested lists around the items of their innermost level.
 class NestedText {
  public:
-  /// `extents` have no zero among them.
-  NestedText(const Shape& extents, int indent, std::size_t item_room)
-      : extents_(extents), at_(extents.size(), 0), break_(indent), item_room_(item_room), text_(expected_size()) {}
+  /// `extents` have no zero among them. An item takes `item_room` bytes at most, and usually no more than `usual_room`.
+  NestedText(const Shape& extents, int indent, std::size_t item_room, std::size_t usual_room)
+      : extents_(extents),
+        at_(extents.size(), 0),
+        break_(indent),
+        item_room_(item_room),
+        text_(expected_size(usual_room)) {}
 
   /// `write_item(out, i)` writes the i-th item of all, in row-major order, and returns its end.
   template <class WriteItem>
@@ -106,9 +125,9 @@ class NestedText {
   }
 
  private:
-  /// A little more than compact numbers take. Throws std::bad_alloc when the text is too long even with items of one
-  /// byte each, before anything is written.
-  std::size_t expected_size() const {
+  /// Room for items of the usual size. Throws std::bad_alloc when the text is too long even with items of one byte
+  /// each, before anything is written.
+  std::size_t expected_size(std::size_t usual_room) const {
     std::size_t items = 1;
     for (const std::size_t extent : extents_)
       if (__builtin_mul_overflow(items, extent, &items)) throw std::bad_alloc();
@@ -116,7 +135,7 @@ class NestedText {
     std::size_t least = 0;
     const bool too_many = __builtin_mul_overflow(items, 2 + break_.size(extents_.size()), &least);
     if (too_many || least + 1 + break_.size(0) > INT_MAX) throw std::bad_alloc();
-    return least + items * std::min<std::size_t>(item_room_, 8) + 2 * extents_.size();
+    return least + items * usual_room + 2 * extents_.size();
   }
 
   template <class WriteItem>
@@ -194,8 +213,8 @@ DumpText dump_text(const xarray_of<T>& array, int indent) {
   const Shape outer(extents.begin(), zero);  // what encloses an item
   const bool has_elements = zero == extents.end();
   if (!outer.empty()) {
-    if (has_elements) return NestedText(outer, indent, scalar_room).write(write_element);
-    return NestedText(outer, indent, 2).write(write_empty_list);
+    if (has_elements) return NestedText(outer, indent, scalar_room, usual_scalar_room<T>).write(write_element);
+    return NestedText(outer, indent, 2, 2).write(write_empty_list);
   }
   DumpText text(scalar_room);
   char* out = text.room(scalar_room);
