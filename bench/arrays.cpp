@@ -1,0 +1,36 @@
+// bench/arrays.cpp: elements from a fixed seed, boxed as the module boxes them
+
+#include "arrays.hpp"
+
+#include <random>
+
+#include "array/boxing.hpp"
+#include "array/storage.hpp"
+#include "module.hpp"
+
+namespace arrayfold::bench {
+namespace {
+
+/// An array of `extents` whose elements are what `draw` gives, one after the other.
+template <class Kind, class Draw>
+hvm::Value array_of(const std::vector<std::size_t>& extents, Draw draw) {
+  auto array = make_array<Kind>(Shape(extents.begin(), extents.end()));
+  for (auto& element : array->array->storage()) element = draw();
+  return hvm::Value::object(box_array<Kind>(context(), array));
+}
+
+}  // namespace
+
+hvm::Value normal_reals(const std::vector<std::size_t>& extents) {
+  std::mt19937_64 engine(1);
+  std::normal_distribution<double> normal;
+  return array_of<XTDouble>(extents, [&] { return normal(engine); });
+}
+
+hvm::Value small_ints(const std::vector<std::size_t>& extents) {
+  std::mt19937_64 engine(1);
+  std::uniform_int_distribution<int> uniform(-999'999, 999'999);
+  return array_of<XTInt>(extents, [&] { return uniform(engine); });
+}
+
+}  // namespace arrayfold::bench

@@ -1,0 +1,17 @@
+// bench/arrays.hpp: arrays that cases work on, the same in every run
+
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "kernel/kernel.hpp"
+
+namespace arrayfold::bench {
+
+/// Doubles of the normal distribution: full mantissas, both signs.
+hvm::Value normal_reals(const std::vector<std::size_t>& extents);
+/// 32-bit integers, uniform between -999999 and 999999.
+hvm::Value small_ints(const std::vector<std::size_t>& extents);
+
+}  // namespace arrayfold::bench

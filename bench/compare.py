@@ -1,0 +1,99 @@
+#!/usr/bin/python3
+# bench/compare.py: each case of ours and its peer in NumPy, in turns, as one table of ratios
+
+import argparse
+import json
+import os
+import sys
+
+# Before NumPy is loaded, and for the processes that are started here.
+os.environ["OPENBLAS_NUM_THREADS"] = "1"
+os.environ["OMP_NUM_THREADS"] = "1"
+sys.dont_write_bytecode = True  # the sources stay clean
+
+import measurement
+import peers
+import report
+
+
+def arguments():
+    parser = argparse.ArgumentParser(description="Compares the module with NumPy, case by case.")
+    parser.add_argument("filter", nargs="?", default="", help="only cases with this in their name: text/, xeye, /10")
+    parser.add_argument("--program", required=True, help="the benchmark program")
+    parser.add_argument("--rounds", type=int, default=7, help="rounds of ours, then NumPy's (default %(default)s)")
+    parser.add_argument("--seconds", type=float, default=0.05, help="of one measurement (default %(default)s)")
+    parser.add_argument("--core", type=int, help="the core that both run on (default: the last)")
+    parser.add_argument("--json", metavar="PATH", help="write the rows as JSON")
+    parser.add_argument("--save", action="store_true", help="write results/<machine>.md and .json; takes every case")
+    parser.add_argument("--check", action="store_true", help="measure nothing: run every case once on both sides")
+    chosen = parser.parse_args()
+    if chosen.save and chosen.filter:
+        parser.error("--save takes every case, so it goes without a filter")
+    return chosen
+
+
+def check_lists(cases, names):
+    """Ends the program when the two lists do not name the same cases."""
+    wanted, registered = [case.name for case in cases], list(names)
+    problems = [f"only in peers/: {name}" for name in sorted(set(wanted) - set(registered))]
+    problems += [f"only in the program: {name}" for name in sorted(set(registered) - set(wanted))]
+    problems += [f"twice in the program: {name}" for name in sorted(set(registered)) if registered.count(name) > 1]
+    problems += [f"{case.name}: something for a size that it does not have: {n}" for case in cases
+                 for n in {**case.case.limits, **case.case.beside} if n not in case.case.ratios]
+    problems += [f"{case.name}: a ratio without a peer" for case in cases
+                 if case.case.ratios[case.n] is not None and case.case.peer(case.n) is None]
+    if problems:
+        sys.exit("\n".join(problems))
+
+
+def run_once(cases, ours):
+    """Every case on both sides, the shortest way."""
+    names = [case.name for case in cases]
+    missing = set(names) - set(ours.times(names, 0))
+    if missing:
+        sys.exit("these cases gave no time: " + ", ".join(sorted(missing)))
+    for case in cases:
+        for text in filter(None, (case.case.peer(case.n), case.case.beside.get(case.n))):
+            measurement.Expression(text, case).once()
+    print(f"{len(cases)} cases ran on both sides")
+
+
+def compare(cases, ours, chosen):
+    """Measures, and shows each row as it comes."""
+    print(report.head(), flush=True)
+    rows = []
+    for case in cases:
+        rows.append(measurement.measure(case, ours, chosen.rounds, chosen.seconds))
+        print(report.line(report.cells(rows[-1])), flush=True)
+    for note in report.notes(rows):
+        print(note)
+    return rows
+
+
+def main():
+    chosen = arguments()
+    ours = measurement.Ours(chosen.program)
+    every_case = list(peers.all_cases())
+    check_lists(every_case, ours.names())
+    cases = [case for case in every_case if chosen.filter in case.name]
+    if not cases:
+        sys.exit(f"no case has {chosen.filter} in its name")
+    if chosen.check:
+        return run_once(cases, ours)
+
+    core = max(os.sched_getaffinity(0)) if chosen.core is None else chosen.core
+    os.sched_setaffinity(0, {core})
+    rows = compare(cases, ours, chosen)
+    facts = report.machine(ours.compiler)
+    if chosen.json:
+        with open(chosen.json, "w") as out:
+            json.dump({"machine": facts, "rows": rows}, out, indent=1)
+    if chosen.save:
+        print("saved", report.save(os.path.join(os.path.dirname(__file__), "results"), facts, rows))
+
+
+if __name__ == "__main__":
+    try:
+        main()
+    except RuntimeError as error:
+        sys.exit(f"error: {error}")

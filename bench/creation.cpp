@@ -1,0 +1,29 @@
+// bench/creation.cpp: xzeros, xones, xempty, xeye, xarange, xlinspace, xlogspace
+
+#include <cmath>
+
+#include "families.hpp"
+#include "module.hpp"
+
+namespace arrayfold::bench {
+namespace {
+
+std::vector<Value> count(int n) { return {Value(n)}; }
+/// The side of the square of about `n` elements: 3, 31, 316, 3162.
+std::vector<Value> side(int n) { return {Value(static_cast<int>(std::sqrt(static_cast<double>(n))))}; }
+std::vector<Value> unit_interval(int n) { return {Value(0.0), Value(1.0), Value(n)}; }
+std::vector<Value> six_decades(int n) { return {Value(-3.0), Value(3.0), Value(n)}; }
+
+}  // namespace
+
+void add_creation() {
+  add_call("creation/xzeros", "xzeros", four_sizes, count);
+  add_call("creation/xones", "xones", four_sizes, count);
+  add_call("creation/xempty", "xempty", four_sizes, count);
+  add_call("creation/xeye", "xeye", four_sizes, side);
+  add_call("creation/xarange", "xarange", four_sizes, count);
+  add_call("creation/xlinspace", "xlinspace", four_sizes, unit_interval);
+  add_call("creation/xlogspace", "xlogspace", four_sizes, six_decades);
+}
+
+}  // namespace arrayfold::bench

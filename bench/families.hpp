@@ -1,0 +1,11 @@
+// bench/families.hpp: each family registers its cases; its peers stand in peers/<family>.py
+
+#pragma once
+
+namespace arrayfold::bench {
+
+void add_creation();
+void add_text();
+void add_calls();
+
+}  // namespace arrayfold::bench

@@ -1,0 +1,24 @@
+// bench/main.cpp: the program that compare.py runs; it takes Google Benchmark's own options
+
+#include <exception>
+#include <iostream>
+
+#include <benchmark/benchmark.h>
+
+#include "families.hpp"
+
+int main(int argc, char** argv) try {
+  arrayfold::bench::add_creation();
+  arrayfold::bench::add_text();
+  arrayfold::bench::add_calls();
+
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
+  benchmark::AddCustomContext("compiler", BUILT_WITH);
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+} catch (const std::exception& error) {
+  std::cerr << "arrayfold_bench: " << error.what() << '\n';
+  return 1;
+}

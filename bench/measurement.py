@@ -1,0 +1,109 @@
+# bench/measurement.py: our time and NumPy's for one case, interleaved
+#
+# Both sides count the processor time of their thread: what other programs take of the core is not in it.
+
+import json
+import re
+import statistics
+import subprocess
+import time
+import timeit
+
+import numpy
+
+
+class Ours:
+    """The benchmark program; every measurement is a process of its own."""
+
+    def __init__(self, program):
+        self.program = program
+        self.compiler = "unknown"  # what it was built with, once it has run
+
+    def names(self):
+        return self._run("--benchmark_list_tests").split()
+
+    def times(self, names, seconds):
+        """Nanoseconds per call for each name. Raises RuntimeError when a case reports an error."""
+        pattern = "^(" + "|".join(re.escape(name) for name in names) + ")$"
+        text = self._run(f"--benchmark_filter={pattern}", f"--benchmark_min_time={seconds}", "--benchmark_format=json")
+        report = json.loads(text)
+        self.compiler = report["context"]["compiler"]
+        rows = report["benchmarks"]
+        for row in rows:
+            if row.get("error_occurred"):
+                raise RuntimeError(f"{row['name']}: {row['error_message']}")
+        return {row["name"]: row["cpu_time"] for row in rows}
+
+    def _run(self, *options):
+        run = subprocess.run([self.program, *options], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        if run.returncode != 0:
+            raise RuntimeError(f"{self.program} ended with {run.returncode}: {run.stderr.strip()}")
+        return run.stdout
+
+
+class Expression:
+    """An expression in NumPy, timed in this process."""
+
+    def __init__(self, text, case):
+        names = {"np": numpy, "n": case.n}
+        exec(case.case.setup, names)  # names stay global, so that what is made once is not made again
+        self.timer = timeit.Timer(text, timer=time.thread_time_ns, globals=names)
+        self.calls = 1
+
+    def once(self):
+        """Runs it one time; an error in it is the caller's."""
+        self.timer.timeit(1)
+
+    def time(self, seconds):
+        """Nanoseconds per call, over calls that together take about as long as asked."""
+        spent = self.timer.timeit(self.calls)
+        while spent < 0.8e9 * seconds:
+            self.calls = max(2 * self.calls, int(self.calls * 1e9 * seconds / max(spent, 1)))
+            spent = self.timer.timeit(self.calls)
+        return spent / self.calls
+
+
+
+
+
+def measure(case, ours, rounds, seconds):
+    """One row of the table: rounds of ours, then NumPy's; three times as many where they scatter.
+
+    Times are medians of the rounds, the ratio is the median of the rounds' ratios, so that drift cancels.
+    """
+    peer = case.case.peer(case.n)
+    peer = peer and Expression(peer, case)
+    pairs = []
+    for _ in range(3):
+        for _ in range(rounds):
+            pairs.append((ours.times([case.name], seconds)[case.name], peer and peer.time(seconds)))
+        if not scatters(pairs):
+            break
+    row = {
+        "case": case.name,
+        "n": case.n,
+        "ours_ns": statistics.median(pair[0] for pair in pairs),
+        "numpy_ns": peer and statistics.median(pair[1] for pair in pairs),
+        "ratio": peer and statistics.median(ratios_of(pairs)),
+        "numpy": case.case.peer(case.n),
+        "ratio_bound": case.case.ratios[case.n],
+        "ns_limit": case.case.limits.get(case.n),
+        "rounds": pairs,
+    }
+    beside = case.case.beside.get(case.n)
+    if beside:
+        row["beside"] = beside
+        row["beside_ns"] = statistics.median(Expression(beside, case).time(seconds) for _ in range(rounds))
+    return row
+
+
+def ratios_of(pairs):
+    """Ours over NumPy's, round by round; our times alone where there is no peer."""
+    return [pair[0] / pair[1] if pair[1] else pair[0] for pair in pairs]
+
+
+def scatters(pairs):
+    """True when the middle half of the rounds is wider than the tenth that noise is allowed."""
+    ratios = ratios_of(pairs)
+    low, middle, high = statistics.quantiles(ratios, n=4) if len(ratios) > 1 else [ratios[0]] * 3
+    return high - low > 0.1 * middle

@@ -1,0 +1,104 @@
+// bench/module.cpp: loading the module, and the timed loops
+
+#include "module.hpp"
+
+#include <dlfcn.h>
+
+#include <map>
+#include <stdexcept>
+
+namespace arrayfold::bench {
+namespace {
+
+/// Everything that lives as long as the program. The records go first and the context last.
+struct Session {
+  hvm::Context context;
+  std::map<std::string, EntryFunction> functions;
+  std::string prepared;        // the case whose records are at hand
+  std::vector<Value> records;  // theirs alone: the big cases do not pile up
+};
+
+int take_functions(void* host, int count, const FunctionRow* table) {
+  auto& functions = *static_cast<std::map<std::string, EntryFunction>*>(host);
+  for (int row = 0; row < count; ++row) functions[table[row].name] = table[row].function;
+  return 0;
+}
+
+void load_module(std::map<std::string, EntryFunction>& functions) {
+  void* library = dlopen(MODULE_PATH, RTLD_NOW | RTLD_LOCAL);
+  if (library == nullptr) throw std::runtime_error(dlerror());
+  void* symbol = dlsym(library, "PKG_Init");
+  if (symbol == nullptr) throw std::runtime_error("no PKG_Init in " MODULE_PATH);
+  load<PackageInit> (&symbol)(&functions, take_functions);
+}
+
+Session& session() {
+  static Session session;
+  if (session.functions.empty()) load_module(session.functions);
+  return session;
+}
+
+/// The records of a case, kept while the library repeats the case to find its number of iterations.
+std::vector<Value>& prepared_records(const std::string& name, int n, const RecordsOf& records_of) {
+  Session& at = session();
+  if (at.prepared != name) {
+    at.records.clear();
+    at.records = records_of(n);
+    at.prepared = name;
+  }
+  return at.records;
+}
+
+/// Times `call(result)`, which answers nonzero when it succeeded, and the release of the result.
+template <class TimedCall>
+void time_calls(benchmark::State& state, TimedCall call) {
+  bool handled = true;
+  for (auto _ : state) {
+    HostValue result = hvm::nil_record();
+    handled &= call(&result) != 0;
+    hvm::release(result);
+  }
+  if (!handled) state.SkipWithError("the module answered that the call failed");
+}
+
+}  // namespace
+
+HostContext context() { return session().context.handle(); }
+
+EntryFunction entry_named(const std::string& function) {
+  const auto row = session().functions.find(function);
+  if (row == session().functions.end()) throw std::invalid_argument("the module has no function " + function);
+  return row->second;
+}
+
+void add_case(const std::string& name, const std::vector<int>& sizes, const RecordsOf& records_of,
+              const TimedLoop& loop) {
+  for (const int n : sizes) {
+    const std::string sized = name + "/" + std::to_string(n);
+    benchmark::RegisterBenchmark(sized.c_str(), [sized, n, records_of, loop](benchmark::State& state) {
+      loop(state, prepared_records(sized, n, records_of));
+    });
+  }
+}
+
+void add_call(const std::string& name, const std::string& function, const std::vector<int>& sizes,
+              const RecordsOf& arguments_of) {
+  const EntryFunction entry = entry_named(function);
+  add_case(name, sizes, arguments_of, [entry](benchmark::State& state, std::vector<Value>& arguments) {
+    HostValue* records = hvm::records_of(arguments);
+    const int nargs = static_cast<int>(arguments.size());
+    const HostContext ctx = context();
+    time_calls(state, [=](HostValue* result) { return entry(ctx, records, nargs, result); });
+  });
+}
+
+void add_method(const std::string& name, const char* method, const std::vector<int>& sizes, const RecordsOf& self_of) {
+  add_case(name, sizes, self_of, [method](benchmark::State& state, std::vector<Value>& records) {
+    HostValue* self = records.at(0).address();
+    const auto callback = hvm::callbacks_of(hvm::object_of(*self)).method;
+    const HostContext ctx = context();
+    time_calls(state, [=](HostValue* result) { return callback(ctx, self, method, nullptr, 0, result, 0); });
+  });
+}
+
+}  // namespace arrayfold::bench

@@ -1,0 +1,42 @@
+// bench/module.hpp: the module under the reference host, and how its calls become benchmark cases
+//
+// A case is named family/label/n, and the peer's list under peers/ has the same name. What is timed is one call through
+// the C interface, as a host makes it, together with the release of the value that it gives.
+
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#include "kernel/kernel.hpp"
+
+namespace arrayfold::bench {
+
+using hvm::Value;
+
+/// From what fits into a register file to what only memory holds.
+inline const std::vector<int> four_sizes{10, 1'000, 100'000, 10'000'000};
+
+/// The context of all calls.
+HostContext context();
+/// A function of the module's table. Throws std::invalid_argument when it has none of that name.
+EntryFunction entry_named(const std::string& function);
+
+/// The records that a case of size `n` works on.
+using RecordsOf = std::function<std::vector<Value>(int n)>;
+/// The timed loop over the records of a case.
+using TimedLoop = std::function<void(benchmark::State& state, std::vector<Value>& records)>;
+
+/// Registers `name`/n for each size. The records are made once a case, outside the timed loop.
+void add_case(const std::string& name, const std::vector<int>& sizes, const RecordsOf& records_of,
+              const TimedLoop& loop);
+/// A case that calls `function` with the records as its arguments. A call that fails is an error of the case.
+void add_call(const std::string& name, const std::string& function, const std::vector<int>& sizes,
+              const RecordsOf& arguments_of);
+/// A case that calls `method` of the one object among the records, without arguments.
+void add_method(const std::string& name, const char* method, const std::vector<int>& sizes, const RecordsOf& self_of);
+
+}  // namespace arrayfold::bench

@@ -1,0 +1,127 @@
+# bench/report.py: measured rows as a table, and the machine that they belong to
+
+import json
+import os
+import platform
+import re
+import subprocess
+
+import numpy
+
+NOISE = 0.1  # what a time may go beyond its bound before it counts
+
+
+def is_beyond(row):
+    """True when a row is slower than its bound and the noise on top."""
+    ratio, limit = row["ratio_bound"], row["ns_limit"]
+    over_ratio = ratio is not None and row["ratio"] > ratio * (1 + NOISE)
+    over_limit = limit is not None and row["ours_ns"] > limit * (1 + NOISE)
+    return over_ratio or over_limit
+
+
+def number(x, form="{:,.0f}"):
+    if x is None:
+        return ""
+    return ("{:.2f}" if abs(x) < 10 else form).format(x)
+
+
+def cells(row):
+    bounds = []
+    if row["ratio_bound"] is not None:
+        bounds.append(f"{row['ratio_bound']:g}")
+    if row["ns_limit"] is not None:
+        bounds.append(f"{row['ns_limit']:,.0f} ns")
+    return [
+        row["case"].rpartition("/")[0],
+        f"{row['n']:,}",
+        number(row["ours_ns"]),
+        number(row["numpy_ns"]),
+        number(row["ratio"], "{:.1f}"),
+        ", ".join(bounds),
+        "beyond" if is_beyond(row) else "",
+    ]
+
+
+HEADINGS = ["case", "n", "ours (ns)", "numpy (ns)", "ratio", "target", "mark"]
+WIDTHS = [24, 10, 13, 13, 7, 16, 6]
+
+
+def line(texts):
+    """A line of the table as a terminal shows it and as Markdown reads it."""
+    return "| " + " | ".join(f"{text:<{width}}" if column == 0 else f"{text:>{width}}"
+                             for column, (text, width) in enumerate(zip(texts, WIDTHS))) + " |"
+
+
+def head():
+    rule = [("-" * width) if column == 0 else ("-" * (width - 1) + ":") for column, width in enumerate(WIDTHS)]
+    return line(HEADINGS) + "\n" + line(rule)
+
+
+def notes(rows):
+    """What was measured beside the peers, a sentence each."""
+    return [f"{row['case']}: `{row['beside']}` takes {number(row['beside_ns'])} ns." for row in rows if "beside" in row]
+
+
+def machine(compiler):
+    """What the figures depend on, as (what, value)."""
+    model = "unknown processor"
+    with open("/proc/cpuinfo") as info:
+        found = re.search(r"^model name\s*:\s*(.*)$", info.read(), re.MULTILINE)
+        model = found.group(1) if found else model
+    family = _first_line("lscpu", "CPU family") + " " + _first_line("lscpu", "Model")
+    return {
+        "processor": model,
+        "family and model": family.strip(),
+        "cores": str(os.cpu_count()),
+        "caches": ", ".join(f"{level} {_first_line('lscpu', level + ' cache')}" for level in ("L1d", "L2", "L3")),
+        "huge pages": _read("/sys/kernel/mm/transparent_hugepage/enabled"),
+        "system": f"{platform.system()} {platform.release()}, {_distribution()}, {' '.join(platform.libc_ver())}",
+        "compiler": compiler,
+        "python": platform.python_version(),
+        "numpy": numpy.__version__,
+    }
+
+
+def machine_name(facts):
+    """The name of the machine's results: its processor and the number of its cores."""
+    words = re.sub(r"\(.*?\)|CPU|Processor|@.*", "", facts["processor"])
+    model = re.sub(r"[^0-9a-z]+", "-", f"{words} {facts['family and model']}".lower()).strip("-")
+    return f"{model}-{facts['cores']}-cores"
+
+
+def save(directory, facts, rows):
+    """Writes <machine>.md for people and <machine>.json for plots; gives the path of the first."""
+    os.makedirs(directory, exist_ok=True)
+    path = os.path.join(directory, machine_name(facts))
+    with open(path + ".json", "w") as out:
+        json.dump({"machine": facts, "rows": rows}, out, indent=1)
+        out.write("\n")
+    with open(path + ".md", "w") as out:
+        out.write("# Ours and NumPy's, one thread\n\n")
+        out.writelines(f"- {what}: {value}\n" for what, value in facts.items())
+        out.write("\n" + head() + "\n" + "".join(line(cells(row)) + "\n" for row in rows))
+        out.writelines(f"\n{note}\n" for note in notes(rows))
+    return path + ".md"
+
+
+def _read(path):
+    try:
+        with open(path) as text:
+            return text.read().strip()
+    except OSError:
+        return "unknown"
+
+
+def _distribution():
+    found = re.search(r'^PRETTY_NAME="?(.*?)"?$', _read("/etc/os-release"), re.MULTILINE)
+    return found.group(1) if found else "unknown distribution"
+
+
+def _first_line(program, heading):
+    """What `program` says behind a heading; empty when it says nothing."""
+    try:
+        text = subprocess.run([program], stdout=subprocess.PIPE, text=True, check=False).stdout
+    except OSError:
+        return ""
+    found = re.search(rf"^{heading}:\s*(.*)$", text, re.MULTILINE)
+    return found.group(1) if found else ""
