@@ -105,9 +105,11 @@ std::vector<std::string_view> builtin_names() {
 Value call_builtin(const Builtin& builtin, const BuiltinCall& call) {
   const int count = static_cast<int>(call.arguments.size());
   if (count < builtin.least || (builtin.most >= 0 && count > builtin.most)) {
-    const std::string wanted = builtin.least == builtin.most ? fmt::format("{}", builtin.least)
-                                                             : fmt::format("{} to {}", builtin.least, builtin.most);
-    throw Failure(fmt::format("{}: it takes {} arguments, not {}", builtin.name, wanted, count));
+    const auto least = static_cast<std::size_t>(builtin.least);
+    const std::string wanted = builtin.least == builtin.most
+                                   ? counted(least, "argument", "arguments")
+                                   : fmt::format("{} to {} arguments", builtin.least, builtin.most);
+    throw Failure(fmt::format("{}: it takes {}, not {}", builtin.name, wanted, count));
   }
   return builtin.body(call);
 }

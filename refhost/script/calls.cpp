@@ -4,6 +4,7 @@
 
 #include "script/guards.hpp"
 #include "script/interpreter.hpp"
+#include "script/number_text.hpp"
 #include "script/source_scope.hpp"
 #include "script/value_kinds.hpp"
 
@@ -45,7 +46,8 @@ void Interpreter::fail_unknown_function(const std::string& name, Span span) cons
 
 Value Interpreter::call_fn(const Function& function, std::vector<Value> arguments, Span span) {
   if (arguments.size() != function.parameter_count)
-    fail(fmt::format("{}: it takes {} arguments, not {}", function.name, function.parameter_count, arguments.size()),
+    fail(fmt::format("{}: it takes {}, not {}", function.name,
+                     counted(function.parameter_count, "argument", "arguments"), arguments.size()),
          span);
   require_room(span);
   try {

@@ -4,6 +4,7 @@
 
 #include "script/guards.hpp"
 #include "script/interpreter.hpp"
+#include "script/number_text.hpp"
 #include "script/operators.hpp"
 #include "script/value_kinds.hpp"
 
@@ -82,8 +83,8 @@ Value Interpreter::element(Value& container, std::vector<Value>& indices, Span s
   return placed(span, [&] {
     if (options_.has_guards) guard_indices(caller(span), container, indices);
     if (auto read = read_element(caller(span), container, indices)) return std::move(*read);
-    throw Failure(
-        fmt::format("{} gives no element with {} indices", described(caller(span), container), indices.size()));
+    throw Failure(fmt::format("{} gives no element with {}", described(caller(span), container),
+                              counted(indices.size(), "index", "indices")));
   });
 }
 

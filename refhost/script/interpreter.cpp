@@ -10,6 +10,7 @@
 
 #include "script/fault_report.hpp"
 #include "script/guards.hpp"
+#include "script/number_text.hpp"
 #include "script/operators.hpp"
 #include "script/parser.hpp"
 #include "script/printer.hpp"
@@ -141,8 +142,8 @@ void Interpreter::set_element(const ElementAssignment& form, Value& container, s
     const ModuleCaller from = caller(form.index_span);
     if (options_.has_guards) guard_indices(from, container, indices);
     if (write_element(from, container, indices, value)) return;
-    throw Failure(fmt::format("{} takes no element {} with {} indices", described(from, container),
-                              described(from, value), indices.size()));
+    throw Failure(fmt::format("{} takes no element {} with {}", described(from, container), described(from, value),
+                              counted(indices.size(), "index", "indices")));
   });
 }
 

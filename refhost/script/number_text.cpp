@@ -15,4 +15,8 @@ std::string real_text(double x, Detail detail) {
   return looks_whole ? text + ".0" : text;
 }
 
+std::string counted(std::size_t count, const char* one, const char* many) {
+  return fmt::format("{} {}", count, count == 1 ? one : many);
+}
+
 }  // namespace hvm

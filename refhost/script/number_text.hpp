@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace hvm {
@@ -14,5 +15,8 @@ enum class Detail {
 
 /// A real number, always with a point, an exponent, or as `inf` or `nan`.
 std::string real_text(double x, Detail detail);
+
+/// `1 argument`, `2 arguments`.
+std::string counted(std::size_t count, const char* one, const char* many);
 
 }  // namespace hvm

@@ -108,7 +108,7 @@ TEST(Functions, HaveLocalsAndReadGlobals) {
                   {"fn f()\nend\nprint(f(), type(f()))", "nil nil"},
                   {"fn f()\nfor i in range(5)\nwhile 1\nif i == 0 then return 7 end\nend\nend\nend\nprint(f())", "7"},
                   {"fn f()\nx += 1\nend\nx = 1\nf()", "!'x' has no value yet in this fn"},
-                  {"fn f(a)\nend\nf()", "!f: it takes 1 arguments, not 0"},
+                  {"fn f(a)\nend\nf()", "!f: it takes 1 argument, not 0"},
                   {"fn print(x)\nend\nprint(1)", ""},
                   {"x = 1; x(2)", "!'x' is a variable, not a function"},
                   {"fn f()\nend\nx = f", "!'f' is a function; it is called with parentheses: f()"},
@@ -146,7 +146,7 @@ TEST(Builtins, CheckTheirArguments) {
                    "int int64 real string table $xintarray"},
                   {"print(len(toy_int(4, 2)))", "4"},
                   {"len(5)", "!len: an int has no length"},
-                  {"len()", "!len: it takes 1 arguments, not 0"},
+                  {"len()", "!len: it takes 1 argument, not 0"},
                   {"range(1, 2, 3, 4)", "!range: it takes 1 to 3 arguments, not 4"},
                   {"assert(1 == 1, \"x\"); assert(1 > 2)", "!assertion failed"},
                   {"a = clock(); assert(clock() >= a and type(a) == \"real\")", ""}});

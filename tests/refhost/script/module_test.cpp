@@ -56,7 +56,7 @@ TEST(Elements, AreReadAndWrittenThroughIndexLists) {
   expect_outputs({{"a = toy_int(2, 3); print(a[1, 2], a[2], a[7, 1, 0])", "5 2 3"},
                   {"a = toy_double(2, 3); a[1, 2] = 7; a[0] += 0.5; print(a[1, 2], a.dump())",
                    "7.0 [[0.5,1.0,2.0],[3.0,4.0,7.0]]"},
-                  {"a = toy_int(2); a[0] = \"x\"", "!$xintarray (2) takes no element a string with 1 indices"},
+                  {"a = toy_int(2); a[0] = \"x\"", "!$xintarray (2) takes no element a string with 1 index"},
                   {"a = toy_int(1,1,1,1,1,1,1,1,1); print(a[0,0,0,0,0,0,0,0,0])",
                    "!$xintarray (1, 1, 1, 1, 1, 1, 1, 1, 1) gives no element with 9 indices"},
                   {"a = 5; a[0] = 1", "!an int has no elements to assign to"}});

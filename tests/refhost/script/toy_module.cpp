@@ -9,6 +9,7 @@
 #include <cstring>
 #include <exception>
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -72,6 +73,8 @@ void give(HostContext ctx, HostValue* result, const char* type, Array array) {
 int make(HostContext ctx, HostValue* args, int nargs, HostValue* result, const char* type) {
   Array array;
   for (int i = 0; i < nargs; ++i) array.shape.push_back(HVM_AsInt(args + i));
+  constexpr std::int64_t most = 1000000;
+  if (product(array.shape) < 0 || product(array.shape) > most) throw std::bad_alloc();
   for (std::int64_t i = 0; i < product(array.shape); ++i) array.elements.push_back(static_cast<double>(i));
   give(ctx, result, type, std::move(array));
   return 1;
