@@ -76,7 +76,7 @@ class ExpectationRun {
     } catch (const ScriptError& error) {
       const std::size_t first = source->line(statement.span.begin);
       const std::size_t last = source->line(std::max(statement.span.begin + 1, statement.span.end) - 1);
-      if (!settle(first, last, error) && !settle(error.line(), error.line(), error)) throw;
+      if (!settle(error.line(), error.line(), error) && !settle(first, last, error)) throw;
     }
   }
 

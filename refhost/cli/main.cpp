@@ -130,6 +130,10 @@ void describe(CLI::App& app, Settings& settings) {
   test->excludes(list_flag)->excludes(version);
 }
 
+bool looks_like_option(const std::vector<std::string>& rest) {
+  return !rest.empty() && rest.front().size() > 1 && rest.front()[0] == '-';
+}
+
 /// Reads the command line. Gives the exit status where that is all there is to do.
 std::optional<int> parse_command_line(int argc, char** argv, Settings& settings) {
   CLI::App app("hvm: runs scripts over a module", "hvm");
@@ -141,9 +145,9 @@ std::optional<int> parse_command_line(int argc, char** argv, Settings& settings)
   }
   settings.has_code = app.count("-e") > 0;
   settings.rest = app.remaining();
-  if (!settings.rest.empty() && settings.rest.front() == "--") settings.rest.erase(settings.rest.begin());
-  const bool is_option = !settings.rest.empty() && settings.rest.front().size() > 1 && settings.rest.front()[0] == '-';
-  if (is_option) {
+  const bool has_separator = !settings.rest.empty() && settings.rest.front() == "--";
+  if (has_separator) settings.rest.erase(settings.rest.begin());
+  if (!has_separator && looks_like_option(settings.rest)) {
     fmt::print(stderr, "hvm: there is no option {}; hvm --help lists them\n", settings.rest.front());
     return wrong_usage;
   }

@@ -110,7 +110,7 @@ arrayfold::PackageInit opened(const std::string& path) {
   if (!library) fail(path, last_loader_error());
   void* symbol = dlsym(library, "PKG_Init");
   if (!symbol) fail(path, "it exports no PKG_Init");
-  return reinterpret_cast<arrayfold::PackageInit>(symbol);
+  return arrayfold::load<arrayfold::PackageInit>(&symbol);
 }
 
 }  // namespace

@@ -127,6 +127,8 @@ std::optional<std::string> element_text(const ModuleCaller& caller, Value& objec
   const auto element = read_element(caller, object, indices);
   if (!element || !element->is_number()) return std::nullopt;
   HostValue record = element->record();
+  // The elements of a bool array come as the integers 0 and 1, and are shown as its dump shows them.
+  if (array_kind(type_name_of(object_of(object.record()))) == "bool") return HVM_AsBool(&record) ? "true" : "false";
   if (element->tag() == ValueTag::real) return real_text(HVM_AsDouble(&record), Detail::brief);
   return fmt::format("{}", HVM_AsInt64(&record));
 }

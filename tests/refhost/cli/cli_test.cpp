@@ -96,6 +96,7 @@ TEST(CommandLine, RunsAScriptWithItsArguments) {
 TEST(CommandLine, RunsCodeAndTheStandardInput) {
   EXPECT_EQ(run_toy({"-e", "print(1 + 1, args)", "x"}).out, "2 [\"x\"]\n");
   EXPECT_EQ(run_toy({}, "print(\"in\")\n").out, "in\n");
+  EXPECT_EQ(run_toy({"-e", "print(args)", "--", "-x", "--list"}).out, "[\"-x\", \"--list\"]\n");
   EXPECT_EQ(run_toy({"-", "a"}, "print(args)").out, "[\"a\"]\n");
   EXPECT_EQ(run_toy({}, "").status, 0);
 }
@@ -139,7 +140,7 @@ TEST(CommandLine, ListShowsRowsAndTypesInTheirOrder) {
   const Outcome outcome = run_toy({"--list"});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.out.rfind("function toy_int\nfunction toy_double\n", 0), 0u);
-  EXPECT_THAT(outcome.out, HasSubstr("function toy_end_with\ntype $xintarray\ntype $xdoublearray\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("function toy_end_with\ntype $xintarray\ntype $xdoublearray\ntype $xboolarray\n"));
 }
 
 TEST(CommandLine, VersionNamesTheModuleAndTheLibrariesItBrought) {

@@ -70,6 +70,11 @@ TEST(Expectations, ThatAreNotMet_FailWithExpectedAndGot) {
       "text'");
 }
 
+TEST(Expectations, OfAnErrorInABlock_AreSoughtOnItsOwnLineFirst) {
+  const Outcome outcome = tested("if 1\n  x = 1 # expect error: never\n  toy_fail() # expect error: failed\nend");
+  EXPECT_EQ(outcome.out, "a.hvm:2: expected error: never; there was none\n0 passed, 1 failed\n");
+}
+
 TEST(Expectations, OfADirectory_AreCountedByScript) {
   const Workplace place;
   place.write("a.hvm", "print(1) # expect: 1");

@@ -132,6 +132,7 @@ TEST(ArrayText, BeyondAThousandElements_ShowsHeadAndTail) {
   EXPECT_EQ(output_of("toy_serve_elements(0); print(toy_int(1001)); toy_serve_elements(1)"), short_text);
   EXPECT_EQ(output_of("print(toy_int(2, 1000))"),
             "int(2, 1000) [[0, 1, 2, ..., 997, 998, 999], [1000, 1001, 1002, ..., 1997, 1998, 1999]]");
+  EXPECT_EQ(output_of("print(toy_bool(1001))"), "bool(1001) [false, true, true, ..., true, true, true]");
   const std::string eight = output_of("print(toy_int(3, 3, 3, 3, 3, 3, 3, 3))");
   EXPECT_LT(eight.size(), 6000u);
   EXPECT_NE(eight.find("6560"), std::string::npos);

@@ -43,6 +43,7 @@ bool serves_elements = true;
 
 constexpr const char* int_type = "$xintarray";
 constexpr const char* double_type = "$xdoublearray";
+constexpr const char* bool_type = "$xboolarray";
 
 void* create() { return new Array; }
 void destroy(HostContext, void* content) {
@@ -56,7 +57,10 @@ Array* array_of(HostValue* value) {
   return static_cast<Array*>(HVM_GetAny(value)->content.get());
 }
 
-bool is_int(HostValue* value) { return std::strcmp(HVM_GetAny(value)->manager.get()->name, int_type) == 0; }
+bool is_of(HostValue* value, const char* type) {
+  return std::strcmp(HVM_GetAny(value)->manager.get()->name, type) == 0;
+}
+bool is_int(HostValue* value) { return is_of(value, int_type) || is_of(value, bool_type); }
 
 std::int64_t product(const std::vector<std::int64_t>& extents) {
   std::uint64_t count = 1;
@@ -85,6 +89,10 @@ int toy_int(HostContext ctx, HostValue* args, int nargs, HostValue* result) {
 }
 int toy_double(HostContext ctx, HostValue* args, int nargs, HostValue* result) {
   return make(ctx, args, nargs, result, double_type);
+}
+
+int toy_bool(HostContext ctx, HostValue* args, int nargs, HostValue* result) {
+  return make(ctx, args, nargs, result, bool_type);
 }
 
 // ---- Methods
@@ -288,11 +296,14 @@ int toy_deep(HostContext ctx, HostValue* args, int, HostValue* result) {
 }
 
 constexpr arrayfold::FunctionRow rows[] = {
-    {"toy_int", toy_int},     {"toy_double", toy_double},     {"toy_nothing", toy_nothing},
-    {"toy_fail", toy_fail},   {"toy_count", toy_count},       {"toy_second", toy_second},
-    {"toy_throw", toy_throw}, {"toy_end", toy_end},           {"toy_serve_elements", toy_serve_elements},
-    {"toy_set", toy_set},     {"toy_deep", toy_deep},         {"xarange", toy_count},
-    {"toy_leak", toy_leak},   {"toy_end_with", toy_end_with},
+    {"toy_int", toy_int},           {"toy_double", toy_double},
+    {"toy_nothing", toy_nothing},   {"toy_bool", toy_bool},
+    {"toy_fail", toy_fail},         {"toy_count", toy_count},
+    {"toy_second", toy_second},     {"toy_throw", toy_throw},
+    {"toy_end", toy_end},           {"toy_serve_elements", toy_serve_elements},
+    {"toy_set", toy_set},           {"toy_deep", toy_deep},
+    {"xarange", toy_count},         {"toy_leak", toy_leak},
+    {"toy_end_with", toy_end_with},
 };
 
 }  // namespace
@@ -300,7 +311,7 @@ constexpr arrayfold::FunctionRow rows[] = {
 
 int PKG_Init(void* host, arrayfold::RegisterFunctions functions) {
   functions(host, static_cast<int>(std::size(toy::rows)), toy::rows);
-  for (const char* name : {toy::int_type, toy::double_type})
+  for (const char* name : {toy::int_type, toy::double_type, toy::bool_type})
     arrayfold::HVM_RegisterAnyMan(
         name, arrayfold::HVM_NewAnyMan(name, toy::create, toy::destroy, toy::method, toy::op, nullptr));
   return 1;

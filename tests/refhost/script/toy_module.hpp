@@ -2,6 +2,7 @@
 //
 // Its arrays have the names of the real types and simple insides: elements are doubles, an int array truncates them.
 //   toy_int(extents...), toy_double(extents...)   arrays that count 0, 1, 2, ...
+//   toy_bool(extents...)        the same under the name of the bool type
 //   toy_nothing()               handled, no result
 //   toy_fail()                  answers 0
 //   toy_count(args...)          how many arguments came
