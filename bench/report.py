@@ -43,7 +43,7 @@ def cells(row):
 
 
 HEADINGS = ["case", "n", "ours (ns)", "numpy (ns)", "ratio", "target", "mark"]
-WIDTHS = [24, 10, 13, 13, 7, 16, 6]
+WIDTHS = [24, 10, 12, 12, 6, 18, 6]
 
 
 def line(texts):
@@ -75,7 +75,7 @@ def machine(compiler):
         "cores": str(os.cpu_count()),
         "caches": ", ".join(f"{level} {_first_line('lscpu', level + ' cache')}" for level in ("L1d", "L2", "L3")),
         "huge pages": _read("/sys/kernel/mm/transparent_hugepage/enabled"),
-        "system": f"{platform.system()} {platform.release()}, {_distribution()}, {' '.join(platform.libc_ver())}",
+        "system": f"{platform.system()} {platform.release().partition('-')[0]}, {_distribution()}, {' '.join(platform.libc_ver())}",
         "compiler": compiler,
         "python": platform.python_version(),
         "numpy": numpy.__version__,
