@@ -1,6 +1,7 @@
 // support/allocations.hpp: the C++ allocations of a test program, counted and made to fail
 //
-// `operator new` is replaced for the whole program, the loaded module included; the elements of arrays come from it, too.
+// `operator new` is replaced for the whole program, the loaded module included; the elements of arrays come from it,
+// too.
 
 #pragma once
 
