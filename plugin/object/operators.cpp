@@ -1,12 +1,304 @@
-// object/operators.cpp: the operators of each kind; none is served yet
+// object/operators.cpp: arithmetic, comparison and whole-array tests
+//
+// An array combines with a number, or with an array of the very same kind; kinds are never mixed. What each kind
+// serves:
+//
+//              + - * /     %              <= >= < >     == !=        element access
+//     int      both        both           both          arrays       yes
+//     int64    both        both           both          arrays       yes
+//     double   both        (no-op)        both          arrays       yes
+//     bool     * number    -              -             -            yes
+//
+// "both" is a number or an array. A comparison gives a new bool array, a whole-array test the integer 0 or 1.
 
 #include "object/operators.hpp"
 
+#include <cstring>
+#include <exception>
+
+#include "array/boxing.hpp"
+#include "array/broadcast.hpp"
+#include "array/storage.hpp"
+#include "object/arithmetic.hpp"
+#include "object/element_access.hpp"
+
 namespace arrayfold {
+namespace {
+
+int number_in(XTInt, HostValue* value) { return HVM_AsInt(value); }
+std::int64_t number_in(XTInt64, HostValue* value) { return HVM_AsInt64(value); }
+double number_in(XTDouble, HostValue* value) { return HVM_AsDouble(value); }
+
+/// An operator at work: `self` holds `array` and is one of the two operands, `other` is the other one.
+template <class Array>
+struct Application {
+  using Kind = typename Array::tag;
+  using Element = typename Array::element;
+
+  Array& array;
+  HostContext ctx;
+  HostValue* self;
+  HostValue* other;
+  HostValue* result;
+  bool self_is_left;
+
+  bool in_place() const { return self == result; }
+  const xarray_of<Element>& elements() const { return *array.array; }
+};
+
+/// Whether an operator changes its left operand when that is also the result, and may do so from either side.
+enum class InPlace { never, from_either_side, from_the_left };
+
+// required: an operator that depends on its side, in place from the right, ends the process.
+void check_side(bool self_is_left, InPlace in_place) {
+  if (in_place == InPlace::from_the_left && !self_is_left) std::terminate();
+}
+
+bool holds_object(const HostValue* value) { return value->tag == ValueTag::object; }
+
+/// The array of `Kind` in a record that holds an object; null for every other object.
+template <class Kind>
+ArrayOf<Kind>* array_of_kind(HostValue* value) {
+  const HostAny* any = HVM_GetAny(value);
+  return any == nullptr ? nullptr : unbox_array<Kind>(any);
+}
+
+// ---- With a number. required: the array stays on the left, so 5 - a computes a - 5.
+
+template <class ResultKind, class Array, class Operation>
+void give_with_number(const Application<Array>& at, typename Array::element number, Operation operation) {
+  const auto& elements = at.elements();
+  check_extents(elements);
+  auto made = make_array<ResultKind>(elements.shape());
+  combine<typename Array::element>(operation, elements.storage().data(), number, made->array->storage().data(),
+                                   elements.storage().size());
+  give_array<ResultKind>(at.ctx, at.result, std::move(made));
+}
+
+template <class Array, class Operation>
+void change_by_number(const Application<Array>& at, typename Array::element number, Operation operation) {
+  auto& storage = at.array.array->storage();
+  change(operation, storage.data(), number, storage.size());
+}
+
+// ---- With an array of the same kind
+
+template <class Operation, class T, class R>
+void combine_row(Operation operation, const T* left, const T* right, const BroadcastRow& row, R* out) {
+  left += row.left;
+  right += row.right;
+  if (row.left_step != 0 && row.right_step != 0) return combine<T>(operation, left, right, out, row.count);
+  if (row.left_step != 0) return combine<T>(operation, left, *right, out, row.count);
+  if (row.right_step != 0) return combine<T>(operation, *left, right, out, row.count);
+  combine<T>(operation, *left, *right, out, row.count);
+}
+
+/// A new array of `left` and `right`, element by element, broadcast.
+template <class ResultKind, class T, class Operation>
+std::unique_ptr<ArrayOf<ResultKind>> combined(const xarray_of<T>& left, const xarray_of<T>& right,
+                                              Operation operation) {
+  check_extents(left);
+  check_extents(right);
+  const T* left_elements = left.storage().data();
+  const T* right_elements = right.storage().data();
+  if (left.shape() == right.shape()) {
+    auto made = make_array<ResultKind>(left.shape());
+    combine<T>(operation, left_elements, right_elements, made->array->storage().data(), left.storage().size());
+    return made;
+  }
+  const BroadcastWalk walk(left.shape(), right.shape());
+  auto made = make_array<ResultKind>(walk.extents());
+  auto* out = made->array->storage().data();
+  walk.for_each_row([&](const BroadcastRow& row) {
+    combine_row(operation, left_elements, right_elements, row, out);
+    out += row.count;
+  });
+  return made;
+}
+
+template <class ResultKind, class Array, class Operation>
+void give_with_array(const Application<Array>& at, const Array& other, Operation operation) {
+  const auto& mine = at.elements();
+  const auto& theirs = *other.array;
+  auto made =
+      at.self_is_left ? combined<ResultKind>(mine, theirs, operation) : combined<ResultKind>(theirs, mine, operation);
+  give_array<ResultKind>(at.ctx, at.result, std::move(made));
+}
+
+/// Equal shapes need one pass and no temporary; whatever is broadcast is computed first and then taken over, so that
+/// the array may grow.
+template <class Array, class Operation>
+void change_by_array(const Application<Array>& at, const Array& other, Operation operation) {
+  auto& mine = *at.array.array;
+  const auto& theirs = *other.array;
+  if (mine.shape() != theirs.shape()) {
+    at.array.array = std::move(combined<typename Array::tag>(mine, theirs, operation)->array);
+    return;
+  }
+  check_extents(mine);
+  auto* elements = mine.storage().data();
+  if (&mine == &theirs) return change_by_itself(operation, elements, mine.storage().size());
+  change(operation, elements, static_cast<const typename Array::element*>(theirs.storage().data()),
+         mine.storage().size());
+}
+
+// ---- The two paths
+
+/// Arithmetic and comparison. False for operands that the kind does not combine with.
+template <class ResultKind, class Array, class Operation>
+bool serve(const Application<Array>& at, InPlace with_number, InPlace with_array, Operation operation) {
+  using Kind = typename Array::tag;
+  HostValue* other = at.other;
+  if (other == nullptr || other->tag == ValueTag::table) return false;
+  if (holds_object(other)) {
+    const Array* array = array_of_kind<Kind>(other);
+    if (array == nullptr) return false;
+    if constexpr (std::is_same_v<ResultKind, Kind>)
+      if (with_array != InPlace::never && at.in_place()) {
+        check_side(at.self_is_left, with_array);
+        change_by_array(at, *array, operation);
+        return true;
+      }
+    give_with_array<ResultKind>(at, *array, operation);
+    return true;
+  }
+  if (!HVM_NumberCheck(other)) return false;
+  const auto number = number_in(Kind{}, other);
+  if constexpr (std::is_same_v<ResultKind, Kind>)
+    if (with_number != InPlace::never && at.in_place()) {
+      check_side(at.self_is_left, with_number);
+      change_by_number(at, number, operation);
+      return true;
+    }
+  give_with_number<ResultKind>(at, number, operation);
+  return true;
+}
+
+template <class Array, class Operation>
+bool compare(const Application<Array>& at, Operation operation) {
+  return serve<XTBool>(at, InPlace::never, InPlace::never, operation);
+}
+
+template <class Array, class Operation>
+bool calculate(const Application<Array>& at, InPlace with_number, InPlace with_array, Operation operation) {
+  return serve<typename Array::tag>(at, with_number, with_array, operation);
+}
+
+// ---- Whole-array tests
+
+template <class T>
+bool all_equal(const T* left, const T* right, std::size_t count) {
+  if constexpr (std::is_integral_v<T>) return count == 0 || std::memcmp(left, right, count * sizeof(T)) == 0;
+  // Blocks are compared without a branch; the test ends with the first that differs. NaN equals nothing.
+  constexpr std::size_t block = 16;
+  std::size_t i = 0;
+  for (; i + block <= count; i += block) {
+    int differs = 0;
+    for (std::size_t j = 0; j < block; ++j) differs |= !(left[i + j] == right[i + j]);
+    if (differs != 0) return false;
+  }
+  for (; i < count; ++i)
+    if (!(left[i] == right[i])) return false;
+  return true;
+}
+
+/// Gives 1 when equality is as `wanted`, else 0. Shapes that differ are unequal, without any broadcasting.
+template <class Array>
+bool test_equality(const Application<Array>& at, bool wanted) {
+  if (at.other == nullptr || !holds_object(at.other)) return false;
+  const Array* other = array_of_kind<typename Array::tag>(at.other);
+  if (other == nullptr) return false;
+  const auto& mine = at.elements();
+  const auto& theirs = *other->array;
+  const bool equal = mine.shape() == theirs.shape() &&
+                     all_equal(mine.storage().data(), theirs.storage().data(), mine.storage().size());
+  HVM_SetInt(at.ctx, at.result, equal == wanted ? 1 : 0);
+  return true;
+}
+
+// ---- What the kinds do not share
+
+/// required: doubles have no remainder. With any numeric array it counts as served, and nothing is done.
+bool pass_over_remainder(HostValue* other) {
+  if (other == nullptr || !holds_object(other)) return false;
+  const HostAny* any = HVM_GetAny(other);
+  return any != nullptr && unbox_numeric(any).has_value();
+}
+
+/// required: the one operator of bools is the product with a number, and only in place does it do anything.
+bool multiply_truths(const Application<ArrayOf<XTBool>>& at) {
+  HostValue* other = at.other;
+  if (other == nullptr || other->tag == ValueTag::table) return false;
+  if (holds_object(other)) {
+    HVM_GetAny(other);
+    return false;
+  }
+  if (!HVM_NumberCheck(other)) return false;
+  const bool factor = HVM_AsBool(other) != 0;
+  if (!at.in_place()) return true;
+  auto& storage = at.array.array->storage();
+  auto* bytes = static_cast<std::uint8_t*>(static_cast<void*>(storage.data()));
+  for (std::size_t i = 0; i < storage.size(); ++i) bytes[i] = (bytes[i] != 0) & factor;
+  return true;
+}
 
 template <class Array>
-bool apply_operator(Array&, HostContext, HostValue*, Opcode, HostValue*, HostValue*, HostValue*) {
-  return false;
+bool apply_to_numbers(const Application<Array>& at, Opcode opcode) {
+  constexpr auto either = InPlace::from_either_side;
+  constexpr auto left = InPlace::from_the_left;
+  switch (opcode) {
+    case Opcode::less_equal:
+      return compare(at, LessEqual{});
+    case Opcode::greater_equal:
+      return compare(at, GreaterEqual{});
+    case Opcode::less:
+      return compare(at, Less{});
+    case Opcode::greater:
+      return compare(at, Greater{});
+    case Opcode::equal:
+      return test_equality(at, true);
+    case Opcode::not_equal:
+      return test_equality(at, false);
+    case Opcode::add:
+      return calculate(at, either, either, Sum{});
+    case Opcode::subtract:
+      return calculate(at, left, left, Difference{});
+    case Opcode::multiply:
+      // required: with an array it asks for its side, with a number it does not.
+      return calculate(at, either, left, Product{});
+    case Opcode::divide:
+      return calculate(at, left, left, Quotient{});
+    case Opcode::remainder:
+      if constexpr (std::is_integral_v<typename Array::element>)
+        return calculate(at, left, left, Remainder{});
+      else
+        return pass_over_remainder(at.other);
+    default:
+      return false;
+  }
+}
+
+}  // namespace
+
+template <class Array>
+bool apply_operator(Array& array, HostContext ctx, HostValue* self, Opcode opcode, HostValue* left, HostValue* right,
+                    HostValue* result) {
+  switch (opcode) {
+    case Opcode::read_one_index:
+      return read_at_index(array, ctx, right, result);
+    case Opcode::read_element:
+      return read_element(array, ctx, index_list_in(right), result);
+    case Opcode::write_element:
+      return write_element(array, index_list_in(right), result);
+    default:
+      break;
+  }
+  const bool self_is_left = self == left;
+  const Application<Array> at{array, ctx, self, self_is_left ? right : left, result, self_is_left};
+  if constexpr (std::is_same_v<typename Array::tag, XTBool>)
+    return opcode == Opcode::multiply && multiply_truths(at);
+  else
+    return apply_to_numbers(at, opcode);
 }
 
 template bool apply_operator(ArrayOf<XTBool>&, HostContext, HostValue*, Opcode, HostValue*, HostValue*, HostValue*);

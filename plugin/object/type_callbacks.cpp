@@ -21,6 +21,8 @@ void* content_of(const HostValue* value) {
   return any == nullptr ? nullptr : any->content.get();
 }
 
+bool takes_index_list(Opcode opcode) { return opcode == Opcode::read_element || opcode == Opcode::write_element; }
+
 template <class Kind>
 struct Callbacks {
   using Object = XTObject<ArrayOf<Kind>>;
@@ -38,6 +40,7 @@ struct Callbacks {
   // The left operand's object goes first. Neither is checked to be of this type: the host asks the type of the object.
   static HostBool op(HostContext ctx, int opcode, HostValue* left, HostValue* right, HostValue* result) {
     const bool on_left = content_of(left) != nullptr;
+    if (!on_left && takes_index_list(static_cast<Opcode>(opcode))) return false;  // no operand stands on the right
     HostValue* self = on_left ? left : right;
     ArrayOf<Kind>* array = array_in(content_of(self));
     return array != nullptr && apply_operator(*array, ctx, self, static_cast<Opcode>(opcode), left, right, result);

@@ -1,0 +1,148 @@
+// object/arithmetic.hpp: the element operations behind the operators, and their loops
+//
+// Integers wrap in their width; their division is the processor's, with its fault. Reals are IEEE. The loops take
+// pointers that do not overlap, or one that is changed in place, so that the compiler keeps several elements in a
+// register.
+
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <type_traits>
+
+namespace arrayfold {
+
+// The processor's division fault is required: no sanitizer is to get ahead of it.
+#define ARRAYFOLD_FAULTING __attribute__((no_sanitize("integer-divide-by-zero")))
+
+struct Quotient {
+  template <class T>
+  ARRAYFOLD_FAULTING T operator()(T a, T b) const {
+    return a / b;
+  }
+};
+struct Remainder {
+  template <class T>
+  ARRAYFOLD_FAULTING T operator()(T a, T b) const {
+    return a % b;
+  }
+};
+
+#undef ARRAYFOLD_FAULTING
+
+using Sum = std::plus<>;
+using Difference = std::minus<>;
+using Product = std::multiplies<>;
+using LessEqual = std::less_equal<>;
+using GreaterEqual = std::greater_equal<>;
+using Less = std::less<>;
+using Greater = std::greater<>;
+
+// ---- Division of 32-bit integers
+//
+// A quotient of doubles, truncated, is exact for them: it lies at least 2^-31 of itself away from the next integer.
+// Blocks are looked through first, and one in which something would fault goes to the processor's own division.
+
+template <class Operation>
+struct ExactInDoubles;
+
+template <>
+struct ExactInDoubles<Quotient> {
+  std::int32_t operator()(std::int32_t a, std::int32_t b) const {
+    return static_cast<std::int32_t>(static_cast<double>(a) / static_cast<double>(b));
+  }
+};
+template <>
+struct ExactInDoubles<Remainder> {
+  std::int32_t operator()(std::int32_t a, std::int32_t b) const { return a - ExactInDoubles<Quotient>{}(a, b) * b; }
+};
+
+template <class Operation, class T>
+constexpr bool divides_int32 = std::is_same_v<T, std::int32_t> &&
+                               (std::is_same_v<Operation, Quotient> || std::is_same_v<Operation, Remainder>);
+
+// ---- Loops. An operand is a pointer to elements, or one number for all.
+
+template <class T>
+T element(const T* elements, std::size_t i) {
+  return elements[i];
+}
+template <class T>
+T element(T number, std::size_t) {
+  return number;
+}
+template <class T>
+const T* behind(const T* elements, std::size_t count) {
+  return elements + count;
+}
+template <class T>
+T behind(T number, std::size_t) {
+  return number;
+}
+
+template <class Left, class Right>
+bool any_division_faults(Left left, Right right, std::size_t count) {
+  int found = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::int32_t a = element(left, i);
+    const std::int32_t b = element(right, i);
+    found |= (b == 0) | ((b == -1) & (a == std::numeric_limits<std::int32_t>::min()));
+  }
+  return found != 0;
+}
+
+/// Calls `run(operation, first, count)`: once for all, or, for the division of 32-bit integers, once a block with the
+/// division that suits it.
+template <class T, class Operation, class Left, class Right, class Run>
+void in_blocks(Operation operation, Left left, Right right, std::size_t count, Run run) {
+  if constexpr (divides_int32<Operation, T>) {
+    constexpr std::size_t block = 512;
+    for (std::size_t first = 0; first < count; first += block) {
+      const std::size_t size = std::min(block, count - first);
+      if (any_division_faults(behind(left, first), behind(right, first), size))
+        run(operation, first, size);
+      else
+        run(ExactInDoubles<Operation>{}, first, size);
+    }
+  } else {
+    run(operation, 0, count);
+  }
+}
+
+template <class Operation, class Left, class Right, class R>
+void combine_run(Operation operation, Left left, Right right, R* __restrict out, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) out[i] = operation(element(left, i), element(right, i));
+}
+
+template <class Operation, class T, class Right>
+void change_run(Operation operation, T* __restrict elements, Right right, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) elements[i] = operation(elements[i], element(right, i));
+}
+
+/// out[i] = operation(left, right), into memory of its own.
+template <class T, class Operation, class Left, class Right, class R>
+void combine(Operation operation, Left left, Right right, R* out, std::size_t count) {
+  in_blocks<T>(operation, left, right, count, [=](auto suited, std::size_t first, std::size_t size) {
+    combine_run(suited, behind(left, first), behind(right, first), out + first, size);
+  });
+}
+
+/// elements[i] = operation(elements[i], right). The right operand is a number or other memory.
+template <class T, class Operation, class Right>
+void change(Operation operation, T* elements, Right right, std::size_t count) {
+  in_blocks<T>(operation, static_cast<const T*>(elements), right, count,
+               [=](auto suited, std::size_t first, std::size_t size) {
+                 change_run(suited, elements + first, behind(right, first), size);
+               });
+}
+
+/// elements[i] = operation(elements[i], elements[i]).
+template <class T, class Operation>
+void change_by_itself(Operation operation, T* elements, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) elements[i] = operation(elements[i], elements[i]);
+}
+
+}  // namespace arrayfold
