@@ -61,8 +61,11 @@ struct ExactInDoubles<Remainder> {
 };
 
 template <class Operation, class T>
-constexpr bool divides_int32 = std::is_same_v<T, std::int32_t> &&
-                               (std::is_same_v<Operation, Quotient> || std::is_same_v<Operation, Remainder>);
+constexpr bool faults = std::is_integral_v<T> &&
+                        (std::is_same_v<Operation, Quotient> || std::is_same_v<Operation, Remainder>);
+
+template <class Operation, class T>
+constexpr bool divides_int32 = sizeof(T) == sizeof(std::int32_t) && faults<Operation, T>;
 
 // ---- Loops. An operand is a pointer to elements, or one number for all.
 
@@ -142,7 +145,10 @@ void change(Operation operation, T* elements, Right right, std::size_t count) {
 /// elements[i] = operation(elements[i], elements[i]).
 template <class T, class Operation>
 void change_by_itself(Operation operation, T* elements, std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) elements[i] = operation(elements[i], elements[i]);
+  using Divisor = std::conditional_t<faults<Operation, T>, const volatile T, const T>;
+  // A quotient of one and the same integer would be folded to 1, and its fault with it: the divisor is read anew.
+  Divisor* right = elements;
+  for (std::size_t i = 0; i < count; ++i) elements[i] = operation(elements[i], static_cast<T>(right[i]));
 }
 
 }  // namespace arrayfold
