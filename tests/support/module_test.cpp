@@ -38,24 +38,29 @@ std::string place_of(const void* subject, const HostValue* args, int nargs, cons
   return "";
 }
 
+/// Runs a call on a result record with the host's operations recorded.
 template <class Run>
-Answer answer(const HostValue* args, int nargs, int sentinel, Run run) {
-  Answer answer;
-  answer.result = Value(sentinel);
-  const HostValue before = answer.result.record();
+void run_recorded(Answer& answer, HostValue* result, Run run) {
+  const HostValue before = *result;
   hvm::record_calls(true);
   struct Stop {
     ~Stop() { hvm::record_calls(false); }
   } stop;
   try {
-    answer.returned = run(answer.result.address());
+    answer.returned = run(result);
   } catch (...) {
-    EXPECT_EQ(std::memcmp(&before, answer.result.address(), sizeof(HostValue)), 0) << "thrown, and the result written";
+    EXPECT_EQ(std::memcmp(&before, result, sizeof before), 0) << "thrown, and the result written";
     throw;
   }
-  hvm::record_calls(false);
+  answer.untouched = std::memcmp(&before, result, sizeof before) == 0;
+}
+
+template <class Run>
+Answer answer(const HostValue* args, int nargs, int sentinel, Run run) {
+  Answer answer;
+  answer.result = Value(sentinel);
+  run_recorded(answer, answer.result.address(), run);
   answer.operations = described(hvm::recorded_calls(), args, nargs, answer.result.address());
-  answer.untouched = std::memcmp(&before, answer.result.address(), sizeof(HostValue)) == 0;
   return answer;
 }
 
@@ -104,6 +109,24 @@ EntryFunction Module::entry(const std::string& name) const {
   throw std::invalid_argument("the module has no function " + name);
 }
 
+IndexList::IndexList(std::vector<Value> indices, Entries where) : indices_(std::move(indices)) {
+  for (Value& index : indices_) {
+    HostIndexEntry entry{};
+    entry.value = index.address();
+    const auto* bytes = static_cast<const std::byte*>(static_cast<const void*>(&entry));
+    entries_.insert(entries_.end(), bytes, bytes + sizeof entry);
+  }
+  const bool in_place = where == Entries::in_place;
+  list_.resize(sizeof(std::uint64_t));
+  store<std::uint64_t>(list_.data(), 2 * indices_.size() + (in_place ? 0 : 1));
+  if (in_place) {
+    list_.insert(list_.end(), entries_.begin(), entries_.end());
+  } else {
+    list_.resize(sizeof(HostIndexList));
+    store<const void*>(list_.data() + sizeof(std::uint64_t), entries_.data());
+  }
+}
+
 ModuleTest::ModuleTest() {
   Module::loaded();
   before_ = hvm::counts();
@@ -137,10 +160,26 @@ Answer ModuleTest::method(Value& self, const char* name, std::vector<Value> args
 }
 
 Answer ModuleTest::apply(const char* type_name, int opcode, HostValue* left, HostValue* right) const {
+  Value result(sentinel);
+  Answer answer = apply_into(result.address(), type_name, opcode, left, right);
+  answer.result = std::move(result);
+  return answer;
+}
+
+Answer ModuleTest::apply_into(HostValue* result, const char* type_name, int opcode, HostValue* left,
+                              HostValue* right) const {
   const auto callback = hvm::callbacks_of(hvm::type_named(type_name)).op;
   if (callback == nullptr) throw std::invalid_argument("no such type");
-  return answer(nullptr, 0, sentinel,
-                [&](HostValue* result) { return int{callback(ctx(), opcode, left, right, result)}; });
+  const auto operand = [&](const void* subject) -> std::string {
+    if (subject == nullptr) return "";
+    if (subject == result) return " result";
+    return subject == left ? " left" : subject == right ? " right" : "";
+  };
+  Answer answer;
+  run_recorded(answer, result, [&](HostValue* into) { return int{callback(ctx(), opcode, left, right, into)}; });
+  for (const auto& call : hvm::recorded_calls())
+    answer.operations.push_back(without_prefix(call.operation) + operand(call.subject));
+  return answer;
 }
 
 std::string ModuleTest::dump(Value& value) const {

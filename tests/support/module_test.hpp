@@ -67,8 +67,11 @@ class ModuleTest : public ::testing::Test {
   Answer call_with_count(const std::string& name, std::vector<Value> args, int nargs) const;
   /// Calls a method of the object in `self` through its type's callback.
   Answer method(Value& self, const char* name, std::vector<Value> args = {}, int flag = 0) const;
-  /// Applies an operator through the callback of the type named `type_name`; null operands are allowed.
+  /// Applies an operator through the callback of the type named `type_name`; null operands are allowed. The operations
+  /// name their operands: "NumberCheck right", "GetAny left".
   Answer apply(const char* type_name, int opcode, HostValue* left, HostValue* right) const;
+  /// The same into a record of the caller's: an operand, and the operator works in place.
+  Answer apply_into(HostValue* result, const char* type_name, int opcode, HostValue* left, HostValue* right) const;
 
   /// The text of the array in `value`, by its `dump` method.
   std::string dump(Value& value) const;
@@ -118,6 +121,22 @@ std::vector<typename Kind::element> elements_of(const Value& value) {
   if (container == nullptr) throw std::invalid_argument("no array of this kind");
   return {container->storage().begin(), container->storage().end()};
 }
+
+/// The indices of an element access, as a host hands them over in the place of a right operand: the entries follow the
+/// count, or stand elsewhere behind a pointer.
+class IndexList {
+ public:
+  enum class Entries { in_place, elsewhere };
+
+  IndexList(std::vector<Value> indices, Entries where);
+  HostValue* address() { return static_cast<HostValue*>(static_cast<void*>(list_.data())); }
+  std::vector<Value>& indices() { return indices_; }
+
+ private:
+  std::vector<Value> indices_;
+  std::vector<std::byte> entries_;
+  std::vector<std::byte> list_;
+};
 
 /// A value of a tag that stands for nothing a module knows: the record of a tag with this payload, not owned.
 Value raw(ValueTag tag, std::uint64_t payload = 0);
