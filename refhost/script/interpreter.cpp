@@ -142,7 +142,10 @@ void Interpreter::set_element(const ElementAssignment& form, Value& container, s
     const ModuleCaller from = caller(form.index_span);
     if (options_.has_guards) guard_indices(from, container, indices);
     if (write_element(from, container, indices, value)) return;
-    throw Failure(fmt::format("{} takes no element {} with {}", described(from, container), described(from, value),
+    if (!value.is_number())
+      throw Failure(
+          fmt::format("{} takes numbers as elements, not {}", described(from, container), described(from, value)));
+    throw Failure(fmt::format("{} has no element to write with {}", described(from, container),
                               counted(indices.size(), "index", "indices")));
   });
 }

@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <cstddef>
 #include <cstdlib>
 #include <memory>
 #include <typeinfo>
@@ -41,21 +42,34 @@ auto contained(const ModuleCaller& caller, const std::string& name, Call call) {
   }
 }
 
-/// An index list with its entries on the heap, as it stands while its `indices` do.
+/// An index list as it stands while its `indices` do: a few entries lie in it, more on the heap.
 class IndexList {
  public:
-  explicit IndexList(std::vector<Value>& indices) : entries_(indices.size()) {
-    for (std::size_t i = 0; i < indices.size(); ++i) entries_[i].value = indices[i].address();
-    list_.packed_size = indices.size() * 2 + 1;
-    arrayfold::store<HostIndexEntry*>(list_.entries, entries_.data());
+  explicit IndexList(std::vector<Value>& indices) {
+    const bool fits = indices.size() <= most_inside;
+    if (!fits) elsewhere_.resize(indices.size());
+    HostIndexEntry* entries = fits ? list_.inside : elsewhere_.data();
+    for (std::size_t i = 0; i < indices.size(); ++i) entries[i].value = indices[i].address();
+    if (!fits) arrayfold::store<HostIndexEntry*>(list_.inside, entries);
+    list_.packed_size = indices.size() * 2 + (fits ? 0 : 1);
   }
+  IndexList(const IndexList&) = delete;
+  IndexList& operator=(const IndexList&) = delete;
 
   /// The list in the place of a right operand, as the element opcodes take it.
   HostValue* as_operand() { return static_cast<HostValue*>(static_cast<void*>(&list_)); }
 
  private:
-  std::vector<HostIndexEntry> entries_;
-  HostIndexList list_ = {};
+  static constexpr std::size_t most_inside = 4;
+  /// `HostIndexList` with room; a pointer to entries that lie elsewhere stands where the first would.
+  struct List {
+    arrayfold::Field<std::uint64_t> packed_size;
+    HostIndexEntry inside[most_inside];
+  };
+  static_assert(offsetof(List, inside) == offsetof(HostIndexList, entries));
+
+  List list_ = {};
+  std::vector<HostIndexEntry> elsewhere_;
 };
 
 }  // namespace

@@ -3,7 +3,12 @@
 #include "script/operators.hpp"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
+#include <algorithm>
+#include <optional>
+
+#include "script/array_text.hpp"
 #include "script/diagnostics.hpp"
 
 namespace hvm {
@@ -37,18 +42,67 @@ Opcode opcode_of(BinaryOperator op) {
   return Opcode::equal;
 }
 
+/// The kind of an array, such as "double"; nothing for anything else.
+std::optional<std::string> kind_of_array(const Value& value) {
+  if (!value.is_object()) return std::nullopt;
+  const std::string name = type_name_of(object_of(value.record()));
+  const std::string kind = array_kind(name);
+  return kind == name ? std::nullopt : std::optional(kind);
+}
+
+/// What to do instead, where the kinds of the operands tell; begins with a colon.
+std::string advice(BinaryOperator op, const std::optional<std::string>& left, const std::optional<std::string>& right) {
+  if (left == "bool" || right == "bool") return ": a bool array takes '*=' with a number, and no other operator";
+  if (!left && !right) return "";
+  if (op == BinaryOperator::equal || op == BinaryOperator::not_equal)
+    return ": it compares whole arrays of one kind; '<=' and '>=' compare element by element, with a number as well";
+  const bool has_doubles = left == "double" || right == "double";
+  if (op == BinaryOperator::remainder && has_doubles) return ": doubles have no remainder";
+  return "";
+}
+
+/// What is said of an operator that the type of an object declines. `name` is the operator as it is written.
+std::string declined(const ModuleCaller& caller, const std::string& name, BinaryOperator op, Value& left,
+                     Value& right) {
+  const auto left_kind = kind_of_array(left);
+  const auto right_kind = kind_of_array(right);
+  if (left_kind && right_kind && left_kind != right_kind)
+    return fmt::format("{} array {} {} array: the kinds differ, and only arrays of one kind combine", *left_kind, name,
+                       *right_kind);
+  return fmt::format("'{}' is not defined for {} and {}{}", name, described(caller, left), described(caller, right),
+                     advice(op, left_kind, right_kind));
+}
+
+/// Whether two shapes have, counted from the last, equal extents wherever neither has 1.
+bool broadcast(const std::vector<std::int64_t>& left, const std::vector<std::int64_t>& right) {
+  const std::size_t common = std::min(left.size(), right.size());
+  return std::equal(left.rbegin(), left.rbegin() + static_cast<std::ptrdiff_t>(common), right.rbegin(),
+                    [](std::int64_t a, std::int64_t b) { return a == b || a == 1 || b == 1; });
+}
+
+/// What is said of an operator in which the module throws: what it threw, and the reason where the shapes are one.
+std::string thrown(const ModuleCaller& caller, const std::string& message, Value& left, Value& right) {
+  if (left.is_object() && right.is_object()) {
+    const auto left_shape = shape_of(caller, left);
+    const auto right_shape = shape_of(caller, right);
+    if (left_shape && right_shape && !broadcast(*left_shape, *right_shape))
+      return fmt::format("the shapes ({}) and ({}) do not broadcast; {}", fmt::join(*left_shape, ", "),
+                         fmt::join(*right_shape, ", "), message);
+  }
+  return fmt::format("{} (operands: {} and {})", message, described(caller, left), described(caller, right));
+}
+
 /// Hands an operator to the type of its object. `result` may be the record of `left`.
 void object_operator(const ModuleCaller& caller, const std::string& name, BinaryOperator op, Value& left, Value& right,
                      Value& result) {
-  const auto operands = [&] { return fmt::format("{} and {}", described(caller, left), described(caller, right)); };
   bool is_served = false;
   try {
     is_served = call_operator(caller, fmt::format("'{}'", name), opcode_of(op), left.address(), right.address(),
                               result.address());
   } catch (const Failure& failure) {
-    throw Failure(fmt::format("{} (operands: {})", failure.message(), operands()));
+    throw Failure(thrown(caller, failure.message(), left, right));
   }
-  if (!is_served) throw Failure(fmt::format("'{}' is not defined for {}", name, operands()));
+  if (!is_served) throw Failure(declined(caller, name, op, left, right));
 }
 
 }  // namespace

@@ -20,8 +20,9 @@ TEST(ModuleCalls, Exceptions_BecomeScriptErrors) {
        {"toy_throw(\"number\")", "!toy_throw: the module threw int"},
        {"a = toy_int(2); a.throw()", "!throw: the module threw toy::OwnError: from a method"},
        {"a = toy_int(2) + toy_int(3)",
-        "!'+': the module threw std::runtime_error: shapes differ (operands: $xintarray (2) and $xintarray "
-        "(3))"}});
+        "!the shapes (2) and (3) do not broadcast; '+': the module threw std::runtime_error: shapes differ"},
+       {"a = toy_int(2) + toy_int(1)",
+        "!'+': the module threw std::runtime_error: shapes differ (operands: $xintarray (2) and $xintarray (1))"}});
 }
 
 TEST(Methods, AreCalledOnObjects) {
@@ -38,8 +39,13 @@ TEST(Operators, OfObjects_AreTheTypes) {
   expect_outputs({{"print((toy_int(3) + 1).dump(), (5 - toy_int(3)).dump())", "[1,2,3] [-5,-4,-3]"},
                   {"print((-toy_int(3)).dump())", "[0,-1,-2]"},
                   {"a = toy_int(3); print((a + a).dump(), a == a, a != a)", "[0,2,4] 1 0"},
-                  {"a = toy_int(2) + toy_double(2)", "!'+' is not defined for $xintarray (2) and $xdoublearray (2)"},
-                  {"a = toy_int(2) == 3", "!'==' is not defined for $xintarray (2) and an int"},
+                  {"a = toy_int(2) + toy_double(2)",
+                   "!int array + double array: the kinds differ, and only arrays of one kind combine"},
+                  {"a = toy_int(2); a -= toy_double(2)",
+                   "!int array -= double array: the kinds differ, and only arrays of one kind combine"},
+                  {"a = toy_int(2) == 3",
+                   "!'==' is not defined for $xintarray (2) and an int: it compares whole arrays of one kind; '<=' and "
+                   "'>=' compare element by element, with a number as well"},
                   {"a = toy_int(2) + \"x\"", "!'+' is not defined for $xintarray (2) and a string"},
                   {"print(toy_double(2) % toy_double(2))", "nil"}});
 }
@@ -53,13 +59,17 @@ TEST(Operators, CompoundAssignment_ChangesTheSharedObject) {
 }
 
 TEST(Elements, AreReadAndWrittenThroughIndexLists) {
-  expect_outputs({{"a = toy_int(2, 3); print(a[1, 2], a[2], a[7, 1, 0])", "5 2 3"},
-                  {"a = toy_double(2, 3); a[1, 2] = 7; a[0] += 0.5; print(a[1, 2], a.dump())",
-                   "7.0 [[0.5,1.0,2.0],[3.0,4.0,7.0]]"},
-                  {"a = toy_int(2); a[0] = \"x\"", "!$xintarray (2) takes no element a string with 1 index"},
-                  {"a = toy_int(1,1,1,1,1,1,1,1,1); print(a[0,0,0,0,0,0,0,0,0])",
-                   "!$xintarray (1, 1, 1, 1, 1, 1, 1, 1, 1) gives no element with 9 indices"},
-                  {"a = 5; a[0] = 1", "!an int has no elements to assign to"}});
+  expect_outputs(
+      {{"a = toy_int(2, 3); print(a[1, 2], a[2], a[7, 1, 0])", "5 2 3"},
+       {"a = toy_double(2, 3); a[1, 2] = 7; a[0] += 0.5; print(a[1, 2], a.dump())",
+        "7.0 [[0.5,1.0,2.0],[3.0,4.0,7.0]]"},
+       {"a = toy_int(1, 1, 2, 3); print(a[0, 0, 1, 2])", "5"},
+       {"a = toy_int(1, 1, 1, 2, 3); a[0, 0, 0, 1, 2] = 7; print(a[0, 0, 0, 1, 2], a[1, 1])", "7 4"},
+       {"a = toy_int(2); a[0] = \"x\"", "!$xintarray (2) takes numbers as elements, not a string"},
+       {"a = toy_int(2); a[0, 0, 0, 0, 0, 0, 0, 0, 0] = 1", "!$xintarray (2) has no element to write with 9 indices"},
+       {"a = toy_int(1,1,1,1,1,1,1,1,1); print(a[0,0,0,0,0,0,0,0,0])",
+        "!$xintarray (1, 1, 1, 1, 1, 1, 1, 1, 1) gives no element with 9 indices"},
+       {"a = 5; a[0] = 1", "!an int has no elements to assign to"}});
 }
 
 TEST(Guards, Indices_AreHeldAgainstTheAlignedExtents) {
