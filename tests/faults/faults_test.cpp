@@ -50,6 +50,44 @@ class Faults : public ModuleTest {
     EXPECT_GE(fail_each_allocation(action), least) << name;
     EXPECT_GE(fail_each_host_allocation(action), least_host) << name;
   }
+
+  /// An operator with a result of its own.
+  void expect_operator_survival(Opcode opcode, Value left, Value right, int least) const {
+    const auto callback = hvm::callbacks_of(hvm::object_of((left.is_object() ? left : right).record())).op;
+    const auto action = [&] {
+      keeping_result([&](HostValue* result) {
+        EXPECT_EQ(callback(ctx(), static_cast<int>(opcode), left.address(), right.address(), result), 1);
+      });
+    };
+    EXPECT_GE(fail_each_allocation(action), least) << static_cast<int>(opcode);
+    EXPECT_EQ(fail_each_host_allocation(action), 1) << static_cast<int>(opcode);
+  }
+
+  /// An operator that changes an array of ints: until it succeeds, the array is what it was. The answer is the number
+  /// of allocations that failed.
+  int changes_survived(Opcode opcode, Value array, Value right) const {
+    const auto callback = hvm::callbacks_of(hvm::object_of(array.record())).op;
+    const auto* container = container_of<XTInt>(array);
+    const auto elements = elements_of<XTInt>(array);
+    const Shape extents = container->shape();
+    // Only the runs that fail are weighed: the one that succeeds may leave a larger array behind.
+    int failed = 0;
+    for (bool done = false; !done; ++failed) {
+      const auto alive = allocations().alive;
+      fail_allocation(failed + 1);
+      try {
+        EXPECT_EQ(callback(ctx(), static_cast<int>(opcode), array.address(), right.address(), array.address()), 1);
+        done = true;
+      } catch (const std::bad_alloc&) {
+        EXPECT_EQ(allocations().alive, alive);
+        EXPECT_EQ(container_of<XTInt>(array), container);
+        EXPECT_TRUE(container->shape() == extents);
+        EXPECT_TRUE(std::equal(elements.begin(), elements.end(), container->storage().begin()));
+      }
+      fail_allocation(0);
+    }
+    return failed - 1;
+  }
 };
 
 /// Ranks 1 to 6: beyond four dimensions shapes take memory, too.
@@ -79,6 +117,46 @@ TEST_F(Faults, Methods_OfEveryRank) {
     expect_method_survival(array, "reshape", extents(rank), rank <= 4 ? 0 : 2, 0);
     EXPECT_EQ(shape(array), std::vector<std::int64_t>(static_cast<std::size_t>(rank), 2));
   }
+}
+
+/// Ones of a kind under 2, 1, 2, 1, ... or 1, 2, 1, 2, ...: two such arrays broadcast in every dimension.
+template <class Kind>
+Value alternating(HostContext ctx, int rank, bool begin_with_two) {
+  std::vector<std::size_t> alternate;
+  std::size_t size = 1;
+  for (int axis = 0; axis < rank; ++axis) {
+    alternate.push_back((axis % 2 == 0) == begin_with_two ? 2 : 1);
+    size *= alternate.back();
+  }
+  return array_of<Kind>(ctx, alternate, std::vector<typename Kind::element>(size, 1));
+}
+
+TEST_F(Faults, Operators_OfEveryRank) {
+  for (int rank = 1; rank <= 6; ++rank) {
+    const int least = rank <= 4 ? 5 : 8;
+    const Value arrays[] = {alternating<XTInt>(ctx(), rank, true), alternating<XTInt64>(ctx(), rank, true),
+                            alternating<XTDouble>(ctx(), rank, true)};
+    const Value others[] = {alternating<XTInt>(ctx(), rank, false), alternating<XTInt64>(ctx(), rank, false),
+                            alternating<XTDouble>(ctx(), rank, false)};
+    for (int kind = 0; kind < 3; ++kind)
+      for (const Opcode opcode : {Opcode::add, Opcode::divide, Opcode::less}) {
+        expect_operator_survival(opcode, arrays[kind], Value(2), least);
+        expect_operator_survival(opcode, Value(2), arrays[kind], least);
+        expect_operator_survival(opcode, arrays[kind], arrays[kind], least);
+        expect_operator_survival(opcode, arrays[kind], others[kind], least);
+      }
+  }
+}
+
+TEST_F(Faults, OperatorsInPlace_OfEveryRank) {
+  for (int rank = 1; rank <= 6; ++rank)
+    for (const Opcode opcode : {Opcode::add, Opcode::remainder}) {
+      const auto array = [&] { return alternating<XTInt>(ctx(), rank, true); };
+      // A number and an equal shape need no memory, a shape that grows needs a new array.
+      EXPECT_EQ(changes_survived(opcode, array(), Value(2)), 0);
+      EXPECT_EQ(changes_survived(opcode, array(), array()), 0);
+      EXPECT_GE(changes_survived(opcode, array(), alternating<XTInt>(ctx(), rank, false)), rank <= 4 ? 4 : 8);
+    }
 }
 
 }  // namespace

@@ -79,6 +79,59 @@ TEST_F(TypeCallbacks, Operator_WithoutAnArrayOnEitherSide_IsDeclined) {
       }
 }
 
+TEST_F(TypeCallbacks, Operator_WithoutAnArrayOnTheLeft_TakesTheRightOne) {
+  Value array = array_of<XTInt>(ctx(), {2}, {7, 8}), number(5);
+  const Answer answer = apply("$xintarray", 96, number.address(), array.address());
+  EXPECT_EQ(answer.returned, 1);
+  EXPECT_EQ(elements_of<XTInt>(answer.result), (std::vector<int>{2, 3}));
+  for (const int opcode : {81, 83, 86, 95, 99, 101}) {
+    const Answer declined = apply("$xintarray", opcode, nullptr, array.address());
+    EXPECT_EQ(declined.returned, 0);
+    EXPECT_TRUE(declined.untouched);
+  }
+}
+
+TEST_F(TypeCallbacks, Operator_OfTwoKinds_IsTheLeftOnes) {
+  // Doubles pass over the remainder with any numeric array, integers decline it.
+  Value reals = array_of<XTDouble>(ctx(), {1}, {1.0}), integers = array_of<XTInt>(ctx(), {1}, {1});
+  EXPECT_EQ(apply("$xdoublearray", 99, reals.address(), integers.address()).returned, 1);
+  EXPECT_EQ(apply("$xintarray", 99, integers.address(), reals.address()).returned, 0);
+}
+
+TEST_F(TypeCallbacks, Operator_WithAnEmptyObjectOnTheLeft_TakesTheRightOneAndDeclines) {
+  HostAny any{};
+  for (const char* type : type_names) {
+    any.manager = hvm::type_named(type);
+    Value empty = raw(ValueTag::object), without_object = raw(ValueTag::object);
+    store<HostAny*>(empty.record().payload, &any);
+    Value rights[] = {array_of<XTBool>(ctx(), {1}, {true}), array_of<XTInt>(ctx(), {1}, {1}),
+                      array_of<XTInt64>(ctx(), {1}, {1}), array_of<XTDouble>(ctx(), {1}, {1.0})};
+    for (Value& right : rights)
+      for (HostValue* left : {empty.address(), without_object.address()})
+        for (const int opcode : {81, 83, 86, 95, 96, 97, 98, 99, 101, 36865, 36866}) {
+          const Answer answer = apply(type_of(right).c_str(), opcode, left, right.address());
+          EXPECT_EQ(answer.returned, 0) << opcode;
+          EXPECT_TRUE(answer.untouched) << opcode;
+          EXPECT_EQ(apply_into(right.address(), type_of(right).c_str(), opcode, left, right.address()).returned, 0);
+        }
+    EXPECT_EQ(apply("$xintarray", 95, empty.address(), rights[1].address()).operations,
+              (std::vector<std::string>{"GetAny left"}));
+  }
+}
+
+TEST_F(TypeCallbacks, Operator_WithAnUnfilledObjectOnTheLeft_IsDeclined) {
+  HostAny any{};
+  XTObject<ArrayOf<XTInt>> unfilled;
+  any.manager = hvm::type_named("$xintarray");
+  any.content = &unfilled;
+  Value left = raw(ValueTag::object), right = array_of<XTInt>(ctx(), {1}, {1});
+  store<HostAny*>(left.record().payload, &any);
+  for (const int opcode : {81, 86, 95, 99, 101}) {
+    EXPECT_EQ(apply("$xintarray", opcode, left.address(), right.address()).returned, 0);
+    EXPECT_EQ(apply("$xintarray", opcode, right.address(), left.address()).returned, 0);
+  }
+}
+
 TEST_F(TypeCallbacks, Create_OutOfMemory_IsNull) {
   for (const char* type : type_names) {
     fail_allocation(1);
