@@ -19,18 +19,32 @@ hvm::Value array_of(const std::vector<std::size_t>& extents, Draw draw) {
   return hvm::Value::object(box_array<Kind>(context(), array));
 }
 
+/// Integers, uniform from `low` to `high`.
+template <class Kind>
+hvm::Value uniform_ints(const std::vector<std::size_t>& extents, int low, int high, unsigned seed) {
+  std::mt19937_64 engine(seed);
+  std::uniform_int_distribution<int> uniform(low, high);
+  return array_of<Kind>(extents, [&] { return uniform(engine); });
+}
+
 }  // namespace
 
-hvm::Value normal_reals(const std::vector<std::size_t>& extents) {
-  std::mt19937_64 engine(1);
+hvm::Value normal_reals(const std::vector<std::size_t>& extents, unsigned seed) {
+  std::mt19937_64 engine(seed);
   std::normal_distribution<double> normal;
   return array_of<XTDouble>(extents, [&] { return normal(engine); });
 }
 
-hvm::Value small_ints(const std::vector<std::size_t>& extents) {
-  std::mt19937_64 engine(1);
-  std::uniform_int_distribution<int> uniform(-999'999, 999'999);
-  return array_of<XTInt>(extents, [&] { return uniform(engine); });
+hvm::Value small_ints(const std::vector<std::size_t>& extents, unsigned seed) {
+  return uniform_ints<XTInt>(extents, -999'999, 999'999, seed);
+}
+
+hvm::Value small_long_ints(const std::vector<std::size_t>& extents, unsigned seed) {
+  return uniform_ints<XTInt64>(extents, -999'999, 999'999, seed);
+}
+
+hvm::Value divisors(const std::vector<std::size_t>& extents, unsigned seed) {
+  return uniform_ints<XTInt>(extents, 1, 999, seed);
 }
 
 }  // namespace arrayfold::bench

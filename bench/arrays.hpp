@@ -10,8 +10,12 @@
 namespace arrayfold::bench {
 
 /// Doubles of the normal distribution: full mantissas, both signs.
-hvm::Value normal_reals(const std::vector<std::size_t>& extents);
+hvm::Value normal_reals(const std::vector<std::size_t>& extents, unsigned seed = 1);
 /// 32-bit integers, uniform between -999999 and 999999.
-hvm::Value small_ints(const std::vector<std::size_t>& extents);
+hvm::Value small_ints(const std::vector<std::size_t>& extents, unsigned seed = 1);
+/// The same in 64 bits.
+hvm::Value small_long_ints(const std::vector<std::size_t>& extents, unsigned seed = 1);
+/// 32-bit integers, uniform between 1 and 999.
+hvm::Value divisors(const std::vector<std::size_t>& extents, unsigned seed = 2);
 
 }  // namespace arrayfold::bench

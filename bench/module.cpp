@@ -49,6 +49,49 @@ std::vector<Value>& prepared_records(const std::string& name, int n, const Recor
   return at.records;
 }
 
+using OperatorCallback = decltype(hvm::TypeCallbacks::op);
+
+/// An operator callback with its operands at hand.
+struct Operation {
+  OperatorCallback op;
+  int opcode;
+  HostContext ctx;
+  HostValue* left;
+  HostValue* right;
+
+  Operation(Opcode code, Value& object, HostValue* other)
+      : op(hvm::callbacks_of(hvm::object_of(object.record())).op),
+        opcode(static_cast<int>(code)),
+        ctx(context()),
+        left(object.address()),
+        right(other) {}
+
+  bool operator()(HostValue* result) const { return op(ctx, opcode, left, right, result) != 0; }
+};
+
+/// The index list over `records`, but for the first and the last of them, with its entries on the heap.
+class IndexList {
+ public:
+  explicit IndexList(std::vector<Value>& records) : entries_(records.size() - 2) {
+    for (std::size_t i = 0; i < entries_.size(); ++i) entries_[i].value = records[i + 1].address();
+    list_.packed_size = entries_.size() * 2 + 1;
+    store<HostIndexEntry*>(list_.entries, entries_.data());
+  }
+
+  HostValue* as_operand() { return static_cast<HostValue*>(static_cast<void*>(&list_)); }
+
+ private:
+  std::vector<HostIndexEntry> entries_;
+  HostIndexList list_ = {};
+};
+
+/// Times `operation` with a result record that belongs to the records of the case.
+void time_in_place(benchmark::State& state, const Operation& operation, HostValue* result) {
+  bool served = true;
+  for (auto _ : state) served &= operation(result);
+  if (!served) state.SkipWithError("the module declined the operator");
+}
+
 /// Times `call(result)`, which answers nonzero when it succeeded, and the release of the result.
 template <class TimedCall>
 void time_calls(benchmark::State& state, TimedCall call) {
@@ -98,6 +141,34 @@ void add_method(const std::string& name, const char* method, const std::vector<i
     const auto callback = hvm::callbacks_of(hvm::object_of(*self)).method;
     const HostContext ctx = context();
     time_calls(state, [=](HostValue* result) { return callback(ctx, self, method, nullptr, 0, result, 0); });
+  });
+}
+
+void add_operator(const std::string& name, Opcode opcode, const std::vector<int>& sizes, const RecordsOf& operands_of) {
+  add_case(name, sizes, operands_of, [opcode](benchmark::State& state, std::vector<Value>& operands) {
+    time_calls(state, Operation(opcode, operands.at(0), operands.at(1).address()));
+  });
+}
+
+void add_operator_in_place(const std::string& name, Opcode opcode, const std::vector<int>& sizes,
+                           const RecordsOf& operands_of) {
+  add_case(name, sizes, operands_of, [opcode](benchmark::State& state, std::vector<Value>& operands) {
+    time_in_place(state, Operation(opcode, operands.at(0), operands.at(1).address()), operands.at(0).address());
+  });
+}
+
+void add_element_read(const std::string& name, const std::vector<int>& sizes, const RecordsOf& records_of) {
+  add_case(name, sizes, records_of, [](benchmark::State& state, std::vector<Value>& records) {
+    IndexList indices(records);
+    time_calls(state, Operation(Opcode::read_element, records.at(0), indices.as_operand()));
+  });
+}
+
+void add_element_write(const std::string& name, const std::vector<int>& sizes, const RecordsOf& records_of) {
+  add_case(name, sizes, records_of, [](benchmark::State& state, std::vector<Value>& records) {
+    IndexList indices(records);
+    time_in_place(state, Operation(Opcode::write_element, records.at(0), indices.as_operand()),
+                  records.back().address());
   });
 }
 

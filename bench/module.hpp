@@ -38,5 +38,13 @@ void add_call(const std::string& name, const std::string& function, const std::v
               const RecordsOf& arguments_of);
 /// A case that calls `method` of the one object among the records, without arguments.
 void add_method(const std::string& name, const char* method, const std::vector<int>& sizes, const RecordsOf& self_of);
+/// A case that applies an operator to the two records. The first is an object.
+void add_operator(const std::string& name, Opcode opcode, const std::vector<int>& sizes, const RecordsOf& operands_of);
+/// The same with the first record as the result, which is changed by every call.
+void add_operator_in_place(const std::string& name, Opcode opcode, const std::vector<int>& sizes,
+                           const RecordsOf& operands_of);
+/// Cases that read and write one element. The records are the object, its indices, and last the number to write.
+void add_element_read(const std::string& name, const std::vector<int>& sizes, const RecordsOf& records_of);
+void add_element_write(const std::string& name, const std::vector<int>& sizes, const RecordsOf& records_of);
 
 }  // namespace arrayfold::bench
