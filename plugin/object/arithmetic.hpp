@@ -15,19 +15,27 @@
 
 namespace arrayfold {
 
-// The processor's division fault is required: no sanitizer is to get ahead of it.
+// required: an integer division that faults is the processor's to refuse. The divisor is hidden from the compiler,
+// which would otherwise fold a division whose divisor it knows something about, and its fault with it (x / x to 1, a
+// divisor that is 0 or -1 to a negation); no sanitizer is to get ahead of the fault either.
 #define ARRAYFOLD_FAULTING __attribute__((no_sanitize("integer-divide-by-zero")))
+
+template <class T>
+T hidden(T divisor) {
+  if constexpr (std::is_integral_v<T>) asm volatile("" : "+r"(divisor));
+  return divisor;
+}
 
 struct Quotient {
   template <class T>
   ARRAYFOLD_FAULTING T operator()(T a, T b) const {
-    return a / b;
+    return a / hidden(b);
   }
 };
 struct Remainder {
   template <class T>
   ARRAYFOLD_FAULTING T operator()(T a, T b) const {
-    return a % b;
+    return a % hidden(b);
   }
 };
 
@@ -61,11 +69,8 @@ struct ExactInDoubles<Remainder> {
 };
 
 template <class Operation, class T>
-constexpr bool faults = std::is_integral_v<T> &&
-                        (std::is_same_v<Operation, Quotient> || std::is_same_v<Operation, Remainder>);
-
-template <class Operation, class T>
-constexpr bool divides_int32 = sizeof(T) == sizeof(std::int32_t) && faults<Operation, T>;
+constexpr bool divides_int32 = std::is_same_v<T, std::int32_t> &&
+                               (std::is_same_v<Operation, Quotient> || std::is_same_v<Operation, Remainder>);
 
 // ---- Loops. An operand is a pointer to elements, or one number for all.
 
@@ -145,10 +150,7 @@ void change(Operation operation, T* elements, Right right, std::size_t count) {
 /// elements[i] = operation(elements[i], elements[i]).
 template <class T, class Operation>
 void change_by_itself(Operation operation, T* elements, std::size_t count) {
-  using Divisor = std::conditional_t<faults<Operation, T>, const volatile T, const T>;
-  // A quotient of one and the same integer would be folded to 1, and its fault with it: the divisor is read anew.
-  Divisor* right = elements;
-  for (std::size_t i = 0; i < count; ++i) elements[i] = operation(elements[i], static_cast<T>(right[i]));
+  for (std::size_t i = 0; i < count; ++i) elements[i] = operation(elements[i], elements[i]);
 }
 
 }  // namespace arrayfold
