@@ -339,41 +339,59 @@ std::pair<std::int32_t, std::int32_t> divided(std::int32_t a, std::int32_t b) {
   return {a / divisor, a % divisor};
 }
 
-TEST_F(Arithmetic, DivisionOf32Bits_IsTheProcessors) {
-  std::vector<std::int32_t> numbers;
+/// Powers of two and their neighbours, the extremes, and arbitrary numbers of every size; no zero.
+std::vector<std::int32_t> divisors_of_interest() {
+  std::vector<std::int32_t> numbers = {INT32_MIN, INT32_MIN + 1, INT32_MAX, INT32_MAX - 1, 46340, 46341, -46341};
   for (int bit = 0; bit < 31; ++bit)
-    for (const int near : {-1, 0, 1}) {
-      numbers.push_back((1 << bit) + near);
-      numbers.push_back(-(1 << bit) + near);
-    }
-  for (const std::int32_t x : {INT32_MIN, INT32_MIN + 1, INT32_MAX, INT32_MAX - 1, 46340, 46341, -46341})
-    numbers.push_back(x);
+    for (const int near : {-1, 0, 1})
+      for (const int number : {(1 << bit) + near, -(1 << bit) + near})
+        if (number != 0) numbers.push_back(number);
   std::mt19937 engine(5);
-  while (numbers.size() < 700) numbers.push_back(static_cast<std::int32_t>(engine()) >> (engine() % 31));
-  // Multiples and their neighbours are where a rounded quotient would be off by one.
-  std::vector<std::int32_t> dividends, divisors, quotients, remainders;
-  for (const std::int32_t b : numbers)
-    for (const std::int32_t a : numbers) {
-      if (b == 0 || (b == -1 && a == INT32_MIN)) continue;
-      const std::int32_t multiple = a - a % b;
-      for (const std::int32_t dividend : {a, multiple, multiple + (b > 0 ? -1 : 1)}) {
-        if (b == -1 && dividend == INT32_MIN) continue;
-        dividends.push_back(dividend);
-        divisors.push_back(b);
-        const auto [quotient, remainder] = divided(dividend, b);
-        quotients.push_back(quotient);
-        remainders.push_back(remainder);
-      }
+  while (numbers.size() < 700) {
+    const auto number = static_cast<std::int32_t>(engine()) >> (engine() % 31);
+    if (number != 0) numbers.push_back(number);
+  }
+  return numbers;
+}
+
+/// Dividends for a divisor: the numbers themselves, and the multiples nearest to them with their neighbours, which is
+/// where a rounded quotient would be off by one.
+std::vector<std::int32_t> dividends_for(std::int32_t divisor, const std::vector<std::int32_t>& numbers) {
+  std::vector<std::int32_t> dividends = {0};
+  for (const std::int32_t number : numbers) {
+    if (divisor == -1 && number <= INT32_MIN + 1) continue;
+    const std::int32_t multiple = number - number % divisor;
+    for (const std::int32_t dividend : {number, multiple, multiple == INT32_MIN ? multiple : multiple - 1,
+                                        multiple == INT32_MAX ? multiple : multiple + 1})
+      dividends.push_back(dividend);
+  }
+  return dividends;
+}
+
+TEST_F(Arithmetic, DivisionOf32Bits_IsTheProcessors) {
+  const auto numbers = divisors_of_interest();
+  for (const std::int32_t divisor : numbers) {
+    const auto dividends = dividends_for(divisor, numbers);
+    std::vector<std::int32_t> quotients, remainders;
+    for (const std::int32_t dividend : dividends) {
+      const auto [quotient, remainder] = divided(dividend, divisor);
+      quotients.push_back(quotient);
+      remainders.push_back(remainder);
     }
-  const Value left = ints(dividends), right = ints(divisors);
-  EXPECT_TRUE(elements_of<XTInt>(operate(Opcode::divide, left, right).result) == quotients);
-  EXPECT_TRUE(elements_of<XTInt>(operate(Opcode::remainder, left, right).result) == remainders);
-  Value changed = ints(dividends);
-  change(Opcode::divide, changed, right);
-  EXPECT_TRUE(elements_of<XTInt>(changed) == quotients);
-  changed = ints(dividends);
-  change(Opcode::remainder, changed, right);
-  EXPECT_TRUE(elements_of<XTInt>(changed) == remainders);
+    const Value array = ints(dividends);
+    for (const Value& right : {Value(divisor), ints(std::vector<int>(dividends.size(), divisor)), ints({divisor})})
+      for (const Opcode opcode : {Opcode::divide, Opcode::remainder}) {
+        const auto& expected = opcode == Opcode::divide ? quotients : remainders;
+        EXPECT_TRUE(elements_of<XTInt>(operate(opcode, array, right).result) == expected) << divisor;
+        Value changed = ints(dividends);
+        change(opcode, changed, right);
+        EXPECT_TRUE(elements_of<XTInt>(changed) == expected) << divisor << " in place";
+      }
+    // One dividend for many divisors is a row of another form.
+    Value dividend = array_of<XTInt>(ctx(), {}, {dividends.back()});
+    EXPECT_EQ(elements_of<XTInt>(operate(Opcode::divide, dividend, ints({divisor, 1, divisor})).result),
+              (std::vector<int>{quotients.back(), dividends.back(), quotients.back()}));
+  }
 }
 
 // ---- Reals

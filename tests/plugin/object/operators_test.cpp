@@ -98,7 +98,9 @@ TEST_F(Operators, EachKind_ServesTheOperandsOfItsRow) {
                                           {Other::table, Value::table()}, {Other::foreign, foreign_.object(ctx())},
                                           {Other::boolean, arrays[0]},    {Other::int32, arrays[1]},
                                           {Other::int64, arrays[2]},      {Other::real, arrays[3]}};
-      for (auto& [what, other] : others) {
+      for (auto& row : others) {
+        const Other what = row.first;
+        Value& other = row.second;
         const bool served = serves(kinds[kind], opcode, what);
         const auto check = [&](const Answer& answer) {
           EXPECT_EQ(answer.returned, served ? 1 : 0) << type_names[kind] << ' ' << opcode << ' ' << int(what);
@@ -292,6 +294,15 @@ TEST_F(OperatorsDeathTest, Required_InPlace_OfANumberFromTheRight_EndsTheProcess
     }
 }
 
+TEST_F(OperatorsDeathTest, Required_AnArrayWithoutContainer_IsReadThroughNull) {
+  Value hollow = call("xarange", {Value(1), Value(2), Value(3), Value(4)}).result;
+  EXPECT_DEATH(operate(Opcode::add, hollow, Value(1)), "");
+  EXPECT_DEATH(operate(Opcode::less, doubles({1}), hollow), "");
+  EXPECT_DEATH(operate(Opcode::equal, hollow, doubles({1})), "");
+  EXPECT_DEATH(change(Opcode::multiply, hollow, Value(2)), "");
+  EXPECT_DEATH(operate(Opcode::read_one_index, hollow, Value(0)), "");
+}
+
 TEST_F(Operators, Required_InPlace_SumAndProductTakeANumberFromTheRightSideToo) {
   const char* const sums[] = {"[6,7,8]", "[6,7,8]", "[6.0,7.0,8.0]"};
   const char* const products[] = {"[12,14,16]", "[12,14,16]", "[12.0,14.0,16.0]"};
@@ -401,6 +412,13 @@ TEST_F(Operators, Required_AComparisonWithItsOperandAsResult_MakesANewArray) {
   Value right = ints({2, 2, 2});
   EXPECT_EQ(change_right(Opcode::greater_equal, Value(2), right).returned, 1);
   EXPECT_EQ(dump(right), "[true,true,true]");
+  // The record was the array's only holder: it dies when the new one takes its place.
+  Value alone = doubles({1, 2, 3});
+  EXPECT_EQ(change(Opcode::greater, alone, Value(2)).returned, 1);
+  EXPECT_EQ(dump(alone), "[false,false,true]");
+  Value beside = doubles({1, 2, 3});
+  EXPECT_EQ(change(Opcode::less, beside, doubles({2, 2, 2})).returned, 1);
+  EXPECT_EQ(dump(beside), "[true,false,false]");
 }
 
 TEST_F(Operators, TheRightArraysRecordAsResult_TakesANewArray) {
