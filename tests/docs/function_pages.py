@@ -14,6 +14,15 @@ from extract_blocks import blocks_of
 SECTIONS = ["Synopsis", "Arguments", "Result", "Refusals and errors", "Examples", "See also"]
 ROW = re.compile(r"^FUNCTION\((\w+),\s*\d+,\s*(\w+)\)", re.MULTILINE)
 METHODS = ["dump", "shape", "reshape"]
+OPERATORS = {
+    "add": " + ",
+    "subtract": " - ",
+    "multiply": " * ",
+    "divide": " / ",
+    "remainder": " % ",
+    "less": " < ",
+    "equal": " == ",
+}
 CALLBACKS = ["create", "destroy", "method", "operator"]
 EXPECTATION = re.compile(r"# expect( error| ~[^:]+)?:")
 LINK = re.compile(r"\]\(([^)#:]+\.md)\)")
@@ -81,6 +90,8 @@ def faults_of_project(project):
         yield "functions.def: no function is served"
     titles = {f"{name}.md": name for name in served}
     titles.update({f"method-{name}.md": name for name in METHODS})
+    titles.update({f"operator-{name}.md": name for name in OPERATORS})
+    titles["element-access.md"] = "element access"
     titles.update({f"callback-{name}.md": name for name in CALLBACKS})
 
     index = pages / "README.md"
@@ -102,6 +113,9 @@ def faults_of_project(project):
         yield from faults_of_script(scripts, name, f"{name}(")
     for name in METHODS:
         yield from faults_of_script(scripts, name, f".{name}(")
+    for name, sign in OPERATORS.items():
+        yield from faults_of_script(scripts, name, sign)
+    yield from faults_of_script(scripts, "element_access", "[")
 
 
 def main(project):
