@@ -1,0 +1,126 @@
+// array/table_conversion.cpp: the walks over tables and data literals
+
+#include "array/table_conversion.hpp"
+
+namespace arrayfold {
+namespace {
+
+/// A table that is being walked, and its entries so far.
+struct OpenTable {
+  explicit OpenTable(HostHash* hash) : cursor(hash) {}
+  TableCursor cursor;
+  int count = 0;
+};
+
+template <class T>
+void enter_depth(ArrayData<T>& data, std::size_t depth) {
+  if (depth == data.shape.size()) data.shape.push_back(0);
+}
+
+}  // namespace
+
+// Nested tables are kept on a stack of its own: their depth is the script's, and the thread's stack is not.
+template <class Kind>
+int read_table_data(ArrayData<typename Reading<Kind>::element>& data, HostContext, HostHash* hash,
+                    const char* /*message*/, std::size_t depth) {
+  std::vector<OpenTable> open;
+  open.emplace_back(hash);
+  enter_depth(data, depth);
+  while (!open.empty()) {
+    OpenTable& innermost = open.back();
+    if (!innermost.cursor.next()) {
+      data.shape[depth + open.size() - 1] = innermost.count;
+      open.pop_back();
+      if (!open.empty()) ++open.back().count;
+      continue;
+    }
+    HostValue* value = &innermost.cursor.item()->value;
+    if (value->tag == ValueTag::table) {
+      open.emplace_back(load<HostHash*>(value->payload));
+      enter_depth(data, depth + open.size() - 1);
+      continue;
+    }
+    if (!HVM_NumberCheck(value)) return 0;
+    data.values.push_back(Reading<Kind>::read(value));
+    ++innermost.count;
+  }
+  return 1;
+}
+
+namespace {
+
+/// Takes the element in a cell of a row. False: it ends the row.
+/// required: a scalar of the wrong form adds no element, and its cell counts all the same.
+template <class Kind>
+bool take_cell(const ScalarRef& scalar, ArrayData<typename Reading<Kind>::element>& data) {
+  if (scalar.index() == Reading<Kind>::taken) {
+    data.values.push_back(std::get<Reading<Kind>::taken>(scalar));
+  } else if (scalar.index() == value_scalar) {
+    HostValue* value = std::get<value_scalar>(scalar);
+    if (!HVM_NumberCheck(value)) return false;
+    data.values.push_back(Reading<Kind>::read(value));
+  }
+  return true;
+}
+
+template <class Kind>
+void read_elements(ExpressionEvaluator& evaluator, const HostCodeNode* row,
+                   ArrayData<typename Reading<Kind>::element>& data) {
+  std::uint32_t cells = 0;
+  // Here a cell leads on by its value slot, whatever the tag there says.
+  for (const HostCodeNode* cell = row; cell != nullptr; cell = load<const HostCodeNode*>(cell->value.payload)) {
+    if (!take_cell<Kind>(evaluate_slot(evaluator, &cell->link), data)) return;
+    ++cells;
+  }
+  data.cell_count = cells;
+}
+
+template <class Kind>
+int read_rows(HostContext ctx, ExpressionEvaluator& evaluator, const HostCodeNode* node, const HostCodeNode* first,
+              ArrayData<typename Reading<Kind>::element>& data, std::size_t depth) {
+  read_code_data<Kind>(ctx, evaluator, first, data, depth + 1);
+  int rows = 1;
+  for (const HostCodeNode* cell = node_in(node->value, NodeKind::list_cell); cell != nullptr;
+       cell = node_in(cell->value, NodeKind::list_cell)) {
+    if (const auto* row = load<const HostCodeNode*>(cell->link.payload))
+      read_code_data<Kind>(ctx, evaluator, row, data, depth + 1);
+    ++rows;
+  }
+  return rows;
+}
+
+}  // namespace
+
+template <class Kind>
+bool read_code_data(HostContext ctx, ExpressionEvaluator& evaluator, const HostCodeNode* node,
+                    ArrayData<typename Reading<Kind>::element>& data, std::size_t depth) {
+  enter_depth(data, depth);
+  if (const HostCodeNode* first = node_in(node->link, NodeKind::data_row)) {
+    data.shape[depth] = read_rows<Kind>(ctx, evaluator, node, first, data, depth);
+    return true;
+  }
+  read_elements<Kind>(evaluator, node, data);
+  data.shape[depth] = static_cast<int>(data.cell_count);
+  return true;
+}
+
+template <class Kind>
+std::optional<ArrayData<typename Reading<Kind>::element>> read_code_value(HostContext ctx, HostValue* value) {
+  if (value->tag != ValueTag::code) return std::nullopt;
+  const auto* code = load<const HostCode*>(value->payload);
+  if (code == nullptr || code->root == nullptr || code->root->kind != NodeKind::quotation) return std::nullopt;
+  const HostCodeNode* row = node_in(code->root->link, NodeKind::data_row);
+  if (row == nullptr) return std::nullopt;
+  std::optional<ArrayData<typename Reading<Kind>::element>> data(std::in_place);
+  ExpressionEvaluator evaluator(ctx, code->frame_base);
+  read_code_data<Kind>(ctx, evaluator, row, *data, 0);
+  return data;
+}
+
+ARRAYFOLD_TABLE_CONVERSION(, XTBool)
+ARRAYFOLD_TABLE_CONVERSION(, XTInt)
+ARRAYFOLD_TABLE_CONVERSION(, XTInt64)
+ARRAYFOLD_TABLE_CONVERSION(, XTFloat)
+ARRAYFOLD_TABLE_CONVERSION(, XTDouble)
+
+}  // namespace arrayfold
