@@ -33,18 +33,18 @@ void give_array(HostContext ctx, HostValue* result, std::unique_ptr<Array> array
 template <class Kind>
 ArrayOf<Kind>* unbox_array(const HostAny* any) {
   const char* name = any->manager.get()->name;
-  if (name != Kind::type_name && std::strcmp(name, Kind::type_name) != 0) return nullptr;
+  if (name != Kind::type_name && (name == nullptr || std::strcmp(name, Kind::type_name) != 0)) return nullptr;
   const auto* object = static_cast<XTObject<ArrayOf<Kind>>*>(any->content.get());
   return object == nullptr ? nullptr : object->array.get();
 }
 
 /// The numeric array of `any`: the first that it is of int, int64, float, double. Nothing for any other object.
 inline std::optional<ArrayRef> unbox_numeric(const HostAny* any) {
-  if (auto* array = unbox_array<XTInt>(any)) return array;
-  if (auto* array = unbox_array<XTInt64>(any)) return array;
-  if (auto* array = unbox_array<XTFloat>(any)) return array;
-  if (auto* array = unbox_array<XTDouble>(any)) return array;
-  return std::nullopt;
+  std::optional<ArrayRef> found;
+  const auto try_as = [&](auto* array) { return array != nullptr && (found.emplace(array), true); };
+  const auto try_all = [&](auto... kind) { return (try_as(unbox_array<decltype(kind)>(any)) || ...); };
+  for_kinds(int_first{}, try_all);
+  return found;
 }
 
 }  // namespace arrayfold

@@ -4,7 +4,7 @@
 
 namespace arrayfold {
 
-// The module's one initialiser at load.
+// The only initialiser at load that is the module's own.
 const std::unordered_map<std::string, ElementKind> dtype_table = {
     {XTBool::dtype, XTBool::code},   {XTInt::dtype, XTInt::code},       {XTInt64::dtype, XTInt64::code},
     {XTFloat::dtype, XTFloat::code}, {XTDouble::dtype, XTDouble::code},

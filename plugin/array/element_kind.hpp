@@ -1,7 +1,7 @@
 // array/element_kind.hpp: the kinds of element, one row each
 //
 // A row is an empty type that names the kind's element, its dtype as scripts write it and its object type as the host
-// knows it. It is also the tag that tells the array classes apart. Nothing else in the tree spells these names.
+// knows it. It is also the tag that tells the array classes apart. Nothing else in the module spells these names.
 
 #pragma once
 
@@ -54,6 +54,12 @@ struct XTDouble {
 /// A list of kinds in an order that matters.
 template <class... Kind>
 struct kinds {};
+
+/// Calls `use(kind...)` with a value of each kind of the list, in its order.
+template <class... Kind, class Use>
+constexpr auto for_kinds(kinds<Kind...>, Use use) {
+  return use(Kind{}...);
+}
 
 using registered_kinds = kinds<XTBool, XTInt, XTInt64, XTDouble>;  // in the order of registration
 using real_first = kinds<XTDouble, XTFloat, XTInt, XTInt64>;       // the order of most entries

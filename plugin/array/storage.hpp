@@ -1,8 +1,8 @@
 // array/storage.hpp: the one place that makes arrays
 //
-// Extents are checked before anything is claimed, elements are left unset for whoever fills them, and big storage asks
-// the system for huge pages before its first write. A container is built where it stays: beyond four dimensions its
-// shape lives on the heap, and moving one would allocate where no exception may pass.
+// Extents are checked before anything is claimed, and elements are left unset for whoever fills them. A container is
+// built where it stays: beyond four dimensions its shape lives on the heap, and moving one would allocate where no
+// exception may pass.
 
 #pragma once
 
@@ -22,19 +22,18 @@ inline std::size_t extent_of(int number) { return static_cast<std::size_t>(std::
 /// elements of `element_size` bytes could not be addressed.
 std::size_t checked_size(const Shape& extents, std::size_t element_size);
 
-/// Asks for huge pages under `bytes` of fresh memory, from 4 MiB on. Advice only: failing changes nothing.
-void advise_huge_pages(void* memory, std::size_t bytes) noexcept;
+/// A container of `extents` whose elements are not set. Throws std::bad_alloc for extents that cannot be.
+template <class T>
+std::unique_ptr<xarray_of<T>> make_container(const Shape& extents) {
+  checked_size(extents, sizeof(T));
+  return std::make_unique<xarray_of<T>>(extents);
+}
 
-/// An array of `extents` whose elements are not set. Throws std::bad_alloc for extents that cannot be.
+/// An array with such a container.
 template <class Kind>
 std::unique_ptr<ArrayOf<Kind>> make_array(const Shape& extents) {
-  using Element = typename Kind::element;
-  checked_size(extents, sizeof(Element));
   auto array = std::make_unique<ArrayOf<Kind>>();
-  auto container = std::make_unique<xarray_of<Element>>(extents);
-  auto& storage = container->storage();
-  advise_huge_pages(storage.data(), storage.size() * sizeof(Element));
-  array->array = std::move(container);
+  array->array = make_container<typename Kind::element>(extents);
   return array;
 }
 

@@ -8,6 +8,8 @@
 #include <memory>
 #include <vector>
 
+#include "array/aligned_storage.hpp"
+
 #include <xtensor/xarray.hpp>
 #include <xtl/xvariant.hpp>
 
@@ -15,11 +17,10 @@
 
 namespace arrayfold {
 
-/// The container of all arrays: row-major, four extents in place. 32 bytes: one AVX register; the alignment is part of
-/// the type.
+/// The container of all arrays: row-major, four extents in place, aligned storage.
 template <class T>
 using xarray_of =
-    xt::xarray_container<xt::uvector<T, xsimd::aligned_allocator<T, 32>>, xt::layout_type::row_major,
+    xt::xarray_container<xt::uvector<T, xsimd::aligned_allocator<T, storage_alignment>>, xt::layout_type::row_major,
                          xt::svector<std::size_t, 4, std::allocator<std::size_t>, true>, xt::xtensor_expression_tag>;
 
 /// Extents, strides or indices: unsigned, four in place. Passed by reference and never moved: beyond four entries its
@@ -55,7 +56,9 @@ static_assert(sizeof(XTObject<ArrayOf<XTDouble>>) == 16);
 
 /// A numeric array that somebody else owns. Visited through xtl::visit; valueless, that throws
 /// mpark::bad_variant_access.
-using ArrayRef = xtl::variant<ArrayOf<XTInt>*, ArrayOf<XTInt64>*, ArrayOf<XTFloat>*, ArrayOf<XTDouble>*>;
+template <class... Kind>
+xtl::variant<ArrayOf<Kind>*...> array_ref_over(kinds<Kind...>);
+using ArrayRef = decltype(array_ref_over(int_first{}));
 
 /// Thrown where a selection meets something that holds no elements.
 class invalid_array_object : public std::exception {

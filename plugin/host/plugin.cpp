@@ -40,3 +40,5 @@ extern "C" __attribute__((visibility("default"))) int PKG_Init(void* host,
   }
   return 1;
 }
+
+static_assert(std::is_same_v<decltype(&PKG_Init), arrayfold::PackageInit>);

@@ -24,7 +24,8 @@ namespace {
 
 /// The longest text of a scalar: a sign, seventeen digits, a point, an exponent of five, rounded up.
 constexpr std::size_t scalar_room = 32;
-/// A number is given more room than it takes, so the text may be a little short of room before it is too long.
+/// A number is given more room than it takes, so room reaches a little beyond the longest text; `check_size` comes
+/// last.
 constexpr std::size_t capacity_bound = std::size_t{INT_MAX} + scalar_room;
 
 }  // namespace
@@ -134,7 +135,7 @@ class NestedText {
     // Each item stands behind its comma and line break, and all of them between the outer brackets.
     std::size_t least = 0;
     const bool too_many = __builtin_mul_overflow(items, 2 + break_.size(extents_.size()), &least);
-    if (too_many || least + 1 + break_.size(0) > INT_MAX) throw std::bad_alloc();
+    if (too_many || least > INT_MAX - 1 - break_.size(0)) throw std::bad_alloc();
     return least + items * usual_room + 2 * extents_.size();
   }
 
@@ -201,7 +202,6 @@ class NestedText {
 
 template <class T>
 DumpText dump_text(const xarray_of<T>& array, int indent) {
-  check_extents(array);
   const T* elements = array.storage().data();
   const auto write_element = [elements](char* out, std::size_t i) {
     return write_scalar(out, element_at(elements, i));

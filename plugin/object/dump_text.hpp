@@ -43,8 +43,8 @@ class DumpText {
 /// stands on its own line, `indent` blanks deeper for each level. Bools are words, reals the shortest text that reads
 /// back, NaN and infinities null.
 ///
-/// The text is that of nlohmann::json for the same values. Throws std::bad_alloc when it would be longer than INT_MAX
-/// bytes, or when the extents claim other elements than there are.
+/// The text is that of nlohmann::json for the same values. The extents must cover the storage: `check_extents` comes
+/// first. Throws std::bad_alloc when the text would be longer than INT_MAX bytes.
 template <class T>
 DumpText dump_text(const xarray_of<T>& array, int indent);
 

@@ -20,8 +20,9 @@ struct MethodCall {
   HostValue* result;
 };
 
-template <class T>
-bool dump(const xarray_of<T>& array, const MethodCall& call) {
+template <class Array>
+bool dump(const Array& receiver, const MethodCall& call) {
+  const auto& array = *receiver.array;
   check_extents(array);
   // required: the indent is not checked to be a number; it is whatever the host reads in it.
   const int indent = call.nargs != 0 ? HVM_AsInt(call.args[0]) : -1;
@@ -30,9 +31,9 @@ bool dump(const xarray_of<T>& array, const MethodCall& call) {
   return true;
 }
 
-template <class T>
-bool shape(const xarray_of<T>& array, const MethodCall& call) {
-  const Shape extents = array.shape();
+template <class Array>
+bool shape(const Array& receiver, const MethodCall& call) {
+  const Shape extents = receiver.array->shape();
   HVM_ForceTable(call.ctx, call.result, static_cast<int>(extents.size()));
   auto* table = load<HostHash*>(call.result->payload);
   for (std::size_t axis = 0; axis < extents.size(); ++axis) {
@@ -70,11 +71,12 @@ class ShapeKeeper {
   bool released_ = false;
 };
 
-template <class T>
-bool reshape(xarray_of<T>& array, const MethodCall& call) {
+template <class Array>
+bool reshape(Array& receiver, const MethodCall& call) {
   if (call.nargs <= 0) return false;
   Shape extents;
   if (!read_extents(call, extents)) return false;
+  auto& array = *receiver.array;
   ShapeKeeper keeper(array);
   // required: the one catch of the module. A wrong element count is declined; whatever else happens passes.
   try {
@@ -96,12 +98,11 @@ bool call_method(Array& receiver, HostContext ctx, const char* name, HostValue**
   if (name == nullptr) return false;
   const std::string_view method = name;
   const MethodCall call{ctx, args, nargs, result};
-  auto& array = *receiver.array;
   if (flag != 0 && method == "__set_item") return false;
   if (method == "__get_item") return false;
-  if (method == "dump") return dump(array, call);
-  if (method == "shape") return shape(array, call);
-  if (method == "reshape") return reshape(array, call);
+  if (method == "dump") return dump(receiver, call);
+  if (method == "shape") return shape(receiver, call);
+  if (method == "reshape") return reshape(receiver, call);
   return false;
 }
 

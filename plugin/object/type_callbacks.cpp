@@ -48,15 +48,14 @@ struct Callbacks {
   }
 };
 
-template <class Kind>
-constexpr ObjectType object_type() {
-  using Type = Callbacks<Kind>;
-  return {Kind::type_name, &Type::create, &Type::destroy, &Type::method, &Type::op};
-}
+constexpr auto types_of = [](auto... kind) {
+  return std::array{ObjectType{decltype(kind)::type_name, &Callbacks<decltype(kind)>::create,
+                               &Callbacks<decltype(kind)>::destroy, &Callbacks<decltype(kind)>::method,
+                               &Callbacks<decltype(kind)>::op}...};
+};
 
 }  // namespace
 
-constexpr ObjectType object_types[4] = {object_type<XTBool>(), object_type<XTInt>(), object_type<XTInt64>(),
-                                        object_type<XTDouble>()};
+constexpr std::array<ObjectType, 4> object_types = for_kinds(registered_kinds{}, types_of);
 
 }  // namespace arrayfold

@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include <array>
+
 #include "host/host_operations.hpp"
 
 namespace arrayfold {
@@ -15,7 +17,7 @@ struct ObjectType {
   OperatorCallback op;
 };
 
-/// bool, int, int64, double: the order of registration.
-extern const ObjectType object_types[4];
+/// In the order of registration.
+extern const std::array<ObjectType, 4> object_types;
 
 }  // namespace arrayfold

@@ -1,4 +1,4 @@
-// cli/repl.cpp: a session at a terminal
+// cli/repl.cpp: a dialogue at a terminal
 
 #include "cli/repl.hpp"
 

@@ -261,7 +261,7 @@ bool operator==(const Counts& a, const Counts& b) noexcept;
 bool operator!=(const Counts& a, const Counts& b) noexcept;
 Counts counts() noexcept;
 
-/// While set, `HVM_NewAny` makes nothing and answers null.
+/// While set, `HVM_NewAny` and `HVM_NewAnyMan` make nothing and answer null.
 void refuse_new_objects(bool refuse) noexcept;
 
 /// Lets the n-th allocation from now on fail, once; 0 takes that back. All memory of the host counts: its `HVM_Malloc`
@@ -277,8 +277,9 @@ bool allocation_has_failed() noexcept;
 std::int64_t allocation_count() noexcept;
 
 /// One call of an operation. `subject` is what it is about: the record, table, object, manager or memory that it was
-/// given, the type's name for `HVM_NewAny`, the destination for `HVM_DupObject`, null for those that only make
-/// something; `number` is its integer argument (key, count, capacity, size, length), otherwise 0.
+/// given, the type's name for those that make objects, managers and registrations, the destination for `HVM_DupObject`,
+/// null for those that only make something; `number` is its integer argument (key, count, capacity, size, length), 1 when
+/// an argument that is always zero is not, otherwise 0.
 struct RecordedCall {
   const char* operation;
   const void* subject;

@@ -29,6 +29,8 @@ void end_object(HostAny* any, HostContext ctx) noexcept {
 
 }  // namespace
 
+bool new_objects_are_refused() noexcept { return new_objects_refused; }
+
 // The content is made last: it need not be destroyed when the object's memory is missing.
 HostAny* new_object(AnyMan* man) noexcept {
   const auto create = callbacks_of(man).create;
@@ -86,8 +88,8 @@ HostAny* HVM_GetAny(HostValue* value) {
   return value ? hvm::object_of(*value) : nullptr;
 }
 
-HostAny* HVM_NewAny(HostContext, const char* type_name, std::int64_t, std::int64_t) {
-  note("HVM_NewAny", type_name);
+HostAny* HVM_NewAny(HostContext, const char* type_name, std::int64_t zero_1, std::int64_t zero_2) {
+  note("HVM_NewAny", type_name, zero_1 != 0 || zero_2 != 0);
   return new_object(hvm::type_named(type_name));
 }
 

@@ -14,6 +14,8 @@ struct Manager : AnyMan {
 
 /// A new object of a type, without a reference; null for null, and when it cannot be made or tests refuse it.
 HostAny* new_object(AnyMan* man) noexcept;
+/// True while tests refuse objects and managers.
+bool new_objects_are_refused() noexcept;
 /// Adds a reference; null is fine.
 void hold_object(HostAny* any) noexcept;
 /// Drops a reference; with the last one the content is destroyed and the object goes. Null is fine.

@@ -101,8 +101,9 @@ using namespace hvm::kernel;
 
 // The name stays the caller's pointer: modules compare it with their own before they compare the text.
 AnyMan* HVM_NewAnyMan(const char* name, CreateCallback create, DestroyCallback destroy, MethodCallback method,
-                      OperatorCallback op, void*) {
-  note("HVM_NewAnyMan", name);
+                      OperatorCallback op, void* null) {
+  note("HVM_NewAnyMan", name, null != nullptr);
+  if (new_objects_are_refused()) return nullptr;
   void* place = std::malloc(sizeof(Manager));
   if (!place) return nullptr;
   auto* man = new (place) Manager{};
@@ -114,7 +115,7 @@ AnyMan* HVM_NewAnyMan(const char* name, CreateCallback create, DestroyCallback d
 }
 
 void HVM_RegisterAnyMan(const char* name, AnyMan* man) {
-  note("HVM_RegisterAnyMan", man);
+  note("HVM_RegisterAnyMan", name);
   if (!name || !man) return;
   if (Registration* known = registration_of(name)) {
     known->passed = name;

@@ -1,4 +1,4 @@
-// script/interpreter.cpp: a session, and the statements
+// script/interpreter.cpp: its own life, and the statements
 
 #include "script/interpreter.hpp"
 

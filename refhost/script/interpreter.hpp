@@ -1,6 +1,6 @@
 // script/interpreter.hpp: running scripts
 //
-// An interpreter holds the global variables and the functions of a session: one script, or all that is typed into a
+// An interpreter holds global variables and functions: those of one script, or all that is typed into a
 // REPL. Its trees may come from several sources. Everything that goes wrong is a `ScriptError`.
 
 #pragma once

@@ -105,6 +105,7 @@ TEST(Library, NeedsBothHostLibrariesAndFindsThemByRunpath) {
   EXPECT_NE(dynamic.find("[libHVMkrnl.so]"), std::string::npos) << dynamic;
   EXPECT_NE(dynamic.find("[libHVMInterp.so]"), std::string::npos) << dynamic;
   EXPECT_NE(dynamic.find("(RUNPATH)"), std::string::npos) << dynamic;
+  EXPECT_NE(dynamic.find("[$ORIGIN]"), std::string::npos) << dynamic;
   EXPECT_EQ(dynamic.find("(RPATH)"), std::string::npos) << dynamic;
   EXPECT_NE(dynamic.find("[libstdc++.so.6]"), std::string::npos) << dynamic;
 }

@@ -170,6 +170,51 @@ TEST(Records, Tags_HaveTheirNumbers) {
   for (const auto& [tag, number] : numbers) EXPECT_EQ(static_cast<int>(tag), number);
 }
 
+TEST(Records, NodeKinds_HaveTheirNumbers) {
+  const std::pair<NodeKind, unsigned> numbers[] = {{NodeKind::call, 3},
+                                                   {NodeKind::selection, 4},
+                                                   {NodeKind::literal_open, 7},
+                                                   {NodeKind::literal_close, 8},
+                                                   {NodeKind::literal_item, 9},
+                                                   {NodeKind::slot_list, 10},
+                                                   {NodeKind::name_wrapper, 11},
+                                                   {NodeKind::array_literal, 45},
+                                                   {NodeKind::name, 77},
+                                                   {NodeKind::variable_name, 86},
+                                                   {NodeKind::list_cell, 105},
+                                                   {NodeKind::data_row, 106},
+                                                   {NodeKind::slot_list_inner, 108},
+                                                   {NodeKind::quotation, 109},
+                                                   {NodeKind::range, 112},
+                                                   {NodeKind::labelled, 388}};
+  for (const auto& [kind, number] : numbers) EXPECT_EQ(static_cast<unsigned>(kind), number);
+}
+
+TEST(Records, SlotTagsLifetimesAndOpcodes_HaveTheirNumbers) {
+  const std::pair<SlotTag, unsigned> tags[] = {
+      {SlotTag::node, 0}, {SlotTag::absent, 1},   {SlotTag::string, 2},    {SlotTag::integer, 3},
+      {SlotTag::real, 4}, {SlotTag::variable, 5}, {SlotTag::integer64, 7}, {SlotTag::wide_string, 10}};
+  for (const auto& [tag, number] : tags) EXPECT_EQ(static_cast<unsigned>(tag), number);
+  EXPECT_EQ(static_cast<int>(Lifetime::none), 0);
+  EXPECT_EQ(static_cast<int>(Lifetime::temporary), 1);
+  EXPECT_EQ(static_cast<int>(Lifetime::plain), 2);
+  const std::pair<Opcode, int> opcodes[] = {{Opcode::less_equal, 81},
+                                            {Opcode::greater_equal, 82},
+                                            {Opcode::not_equal, 83},
+                                            {Opcode::less, 84},
+                                            {Opcode::greater, 85},
+                                            {Opcode::equal, 86},
+                                            {Opcode::add, 95},
+                                            {Opcode::subtract, 96},
+                                            {Opcode::multiply, 97},
+                                            {Opcode::divide, 98},
+                                            {Opcode::remainder, 99},
+                                            {Opcode::read_one_index, 101},
+                                            {Opcode::read_element, 36865},
+                                            {Opcode::write_element, 36866}};
+  for (const auto& [opcode, number] : opcodes) EXPECT_EQ(static_cast<int>(opcode), number);
+}
+
 // The array objects stand behind a host's pointer, too: their layout is part of what another build of the module sees.
 TEST(Records, XTObject_IsAVirtualTableAndOnePointer) {
   EXPECT_EQ(sizeof(XTObject<ArrayOf<XTInt>>), 16u);

@@ -28,7 +28,7 @@ struct OneCheck {
 constexpr OneCheck one_check_stubs[] = {{"xclip", 3}, {"xfma", 3},          {"xinterp", 3},
                                         {"xpow", 2},  {"xsearchsorted", 1}, {"xmatrix_power", 1}};
 
-TEST_F(Stubs, OneObjectCheck_WithAnObjectFirst_FetchesItAndAnswersOne) {
+TEST_F(Stubs, Required_OneObjectCheck_WithAnObjectFirst_FetchesItAndAnswersOne) {
   for (const auto& stub : one_check_stubs) {
     std::vector<Value> args(static_cast<std::size_t>(stub.least));
     args[0] = array();
@@ -46,7 +46,7 @@ TEST_F(Stubs, OneObjectCheck_WithoutAnObjectFirst_AnswersZero) {
 
 TEST_F(Stubs, Xclip_WithTwoArguments_AnswersZero) { expect("xclip", {array(), array()}, 0, {}); }
 
-TEST_F(Stubs, Xremainder_AsksForTwoObjectsAndFetchesNone) {
+TEST_F(Stubs, Required_Xremainder_AsksForTwoObjectsAndFetchesNone) {
   expect("xremainder", {array(), array()}, 1, {"AnyCheck 0", "AnyCheck 1"});
   expect("xremainder", {array(), Value(2)}, 0, {"AnyCheck 0", "AnyCheck 1"});
   expect("xremainder", {Value(2), array()}, 0, {"AnyCheck 0"});
@@ -58,7 +58,7 @@ TEST_F(Stubs, Required_Xsetdiff1d_FetchesTheFirstTwiceAndAnswersZero) {
   expect("xsetdiff1d", {Value(2), array()}, 0, {"AnyCheck 0"});
 }
 
-TEST_F(Stubs, Xrandint_AnswersOneWithAnyArgumentAndZeroWithNone) {
+TEST_F(Stubs, Required_Xrandint_AnswersOneWithAnyArgumentAndZeroWithNone) {
   expect("xrandint", {}, 0, {});
   expect("xrandint", {Value(1)}, 1, {});
   expect("xrandint", {Value(), Value("text"), array()}, 1, {});

@@ -2,7 +2,6 @@
 
 #include "support/allocations.hpp"
 
-#include <cerrno>
 #include <cstdlib>
 #include <new>
 
@@ -85,21 +84,21 @@ void* operator new(std::size_t size) {
 void* operator new[](std::size_t size) { return operator new(size); }
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return operator new(size, std::nothrow); }
 
+void* operator new(std::size_t size, std::align_val_t alignment) {
+  using namespace arrayfold::test;
+  void* memory = refused() ? nullptr : counted(memalign(static_cast<std::size_t>(alignment), size == 0 ? 1 : size));
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+
 void operator delete(void* memory) noexcept {
   arrayfold::test::uncounted(memory);
   std::free(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
 void operator delete(void* memory, const std::nothrow_t&) noexcept { operator delete(memory); }
+void operator delete(void* memory, std::align_val_t) noexcept { operator delete(memory); }
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept { operator delete(memory); }
 void operator delete[](void* memory) noexcept { operator delete(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { operator delete(memory); }
 void operator delete[](void* memory, const std::nothrow_t&) noexcept { operator delete(memory); }
-
-// The storage of arrays. It is given back with `free`, which stays the C library's, so only the making is counted.
-extern "C" __attribute__((visibility("default"))) int posix_memalign(void** memory, std::size_t alignment, std::size_t size) {
-  void* made = arrayfold::test::refused() ? nullptr : memalign(alignment, size == 0 ? 1 : size);
-  if (made == nullptr) return ENOMEM;
-  ++arrayfold::test::counts.made;
-  *memory = made;
-  return 0;
-}

@@ -1,7 +1,7 @@
 // support/allocations.hpp: the C++ allocations of a test program, counted and made to fail
 //
-// Two kinds are told apart: `operator new`, and the aligned storage of arrays. Both are replaced for the whole program,
-// the loaded module included.
+// `operator new` is replaced for the whole program, the loaded module included; the elements of arrays come from it,
+// too.
 
 #pragma once
 
@@ -17,7 +17,7 @@ struct AllocationCounts {
 };
 AllocationCounts allocations() noexcept;
 
-/// Lets the n-th allocation of either kind from now on fail; 0 takes that back.
+/// Lets the n-th allocation from now on fail; 0 takes that back.
 void fail_allocation(std::int64_t nth) noexcept;
 /// True when it has failed since then.
 bool allocation_has_failed() noexcept;

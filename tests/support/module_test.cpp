@@ -10,17 +10,20 @@
 namespace arrayfold::test {
 namespace {
 
-/// PKG_Init has no place for a pointer of ours but its first argument.
+/// What PKG_Init tells a host, which gets this as its own pointer back.
 struct Registration {
+  int answer = 0;
   int count = 0;
   const FunctionRow* table = nullptr;
+  std::size_t calls_before = 0;
 };
 
 int take_functions(void* host, int count, const FunctionRow* table) {
   auto* registration = static_cast<Registration*>(host);
   registration->count = count;
   registration->table = table;
-  return 0;
+  registration->calls_before = hvm::recorded_calls().size();
+  return registration->answer;
 }
 
 std::string without_prefix(const char* operation) {
@@ -44,7 +47,12 @@ Answer answer(const HostValue* args, int nargs, int sentinel, Run run) {
   struct Stop {
     ~Stop() { hvm::record_calls(false); }
   } stop;
-  answer.returned = run(answer.result.address());
+  try {
+    answer.returned = run(answer.result.address());
+  } catch (...) {
+    EXPECT_EQ(std::memcmp(&before, answer.result.address(), sizeof(HostValue)), 0) << "thrown, and the result written";
+    throw;
+  }
   hvm::record_calls(false);
   answer.operations = described(hvm::recorded_calls(), args, nargs, answer.result.address());
   answer.untouched = std::memcmp(&before, answer.result.address(), sizeof(HostValue)) == 0;
@@ -64,19 +72,25 @@ std::vector<std::string> described(const std::vector<hvm::RecordedCall>& calls, 
 Module::Module() {
   void* library = dlopen(MODULE_PATH, RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) throw std::runtime_error(dlerror());
-  const auto init = load<PackageInit>([&]() -> const void* {
-    static void* symbol = dlsym(library, "PKG_Init");
-    return &symbol;
-  }());
+  void* init = dlsym(library, "PKG_Init");
   if (init == nullptr) throw std::runtime_error("no PKG_Init in " MODULE_PATH);
+  init_ = load<PackageInit>(&init);
   Registration registration;
   hvm::record_calls(true);
-  init_returned_ = init(&registration, take_functions);
+  init_returned_ = init_(&registration, take_functions);
   hvm::record_calls(false);
   table_ = registration.table;
   rows_.assign(table_, table_ + registration.count);
-  start_.push_back("register " + std::to_string(registration.count));
-  for (const auto& call : hvm::recorded_calls()) start_.push_back(without_prefix(call.operation));
+  start_calls_ = hvm::recorded_calls();
+  for (const auto& call : start_calls_) start_.push_back(without_prefix(call.operation));
+  start_.insert(start_.begin() + static_cast<std::ptrdiff_t>(registration.calls_before),
+                "register " + std::to_string(registration.count));
+}
+
+int Module::init_again(int answer) const {
+  Registration registration;
+  registration.answer = answer;
+  return init_(&registration, take_functions);
 }
 
 const Module& Module::loaded() {

@@ -2,7 +2,7 @@
 //
 //     EXPECT_EQ(dump(call("xarange", {Value(3)}).result), "[0.0,1.0,2.0]");
 //
-// After every test the host's counters and the live C++ allocations of the calls are back to where they began.
+// After every test the host's counters are back to where they began. A call that throws has left its result alone.
 
 #pragma once
 
@@ -34,8 +34,12 @@ class Module {
 
   const std::vector<FunctionRow>& rows() const { return rows_; }
   const FunctionRow* table() const { return table_; }
-  /// What happened during PKG_Init, in order: "register 93", "NewAnyMan $xboolarray", ...
+  /// What happened during PKG_Init, in order: "register 93", "NewAnyMan", "RegisterAnyMan", ...
   const std::vector<std::string>& start() const { return start_; }
+  /// The host's own record of the same, without the registration of functions.
+  const std::vector<hvm::RecordedCall>& start_calls() const { return start_calls_; }
+  /// Runs PKG_Init once more, for a host whose registration of functions answers `answer`.
+  int init_again(int answer) const;
   int init_returned() const { return init_returned_; }
   /// The function of a name; the test ends when there is none.
   EntryFunction entry(const std::string& name) const;
@@ -45,6 +49,8 @@ class Module {
   std::vector<FunctionRow> rows_;
   const FunctionRow* table_ = nullptr;
   std::vector<std::string> start_;
+  std::vector<hvm::RecordedCall> start_calls_;
+  PackageInit init_ = nullptr;
   int init_returned_ = 0;
 };
 

@@ -10,6 +10,7 @@
 #include <nlohmann/json.hpp>
 #include <xtensor/xjson.hpp>
 
+#include "support/allocations.hpp"
 #include "support/module_test.hpp"
 
 namespace arrayfold::test {
@@ -106,6 +107,17 @@ TEST_F(DumpText, LongerThanAHostRecordTakes_ThrowsBadAlloc) {
   EXPECT_THROW(method(one, "dump", {Value(INT_MAX - 4)}), std::bad_alloc);
 }
 
+TEST_F(DumpText, OfCountlessEmptyRows_ThrowsBeforeItWrites) {
+  // Their number times the least text of each is one less than what wraps to nothing.
+  Value rows = array_of<XTDouble>(ctx(), {14002645, 65537, 6700417, 0}, {});
+  const auto before = allocations().made;
+  Value indent(0), result;
+  HostValue* args[] = {indent.address()};
+  const auto callback = hvm::callbacks_of(hvm::object_of(rows.record())).method;
+  EXPECT_THROW(callback(ctx(), rows.address(), "dump", args, 1, result.address(), 0), std::bad_alloc);
+  EXPECT_LE(allocations().made - before, 1);  // the exception at the most
+}
+
 TEST_F(DumpText, AsLongAsAHostRecordTakes_IsWritten) {
   // The text and the host's copy of it, 2 GiB each.
   const auto free_memory =
@@ -115,6 +127,9 @@ TEST_F(DumpText, AsLongAsAHostRecordTakes_IsWritten) {
   // "[\n" + blanks + "1" + "\n]"
   const Answer answer = method(one, "dump", {Value(INT_MAX - 5)});
   EXPECT_EQ(hvm::text_of(answer.result.record()).size(), static_cast<std::size_t>(INT_MAX));
+  // One byte more, which shows only when the number is written.
+  Value longer = array_of<XTInt>(ctx(), {1}, {1234567});
+  EXPECT_THROW(method(longer, "dump", {Value(INT_MAX - 10)}), std::bad_alloc);
 }
 
 TEST_F(DumpText, OfManyDimensions_NeedsNoStack) {

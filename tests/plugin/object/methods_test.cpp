@@ -69,7 +69,15 @@ TEST_F(Methods, Dump_TakesTheFirstArgumentAsIndentUnchecked) {
   EXPECT_EQ(text(method(matrix_, "dump", {Value(1.9)})), "[\n [\n  1,\n  2,\n  3\n ],\n [\n  4,\n  5,\n  6\n ]\n]");
 }
 
-TEST_F(Methods, Dump_WithAnArgumentThatIsNoNumber_TakesWhatTheHostReads) {
+TEST_F(Methods, Dump_WithANegativeCount_StillReadsTheIndent) {
+  Value indent(0), result;
+  HostValue* args[] = {indent.address()};
+  const auto callback = hvm::callbacks_of(hvm::object_of(matrix_.record())).method;
+  EXPECT_EQ(callback(ctx(), matrix_.address(), "dump", args, -1, result.address(), 0), 1);
+  EXPECT_EQ(hvm::text_of(result.record()), "[\n[\n1,\n2,\n3\n],\n[\n4,\n5,\n6\n]\n]");
+}
+
+TEST_F(Methods, Required_Dump_WithAnArgumentThatIsNoNumber_TakesWhatTheHostReads) {
   // This host reads 0 in a text and in nil.
   const std::string indented_by_zero = text(method(matrix_, "dump", {Value(0)}));
   EXPECT_EQ(text(method(matrix_, "dump", {Value("text")})), indented_by_zero);
@@ -165,7 +173,7 @@ TEST_F(Methods, Reshape_StopsAtTheFirstArgumentThatIsNoNumber) {
   EXPECT_EQ(shape(matrix_), (Extents{2, 3}));
 }
 
-TEST_F(Methods, Reshape_OfWrongCount_IsDeclined) {
+TEST_F(Methods, Required_Reshape_OfWrongCount_IsDeclined) {
   Value five = array_of<XTInt>(ctx(), {5}, {1, 2, 3, 4, 5});
   expect_declined(five, "reshape", {Value(2), Value(3)});
   expect_declined(five, "reshape", {Value(0)});
@@ -190,7 +198,8 @@ TEST_F(Methods, Required_Reshape_CountsInWrappingArithmetic) {
 
 TEST_F(Methods, Dump_OfExtentsBeyondTheStorage_ThrowsBadAlloc) {
   EXPECT_EQ(method(matrix_, "reshape", {Value(-2), Value(-3)}).returned, 1);
-  EXPECT_THROW(method(matrix_, "dump"), std::bad_alloc);
+  EXPECT_THROW(method(matrix_, "dump", {Value(2)}), std::bad_alloc);
+  EXPECT_TRUE(hvm::recorded_calls().empty());  // not even the indent was read
   Value one = array_of<XTDouble>(ctx(), {1}, {1.0});
   EXPECT_EQ(method(one, "reshape", {Value(-1), Value(-1)}).returned, 1);
   EXPECT_THROW(method(one, "dump", {Value(2)}), std::bad_alloc);
@@ -219,36 +228,48 @@ TEST_F(Methods, Reshape_OfAZeroDimensionalArray_GivesItDimensions) {
 }
 
 TEST_F(Methods, Reshape_WhenMemoryFails_KeepsTheShape) {
-  // Beyond four dimensions the extents live on the heap: each of their allocations fails once.
-  const std::vector<Value> args = {Value(1), Value(1), Value(2), Value(1), Value(3), Value(1), Value(1)};
-  std::vector<HostValue*> pointers;
-  std::vector<Value> records = args;
-  for (Value& record : records) pointers.push_back(record.address());
-  const auto callback = hvm::callbacks_of(hvm::object_of(matrix_.record())).method;
-  int failures = 0;
-  for (std::int64_t nth = 1;; ++nth) {
-    Value fresh = array_of<XTInt>(ctx(), {2, 3}, {1, 2, 3, 4, 5, 6});
-    Value result;
-    bool threw = false;
-    fail_allocation(nth);
-    try {
-      callback(ctx(), fresh.address(), "reshape", pointers.data(), 7, result.address(), 0);
-    } catch (const std::bad_alloc&) {
-      threw = true;
+  // Beyond four dimensions the extents live on the heap: each of their allocations fails once. To a higher rank from
+  // one in place, and from one on the heap.
+  const std::pair<std::vector<std::size_t>, std::vector<int>> rows[] = {
+      {{2, 3}, {1, 1, 2, 1, 3, 1, 1}}, {{1, 2, 1, 3, 1, 1}, {1, 1, 1, 1, 1, 1, 2, 1, 1, 1, 1, 1, 3, 1, 1}}};
+  for (const auto& [before, after] : rows) {
+    std::vector<Value> args;
+    for (const int extent : after) args.emplace_back(extent);
+    std::vector<HostValue*> pointers;
+    for (Value& arg : args) pointers.push_back(arg.address());
+    const auto callback = hvm::callbacks_of(hvm::object_of(matrix_.record())).method;
+    Value untouched = array_of<XTInt>(ctx(), before, {1, 2, 3, 4, 5, 6});
+    int failures = 0;
+    for (bool threw = true; threw;) {
+      Value fresh = array_of<XTInt>(ctx(), before, {1, 2, 3, 4, 5, 6});
+      Value result;
+      threw = false;
+      fail_allocation(failures + 1);
+      try {
+        callback(ctx(), fresh.address(), "reshape", pointers.data(), static_cast<int>(pointers.size()),
+                 result.address(), 0);
+      } catch (const std::bad_alloc&) {
+        threw = true;
+        ++failures;
+      }
+      fail_allocation(0);
+      EXPECT_EQ(shape(fresh), threw ? shape(untouched) : Extents(after.begin(), after.end()));
+      if (!threw) break;
+      EXPECT_EQ(container_of<XTInt>(fresh)->strides(), container_of<XTInt>(untouched)->strides());
+      EXPECT_EQ(container_of<XTInt>(fresh)->backstrides(), container_of<XTInt>(untouched)->backstrides());
+      EXPECT_EQ(dump(fresh), dump(untouched));
     }
-    fail_allocation(0);
-    if (!threw) {
-      EXPECT_EQ(shape(fresh), (Extents{1, 1, 2, 1, 3, 1, 1}));
-      break;
-    }
-    ++failures;
-    EXPECT_EQ(shape(fresh), (Extents{2, 3}));
-    EXPECT_EQ(container_of<XTInt>(fresh)->strides().size(), 2u);
-    EXPECT_EQ(container_of<XTInt>(fresh)->strides()[0], 3);
-    EXPECT_EQ(container_of<XTInt>(fresh)->backstrides().size(), 2u);
-    EXPECT_EQ(dump(fresh), "[[1,2,3],[4,5,6]]");
+    EXPECT_GE(failures, 4);
   }
-  EXPECT_GE(failures, 4);
+}
+
+TEST_F(Methods, OfAnObjectWithoutContainer_WhatIsDeclinedIsDeclined) {
+  Value hollow = call("xarange", {Value(1), Value(2), Value(3), Value(4)}).result;
+  expect_declined(hollow, "nosuch");
+  expect_declined(hollow, "__get_item");
+  expect_declined(hollow, "__set_item", {}, 1);
+  expect_declined(hollow, "reshape");
+  expect_declined(hollow, "reshape", {Value("text")});
 }
 
 using MethodsDeathTest = Methods;

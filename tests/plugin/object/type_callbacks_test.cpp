@@ -1,5 +1,6 @@
 // object/type_callbacks_test.cpp: create, destroy, and how method and operator find their array
 
+#include "support/allocations.hpp"
 #include "support/module_test.hpp"
 
 namespace arrayfold::test {
@@ -78,13 +79,15 @@ TEST_F(TypeCallbacks, Operator_WithoutAnArrayOnEitherSide_IsDeclined) {
       }
 }
 
-TEST_F(TypeCallbacks, NewAny_OutOfMemory_MakesNoObject) {
-  EXPECT_EQ(of("$xintarray").create == nullptr, false);
-  hvm::refuse_new_objects(true);
-  const Answer answer = call("xzeros", {Value(2)});
-  hvm::refuse_new_objects(false);
-  EXPECT_EQ(answer.returned, 1);
-  EXPECT_TRUE(answer.result.is_nil());
+TEST_F(TypeCallbacks, Create_OutOfMemory_IsNull) {
+  for (const char* type : type_names) {
+    fail_allocation(1);
+    void* content = of(type).create();
+    const bool failed = allocation_has_failed();
+    fail_allocation(0);
+    EXPECT_TRUE(failed);
+    EXPECT_EQ(content, nullptr) << type;
+  }
 }
 
 }  // namespace

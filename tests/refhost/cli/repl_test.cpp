@@ -1,4 +1,4 @@
-// refhost/cli/repl_test.cpp: a session at a pseudo-terminal
+// refhost/cli/repl_test.cpp: a dialogue at a pseudo-terminal
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -6,6 +6,7 @@
 #include <pty.h>
 #include <signal.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -58,7 +59,15 @@ class Terminal {
     return before;
   }
 
-  void type(const std::string& text) { ASSERT_EQ(write(terminal_, text.data(), text.size()), ssize_t(text.size())); }
+  /// Types at the prompt. The line editor shows its prompt a moment before it takes over the terminal, and an end of
+  /// file in that moment would be the terminal's own and get lost.
+  void type(const std::string& text) {
+    ASSERT_TRUE(comes_true([this] {
+      termios settings = {};
+      return tcgetattr(terminal_, &settings) == 0 && (settings.c_lflag & ICANON) == 0;
+    })) << "the line editor does not take over the terminal";
+    ASSERT_EQ(write(terminal_, text.data(), text.size()), ssize_t(text.size()));
+  }
 
   /// Types a line at the prompt, and gives what is shown up to the next prompt.
   std::string answer(const std::string& line, const std::string& next_prompt = "\n> ") {
@@ -68,12 +77,22 @@ class Terminal {
 
   int exit_status() {
     int status = 0;
-    waitpid(child_, &status, 0);
-    is_running_ = false;
+    is_running_ = !comes_true([&] { return waitpid(child_, &status, WNOHANG) == child_; });
+    if (is_running_) return ADD_FAILURE() << "hvm does not end", -1;
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   }
 
  private:
+  /// Asks again and again, for at most twenty seconds.
+  template <class Condition>
+  static bool comes_true(Condition condition) {
+    for (int i = 0; i < 20000; ++i) {
+      if (condition()) return true;
+      usleep(1000);
+    }
+    return false;
+  }
+
   int terminal_ = -1;
   pid_t child_ = -1;
   bool is_running_ = true;

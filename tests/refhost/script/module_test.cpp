@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "session.hpp"
+#include "script_run.hpp"
 
 namespace hvm::testing {
 namespace {

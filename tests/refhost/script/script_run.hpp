@@ -1,4 +1,4 @@
-// refhost/script/session.hpp: runs a script over the toy module and keeps what it printed
+// refhost/script/script_run.hpp: runs a script over the toy module and keeps what it printed
 
 #pragma once
 

@@ -1,0 +1,68 @@
+// array/aligned_storage.hpp: the memory behind the elements of every array
+//
+// The allocator is part of the containers' type, so the policy for memory is written as that allocator's, for the
+// alignment of our arrays: one check of the size, one way to get memory, huge pages for big blocks. Whatever the array
+// library makes on the way has its memory from here, too. Every source that sees a container includes this first.
+
+#pragma once
+
+#include <cstddef>
+#include <new>
+#include <utility>
+
+#include <xsimd/xsimd.hpp>
+
+namespace arrayfold {
+
+/// One AVX register. The alignment of elements is part of what the containers are.
+inline constexpr std::size_t storage_alignment = 32;
+
+/// Memory for `count` elements, not set. From 4 MiB on it asks for huge pages, before its first write. Throws
+/// std::bad_alloc when that many bytes cannot be addressed or had.
+void* allocate_storage(std::size_t count, std::size_t element_size);
+void release_storage(void* memory) noexcept;
+
+}  // namespace arrayfold
+
+namespace xsimd {
+
+template <class T>
+class aligned_allocator<T, arrayfold::storage_alignment> {
+ public:
+  using value_type = T;
+  using pointer = T*;
+  using const_pointer = const T*;
+  using reference = T&;
+  using const_reference = const T&;
+  using size_type = std::size_t;
+  using difference_type = std::ptrdiff_t;
+
+  static constexpr std::size_t alignment = arrayfold::storage_alignment;
+
+  template <class U>
+  struct rebind {
+    using other = aligned_allocator<U, alignment>;
+  };
+
+  aligned_allocator() noexcept = default;
+  template <class U>
+  aligned_allocator(const aligned_allocator<U, alignment>&) noexcept {}
+
+  pointer allocate(size_type count, const void* = nullptr) {
+    return static_cast<pointer>(arrayfold::allocate_storage(count, sizeof(T)));
+  }
+  void deallocate(pointer memory, size_type) noexcept { arrayfold::release_storage(memory); }
+
+  size_type max_size() const noexcept { return static_cast<size_type>(PTRDIFF_MAX) / sizeof(T); }
+
+  template <class U, class... Args>
+  void construct(U* place, Args&&... args) {
+    new (static_cast<void*>(place)) U(std::forward<Args>(args)...);
+  }
+  template <class U>
+  void destroy(U* place) {
+    place->~U();
+  }
+};
+
+}  // namespace xsimd
