@@ -211,8 +211,9 @@ ScalarRef evaluate_node(ExpressionEvaluator& evaluator, const HostCodeNode* node
 std::optional<ArraySpec> read_array_spec(HostContext ctx, HostValue* value) {
   if (value->tag != ValueTag::code) return std::nullopt;
   const auto* code = load<const HostCode*>(value->payload);
-  if (code == nullptr || code->root == nullptr || code->root->kind != NodeKind::quotation) return std::nullopt;
-  const HostCodeSlot& link = code->root->link;
+  if (code == nullptr || code->root.get() == nullptr) return std::nullopt;
+  if (code->root.get()->kind != NodeKind::quotation) return std::nullopt;
+  const HostCodeSlot& link = code->root.get()->link;
   const std::uint32_t frame_base = code->frame_base;
   if (auto spec = read_named_call(link, frame_base)) return spec;
   if (auto spec = read_nested_quotation(link, frame_base)) return spec;

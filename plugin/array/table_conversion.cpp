@@ -108,8 +108,9 @@ template <class Kind>
 std::optional<ArrayData<typename Reading<Kind>::element>> read_code_value(HostContext ctx, HostValue* value) {
   if (value->tag != ValueTag::code) return std::nullopt;
   const auto* code = load<const HostCode*>(value->payload);
-  if (code == nullptr || code->root == nullptr || code->root->kind != NodeKind::quotation) return std::nullopt;
-  const HostCodeNode* row = node_in(code->root->link, NodeKind::data_row);
+  if (code == nullptr || code->root.get() == nullptr) return std::nullopt;
+  if (code->root.get()->kind != NodeKind::quotation) return std::nullopt;
+  const HostCodeNode* row = node_in(code->root.get()->link, NodeKind::data_row);
   if (row == nullptr) return std::nullopt;
   std::optional<ArrayData<typename Reading<Kind>::element>> data(std::in_place);
   ExpressionEvaluator evaluator(ctx, code->frame_base);
