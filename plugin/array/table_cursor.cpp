@@ -9,9 +9,14 @@ bool is_nil(const HostValue* value) { return value != nullptr && value->tag == V
 bool is_number(HostValue* value) { return value != nullptr && HVM_NumberCheck(value) != 0; }
 bool is_text(HostValue* value) { return value != nullptr && HVM_StringCheckAll(value) != 0; }
 
+/// Stands for a missing table: empty, and never shown to the host, whose tables are larger than their head.
+HostHash no_table{};
+
+HostHash* table_or_none(HostHash* hash) { return hash == nullptr ? &no_table : hash; }
+
 int highest_key(HostHash* hash) {
   int low = 0, high = -1;
-  HVM_HashGetBounds(hash, &low, &high);
+  if (hash != &no_table) HVM_HashGetBounds(hash, &low, &high);
   return high;
 }
 
@@ -24,9 +29,8 @@ HostHashItem* item_of(HostValue* found) {
 }
 
 // The order of the checks is fixed: a text is asked for only when no range fits.
-TableCursor::TableCursor(HostHash* hash, HostValue* first, HostValue* second) : hash_(hash), key_(first) {
-  static HostHash no_table{};
-  if (hash_ == nullptr) hash_ = &no_table;
+TableCursor::TableCursor(HostHash* hash, HostValue* first, HostValue* second)
+    : hash_(table_or_none(hash)), key_(first) {
   if (first == nullptr && second == nullptr) {
     mode_ = Mode::everything;
   } else if (is_nil(first) && is_nil(second)) {
@@ -49,8 +53,7 @@ TableCursor::TableCursor(HostHash* hash, HostValue* first, HostValue* second) : 
   } else if (first != nullptr && first->tag == ValueTag::table) {
     // required: the entries of the selector come out as they are; the table that it selects from is not asked.
     mode_ = Mode::selector_table;
-    hash_ = load<HostHash*>(first->payload);
-    if (hash_ == nullptr) hash_ = &no_table;
+    hash_ = table_or_none(load<HostHash*>(first->payload));
   }
 }
 
@@ -71,6 +74,7 @@ bool TableCursor::next_item() {
 }
 
 bool TableCursor::next_in_range() {
+  if (hash_ == &no_table) return false;
   while (low_ <= high_) {
     item_ = item_of(HVM_HashGetInt(hash_, static_cast<int>(low_++)));
     if (item_ != nullptr) return true;
@@ -81,7 +85,7 @@ bool TableCursor::next_in_range() {
 bool TableCursor::next_selected() {
   if (mode_ == Mode::range) return next_in_range();
   if (key_ == nullptr || !selects_one_key()) return false;
-  item_ = item_of(HVM_HashGet(nullptr, hash_, key_));
+  item_ = hash_ == &no_table ? nullptr : item_of(HVM_HashGet(nullptr, hash_, key_));
   key_ = nullptr;  // one match, be it null
   return true;
 }
