@@ -55,9 +55,12 @@ inline std::string_view text_at(const char* text) { return text == nullptr ? std
 /// The same for 16-bit characters.
 inline std::u16string_view wide_text_at(const char16_t* text) { return text == nullptr ? std::u16string_view() : text; }
 
-/// Releases what a slot of a table holds before something else is written there.
+/// Releases what a slot of a table holds before something else is written there, and leaves nil: the host may leave the
+/// tag behind, and what is released once must not look like content.
 inline void free_content(HostContext ctx, HostValue* slot) {
-  if (slot->tag != ValueTag::nil) HVM_FreeObjectContent(ctx, slot);
+  if (slot->tag == ValueTag::nil) return;
+  HVM_FreeObjectContent(ctx, slot);
+  slot->tag = ValueTag::nil;
 }
 
 }  // namespace arrayfold
