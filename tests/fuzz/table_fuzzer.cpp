@@ -14,48 +14,53 @@
 namespace arrayfold::fuzz {
 namespace {
 
-constexpr std::size_t most_entries = 2000;
+/// The most entries of a table, those of the tables in it counted where they stand.
+constexpr std::size_t largest_table = 2000;
 
 class TableDecoder {
  public:
   TableDecoder(ByteSource& bytes, HostContext ctx) : bytes_(bytes), ctx_(ctx) {}
 
   Value table() {
-    open_.push_back(Value::table());
-    while (step() && entries_ < most_entries) {
+    open_.emplace_back();
+    while (step() && open_.size() < largest_table) {
     }
     while (open_.size() > 1) close();
-    return open_.front();
+    return open_.front().table;
   }
 
  private:
+  struct Table {
+    Value table = Value::table();
+    Value key = Value();  // of the next entry; nil: the next position
+    std::size_t size = 1;
+  };
+
   /// Takes a letter; false at the end of the data.
   bool step() {
     switch (const char letter = bytes_.pick(".ilrtwna[]kKR=")) {
       case '.':
         return false;
       case '[':
-        open_.push_back(Value::table());
-        keys_.push_back(key_);
-        key_ = Value();
+        open_.emplace_back();
         return true;
       case ']':
         if (open_.size() > 1) close();
         return true;
       case 'k':
-        key_ = Value(bytes_.byte() % 2 == 0 ? "k" : "another key");
+        open_.back().key = Value(bytes_.byte() % 2 == 0 ? "k" : "another key");
         return true;
       case 'K':
-        key_ = Value(bytes_.small_number());
+        open_.back().key = Value(bytes_.small_number());
         return true;
       case 'R':
-        key_ = Value(bytes_.small_number() / 2.0);
+        open_.back().key = Value(bytes_.small_number() / 2.0);
         return true;
       case '=':
-        add(closed_);
+        add(closed_.table, closed_.size);
         return true;
       default:
-        add(leaf(letter));
+        add(leaf(letter), 1);
         return true;
     }
   }
@@ -81,27 +86,27 @@ class TableDecoder {
     }
   }
 
-  void add(Value value) {
-    ++entries_;
-    HostHash* table = hvm::table_of(open_.back().record());
-    HostValue* slot = key_.is_nil() ? hvm::slot(table, hvm::entry_count(table)) : hvm::slot(table, key_.record());
-    hvm::assign(*slot, value.record());
-    key_ = Value();
+  /// Adds an entry, unless the table would become too large.
+  void add(const Value& value, std::size_t size) {
+    Table& at_hand = open_.back();
+    if (at_hand.size + size > largest_table) return;
+    at_hand.size += size;
+    HostHash* table = hvm::table_of(at_hand.table.record());
+    const Value key = at_hand.key.is_nil() ? Value(hvm::entry_count(table)) : at_hand.key;
+    hvm::assign(*hvm::slot(table, key.record()), value.record());
+    at_hand.key = Value();
   }
 
   void close() {
     closed_ = open_.back();
     open_.pop_back();
-    key_ = keys_.back();
-    keys_.pop_back();
-    add(closed_);
+    add(closed_.table, closed_.size);
   }
 
   ByteSource& bytes_;
   HostContext ctx_;
-  std::vector<Value> open_, keys_;
-  Value key_, closed_;
-  std::size_t entries_ = 0;
+  std::vector<Table> open_;
+  Table closed_;
 };
 
 /// A quotation of a dtype's name alone.
