@@ -75,32 +75,48 @@ void read_elements(ExpressionEvaluator& evaluator, const HostCodeNode* row,
   data.cell_count = cells;
 }
 
-template <class Kind>
-int read_rows(HostContext ctx, ExpressionEvaluator& evaluator, const HostCodeNode* node, const HostCodeNode* first,
-              ArrayData<typename Reading<Kind>::element>& data, std::size_t depth) {
-  read_code_data<Kind>(ctx, evaluator, first, data, depth + 1);
-  int rows = 1;
-  for (const HostCodeNode* cell = node_in(node->value, NodeKind::list_cell); cell != nullptr;
-       cell = node_in(cell->value, NodeKind::list_cell)) {
-    if (const auto* row = load<const HostCodeNode*>(cell->link.payload))
-      read_code_data<Kind>(ctx, evaluator, row, data, depth + 1);
-    ++rows;
-  }
-  return rows;
+/// Rows that are being read: the cell of the one that was entered last, and how many there are so far.
+struct OpenRows {
+  const HostCodeNode* cell = nullptr;
+  int count = 0;
+};
+
+/// The row that a cell's link leads to. Null for what is no row and no cell: it counts as one and adds nothing.
+const HostCodeNode* row_in(const HostCodeSlot& link) {
+  const HostCodeNode* row = node_in(link, NodeKind::data_row);
+  return row != nullptr ? row : node_in(link, NodeKind::list_cell);
 }
 
 }  // namespace
 
+// Like nested tables, nested rows need none of the thread's stack.
 template <class Kind>
-bool read_code_data(HostContext ctx, ExpressionEvaluator& evaluator, const HostCodeNode* node,
+bool read_code_data(HostContext, ExpressionEvaluator& evaluator, const HostCodeNode* node,
                     ArrayData<typename Reading<Kind>::element>& data, std::size_t depth) {
-  enter_depth(data, depth);
-  if (const HostCodeNode* first = node_in(node->link, NodeKind::data_row)) {
-    data.shape[depth] = read_rows<Kind>(ctx, evaluator, node, first, data, depth);
-    return true;
+  xt::svector<OpenRows, 8> open;
+  for (const HostCodeNode* row = node; row != nullptr;) {
+    const std::size_t row_depth = depth + open.size();
+    enter_depth(data, row_depth);
+    if (const HostCodeNode* first = node_in(row->link, NodeKind::data_row)) {
+      open.push_back({row, 1});
+      row = first;
+      continue;
+    }
+    read_elements<Kind>(evaluator, row, data);
+    data.shape[row_depth] = static_cast<int>(data.cell_count);
+    row = nullptr;
+    while (row == nullptr && !open.empty()) {
+      OpenRows& innermost = open.back();
+      const HostCodeNode* cell = node_in(innermost.cell->value, NodeKind::list_cell);
+      if (cell == nullptr) {
+        data.shape[depth + open.size() - 1] = innermost.count;
+        open.resize(open.size() - 1);
+      } else {
+        innermost = {cell, innermost.count + 1};
+        row = row_in(cell->link);
+      }
+    }
   }
-  read_elements<Kind>(evaluator, node, data);
-  data.shape[depth] = static_cast<int>(data.cell_count);
   return true;
 }
 
