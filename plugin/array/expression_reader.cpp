@@ -5,6 +5,7 @@
 #include <cmath>
 #include <exception>
 #include <new>
+#include <vector>
 
 #include "array/dyn_array.hpp"
 #include "array/table_cursor.hpp"
@@ -63,6 +64,7 @@ std::optional<ArraySpec> read_nested_quotation(const HostCodeSlot& link, std::ui
     return named_spec("@@", frame_slot(quotation->link), nullptr, frame_base);
   const HostCodeNode* inner = node_in(quotation->link);
   if (inner == nullptr) return std::nullopt;
+  inner = unwrapped(inner);
   return spec_of_call(inner, "@" + std::string(name_in(inner->link)), frame_base);
 }
 
@@ -81,6 +83,7 @@ void read_named_variable(HostContext ctx, const HostCodeSlot& link) {
   const HostCodeNode* name = node_in(link, NodeKind::variable_name);
   if (name == nullptr || name->value.tag != SlotTag::variable) return;
   HostValue* variable = ctx->read_slot.get()(ctx, frame_slot(name->value));
+  if (variable == nullptr) return;
   const std::string text(text_at(HVM_AsString(variable)));
 }
 
@@ -388,13 +391,16 @@ class LiteralTable {
     read_part(item, key);
     advance_past(*key.record());
     if (node_in(item->value, NodeKind::literal_open) != nullptr) {
-      if (!may_open()) return false;
+      // A table without a key has no place that is known to last: what follows in it could not be built.
+      if (!may_open() || key.record()->tag == ValueTag::nil) return false;
       open_in(emptied(HVM_HashSet(ctx_, tables_.back(), key.record())));
       return true;
     }
     TemporaryValue value;
     write_literal(ctx_, value.record(), item->value);
-    value.pass_to(ctx_, emptied(HVM_HashSet(ctx_, tables_.back(), key.record())), false);
+    HostValue* slot = HVM_HashSet(ctx_, tables_.back(), key.record());
+    if (slot == nullptr) throw std::bad_alloc();
+    value.pass_to(ctx_, slot, false);
     return true;
   }
 
@@ -466,39 +472,61 @@ HostHash* table_in(const HostValue* value) {
   return load<HostHash*>(value->payload);
 }
 
-/// Takes what the pairs from `level` on choose, one for each level of nesting.
+/// Takes what the pairs choose, one for each level of nesting. Levels are kept on a stack of its own: their number is
+/// the script's, and the thread's stack is not.
 class Selection {
  public:
   Selection(HostContext ctx, const SelectorPairs& pairs) : ctx_(ctx), pairs_(pairs) {}
 
-  void select_level(HostHash* table, std::size_t level, HostValue* destination) const {
+  void select(HostHash* table, HostValue* destination) {
+    enter(table, 0, destination);
+    while (!open_.empty()) {
+      OpenLevel& innermost = open_.back();
+      if (!innermost.cursor.next()) {
+        open_.pop_back();
+        continue;
+      }
+      HostHash* below = table_in(&innermost.cursor.item()->value);
+      if (HostValue* slot = slot_for(innermost)) enter(below, innermost.pair + 1, slot);
+    }
+  }
+
+ private:
+  /// A level below which others follow, and the table that its matches go into.
+  struct OpenLevel {
+    TableCursor cursor;
+    std::size_t pair;
+    HostHash* made;
+    NextSlot next_slot;
+  };
+
+  /// Applies a pair to `table`: the last one fills `destination`, any other opens a level.
+  void enter(HostHash* table, std::size_t pair, HostValue* destination) {
     while (true) {
-      TableCursor cursor(table, pairs_[level].first, pairs_[level].second);
-      const bool last = level + 1 == pairs_.size();
-      if (!cursor.selects_one_key()) return last ? take_all(cursor, destination) : descend(cursor, level, destination);
+      TableCursor cursor(table, pairs_[pair].first, pairs_[pair].second);
+      const bool last = pair + 1 == pairs_.size();
+      if (!cursor.selects_one_key()) return last ? take_all(cursor, destination) : open(cursor, pair, destination);
       cursor.next();
       if (cursor.item() == nullptr) return;
       HostValue* value = &cursor.item()->value;
       if (last) return HVM_DupObject(ctx_, destination, value, 1);
       // A single key adds no level to the result.
       table = table_in(value);
-      ++level;
+      ++pair;
     }
   }
 
- private:
-  /// required: below the last level integer keys are counted anew and string keys are kept ...
-  void descend(TableCursor& cursor, std::size_t level, HostValue* destination) const {
+  void open(const TableCursor& cursor, std::size_t pair, HostValue* destination) {
     HostHash* made = force_table(ctx_, destination, cursor.capacity());
-    NextSlot next_slot(ctx_, made);
-    while (cursor.next()) {
-      HostHash* table = table_in(&cursor.item()->value);
-      HostValue* slot = nullptr;
-      if (cursor.item()->key.tag == ValueTag::integer) slot = next_slot();
-      if (cursor.item()->key.tag == ValueTag::string_record) slot = HVM_HashSet(ctx_, made, &cursor.item()->key);
-      // A key of any other kind has no place in the result: its entry is passed over.
-      if (slot != nullptr) select_level(table, level + 1, slot);
-    }
+    open_.push_back({cursor, pair, made, NextSlot(ctx_, made)});
+  }
+
+  /// required: below the last level integer keys are counted anew and string keys are kept ... A key of any other kind
+  /// has no place in the result: its entry is passed over.
+  HostValue* slot_for(OpenLevel& level) const {
+    HostValue* key = &level.cursor.item()->key;
+    if (key->tag == ValueTag::integer) return level.next_slot();
+    return key->tag == ValueTag::string_record ? HVM_HashSet(ctx_, level.made, key) : nullptr;
   }
 
   /// required: ... and at the last level every key is counted anew.
@@ -509,6 +537,7 @@ class Selection {
 
   HostContext ctx_;
   const SelectorPairs& pairs_;
+  std::vector<OpenLevel> open_;
 };
 
 }  // namespace
@@ -522,7 +551,7 @@ void build_selection(ExpressionEvaluator& evaluator, const HostCodeNode* node, H
        cell = node_in(cell->value))
     pairs.push_back(pair_in(evaluator, cell));
   if (pairs.empty()) return;
-  if (pairs.size() > 1) return Selection(evaluator.ctx(), pairs).select_level(table, 0, result);
+  if (pairs.size() > 1) return Selection(evaluator.ctx(), pairs).select(table, result);
   // required: one selector gives its first match alone, a range too.
   TableCursor cursor(table, pairs[0].first, pairs[0].second);
   if (cursor.next() && cursor.item() != nullptr) HVM_DupObject(evaluator.ctx(), result, &cursor.item()->value, 1);
