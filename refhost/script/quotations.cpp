@@ -90,6 +90,9 @@ int Interpreter::answer_call(const void* callee, HostContext ctx, HostValue* arg
   const auto& called = *static_cast<const Callee*>(static_cast<const arrayfold::HostSymbol*>(callee));
   KeptError& kept = interpreter.kept_error_;
   if (kept) return 0;
+  const auto keep = [&](const char* message) {
+    kept.emplace(message, called.code->source, called.expression ? called.expression->span : Span{});
+  };
   try {
     const Value answer = interpreter.call_back(called, args, nargs);
     assign(*result, answer.record());
@@ -97,7 +100,9 @@ int Interpreter::answer_call(const void* callee, HostContext ctx, HostValue* arg
   } catch (ScriptError& error) {
     kept.emplace(std::move(error));
   } catch (const std::bad_alloc&) {
-    kept.emplace("out of memory", called.code->source, called.expression ? called.expression->span : Span{});
+    keep("out of memory");
+  } catch (const std::exception& error) {
+    keep(error.what());
   }
   return 0;
 }

@@ -244,13 +244,35 @@ TEST(Errors, InACallOutOfAModule_AreKeptUntilItReturns) {
     const std::string text = std::string(script).replace(std::string(script).find("%s"), 2, entry);
     expect_readings({{text.c_str(), "!'/' by the integer zero"}});
   }
-  expect_readings(
-      {{"reading(@g(missing + 1, 1 / 0))", "!there is no variable 'missing'"},
-       {"reading(@g(missing()))", "!there is no function 'missing'"},
-       {"reading(@g(reading(@h(1 / 0))))", "!'/' by the integer zero"},
-       {"reading(@g(throwing(@h(1))))", "!throwing: the module threw std::runtime_error: after reading"},
-       {"fn f(a)\nend\nreading(@g(f()))", "!f: it takes 1 argument, not 0"},
-       {"fn f(n)\nreturn reading(@g(f(n + 1)))\nend\nf(0)", "!the calls nest too deeply: more than 1000 levels"}});
+  expect_readings({{"reading(@g(missing + 1, 1 / 0))", "!there is no variable 'missing'"},
+                   {"reading(@g(missing()))", "!there is no function 'missing'"},
+                   {"reading(@g(reading(@h(1 / 0))))", "!'/' by the integer zero"},
+                   {"reading(@g(throwing(@h(1))))", "!throwing: the module threw std::runtime_error: after reading"},
+                   {"fn f(a)\nend\nreading(@g(f()))", "!f: it takes 1 argument, not 0"}});
+}
+
+TEST(Errors, EndlessRecursionThroughAModule_IsOne) {
+  const std::string end = output_of(reader_functions(), "fn f(n)\nreturn reading(@g(f(n + 1)))\nend\nf(0)");
+  EXPECT_EQ(end.find("!the calls nest too deeply: "), 0u) << end;
+}
+
+TEST(Errors, OfTheHostItself_DoNotPassThroughAModule) {
+  const auto message = [](PrintLine print) {
+    Interpreter interpreter(reader_functions(), {true, std::move(print)});
+    try {
+      interpreter.run(interpreter.parse(std::make_shared<SourceText>("a.hvm", "x = reading(@g(print(1)))")));
+    } catch (const ScriptError& error) {
+      return error.report();
+    }
+    return std::string("no error");
+  };
+  const auto place = [](const std::string& words) {
+    return "a.hvm:1:16: error: " + words + "\n    x = reading(@g(print(1)))\n                   ^\n";
+  };
+  const auto out_of_memory = [](const std::string&, const SourceText&, std::size_t) { throw std::bad_alloc(); };
+  const auto broken = [](const std::string&, const SourceText&, std::size_t) { throw std::runtime_error("broken"); };
+  EXPECT_EQ(message(out_of_memory), place("out of memory"));
+  EXPECT_EQ(message(broken), place("broken"));
 }
 
 TEST(Errors, AfterAKeptOne_TheNextCallsAreClean) {
