@@ -220,51 +220,43 @@ TEST_F(Selections, ByARangeThatRunsBackwards_AreEmpty) {
   EXPECT_EQ(selected_from(matrix(), {code.range(integer(2), integer(0)), integer(0)}), "value []");
 }
 
-/// A table made by hand whose other items have these keys, each with the table [n].
+/// A table whose ordered part has these keys, which no host would put there, each with the table [n].
 struct OddTable {
-  explicit OddTable(const std::vector<Value>& item_keys) : keys(item_keys) {
-    for (std::size_t n = 0; n < keys.size(); ++n) {
-      values.push_back(Value::table_of({Value(static_cast<int>(n))}));
-      HostHashItem item{};
-      item.key = keys[n].record();
-      item.value = values.back().record();
-      items.push_back(item);
+  explicit OddTable(const std::vector<Value>& odd_keys) : keys(odd_keys), value(Value::table()) {
+    HostHash* hash = hvm::table_of(value.record());
+    for (int n = 0; n < static_cast<int>(keys.size()); ++n) *hvm::slot(hash, n) = Value::table_of({Value(n)}).give_up();
+    for (int n = 0; n < static_cast<int>(keys.size()); ++n) {
+      HostValue& key = item(n).key;
+      key = keys[static_cast<std::size_t>(n)].record();
+      key.lifetime = Lifetime::none;  // it is this record's, not the table's
     }
-    for (HostHashItem& item : items) pointers.push_back(&item);
-    hash.index = pointers.data();
-    hash.index_count = static_cast<int>(pointers.size());
   }
-  Value value() {
-    Value table = raw(ValueTag::table);
-    store<HostHash*>(table.record().payload, &hash);
-    return table;
-  }
-  std::vector<Value> keys, values;
-  std::vector<HostHashItem> items;
-  std::vector<HostHashItem*> pointers;
-  HostHash hash{};
+  HostHashItem& item(int n) { return *hvm::table_of(value.record())->index.get()[n]; }
+
+  std::vector<Value> keys;
+  Value value;
 };
 
 TEST_F(Selections, Required_BelowTheLastLevel_IntegerKeysAreCountedAnew_StringKeysAreKept) {
   OddTable odd({Value(7), Value::string_record("k"), Value(-3)});
-  EXPECT_EQ(selected_from(odd.value(), {everything(), integer(0)}), "value [0, 2, \"k\": 1]");
-  EXPECT_EQ(selected_from(odd.value(), {everything(), everything()}), "value [[0], [2], \"k\": [1]]");
+  EXPECT_EQ(selected_from(odd.value, {everything(), integer(0)}), "value [0, 2, \"k\": 1]");
+  EXPECT_EQ(selected_from(odd.value, {everything(), everything()}), "value [[0], [2], \"k\": [1]]");
 }
 
 TEST_F(Selections, BelowTheLastLevel_AnEntryUnderAnyOtherKeyIsPassedOver) {
   OddTable odd({Value(7), Value(2.5), Value(std::int64_t{1} << 40), Value(), Value("k"), Value(8)});
-  EXPECT_EQ(selected_from(odd.value(), {everything(), integer(0)}), "value [0, 5]");
+  EXPECT_EQ(selected_from(odd.value, {everything(), integer(0)}), "value [0, 5]");
 }
 
 TEST_F(Selections, BelowTheLastLevel_AnOddKeyStillNeedsATable) {
   OddTable odd({Value(2.5)});
-  odd.items[0].value = Value(1).record();
-  EXPECT_THROW(selected_from(odd.value(), {everything(), integer(0)}), invalid_array_object);
+  hvm::assign(odd.item(0).value, Value(1).record());
+  EXPECT_THROW(selected_from(odd.value, {everything(), integer(0)}), invalid_array_object);
 }
 
 TEST_F(Selections, Required_AtTheLastLevel_EveryKeyIsCountedAnew) {
   OddTable odd({Value(7), Value::string_record("k"), Value(2.5), Value()});
-  Value outer = Value::table_of({odd.value()});
+  Value outer = Value::table_of({odd.value});
   EXPECT_EQ(selected_from(outer, {integer(0), everything()}), "value [[0], [1], [2], [3]]");
 }
 

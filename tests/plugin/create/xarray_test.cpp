@@ -338,6 +338,19 @@ TEST_F(Xarray, KeysOutOfOrder_FollowTheOrderedOnes) {
   EXPECT_EQ(text_of(from("int", source)), "4 [1,2,3,4]");
 }
 
+TEST_F(Xarray, OfATableWhoseShapeOverflows_EndsInBadAlloc) {
+  // Each level has 65536 entries, of which the last is the next level: the extents' product wraps to none.
+  Value nested = Value(1);
+  std::vector<Value> entries(65535, Value(1));
+  for (int level = 0; level < 4; ++level) {
+    entries.push_back(nested);
+    nested = table(entries);
+    entries.pop_back();
+  }
+  for (const char* dtype : {"bool", "int", "int64", "float", "double"})
+    EXPECT_THROW(from(dtype, nested), std::bad_alloc);
+}
+
 TEST_F(Xarray, OfATableNestedDeeply_IsReadAndDumped) {
   Value nested = numbers({7});
   for (int n = 1; n < 100000; ++n) nested = table({nested});
