@@ -461,5 +461,25 @@ TEST_F(Xarray, TheGatheredElements_AreAnotherCopy) {
   EXPECT_EQ(gathered_in<XTInt>(answer.result), (std::vector<std::int32_t>{1, 2}));
 }
 
+// ---- Memory
+
+TEST_F(Xarray, TheElements_AreHeldTwiceAndNoMore) {
+  const EntryFunction function = Module::loaded().entry("xarray");
+  const auto allocations_of = [&](std::vector<Value> args) {
+    Value result;
+    const auto before = allocations().made;
+    EXPECT_EQ(function(ctx(), hvm::records_of(args), static_cast<int>(args.size()), result.address()), 1);
+    return allocations().made - before;
+  };
+  // Object, array, gathered elements, container with its control block, elements.
+  EXPECT_EQ(allocations_of({code.quoted_call("double", {integer(2), integer(3)})}), 5);
+  // The same, the shape as it is read (1 and 2 entries), and the stack of tables (1 and 2), elements growing to 1,
+  // 2, 4.
+  EXPECT_EQ(allocations_of({code.quoted_call("double"), table({numbers({1, 2}), numbers({3, 4})})}), 5 + 2 + 2 + 2);
+  // The row's two elements grow from 1 to 2, and the shape has one entry.
+  EXPECT_EQ(allocations_of({code.quoted_call("double"), code.quoted(leads_to(code.row({real(1.0), real(2.0)})))}),
+            5 + 1 + 1);
+}
+
 }  // namespace
 }  // namespace arrayfold::test
