@@ -27,7 +27,7 @@ class Quotation {
     for (std::size_t row = 0; row < 3; ++row) {
       for (std::size_t column = 0; column < 3; ++column)
         write_element(cell(row, column), static_cast<double>(3 * row + column));
-      // The first row begins a cell of the outer chain as well; those of the others are made for it.
+      // The chain of rows: its first cell is of a row's kind, too.
       nodes_[9 + row].kind = row == 0 ? NodeKind::data_row : NodeKind::list_cell;
       store<const void*>(nodes_[9 + row].link.payload, &nodes_[3 * row]);
       if (row < 2) store<const void*>(nodes_[9 + row].value.payload, &nodes_[10 + row]);
