@@ -390,9 +390,9 @@ HostCodeNode* TreeDecoder::array_literal() {
 
 HostCodeNode* TreeDecoder::literal_item(char letter) {
   static constexpr std::string_view part_letters = "irltw0u";
-  const auto part = [&](std::string_view letters) {
+  const auto part = [&] {
     return changed(make(NodeKind::list_cell), [&](HostCodeNode& node) {
-      if (!write_literal(node.value, bytes_.pick(letters))) write_unknown(node.value);
+      if (!write_literal(node.value, bytes_.pick(part_letters))) write_unknown(node.value);
     });
   };
   switch (letter) {
@@ -403,17 +403,17 @@ HostCodeNode* TreeDecoder::literal_item(char letter) {
     case 'e':
     case '-':
       return changed(make(NodeKind::literal_item), [&](HostCodeNode& item) {
-        lead_to(item.link, part(part_letters));
+        lead_to(item.link, part());
         item.value.tag = SlotTag::absent;
       });
     case 'p':
       return changed(make(NodeKind::literal_item), [&](HostCodeNode& item) {
-        lead_to(item.link, part(part_letters));
+        lead_to(item.link, part());
         if (!write_literal(item.value, bytes_.pick(part_letters))) lead_to(item.value, nullptr);
       });
     case '{':
       return changed(make(NodeKind::literal_item), [&](HostCodeNode& item) {
-        lead_to(item.link, part("irltw0"));
+        lead_to(item.link, part());
         lead_to(item.value, make(NodeKind::literal_open));
       });
     case 'x':
@@ -483,10 +483,11 @@ HostCodeNode* TreeDecoder::row(int depth) {
   HostCodeNode* cell = row;
   const bool holds_rows = bytes_.pick("e[") == '[';
   while (cell != nullptr) {
-    if (holds_rows)
-      lead_to(cell->link, bytes_.pick("r=") == 'r' ? this->row(depth + 1) : shared(rows_));
-    else
+    const char form = holds_rows ? bytes_.pick("r=e") : 'e';
+    if (form == 'e')
       write_element(cell->link, bytes_.pick("rilvtwnu0"));
+    else
+      lead_to(cell->link, form == 'r' ? this->row(depth + 1) : shared(rows_));
     const char letter = bytes_.pick(".,k");
     if (letter == '.') break;
     HostCodeNode* next = make(letter == ',' ? NodeKind::list_cell : any_kind());
