@@ -63,6 +63,9 @@ ScalarRef evaluate_cell(ExpressionEvaluator& evaluator, const HostCodeSlot* slot
 /// The short form for data literals: a literal, a name or a variable in `slot` itself.
 ScalarRef evaluate_slot(ExpressionEvaluator& evaluator, const HostCodeSlot* slot);
 
+/// The value of an argument that has to be computed; unreadable for every other kind of node.
+ScalarRef evaluate_node(ExpressionEvaluator& evaluator, const HostCodeNode* node);
+
 /// Makes `result` the table that an array literal writes down.
 void build_literal_table(ExpressionEvaluator& evaluator, const HostCodeNode* node, HostValue* result);
 

@@ -36,16 +36,15 @@ std::optional<std::size_t> product(const Shape& extents) {
   return count;
 }
 
-/// Asks for huge pages under fresh memory. Advice only: failing changes nothing.
-[[maybe_unused]] void advise_huge_pages(void* memory, std::size_t bytes) noexcept {
+}  // namespace
+
+void advise_huge_pages(void* memory, std::size_t bytes) noexcept {
   if (bytes < least_for_huge_pages) return;
   // Whole pages only: from the first page boundary in the block on.
   void* start = memory;
   std::size_t space = bytes;
   if (std::align(page, huge_page, start, space)) madvise(start, space & ~(page - 1), MADV_HUGEPAGE);
 }
-
-}  // namespace
 
 std::size_t checked_size(const Shape& extents, std::size_t element_size) {
   for (const std::size_t extent : extents)

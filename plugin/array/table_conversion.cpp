@@ -2,6 +2,10 @@
 
 #include "array/table_conversion.hpp"
 
+#include <algorithm>
+
+#include "array/storage.hpp"
+
 namespace arrayfold {
 namespace {
 
@@ -17,34 +21,73 @@ void enter_depth(ArrayData<T>& data, std::size_t depth) {
   if (depth == data.shape.size()) data.shape.push_back(0);
 }
 
+/// Makes room for the entries of a table that is entered, so that a long one is not copied as it grows. Room comes in
+/// powers of two, as it does by growing.
+template <class T>
+void make_room(std::vector<T>& values, std::size_t more) {
+  const std::size_t least = values.size() + more;
+  if (least <= values.capacity()) return;
+  std::size_t room = 8;
+  while (room < least) room *= 2;
+  values.reserve(room);
+  if constexpr (!std::is_same_v<T, bool>) advise_huge_pages(values.data(), values.capacity() * sizeof(T));
+}
+
+/// Takes numbers until the table ends, which is null, or something else comes.
+template <class Kind>
+HostValue* take_numbers(OpenTable& table, std::vector<typename Reading<Kind>::element>& values) {
+  HostHashItem** const ordered = table.cursor.ordered_rest();
+  const int left = table.cursor.ordered_left();
+  for (int n = 0; n < left; ++n) {
+    HostValue* value = &ordered[n]->value;
+    if (value->tag == ValueTag::table || !HVM_NumberCheck(value)) {
+      table.cursor.pass_ordered(n + 1);
+      table.count += n;
+      return value;
+    }
+    values.push_back(Reading<Kind>::read(value));
+  }
+  table.cursor.pass_ordered(left);
+  table.count += left;
+  while (table.cursor.next()) {
+    HostValue* value = &table.cursor.item()->value;
+    if (value->tag == ValueTag::table || !HVM_NumberCheck(value)) return value;
+    values.push_back(Reading<Kind>::read(value));
+    ++table.count;
+  }
+  return nullptr;
+}
+
 }  // namespace
 
-// Nested tables are kept on a stack of its own: their depth is the script's, and the thread's stack is not.
+// The tables around the innermost are kept on a stack of its own: their depth is the script's, and the thread's stack
+// is not.
 template <class Kind>
 int read_table_data(ArrayData<typename Reading<Kind>::element>& data, HostContext, HostHash* hash,
                     const char* /*message*/, std::size_t depth) {
-  std::vector<OpenTable> open;
-  open.emplace_back(hash);
-  enter_depth(data, depth);
-  while (!open.empty()) {
-    OpenTable& innermost = open.back();
-    if (!innermost.cursor.next()) {
-      data.shape[depth + open.size() - 1] = innermost.count;
-      open.pop_back();
-      if (!open.empty()) ++open.back().count;
-      continue;
+  std::vector<OpenTable> outer;
+  OpenTable innermost(hash);
+  const auto enter = [&] {
+    enter_depth(data, depth + outer.size());
+    make_room(data.values, innermost.cursor.most_left());
+  };
+  enter();
+  while (true) {
+    HostValue* other = take_numbers<Kind>(innermost, data.values);
+    if (other == nullptr) {
+      data.shape[depth + outer.size()] = innermost.count;
+      if (outer.empty()) return 1;
+      innermost = outer.back();
+      outer.pop_back();
+      ++innermost.count;
+    } else if (other->tag == ValueTag::table) {
+      outer.push_back(innermost);
+      innermost = OpenTable(load<HostHash*>(other->payload));
+      enter();
+    } else {
+      return 0;
     }
-    HostValue* value = &innermost.cursor.item()->value;
-    if (value->tag == ValueTag::table) {
-      open.emplace_back(load<HostHash*>(value->payload));
-      enter_depth(data, depth + open.size() - 1);
-      continue;
-    }
-    if (!HVM_NumberCheck(value)) return 0;
-    data.values.push_back(Reading<Kind>::read(value));
-    ++innermost.count;
   }
-  return 1;
 }
 
 namespace {

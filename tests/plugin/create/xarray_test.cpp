@@ -473,9 +473,8 @@ TEST_F(Xarray, TheElements_AreHeldTwiceAndNoMore) {
   };
   // Object, array, gathered elements, container with its control block, elements.
   EXPECT_EQ(allocations_of({code.quoted_call("double", {integer(2), integer(3)})}), 5);
-  // The same, the shape as it is read (1 and 2 entries), and the stack of tables (1 and 2), elements growing to 1,
-  // 2, 4.
-  EXPECT_EQ(allocations_of({code.quoted_call("double"), table({numbers({1, 2}), numbers({3, 4})})}), 5 + 2 + 2 + 2);
+  // The same, the shape as it is read (1 and 2 entries), and the table around the innermost.
+  EXPECT_EQ(allocations_of({code.quoted_call("double"), table({numbers({1, 2}), numbers({3, 4})})}), 5 + 2 + 1);
   // The row's two elements grow from 1 to 2, and the shape has one entry.
   EXPECT_EQ(allocations_of({code.quoted_call("double"), code.quoted(leads_to(code.row({real(1.0), real(2.0)})))}),
             5 + 1 + 1);
