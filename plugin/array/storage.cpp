@@ -60,34 +60,37 @@ bool extents_cover(const Shape& extents, std::size_t count) noexcept {
   return product(extents) == count;
 }
 
+namespace {
+
+#ifdef ARRAYFOLD_EXACT_STORAGE
+void* allocate_aligned(std::size_t bytes) { return ::operator new (bytes, std::align_val_t{storage_alignment}); }
+void free_aligned(void* memory) { ::operator delete (memory, std::align_val_t{storage_alignment}); }
+#else
 // The C library's aligned allocation passes its cache of freed blocks by and costs several times a plain one. A plain
 // block is taken instead, larger by one alignment, and its address kept in the word before the elements.
+void* allocate_aligned(std::size_t bytes) {
+  void* block = ::operator new(bytes + storage_alignment);
+  void* memory = static_cast<void**>(block) + 1;
+  std::size_t space = bytes + storage_alignment - sizeof(void*);
+  std::align(storage_alignment, bytes, memory, space);
+  static_cast<void**>(memory)[-1] = block;
+  return memory;
+}
+void free_aligned(void* memory) { ::operator delete(static_cast<void**>(memory)[-1]); }
+#endif
+
+}  // namespace
+
 void* allocate_storage(std::size_t count, std::size_t element_size) {
   if (count > (largest_size - storage_alignment) / element_size) throw std::bad_alloc();
   const std::size_t bytes = count * element_size;
-#ifdef ARRAYFOLD_EXACT_STORAGE
-  return ::operator new (bytes, std::align_val_t{storage_alignment});
-#else
-  void* block = ::operator new(bytes + storage_alignment);
-  void* memory = block;
-  std::size_t space = bytes + storage_alignment;
-  // Behind the block's first word, which a block of the C library's alignment has room for before the next boundary.
-  memory = static_cast<std::byte*>(memory) + sizeof(void*);
-  space -= sizeof(void*);
-  std::align(storage_alignment, bytes, memory, space);
-  static_cast<void**>(memory)[-1] = block;
+  void* memory = allocate_aligned(bytes);
   advise_huge_pages(memory, bytes);
   return memory;
-#endif
 }
 
 void release_storage(void* memory) noexcept {
-  if (memory == nullptr) return;
-#ifdef ARRAYFOLD_EXACT_STORAGE
-  ::operator delete (memory, std::align_val_t{storage_alignment});
-#else
-  ::operator delete(static_cast<void**>(memory)[-1]);
-#endif
+  if (memory != nullptr) free_aligned(memory);
 }
 
 }  // namespace arrayfold
