@@ -6,6 +6,7 @@ namespace arrayfold::bench {
 
 void add_creation();
 void add_text();
+void add_tables();
 void add_calls();
 void add_operators();
 

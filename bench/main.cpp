@@ -10,6 +10,7 @@
 int main(int argc, char** argv) try {
   arrayfold::bench::add_creation();
   arrayfold::bench::add_text();
+  arrayfold::bench::add_tables();
   arrayfold::bench::add_calls();
   arrayfold::bench::add_operators();
 

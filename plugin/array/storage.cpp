@@ -36,7 +36,8 @@ std::optional<std::size_t> product(const Shape& extents) {
   return count;
 }
 
-/// Asks for huge pages under fresh memory. Advice only: failing changes nothing.
+}  // namespace
+
 void advise_huge_pages(void* memory, std::size_t bytes) noexcept {
   if (bytes < least_for_huge_pages) return;
   // Whole pages only: from the first page boundary in the block on.
@@ -44,8 +45,6 @@ void advise_huge_pages(void* memory, std::size_t bytes) noexcept {
   std::size_t space = bytes;
   if (std::align(page, huge_page, start, space)) madvise(start, space & ~(page - 1), MADV_HUGEPAGE);
 }
-
-}  // namespace
 
 std::size_t checked_size(const Shape& extents, std::size_t element_size) {
   for (const std::size_t extent : extents)

@@ -18,6 +18,9 @@ namespace arrayfold {
 /// A number of a script as an extent: sign-extended, so that a negative one is far too large for any array.
 inline std::size_t extent_of(int number) { return static_cast<std::size_t>(std::int64_t{number}); }
 
+/// Asks for huge pages under fresh memory of any allocator. Advice only: failing changes nothing.
+void advise_huge_pages(void* memory, std::size_t bytes) noexcept;
+
 /// The product of `extents`. Throws std::bad_alloc when an extent is a negative number in disguise, or when that many
 /// elements of `element_size` bytes could not be addressed.
 std::size_t checked_size(const Shape& extents, std::size_t element_size);

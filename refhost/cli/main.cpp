@@ -41,6 +41,11 @@ Value arguments_table(const std::vector<std::string>& arguments) {
 
 void put_line(const std::string& text) { fmt::print("{}\n", text); }
 
+void put_warning(const std::string& report) {
+  std::fflush(stdout);
+  fmt::print(stderr, "{}", report);
+}
+
 int run_source(Interpreter& interpreter, const SourcePtr& source) {
   try {
     interpreter.run(interpreter.parse(source));
@@ -69,7 +74,8 @@ int run_scripts(const Settings& settings, const Module& module) {
   const std::vector<std::string> arguments(settings.rest.begin() + static_cast<std::ptrdiff_t>(names),
                                            settings.rest.end());
   Interpreter interpreter(
-      module.functions, {has_guards, [](const std::string& text, const SourceText&, std::size_t) { put_line(text); }});
+      module.functions,
+      {has_guards, [](const std::string& text, const SourceText&, std::size_t) { put_line(text); }, put_warning});
   interpreter.set_global("args", arguments_table(arguments));
   if (source) return run_source(interpreter, source);
   run_repl(interpreter);

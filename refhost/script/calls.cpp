@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "script/frame_scope.hpp"
 #include "script/guards.hpp"
 #include "script/interpreter.hpp"
 #include "script/number_text.hpp"
@@ -10,24 +11,27 @@
 
 namespace hvm {
 
-Value Interpreter::evaluate(const Call& form, Span span) {
+Value Interpreter::evaluate(const Call& form, Span span) { return call(form.name, evaluate(form.arguments), span); }
+
+Value Interpreter::call(const std::string& name, std::vector<Value> arguments, Span span) {
   // The function is held while it runs: an input that it reads may not take it away.
-  const auto entry = functions_.find(form.name);
+  const auto entry = functions_.find(name);
   const std::shared_ptr<const Function> function = entry == functions_.end() ? nullptr : entry->second;
-  std::vector<Value> arguments = evaluate(form.arguments);
   if (function) return call_fn(*function, std::move(arguments), span);
-  if (const Builtin* builtin = find_builtin(form.name)) {
+  if (const Builtin* builtin = find_builtin(name)) {
     const ModuleCaller from = caller(span);
     return placed(span, [&] {
       return call_builtin(*builtin, {from, span, options_.has_guards, options_.print, arguments});
     });
   }
-  return call_module(form.name, arguments, span);
+  return call_module(name, arguments, span);
 }
 
 Value Interpreter::call_module(const std::string& name, std::vector<Value>& arguments, Span span) {
   const arrayfold::EntryFunction function = module_functions_.find(name);
   if (!function) fail_unknown_function(name, span);
+  require_live(arguments, span);
+  warn_of_lost_elements(name, arguments);
   return placed(span, [&] {
     if (options_.has_guards) guard_call(name, arguments);
     return call_function(caller(span), name, function, arguments);
@@ -66,19 +70,19 @@ void Interpreter::require_room(Span span) const {
 }
 
 Value Interpreter::run_body(const Function& function, std::vector<Value> arguments) {
-  Frame frame{&function, std::vector<Slot>(function.locals.size())};
+  Frame frame(function, frames_.empty() ? nullptr : frames_.back(), live_codes_);
   for (std::size_t i = 0; i < arguments.size(); ++i) frame.locals[i] = {std::move(arguments[i]), true};
-  struct FrameScope {
+  frames_.push_back(&frame);
+  struct LivingFrame {
     Interpreter& interpreter;
-    Frame* outer;
-    ~FrameScope() {
-      interpreter.frame_ = outer;
+    ~LivingFrame() {
+      interpreter.frames_.pop_back();
       --interpreter.call_depth_;
     }
-  } const scope{*this, frame_};
-  const SourceScope source(source_, function.source);
-  frame_ = &frame;
+  } const living{*this};
   ++call_depth_;
+  const FrameScope scope(*this, &frame);
+  const SourceScope source(source_, function.source);
   const Flow flow = execute(function.body);
   return flow == Flow::returned ? std::move(returned_) : Value();
 }
@@ -86,6 +90,7 @@ Value Interpreter::run_body(const Function& function, std::vector<Value> argumen
 Value Interpreter::method(Value& self, const MethodCall& form, Span span) {
   std::vector<Value> arguments = evaluate(form.arguments);
   if (!self.is_object()) fail(fmt::format("{} has no methods", kind_in_words(self)), span);
+  require_live(arguments, span);
   Value result;
   placed(span, [&] {
     const ModuleCaller from = caller(span);

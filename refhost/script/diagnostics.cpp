@@ -54,6 +54,12 @@ std::size_t edit_distance(std::string_view a, std::string_view b) {
   return row.back();
 }
 
+std::string report_of(const char* severity, const std::string& message, const SourceText& source, Span span) {
+  const Place place = source.place(span.begin);
+  return fmt::format("{}:{}:{}: {}: {}\n", source.name(), place.line, place.column, severity, message) +
+         caret_lines(source.line_text(place.line), place.column);
+}
+
 }  // namespace
 
 ScriptError::ScriptError(std::string message, SourcePtr source, Span span, Completeness completeness)
@@ -69,12 +75,14 @@ void ScriptError::add_call(const std::string& function, const SourceText& source
 }
 
 std::string ScriptError::report() const {
-  const Place place = source_->place(span_.begin);
-  std::string text = fmt::format("{}:{}:{}: error: {}\n", source_->name(), place.line, place.column, message_);
-  text += caret_lines(source_->line_text(place.line), place.column);
+  std::string text = report_of("error", message_, *source_, span_);
   for (const std::string& call : calls_) text += call;
   if (omitted_calls_ > 0) text += fmt::format("  and {} calls more\n", omitted_calls_);
   return text;
+}
+
+std::string warning_report(const std::string& message, const SourceText& source, Span span) {
+  return report_of("warning", message, source, span);
 }
 
 std::string suggestion(std::string_view name, const std::vector<std::string_view>& candidates) {

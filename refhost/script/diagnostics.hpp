@@ -52,6 +52,9 @@ class Failure : public std::exception {
   std::string message_;
 };
 
+/// `file:line:column: warning: message`, the line, and a caret under the column.
+std::string warning_report(const std::string& message, const SourceText& source, Span span);
+
 /// ` (did you mean 'xsum'?)` with the candidate that is nearest to `name`; empty when none is near.
 std::string suggestion(std::string_view name, const std::vector<std::string_view>& candidates);
 

@@ -41,13 +41,21 @@ Value Interpreter::evaluate(const TableLiteral& form, Span span) {
   return table;
 }
 
-Interpreter::Slot& Interpreter::slot_of(const Variable& variable) {
+Slot& Interpreter::slot_of(const Variable& variable) {
+  return variable.is_local ? frame_->locals[variable.slot] : globals_[variable.slot];
+}
+
+const Slot& Interpreter::slot_of(const Variable& variable) const {
   return variable.is_local ? frame_->locals[variable.slot] : globals_[variable.slot];
 }
 
 Value Interpreter::evaluate(const Variable& form, Span span) {
   const Slot& slot = slot_of(form);
-  if (slot.is_set) return slot.value;
+  if (!slot.is_set) fail_unset(form, span);
+  return slot.value;
+}
+
+void Interpreter::fail_unset(const Variable& form, Span span) const {
   if (form.is_local) fail(fmt::format("'{}' has no value yet in this fn", form.name), span);
   if (functions_.count(form.name) != 0 || find_builtin(form.name) || module_functions_.find(form.name))
     fail(fmt::format("'{0}' is a function; it is called with parentheses: {0}()", form.name), span);

@@ -11,11 +11,6 @@
 namespace hvm {
 namespace {
 
-template <class Form>
-ExpressionPtr made(Span span, Form form) {
-  return std::make_unique<Expression>(Expression{span, std::move(form)});
-}
-
 std::optional<BinaryOperator> comparison_of(TokenKind kind) {
   switch (kind) {
     case TokenKind::equal:
@@ -200,13 +195,11 @@ ExpressionPtr ExpressionParser::primary() {
     case TokenKind::left_bracket:
       return table();
     case TokenKind::at:
-      refuse_quotation();
+      return quotation();
     default:
       cursor_.fail_expected("an expression");
   }
 }
-
-void ExpressionParser::refuse_quotation() const { cursor_.fail("quotations with '@' are not supported yet"); }
 
 ExpressionPtr ExpressionParser::number(bool is_negative, std::size_t begin) {
   const Token token = cursor_.take();
@@ -260,8 +253,11 @@ ExpressionPtr ExpressionParser::variable() {
 ExpressionPtr ExpressionParser::call() {
   Token name = cursor_.take();
   cursor_.take();
+  const std::size_t quotations_before = quotation_count_;
   Expressions arguments = list(TokenKind::right_paren, "or ',' behind the argument");
-  return made({name.span.begin, cursor_.previous().span.end}, Call{std::move(name.text), std::move(arguments)});
+  const bool has_quotation = quotation_count_ > quotations_before;
+  return made({name.span.begin, cursor_.previous().span.end},
+              Call{std::move(name.text), std::move(arguments), has_quotation});
 }
 
 Expressions ExpressionParser::list(TokenKind closing, const char* purpose) {
@@ -286,8 +282,25 @@ Suffix ExpressionParser::method_call() {
 Suffix ExpressionParser::index() {
   const Span begin = cursor_.take().span;
   if (cursor_.is_at(TokenKind::right_bracket)) cursor_.fail("an index expected between the brackets");
-  Expressions indices = list(TokenKind::right_bracket, "or ',' behind the index");
-  return {{begin.begin, cursor_.previous().span.end}, Index{std::move(indices)}};
+  Index index;
+  do index.indices.push_back(index_item());
+  while (cursor_.accept(TokenKind::comma));
+  cursor_.expect(TokenKind::right_bracket, "or ',' behind the index");
+  return {{begin.begin, cursor_.previous().span.end}, std::move(index)};
+}
+
+ExpressionPtr ExpressionParser::index_item() {
+  const Span begin = cursor_.current().span;
+  KeyRange range;
+  if (!cursor_.is_at(TokenKind::colon)) range.low = expression();
+  if (!cursor_.is_at(TokenKind::colon)) return std::move(range.low);
+  if (quotation_depth_ == 0) cursor_.fail("a range of keys stands in quotations only");
+  cursor_.take();
+  const bool is_open = cursor_.is_at(TokenKind::comma) || cursor_.is_at(TokenKind::right_bracket);
+  if (!is_open) range.high = expression();
+  const Span span{begin.begin, cursor_.previous().span.end};
+  key_ranges_.push_back(span);
+  return made(span, std::move(range));
 }
 
 }  // namespace hvm

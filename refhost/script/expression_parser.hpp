@@ -52,8 +52,18 @@ class ExpressionParser {
   TableEntry table_entry();
   Suffix method_call();
   Suffix index();
+  ExpressionPtr index_item();
   Expressions list(TokenKind closing, const char* purpose);
-  [[noreturn]] void refuse_quotation() const;
+
+  // Quotations.
+  ExpressionPtr quotation();
+  void quoted(Quotation& quotation);
+  void quoted_name(Quotation& quotation);
+  Expressions quoted_arguments();
+  ExpressionPtr quoted_argument();
+  ExpressionPtr data_literal();
+  ExpressionPtr data_element(bool is_first, bool& holds_rows);
+  ExpressionPtr data_value();
 
   template <class Operand, class OperatorOf>
   ExpressionPtr chain(Operand operand, OperatorOf operator_of);
@@ -63,6 +73,9 @@ class ExpressionParser {
   TokenCursor& cursor_;
   int& depth_;
   std::vector<Variable*> variables_;
+  std::size_t quotation_count_ = 0;
+  int quotation_depth_ = 0;       // how many quotations are being read
+  std::vector<Span> key_ranges_;  // of the argument that is being read
 };
 
 }  // namespace hvm

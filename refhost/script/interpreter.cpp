@@ -36,6 +36,10 @@ Interpreter::Interpreter(const ModuleFunctions& functions, InterpreterOptions op
       stack_base_(static_cast<const char*>(__builtin_frame_address(0))),
       stack_room_(stack_share()) {
   context_.carry(this);
+  context_.call_through(answer_call);
+  context_.read_through(answer_slot);
+  outermost_frame_ = frame_record(LiteralText::may_be_referenced);
+  context_.use_frame(&outermost_frame_);
 }
 
 Interpreter::~Interpreter() = default;

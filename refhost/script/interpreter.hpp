@@ -6,14 +6,18 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 #include "kernel/kernel.hpp"
 #include "script/builtins.hpp"
+#include "script/code.hpp"
 #include "script/diagnostics.hpp"
+#include "script/frames.hpp"
 #include "script/module_functions.hpp"
 #include "script/names.hpp"
 #include "script/syntax.hpp"
@@ -21,8 +25,9 @@
 namespace hvm {
 
 struct InterpreterOptions {
-  bool has_guards = true;  // check what the module does not
-  PrintLine print;         // where `print` goes
+  bool has_guards = true;                                    // check what the module does not
+  PrintLine print;                                           // where `print` goes
+  std::function<void(const std::string& report)> warn = {};  // where warnings go; they are lost without it
 };
 
 /// The deepest row of calls of `fn`s.
@@ -50,16 +55,10 @@ class Interpreter {
   std::string shown(const Value& value, const SourcePtr& source, Span span) const;
 
  private:
-  struct Slot {
-    Value value;
-    bool is_set = false;
-  };
-  struct Frame {
-    const Function* function;
-    std::vector<Slot> locals;
-  };
   enum class Flow { onward, returned };
   class SourceScope;
+  class FrameScope;
+  class RunningVariables;
 
   // Statements.
   Flow execute(const Block& block);
@@ -92,12 +91,25 @@ class Interpreter {
   Value evaluate(const Not& form, Span span);
   Value evaluate(const Chain& form, Span span);
   Value evaluate(const Logic& form, Span span);
+  Value evaluate(const KeyRange& form, Span span);
+  Value evaluate(const QuotationLiteral& form, Span span);
   std::vector<Value> evaluate(const Expressions& expressions);
   Value element(Value& container, std::vector<Value>& indices, Span span);
   Value operate(BinaryOperator op, Span span, Value& left, Value& right);
   Slot& slot_of(const Variable& variable);
+  const Slot& slot_of(const Variable& variable) const;
+  [[noreturn]] void fail_unset(const Variable& variable, Span span) const;
+
+  // Quotations, and what a module asks for when it reads one.
+  static int answer_call(const void* callee, HostContext ctx, HostValue* args, int nargs, HostValue* result);
+  static HostValue* answer_slot(HostContext ctx, int slot);
+  Value call_back(const Callee& callee, HostValue* args, int nargs);
+  HostValue* variable_at(int slot);
+  void require_live(const std::vector<Value>& values, Span span) const;
+  void warn_of_lost_elements(const std::string& name, const std::vector<Value>& arguments);
 
   // Calls.
+  Value call(const std::string& name, std::vector<Value> arguments, Span span);
   Value call_fn(const Function& function, std::vector<Value> arguments, Span span);
   Value call_module(const std::string& name, std::vector<Value>& arguments, Span span);
   Value method(Value& self, const MethodCall& form, Span span);
@@ -106,7 +118,7 @@ class Interpreter {
   [[noreturn]] void fail_unknown_function(const std::string& name, Span span) const;
 
   // Places and failures.
-  ModuleCaller caller(Span span) const { return {context_.handle(), source_.get(), span.begin}; }
+  ModuleCaller caller(Span span) const { return {context_.handle(), source_.get(), span.begin, &kept_error_}; }
   [[noreturn]] void fail(std::string message, Span span) const;
   /// Runs `action`, and gives its failure the place `span`.
   template <class Action>
@@ -121,12 +133,18 @@ class Interpreter {
   const ModuleFunctions& module_functions_;
   InterpreterOptions options_;
   Context context_;
+  HostFrame outermost_frame_ = {};
+  LiveCodes live_codes_;
+  ScopeCodes outermost_codes_{live_codes_};
   NameTable global_names_;
   std::deque<Slot> globals_;
+  std::vector<Frame*> frames_;  // of the fns that have not returned, the youngest last
   std::unordered_map<std::string, std::shared_ptr<const Function>> functions_;
   SourcePtr source_;
   Frame* frame_ = nullptr;  // of the running fn; null at the outermost level
   int call_depth_ = 0;
+  mutable KeptError kept_error_;  // of a call out of the module that runs
+  bool has_warned_ = false;
   Value returned_;
   const char* stack_base_;
   std::size_t stack_room_;

@@ -30,7 +30,7 @@ std::string demangled(const char* name) {
 
 /// Runs `call` as the module's; what it throws becomes a `Failure` that begins with `name`.
 template <class Call>
-auto contained(const ModuleCaller& caller, const std::string& name, Call call) {
+auto translated(const ModuleCaller& caller, const std::string& name, Call call) {
   const RunningMark mark({caller.source, caller.offset, true});
   try {
     return call();
@@ -39,6 +39,26 @@ auto contained(const ModuleCaller& caller, const std::string& name, Call call) {
   } catch (...) {
     const std::type_info* type = abi::__cxa_current_exception_type();
     throw Failure(fmt::format("{}: the module threw {}", name, type ? demangled(type->name()) : "something unknown"));
+  }
+}
+
+void throw_kept(const ModuleCaller& caller) {
+  if (!caller.kept_error || !*caller.kept_error) return;
+  ScriptError error = std::move(**caller.kept_error);
+  caller.kept_error->reset();
+  throw error;
+}
+
+/// The same, but an error that was kept while the module ran comes before everything that the module says.
+template <class Call>
+auto contained(const ModuleCaller& caller, const std::string& name, Call call) {
+  try {
+    const auto answer = translated(caller, name, call);
+    throw_kept(caller);
+    return answer;
+  } catch (const Failure&) {
+    throw_kept(caller);
+    throw;
   }
 }
 

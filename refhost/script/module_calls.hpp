@@ -1,6 +1,8 @@
 // script/module_calls.hpp: the host's side of every call into a module
 //
-// No exception of a module goes further than this: each becomes a `Failure` that says its type and its words.
+// No exception of a module goes further than this: each becomes a `Failure` that says its type and its words. No
+// exception of the host goes through a module: an error in a call out of it is kept, and thrown when the module has
+// returned, whatever it made of it.
 
 #pragma once
 
@@ -10,17 +12,22 @@
 #include <vector>
 
 #include "kernel/kernel.hpp"
+#include "script/diagnostics.hpp"
 #include "script/source_text.hpp"
 
 namespace hvm {
 
 using arrayfold::Opcode;
 
+/// The first error in the calls out of a running module.
+using KeptError = std::optional<ScriptError>;
+
 /// From where a module is called: what it receives as its context, and the place of the script.
 struct ModuleCaller {
   HostContext ctx;
   const SourceText* source;
   std::size_t offset;
+  KeptError* kept_error = nullptr;
 };
 
 /// Calls a registered function. Throws `Failure` when it answers 0 or throws.

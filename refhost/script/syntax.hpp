@@ -74,8 +74,14 @@ struct Variable {
 struct Call {
   std::string name;
   Expressions arguments;
+  bool has_quotation = false;  // somewhere among the arguments
 };
 
+/// `low:high` between the brackets of a selection, which stands in quotations only. Either end may be open, null.
+struct KeyRange {
+  ExpressionPtr low;
+  ExpressionPtr high;
+};
 struct Index {
   Expressions indices;
 };
@@ -116,12 +122,50 @@ struct Logic {
   Expressions operands;
 };
 
+struct Quotation;
+/// What an `@` quotes. A code that was made of it may outlive the script's tree, in a dialogue for one.
+struct QuotationLiteral {
+  std::shared_ptr<const Quotation> quotation;
+};
+
 struct Expression {
   Span span;
   std::variant<IntegerLiteral, Integer64Literal, RealLiteral, StringLiteral, WideStringLiteral, TableLiteral, Variable,
-               Call, Postfix, Negation, Not, Chain, Logic>
+               Call, Postfix, Negation, Not, Chain, Logic, KeyRange, QuotationLiteral>
       form;
 };
+
+/// A quoted expression: a name with or without arguments in one of four dresses, or a data literal.
+struct Quotation {
+  enum class Form {
+    plain,     // @name, @name(arguments)
+    nested,    // @@name, @@name(arguments)
+    text,      // @$name
+    labelled,  // @label: name, @label: name(arguments)
+    data       // @[...]
+  };
+  Form form = Form::plain;
+  std::string label;
+  ExpressionPtr subject;  // a Variable; of a data literal a TableLiteral of literals, variables and its like
+  bool has_arguments = false;
+  Expressions arguments;
+  std::vector<const Variable*> variables;  // all that stand anywhere in it
+};
+
+template <class Form>
+ExpressionPtr made(Span span, Form form) {
+  return std::make_unique<Expression>(Expression{span, std::move(form)});
+}
+
+/// Whether it is a number or a string as it is written.
+inline bool is_literal(const Expression& expression) {
+  const auto& form = expression.form;
+  return std::holds_alternative<IntegerLiteral>(form) || std::holds_alternative<Integer64Literal>(form) ||
+         std::holds_alternative<RealLiteral>(form) || std::holds_alternative<StringLiteral>(form) ||
+         std::holds_alternative<WideStringLiteral>(form);
+}
+/// The variable of a selection `t[...]` from one; null for everything else.
+const Expression* selected_variable(const Expression& expression);
 
 // ---- Statements
 

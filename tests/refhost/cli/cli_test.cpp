@@ -157,6 +157,15 @@ TEST(CommandLine, Unchecked_LeavesTheGuardsOut) {
   EXPECT_EQ(run_toy({"--unchecked", "-e", "print(xarange(1, 2, 3, 4))"}).out, "4\n");
 }
 
+TEST(CommandLine, Warnings_GoToTheErrorStreamOnce) {
+  const Outcome outcome = run_toy({"-e", "for i in range(3) do print(xarray(@double, @[1.0, 2])) end"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.out, "2\n2\n2\n");
+  EXPECT_EQ(outcome.err.find("<command line>:1:51: warning: in a data literal of reals the integer 2"), 0u)
+      << outcome.err;
+  EXPECT_EQ(outcome.err.find("warning", 30), std::string::npos) << outcome.err;
+}
+
 TEST(CommandLine, Leaks_AreCountedAtTheEnd) {
   const Outcome clean =
       run_toy({"--leaks", "-e", "a = toy_int(2); t = [a, [a, \"s\", w\"s\"]]; fn f()\nend\nf(); a = 1 / 0"});

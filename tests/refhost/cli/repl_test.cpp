@@ -128,6 +128,18 @@ TEST(Repl, OpenBlocksAndBrackets_GoOnInTheNextLine) {
   EXPECT_THAT(terminal.answer("1"), HasSubstr("\r\n1\r\n"));
 }
 
+TEST(Repl, Quotations_OutliveTheLineInWhichTheyWereWritten) {
+  Terminal terminal;
+  terminal.wait_for("> ");
+  terminal.answer("n = 2");
+  terminal.answer("q = @double(\"text\",", "\n... ");
+  terminal.answer("n + 1)");
+  EXPECT_THAT(terminal.answer("q"), HasSubstr("\r\n<code>\r\n"));
+  terminal.answer("toy_count(q, @[[1.0,", "\n... ");
+  terminal.answer("2.0],", "\n... ");
+  EXPECT_THAT(terminal.answer("[3.0, 4.0]])"), HasSubstr("\r\n2\r\n"));
+}
+
 TEST(Repl, HistoryBringsALineBack) {
   Terminal terminal;
   terminal.wait_for("> ");

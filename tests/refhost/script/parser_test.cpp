@@ -79,6 +79,20 @@ TEST(Parser, Literals_KeepTheirKind) {
                 {"w\"wide\"", "{w\"wide\"}"}});
 }
 
+TEST(Parser, Quotations_TakeNamesCallsAndData) {
+  expect_trees({{"@double", "{(quote double)}"},
+                {"@double(2, -n, -3)", "{(quote double of 2 (- n) -3)}"},
+                {"@f()", "{(quote f of)}"},
+                {"@@n; @@double(2)", "{(quote-twice n) (quote-twice double of 2)}"},
+                {"@$n", "{(quote-text n)}"},
+                {"@label: double(2)", "{(quote-labelled label: double of 2)}"},
+                {"@[[1.0, -2.0], [x, \"s\"],]", "{(quote-data (table (table 1.0 -2.0) (table x \"s\")))}"},
+                {"@int(t[1:3], t[:n + 1], t[1:, \"k\"], t[:])",
+                 "{(quote int of (at t 1..3) (at t ..(+ n 1)) (at t 1.. \"k\") (at t ..))}"},
+                {"@int(f(t[1:]))", "{(quote int of (call f (at t 1..)))}"},
+                {"f(@int,\n@[1,\n2])", "{(call f (quote int) (quote-data (table 1 2)))}"}});
+}
+
 TEST(Parser, Newline_EndsAStatementUnlessMoreMustFollow) {
   expect_trees({{"a = 1\nb = 2", "{(= a 1) (= b 2)}"},
                 {"a = 1; b = 2;", "{(= a 1) (= b 2)}"},
@@ -140,7 +154,27 @@ TEST(Parser, Errors_SayWhatIsWrong) {
       {"\"\\q\"", "unknown escape in a string; a backslash itself is written \\\\"},
       {"\"\\u{110000}\"", "there is no such character"},
       {"a < b < c", "comparisons do not follow each other; join them with 'and'"},
-      {"a = @double(2)", "quotations with '@' are not supported yet"},
+      {"a = @(2)", "a name, a call or a data literal behind '@' expected, but here is '('"},
+      {"a = @@[1.0]", "a name, a call or a data literal behind '@' expected, but here is '['"},
+      {"a = @@@n", "a quotation is quoted once at most"},
+      {"a = @$5", "a name for a variable expected, but here is a number"},
+      {"a = @label: 5", "a name, a call or a data literal behind '@' expected, but here is a number"},
+      {"a = @int(2)(3)", "only a name can be called"},
+      {"a = t[1:2]", "a range of keys stands in quotations only"},
+      {"a = @int(t[1:2] + 1)",
+       "a range of keys stands in a selection that is an argument of its own, such as @int(t[1:3])"},
+      {"a = @int(t[u[1:2]])",
+       "a range of keys stands in a selection that is an argument of its own, such as @int(t[1:3])"},
+      {"a = @[1.0, n + 1]",
+       "in a data literal only literals and variables may stand; give the value to a variable first"},
+      {"a = @[-n]", "in a data literal only literals and variables may stand; give the value to a variable first"},
+      {"a = @[f()]", "in a data literal only literals and variables may stand; give the value to a variable first"},
+      {"a = @[t[1:2]]", "in a data literal only literals and variables may stand; give the value to a variable first"},
+      {"a = @[]", "a data literal needs an element in every row"},
+      {"a = @[[1.0], []]", "a data literal needs an element in every row"},
+      {"a = @[[1.0], 2.0]", "a row of a data literal holds rows or elements, not both"},
+      {"a = @[1.0, [2.0]]", "a row of a data literal holds rows or elements, not both"},
+      {"a = @[\"k\": 1.0]", "a data literal has no keys"},
       {"!a", "unexpected character '!'; a condition is negated by 'not'"},
       {"a ~ b", "unexpected character '~'"},
       {"a = \xC3\xA9", "unexpected character '\xC3\xA9'"},
@@ -174,7 +208,8 @@ TEST(Parser, InvalidUtf8_IsAnErrorNamingThePlace) {
 }
 
 TEST(Parser, Incompleteness_IsToldFromErrors) {
-  for (const char* text : {"print(1,", "a = 1 +", "if a", "fn f()\n", "t = [1, ", "while 1\nb\n", "a ="})
+  for (const char* text : {"print(1,", "a = 1 +", "if a", "fn f()\n", "t = [1, ", "while 1\nb\n", "a =", "a = @",
+                           "a = @f(1,", "a = @[[1.0],", "a = @f(t[1:"})
     EXPECT_TRUE(error_of(text).is_incomplete()) << text;
   for (const char* text : {"a = )", "end", "x = \"abc", "a = 1 2", "if a = b"})
     EXPECT_FALSE(error_of(text).is_incomplete()) << text;
@@ -190,8 +225,9 @@ TEST(Parser, DeepNesting_IsAnError) {
   const int deep = 10000;
   for (const std::string& text :
        {repeated("(", deep) + "1" + repeated(")", deep), repeated("[", deep) + repeated("]", deep),
-        repeated("f(", deep) + repeated(")", deep), "x = " + repeated("- ", deep) + "a", repeated("not ", deep) + "1",
-        repeated("if 1\n", deep) + repeated("end\n", deep), repeated("a[", deep) + "1" + repeated("]", deep)})
+        repeated("f(", deep) + repeated(")", deep), "x = " + repeated("- ", deep) + "a", "x = @" + repeated("[", deep),
+        repeated("@f(", deep), repeated("not ", deep) + "1", repeated("if 1\n", deep) + repeated("end\n", deep),
+        repeated("a[", deep) + "1" + repeated("]", deep)})
     EXPECT_EQ(error_of(text).message(), "the script nests too deeply here: more than 200 levels");
 }
 

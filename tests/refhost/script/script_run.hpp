@@ -22,11 +22,11 @@ inline const ModuleFunctions& toy_functions() {
 }
 
 /// What a script printed, line by line with `|` between, and ` !` with the message of the error that ended it.
-inline std::string output_of(const std::string& script, bool has_guards = true) {
+inline std::string output_of(const ModuleFunctions& functions, const std::string& script, bool has_guards = true) {
   std::string out;
-  Interpreter interpreter(toy_functions(), {has_guards, [&](const std::string& text, const SourceText&, std::size_t) {
-                                              out += (out.empty() ? "" : "|") + text;
-                                            }});
+  Interpreter interpreter(functions, {has_guards, [&](const std::string& text, const SourceText&, std::size_t) {
+                                        out += (out.empty() ? "" : "|") + text;
+                                      }});
   try {
     interpreter.run(interpreter.parse(std::make_shared<SourceText>("test.hvm", script)));
   } catch (const ScriptError& error) {
@@ -35,19 +35,25 @@ inline std::string output_of(const std::string& script, bool has_guards = true) 
   return out;
 }
 
+/// The same over the toy module.
+inline std::string output_of(const std::string& script, bool has_guards = true) {
+  return output_of(toy_functions(), script, has_guards);
+}
+
 struct ScriptRow {
   const char* script;
   const char* output;
 };
 
 /// Every row prints what it says, and leaves nothing behind in the host.
-inline void expect_outputs(std::initializer_list<ScriptRow> rows) {
-  toy_functions();
+inline void expect_outputs(const ModuleFunctions& functions, std::initializer_list<ScriptRow> rows) {
   for (const ScriptRow& row : rows) {
     const Counts before = counts();
-    EXPECT_EQ(output_of(row.script), row.output) << row.script;
+    EXPECT_EQ(output_of(functions, row.script), row.output) << row.script;
     EXPECT_TRUE(counts() == before) << "left behind by: " << row.script;
   }
 }
+
+inline void expect_outputs(std::initializer_list<ScriptRow> rows) { expect_outputs(toy_functions(), rows); }
 
 }  // namespace hvm::testing

@@ -296,14 +296,14 @@ int toy_deep(HostContext ctx, HostValue* args, int, HostValue* result) {
 }
 
 constexpr arrayfold::FunctionRow rows[] = {
-    {"toy_int", toy_int},           {"toy_double", toy_double},
-    {"toy_nothing", toy_nothing},   {"toy_bool", toy_bool},
-    {"toy_fail", toy_fail},         {"toy_count", toy_count},
-    {"toy_second", toy_second},     {"toy_throw", toy_throw},
-    {"toy_end", toy_end},           {"toy_serve_elements", toy_serve_elements},
-    {"toy_set", toy_set},           {"toy_deep", toy_deep},
-    {"xarange", toy_count},         {"toy_leak", toy_leak},
-    {"toy_end_with", toy_end_with},
+    {"toy_int", toy_int},         {"toy_double", toy_double},
+    {"toy_nothing", toy_nothing}, {"toy_bool", toy_bool},
+    {"toy_fail", toy_fail},       {"toy_count", toy_count},
+    {"toy_second", toy_second},   {"toy_throw", toy_throw},
+    {"toy_end", toy_end},         {"toy_serve_elements", toy_serve_elements},
+    {"toy_set", toy_set},         {"toy_deep", toy_deep},
+    {"xarange", toy_count},       {"xarray", toy_count},
+    {"toy_leak", toy_leak},       {"toy_end_with", toy_end_with},
 };
 
 }  // namespace

@@ -14,7 +14,7 @@
 //   toy_set(a, i, x)            writes an element past the host
 //   toy_deep(n)                 a table in a table, n deep
 //   toy_leak()                  takes memory of the host and loses it
-//   xarange(args...)            how many arguments came
+//   xarange(args...), xarray(args...)   how many arguments came
 
 #pragma once
 

@@ -50,6 +50,18 @@ struct ExpressionText {
       text = fmt::format("({} {} {})", spelling(link.op), text, tree_text(*link.operand));
     return text;
   }
+  std::string operator()(const KeyRange& x) const {
+    return (x.low ? tree_text(*x.low) : "") + ".." + (x.high ? tree_text(*x.high) : "");
+  }
+  std::string operator()(const QuotationLiteral& x) const {
+    static constexpr const char* forms[] = {"quote", "quote-twice", "quote-text", "quote-labelled", "quote-data"};
+    const Quotation& quotation = *x.quotation;
+    std::string text = fmt::format("({} ", forms[static_cast<int>(quotation.form)]);
+    if (!quotation.label.empty()) text += quotation.label + ": ";
+    text += tree_text(*quotation.subject);
+    if (quotation.has_arguments) text += " of" + tree_text(quotation.arguments);
+    return text + ")";
+  }
   std::string operator()(const Logic& x) const { return (x.is_and ? "(and" : "(or") + tree_text(x.operands) + ")"; }
 };
 

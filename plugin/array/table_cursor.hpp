@@ -1,0 +1,69 @@
+// array/table_cursor.hpp: walking a host table, whole or under a selector
+
+#pragma once
+
+#include "host/host_operations.hpp"
+
+namespace arrayfold {
+
+/// Walks the entries of a table that a pair of selectors chooses. The table must not change while it is walked.
+///
+/// A walk over everything gives the ordered part first, then the other items, passing over keys of tag 6 and 10. A
+/// range asks for each integer key and passes over those that are absent. A single key gives its entry, or one null.
+class TableCursor {
+ public:
+  /// How the selectors are understood: the numbers are those of the modes.
+  enum class Mode { nothing = 0, everything = 1, range = 2, text_key = 3, number_key = 4, selector_table = 5 };
+
+  /// Everything in `hash`; a null table is empty.
+  explicit TableCursor(HostHash* hash) : TableCursor(hash, nullptr, nullptr) {}
+  /// What `first` and `second` choose in `hash`; either may be null.
+  TableCursor(HostHash* hash, HostValue* first, HostValue* second);
+
+  Mode mode() const { return mode_; }
+  bool selects_one_key() const { return mode_ == Mode::text_key || mode_ == Mode::number_key; }
+  /// How many entries a table for the matches is made for.
+  int capacity() const;
+
+  /// Steps to the next match. False: there is none. After it `item` is the match.
+  bool next() {
+    if (mode_ == Mode::everything || mode_ == Mode::selector_table) return next_entry();
+    return next_selected();
+  }
+  /// The entries of the ordered part that a walk over everything has not come to.
+  HostHashItem** ordered_rest() const { return hash_->index.get() + ordered_; }
+  int ordered_left() const { return hash_->index_count - ordered_; }
+  void pass_ordered(int count) { ordered_ += count; }
+  /// No fewer than are left of a walk over everything.
+  std::size_t most_left() const {
+    return static_cast<std::size_t>(ordered_left()) + static_cast<std::size_t>(hash_->item_count - other_);
+  }
+  /// The match; null when a single key is absent.
+  HostHashItem* item() const { return item_; }
+
+ private:
+  bool next_entry() {
+    if (ordered_ < hash_->index_count) {
+      item_ = hash_->index.get()[ordered_++];
+      return true;
+    }
+    return next_item();
+  }
+  bool next_item();
+  bool next_selected();
+  bool next_in_range();
+
+  Mode mode_ = Mode::nothing;
+  HostHash* hash_;
+  HostValue* key_ = nullptr;
+  HostHashItem* item_ = nullptr;
+  int ordered_ = 0;  // place in the ordered part
+  int other_ = 0;    // place among the other items
+  std::int64_t low_ = 0, high_ = -1;
+};
+
+/// The value that a read of a table gave, as its item; null when the read found nothing, which a host tells by null or
+/// by its one shared nil.
+HostHashItem* item_of(HostValue* found);
+
+}  // namespace arrayfold

@@ -1,0 +1,577 @@
+// array/expression_reader_test.cpp: the forms of a quotation, and the values of arguments
+//
+// Array literals and selections have files of their own.
+
+#include "array/expression_reader.hpp"
+
+#include <stdexcept>
+
+#include "support/reader_test.hpp"
+
+namespace arrayfold::test {
+namespace {
+
+using Words = std::vector<std::string>;
+
+class ArraySpecs : public ReaderTest {
+ protected:
+  std::optional<ArraySpec> read(HostCodeSlot quoted) {
+    Value value = code.quoted(quoted, 17);
+    return read_array_spec(ctx(), value.address());
+  }
+};
+using ArraySpecsDeathTest = ArraySpecs;
+
+void expect_spec(const std::optional<ArraySpec>& spec, const std::string& name, int slot, const HostCodeSlot* args,
+                 const std::string& label = "") {
+  ASSERT_TRUE(spec);
+  EXPECT_EQ(spec->name, name);
+  EXPECT_EQ(spec->slot, slot);
+  EXPECT_EQ(spec->args, args);
+  EXPECT_EQ(spec->label, label);
+  EXPECT_EQ(spec->frame_base, 17u);
+}
+
+// ---- What is no quotation
+
+TEST_F(ArraySpecs, OfAnythingButCode_AreEmpty) {
+  for (Value value : {Value(), Value(1), Value(2.5), Value("double"), Value::table(), raw(ValueTag::object)})
+    EXPECT_FALSE(read_array_spec(ctx(), value.address()));
+}
+
+TEST_F(ArraySpecs, OfCodeThatIsNoQuotation_AreEmpty) {
+  for (const NodeKind kind : {NodeKind::call, NodeKind::selection, NodeKind::array_literal, NodeKind::name,
+                              NodeKind::list_cell, NodeKind::data_row, static_cast<NodeKind>(0)}) {
+    Value value = code.code(code.node(kind, code.call_slot("double")));
+    EXPECT_FALSE(read_array_spec(ctx(), value.address()));
+  }
+}
+
+TEST_F(ArraySpecs, OfCodeWithoutARootOrRecord_AreEmpty) {
+  Value no_root = code.code(nullptr), no_record = raw(ValueTag::code);
+  EXPECT_FALSE(read_array_spec(ctx(), no_root.address()));
+  EXPECT_FALSE(read_array_spec(ctx(), no_record.address()));
+}
+
+TEST_F(ArraySpecs, OfAQuotationOfNoKnownForm_AreEmpty) {
+  for (const HostCodeSlot& link :
+       {nowhere(), absent(), integer(3), real(1.5), integer64(4), code.text("double"), code.wide_text(u"double"),
+        leads_to(code.row({real(1.0)})), leads_to(code.node(NodeKind::name, code.text("double"))),
+        leads_to(code.node(NodeKind::selection, variable(3))), leads_to(code.array_literal({}))})
+    EXPECT_FALSE(read(link));
+}
+
+// ---- Form 1
+
+TEST_F(ArraySpecs, OfANamedCall_HaveItsNameAndArguments) {
+  HostCodeNode* call = code.call("double", {integer(2), variable(5)});
+  expect_spec(read(leads_to(call)), "double", -1, &call->value);
+}
+
+TEST_F(ArraySpecs, OfACallNamedByText_HaveTheText) {
+  HostCodeNode* call = code.node(NodeKind::call, code.text("int"), code.list({integer(2)}));
+  expect_spec(read(leads_to(call)), "int", -1, &call->value);
+}
+
+TEST_F(ArraySpecs, OfACallNamedByNeither_HaveAnEmptyName) {
+  for (const HostCodeSlot& link : {integer(3), variable(3), absent(), code.wide_text(u"int")}) {
+    HostCodeNode* call = code.node(NodeKind::call, link);
+    expect_spec(read(leads_to(call)), "", -1, nullptr);
+  }
+}
+
+TEST_F(ArraySpecs, OfACallWithoutText_HaveAnEmptyName) {
+  for (const HostCodeSlot& link :
+       {nowhere(), code.symbol_without_text(), slot_of<const char*>(SlotTag::string, nullptr)}) {
+    HostCodeNode* call = code.node(NodeKind::call, link);
+    expect_spec(read(leads_to(call)), "", -1, nullptr);
+  }
+}
+
+TEST_F(ArraySpecs, OfACall_WhoseFirstArgumentIsAVariable_HaveItsSlot) {
+  HostCodeNode* call = code.call("double", {variable(7), integer(2)});
+  expect_spec(read(leads_to(call)), "double", 7, &call->value);
+  call = code.call("double", {integer(2), variable(7)});
+  expect_spec(read(leads_to(call)), "double", -1, &call->value);
+}
+
+TEST_F(ArraySpecs, OfACall_WhoseFirstNodeIsNoCell_HaveNoSlot) {
+  HostCodeNode* call =
+      code.node(NodeKind::call, code.symbol("double"), leads_to(code.node(NodeKind::name, nowhere(), variable(7))));
+  expect_spec(read(leads_to(call)), "double", -1, &call->value);
+}
+
+TEST_F(ArraySpecs, OfACall_WhoseValueSlotLeadsNowhere_HaveNoArguments) {
+  for (const HostCodeSlot& value : {nowhere(), absent(), integer(3), variable(7), code.text("x")}) {
+    HostCodeNode* call = code.node(NodeKind::call, code.symbol("double"), value);
+    expect_spec(read(leads_to(call)), "double", -1, nullptr);
+  }
+}
+
+TEST_F(ArraySpecs, OfAWrappedName_HaveNameAndArgumentsOfTheName) {
+  for (const HostCodeSlot& text : {code.text("int64"), code.symbol("int64")}) {
+    HostCodeNode* name = code.node(NodeKind::name, text, code.list({variable(4)}));
+    HostCodeNode* wrapper = code.node(NodeKind::name_wrapper, nowhere(), leads_to(name));
+    HostCodeNode* call = code.node(NodeKind::call, leads_to(wrapper), code.list({integer(2)}));
+    expect_spec(read(leads_to(call)), "int64", 4, &name->value);
+  }
+}
+
+TEST_F(ArraySpecs, OfAWrappedNameInAnySlot_AreReadByThePayload) {
+  HostCodeNode* name = code.node(NodeKind::name, code.text("bool"));
+  HostCodeNode* wrapper =
+      code.node(NodeKind::name_wrapper, nowhere(), slot_of<const HostCodeNode*>(SlotTag::absent, name));
+  expect_spec(read(leads_to(code.node(NodeKind::call, leads_to(wrapper)))), "bool", -1, nullptr);
+}
+
+TEST_F(ArraySpecsDeathTest, AWrapperOfAnythingButAName_EndsTheProcess) {
+  for (const HostCodeNode* inner : {code.call("double"), static_cast<HostCodeNode*>(nullptr)}) {
+    HostCodeNode* wrapper = code.node(NodeKind::name_wrapper, nowhere(), leads_to(inner));
+    const HostCodeSlot call = leads_to(code.node(NodeKind::call, leads_to(wrapper)));
+    EXPECT_EXIT(read(call), ::testing::KilledBySignal(SIGABRT), "");
+  }
+}
+
+// ---- Form 2
+
+TEST_F(ArraySpecs, OfAQuotedQuotationOfAVariable_AreMarkedTwice) {
+  expect_spec(read(leads_to(code.quotation(variable(9)))), "@@", 9, nullptr);
+}
+
+TEST_F(ArraySpecs, OfAQuotedQuotationOfANode_AreMarkedAndNamed) {
+  HostCodeNode* call = code.call("double", {variable(3), integer(2)});
+  expect_spec(read(leads_to(code.quotation(leads_to(call)))), "@double", 3, &call->value);
+  HostCodeNode* name = code.node(NodeKind::name, code.text("int"));
+  expect_spec(read(leads_to(code.quotation(leads_to(name)))), "@int", -1, nullptr);
+  HostCodeNode* nameless = code.node(NodeKind::list_cell, integer(3));
+  expect_spec(read(leads_to(code.quotation(leads_to(nameless)))), "@", -1, nullptr);
+}
+
+TEST_F(ArraySpecs, OfAQuotedQuotationOfAWrappedName_HaveTheName) {
+  HostCodeNode* name = code.node(NodeKind::name, code.text("int64"), code.list({integer(2)}));
+  HostCodeNode* wrapper = code.node(NodeKind::name_wrapper, nowhere(), leads_to(name));
+  HostCodeNode* call = code.node(NodeKind::call, leads_to(wrapper));
+  expect_spec(read(leads_to(code.quotation(leads_to(call)))), "@int64", -1, &name->value);
+}
+
+TEST_F(ArraySpecs, OfAQuotedQuotationOfNothing_AreEmpty) {
+  for (const HostCodeSlot& link : {nowhere(), integer(3), absent(), code.text("double")})
+    EXPECT_FALSE(read(leads_to(code.quotation(link))));
+}
+
+// ---- Form 3
+
+TEST_F(ArraySpecs, OfAVariableWithArguments_HaveItsSlotAndTheList) {
+  HostCodeNode* inner = code.node(NodeKind::slot_list_inner, nowhere(), code.list({integer(1), integer(2)}));
+  expect_spec(read(leads_to(code.node(NodeKind::slot_list, variable(6), leads_to(inner)))), "", 6, &inner->value);
+}
+
+TEST_F(ArraySpecs, OfAVariableWithEmptyArguments_HaveTheSlotThatBeginsTheList) {
+  HostCodeNode* inner = code.node(NodeKind::slot_list_inner);
+  expect_spec(read(leads_to(code.node(NodeKind::slot_list, variable(6), leads_to(inner)))), "", 6, &inner->value);
+}
+
+TEST_F(ArraySpecs, OfASlotListOfAnotherShape_AreEmpty) {
+  HostCodeNode* inner = code.node(NodeKind::slot_list_inner);
+  EXPECT_FALSE(read(leads_to(code.node(NodeKind::slot_list, integer(6), leads_to(inner)))));
+  EXPECT_FALSE(read(leads_to(code.node(NodeKind::slot_list, variable(6), nowhere()))));
+  EXPECT_FALSE(read(leads_to(code.node(NodeKind::slot_list, variable(6), absent()))));
+  EXPECT_FALSE(read(leads_to(code.node(NodeKind::slot_list, variable(6), leads_to(code.call("f"))))));
+}
+
+// ---- Form 4
+
+TEST_F(ArraySpecs, Required_OfAVariableThatNamesADtype_AreEmpty_ThoughItIsRead) {
+  host.use_slot_base(100);
+  host[3] = Value("double");
+  const auto words =
+      operations_of([&] { EXPECT_FALSE(read(leads_to(code.node(NodeKind::variable_name, nowhere(), variable(3))))); });
+  EXPECT_EQ(words, Words{"AsString"});
+  // The raw slot: neither the frame's base nor that of the scope counts.
+  EXPECT_EQ(host.slots_read(), std::vector<int>{3});
+}
+
+TEST_F(ArraySpecs, OfAMissingVariableThatNamesADtype_AreEmpty) {
+  EXPECT_EQ(
+      operations_of([&] { EXPECT_FALSE(read(leads_to(code.node(NodeKind::variable_name, nowhere(), variable(3))))); }),
+      Words{});
+}
+
+TEST_F(ArraySpecs, OfAVariableNameWithoutAVariable_ReadNothing) {
+  EXPECT_FALSE(read(leads_to(code.node(NodeKind::variable_name, variable(3), integer(3)))));
+  EXPECT_EQ(host.slots_read(), std::vector<int>{});
+}
+
+// ---- Form 5
+
+TEST_F(ArraySpecs, OfALabelledCall_HaveTheLabel) {
+  HostCodeNode* call = code.call("double", {integer(2)});
+  for (const HostCodeSlot& label : {code.symbol("label"), code.text("label")})
+    expect_spec(read(leads_to(code.node(NodeKind::labelled, leads_to(call), label))), "double", -1, &call->value,
+                "label");
+  for (const HostCodeSlot& label : {integer(1), variable(2), absent(), nowhere(), code.symbol_without_text()})
+    expect_spec(read(leads_to(code.node(NodeKind::labelled, leads_to(call), label))), "double", -1, &call->value, "");
+}
+
+TEST_F(ArraySpecs, OfALabelledVariable_AreMarked) {
+  expect_spec(read(leads_to(code.node(NodeKind::labelled, variable(8), code.text("label")))), "@", 8, nullptr, "label");
+}
+
+TEST_F(ArraySpecs, OfAnythingElseLabelled_AreEmpty) {
+  HostCodeNode* inner = code.node(NodeKind::slot_list_inner);
+  HostCodeNode* labelled = code.node(NodeKind::labelled, code.call_slot("double"), code.text("inner"));
+  for (const HostCodeSlot& link :
+       {nowhere(), integer(2), leads_to(code.quotation(variable(9))),
+        leads_to(code.node(NodeKind::slot_list, variable(6), leads_to(inner))), leads_to(labelled),
+        leads_to(code.node(NodeKind::variable_name, nowhere(), variable(3)))})
+    EXPECT_FALSE(read(leads_to(code.node(NodeKind::labelled, link, code.text("label")))));
+  EXPECT_EQ(host.slots_read(), std::vector<int>{});
+}
+
+// ---- Form 6
+
+TEST_F(ArraySpecs, OfAVariable_AreMarked) { expect_spec(read(variable(11)), "@", 11, nullptr); }
+
+TEST_F(ArraySpecs, AreReadWithoutOperationsOfTheHost) {
+  const Words none;
+  EXPECT_EQ(operations_of([&] {
+              read(code.call_slot("double", {integer(1)}));
+              read(leads_to(code.quotation(variable(1))));
+              read(variable(1));
+            }),
+            none);
+}
+
+// ---- Argument lists
+
+class Evaluations : public ReaderTest {};
+using EvaluationsDeathTest = Evaluations;
+
+TEST_F(Evaluations, OfAList_AppendTheValuesInOrder) {
+  ExpressionEvaluator evaluator(ctx(), 0);
+  const HostCodeSlot list = code.list({integer(1), real(2.5), code.text("x")});
+  evaluate_cell_list(evaluator, &list);
+  Words values;
+  for (const ScalarRef& scalar : evaluator.results()) values.push_back(shown(scalar));
+  EXPECT_EQ(values, (Words{"int 1", "real 2.5", "text x"}));
+}
+
+TEST_F(Evaluations, OfMoreThanEightArguments_KeepThemAll) {
+  for (const int count : {7, 8, 9, 100}) {
+    std::vector<HostCodeSlot> arguments;
+    for (int n = 0; n < count; ++n) arguments.push_back(integer(n));
+    ExpressionEvaluator evaluator(ctx(), 0);
+    const HostCodeSlot list = code.list(arguments);
+    evaluate_cell_list(evaluator, &list);
+    ASSERT_EQ(evaluator.results().size(), static_cast<std::size_t>(count));
+    for (int n = 0; n < count; ++n)
+      EXPECT_EQ(std::get<int_scalar>(evaluator.results()[static_cast<std::size_t>(n)]), n);
+  }
+}
+
+TEST_F(Evaluations, OfNoList_AppendNothing) {
+  ExpressionEvaluator evaluator(ctx(), 0);
+  evaluate_cell_list(evaluator, nullptr);
+  const HostCodeSlot empty = nowhere();
+  evaluate_cell_list(evaluator, &empty);
+  EXPECT_TRUE(evaluator.results().empty());
+}
+
+TEST_F(Evaluations, OfAList_EndWhereALinkIsNoNode) {
+  for (const HostCodeSlot& link : {absent(), integer(3), variable(3)}) {
+    ExpressionEvaluator evaluator(ctx(), 0);
+    const HostCodeSlot list = leads_to(code.node(NodeKind::list_cell, link, integer(1)));
+    evaluate_cell_list(evaluator, &list);
+    EXPECT_EQ(evaluator.results().size(), 1u);
+  }
+}
+
+TEST_F(EvaluationsDeathTest, OfASlotThatBeginsNoList_EndTheProcess) {
+  for (const HostCodeSlot& slot : {integer(0), absent(), variable(0), code.text("x")}) {
+    ExpressionEvaluator evaluator(ctx(), 0);
+    EXPECT_EXIT(evaluate_cell_list(evaluator, &slot), ::testing::KilledBySignal(SIGABRT), "");
+  }
+}
+
+TEST_F(EvaluationsDeathTest, OfACallWhoseValueBeginsNoList_EndTheProcess) {
+  const HostCodeSlot call = leads_to(code.node(NodeKind::call, code.symbol("f"), integer(1)));
+  EXPECT_EXIT(evaluated(call), ::testing::KilledBySignal(SIGABRT), "");
+}
+
+// ---- Cells
+
+TEST_F(Evaluations, OfLiterals_AreTheirValues) {
+  EXPECT_EQ(evaluated(integer(-3)), "int -3");
+  EXPECT_EQ(evaluated(real(2.5)), "real 2.5");
+  EXPECT_EQ(evaluated(code.text("text")), "text text");
+  EXPECT_EQ(evaluated(code.wide_text(u"wide")), "wide wide");
+}
+
+TEST_F(Evaluations, OfAnInteger_TakeTheLowHalf) {
+  EXPECT_EQ(evaluated(slot_of<std::uint64_t>(SlotTag::integer, 0x1234567800000005)), "int 5");
+}
+
+TEST_F(Evaluations, Required_OfNarrowText_ScanForTheTerminator_OfWideTextTrustTheLength) {
+  EXPECT_EQ(evaluated(code.text(std::string_view("a\0b", 3))), "text a");
+  EXPECT_EQ(evaluated(code.text("abc", Length::unrecorded)), "text abc");
+  HostCodeSlot wide = code.wide_text(u"abcdef");
+  wide.length = 4;
+  EXPECT_EQ(evaluated(wide), "wide abc");
+  EXPECT_EQ(evaluated(code.wide_text(u"abcdef", Length::unrecorded)), "wide abcdef");
+}
+
+TEST_F(Evaluations, OfNullText_AreEmpty) {
+  EXPECT_EQ(evaluated(slot_of<const char*>(SlotTag::string, nullptr)), "text ");
+  EXPECT_EQ(evaluated(slot_of<const char*>(SlotTag::wide_string, nullptr)), "wide ");
+  EXPECT_EQ(evaluated(slot_of<const char*>(SlotTag::wide_string, nullptr, 5)), "wide ");
+}
+
+TEST_F(Evaluations, Required_Of64BitIntegers_AreFalse) { EXPECT_EQ(evaluated(integer64(5)), "false"); }
+
+TEST_F(Evaluations, OfOtherSlots_AreFalse) {
+  for (const HostCodeSlot& slot : {nowhere(), absent(), slot_of(static_cast<SlotTag>(6), 1)})
+    EXPECT_EQ(evaluated(slot), "false");
+  EXPECT_EQ(evaluated_cell(nowhere()), "false");
+}
+
+TEST_F(Evaluations, OfABareName_AreItsText) {
+  const char* text = "double";
+  HostCodeNode* name = code.node(NodeKind::name, code.text("unused"), slot_of(SlotTag::node, text));
+  EXPECT_EQ(evaluated_cell(leads_to(name)), "text double");
+  name->value = nowhere();
+  EXPECT_EQ(evaluated_cell(leads_to(name)), "text ");
+}
+
+TEST_F(Evaluations, OfANameWithoutText_AreFalse) {
+  for (const HostCodeSlot& link : {nowhere(), integer(1)})
+    EXPECT_EQ(evaluated_cell(leads_to(code.node(NodeKind::name, link, code.call_slot("f")))), "false");
+}
+
+TEST_F(Evaluations, OfAnyKindOfCell_AreLiteralsReadAlike) {
+  EXPECT_EQ(evaluated_cell(leads_to(code.node(static_cast<NodeKind>(1), nowhere(), integer(4)))), "int 4");
+}
+
+TEST_F(Evaluations, OfANodeInACellOfAnotherKind_AreFalse) {
+  host.define("f", [](HostValue*, int, HostValue*) { return 1; });
+  EXPECT_EQ(evaluated_cell(leads_to(code.node(NodeKind::data_row, nowhere(), code.call_slot("f")))), "false");
+  EXPECT_TRUE(host.calls().empty());
+}
+
+TEST_F(Evaluations, OfANodeOfAnyOtherKind_AreFalse) {
+  for (const NodeKind kind : {NodeKind::name, NodeKind::list_cell, NodeKind::data_row, NodeKind::labelled,
+                              NodeKind::range, NodeKind::slot_list, static_cast<NodeKind>(0)})
+    EXPECT_EQ(operations_of([&] { EXPECT_EQ(evaluated(leads_to(code.node(kind, code.text("x")))), "false"); }),
+              Words{});
+}
+
+// ---- Variables
+
+TEST_F(Evaluations, OfAVariable_AdjustTheSlotByTheFrames) {
+  host.use_slot_base(100);
+  frame_base = 40;
+  host[50] = Value(7);
+  EXPECT_EQ(evaluated(variable(110)), "int 7");
+  EXPECT_EQ(evaluated_slot(variable(110)), "int 7");
+  EXPECT_EQ(host.slots_read(), (std::vector<int>{50, 50}));
+}
+
+TEST_F(Evaluations, OfAVariable_ReadTheBaseAtThatMoment) {
+  host[1] = Value(1);
+  host[5] = Value(5);
+  host.define("f", [&](HostValue*, int, HostValue* result) {
+    host.use_slot_base(6);
+    HVM_SetInt(ctx(), result, 0);
+    return 1;
+  });
+  ExpressionEvaluator evaluator(ctx(), 10);
+  host.use_slot_base(20);
+  host[-5] = Value(-5);
+  host[9] = Value(9);
+  const HostCodeSlot list = code.list({variable(5), code.call_slot("f"), variable(5)});
+  evaluate_cell_list(evaluator, &list);
+  EXPECT_EQ(shown(evaluator.results()[0]), "int -5");
+  EXPECT_EQ(shown(evaluator.results()[2]), "int 9");
+}
+
+TEST_F(Evaluations, OfVariables_FollowTheirTags) {
+  host[0] = Value(std::int64_t{1} << 40);
+  host[1] = Value(2.5);
+  host[2] = Value("text");
+  host[3] = Value(u"wide");
+  host[4] = Value::string_record("record");
+  host[5] = Value::table_of({Value(1)});
+  host[6] = Value();
+  const char* expected[] = {"int64 1099511627776", "real 2.5",  "text text", "wide wide",
+                            "text record",         "value [1]", "value nil"};
+  for (std::uint32_t slot = 0; slot < 7; ++slot) {
+    EXPECT_EQ(evaluated(variable(slot)), expected[slot]);
+    EXPECT_EQ(evaluated_slot(variable(slot)), expected[slot]);
+  }
+}
+
+TEST_F(Evaluations, OfAMissingVariable_AreFalse) {
+  EXPECT_EQ(evaluated(variable(1)), "false");
+  EXPECT_EQ(evaluated_slot(variable(1)), "false");
+}
+
+TEST_F(Evaluations, WithoutAFrame_CountSlotsFromZero) {
+  host.use_slot_base(100);
+  host.without_frame();
+  host[3] = Value(7);
+  EXPECT_EQ(evaluated(variable(3)), "int 7");
+}
+
+// ---- Calls
+
+TEST_F(Evaluations, OfACallWithoutArguments_PassNoArray) {
+  host.define("f", [&](HostValue* args, int nargs, HostValue* result) {
+    EXPECT_EQ(args, nullptr);
+    EXPECT_EQ(nargs, 0);
+    HVM_SetInt(ctx(), result, 7);
+    return 1;
+  });
+  EXPECT_EQ(operations_of([&] { EXPECT_EQ(evaluated(code.call_slot("f")), "int 7"); }),
+            (Words{"NewObject", "SetInt 7", "FreeObj"}));
+}
+
+TEST_F(Evaluations, OfACall_PassTheArgumentsAsRecords) {
+  host[1] = Value::table_of({Value(1), Value(2)});
+  host.define("f", [&](HostValue* args, int nargs, HostValue* result) {
+    HVM_SetInt(ctx(), result, static_cast<int>(nargs + (args[1].tag == ValueTag::real)));
+    return 1;
+  });
+  const auto words = operations_of([&] {
+    EXPECT_EQ(evaluated(code.call_slot("f", {integer(1), real(2.5), code.text("text"), code.wide_text(u"wide"),
+                                             variable(1), integer64(5), absent()})),
+              "int 8");
+  });
+  EXPECT_EQ(words, (Words{"NewObject", "NewObjects 7", "SetInt 1", "SetReal", "SetString", "SetWStringEx 4",
+                          "DupObject", "SetInt 8", "FreeObjs 7", "FreeObj"}));
+  ASSERT_EQ(host.calls().size(), 1u);
+  EXPECT_TRUE(host.calls()[0].has_array);
+  // Whatever cannot be read stays nil.
+  EXPECT_EQ(host.calls()[0].arguments, (Words{"1", "2.5", "text", "wide", "[1, 2]", "nil", "nil"}));
+}
+
+TEST_F(Evaluations, OfACall_AnyNonzeroAnswerIsSuccess) {
+  for (const int answer : {1, -1, 256}) {
+    host.define("f", [&](HostValue*, int, HostValue* result) {
+      HVM_SetReal(ctx(), result, 2.5);
+      return answer;
+    });
+    EXPECT_EQ(evaluated(code.call_slot("f")), "real 2.5");
+  }
+}
+
+TEST_F(Evaluations, OfACallThatLeavesItsResult_AreNil) {
+  host.define("f", [](HostValue*, int, HostValue*) { return 1; });
+  EXPECT_EQ(evaluated(code.call_slot("f")), "value nil");
+}
+
+TEST_F(Evaluations, OfACallThatFails_AreFalse_AndGiveTheRecordsBack) {
+  host.define("f", [&](HostValue*, int, HostValue* result) {
+    HVM_SetInt(ctx(), result, 7);
+    return 0;
+  });
+  EXPECT_EQ(operations_of([&] { EXPECT_EQ(evaluated(code.call_slot("f", {integer(1)})), "false"); }),
+            (Words{"NewObject", "NewObjects 1", "SetInt 1", "SetInt 7", "FreeObjs 1", "FreeObj"}));
+  EXPECT_EQ(evaluated(code.call_slot("unknown")), "false");
+}
+
+TEST_F(Evaluations, OfACallThatThrows_GiveTheRecordsBack) {
+  host.define("f", [](HostValue*, int, HostValue*) -> int { throw std::runtime_error("from the host"); });
+  EXPECT_EQ(operations_of([&] { EXPECT_THROW(evaluated(code.call_slot("f", {integer(1)})), std::runtime_error); }),
+            (Words{"NewObject", "NewObjects 1", "SetInt 1", "FreeObjs 1", "FreeObj"}));
+  EXPECT_THROW(evaluated(code.call_slot("f")), std::runtime_error);
+}
+
+TEST_F(Evaluations, OfCallsInCalls_GoFromInsideOut) {
+  host.define("sum", [&](HostValue* args, int nargs, HostValue* result) {
+    int sum = 0;
+    for (int n = 0; n < nargs; ++n) sum += HVM_AsInt(args + n);
+    HVM_SetInt(ctx(), result, sum);
+    return 1;
+  });
+  const HostCodeSlot inner = code.call_slot("sum", {integer(1), integer(2)});
+  EXPECT_EQ(operations_of([&] {
+              EXPECT_EQ(evaluated(code.call_slot("sum", {inner, integer(4)})), "int 7");
+            }),
+            (Words{"NewObject", "NewObject", "NewObjects 2", "SetInt 1", "SetInt 2", "AsInt", "AsInt", "SetInt 3",
+                   "FreeObjs 2", "NewObjects 2", "SetInt 3", "SetInt 4", "AsInt", "AsInt", "SetInt 7", "FreeObjs 2",
+                   "FreeObj", "FreeObj"}));
+}
+
+TEST_F(Evaluations, OfACallWithoutHostMemory_ThrowBadAlloc) {
+  host.define("f", [](HostValue*, int, HostValue*) { return 1; });
+  for (const int nth : {1, 2}) {
+    hvm::fail_allocation(nth);
+    EXPECT_THROW(evaluated(code.call_slot("f", {integer(1)})), std::bad_alloc);
+  }
+  hvm::fail_allocation(0);
+}
+
+TEST_F(Evaluations, GiveTheirRecordsBackInOrderOfCreation) {
+  hvm::record_calls(true);
+  std::vector<const void*> made, freed;
+  {
+    ExpressionEvaluator evaluator(ctx(), 0);
+    for (int n = 0; n < 20; ++n) made.push_back(evaluator.new_object());
+  }
+  hvm::record_calls(false);
+  for (const auto& call : hvm::recorded_calls())
+    if (std::string(call.operation) == "HVM_FreeObj") freed.push_back(call.subject);
+  EXPECT_EQ(freed, made);
+}
+
+// ---- Quotations among the arguments
+
+TEST_F(Evaluations, OfAQuotation_BecomeATable) {
+  const HostCodeSlot quotation = leads_to(code.quotation(code.call_slot("double", {variable(3), code.text("x")})));
+  host[3] = Value(2.5);
+  EXPECT_EQ(operations_of([&] { EXPECT_EQ(evaluated(quotation), "value [\"double\", 3, \"\", 2.5, \"x\"]"); }),
+            (Words{"NewObject", "ForceTable 4", "HashSetInt 0", "SetString", "HashSetInt 1", "SetInt 3", "HashSetInt 2",
+                   "SetString", "HashSetInt 3", "SetReal", "HashSetInt 4", "SetString", "FreeObj"}));
+}
+
+TEST_F(Evaluations, OfAQuotationWithoutArguments_HaveThreeEntries) {
+  EXPECT_EQ(evaluated(leads_to(code.quotation(code.call_slot("int")))), "value [\"int\", -1, \"\"]");
+}
+
+TEST_F(Evaluations, OfAQuotation_UnreadableArgumentsStayNil) {
+  EXPECT_EQ(evaluated(leads_to(code.quotation(code.call_slot("int", {integer64(3)})))),
+            "value [\"int\", -1, \"\", nil]");
+}
+
+TEST_F(Evaluations, OfAQuotationThatIsNoNamedCall_AreFalse) {
+  for (const HostCodeSlot& link : {variable(3), nowhere(), leads_to(code.quotation(code.call_slot("int"))),
+                                   leads_to(code.node(NodeKind::labelled, code.call_slot("int")))})
+    EXPECT_EQ(operations_of([&] { EXPECT_EQ(evaluated(leads_to(code.quotation(link))), "false"); }), Words{});
+}
+
+// ---- The short form
+
+TEST_F(Evaluations, OfASlot_AreLiteralsNamesAndVariables) {
+  EXPECT_EQ(evaluated_slot(code.text("text")), "text text");
+  EXPECT_EQ(evaluated_slot(slot_of<std::uint64_t>(SlotTag::integer, 0x1234567800000005)), "int 5");
+  EXPECT_EQ(evaluated_slot(real(2.5)), "real 2.5");
+  EXPECT_EQ(evaluated_slot(leads_to(code.node(NodeKind::name, code.text("name")))), "text name");
+  EXPECT_EQ(evaluated_slot(slot_of<const char*>(SlotTag::string, nullptr)), "text ");
+  EXPECT_EQ(evaluated_slot(leads_to(code.node(NodeKind::name, slot_of<const char*>(SlotTag::string, nullptr)))),
+            "text ");
+}
+
+TEST_F(Evaluations, Required_OfASlot_64BitIntegersAndWideStringsAreFalse) {
+  EXPECT_EQ(evaluated_slot(integer64(5)), "false");
+  EXPECT_EQ(evaluated_slot(code.wide_text(u"wide")), "false");
+}
+
+TEST_F(Evaluations, OfASlotOfAnythingElse_AreFalse) {
+  host.define("f", [](HostValue*, int, HostValue*) { return 1; });
+  for (const HostCodeSlot& slot : {nowhere(), absent(), code.call_slot("f"), leads_to(code.array_literal({})),
+                                   leads_to(code.node(NodeKind::name, integer(1)))})
+    EXPECT_EQ(evaluated_slot(slot), "false");
+  EXPECT_TRUE(host.calls().empty());
+}
+
+}  // namespace
+}  // namespace arrayfold::test
