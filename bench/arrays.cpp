@@ -2,6 +2,7 @@
 
 #include "arrays.hpp"
 
+#include <cmath>
 #include <random>
 
 #include "array/boxing.hpp"
@@ -25,6 +26,18 @@ hvm::Value normal_reals(const std::vector<std::size_t>& extents) {
   std::mt19937_64 engine(1);
   std::normal_distribution<double> normal;
   return array_of<XTDouble>(extents, [&] { return normal(engine); });
+}
+
+hvm::Value positive_reals(const std::vector<std::size_t>& extents) {
+  std::mt19937_64 engine(1);
+  std::normal_distribution<double> normal;
+  return array_of<XTDouble>(extents, [&] { return std::abs(normal(engine)); });
+}
+
+hvm::Value ints_to_100(const std::vector<std::size_t>& extents) {
+  std::mt19937_64 engine(1);
+  std::uniform_int_distribution<int> uniform(1, 100);
+  return array_of<XTInt>(extents, [&] { return uniform(engine); });
 }
 
 hvm::Value small_ints(const std::vector<std::size_t>& extents) {

@@ -7,5 +7,6 @@ namespace arrayfold::bench {
 void add_creation();
 void add_text();
 void add_calls();
+void add_elementwise();
 
 }  // namespace arrayfold::bench

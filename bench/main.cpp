@@ -11,6 +11,7 @@ int main(int argc, char** argv) try {
   arrayfold::bench::add_creation();
   arrayfold::bench::add_text();
   arrayfold::bench::add_calls();
+  arrayfold::bench::add_elementwise();
 
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
