@@ -13,7 +13,7 @@ ARITHMETIC = by_size(0.5, 0.5, 1.05, 1.05)
 # Ours writes eight bytes an element, NumPy's one, or four.
 TRUTHS = by_size(0.4, 0.6, 1.15, 3.9)
 INT_MAGNITUDES = by_size(0.5, 0.5, 1.25, 1.05)
-INT_PRODUCTS = by_size(0.5, 0.5, 1.6, None)
+INT_PRODUCTS = by_size(0.5, 0.5, 1.6, 1.6)
 UNBOUND = by_size(None, None, None, None)
 
 CASES = {}

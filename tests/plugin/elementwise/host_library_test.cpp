@@ -54,19 +54,36 @@ std::vector<std::int32_t> counted() {
   return elements;
 }
 
-TEST_F(HostLibrary, Required_XerfAndXlgamma_CallItOnceForEveryElement) {
+// The address sanitizer puts an lgamma of its own before that of every library.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool lgamma_is_intercepted = true;
+#elif defined(__has_feature)
+constexpr bool lgamma_is_intercepted = __has_feature(address_sanitizer);
+#else
+constexpr bool lgamma_is_intercepted = false;
+#endif
+
+/// The counted numbers as doubles and as both kinds of integers.
+std::vector<Value> operands(HostContext ctx) {
   const auto ints = counted();
-  const Value operands[] = {array_of<XTDouble>(ctx(), {count}, {ints.begin(), ints.end()}),
-                            array_of<XTInt>(ctx(), {count}, ints),
-                            array_of<XTInt64>(ctx(), {count}, {ints.begin(), ints.end()})};
-  for (const Value& operand : operands) {
-    std::vector<double> erfs, lgammas;
-    EXPECT_EQ(added("xerf", operand, &erfs), (Calls{count, 0}));
-    EXPECT_EQ(added("xlgamma", operand, &lgammas), (Calls{0, count}));
-    for (std::size_t i = 0; i < count; ++i) {
-      EXPECT_EQ(erfs[i], 1000.0 + ints[i]);
-      EXPECT_EQ(lgammas[i], 2000.0 + ints[i]);
-    }
+  return {array_of<XTDouble>(ctx, {count}, {ints.begin(), ints.end()}), array_of<XTInt>(ctx, {count}, ints),
+          array_of<XTInt64>(ctx, {count}, {ints.begin(), ints.end()})};
+}
+
+TEST_F(HostLibrary, Required_Xerf_CallsItOnceForEveryElement) {
+  for (const Value& operand : operands(ctx())) {
+    std::vector<double> values;
+    EXPECT_EQ(added("xerf", operand, &values), (Calls{count, 0}));
+    for (std::size_t i = 0; i < count; ++i) EXPECT_EQ(values[i], 1000.0 + counted()[i]);
+  }
+}
+
+TEST_F(HostLibrary, Required_Xlgamma_CallsItOnceForEveryElement) {
+  if (lgamma_is_intercepted) GTEST_SKIP() << "the address sanitizer brings its own lgamma";
+  for (const Value& operand : operands(ctx())) {
+    std::vector<double> values;
+    EXPECT_EQ(added("xlgamma", operand, &values), (Calls{0, count}));
+    for (std::size_t i = 0; i < count; ++i) EXPECT_EQ(values[i], 2000.0 + counted()[i]);
   }
 }
 

@@ -4,6 +4,7 @@
 // an element nor its neighbours may show.
 
 #include <cmath>
+#include <ctime>
 #include <random>
 
 #include "functions.hpp"
@@ -26,17 +27,14 @@ class Values : public ModuleTest {
   /// `x` at each place of arrays of each length up to 40, among `others`: the same bits everywhere.
   void expect_everywhere(const char* name, double x, const std::vector<double>& others) const {
     const double expected = alone(name, x);
-    for (std::size_t length = 1; length <= longest; ++length) {
-      // One call covers every place: row r has x in column r.
-      std::vector<double> elements(length * length);
-      for (std::size_t i = 0; i < elements.size(); ++i)
-        elements[i] = i / length == i % length ? x : others[i % others.size()];
-      for (std::size_t row = 0; row < length; ++row) {
-        const auto first = elements.begin() + static_cast<std::ptrdiff_t>(row * length);
-        const auto values = map(name, {length}, {first, first + static_cast<std::ptrdiff_t>(length)});
-        EXPECT_TRUE(same(values[row], expected)) << name << "(" << x << ") at " << row << " of " << length;
+    for (std::size_t length = 1; length <= longest; ++length)
+      for (const std::size_t parity : {0u, 1u}) {  // x at the even places, then at the odd ones
+        std::vector<double> elements(length, x);
+        for (std::size_t i = 1 - parity; i < length; i += 2) elements[i] = others[(length + i) % others.size()];
+        const auto values = map(name, {length}, elements);
+        for (std::size_t i = parity; i < length; i += 2)
+          EXPECT_TRUE(same(values[i], expected)) << name << "(" << x << ") at " << i << " of " << length;
       }
-    }
   }
 };
 
@@ -50,6 +48,20 @@ TEST_F(Values, OfSpecialArguments_AreThoseOfTheCLibrary) {
         EXPECT_TRUE(same(value, expected)) << function.name << "(" << x << ") is " << value;
       else
         EXPECT_LE(steps_between(value, expected), 4u) << function.name << "(" << x << ") is " << value;
+    }
+}
+
+TEST_F(Values, AtTheEndsOfTheRange_OverflowAndVanishWhereTheCLibrarysDo) {
+  for (const auto& function : functions())
+    for (const double end :
+         {709.782712893384, -745.1332191019411, -708.3964185322641, 710.4758600739439, 171.6243769563027}) {
+      double x = end;
+      for (int step = 0; step < 20; ++step) x = std::nextafter(x, -INFINITY);
+      for (int step = 0; step < 40; ++step, x = std::nextafter(x, INFINITY)) {
+        const double value = alone(function.name, x), expected = function.of_double(x);
+        EXPECT_EQ(std::isinf(value), std::isinf(expected)) << function.name << "(" << x << ")";
+        EXPECT_EQ(value == 0, expected == 0) << function.name << "(" << x << ")";
+      }
     }
 }
 
@@ -108,6 +120,30 @@ TEST_F(Values, OfRandomArguments_AreThoseOfTheCLibrary) {
       EXPECT_LE(steps, function.closeness == Closeness::same ? 0u : 5u) << function.name << "(" << drawn[i] << ")";
     }
   }
+}
+
+/// The processor time of this thread, in nanoseconds.
+double processor_time() {
+  timespec time{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec);
+}
+
+TEST_F(Values, OfNoArgument_TakeLong) {
+  // The slowest need some hundred nanoseconds; a loop that depends on the argument would need seconds.
+  constexpr double limit = 20'000;
+  constexpr std::size_t count = 250;
+  auto arguments = special_values();
+  const auto drawn = random_arguments(100);
+  arguments.insert(arguments.end(), drawn.begin(), drawn.end());
+  for (const double integer : {-170.0, -1e6, -0x1p31, -1e15, 0x1p62}) arguments.push_back(integer);
+  for (const auto& function : functions())
+    for (const double x : arguments) {
+      const Value operand = array_of<XTDouble>(ctx(), {count}, std::vector<double>(count, x));
+      const double before = processor_time();
+      call(function.name, {operand});
+      EXPECT_LT((processor_time() - before) / count, limit) << function.name << "(" << x << ")";
+    }
 }
 
 TEST_F(Values, Required_DegreesAndRadians_MultiplyFirst) {
