@@ -2,6 +2,7 @@
 
 #include "arrays.hpp"
 
+#include <cmath>
 #include <random>
 
 #include "array/boxing.hpp"
@@ -45,6 +46,18 @@ hvm::Value small_long_ints(const std::vector<std::size_t>& extents, unsigned see
 
 hvm::Value divisors(const std::vector<std::size_t>& extents, unsigned seed) {
   return uniform_ints<XTInt>(extents, 1, 999, seed);
+}
+
+hvm::Value positive_reals(const std::vector<std::size_t>& extents) {
+  std::mt19937_64 engine(1);
+  std::normal_distribution<double> normal;
+  return array_of<XTDouble>(extents, [&] { return std::abs(normal(engine)); });
+}
+
+hvm::Value ints_to_100(const std::vector<std::size_t>& extents) {
+  std::mt19937_64 engine(1);
+  std::uniform_int_distribution<int> uniform(1, 100);
+  return array_of<XTInt>(extents, [&] { return uniform(engine); });
 }
 
 }  // namespace arrayfold::bench

@@ -11,6 +11,10 @@ namespace arrayfold::bench {
 
 /// Doubles of the normal distribution: full mantissas, both signs.
 hvm::Value normal_reals(const std::vector<std::size_t>& extents, unsigned seed = 1);
+/// Their magnitudes.
+hvm::Value positive_reals(const std::vector<std::size_t>& extents);
+/// 32-bit integers, uniform from 1 to 100.
+hvm::Value ints_to_100(const std::vector<std::size_t>& extents);
 /// 32-bit integers, uniform between -999999 and 999999.
 hvm::Value small_ints(const std::vector<std::size_t>& extents, unsigned seed = 1);
 /// The same in 64 bits.

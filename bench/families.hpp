@@ -9,5 +9,6 @@ void add_text();
 void add_tables();
 void add_calls();
 void add_operators();
+void add_elementwise();
 
 }  // namespace arrayfold::bench

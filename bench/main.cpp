@@ -13,6 +13,7 @@ int main(int argc, char** argv) try {
   arrayfold::bench::add_tables();
   arrayfold::bench::add_calls();
   arrayfold::bench::add_operators();
+  arrayfold::bench::add_elementwise();
 
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;

@@ -1,0 +1,41 @@
+// bench/elementwise.cpp: the functions of one array, of doubles and of 32-bit integers
+//
+// Arguments are those that a function is meant for: positive ones for roots and logarithms, and integers from 1 to 100
+// where an exponential would overflow otherwise.
+
+#include <string>
+
+#include "arrays.hpp"
+#include "families.hpp"
+#include "module.hpp"
+
+namespace arrayfold::bench {
+namespace {
+
+constexpr const char* of_any_sign[] = {"xabs",  "xsign",  "xrad2deg", "xdeg2rad", "xsquare", "xcube",    "xcbrt",
+                                       "xexp",  "xexpm1", "xsin",     "xcos",     "xtan",    "xsinh",    "xcosh",
+                                       "xtanh", "xerf",   "xtgamma",  "xisnan",   "xisinf",  "xisfinite"};
+constexpr const char* of_positive[] = {"xlog", "xlog1p", "xsqrt", "xlgamma"};
+
+std::vector<std::size_t> extent(int n) { return {static_cast<std::size_t>(n)}; }
+std::vector<Value> reals(int n) { return {normal_reals(extent(n))}; }
+std::vector<Value> positive(int n) { return {positive_reals(extent(n))}; }
+std::vector<Value> ints(int n) { return {small_ints(extent(n))}; }
+std::vector<Value> hundred(int n) { return {ints_to_100(extent(n))}; }
+
+bool works_in_integers(const std::string& name) { return name == "xabs" || name == "xsquare" || name == "xcube"; }
+
+void add_both(const std::string& name, const RecordsOf& doubles) {
+  add_call("elementwise/" + name, name, four_sizes, doubles);
+  if (name == "xsign") return;  // which serves no integers
+  add_call("elementwise/" + name + "_int", name, four_sizes, works_in_integers(name) ? ints : hundred);
+}
+
+}  // namespace
+
+void add_elementwise() {
+  for (const char* name : of_any_sign) add_both(name, reals);
+  for (const char* name : of_positive) add_both(name, positive);
+}
+
+}  // namespace arrayfold::bench

@@ -1,0 +1,44 @@
+# bench/peers/elementwise.py: the peers of elementwise.cpp
+
+from . import Case, by_size
+
+REALS = "a = np.random.default_rng(1).standard_normal(n)"
+POSITIVE = "a = np.abs(np.random.default_rng(1).standard_normal(n))"
+INTS = "a = np.random.default_rng(1).integers(-999_999, 1_000_000, n, dtype=np.int32)"
+TO_100 = "a = np.random.default_rng(1).integers(1, 101, n, dtype=np.int32)"
+
+MATHEMATICS = by_size(0.55, 1.0, 1.1, 1.1)
+LOGARITHM = by_size(0.55, 1.1, 1.5, 1.15)
+ARITHMETIC = by_size(0.5, 0.5, 1.05, 1.05)
+# Ours writes eight bytes an element, NumPy's one, or four.
+TRUTHS = by_size(0.4, 0.6, 1.15, 3.9)
+INT_MAGNITUDES = by_size(0.5, 0.5, 1.25, 1.05)
+INT_PRODUCTS = by_size(0.5, 0.5, 1.6, 1.6)
+UNBOUND = by_size(None, None, None, None)
+
+CASES = {}
+
+
+def add(name, numpy, ratios, int_ratios=None, reals=REALS, ints=TO_100):
+    CASES[name] = Case(numpy=numpy, setup=reals, ratios=ratios)
+    if name != "xsign":
+        CASES[name + "_int"] = Case(numpy=numpy, setup=ints, ratios=int_ratios or ratios)
+
+
+add("xabs", "np.abs(a)", ARITHMETIC, INT_MAGNITUDES, ints=INTS)
+add("xsign", "np.sign(a)", ARITHMETIC)
+add("xrad2deg", "np.rad2deg(a)", ARITHMETIC)
+add("xdeg2rad", "np.deg2rad(a)", ARITHMETIC)
+add("xsquare", "np.square(a)", ARITHMETIC, INT_PRODUCTS, ints=INTS)
+add("xcube", "a * a * a", ARITHMETIC, INT_PRODUCTS, ints=INTS)
+add("xsqrt", "np.sqrt(a)", ARITHMETIC, reals=POSITIVE)
+add("xlog", "np.log(a)", LOGARITHM, reals=POSITIVE)
+add("xlog1p", "np.log1p(a)", MATHEMATICS, reals=POSITIVE)
+for name in ("exp", "expm1", "cbrt", "sin", "cos", "tan", "sinh", "cosh", "tanh"):
+    add("x" + name, f"np.{name}(a)", MATHEMATICS)
+for name in ("isnan", "isinf", "isfinite"):
+    add("x" + name, f"np.{name}(a)", TRUTHS, UNBOUND)
+# One function of a library an element, and nothing beside them in NumPy.
+add("xerf", None, UNBOUND)
+add("xtgamma", None, UNBOUND)
+add("xlgamma", None, UNBOUND, reals=POSITIVE)

@@ -1,0 +1,87 @@
+#!/usr/bin/python3
+# accuracy/report.py: measures the module and NumPy over the same arguments and writes docs/accuracy.md
+
+import argparse
+import os
+import subprocess
+import tempfile
+
+import numpy as np
+
+PEERS = {
+    "xsqrt": np.sqrt, "xsquare": np.square, "xcube": lambda x: x * x * x, "xexp": np.exp, "xexpm1": np.expm1,
+    "xlog": np.log, "xlog1p": np.log1p, "xcbrt": np.cbrt, "xsin": np.sin, "xcos": np.cos, "xtan": np.tan,
+    "xsinh": np.sinh, "xcosh": np.cosh, "xtanh": np.tanh,
+}
+BATCH = 200_000
+
+
+def largest_error(function, arguments):
+    """The largest distance from the same function in 80 bits, in units in the last place, and its argument."""
+    worst, at = 0.0, 0.0
+    for first in range(0, len(arguments), BATCH):
+        x = arguments[first:first + BATCH]
+        value, exact = function(x), function(x.astype(np.longdouble))
+        errors = errors_in_ulp(value, exact)
+        place = int(np.argmax(errors))
+        if errors[place] > worst:
+            worst, at = float(errors[place]), float(x[place])
+    return worst, at
+
+
+def errors_in_ulp(value, exact):
+    """Distances as functions.cpp counts them: an infinity is 2^1024, and right where the exact value rounds to it."""
+    beyond = np.ldexp(np.longdouble(1), 1024)
+    exponent = np.clip(np.frexp(np.where(np.isfinite(exact), exact, 1))[1] - 1, -1022, 1023)
+    unit = np.ldexp(np.longdouble(1), exponent - 52)
+    error = np.abs(np.clip(value.astype(np.longdouble), -beyond, beyond) - np.clip(exact, -beyond, beyond)) / unit
+    error = np.where(value == exact.astype(float), np.where(np.isinf(value), 0, error), error)
+    neither = np.isnan(value) & np.isnan(exact)
+    return np.where(neither, 0, np.where(np.isnan(error), np.inf, error))
+
+
+def ours(program, count):
+    """name -> (error, argument, error of four lanes), as the program prints them."""
+    run = subprocess.run([program, str(count)], stdout=subprocess.PIPE, text=True, check=True)
+    rows = (line.split() for line in run.stdout.splitlines())
+    return {name: (float(error), float(argument), float(narrow)) for name, error, argument, narrow, _ in rows}
+
+
+def peers(program, count):
+    with tempfile.TemporaryDirectory() as folder:
+        path = os.path.join(folder, "arguments")
+        subprocess.run([program, str(count), "--arguments", path], check=True)
+        arguments = np.fromfile(path)
+    with np.errstate(all="ignore"):
+        return {name: largest_error(function, arguments) for name, function in PEERS.items()}
+
+
+def table(measured, numpy_errors):
+    yield "| Function | Largest error | at | on four lanes | NumPy's largest | at |"
+    yield "| --- | ---: | ---: | ---: | ---: | ---: |"
+    for name, (error, at, narrow) in measured.items():
+        peer = numpy_errors.get(name)
+        theirs = f"{peer[0]:.2f} | `{peer[1]!r}`" if peer else "none | "
+        yield f"| `{name}` | {error:.2f} | `{at!r}` | {narrow:.2f} | {theirs} |"
+
+
+def main():
+    parser = argparse.ArgumentParser(description="Writes the table of errors into a page.")
+    parser.add_argument("program", help="the accuracy program")
+    parser.add_argument("page", help="the page whose table is replaced")
+    parser.add_argument("--count", type=int, default=10_000_000)
+    chosen = parser.parse_args()
+    lines = table(ours(chosen.program, chosen.count), peers(chosen.program, chosen.count))
+    with open(chosen.page) as page:
+        text = page.read()
+    head, begin, rest = text.partition("<!-- table -->\n")
+    _, end, tail = rest.partition("<!-- end of table -->")
+    if not begin or not end:
+        parser.error(f"{chosen.page} has no place for a table")
+    note = f"\n{chosen.count:,} arguments a function, NumPy {np.__version__}, {' '.join(os.confstr('CS_GNU_LIBC_VERSION').split())}.\n"
+    with open(chosen.page, "w") as page:
+        page.write(head + begin + "\n".join(lines) + "\n" + note + end + tail)
+
+
+if __name__ == "__main__":
+    main()
