@@ -55,9 +55,7 @@ hvm::Value positive_reals(const std::vector<std::size_t>& extents) {
 }
 
 hvm::Value ints_to_100(const std::vector<std::size_t>& extents) {
-  std::mt19937_64 engine(1);
-  std::uniform_int_distribution<int> uniform(1, 100);
-  return array_of<XTInt>(extents, [&] { return uniform(engine); });
+  return uniform_ints<XTInt>(extents, 1, 100, 1);
 }
 
 }  // namespace arrayfold::bench

@@ -1,10 +1,47 @@
-// elementwise/binary.cpp: xremainder, xclip, xfma, xinterp, xpow
+// elementwise/binary.cpp: xminimum, xmaximum; xremainder, xclip, xfma, xinterp, xpow
 //
-// Finished as they stand: each checks its arguments, computes nothing and leaves the result alone.
+// The first two combine two arrays of one kind under the broadcasting rule and give doubles. The others are finished as
+// they stand: each checks its arguments, computes nothing and leaves the result alone.
 
+#include "array/combination.hpp"
+#include "array/kind_frames.hpp"
 #include "host/entry.hpp"
 
 namespace arrayfold {
+namespace {
+
+// required: the second operand is chosen where the comparison fails: for NaN in either, and for equal elements, the two
+// zeros among them.
+struct Minimum {
+  template <class T>
+  T operator()(T a, T b) const {
+    return a < b ? a : b;
+  }
+};
+struct Maximum {
+  template <class T>
+  T operator()(T a, T b) const {
+    return b < a ? a : b;
+  }
+};
+
+/// Two arrays of the same kind, compared in it; what is chosen is stored as a double. Pairs of other kinds count as
+/// handled and give nothing.
+template <class Choice>
+Outcome choose(const Call& call, Choice choice) {
+  if (!is_object(call, 0) || !is_object(call, 1)) return Outcome::failed;
+  const HostAny* left = object(call, 0);
+  const HostAny* right = object(call, 1);
+  visit_same_kind(real_first{}, left, right, [&](const auto& a, const auto& b) {
+    give_array<XTDouble>(call.ctx, call.result, combined<XTDouble>(*a.array, *b.array, choice));
+  });
+  return Outcome::handled;
+}
+
+}  // namespace
+
+Outcome xminimum(const Call& call) { return choose(call, Minimum{}); }
+Outcome xmaximum(const Call& call) { return choose(call, Maximum{}); }
 
 // required: two objects are asked for and neither is fetched, unlike in the four below.
 Outcome xremainder(const Call& call) {

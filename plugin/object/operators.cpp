@@ -17,9 +17,8 @@
 #include <exception>
 
 #include "array/boxing.hpp"
-#include "array/broadcast.hpp"
+#include "array/combination.hpp"
 #include "array/storage.hpp"
-#include "object/arithmetic.hpp"
 #include "object/element_access.hpp"
 
 namespace arrayfold {
@@ -82,39 +81,6 @@ void change_by_number(const Application<Array>& at, typename Array::element numb
 }
 
 // ---- With an array of the same kind
-
-template <class Operation, class T, class R>
-void combine_row(Operation operation, const T* left, const T* right, const BroadcastRow& row, R* out) {
-  left += row.left;
-  right += row.right;
-  if (row.left_step != 0 && row.right_step != 0) return combine<T>(operation, left, right, out, row.count);
-  if (row.left_step != 0) return combine<T>(operation, left, *right, out, row.count);
-  if (row.right_step != 0) return combine<T>(operation, *left, right, out, row.count);
-  combine<T>(operation, *left, *right, out, row.count);
-}
-
-/// A new array of `left` and `right`, element by element, broadcast.
-template <class ResultKind, class T, class Operation>
-std::unique_ptr<ArrayOf<ResultKind>> combined(const xarray_of<T>& left, const xarray_of<T>& right,
-                                              Operation operation) {
-  check_extents(left);
-  check_extents(right);
-  const T* left_elements = left.storage().data();
-  const T* right_elements = right.storage().data();
-  if (left.shape() == right.shape()) {
-    auto made = make_array<ResultKind>(left.shape());
-    combine<T>(operation, left_elements, right_elements, made->array->storage().data(), left.storage().size());
-    return made;
-  }
-  const BroadcastWalk walk(left.shape(), right.shape());
-  auto made = make_array<ResultKind>(walk.extents());
-  auto* out = made->array->storage().data();
-  walk.for_each_row([&](const BroadcastRow& row) {
-    combine_row(operation, left_elements, right_elements, row, out);
-    out += row.count;
-  });
-  return made;
-}
 
 template <class ResultKind, class Array, class Operation>
 void give_with_array(const Application<Array>& at, const Array& other, Operation operation) {

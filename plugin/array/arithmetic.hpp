@@ -1,4 +1,4 @@
-// object/arithmetic.hpp: the element operations behind the operators, and their loops
+// array/arithmetic.hpp: operations on two elements, and their loops
 //
 // Integers wrap in their width; their division is the processor's, with its fault. Reals are IEEE. The loops take
 // pointers that do not overlap, or one that is changed in place, so that the compiler keeps several elements in a
