@@ -155,12 +155,13 @@ bool calculate(const Application<Array>& at, InPlace with_number, InPlace with_a
 template <class T>
 bool all_equal(const T* left, const T* right, std::size_t count) {
   if constexpr (std::is_integral_v<T>) return count == 0 || std::memcmp(left, right, count * sizeof(T)) == 0;
-  // Blocks are compared without a branch; the test ends with the first that differs. NaN equals nothing.
-  constexpr std::size_t block = 16;
+  // Blocks are compared without a branch; the test ends with the first that differs. NaN equals nothing. The word is as
+  // wide as an element, and the block too long to be unrolled whole, so that the compiler keeps four in a register.
+  constexpr std::size_t block = 32;
   std::size_t i = 0;
   for (; i + block <= count; i += block) {
-    int differs = 0;
-    for (std::size_t j = 0; j < block; ++j) differs |= !(left[i + j] == right[i + j]);
+    std::int64_t differs = 0;
+    for (std::size_t j = 0; j < block; ++j) differs |= left[i + j] == right[i + j] ? 0 : 1;
     if (differs != 0) return false;
   }
   for (; i < count; ++i)
