@@ -104,11 +104,13 @@ auto in_reals(Function function) {
 template <class Test>
 auto classified(double of_integers, Test test) {
   return [of_integers, test](const auto* in, double* __restrict out, std::size_t count) {
-    if constexpr (std::is_integral_v<std::decay_t<decltype(*in)>>)
-      std::fill_n(out, count, of_integers);
-    else
 #pragma GCC unroll 4
-      for (std::size_t i = 0; i < count; ++i) out[i] = test(in[i]) ? 1.0 : 0.0;
+    for (std::size_t i = 0; i < count; ++i) {
+      if constexpr (std::is_integral_v<std::decay_t<decltype(*in)>>)
+        out[i] = of_integers;
+      else
+        out[i] = test(in[i]) ? 1.0 : 0.0;
+    }
   };
 }
 
