@@ -1,4 +1,4 @@
-// bench/elementwise.cpp: the functions of one array, of doubles and of 32-bit integers
+// bench/elementwise.cpp: the functions of one array and of two, of doubles and of 32-bit integers
 //
 // Arguments are those that a function is meant for: positive ones for roots and logarithms, and integers from 1 to 100
 // where an exponential would overflow otherwise.
@@ -23,6 +23,9 @@ std::vector<Value> positive(int n) { return {positive_reals(extent(n))}; }
 std::vector<Value> ints(int n) { return {small_ints(extent(n))}; }
 std::vector<Value> hundred(int n) { return {ints_to_100(extent(n))}; }
 
+std::vector<Value> two_reals(int n) { return {normal_reals(extent(n)), normal_reals(extent(n), 2)}; }
+std::vector<Value> two_ints(int n) { return {small_ints(extent(n)), small_ints(extent(n), 2)}; }
+
 bool works_in_integers(const std::string& name) { return name == "xabs" || name == "xsquare" || name == "xcube"; }
 
 void add_both(const std::string& name, const RecordsOf& doubles) {
@@ -36,6 +39,10 @@ void add_both(const std::string& name, const RecordsOf& doubles) {
 void add_elementwise() {
   for (const char* name : of_any_sign) add_both(name, reals);
   for (const char* name : of_positive) add_both(name, positive);
+  for (const char* name : {"xminimum", "xmaximum"}) {
+    add_call(std::string("elementwise/") + name, name, four_sizes, two_reals);
+    add_call(std::string("elementwise/") + name + "_int", name, four_sizes, two_ints);
+  }
 }
 
 }  // namespace arrayfold::bench

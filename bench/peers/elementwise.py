@@ -42,3 +42,11 @@ for name in ("isnan", "isinf", "isfinite"):
 add("xerf", None, UNBOUND)
 add("xtgamma", None, UNBOUND)
 add("xlgamma", None, UNBOUND, reals=POSITIVE)
+
+TWO_REALS = REALS + "; b = np.random.default_rng(2).standard_normal(n)"
+TWO_INTS = INTS + "; b = np.random.default_rng(2).integers(-999_999, 1_000_000, n, dtype=np.int32)"
+CHOICES = by_size(0.45, 0.5, 1.05, 1.15)
+INT_CHOICES = by_size(0.45, 0.5, 1.25, 1.9)
+for name in ("minimum", "maximum"):
+    CASES["x" + name] = Case(numpy=f"np.{name}(a, b)", setup=TWO_REALS, ratios=CHOICES)
+    CASES[f"x{name}_int"] = Case(numpy=f"np.{name}(a, b)", setup=TWO_INTS, ratios=INT_CHOICES)
