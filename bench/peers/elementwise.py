@@ -13,6 +13,8 @@ ARITHMETIC = by_size(0.5, 0.5, 1.05, 1.05)
 # Ours writes eight bytes an element, NumPy's one, or four.
 TRUTHS = by_size(0.4, 0.6, 1.15, 3.9)
 INT_MAGNITUDES = by_size(0.5, 0.5, 1.25, 1.05)
+# At 100,000 elements ours are 1.2 MB with the operand and NumPy's 0.8 MB: where the second cache holds 1 MB, the bare
+# loop alone takes twice as long, and the bound is passed.
 INT_PRODUCTS = by_size(0.5, 0.5, 1.6, 1.6)
 UNBOUND = by_size(None, None, None, None)
 

@@ -78,7 +78,8 @@ def main():
     _, end, tail = rest.partition("<!-- end of table -->")
     if not begin or not end:
         parser.error(f"{chosen.page} has no place for a table")
-    note = f"\n{chosen.count:,} arguments a function, NumPy {np.__version__}, {' '.join(os.confstr('CS_GNU_LIBC_VERSION').split())}.\n"
+    libc = os.confstr("CS_GNU_LIBC_VERSION")
+    note = f"\n{chosen.count:,} arguments a function, NumPy {np.__version__}, {libc}.\n"
     with open(chosen.page, "w") as page:
         page.write(head + begin + "\n".join(lines) + "\n" + note + end + tail)
 
