@@ -3,6 +3,7 @@
 // Doubles are computed several at a time, in the module's own loops or in the C library's vectors. Neither the place of
 // an element nor its neighbours may show.
 
+#include <algorithm>
 #include <cmath>
 #include <ctime>
 #include <random>
@@ -140,9 +141,14 @@ TEST_F(Values, OfNoArgument_TakeLong) {
   for (const auto& function : functions())
     for (const double x : arguments) {
       const Value operand = array_of<XTDouble>(ctx(), {count}, std::vector<double>(count, x));
-      const double before = processor_time();
-      call(function.name, {operand});
-      EXPECT_LT((processor_time() - before) / count, limit) << function.name << "(" << x << ")";
+      // The shortest of a few: on a busy machine one alone may be interrupted for milliseconds.
+      double shortest = limit;
+      for (int attempt = 0; attempt < 5 && shortest >= limit; ++attempt) {
+        const double before = processor_time();
+        call(function.name, {operand});
+        shortest = std::min(shortest, (processor_time() - before) / count);
+      }
+      EXPECT_LT(shortest, limit) << function.name << "(" << x << ")";
     }
 }
 
