@@ -1,5 +1,6 @@
 // array/selection.cpp: what a selection takes out of a table
 
+#include <new>
 #include <vector>
 
 #include "array/expression_reader.hpp"
@@ -104,7 +105,10 @@ class Selection {
   HostValue* slot_for(OpenLevel& level) const {
     HostValue* key = &level.cursor.item()->key;
     if (key->tag == ValueTag::integer) return level.keys.next_slot();
-    return key->tag == ValueTag::string_record ? HVM_HashSet(ctx_, level.made, key) : nullptr;
+    if (key->tag != ValueTag::string_record) return nullptr;
+    HostValue* slot = HVM_HashSet(ctx_, level.made, key);
+    if (slot == nullptr) throw std::bad_alloc();
+    return slot;
   }
 
   /// required: ... and at the last level every key is counted anew.
@@ -122,12 +126,13 @@ class Selection {
 
 void build_selection(ExpressionEvaluator& evaluator, const HostCodeNode* node, HostValue* result) {
   if (node == nullptr) return;
-  HostHash* table = table_in(
-      node->link.tag == SlotTag::variable ? evaluator.variable(load<std::uint32_t>(node->link.payload)) : nullptr);
   SelectorPairs pairs;
   for (const HostCodeNode* cell = node_in(node->value); cell != nullptr && cell->kind == NodeKind::list_cell;
        cell = node_in(cell->value))
     pairs.push_back(pair_in(evaluator, cell));
+  // The table last: a selector may run script code, and the variable hold something else afterwards.
+  HostHash* table = table_in(
+      node->link.tag == SlotTag::variable ? evaluator.variable(load<std::uint32_t>(node->link.payload)) : nullptr);
   if (pairs.empty()) return;
   if (pairs.size() > 1) return Selection(evaluator.ctx(), pairs).select(table, result);
   // required: one selector gives its first match alone, a range too.

@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include <algorithm>
+
 #include "host/host_operations.hpp"
 
 namespace arrayfold {
@@ -32,11 +34,11 @@ class TableCursor {
   }
   /// The entries of the ordered part that a walk over everything has not come to.
   HostHashItem** ordered_rest() const { return hash_->index.get() + ordered_; }
-  int ordered_left() const { return hash_->index_count - ordered_; }
+  int ordered_left() const { return std::max(0, hash_->index_count - ordered_); }
   void pass_ordered(int count) { ordered_ += count; }
   /// No fewer than are left of a walk over everything.
   std::size_t most_left() const {
-    return static_cast<std::size_t>(ordered_left()) + static_cast<std::size_t>(hash_->item_count - other_);
+    return static_cast<std::size_t>(ordered_left()) + static_cast<std::size_t>(std::max(0, hash_->item_count - other_));
   }
   /// The match; null when a single key is absent.
   HostHashItem* item() const { return item_; }

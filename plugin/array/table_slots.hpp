@@ -1,6 +1,6 @@
 // array/table_slots.hpp: from results to host tables
 //
-// All tables that go back to a host have keys counted up from 0.
+// Tables of results are filled under keys counted up from 0.
 
 #pragma once
 

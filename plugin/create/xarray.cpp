@@ -4,6 +4,7 @@
 // arguments are the dimensions, with a second argument the elements come from there: a table, or a quoted data literal.
 
 #include <algorithm>
+#include <new>
 
 #include "array/boxing.hpp"
 #include "array/expression_reader.hpp"
@@ -25,6 +26,7 @@ template <class Kind>
 void give_elements(const Call& call, const Shape& extents, std::vector<typename StoredKind<Kind>::element>& elements) {
   using Element = typename StoredKind<Kind>::element;
   const std::size_t count = checked_size(extents, sizeof(Element));
+  if (count > elements.max_size()) throw std::bad_alloc();
   auto array = std::make_unique<ArrayOf<StoredKind<Kind>>>();
   array->data.swap(elements);
   array->data.resize(count);

@@ -48,7 +48,7 @@ struct Application {
 /// Whether an operator changes its left operand when that is also the result, and may do so from either side.
 enum class InPlace { never, from_either_side, from_the_left };
 
-// required: an operator that depends on its side, in place from the right, ends the process.
+// required: an operator that asks for its side, in place from the right, ends the process.
 void check_side(bool self_is_left, InPlace in_place) {
   if (in_place == InPlace::from_the_left && !self_is_left) std::terminate();
 }

@@ -2,6 +2,8 @@
 
 #include "array/dyn_array.hpp"
 
+#include "array/table_slots.hpp"
+
 #include "support/scripted_test.hpp"
 
 namespace arrayfold::test {
@@ -16,6 +18,18 @@ std::vector<T> elements_in(DynArray<T>& array) {
   std::vector<T> elements;
   for (std::int64_t n = 0; n < array.count(); ++n) elements.push_back(array[n]);
   return elements;
+}
+
+TEST_F(DynArrays, AKeySequence_StoresEachKindOfNumberUnderTheNextKey) {
+  Value table = Value::table();
+  EXPECT_EQ(operations_of([&] {
+              KeySequence keys{5, hvm::table_of(table.record()), ctx()};
+              keys.add(1);
+              keys.add(std::int64_t{2});
+              keys.add(2.5);
+              EXPECT_EQ(keys.next_key, 8u);
+            }),
+            (Words{"HashSetInt 5", "SetInt 1", "HashSetInt 6", "SetInt64", "HashSetInt 7", "SetReal"}));
 }
 
 TEST_F(DynArrays, OfTables_BeginsAt512Bytes_AndDoubles) {

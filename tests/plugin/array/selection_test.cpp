@@ -147,6 +147,17 @@ TEST_F(Selections, FromWhatIsNoTable_Throw) {
   EXPECT_THROW(evaluated(code.selection_slot(99, {integer(0)})), invalid_array_object);
 }
 
+TEST_F(Selections, WhoseSelectorTakesTheTableAway_Throw) {
+  // The call runs script code, and the variable holds a number afterwards.
+  host[t] = Value::table_of({Value(1)});
+  host.define("f", [&](HostValue*, int, HostValue* result) {
+    host[t] = Value(5);
+    HVM_SetInt(ctx(), result, 0);
+    return 1;
+  });
+  EXPECT_THROW(evaluated(code.selection_slot(t, {code.call_slot("f")})), invalid_array_object);
+}
+
 TEST_F(Selections, FromATableWithoutRecord_AreNil) {
   EXPECT_EQ(selected_from(raw(ValueTag::table), {integer(0)}), "value nil");
   EXPECT_EQ(selected_from(raw(ValueTag::table), {everything(), integer(0)}), "value []");

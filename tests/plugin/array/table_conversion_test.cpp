@@ -44,6 +44,13 @@ TEST_F(TableData, OfATableOfAnEmptyTable_HasTwoExtents) {
 
 TEST_F(TableData, OfANullTable_IsAShapeOfZero) { EXPECT_EQ(gathered(raw(ValueTag::table)).shape, Extents{0}); }
 
+TEST_F(TableData, OfNegativeCounts_IsAShapeOfZero) {
+  HostHash hash{};
+  hash.index_count = -1;
+  hash.item_count = -7;
+  EXPECT_EQ(gathered(raw(ValueTag::table, reinterpret_cast<std::uintptr_t>(&hash))).shape, Extents{0});
+}
+
 TEST_F(TableData, OfAMatrix_ComesRowByRow) {
   const auto data = gathered(table({numbers({1, 2, 3}), numbers({4, 5, 6})}));
   EXPECT_EQ(data.shape, (Extents{2, 3}));

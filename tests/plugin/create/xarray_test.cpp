@@ -210,7 +210,8 @@ TEST_F(Xarray, ImpossibleDimensions_EndInAnExceptionBeforeAnythingIsClaimed) {
                                                     {large, large, large},
                                                     {65536, 65536, 65536, 65536},
                                                     {large, large, 2},
-                                                    {1 << 30, 1 << 30, 16}};
+                                                    {1 << 30, 1 << 30, 16},
+                                                    {153092023, 92737, 649657}};  // 2^63 - 1
   for (const char* dtype : {"bool", "int", "int64", "float", "double"}) {
     for (const auto& dimensions : impossible) {
       std::vector<HostCodeSlot> slots;

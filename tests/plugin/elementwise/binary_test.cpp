@@ -99,6 +99,9 @@ TEST_F(Binary, OfFloats_CompareIn32BitsAndWiden) {
   EXPECT_EQ(got[0], static_cast<double>(0.1f));
   EXPECT_EQ(got[1], 1.0);
   EXPECT_FALSE(std::signbit(got[2]));
+  const Reals larger = doubles(call("xmaximum", args));
+  EXPECT_EQ(larger[0], static_cast<double>(0.2f));
+  EXPECT_EQ(larger[1], 1.0);
 }
 
 TEST_F(Binary, ShapesAreBroadcast) {
@@ -134,7 +137,9 @@ TEST_F(Binary, PairsOfOtherKinds_CountAsHandledAndGiveNothing) {
 TEST_F(Binary, WhatIsNoObject_IsRefused) {
   const Value array = reals({1});
   for (const char* name : both) {
-    expect_nothing(call(name, {array}), 0);
+    const Answer too_few = call(name, {array});
+    expect_nothing(too_few, 0);
+    EXPECT_TRUE(too_few.operations.empty());
     for (const Value& other : {Value(1), Value(2.5), Value("text"), Value::table(), Value()}) {
       expect_nothing(call(name, {array, other}), 0);
       expect_nothing(call(name, {other, array}), 0);

@@ -598,6 +598,14 @@ TEST_F(Operators, ExtentsBeyondTheStorage_EndInBadAlloc) {
   }
 }
 
+TEST_F(Operators, ANegativeExtentBesideZero_EndsInBadAlloc) {
+  Value empty = array_of<XTInt>(ctx(), {0}, {});
+  ASSERT_EQ(method(empty, "reshape", {Value(0), Value(-2)}).returned, 1);
+  EXPECT_THROW(operate(Opcode::add, empty, Value(1)), std::bad_alloc);
+  EXPECT_THROW(operate(Opcode::less, empty, empty), std::bad_alloc);
+  EXPECT_EQ(change(Opcode::add, empty, Value(1)).returned, 1);  // there is nothing to change
+}
+
 TEST_F(Operators, ExtentsBeyondTheStorage_DoNotMatterToANumberInPlace) {
   Value bad = overdrawn();
   EXPECT_EQ(change(Opcode::add, bad, Value(10)).returned, 1);
