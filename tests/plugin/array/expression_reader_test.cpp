@@ -573,5 +573,18 @@ TEST_F(Evaluations, OfASlotOfAnythingElse_AreFalse) {
   EXPECT_TRUE(host.calls().empty());
 }
 
+TEST_F(Evaluations, OfVariablesInsideCallsAndQuotations_CountFromTheSameFrame) {
+  host.use_slot_base(100);
+  frame_base = 40;
+  host[50] = Value(7);
+  host.define("f", [&](HostValue* args, int, HostValue* result) {
+    HVM_SetInt(ctx(), result, HVM_AsInt(args) + 1);
+    return 1;
+  });
+  EXPECT_EQ(evaluated(leads_to(code.quotation(code.call_slot("int", {variable(110)})))),
+            "value [\"int\", 110, \"\", 7]");
+  EXPECT_EQ(evaluated(code.call_slot("f", {variable(110)})), "int 8");
+}
+
 }  // namespace
 }  // namespace arrayfold::test

@@ -44,6 +44,11 @@ TEST_F(TableData, OfATableOfAnEmptyTable_HasTwoExtents) {
 
 TEST_F(TableData, OfANullTable_IsAShapeOfZero) { EXPECT_EQ(gathered(raw(ValueTag::table)).shape, Extents{0}); }
 
+TEST_F(TableData, ATable_IsNotAskedWhetherItIsANumber) {
+  EXPECT_EQ(operations_of([&] { gathered(table({numbers({1})})); }),
+            (std::vector<std::string>{"NumberCheck", "AsInt"}));
+}
+
 TEST_F(TableData, OfNegativeCounts_IsAShapeOfZero) {
   HostHash hash{};
   hash.index_count = -1;
