@@ -1,36 +1,13 @@
 // create/filled.cpp: xzeros, xones, xempty, xeye
 //
-// Arrays of doubles made from extents alone. An extent is the 32-bit integer that the host reads in a number; a
-// negative one is far too large and ends in std::bad_alloc before anything is claimed.
+// Arrays of doubles made from extents alone, each filled in its own way.
+
+#include "create/filled.hpp"
 
 #include <algorithm>
 
-#include "array/boxing.hpp"
-#include "array/storage.hpp"
-#include "host/entry.hpp"
-
 namespace arrayfold {
 namespace {
-
-/// Appends the extent in argument `n`. False when it is no number.
-bool read_extent(const Call& call, int n, Shape& extents) {
-  if (!is_number(call, n)) return false;
-  extents.push_back(extent_of(int_argument(call, n)));
-  return true;
-}
-
-/// A new array with one dimension for each argument, its elements written by `fill(first, count)`.
-template <class Fill>
-Outcome make_filled(const Call& call, Fill fill) {
-  Shape extents;
-  for (int n = 0; n < call.nargs; ++n)
-    if (!read_extent(call, n, extents)) return Outcome::failed;
-  auto array = make_array<XTDouble>(extents);
-  auto& storage = array->array->storage();
-  fill(storage.data(), storage.size());
-  give_array<XTDouble>(call.ctx, call.result, std::move(array));
-  return Outcome::handled;
-}
 
 constexpr auto zeros = [](double* first, std::size_t count) { std::fill_n(first, count, 0.0); };
 constexpr auto ones = [](double* first, std::size_t count) { std::fill_n(first, count, 1.0); };

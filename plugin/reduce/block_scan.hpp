@@ -1,0 +1,152 @@
+// reduce/block_scan.hpp: one pass over the elements, a register at a time
+//
+// A scan folds each block of one AVX register pairwise across its lanes, then the block's value into the accumulator,
+// then what is left behind the last whole block one by one. The order is part of the results: sums of reals round by
+// it, and it decides between zeros of both signs and what NaN hides.
+
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <limits>
+#include <type_traits>
+
+#include "array/xt_object.hpp"
+
+namespace arrayfold {
+
+template <class T>
+constexpr bool is_batch = false;
+template <class T>
+constexpr bool is_batch<xsimd::batch<T>> = true;
+
+/// The first of two that compare equal, and the first when one is NaN. Lane by lane for registers, whose instruction
+/// gives its second operand then.
+struct Smaller {
+  template <class T>
+  T operator()(const T& a, const T& b) const {
+    if constexpr (is_batch<T>)
+      return xsimd::min(b, a);
+    else
+      return b < a ? b : a;
+  }
+};
+struct Larger {
+  template <class T>
+  T operator()(const T& a, const T& b) const {
+    if constexpr (is_batch<T>)
+      return xsimd::max(b, a);
+    else
+      return a < b ? b : a;
+  }
+};
+
+template <class T>
+constexpr std::size_t block_length = storage_alignment / sizeof(T);
+
+/// Halves of the block first, then halves of what that leaves: (b0 + b2) + (b1 + b3) for four lanes and a sum.
+template <class T, class Fold>
+T fold_block(const T* b, Fold fold) {
+  static_assert(block_length<T> == 4 || block_length<T> == 8);
+  if constexpr (block_length<T> == 4)
+    return fold(fold(b[0], b[2]), fold(b[1], b[3]));
+  else
+    return fold(fold(fold(b[0], b[4]), fold(b[2], b[6])), fold(fold(b[1], b[5]), fold(b[3], b[7])));
+}
+
+/// Folds `count` elements, whole blocks, into `accumulated`.
+template <class R, class T, class Fold>
+R fold_blocks(const T* elements, std::size_t count, R accumulated, Fold fold) {
+  for (std::size_t i = 0; i < count; i += block_length<T>)
+    accumulated = fold(accumulated, R{fold_block(elements + i, fold)});
+  return accumulated;
+}
+
+/// The scan: `fold_whole(elements, count, start)` takes the whole blocks, `fold` what is left.
+/// required: the elements behind the last whole block are found by the stride of the last dimension. It is 0 where the
+/// last extent is 1, and each of them then is element 0 once more.
+template <class R, class T, class FoldWhole, class Fold>
+R scan_blocks(const xarray_of<T>& array, R start, FoldWhole fold_whole, Fold fold) {
+  const auto& elements = array.storage();
+  const std::size_t whole = elements.size() / block_length<T> * block_length<T>;
+  R accumulated = fold_whole(elements.data(), whole, start);
+  const auto stride = array.dimension() == 0 ? 0 : static_cast<std::size_t>(array.strides().back());
+  for (std::size_t i = whole; i < elements.size(); ++i) accumulated = fold(accumulated, R{elements[i * stride]});
+  return accumulated;
+}
+
+// ---- Sums
+
+/// The sum of the elements, in the type R.
+template <class R, class T>
+R block_sum(const xarray_of<T>& array) {
+  const auto add = [](auto a, auto b) { return a + b; };
+  const auto add_whole = [add](const T* elements, std::size_t count, R sum) {
+    // Integers wrap, in whatever order: the compiler takes the plain loop with whole registers.
+    if constexpr (std::is_integral_v<T>)
+      for (std::size_t i = 0; i < count; ++i) sum += elements[i];
+    else
+      sum = fold_blocks(elements, count, sum, add);
+    return sum;
+  };
+  return scan_blocks(array, R{0}, add_whole, add);
+}
+
+// ---- Extremes
+
+/// What `choose` makes of `accumulated` and all of a chunk, in no particular order, and whether there was a NaN.
+template <class T>
+struct ChunkExtreme {
+  T value;
+  bool nan;
+};
+
+template <std::size_t chunk, class T, class Choose>
+ChunkExtreme<T> chunk_extreme(const T* elements, T accumulated, Choose choose) {
+  using Register = xsimd::batch<T>;
+  constexpr std::size_t lanes = Register::size;
+  Register a(accumulated), b(accumulated), c(accumulated), d(accumulated);
+  auto nan = a != a;
+  for (std::size_t i = 0; i < chunk; i += 4 * lanes) {
+    const auto e = Register::load_unaligned(elements + i), f = Register::load_unaligned(elements + i + lanes);
+    const auto g = Register::load_unaligned(elements + i + 2 * lanes);
+    const auto h = Register::load_unaligned(elements + i + 3 * lanes);
+    nan = nan | (e != e) | (f != f) | (g != g) | (h != h);
+    a = choose(a, e), b = choose(b, f), c = choose(c, g), d = choose(d, h);
+  }
+  T folded[lanes];
+  choose(choose(a, b), choose(c, d)).store_unaligned(folded);
+  return {fold_block(folded, choose), xsimd::any(nan)};
+}
+
+/// The extreme of whole blocks of reals. The order matters only where a chunk holds NaN, or where its extreme is a
+/// zero, which may have either sign: such a chunk is folded in order.
+template <class T, class Choose>
+T real_extreme(const T* elements, std::size_t count, T accumulated, Choose choose) {
+  constexpr std::size_t chunk = 64 * block_length<T>;
+  std::size_t i = 0;
+  for (; i + chunk <= count; i += chunk) {
+    const auto found = chunk_extreme<chunk>(elements + i, accumulated, choose);
+    if (found.nan || (found.value == 0 && accumulated != 0))
+      accumulated = fold_blocks(elements + i, chunk, accumulated, choose);
+    else
+      accumulated = choose(accumulated, found.value);
+  }
+  return fold_blocks(elements + i, count - i, accumulated, choose);
+}
+
+/// The extreme of `start` and the elements.
+template <class T, class Choose>
+T block_extreme(const xarray_of<T>& array, T start, Choose choose) {
+  const auto choose_whole = [choose](const T* elements, std::size_t count, T extreme) {
+    // Integers that compare equal are the same: any order will do.
+    if constexpr (std::is_integral_v<T>)
+      for (std::size_t i = 0; i < count; ++i) extreme = choose(extreme, elements[i]);
+    else
+      extreme = real_extreme(elements, count, extreme, choose);
+    return extreme;
+  };
+  return scan_blocks(array, start, choose_whole, choose);
+}
+
+}  // namespace arrayfold

@@ -1,0 +1,164 @@
+// reduce/median.hpp: the element in the middle of all
+//
+// The elements are partitioned at the middle, as the array library does. A long array needs no partition as a whole:
+// two elements of a sorted sample that the middle lies between, almost surely, leave a small share to partition, and
+// one pass finds that share and counts what lies below. Where the partition's own arrangement could show in the result,
+// with NaN or with zeros of both signs, and where the sample misled, the whole is partitioned.
+
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <type_traits>
+#include <vector>
+
+#include "array/storage.hpp"
+
+namespace arrayfold {
+
+/// The elements of ranks (n - 1) / 2 and n / 2: one and the same where the count is odd.
+template <class T>
+struct Middle {
+  T low;
+  T high;
+};
+
+/// The ranks around the middle of `count` elements.
+struct MiddleRanks {
+  std::size_t low;
+  std::size_t high;
+};
+constexpr MiddleRanks middle_ranks(std::size_t count) { return {(count - 1) / 2, count / 2}; }
+
+/// Partitions at the higher rank first, then what is left of it at the lower one.
+template <class T>
+Middle<T> partition_middle(T* elements, std::size_t count, const MiddleRanks& ranks) {
+  std::nth_element(elements, elements + ranks.high, elements + count);
+  if (ranks.low != ranks.high) std::nth_element(elements, elements + ranks.low, elements + ranks.high);
+  return {elements[ranks.low], elements[ranks.high]};
+}
+
+template <class T>
+std::unique_ptr<xarray_of<T>> make_row(std::size_t count) {
+  Shape extents;
+  extents.push_back(count);
+  return make_container<T>(extents);
+}
+
+template <class T>
+Middle<T> middle_of_copy(const T* elements, std::size_t count) {
+  const auto copy = make_row<T>(count);
+  std::copy_n(elements, count, copy->storage().data());
+  return partition_middle(copy->storage().data(), count, middle_ranks(count));
+}
+
+// ---- Long arrays
+
+/// Two elements between which the middle is looked for.
+template <class T>
+struct Bracket {
+  T low;
+  T high;
+};
+
+/// The bracket by a sample of evenly strided elements: about four standard errors of the sample's middle to both sides.
+/// Nothing when there is a NaN in the sample.
+template <class T>
+std::optional<Bracket<T>> sampled_bracket(const T* elements, std::size_t count) {
+  const std::size_t size = std::clamp<std::size_t>(count / 64, 64, 8192);
+  std::vector<T> sample(size);
+  for (std::size_t i = 0; i < size; ++i) sample[i] = elements[i * (count / size)];
+  if (std::any_of(sample.begin(), sample.end(), [](T x) { return x != x; })) return std::nullopt;
+  std::sort(sample.begin(), sample.end());
+  const auto reach = static_cast<std::size_t>(2.0 * std::sqrt(static_cast<double>(size)));
+  return Bracket<T>{sample[size / 2 - reach], sample[size / 2 + reach]};
+}
+
+/// How many elements are below the bracket, up to its ends, above it; those strictly inside are gathered.
+struct Shares {
+  std::size_t below = 0;
+  std::size_t to_low = 0;
+  std::size_t inside = 0;
+  std::size_t to_high = 0;
+  std::size_t above = 0;
+};
+
+/// Adds a block to the shares. `gathered` has room for all of it.
+template <class T>
+void share_out(const T* elements, std::size_t count, const Bracket<T>& bracket, Shares& shares, T* gathered) {
+  const auto [low, high] = bracket;
+  std::size_t inside = shares.inside;
+  for (std::size_t i = 0; i < count; ++i) {
+    gathered[inside] = elements[i];
+    inside += (low < elements[i]) & (elements[i] < high);
+  }
+  shares.inside = inside;
+  using Count = std::conditional_t<sizeof(T) == 4, std::int32_t, std::int64_t>;
+  Count below = 0, to_low = 0, to_high = 0, above = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    below += elements[i] < low;
+    to_low += elements[i] <= low;
+    to_high += elements[i] <= high;
+    above += elements[i] > high;
+  }
+  shares.below += below, shares.to_low += to_low, shares.to_high += to_high, shares.above += above;
+}
+
+template <class T>
+bool has_negative_zero(const T* elements, std::size_t count) {
+  return std::any_of(elements, elements + count, [](T x) { return x == 0 && std::signbit(x); });
+}
+
+/// The middle by a bracket; nothing where the whole has to be partitioned.
+template <class T>
+std::optional<Middle<T>> middle_in_bracket(const T* elements, std::size_t count) {
+  constexpr std::size_t block = 1024;
+  const auto bracket = sampled_bracket(elements, count);
+  if (!bracket) return std::nullopt;
+  const std::size_t room = count / 2 + block;
+  const auto gathered = make_row<T>(room);
+  T* const inside = gathered->storage().data();
+  Shares shares;
+  for (std::size_t first = 0; first < count; first += block) {
+    if (room - shares.inside < block) return std::nullopt;
+    share_out(elements + first, std::min(block, count - first), *bracket, shares, inside);
+  }
+  const MiddleRanks ranks = middle_ranks(count);
+  const bool nan = shares.to_high + shares.above != count;
+  if (nan || ranks.low < shares.below || ranks.high >= shares.to_high) return std::nullopt;
+
+  std::size_t unsorted = shares.inside;
+  const auto at = [&](std::size_t rank) {
+    if (rank < shares.to_low) return bracket->low;
+    if (rank >= shares.to_low + shares.inside) return bracket->high;
+    rank -= shares.to_low;
+    std::nth_element(inside, inside + rank, inside + unsorted);
+    unsorted = rank + 1;
+    return inside[rank];
+  };
+  Middle<T> middle;
+  middle.high = at(ranks.high);
+  middle.low = ranks.low == ranks.high ? middle.high : at(ranks.low);
+  if constexpr (std::is_floating_point_v<T>)
+    if ((middle.low == 0 || middle.high == 0) && has_negative_zero(elements, count)) return std::nullopt;
+  return middle;
+}
+
+/// The median in the element's own type: the middle element, or the half of the sum of the two around the middle.
+/// Integers wrap in the sum and are halved toward zero. Without elements it is NaN, and 0 for integers.
+template <class T>
+T median_of(const xarray_of<T>& array) {
+  constexpr std::size_t least_for_bracket = 1024;
+  const auto& elements = array.storage();
+  const std::size_t count = elements.size();
+  if (count == 0) return std::numeric_limits<T>::quiet_NaN();  // 0 for integers
+  std::optional<Middle<T>> middle;
+  if (count >= least_for_bracket) middle = middle_in_bracket(elements.data(), count);
+  if (!middle) middle = middle_of_copy(elements.data(), count);
+  return count % 2 != 0 ? middle->low : (middle->low + middle->high) / T{2};
+}
+
+}  // namespace arrayfold

@@ -1,0 +1,32 @@
+// reduce/moments.hpp: mean and variance of all elements
+//
+// Both are textbook formulas in two passes, rounded in the order of the fold. Without elements both are NaN, as 0
+// divided by 0 is.
+
+#pragma once
+
+#include "reduce/ordered_fold.hpp"
+
+namespace arrayfold {
+
+/// The sum in the element's own type, where integers wrap, divided by the count in 64-bit reals.
+template <class T>
+double mean_of(const xarray_of<T>& array) {
+  const auto add = [](T sum, T x) { return sum + x; };
+  const T sum = ordered_fold(array, T{0}, add, add);
+  return static_cast<double>(sum) / static_cast<double>(array.storage().size());
+}
+
+/// The mean of the squared distances from the mean, all in 64-bit reals: the variance of a whole population.
+template <class T>
+double variance_of(const xarray_of<T>& array) {
+  const double mean = mean_of(array);
+  const auto add_square = [mean](double sum, T x) {
+    const double distance = static_cast<double>(x) - mean;
+    return sum + distance * distance;
+  };
+  const auto add = [](double sum, double run) { return sum + run; };
+  return ordered_fold(array, 0.0, add_square, add) / static_cast<double>(array.storage().size());
+}
+
+}  // namespace arrayfold

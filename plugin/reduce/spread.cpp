@@ -1,0 +1,69 @@
+// reduce/spread.cpp: xvariance, xstddev, xmedian, xtrapz, xcount_nonzero
+//
+// Each folds a whole array into one host number: a real, but for the median, which keeps the element's type, and the
+// count, which is a 64-bit integer.
+
+#include <algorithm>
+#include <cmath>
+
+#include "reduce/frame.hpp"
+#include "reduce/median.hpp"
+#include "reduce/moments.hpp"
+
+namespace arrayfold {
+namespace {
+
+/// The integral of the first run along the last dimension by the trapezoidal rule with spacing 1. Neighbours are added
+/// in the element's type, where integers wrap. Without two elements in a run there is nothing to integrate.
+/// required: of an array with more dimensions the other runs do not count.
+template <class T>
+double trapezoids_of(const xarray_of<T>& array) {
+  const auto& elements = array.storage();
+  if (array.dimension() == 0 || elements.empty()) return 0.0;
+  check_extents(array);
+  double integral = 0.0;
+  for (std::size_t i = 1; i < array.shape().back(); ++i) {
+    const T ends = elements[i] + elements[i - 1];
+    integral += static_cast<double>(ends) * 0.5;
+  }
+  return integral;
+}
+
+/// How many elements differ from 0: NaN does, a negative zero does not.
+template <class T>
+std::int64_t nonzeros_of(const xarray_of<T>& array) {
+  // Counts as wide as the elements stay in their lanes; a block is short enough for any of them.
+  using Count = std::conditional_t<sizeof(T) == 4, std::int32_t, std::int64_t>;
+  constexpr std::size_t block = std::size_t{1} << 16;
+  const auto& elements = array.storage();
+  if (!elements.empty()) check_extents(array);
+  std::int64_t found = 0;
+  for (std::size_t first = 0; first < elements.size(); first += block) {
+    const std::size_t end = std::min(first + block, elements.size());
+    Count in_block = 0;
+    for (std::size_t i = first; i < end; ++i) in_block += elements[i] != 0;
+    found += in_block;
+  }
+  return found;
+}
+
+}  // namespace
+
+Outcome xvariance(const Call& call) {
+  return reduce_to_number(call, [](const auto& array) { return variance_of(array); });
+}
+Outcome xstddev(const Call& call) {
+  return reduce_to_number(call, [](const auto& array) { return std::sqrt(variance_of(array)); });
+}
+// required: the median of integers is an integer, halved toward zero.
+Outcome xmedian(const Call& call) {
+  return reduce_to_number(call, [](const auto& array) { return median_of(array); });
+}
+Outcome xtrapz(const Call& call) {
+  return reduce_to_number(call, [](const auto& array) { return trapezoids_of(array); });
+}
+Outcome xcount_nonzero(const Call& call) {
+  return reduce_to_number(call, [](const auto& array) { return nonzeros_of(array); });
+}
+
+}  // namespace arrayfold
