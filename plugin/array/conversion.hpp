@@ -1,9 +1,10 @@
-// array/conversion.hpp: from reals to integer elements
+// array/conversion.hpp: from reals to elements
 
 #pragma once
 
 #include <cstdint>
 #include <limits>
+#include <type_traits>
 
 namespace arrayfold {
 
@@ -16,6 +17,15 @@ constexpr Integer truncated(double x) {
   constexpr double lowest = static_cast<double>(Limits::min());
   const bool fits = sizeof(Integer) < 8 ? x > lowest - 1.0 : x >= lowest;
   return fits && x < beyond ? static_cast<Integer>(x) : Limits::min();
+}
+
+/// A real as an element: integers without its fraction.
+template <class T>
+constexpr T stored_as(double x) {
+  if constexpr (std::is_integral_v<T>)
+    return truncated<T>(x);
+  else
+    return static_cast<T>(x);
 }
 
 }  // namespace arrayfold

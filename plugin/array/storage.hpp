@@ -40,6 +40,14 @@ std::unique_ptr<ArrayOf<Kind>> make_array(const Shape& extents) {
   return array;
 }
 
+/// An array of one dimension.
+template <class Kind>
+std::unique_ptr<ArrayOf<Kind>> make_row(std::size_t count) {
+  Shape extents;
+  extents.push_back(count);
+  return make_array<Kind>(extents);
+}
+
 /// True when the product of `extents`, without wrapping, is `count`.
 bool extents_cover(const Shape& extents, std::size_t count) noexcept;
 

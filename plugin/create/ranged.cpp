@@ -7,7 +7,7 @@
 #include <cmath>
 
 #include "array/boxing.hpp"
-#include "array/conversion.hpp"
+#include "array/spacing.hpp"
 #include "array/storage.hpp"
 #include "host/entry.hpp"
 
@@ -56,29 +56,19 @@ int read_end(XTInt, HostValue* value) { return HVM_AsInt(value); }
 std::int64_t read_end(XTInt64, HostValue* value) { return HVM_AsInt64(value); }
 double read_end(XTDouble, HostValue* value) { return HVM_AsDouble(value); }
 
-/// A real as an element of the kind.
-double stored_as(XTDouble, double x) { return x; }
-template <class Kind>
-typename Kind::element stored_as(Kind, double x) {
-  return truncated<typename Kind::element>(x);
-}
-
-constexpr auto as_it_is = [](auto, auto number) { return number; };
+constexpr auto as_it_is = [](auto number) { return number; };
 
 /// required: in the integer forms the exponent is an integer already, and the power loses its fraction once more.
-constexpr auto power_of_ten = [](auto kind, auto exponent) {
-  return stored_as(kind, std::pow(10.0, static_cast<double>(exponent)));
+constexpr auto power_of_ten = [](auto exponent) {
+  return stored_as<decltype(exponent)>(std::pow(10.0, static_cast<double>(exponent)));
 };
 
-/// Writes `map` of `count` numbers from `start` to `stop`, both included. One number alone is `start`.
-template <class Kind, class Map>
-void space_evenly(Kind kind, typename Kind::element start, typename Kind::element stop, int count, Map map,
-                  typename Kind::element* elements) {
-  const double first = static_cast<double>(start);
-  // Between integers the distance wraps in their own width.
-  const double step = static_cast<double>(stop - start) / std::max(1.0, count - 1.0);
-  for (int i = 0; i < count; ++i) elements[i] = map(kind, stored_as(kind, first + i * step));
-  if (count >= 2) elements[count - 1] = map(kind, stop);
+/// Writes `map` of `count` evenly spaced numbers.
+template <class T, class Map>
+void space_evenly(T start, T stop, std::size_t count, Map map, T* elements) {
+  const Spacing<T> spacing(start, stop, count);
+  for (std::size_t i = 0; i < count; ++i) elements[i] = map(spacing[i]);
+  if (count >= 2) elements[count - 1] = map(stop);
 }
 
 template <class Kind, class Map>
@@ -86,10 +76,9 @@ Outcome make_spaced(Kind kind, const Call& call, int count, Map map) {
   if (!is_number(call, 0) || !is_number(call, 1)) return Outcome::failed;
   const auto start = read_end(kind, call.args);
   const auto stop = read_end(kind, call.args + 1);
-  Shape extents;
-  extents.push_back(extent_of(count));
-  auto array = make_array<Kind>(extents);
-  space_evenly(kind, start, stop, count, map, array->array->storage().data());
+  auto array = make_row<Kind>(extent_of(count));
+  auto& elements = array->array->storage();
+  space_evenly(start, stop, elements.size(), map, elements.data());
   give_array<Kind>(call.ctx, call.result, std::move(array));
   return Outcome::handled;
 }

@@ -1,0 +1,31 @@
+// array/scratch.hpp: memory for a while
+
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <type_traits>
+
+#include "array/aligned_storage.hpp"
+
+namespace arrayfold {
+
+/// Memory for `count` elements, not set, from where all elements have theirs. Throws std::bad_alloc.
+template <class T>
+class Scratch {
+ public:
+  explicit Scratch(std::size_t count) : memory_(static_cast<T*>(allocate_storage(count, sizeof(T)))) {}
+
+  T* data() const { return memory_.get(); }
+  T& operator[](std::size_t i) const { return memory_.get()[i]; }
+
+ private:
+  static_assert(std::is_trivial_v<T>);
+  struct Release {
+    void operator()(T* memory) const noexcept { release_storage(memory); }
+  };
+
+  std::unique_ptr<T, Release> memory_;
+};
+
+}  // namespace arrayfold
