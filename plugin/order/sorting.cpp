@@ -34,9 +34,25 @@ bool totally_ordered(const double* elements, std::size_t count) {
   return found == 0;
 }
 
-template <class T>
-void sort_by_vectors(T* elements, std::size_t count) {
+void sort_by_vectors(std::int64_t* elements, std::size_t count) {
   hwy::Sorter()(elements, count, hwy::SortAscending());
+}
+
+// Reals are sorted in their place as the integers that their bits are once those of negative numbers are turned over.
+// The vectorised sort for reals loses elements beside an infinity.
+void sort_by_vectors(double* elements, std::size_t count) {
+  static_assert(sizeof(double) == sizeof(std::int64_t));
+  const auto turn_negatives = [=] {
+    for (std::size_t i = 0; i < count; ++i) {
+      std::int64_t bits;
+      std::memcpy(&bits, elements + i, sizeof bits);
+      bits ^= bits < 0 ? std::numeric_limits<std::int64_t>::max() : 0;
+      std::memcpy(elements + i, &bits, sizeof bits);
+    }
+  };
+  turn_negatives();
+  sort_by_vectors(static_cast<std::int64_t*>(static_cast<void*>(elements)), count);
+  turn_negatives();
 }
 
 // In twice the width, whose sort is several times as fast.
