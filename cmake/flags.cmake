@@ -42,3 +42,16 @@ endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(arrayfold_flags INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
 endif()
+
+# BLAS and LAPACK: OpenBLAS, or any other pair that FindLAPACK knows by its vendor's name (Generic: the reference
+# libraries). Both come from one vendor.
+set(ARRAYFOLD_BLAS OpenBLAS CACHE STRING "BLAS and LAPACK: OpenBLAS, Generic or another BLA_VENDOR")
+set(BLA_VENDOR ${ARRAYFOLD_BLAS})
+find_package(BLAS REQUIRED)
+find_package(LAPACK REQUIRED)
+find_package(xtensor-blas REQUIRED)
+message(STATUS "Linear algebra by ${ARRAYFOLD_BLAS}: ${LAPACK_LIBRARIES}")
+
+add_library(arrayfold_linear_algebra INTERFACE)
+target_include_directories(arrayfold_linear_algebra SYSTEM INTERFACE ${xtensor_blas_INCLUDE_DIRS})
+target_link_libraries(arrayfold_linear_algebra INTERFACE ${LAPACK_LIBRARIES} ${BLAS_LIBRARIES})

@@ -5,36 +5,16 @@
 
 #include <algorithm>
 #include <limits>
-#include <optional>
 #include <stdexcept>
 
+#include "array/arguments.hpp"
 #include "array/extremes.hpp"
-#include "array/kind_frames.hpp"
 #include "array/runs.hpp"
 #include "array/spacing.hpp"
 #include "array/storage.hpp"
-#include "host/entry.hpp"
 
 namespace arrayfold {
 namespace {
-
-/// The numeric array in argument `n`, if there is one.
-std::optional<ArrayRef> numeric_argument(const Call& call, int n) {
-  if (!is_object(call, n)) return std::nullopt;
-  return unbox_numeric(object(call, n));
-}
-
-/// Calls `serve(container)` when the elements are reals.
-template <class Serve>
-Outcome serve_reals(const ArrayRef& array, Serve serve) {
-  return xtl::visit(
-      [&](const auto* boxed) {
-        using T = typename std::decay_t<decltype(*boxed)>::element;
-        if constexpr (std::is_floating_point_v<T>) return serve(*boxed->array), Outcome::handled;
-        return Outcome::failed;
-      },
-      array);
-}
 
 /// The smallest and the largest of some numbers, NaN passed over. Of none they are the largest and the lowest there is.
 template <class T>
@@ -195,7 +175,7 @@ Outcome xhistogram(const Call& call) {
     bins = HVM_AsInt64(call.args + 1);
   }
   return serve_reals(*array, [&](const auto& data) {
-    give_array<XTDouble>(call.ctx, call.result, histogram(data, static_cast<std::size_t>(bins)));
+    give_array<XTDouble>(call.ctx, call.result, histogram(*data.array, static_cast<std::size_t>(bins)));
   });
 }
 
@@ -203,8 +183,8 @@ Outcome xhistogram(const Call& call) {
 Outcome xhistogram_bin_edges(const Call& call) {
   const auto array = numeric_argument(call, 0);
   if (!array || !numeric_argument(call, 1)) return Outcome::failed;
-  return serve_reals(*array,
-                     [&](const auto& data) { give_array<XTDouble>(call.ctx, call.result, ten_bin_edges(data)); });
+  return serve_reals(
+      *array, [&](const auto& data) { give_array<XTDouble>(call.ctx, call.result, ten_bin_edges(*data.array)); });
 }
 
 Outcome xbincount(const Call& call) {
@@ -229,8 +209,9 @@ Outcome xdigitize(const Call& call) {
   const auto edges = numeric_argument(call, 1);
   if (!edges) return Outcome::failed;
   return serve_reals(*array, [&](const auto& data) {
-    xtl::visit([&](const auto* boxed) { give_array<XTDouble>(call.ctx, call.result, places(data, *boxed->array)); },
-               *edges);
+    xtl::visit(
+        [&](const auto* boxed) { give_array<XTDouble>(call.ctx, call.result, places(*data.array, *boxed->array)); },
+        *edges);
   });
 }
 

@@ -1,10 +1,316 @@
-// linalg/products.cpp: xmatrix_power
+// linalg/products.cpp: xdot, xvdot, xouter, xkron, xmatrix_power
+//
+// A product of any two kinds is computed in the type common to both, and stored in the kind of the first.
+// required: so the kinds do not commute: integers times reals lose the fractions, reals times integers keep them.
+//
+// Two double or two float arrays go to the BLAS routines. All other pairs add up from 0 in the order of the inner
+// index.
 
-#include "host/entry.hpp"
+#include <algorithm>
+#include <stdexcept>
+#include <type_traits>
+
+#include <xtensor-blas/xblas.hpp>
+
+#include "array/arguments.hpp"
+#include "array/runs.hpp"
+#include "array/scratch.hpp"
+#include "linalg/result.hpp"
 
 namespace arrayfold {
+namespace {
 
-// required: finished as it stands; the first argument is checked and no power is computed.
+// ---- The frame
+
+/// Gives `multiply(first, second)` of two numeric arrays.
+template <class Multiply>
+Outcome give_product(const Call& call, Multiply multiply) {
+  const auto arrays = two_numeric_arguments(call);
+  if (!arrays) return Outcome::failed;
+  return xtl::visit([&](const auto* a, const auto* b) { return multiply(*a, *b); }, arrays->first, arrays->second);
+}
+
+template <class A, class B>
+using CommonType = std::common_type_t<A, B>;
+
+/// Do the routines compute products of these types?
+template <class A, class B>
+constexpr bool for_routines = std::is_same_v<A, B>&& std::is_floating_point_v<A>;
+
+/// A new array of the stored kind of `Kind`, its elements computed as R by `compute(out)`, which sets them all.
+template <class Kind, class R, class Compute>
+auto computed(const Shape& extents, Compute compute) {
+  using Stored = typename StoredKind<Kind>::element;
+  auto made = make_array<StoredKind<Kind>>(extents);
+  auto& elements = made->array->storage();
+  if constexpr (std::is_same_v<Stored, R>) {
+    compute(elements.data());
+  } else {
+    const Scratch<R> scratch(elements.size());
+    compute(scratch.data());
+    std::transform(scratch.data(), scratch.data() + elements.size(), elements.begin(),
+                   [](R x) { return converted<Stored>(x); });
+  }
+  return made;
+}
+
+using Count = xt::blas_index_t;  // what the routines count in
+Count count_of(std::size_t n) { return static_cast<Count>(n); }
+
+// ---- xdot
+
+/// The inner product of `count` elements with these steps between them.
+template <class A, class B>
+CommonType<A, B> inner_product(std::size_t count, const A* a, std::size_t a_step, const B* b, std::size_t b_step) {
+  CommonType<A, B> sum{0};
+  if constexpr (for_routines<A, B>)
+    cxxblas::dot<Count>(count_of(count), a, count_of(a_step), b, count_of(b_step), sum);
+  else
+    for (std::size_t i = 0; i < count; ++i) sum += a[i * a_step] * b[i * b_step];
+  return sum;
+}
+
+/// Any two arrays of at least one dimension as matrices: the rows of the first, times each of the second's `matrices`,
+/// which lie one behind the other.
+struct DotForm {
+  std::size_t rows;
+  std::size_t inner;
+  std::size_t matrices;
+  std::size_t columns;
+  Shape extents;  // of the result
+};
+
+/// Throws std::runtime_error when the inner extents differ.
+DotForm dot_form(const Shape& a, const Shape& b) {
+  const std::size_t inner_of_b = b.size() > 1 ? b.size() - 2 : 0;
+  if (a.back() != b[inner_of_b]) throw std::runtime_error("Dot: shape mismatch.");
+  DotForm form{1, a.back(), 1, b.size() > 1 ? b.back() : 1, {}};
+  for (std::size_t n = 0; n + 1 < a.size(); ++n) {
+    form.rows *= a[n];
+    form.extents.push_back(a[n]);
+  }
+  for (std::size_t n = 0; n < inner_of_b; ++n) {
+    form.matrices *= b[n];
+    form.extents.push_back(b[n]);
+  }
+  if (b.size() > 1) form.extents.push_back(b.back());
+  // required: the product of two vectors has one dimension, of one element.
+  if (form.extents.empty()) form.extents.push_back(1);
+  return form;
+}
+
+/// out += a * b by rows. Each element adds up in the order of the inner index; four rows of `a` share each row of `b`.
+template <std::size_t rows, class A, class B, class R>
+void add_rows(const A* a, const B* b, const DotForm& form, std::size_t out_step, R* __restrict out) {
+  for (std::size_t k = 0; k < form.inner; ++k, b += form.columns) {
+    R factors[rows];
+    for (std::size_t row = 0; row < rows; ++row) factors[row] = static_cast<R>(a[row * form.inner + k]);
+    for (std::size_t j = 0; j < form.columns; ++j)
+      for (std::size_t row = 0; row < rows; ++row) out[row * out_step + j] += factors[row] * static_cast<R>(b[j]);
+  }
+}
+
+template <class A, class B, class R>
+void multiply_by_loops(const DotForm& form, const A* a, const B* b, R* out) {
+  constexpr std::size_t together = 4;
+  const std::size_t out_step = form.matrices * form.columns;
+  std::fill_n(out, form.rows * out_step, R{0});
+  for (std::size_t n = 0; n < form.matrices; ++n, b += form.inner * form.columns, out += form.columns) {
+    std::size_t row = 0;
+    for (; row + together <= form.rows; row += together)
+      add_rows<together>(a + row * form.inner, b, form, out_step, out + row * out_step);
+    for (; row < form.rows; ++row) add_rows<1>(a + row * form.inner, b, form, out_step, out + row * out_step);
+  }
+}
+
+/// Every element by its own inner product.
+template <class A, class B, class R>
+void multiply_by_inner_products(const DotForm& form, const A* a, const B* b, R* out) {
+  for (std::size_t row = 0; row < form.rows; ++row, a += form.inner)
+    for (std::size_t n = 0; n < form.matrices; ++n)
+      for (std::size_t column = 0; column < form.columns; ++column)
+        *out++ = inner_product(form.inner, a, 1, b + n * form.inner * form.columns + column, form.columns);
+}
+
+template <class T>
+void multiply_by_routines(const DotForm& form, const T* a, std::size_t a_dimensions, const T* b,
+                          std::size_t b_dimensions, T* out) {
+  const Count rows = count_of(form.rows), inner = count_of(form.inner), columns = count_of(form.columns);
+  if (a_dimensions > 2 || b_dimensions > 2 || (a_dimensions == 1 && b_dimensions == 1))
+    return multiply_by_inner_products(form, a, b, out);
+  if (a_dimensions == 2 && b_dimensions == 2)
+    return cxxblas::gemm<Count>(cxxblas::RowMajor, cxxblas::NoTrans, cxxblas::NoTrans, rows, columns, inner, T{1}, a,
+                                inner, b, columns, T{0}, out, columns);
+  std::fill_n(out, form.rows * form.columns, T{0});
+  if (b_dimensions == 1)
+    cxxblas::gemv<Count>(cxxblas::RowMajor, cxxblas::NoTrans, rows, inner, T{1}, a, inner, b, 1, T{0}, out, 1);
+  else
+    cxxblas::gemv<Count>(cxxblas::RowMajor, cxxblas::Trans, inner, columns, T{1}, b, columns, a, 1, T{0}, out, 1);
+}
+
+template <class A, class AKind, class B>
+auto dot(const XTArray<A, AKind>& first, const xarray_of<B>& b) {
+  using R = CommonType<A, B>;
+  const auto& a = *first.array;
+  check_extents(a);
+  check_extents(b);
+  const A* const left = a.storage().data();
+  const B* const right = b.storage().data();
+  // One number for all of the other array's elements.
+  if (a.dimension() == 0)
+    return computed<AKind, R>(b.shape(), [&](R* out) {
+      for (std::size_t i = 0; i < b.storage().size(); ++i) out[i] = *left * right[i];
+    });
+  if (b.dimension() == 0)
+    return computed<AKind, R>(a.shape(), [&](R* out) {
+      for (std::size_t i = 0; i < a.storage().size(); ++i) out[i] = left[i] * *right;
+    });
+  const DotForm form = dot_form(a.shape(), b.shape());
+  return computed<AKind, R>(form.extents, [&](R* out) {
+    const std::size_t size = form.rows * form.matrices * form.columns;
+    if (form.inner == 0 || size == 0) return std::fill_n(out, size, R{0}), void();
+    if constexpr (for_routines<A, B>)
+      multiply_by_routines(form, left, a.dimension(), right, b.dimension(), out);
+    else if (form.columns == 1)
+      multiply_by_inner_products(form, left, right, out);
+    else
+      multiply_by_loops(form, left, right, out);
+  });
+}
+
+// ---- xvdot and xouter walk the first dimension
+
+/// The first extent and the stride of that dimension. An array of no dimension has one element.
+struct FirstDimension {
+  std::size_t extent = 1;
+  std::size_t stride = 1;
+};
+
+template <class T>
+FirstDimension first_dimension(const xarray_of<T>& array) {
+  if (array.dimension() == 0) return {};
+  // A stride of 0 stands for an extent of 1.
+  const auto stride = static_cast<std::size_t>(array.strides().front());
+  return {array.shape().front(), stride == 0 ? 1 : stride};
+}
+
+/// Do `count` elements, a stride apart, lie within the array?
+template <class T>
+bool holds(const xarray_of<T>& array, std::size_t count, std::size_t stride) {
+  return count == 0 || (count - 1) * stride < array.storage().size();
+}
+
+template <class A, class AKind, class B>
+auto outer(const XTArray<A, AKind>& first, const xarray_of<B>& b) {
+  using R = CommonType<A, B>;
+  const auto& a = *first.array;
+  check_extents(a);
+  check_extents(b);
+  const auto [rows, row_stride] = first_dimension(a);
+  const auto [columns, column_stride] = first_dimension(b);
+  const A* const left = a.storage().data();
+  const B* const right = b.storage().data();
+  return computed<AKind, R>({rows, columns}, [&, rows = rows, row_stride = row_stride, columns = columns,
+                                              column_stride = column_stride](R* out) {
+    std::fill_n(out, rows * columns, R{0});
+    // Without elements, in whatever dimension, there is nothing to add.
+    if (a.storage().empty() || b.storage().empty()) return;
+    if constexpr (for_routines<A, B>) {
+      cxxblas::ger<Count>(cxxblas::RowMajor, count_of(rows), count_of(columns), R{1}, left, count_of(row_stride), right,
+                          count_of(column_stride), out, count_of(columns));
+    } else {
+      for (std::size_t i = 0; i < rows; ++i)
+        for (std::size_t j = 0; j < columns; ++j)
+          out[i * columns + j] += left[i * row_stride] * right[j * column_stride];
+    }
+  });
+}
+
+// ---- xkron
+
+/// What xkron takes of an array: its first two extents and the strides of its last two dimensions. A vector is a matrix
+/// of one row, a number one of one element.
+struct KronForm {
+  std::size_t rows = 1;
+  std::size_t columns = 1;
+  std::size_t row_stride = 0;
+  std::size_t column_stride = 1;
+};
+
+template <class T>
+KronForm kron_form(const xarray_of<T>& array) {
+  const Shape& extents = array.shape();
+  if (extents.empty()) return {};
+  if (extents.size() == 1) return {1, extents[0], 0, 1};
+  return {extents[0], extents[1], static_cast<std::size_t>(array.strides()[extents.size() - 2]), last_stride(array)};
+}
+
+/// Each element of the first, times all of the second in its place.
+template <class A, class AKind, class B>
+auto kron(const XTArray<A, AKind>& first, const xarray_of<B>& second) {
+  using R = CommonType<A, B>;
+  check_extents(*first.array);
+  check_extents(second);
+  const KronForm a = kron_form(*first.array);
+  const KronForm b = kron_form(second);
+  const A* const left = first.array->storage().data();
+  const B* const right = second.storage().data();
+  return computed<AKind, R>({a.rows * b.rows, a.columns * b.columns}, [&](R* out) {
+    const bool nothing = first.array->storage().empty() || second.storage().empty();
+    if (nothing) return std::fill_n(out, a.rows * b.rows * a.columns * b.columns, R{0}), void();
+    for (std::size_t i = 0; i < a.rows; ++i)
+      for (std::size_t k = 0; k < b.rows; ++k)
+        for (std::size_t j = 0; j < a.columns; ++j) {
+          const auto factor = static_cast<R>(left[i * a.row_stride + j * a.column_stride]);
+          const B* const row = right + k * b.row_stride;
+          for (std::size_t h = 0; h < b.columns; ++h) *out++ = factor * static_cast<R>(row[h * b.column_stride]);
+        }
+  });
+}
+
+}  // namespace
+
+Outcome xdot(const Call& call) {
+  return give_product(call, [&](const auto& a, const auto& b) {
+    using Kind = typename std::decay_t<decltype(a)>::tag;
+    give_array<Kind>(call.ctx, call.result, dot(a, *b.array));
+    return Outcome::handled;
+  });
+}
+
+// required: the first operand alone decides how many elements count.
+Outcome xvdot(const Call& call) {
+  return give_product(call, [&](const auto& a, const auto& b) {
+    using Kind = typename std::decay_t<decltype(a)>::tag;
+    const auto [count, stride] = first_dimension(*a.array);
+    const std::size_t other_stride = first_dimension(*b.array).stride;
+    // A second operand that ends before is refused.
+    if (!holds(*a.array, count, stride) || !holds(*b.array, count, other_stride)) return Outcome::failed;
+    const auto product =
+        inner_product(count, a.array->storage().data(), stride, b.array->storage().data(), other_stride);
+    using Stored = StoredKind<Kind>;
+    give_array<Kind>(call.ctx, call.result, make_scalar<Stored>(converted<typename Stored::element>(product)));
+    return Outcome::handled;
+  });
+}
+
+Outcome xouter(const Call& call) {
+  return give_product(call, [&](const auto& a, const auto& b) {
+    using Kind = typename std::decay_t<decltype(a)>::tag;
+    give_array<Kind>(call.ctx, call.result, outer(a, *b.array));
+    return Outcome::handled;
+  });
+}
+
+Outcome xkron(const Call& call) {
+  return give_product(call, [&](const auto& a, const auto& b) {
+    using Kind = typename std::decay_t<decltype(a)>::tag;
+    give_array<Kind>(call.ctx, call.result, kron(a, *b.array));
+    return Outcome::handled;
+  });
+}
+
+// required: finished as it stands; no exponent is read and no power computed.
 Outcome xmatrix_power(const Call& call) { return check_one_object(call); }
 
 }  // namespace arrayfold

@@ -1,0 +1,75 @@
+// linalg/factorisations.cpp: xcholesky, xqr, xsvd
+
+#include <xtensor-blas/xlinalg.hpp>
+
+#include "array/arguments.hpp"
+#include "linalg/matrix.hpp"
+
+namespace arrayfold {
+namespace {
+
+/// The factors of a singular value decomposition: the left vectors by columns, the values, the right vectors by rows.
+struct SingularFactors {
+  std::unique_ptr<ArrayOf<XTDouble>> left;
+  std::unique_ptr<ArrayOf<XTDouble>> values;
+  std::unique_ptr<ArrayOf<XTDouble>> right;
+};
+
+std::unique_ptr<ArrayOf<XTDouble>> identity(std::size_t n) {
+  auto made = filled<XTDouble>({n, n}, 0.0);
+  for (std::size_t i = 0; i < n; ++i) made->array->storage()[i * (n + 1)] = 1.0;
+  return made;
+}
+
+template <class T, class Kind>
+SingularFactors singular_factors(const XTArray<T, Kind>& array) {
+  const auto& matrix = *array.array;
+  require_matrix(matrix);
+  const std::size_t rows = matrix.shape()[0];
+  const std::size_t columns = matrix.shape()[1];
+  if (matrix.storage().empty()) return {identity(rows), filled<XTDouble>({0}, 0.0), identity(columns)};
+  if (!all_finite(matrix)) {
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    return {filled<XTDouble>({rows, rows}, nan), filled<XTDouble>({std::min(rows, columns)}, nan),
+            filled<XTDouble>({columns, columns}, nan)};
+  }
+  const auto [left, values, right] = xt::linalg::svd(by_columns<T>(matrix));
+  return {stored<Kind>(left), stored<Kind>(values), stored<Kind>(right)};
+}
+
+}  // namespace
+
+Outcome xcholesky(const Call& call) {
+  return serve_first_reals(call, [&](const auto& array) {
+    using Kind = typename std::decay_t<decltype(array)>::tag;
+    auto factor = stored<Kind>(xt::linalg::cholesky(square_by_columns(*array.array)));
+    give_array<Kind>(call.ctx, call.result, std::move(factor));
+  });
+}
+
+Outcome xqr(const Call& call) {
+  return serve_first_reals(call, [&](const auto& array) {
+    using Kind = typename std::decay_t<decltype(array)>::tag;
+    using T = typename Kind::element;
+    require_matrix(*array.array);
+    const auto factors = xt::linalg::qr(by_columns<T>(*array.array));
+    auto q = stored<Kind>(std::get<0>(factors));
+    auto r = stored<Kind>(std::get<1>(factors));
+    auto table = give_table(call);
+    give_array<Kind>(call.ctx, table.next_slot(), std::move(q));
+    give_array<Kind>(call.ctx, table.next_slot(), std::move(r));
+  });
+}
+
+Outcome xsvd(const Call& call) {
+  return serve_first_reals(call, [&](const auto& array) {
+    using Kind = typename std::decay_t<decltype(array)>::tag;
+    auto factors = singular_factors(array);
+    auto table = give_table(call);
+    give_array<Kind>(call.ctx, table.next_slot(), std::move(factors.left));
+    give_array<Kind>(call.ctx, table.next_slot(), std::move(factors.values));
+    give_array<Kind>(call.ctx, table.next_slot(), std::move(factors.right));
+  });
+}
+
+}  // namespace arrayfold
