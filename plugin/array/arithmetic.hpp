@@ -174,11 +174,13 @@ ARRAYFOLD_EIGHT_LANES void change_run_on_eight(Operation operation, T* __restric
   for (std::size_t i = 0; i < count; ++i) elements[i] = operation(elements[i], element(right, i));
 }
 
-/// Divisions in doubles, products of 64 bits and comparisons. Sums and the like wait for memory.
-template <class T, class R, class Operation>
-constexpr bool gains_from_eight = std::is_same_v<R, bool> || divides_int32<Operation, T> ||
+/// Divisions in doubles, products of 64 bits and comparisons with a number. Sums, and comparisons of two arrays, wait
+/// for memory.
+template <class T, class R, class Operation, class Right>
+constexpr bool gains_from_eight = divides_int32<Operation, T> ||
                                   (std::is_same_v<Operation, Quotient> && std::is_same_v<T, double>) ||
-                                  (std::is_same_v<Operation, Product> && std::is_same_v<T, std::int64_t>);
+                                  (std::is_same_v<Operation, Product> && std::is_same_v<T, std::int64_t>) ||
+                                  (std::is_same_v<R, bool> && std::is_same_v<Right, T>);
 /// Fewer elements are left to the narrower loops, whose last turns take less.
 constexpr std::size_t least_on_eight = 64;
 
@@ -186,7 +188,7 @@ constexpr std::size_t least_on_eight = 64;
 template <class T, class Operation, class Left, class Right, class R>
 void combine(Operation operation, Left left, Right right, R* out, std::size_t count) {
   in_blocks<T>(operation, left, right, count, [=](auto suited, std::size_t first, std::size_t size) {
-    if constexpr (gains_from_eight<T, R, Operation>)
+    if constexpr (gains_from_eight<T, R, Operation, Right>)
       if (size >= least_on_eight && has_eight_lanes())
         return combine_run_on_eight(suited, behind(left, first), behind(right, first), out + first, size);
     combine_run(suited, behind(left, first), behind(right, first), out + first, size);
@@ -198,7 +200,7 @@ template <class T, class Operation, class Right>
 void change(Operation operation, T* elements, Right right, std::size_t count) {
   in_blocks<T>(operation, static_cast<const T*>(elements), right, count,
                [=](auto suited, std::size_t first, std::size_t size) {
-                 if constexpr (gains_from_eight<T, T, Operation>)
+                 if constexpr (gains_from_eight<T, T, Operation, Right>)
                    if (size >= least_on_eight && has_eight_lanes())
                      return change_run_on_eight(suited, elements + first, behind(right, first), size);
                  change_run(suited, elements + first, behind(right, first), size);
