@@ -228,7 +228,7 @@ TEST_F(Selections, ByARange_MakeATableOfItsWidth) {
 }
 
 TEST_F(Selections, AtTheLastLevel_MakeATableForTheirMatches) {
-  // Of three items in the table and two in the selector, so that each of the three capacities is another.
+  // Three items in the table and two in the selector, so that the capacities differ.
   Value inner = Value::table_of({Value(1), Value(2)}), selector = Value::table();
   for (const char* key : {"k", "l", "m"}) put(inner, key, Value(3));
   for (const char* key : {"p", "q"}) put(selector, key, Value(4));
