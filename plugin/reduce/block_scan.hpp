@@ -106,12 +106,13 @@ ChunkExtreme<T> chunk_extreme(const T* elements, T accumulated, Choose choose) {
   using Register = xsimd::batch<T>;
   constexpr std::size_t lanes = Register::size;
   Register a(accumulated), b(accumulated), c(accumulated), d(accumulated);
-  auto nan = a != a;
+  // The `!=` of registers is false where both are NaN.
+  auto nan = xsimd::isnan(a);
   for (std::size_t i = 0; i < chunk; i += 4 * lanes) {
     const auto e = Register::load_unaligned(elements + i), f = Register::load_unaligned(elements + i + lanes);
     const auto g = Register::load_unaligned(elements + i + 2 * lanes);
     const auto h = Register::load_unaligned(elements + i + 3 * lanes);
-    nan = nan | (e != e) | (f != f) | (g != g) | (h != h);
+    nan = nan | xsimd::isnan(e) | xsimd::isnan(f) | xsimd::isnan(g) | xsimd::isnan(h);
     a = choose(a, e), b = choose(b, f), c = choose(c, g), d = choose(d, h);
   }
   T folded[lanes];
