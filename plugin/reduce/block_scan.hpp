@@ -11,7 +11,7 @@
 #include <limits>
 #include <type_traits>
 
-#include "array/xt_object.hpp"
+#include "reduce/ordered_fold.hpp"
 
 namespace arrayfold {
 
@@ -82,12 +82,11 @@ template <class R, class T>
 R block_sum(const xarray_of<T>& array) {
   const auto add = [](auto a, auto b) { return a + b; };
   const auto add_whole = [add](const T* elements, std::size_t count, R sum) {
-    // Integers wrap, in whatever order: the compiler takes the plain loop with whole registers.
+    // Integers wrap, in whatever order.
     if constexpr (std::is_integral_v<T>)
-      for (std::size_t i = 0; i < count; ++i) sum += elements[i];
+      return fold_freely(elements, count, sum, add, add);
     else
-      sum = fold_blocks(elements, count, sum, add);
-    return sum;
+      return fold_blocks(elements, count, sum, add);
   };
   return scan_blocks(array, R{0}, add_whole, add);
 }
@@ -106,12 +105,13 @@ ChunkExtreme<T> chunk_extreme(const T* elements, T accumulated, Choose choose) {
   using Register = xsimd::batch<T>;
   constexpr std::size_t lanes = Register::size;
   Register a(accumulated), b(accumulated), c(accumulated), d(accumulated);
-  auto nan = a != a;
+  // The `!=` of registers is false where both are NaN.
+  auto nan = xsimd::isnan(a);
   for (std::size_t i = 0; i < chunk; i += 4 * lanes) {
     const auto e = Register::load_unaligned(elements + i), f = Register::load_unaligned(elements + i + lanes);
     const auto g = Register::load_unaligned(elements + i + 2 * lanes);
     const auto h = Register::load_unaligned(elements + i + 3 * lanes);
-    nan = nan | (e != e) | (f != f) | (g != g) | (h != h);
+    nan = nan | xsimd::isnan(e) | xsimd::isnan(f) | xsimd::isnan(g) | xsimd::isnan(h);
     a = choose(a, e), b = choose(b, f), c = choose(c, g), d = choose(d, h);
   }
   T folded[lanes];
@@ -141,10 +141,9 @@ T block_extreme(const xarray_of<T>& array, T start, Choose choose) {
   const auto choose_whole = [choose](const T* elements, std::size_t count, T extreme) {
     // Integers that compare equal are the same: any order will do.
     if constexpr (std::is_integral_v<T>)
-      for (std::size_t i = 0; i < count; ++i) extreme = choose(extreme, elements[i]);
+      return fold_freely(elements, count, extreme, choose, choose);
     else
-      extreme = real_extreme(elements, count, extreme, choose);
-    return extreme;
+      return real_extreme(elements, count, extreme, choose);
   };
   return scan_blocks(array, start, choose_whole, choose);
 }

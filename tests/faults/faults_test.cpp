@@ -126,7 +126,7 @@ class Faults : public ModuleTest {
 std::vector<Value> extents(int rank) { return std::vector<Value>(static_cast<std::size_t>(rank), Value(2)); }
 
 TEST_F(Faults, ByExtents_OfEveryRank) {
-  for (const char* name : {"xzeros", "xones", "xempty"})
+  for (const char* name : {"xzeros", "xones", "xempty", "xrand", "xrandn"})
     for (int rank = 1; rank <= 6; ++rank) expect_survival(name, extents(rank), rank <= 4 ? 5 : 8);
 }
 
