@@ -15,6 +15,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "array/scratch.hpp"
 #include "array/storage.hpp"
 
 namespace arrayfold {
@@ -41,13 +42,9 @@ Middle<T> partition_middle(T* elements, std::size_t count, const MiddleRanks& ra
   return {elements[ranks.low], elements[ranks.high]};
 }
 
-/// Room for elements, not set, from where arrays have theirs.
-template <class T>
-using Room = typename xarray_of<T>::storage_type;
-
 template <class T>
 Middle<T> middle_of_copy(const T* elements, std::size_t count) {
-  Room<T> copy(count);
+  const Scratch<T> copy(count);
   std::copy_n(elements, count, copy.data());
   return partition_middle(copy.data(), count, middle_ranks(count));
 }
@@ -138,7 +135,7 @@ std::optional<Middle<T>> middle_in_bracket(const T* elements, std::size_t count)
   const auto bracket = sampled_bracket(elements, count);
   if (!bracket) return std::nullopt;
   const std::size_t room = count / 2 + block;
-  Room<T> gathered(room);
+  const Scratch<T> gathered(room);
   T* const inside = gathered.data();
   Shares shares;
   for (std::size_t first = 0; first < count; first += block) {
