@@ -54,8 +54,12 @@ hvm::Value positive_reals(const std::vector<std::size_t>& extents) {
   return array_of<XTDouble>(extents, [&] { return std::abs(normal(engine)); });
 }
 
-hvm::Value ints_to_100(const std::vector<std::size_t>& extents) {
-  return uniform_ints<XTInt>(extents, 1, 100, 1);
+hvm::Value reals_beside_one(const std::vector<std::size_t>& extents) {
+  std::mt19937_64 engine(1);
+  std::normal_distribution<double> normal;
+  return array_of<XTDouble>(extents, [&] { return std::exp(0.001 * normal(engine)); });
 }
+
+hvm::Value ints_to_100(const std::vector<std::size_t>& extents) { return uniform_ints<XTInt>(extents, 1, 100, 1); }
 
 }  // namespace arrayfold::bench

@@ -13,6 +13,8 @@ namespace arrayfold::bench {
 hvm::Value normal_reals(const std::vector<std::size_t>& extents, unsigned seed = 1);
 /// Their magnitudes.
 hvm::Value positive_reals(const std::vector<std::size_t>& extents);
+/// Doubles within a few thousandths of 1: the product of many is still a common number.
+hvm::Value reals_beside_one(const std::vector<std::size_t>& extents);
 /// 32-bit integers, uniform from 1 to 100.
 hvm::Value ints_to_100(const std::vector<std::size_t>& extents);
 /// 32-bit integers, uniform between -999999 and 999999.

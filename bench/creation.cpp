@@ -1,7 +1,8 @@
-// bench/creation.cpp: xzeros, xones, xempty, xeye, xarange, xlinspace, xlogspace
+// bench/creation.cpp: xzeros, xones, xempty, xeye, xarange, xlinspace, xlogspace, xrand, xrandn, xshuffle
 
 #include <cmath>
 
+#include "arrays.hpp"
 #include "families.hpp"
 #include "module.hpp"
 
@@ -12,6 +13,7 @@ std::vector<Value> count(int n) { return {Value(n)}; }
 /// The side of the square of about `n` elements: 3, 31, 316, 3162.
 std::vector<Value> side(int n) { return {Value(static_cast<int>(std::sqrt(static_cast<double>(n))))}; }
 std::vector<Value> unit_interval(int n) { return {Value(0.0), Value(1.0), Value(n)}; }
+std::vector<Value> reals(int n) { return {normal_reals({static_cast<std::size_t>(n)})}; }
 std::vector<Value> six_decades(int n) { return {Value(-3.0), Value(3.0), Value(n)}; }
 
 }  // namespace
@@ -24,6 +26,9 @@ void add_creation() {
   add_call("creation/xarange", "xarange", four_sizes, count);
   add_call("creation/xlinspace", "xlinspace", four_sizes, unit_interval);
   add_call("creation/xlogspace", "xlogspace", four_sizes, six_decades);
+  add_call("creation/xrand", "xrand", four_sizes, count);
+  add_call("creation/xrandn", "xrandn", four_sizes, count);
+  add_call("creation/xshuffle", "xshuffle", four_sizes, reals);
 }
 
 }  // namespace arrayfold::bench

@@ -10,5 +10,6 @@ void add_tables();
 void add_calls();
 void add_operators();
 void add_elementwise();
+void add_reductions();
 
 }  // namespace arrayfold::bench

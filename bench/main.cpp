@@ -14,6 +14,7 @@ int main(int argc, char** argv) try {
   arrayfold::bench::add_calls();
   arrayfold::bench::add_operators();
   arrayfold::bench::add_elementwise();
+  arrayfold::bench::add_reductions();
 
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;

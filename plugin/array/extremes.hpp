@@ -64,12 +64,14 @@ ChunkExtreme<T> chunk_extreme(const T* elements, std::size_t count, T start, Cho
   using Register = xsimd::batch<T>;
   constexpr std::size_t lanes = Register::size;
   Register a(start), b(start), c(start), d(start);
-  auto nan = a != a;
+  // The `!=` of registers is false where both are NaN.
+  auto nan = xsimd::isnan(a);
   for (std::size_t i = 0; i < count; i += chunk_step<T>) {
     const auto e = Register::load_unaligned(elements + i), f = Register::load_unaligned(elements + i + lanes);
     const auto g = Register::load_unaligned(elements + i + 2 * lanes);
     const auto h = Register::load_unaligned(elements + i + 3 * lanes);
-    if constexpr (std::is_floating_point_v<T>) nan = nan | (e != e) | (f != f) | (g != g) | (h != h);
+    if constexpr (std::is_floating_point_v<T>)
+      nan = nan | xsimd::isnan(e) | xsimd::isnan(f) | xsimd::isnan(g) | xsimd::isnan(h);
     a = choose(a, e), b = choose(b, f), c = choose(c, g), d = choose(d, h);
   }
   T folded[lanes];

@@ -6,40 +6,14 @@
 
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
-#include <limits>
 #include <type_traits>
 
-#include "array/xt_object.hpp"
+#include "array/extremes.hpp"
+#include "array/runs.hpp"
+#include "reduce/ordered_fold.hpp"
 
 namespace arrayfold {
-
-template <class T>
-constexpr bool is_batch = false;
-template <class T>
-constexpr bool is_batch<xsimd::batch<T>> = true;
-
-/// The first of two that compare equal, and the first when one is NaN. Lane by lane for registers, whose instruction
-/// gives its second operand then.
-struct Smaller {
-  template <class T>
-  T operator()(const T& a, const T& b) const {
-    if constexpr (is_batch<T>)
-      return xsimd::min(b, a);
-    else
-      return b < a ? b : a;
-  }
-};
-struct Larger {
-  template <class T>
-  T operator()(const T& a, const T& b) const {
-    if constexpr (is_batch<T>)
-      return xsimd::max(b, a);
-    else
-      return a < b ? b : a;
-  }
-};
 
 template <class T>
 constexpr std::size_t block_length = storage_alignment / sizeof(T);
@@ -70,7 +44,7 @@ R scan_blocks(const xarray_of<T>& array, R start, FoldWhole fold_whole, Fold fol
   const auto& elements = array.storage();
   const std::size_t whole = elements.size() / block_length<T> * block_length<T>;
   R accumulated = fold_whole(elements.data(), whole, start);
-  const auto stride = array.dimension() == 0 ? 0 : static_cast<std::size_t>(array.strides().back());
+  const std::size_t stride = last_stride(array);
   for (std::size_t i = whole; i < elements.size(); ++i) accumulated = fold(accumulated, R{elements[i * stride]});
   return accumulated;
 }
@@ -82,51 +56,26 @@ template <class R, class T>
 R block_sum(const xarray_of<T>& array) {
   const auto add = [](auto a, auto b) { return a + b; };
   const auto add_whole = [add](const T* elements, std::size_t count, R sum) {
-    // Integers wrap, in whatever order: the compiler takes the plain loop with whole registers.
+    // Integers wrap, in whatever order.
     if constexpr (std::is_integral_v<T>)
-      for (std::size_t i = 0; i < count; ++i) sum += elements[i];
+      return fold_freely(elements, count, sum, add, add);
     else
-      sum = fold_blocks(elements, count, sum, add);
-    return sum;
+      return fold_blocks(elements, count, sum, add);
   };
   return scan_blocks(array, R{0}, add_whole, add);
 }
 
 // ---- Extremes
 
-/// What `choose` makes of `accumulated` and all of a chunk, in no particular order, and whether there was a NaN.
-template <class T>
-struct ChunkExtreme {
-  T value;
-  bool nan;
-};
-
-template <std::size_t chunk, class T, class Choose>
-ChunkExtreme<T> chunk_extreme(const T* elements, T accumulated, Choose choose) {
-  using Register = xsimd::batch<T>;
-  constexpr std::size_t lanes = Register::size;
-  Register a(accumulated), b(accumulated), c(accumulated), d(accumulated);
-  auto nan = a != a;
-  for (std::size_t i = 0; i < chunk; i += 4 * lanes) {
-    const auto e = Register::load_unaligned(elements + i), f = Register::load_unaligned(elements + i + lanes);
-    const auto g = Register::load_unaligned(elements + i + 2 * lanes);
-    const auto h = Register::load_unaligned(elements + i + 3 * lanes);
-    nan = nan | (e != e) | (f != f) | (g != g) | (h != h);
-    a = choose(a, e), b = choose(b, f), c = choose(c, g), d = choose(d, h);
-  }
-  T folded[lanes];
-  choose(choose(a, b), choose(c, d)).store_unaligned(folded);
-  return {fold_block(folded, choose), xsimd::any(nan)};
-}
-
 /// The extreme of whole blocks of reals. The order matters only where a chunk holds NaN, or where its extreme is a
 /// zero, which may have either sign: such a chunk is folded in order.
 template <class T, class Choose>
 T real_extreme(const T* elements, std::size_t count, T accumulated, Choose choose) {
   constexpr std::size_t chunk = 64 * block_length<T>;
+  static_assert(chunk % chunk_step<T> == 0);
   std::size_t i = 0;
   for (; i + chunk <= count; i += chunk) {
-    const auto found = chunk_extreme<chunk>(elements + i, accumulated, choose);
+    const auto found = chunk_extreme(elements + i, chunk, accumulated, choose);
     if (found.nan || (found.value == 0 && accumulated != 0))
       accumulated = fold_blocks(elements + i, chunk, accumulated, choose);
     else
@@ -141,10 +90,9 @@ T block_extreme(const xarray_of<T>& array, T start, Choose choose) {
   const auto choose_whole = [choose](const T* elements, std::size_t count, T extreme) {
     // Integers that compare equal are the same: any order will do.
     if constexpr (std::is_integral_v<T>)
-      for (std::size_t i = 0; i < count; ++i) extreme = choose(extreme, elements[i]);
+      return fold_freely(elements, count, extreme, choose, choose);
     else
-      extreme = real_extreme(elements, count, extreme, choose);
-    return extreme;
+      return real_extreme(elements, count, extreme, choose);
   };
   return scan_blocks(array, start, choose_whole, choose);
 }

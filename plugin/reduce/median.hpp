@@ -1,7 +1,7 @@
 // reduce/median.hpp: the element in the middle of all
 //
 // The elements are partitioned at the middle, as the array library does. A long array needs no partition as a whole:
-// two elements of a sorted sample that the middle lies between, almost surely, leave a small share to partition, and
+// two elements of a sample that the middle lies between, almost surely, leave a small share to partition, and
 // one pass finds that share and counts what lies below. Where the partition's own arrangement could show in the result,
 // with NaN or with zeros of both signs, and where the sample misled, the whole is partitioned.
 
@@ -15,6 +15,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "array/scratch.hpp"
 #include "array/storage.hpp"
 
 namespace arrayfold {
@@ -42,17 +43,10 @@ Middle<T> partition_middle(T* elements, std::size_t count, const MiddleRanks& ra
 }
 
 template <class T>
-std::unique_ptr<xarray_of<T>> make_row(std::size_t count) {
-  Shape extents;
-  extents.push_back(count);
-  return make_container<T>(extents);
-}
-
-template <class T>
 Middle<T> middle_of_copy(const T* elements, std::size_t count) {
-  const auto copy = make_row<T>(count);
-  std::copy_n(elements, count, copy->storage().data());
-  return partition_middle(copy->storage().data(), count, middle_ranks(count));
+  const Scratch<T> copy(count);
+  std::copy_n(elements, count, copy.data());
+  return partition_middle(copy.data(), count, middle_ranks(count));
 }
 
 // ---- Long arrays
@@ -64,47 +58,69 @@ struct Bracket {
   T high;
 };
 
-/// The bracket by a sample of evenly strided elements: about four standard errors of the sample's middle to both sides.
-/// Nothing when there is a NaN in the sample.
+/// The bracket by a sample of evenly strided elements: about three standard errors of the sample's middle to both
+/// sides. Its size is what makes the work on the sample and the work inside the bracket about the same. Nothing when
+/// there is a NaN in the sample.
 template <class T>
 std::optional<Bracket<T>> sampled_bracket(const T* elements, std::size_t count) {
-  const std::size_t size = std::clamp<std::size_t>(count / 64, 64, 8192);
+  const double root = std::cbrt(static_cast<double>(count));
+  const auto size = static_cast<std::size_t>(1.5 * root * root);
   std::vector<T> sample(size);
   for (std::size_t i = 0; i < size; ++i) sample[i] = elements[i * (count / size)];
   if (std::any_of(sample.begin(), sample.end(), [](T x) { return x != x; })) return std::nullopt;
-  std::sort(sample.begin(), sample.end());
-  const auto reach = static_cast<std::size_t>(2.0 * std::sqrt(static_cast<double>(size)));
-  return Bracket<T>{sample[size / 2 - reach], sample[size / 2 + reach]};
+  const auto reach = static_cast<std::size_t>(1.5 * std::sqrt(static_cast<double>(size)));
+  const auto [low, high] = partition_middle(sample.data(), size, {size / 2 - reach, size / 2 + reach});
+  return Bracket<T>{low, high};
 }
 
-/// How many elements are below the bracket, up to its ends, above it; those strictly inside are gathered.
+/// How many elements are below the bracket, up to its ends, and NaN; those strictly inside are gathered.
 struct Shares {
   std::size_t below = 0;
   std::size_t to_low = 0;
   std::size_t inside = 0;
   std::size_t to_high = 0;
-  std::size_t above = 0;
+  std::size_t nan = 0;
 };
+
+/// Writes the elements strictly inside the bracket one behind the other, and gives their number. `gathered` has room
+/// for all.
+template <class T>
+std::size_t gather_inside(const T* elements, std::size_t count, const Bracket<T>& bracket, T* gathered) {
+  using Register = xsimd::batch<T>;
+  const Register low(bracket.low), high(bracket.high);
+  std::size_t inside = 0, i = 0;
+  const auto gather_to = [&](std::size_t end) {
+    for (; i < end; ++i) {
+      gathered[inside] = elements[i];
+      inside += (bracket.low < elements[i]) & (elements[i] < bracket.high);
+    }
+  };
+  // Most registers hold none.
+  while (i + Register::size <= count) {
+    const auto some = Register::load_unaligned(elements + i);
+    if (xsimd::any((low < some) & (some < high)))
+      gather_to(i + Register::size);
+    else
+      i += Register::size;
+  }
+  gather_to(count);
+  return inside;
+}
 
 /// Adds a block to the shares. `gathered` has room for all of it.
 template <class T>
 void share_out(const T* elements, std::size_t count, const Bracket<T>& bracket, Shares& shares, T* gathered) {
-  const auto [low, high] = bracket;
-  std::size_t inside = shares.inside;
-  for (std::size_t i = 0; i < count; ++i) {
-    gathered[inside] = elements[i];
-    inside += (low < elements[i]) & (elements[i] < high);
-  }
-  shares.inside = inside;
+  shares.inside += gather_inside(elements, count, bracket, gathered);
   using Count = std::conditional_t<sizeof(T) == 4, std::int32_t, std::int64_t>;
-  Count below = 0, to_low = 0, to_high = 0, above = 0;
+  const auto [low, high] = bracket;
+  Count below = 0, to_low = 0, to_high = 0, nan = 0;
   for (std::size_t i = 0; i < count; ++i) {
     below += elements[i] < low;
     to_low += elements[i] <= low;
     to_high += elements[i] <= high;
-    above += elements[i] > high;
+    nan += elements[i] != elements[i];
   }
-  shares.below += below, shares.to_low += to_low, shares.to_high += to_high, shares.above += above;
+  shares.below += below, shares.to_low += to_low, shares.to_high += to_high, shares.nan += nan;
 }
 
 template <class T>
@@ -119,16 +135,15 @@ std::optional<Middle<T>> middle_in_bracket(const T* elements, std::size_t count)
   const auto bracket = sampled_bracket(elements, count);
   if (!bracket) return std::nullopt;
   const std::size_t room = count / 2 + block;
-  const auto gathered = make_row<T>(room);
-  T* const inside = gathered->storage().data();
+  const Scratch<T> gathered(room);
+  T* const inside = gathered.data();
   Shares shares;
   for (std::size_t first = 0; first < count; first += block) {
     if (room - shares.inside < block) return std::nullopt;
-    share_out(elements + first, std::min(block, count - first), *bracket, shares, inside);
+    share_out(elements + first, std::min(block, count - first), *bracket, shares, inside + shares.inside);
   }
   const MiddleRanks ranks = middle_ranks(count);
-  const bool nan = shares.to_high + shares.above != count;
-  if (nan || ranks.low < shares.below || ranks.high >= shares.to_high) return std::nullopt;
+  if (shares.nan != 0 || ranks.low < shares.below || ranks.high >= shares.to_high) return std::nullopt;
 
   std::size_t unsorted = shares.inside;
   const auto at = [&](std::size_t rank) {

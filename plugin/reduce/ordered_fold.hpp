@@ -3,13 +3,13 @@
 // The library walks the dimensions in row-major order: each run along the last one is folded from the start value on,
 // strictly from left to right, and the outer dimensions merge the runs, each from its first on: runs into planes,
 // planes into the whole. Sums and products of reals round by this order. Runs do not depend on each other, so that
-// several are folded side by side.
+// several are folded side by side. Where the order is of no account, as with integers, which wrap, the elements are cut
+// into runs for that.
 
 #pragma once
 
 #include <cstddef>
 #include <type_traits>
-#include <vector>
 
 #include "array/storage.hpp"
 
@@ -45,11 +45,17 @@ class RunMerger {
   };
 
   Merge merge_;
-  std::vector<Level> levels_;  // innermost first
+  xt::svector<Level, 4> levels_;  // innermost first
   R whole_{};
 };
 
-constexpr std::size_t side_by_side = 8;
+/// Folds one run. It stays a function of its own: within a larger one the compiler may keep the value in memory, and a
+/// step then takes twice as long.
+template <class R, class T, class Step>
+[[gnu::noinline]] R fold_run(const T* elements, std::size_t length, R value, Step step) {
+  for (std::size_t i = 0; i < length; ++i) value = step(value, elements[i]);
+  return value;
+}
 
 /// Folds `runs` runs of `length` elements, one behind the other, side by side.
 template <std::size_t runs, class R, class T, class Step>
@@ -61,6 +67,33 @@ void fold_runs(const T* elements, std::size_t length, R start, Step step, R* fol
   for (std::size_t run = 0; run < runs; ++run) folded[run] = chains[run];
 }
 
+/// Folds `count` elements, whole runs of `length`, into `merger`: `runs` side by side, then fewer.
+template <std::size_t runs, class R, class T, class Step, class Merge>
+void merge_runs(const T* elements, std::size_t count, std::size_t length, R start, Step step,
+                RunMerger<R, Merge>& merger) {
+  R folded[runs];
+  for (; count >= runs * length; elements += runs * length, count -= runs * length) {
+    fold_runs<runs>(elements, length, start, step, folded);
+    for (const R value : folded) merger.add(value);
+  }
+  if constexpr (runs > 2)
+    merge_runs<runs / 2>(elements, count, length, start, step, merger);
+  else if (count > 0)
+    merger.add(fold_run(elements, length, start, step));
+}
+
+/// The elements folded in no particular order. The start changes no value that it is merged with.
+template <class R, class T, class Step, class Merge>
+R fold_freely(const T* elements, std::size_t count, R start, Step step, Merge merge) {
+  constexpr std::size_t runs = 4;
+  constexpr std::size_t aligned = storage_alignment / sizeof(T);
+  const std::size_t length = count / (runs * aligned) * aligned;
+  R folded[runs];
+  fold_runs<runs>(elements, length, start, step, folded);
+  folded[0] = fold_run(elements + runs * length, count - runs * length, folded[0], step);
+  return merge(merge(folded[0], folded[1]), merge(folded[2], folded[3]));
+}
+
 /// The elements folded by `step(value, element)`, runs merged by `merge(value, value)`. Without elements it is `start`.
 /// With integer values both are one wrapping operation, sum or product. Throws std::bad_alloc when the extents claim
 /// other elements than there are.
@@ -70,23 +103,10 @@ R ordered_fold(const xarray_of<T>& array, R start, Step step, Merge merge) {
   if (elements.empty()) return start;
   check_extents(array);
   const Shape& extents = array.shape();
-  R folded[side_by_side];
-  // Integers wrap in any order: they are one run, which the compiler folds with whole registers.
-  if (std::is_integral_v<R> || extents.size() < 2) {
-    fold_runs<1>(elements.data(), elements.size(), start, step, folded);
-    return folded[0];
-  }
-  const std::size_t length = extents.back();
+  if (std::is_integral_v<R>) return fold_freely(elements.data(), elements.size(), start, step, merge);
+  if (extents.size() < 2) return fold_run(elements.data(), elements.size(), start, step);
   RunMerger<R, Merge> merger(extents, merge);
-  std::size_t first = 0;
-  for (; elements.size() - first >= side_by_side * length; first += side_by_side * length) {
-    fold_runs<side_by_side>(elements.data() + first, length, start, step, folded);
-    for (const R value : folded) merger.add(value);
-  }
-  for (; first < elements.size(); first += length) {
-    fold_runs<1>(elements.data() + first, length, start, step, folded);
-    merger.add(folded[0]);
-  }
+  merge_runs<8>(elements.data(), elements.size(), extents.back(), start, step, merger);
   return merger.whole();
 }
 

@@ -35,14 +35,14 @@ std::int64_t nonzeros_of(const xarray_of<T>& array) {
   // Counts as wide as the elements stay in their lanes; a block is short enough for any of them.
   using Count = std::conditional_t<sizeof(T) == 4, std::int32_t, std::int64_t>;
   constexpr std::size_t block = std::size_t{1} << 16;
+  const auto count_nonzero = [](Count found, T x) { return found + (x != 0); };
+  const auto add = [](Count a, Count b) { return a + b; };
   const auto& elements = array.storage();
   if (!elements.empty()) check_extents(array);
   std::int64_t found = 0;
   for (std::size_t first = 0; first < elements.size(); first += block) {
-    const std::size_t end = std::min(first + block, elements.size());
-    Count in_block = 0;
-    for (std::size_t i = first; i < end; ++i) in_block += elements[i] != 0;
-    found += in_block;
+    const std::size_t count = std::min(block, elements.size() - first);
+    found += fold_freely(elements.data() + first, count, Count{0}, count_nonzero, add);
   }
   return found;
 }

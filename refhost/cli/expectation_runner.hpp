@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -15,8 +16,11 @@ namespace hvm {
 /// sentence each what was not met; it is empty for a script that passed.
 std::vector<std::string> run_expectations(const SourcePtr& source, const ModuleFunctions& functions, bool has_guards);
 
-/// Runs every `*.hvm` below a directory, in the order of their names. Prints what failed, and at the end
-/// `N passed, N failed`. True when all passed; a directory without scripts does not pass.
-bool run_expectations_below(const std::string& directory, const ModuleFunctions& functions, bool has_guards);
+/// Runs every `*.hvm` below a directory, in the order of their names, each in a process of its own: what a script
+/// leaves in the module, and a fault that ends it, are none of the others'. `ends_well` is asked in that process at its
+/// end, and false fails the script. Prints what failed, and at the end `N passed, N failed`. True when all passed; a
+/// directory without scripts does not pass.
+bool run_expectations_below(const std::string& directory, const ModuleFunctions& functions, bool has_guards,
+                            const std::function<bool()>& ends_well);
 
 }  // namespace hvm

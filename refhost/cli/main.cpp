@@ -67,8 +67,6 @@ SourcePtr chosen_source(const Settings& settings) {
 
 int run_scripts(const Settings& settings, const Module& module) {
   const bool has_guards = !settings.is_unchecked;
-  if (!settings.test_directory.empty())
-    return run_expectations_below(settings.test_directory, module.functions, has_guards) ? done : script_failed;
   const SourcePtr source = chosen_source(settings);
   const std::size_t names = settings.has_code || settings.rest.empty() ? 0 : 1;
   const std::vector<std::string> arguments(settings.rest.begin() + static_cast<std::ptrdiff_t>(names),
@@ -91,6 +89,14 @@ bool report_leaks(const Counts& before) {
   return now == before;
 }
 
+int run_tests(const Settings& settings, const Module& module) {
+  const Counts before = counts();
+  const auto ends_well = [&] { return !settings.counts_leaks || report_leaks(before); };
+  const bool passed =
+      run_expectations_below(settings.test_directory, module.functions, !settings.is_unchecked, ends_well);
+  return passed ? done : script_failed;
+}
+
 void list(const Module& module) {
   for (const std::string& name : module.functions.names()) fmt::print("function {}\n", name);
   for (const RegisteredType& type : registered_types()) fmt::print("type {}\n", type.name);
@@ -107,6 +113,7 @@ int run(const Settings& settings) {
   const Module module = load_module(settings.module_path.empty() ? default_module_path() : settings.module_path);
   if (settings.shows_version) return show_libraries(module), done;
   if (settings.lists) return list(module), done;
+  if (!settings.test_directory.empty()) return run_tests(settings, module);
   const Counts before = counts();
   const int status = run_scripts(settings, module);
   if (!settings.counts_leaks) return status;

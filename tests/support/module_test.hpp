@@ -119,7 +119,8 @@ template <class Kind>
 std::vector<typename Kind::element> elements_of(const Value& value) {
   const auto* container = container_of<Kind>(value);
   if (container == nullptr) throw std::invalid_argument("no array of this kind");
-  return {container->storage().begin(), container->storage().end()};
+  // Not in braces: two pointers would be two bools.
+  return std::vector<typename Kind::element>(container->storage().begin(), container->storage().end());
 }
 
 /// The indices of an element access, as a host hands them over in the place of a right operand: the entries follow the

@@ -88,11 +88,6 @@ const std::vector<Function>& functions() {
   return all;
 }
 
-bool same(double a, double b) {
-  if (std::isnan(a) || std::isnan(b)) return std::isnan(a) && std::isnan(b);
-  return std::memcmp(&a, &b, sizeof a) == 0;
-}
-
 std::uint64_t steps_between(double a, double b) {
   if (same(a, b)) return 0;
   if (std::isnan(a) || std::isnan(b)) return std::numeric_limits<std::uint64_t>::max();
@@ -159,37 +154,6 @@ const std::vector<double>& special_values() {
     return both;
   }();
   return all;
-}
-
-void hold(HostAny& any) { store<std::uint32_t>(any.host_word, 1); }
-
-FloatObject::FloatObject(const std::vector<std::size_t>& extents, const std::vector<float>& elements) {
-  content_.array = std::make_unique<ArrayOf<XTFloat>>();
-  content_.array->array = std::make_shared<xarray_of<float>>(Shape(extents.begin(), extents.end()));
-  std::copy(elements.begin(), elements.end(), content_.array->array->storage().begin());
-  man_.name = XTFloat::type_name;
-  any_.manager = &man_;
-  any_.content = &content_;
-  hold(any_);
-}
-
-Value FloatObject::value() { return Value::object(&any_); }
-
-FloatNameRegistered::FloatNameRegistered() {
-  using Object = XTObject<ArrayOf<XTDouble>>;
-  static AnyMan* const man = HVM_NewAnyMan(
-      XTFloat::type_name, []() -> void* { return new Object; },
-      [](HostContext, void* content) { delete static_cast<Object*>(content); }, nullptr, nullptr, nullptr);
-  HVM_RegisterAnyMan(XTFloat::type_name, man);
-}
-
-FloatNameRegistered::~FloatNameRegistered() { hvm::forget_type(XTFloat::type_name); }
-
-std::vector<double> FloatNameRegistered::elements(const Value& value) {
-  if (type_of(value) != XTFloat::type_name) throw std::invalid_argument("no object of the float name");
-  void* content = hvm::object_of(value.record())->content.get();
-  const auto& storage = static_cast<XTObject<ArrayOf<XTDouble>>*>(content)->array->array->storage();
-  return {storage.begin(), storage.end()};
 }
 
 }  // namespace arrayfold::test

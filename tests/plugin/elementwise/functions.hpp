@@ -3,10 +3,11 @@
 #pragma once
 
 #include <cstdint>
-#include <cstring>
 #include <vector>
 
+#include "support/hand_made.hpp"
 #include "support/module_test.hpp"
+#include "support/reals.hpp"
 
 namespace arrayfold::test {
 
@@ -36,39 +37,10 @@ struct Function {
 /// All 26.
 const std::vector<Function>& functions();
 
-/// The two results are one: bit for bit, or both NaN.
-bool same(double a, double b);
 /// The distance of two doubles in steps from one double to the next; huge when one is NaN and the other is not.
 std::uint64_t steps_between(double a, double b);
 
 /// Special doubles: NaN, infinities, zeros, subnormals, the ends of the range, halfway points, where results overflow.
 const std::vector<double>& special_values();
-
-/// Counts one reference to a hand-made object for whoever made it, so that the host never releases it.
-void hold(HostAny& any);
-
-/// A hand-made object of the float kind, which no host makes. It lives as long as this does.
-class FloatObject {
- public:
-  FloatObject(const std::vector<std::size_t>& extents, const std::vector<float>& elements);
-  Value value();
-
- private:
-  XTObject<ArrayOf<XTFloat>> content_;
-  AnyMan man_{};
-  HostAny any_{};
-};
-
-/// The type of float arrays, registered with the host for a while. Its objects take doubles, as results do.
-class FloatNameRegistered {
- public:
-  FloatNameRegistered();
-  ~FloatNameRegistered();
-  FloatNameRegistered(const FloatNameRegistered&) = delete;
-  FloatNameRegistered& operator=(const FloatNameRegistered&) = delete;
-
-  /// The doubles of such an object.
-  static std::vector<double> elements(const Value& value);
-};
 
 }  // namespace arrayfold::test

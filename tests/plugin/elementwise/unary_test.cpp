@@ -156,13 +156,8 @@ TEST_F(Unary, Required_Bools_AreHandledWithoutResult) {
 }
 
 TEST_F(Unary, Required_ForeignObjects_AreHandledWithoutResult) {
-  AnyMan man{};
-  man.name = "$foreign";
-  HostAny any{};
-  any.manager = &man;
-  hold(any);
-  const Value foreign = Value::object(&any);
-  for (const auto& function : functions()) expect_nothing(call(function.name, {foreign}), 1, function.name);
+  ForeignObject foreign;
+  for (const auto& function : functions()) expect_nothing(call(function.name, {foreign.value()}), 1, function.name);
 }
 
 TEST_F(Unary, Required_Floats_AreComputedIn32BitsAndGiveDoubles) {

@@ -98,5 +98,27 @@ TEST(Expectations, ScriptsDoNotSeeEachOther) {
   EXPECT_EQ(run_toy({"--test", place.path()}).out, "2 passed, 0 failed\n");
 }
 
+TEST(Expectations, AScriptThatEndsTheProcess_FailsAlone) {
+  const Workplace place;
+  const std::string fatal = place.write("a.hvm", "print(1) # expect: 1\ntoy_end(\"segv\")");
+  place.write("b.hvm", "print(1) # expect: 1");
+  const Outcome outcome = run_toy({"--test", place.path()});
+  EXPECT_EQ(outcome.out, fatal + ": ended by signal 11\n1 passed, 1 failed\n");
+  EXPECT_THAT(outcome.err, HasSubstr(fatal + ":2: the module ended the process: SIGSEGV"));
+  EXPECT_EQ(outcome.status, 1);
+}
+
+TEST(Expectations, WhatAScriptLeavesInTheModule_IsNotThereForTheNext) {
+  const Workplace place;
+  place.write("a.hvm", "toy_leak()");
+  place.write("b.hvm", "print(1) # expect: 1");
+  const Outcome outcome = run_toy({"--leaks", "--test", place.path()});
+  EXPECT_EQ(outcome.out, "1 passed, 1 failed\n");
+  EXPECT_THAT(outcome.err, HasSubstr("1 blocks"));
+  EXPECT_THAT(outcome.err, HasSubstr("0 blocks"));
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(run_toy({"--test", place.path()}).out, "2 passed, 0 failed\n");
+}
+
 }  // namespace
 }  // namespace hvm::testing

@@ -1,0 +1,78 @@
+// support/hand_made.hpp: objects that no host makes
+//
+// Objects of the float kind, which is never registered, and of types that are none of the module's. The host never
+// releases them: they live as long as their makers here do.
+
+#pragma once
+
+#include <vector>
+
+#include "support/module_test.hpp"
+
+namespace arrayfold::test {
+
+/// Counts one reference to a hand-made object for whoever made it, so that the host never releases it.
+void hold(HostAny& any);
+
+/// An object of the float kind.
+class FloatObject {
+ public:
+  FloatObject(const std::vector<std::size_t>& extents, const std::vector<float>& elements);
+  FloatObject(const FloatObject&) = delete;
+  FloatObject& operator=(const FloatObject&) = delete;
+  Value value();
+
+ private:
+  XTObject<ArrayOf<XTFloat>> content_;
+  AnyMan man_{};
+  HostAny any_{};
+};
+
+/// An object of a type with another name, which may be null, and without content.
+class ForeignObject {
+ public:
+  explicit ForeignObject(const char* type_name = "$foreign");
+  ForeignObject(const ForeignObject&) = delete;
+  ForeignObject& operator=(const ForeignObject&) = delete;
+  Value value();
+
+ private:
+  AnyMan man_{};
+  HostAny any_{};
+};
+
+/// The type of float arrays, registered with the host for a while. Its objects take doubles, as results do.
+class FloatNameRegistered {
+ public:
+  FloatNameRegistered();
+  ~FloatNameRegistered();
+  FloatNameRegistered(const FloatNameRegistered&) = delete;
+  FloatNameRegistered& operator=(const FloatNameRegistered&) = delete;
+
+  /// The doubles of such an object.
+  static std::vector<double> elements(const Value& value);
+};
+
+/// An object of any kind, made by the host where it can be.
+template <class Kind>
+class Operand {
+ public:
+  Operand(HostContext ctx, const std::vector<std::size_t>& extents, const std::vector<typename Kind::element>& elements)
+      : value_(array_of<Kind>(ctx, extents, elements)) {}
+  Value value() { return value_; }
+
+ private:
+  Value value_;
+};
+template <>
+class Operand<XTFloat> {
+ public:
+  Operand(HostContext, const std::vector<std::size_t>& extents, const std::vector<float>& elements)
+      : object_(extents, elements) {}
+  Value value() { return object_.value(); }
+
+ private:
+  FloatObject object_;
+};
+
+}  // namespace arrayfold::test
