@@ -48,6 +48,8 @@ add("xlgamma", None, UNBOUND, reals=POSITIVE)
 TWO_REALS = REALS + "; b = np.random.default_rng(2).standard_normal(n)"
 TWO_INTS = INTS + "; b = np.random.default_rng(2).integers(-999_999, 1_000_000, n, dtype=np.int32)"
 CHOICES = by_size(0.45, 0.5, 1.05, 1.15)
+# Where the second cache holds 1 MB, the bare loop over 100,000 elements takes 13.7 of our 14.2 microseconds: 1.6 MB
+# with both operands to NumPy's 1.2 MB, which takes 10.5. The bound is passed by as much.
 INT_CHOICES = by_size(0.45, 0.5, 1.25, 1.9)
 for name in ("minimum", "maximum"):
     CASES["x" + name] = Case(numpy=f"np.{name}(a, b)", setup=TWO_REALS, ratios=CHOICES)

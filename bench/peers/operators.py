@@ -10,12 +10,20 @@ SQUARE = "r = np.random.default_rng(1); k = int(n ** 0.5); a = r.standard_normal
 
 ARITHMETIC = by_size(0.45, 0.5, 1.05, 1.15)
 SMALL_CALL = {10: 150}
+# A row over 100,000 elements reads and writes 1.6 MB, and takes what a + 1.5 of as many elements takes: where the
+# second cache holds 1 MB, that is 14 of NumPy's 30 microseconds, and the bound is passed.
 BROADCASTING = by_size(0.2, 0.25, 0.4, 0.9)
 COMPARISON = by_size(0.4, 0.6, 1.0, 1.3)
 COMPARISON_WITH_NUMBER = by_size(0.4, 0.6, 1.5, 1.3)
+# Ten elements take 19 to 22 ns, of which the host's writing and releasing of the answer takes 13: 0.01 of NumPy's time
+# is spent there, and the bound is passed.
 EQUALITY = by_size(0.01, 0.05, 0.75, 1.05)
+# Ten elements take 89 ns and a sum of as many takes 84, which is 0.4 of NumPy's time without any division: the quotient
+# and remainder of ten lie at the bound.
 DIVISION = by_size(0.4, 0.35, 0.35, 0.5)
 DIVISION_BY_NUMBER = by_size(0.4, 0.35, 1.4, 1.2)
+# 1,000 doubles take 71 ns, of which the two reads and the write take 62 whatever the width of the registers; the call
+# itself is 8. NumPy's time varies between 300 and 330 ns, so that the ratio lies at the bound or passes it.
 IN_PLACE = by_size(0.05, 0.2, 1.0, 1.0)
 IN_PLACE_WITH_NUMBER = by_size(0.05, 0.2, 1.0, 1.15)
 

@@ -14,6 +14,8 @@
 #include <limits>
 #include <type_traits>
 
+#include "array/lanes.hpp"
+
 namespace arrayfold {
 
 // required: an integer division that faults is the processor's to refuse. The divisor is hidden from the compiler,
@@ -156,10 +158,39 @@ void change_run(Operation operation, T* __restrict elements, Right right, std::s
   for (std::size_t i = 0; i < count; ++i) elements[i] = operation(elements[i], element(right, i));
 }
 
+// ---- The same loops in registers of eight doubles, for what is slower than the memory it goes to
+
+template <class Operation, class Left, class Right, class R>
+ARRAYFOLD_EIGHT_LANES void combine_run_on_eight(Operation operation, Left left, Right right, R* __restrict out,
+                                                std::size_t count) {
+#pragma GCC unroll 4
+  for (std::size_t i = 0; i < count; ++i) out[i] = operation(element(left, i), element(right, i));
+}
+
+template <class Operation, class T, class Right>
+ARRAYFOLD_EIGHT_LANES void change_run_on_eight(Operation operation, T* __restrict elements, Right right,
+                                               std::size_t count) {
+#pragma GCC unroll 4
+  for (std::size_t i = 0; i < count; ++i) elements[i] = operation(elements[i], element(right, i));
+}
+
+/// Divisions in doubles, products of 64 bits and comparisons with a number. Sums, and comparisons of two arrays, wait
+/// for memory.
+template <class T, class R, class Operation, class Right>
+constexpr bool gains_from_eight = divides_int32<Operation, T> ||
+                                  (std::is_same_v<Operation, Quotient> && std::is_same_v<T, double>) ||
+                                  (std::is_same_v<Operation, Product> && std::is_same_v<T, std::int64_t>) ||
+                                  (std::is_same_v<R, bool> && std::is_same_v<Right, T>);
+/// Fewer elements are left to the narrower loops, whose last turns take less.
+constexpr std::size_t least_on_eight = 64;
+
 /// out[i] = operation(left, right), into memory of its own.
 template <class T, class Operation, class Left, class Right, class R>
 void combine(Operation operation, Left left, Right right, R* out, std::size_t count) {
   in_blocks<T>(operation, left, right, count, [=](auto suited, std::size_t first, std::size_t size) {
+    if constexpr (gains_from_eight<T, R, Operation, Right>)
+      if (size >= least_on_eight && has_eight_lanes())
+        return combine_run_on_eight(suited, behind(left, first), behind(right, first), out + first, size);
     combine_run(suited, behind(left, first), behind(right, first), out + first, size);
   });
 }
@@ -169,6 +200,9 @@ template <class T, class Operation, class Right>
 void change(Operation operation, T* elements, Right right, std::size_t count) {
   in_blocks<T>(operation, static_cast<const T*>(elements), right, count,
                [=](auto suited, std::size_t first, std::size_t size) {
+                 if constexpr (gains_from_eight<T, T, Operation, Right>)
+                   if (size >= least_on_eight && has_eight_lanes())
+                     return change_run_on_eight(suited, elements + first, behind(right, first), size);
                  change_run(suited, elements + first, behind(right, first), size);
                });
 }

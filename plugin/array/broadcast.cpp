@@ -47,15 +47,16 @@ void BroadcastWalk::add(const Dimension& dimension) {
   }
 }
 
-bool BroadcastWalk::advance(Shape& at, BroadcastRow& row) const {
-  for (std::size_t i = 0; i < outer_.size(); ++i) {
+// The first of the outer dimensions is what the rows themselves count.
+bool BroadcastWalk::advance(Shape& at, BroadcastRows& rows) const {
+  for (std::size_t i = 1; i < outer_.size(); ++i) {
     const Dimension& dimension = outer_[i];
-    row.left += dimension.left_stride;
-    row.right += dimension.right_stride;
+    rows.left += dimension.left_stride;
+    rows.right += dimension.right_stride;
     if (++at[i] < dimension.extent) return true;
     at[i] = 0;
-    row.left -= dimension.left_stride * dimension.extent;
-    row.right -= dimension.right_stride * dimension.extent;
+    rows.left -= dimension.left_stride * dimension.extent;
+    rows.right -= dimension.right_stride * dimension.extent;
   }
   return false;
 }

@@ -1,8 +1,9 @@
 // array/broadcast.hpp: two operands walked together under the broadcasting rule
 //
 // The result's shape and the error for shapes that do not fit are the array library's. The walk is our own: dimensions
-// of extent 1 are left out, dimensions that both operands pass contiguously are made one, and what is left is a loop
-// over rows in which each operand either runs along or stands still.
+// of extent 1 are left out, dimensions that both operands pass contiguously are made one, and what is left is rows in
+// which each operand either runs along or stands still. Rows that follow each other evenly are visited together: the
+// visitor decides once for all of them how a row is walked.
 
 #pragma once
 
@@ -12,11 +13,13 @@
 
 namespace arrayfold {
 
-/// A row of the result and where the operands stand in it: a step of 1 runs along, a step of 0 stands still.
-struct BroadcastRow {
+/// Rows of the result and where the operands stand in them: a step of 1 runs along a row, a step of 0 stands still.
+struct BroadcastRows {
   std::size_t left, right;            // offsets of the first elements
   std::size_t left_step, right_step;  // 0 or 1
+  std::size_t length;                 // of a row
   std::size_t count;
+  std::size_t left_stride, right_stride;  // from one row to the next
 };
 
 class BroadcastWalk {
@@ -27,15 +30,17 @@ class BroadcastWalk {
   /// The shape of the result.
   const Shape& extents() const { return extents_; }
 
-  /// Calls `visit(row)` for each row, in the order of the result's storage; never when the result has no element.
+  /// Calls `visit(rows)` for all rows, in the order of the result's storage; never when the result has no element.
   template <class Visit>
-  void for_each_row(Visit visit) const {
+  void for_each_rows(Visit visit) const {
     if (is_empty_) return;
-    BroadcastRow row{0, 0, inner_.left_stride, inner_.right_stride, inner_.extent};
-    if (outer_.empty()) return visit(row);
+    const Dimension next = outer_.empty() ? Dimension{} : outer_.front();
+    BroadcastRows rows{
+        0, 0, inner_.left_stride, inner_.right_stride, inner_.extent, next.extent, next.left_stride, next.right_stride};
+    if (outer_.size() <= 1) return visit(rows);
     Shape at(outer_.size(), 0);
-    do visit(row);
-    while (advance(at, row));
+    do visit(rows);
+    while (advance(at, rows));
   }
 
  private:
@@ -45,11 +50,11 @@ class BroadcastWalk {
   };
 
   void add(const Dimension& dimension);
-  bool advance(Shape& at, BroadcastRow& row) const;
+  bool advance(Shape& at, BroadcastRows& rows) const;
 
   Shape extents_;
   Dimension inner_;                  // the row
-  xt::svector<Dimension, 4> outer_;  // from the innermost outwards
+  xt::svector<Dimension, 4> outer_;  // from the rows' own outwards
   bool is_empty_ = false;
 };
 

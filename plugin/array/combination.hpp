@@ -13,13 +13,18 @@
 namespace arrayfold {
 
 template <class Operation, class T, class R>
-void combine_row(Operation operation, const T* left, const T* right, const BroadcastRow& row, R* out) {
-  left += row.left;
-  right += row.right;
-  if (row.left_step != 0 && row.right_step != 0) return combine<T>(operation, left, right, out, row.count);
-  if (row.left_step != 0) return combine<T>(operation, left, *right, out, row.count);
-  if (row.right_step != 0) return combine<T>(operation, *left, right, out, row.count);
-  combine<T>(operation, *left, *right, out, row.count);
+void combine_rows(Operation operation, const T* left, const T* right, const BroadcastRows& rows, R* out) {
+  const auto along = [](const T* elements) { return elements; };
+  const auto still = [](const T* elements) { return *elements; };
+  const auto each = [&](auto left_of, auto right_of) {
+    for (std::size_t row = 0; row < rows.count; ++row)
+      combine<T>(operation, left_of(left + rows.left + row * rows.left_stride),
+                 right_of(right + rows.right + row * rows.right_stride), out + row * rows.length, rows.length);
+  };
+  if (rows.left_step != 0 && rows.right_step != 0) return each(along, along);
+  if (rows.left_step != 0) return each(along, still);
+  if (rows.right_step != 0) return each(still, along);
+  each(still, still);
 }
 
 /// A new array of `operation(left, right)` for each element of the broadcast shape. Throws std::bad_alloc when the
@@ -31,7 +36,7 @@ std::unique_ptr<ArrayOf<ResultKind>> combined(const xarray_of<T>& left, const xa
   check_extents(right);
   const T* left_elements = left.storage().data();
   const T* right_elements = right.storage().data();
-  if (left.shape() == right.shape()) {
+  if (same_shape(left.shape(), right.shape())) {
     auto made = make_array<ResultKind>(left.shape());
     combine<T>(operation, left_elements, right_elements, made->array->storage().data(), left.storage().size());
     return made;
@@ -39,9 +44,9 @@ std::unique_ptr<ArrayOf<ResultKind>> combined(const xarray_of<T>& left, const xa
   const BroadcastWalk walk(left.shape(), right.shape());
   auto made = make_array<ResultKind>(walk.extents());
   auto* out = made->array->storage().data();
-  walk.for_each_row([&](const BroadcastRow& row) {
-    combine_row(operation, left_elements, right_elements, row, out);
-    out += row.count;
+  walk.for_each_rows([&](const BroadcastRows& rows) {
+    combine_rows(operation, left_elements, right_elements, rows, out);
+    out += rows.count * rows.length;
   });
   return made;
 }

@@ -55,11 +55,6 @@ std::size_t checked_size(const Shape& extents, std::size_t element_size) {
   return *count;
 }
 
-bool extents_cover(const Shape& extents, std::size_t count) noexcept {
-  if (has_zero(extents)) return count == 0;
-  return product(extents) == count;
-}
-
 namespace {
 
 #ifdef ARRAYFOLD_EXACT_STORAGE

@@ -41,7 +41,23 @@ std::unique_ptr<ArrayOf<Kind>> make_array(const Shape& extents) {
 }
 
 /// True when the product of `extents`, without wrapping, is `count`.
-bool extents_cover(const Shape& extents, std::size_t count) noexcept;
+inline bool extents_cover(const Shape& extents, std::size_t count) noexcept {
+  std::size_t product = 1;
+  bool wraps = false, is_empty = false;
+  for (const std::size_t extent : extents) {
+    is_empty |= extent == 0;
+    wraps |= __builtin_mul_overflow(product, extent, &product);
+  }
+  return is_empty ? count == 0 : !wraps && product == count;
+}
+
+/// Whether two shapes are the same. They are short: the C library's comparison of memory takes longer than the loop.
+inline bool same_shape(const Shape& left, const Shape& right) noexcept {
+  if (left.size() != right.size()) return false;
+  for (std::size_t axis = 0; axis < left.size(); ++axis)
+    if (left[axis] != right[axis]) return false;
+  return true;
+}
 
 /// Throws std::bad_alloc when the extents claim another number of elements than the storage holds, which `reshape` can
 /// bring about. Comes before any walk along the extents.

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstring>
 
+#include "array/lanes.hpp"
+
 #if defined(__x86_64__) && defined(__GLIBC__) && defined(__GLIBC_PREREQ)
 #if __GLIBC_PREREQ(2, 35)
 #define ARRAYFOLD_HAS_VECTOR_LIBRARY
@@ -58,13 +60,6 @@ void four_at_a_time(const double* in, double* out, std::size_t count) {
     _mm256_storeu_pd(to, function(_mm256_loadu_pd(from)));
   });
 }
-
-// Defined where four lanes are to be measured on a processor that has eight.
-#ifdef ARRAYFOLD_FOUR_LANES
-bool has_eight_lanes() { return false; }
-#else
-bool has_eight_lanes() { return __builtin_cpu_supports("avx512f"); }
-#endif
 
 }  // namespace
 

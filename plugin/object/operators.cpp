@@ -97,7 +97,7 @@ template <class Array, class Operation>
 void change_by_array(const Application<Array>& at, const Array& other, Operation operation) {
   auto& mine = *at.array.array;
   const auto& theirs = *other.array;
-  if (mine.shape() != theirs.shape()) {
+  if (!same_shape(mine.shape(), theirs.shape())) {
     at.array.array = std::move(combined<typename Array::tag>(mine, theirs, operation)->array);
     return;
   }
@@ -177,7 +177,7 @@ bool test_equality(const Application<Array>& at, bool wanted) {
   if (other == nullptr) return false;
   const auto& mine = at.elements();
   const auto& theirs = *other->array;
-  const bool equal = mine.shape() == theirs.shape() &&
+  const bool equal = same_shape(mine.shape(), theirs.shape()) &&
                      all_equal(mine.storage().data(), theirs.storage().data(), mine.storage().size());
   HVM_SetInt(at.ctx, at.result, equal == wanted ? 1 : 0);
   return true;

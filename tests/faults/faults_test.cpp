@@ -63,13 +63,12 @@ class Faults : public ModuleTest {
     EXPECT_EQ(fail_each_host_allocation(action), 1) << static_cast<int>(opcode);
   }
 
-  /// An operator that changes an array of ints: until it succeeds, the array is what it was. The answer is the number
+  /// An operator that changes an array: until it succeeds, both operands are what they were. The answer is the number
   /// of allocations that failed.
+  template <class Kind>
   int changes_survived(Opcode opcode, Value array, Value right) const {
     const auto callback = hvm::callbacks_of(hvm::object_of(array.record())).op;
-    const auto* container = container_of<XTInt>(array);
-    const auto elements = elements_of<XTInt>(array);
-    const Shape extents = container->shape();
+    const Operands<Kind> before(array, right);
     // Only the runs that fail are weighed: the one that succeeds may leave a larger array behind.
     int failed = 0;
     for (bool done = false; !done; ++failed) {
@@ -80,14 +79,47 @@ class Faults : public ModuleTest {
         done = true;
       } catch (const std::bad_alloc&) {
         EXPECT_EQ(allocations().alive, alive);
-        EXPECT_EQ(container_of<XTInt>(array), container);
-        EXPECT_TRUE(container->shape() == extents);
-        EXPECT_TRUE(std::equal(elements.begin(), elements.end(), container->storage().begin()));
+        before.expect_kept(array, right);
       }
       fail_allocation(0);
     }
     return failed - 1;
   }
+
+ private:
+  /// The container, extents and elements behind a record; nothing of a number.
+  template <class Kind>
+  struct Contents {
+    explicit Contents(const Value& value) : container(container_of<Kind>(value)) {
+      if (container == nullptr) return;
+      extents.assign(container->shape().begin(), container->shape().end());
+      elements = elements_of<Kind>(value);
+    }
+    bool operator==(const Contents& other) const {
+      return container == other.container && extents == other.extents && elements == other.elements;
+    }
+
+    const xarray_of<typename Kind::element>* container;
+    std::vector<std::size_t> extents;
+    std::vector<typename Kind::element> elements;
+  };
+
+  /// Both operands as they are at one moment: their records, and what is behind them.
+  template <class Kind>
+  struct Operands {
+    Operands(const Value& left_value, const Value& right_value)
+        : records{left_value.record(), right_value.record()}, left(left_value), right(right_value) {}
+
+    void expect_kept(const Value& left_value, const Value& right_value) const {
+      const HostValue now[] = {left_value.record(), right_value.record()};
+      EXPECT_EQ(std::memcmp(records, now, sizeof now), 0);
+      EXPECT_TRUE(left == Contents<Kind>(left_value));
+      EXPECT_TRUE(right == Contents<Kind>(right_value));
+    }
+
+    HostValue records[2];
+    Contents<Kind> left, right;
+  };
 };
 
 /// Ranks 1 to 6: beyond four dimensions shapes take memory, too.
@@ -167,15 +199,22 @@ TEST_F(Faults, Operators_OfEveryRank) {
   }
 }
 
-TEST_F(Faults, OperatorsInPlace_OfEveryRank) {
-  for (int rank = 1; rank <= 6; ++rank)
-    for (const Opcode opcode : {Opcode::add, Opcode::remainder}) {
-      const auto array = [&] { return alternating<XTInt>(ctx(), rank, true); };
-      // A number and an equal shape need no memory, a shape that grows needs a new array.
-      EXPECT_EQ(changes_survived(opcode, array(), Value(2)), 0);
-      EXPECT_EQ(changes_survived(opcode, array(), array()), 0);
-      EXPECT_GE(changes_survived(opcode, array(), alternating<XTInt>(ctx(), rank, false)), rank <= 4 ? 4 : 8);
-    }
+TEST_F(Faults, OperatorsInPlace_OfEveryKindAndRank) {
+  const auto for_kind = [&](auto kind) {
+    using Kind = decltype(kind);
+    for (int rank = 1; rank <= 6; ++rank)
+      for (const Opcode opcode : {Opcode::add, Opcode::subtract, Opcode::multiply, Opcode::divide, Opcode::remainder}) {
+        // There is no remainder of doubles.
+        if (opcode == Opcode::remainder && std::is_same_v<Kind, XTDouble>) continue;
+        const auto array = [&] { return alternating<Kind>(ctx(), rank, true); };
+        // A number and an equal shape need no memory, a shape that grows needs a new array.
+        EXPECT_EQ(changes_survived<Kind>(opcode, array(), Value(2)), 0);
+        EXPECT_EQ(changes_survived<Kind>(opcode, array(), array()), 0);
+        EXPECT_GE(changes_survived<Kind>(opcode, array(), alternating<Kind>(ctx(), rank, false)), rank <= 4 ? 4 : 8);
+      }
+  };
+  const auto for_all = [&](auto... kind) { (for_kind(kind), ...); };
+  for_kinds(kinds<XTInt, XTInt64, XTDouble>{}, for_all);
 }
 
 }  // namespace

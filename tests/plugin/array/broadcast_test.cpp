@@ -13,6 +13,7 @@ namespace arrayfold {
 namespace {
 
 using Extents = std::vector<std::size_t>;
+using Counts = std::pair<std::size_t, std::size_t>;
 using Offsets = std::vector<std::pair<std::size_t, std::size_t>>;
 
 Shape shape_of(const Extents& extents) { return Shape(extents.begin(), extents.end()); }
@@ -21,20 +22,27 @@ Extents extents_of(const Shape& shape) { return {shape.begin(), shape.end()}; }
 /// The offsets of both operands for every element of the result, in its order.
 Offsets walked(const Extents& left, const Extents& right) {
   Offsets offsets;
-  BroadcastWalk(shape_of(left), shape_of(right)).for_each_row([&](const BroadcastRow& row) {
-    EXPECT_LE(row.left_step, 1u);
-    EXPECT_LE(row.right_step, 1u);
-    EXPECT_GT(row.count, 0u);
-    for (std::size_t i = 0; i < row.count; ++i)
-      offsets.emplace_back(row.left + i * row.left_step, row.right + i * row.right_step);
+  BroadcastWalk(shape_of(left), shape_of(right)).for_each_rows([&](const BroadcastRows& rows) {
+    EXPECT_LE(rows.left_step, 1u);
+    EXPECT_LE(rows.right_step, 1u);
+    EXPECT_GT(rows.length, 0u);
+    EXPECT_GT(rows.count, 0u);
+    for (std::size_t row = 0; row < rows.count; ++row)
+      for (std::size_t i = 0; i < rows.length; ++i)
+        offsets.emplace_back(rows.left + row * rows.left_stride + i * rows.left_step,
+                             rows.right + row * rows.right_stride + i * rows.right_step);
   });
   return offsets;
 }
 
-std::size_t rows_of(const Extents& left, const Extents& right) {
-  std::size_t rows = 0;
-  BroadcastWalk(shape_of(left), shape_of(right)).for_each_row([&](const BroadcastRow&) { ++rows; });
-  return rows;
+/// How many rows there are, and in how many visits.
+Counts rows_of(const Extents& left, const Extents& right) {
+  std::size_t count = 0, visits = 0;
+  BroadcastWalk(shape_of(left), shape_of(right)).for_each_rows([&](const BroadcastRows& rows) {
+    count += rows.count;
+    ++visits;
+  });
+  return {count, visits};
 }
 
 Extents extents_of_walk(const Extents& left, const Extents& right) {
@@ -107,21 +115,23 @@ TEST(Broadcast, WithoutDimensions_StandsStill) {
 }
 
 TEST(Broadcast, OfAnExtentOfZero_HasNoRow) {
-  EXPECT_EQ(rows_of({0}, {1}), 0u);
+  const Counts none = {0, 0};
+  EXPECT_EQ(rows_of({0}, {1}), none);
   EXPECT_EQ(extents_of_walk({0}, {1}), (Extents{0}));
-  EXPECT_EQ(rows_of({3, 1}, {0}), 0u);
+  EXPECT_EQ(rows_of({3, 1}, {0}), none);
   EXPECT_EQ(extents_of_walk({3, 1}, {0}), (Extents{3, 0}));
-  EXPECT_EQ(rows_of({0, 5}, {5}), 0u);
+  EXPECT_EQ(rows_of({0, 5}, {5}), none);
   EXPECT_EQ(extents_of_walk({}, {2, 0}), (Extents{2, 0}));
 }
 
 TEST(Broadcast, JoinsDimensionsThatGoOnWhereTheLastEnds) {
-  EXPECT_EQ(rows_of({4, 5, 6}, {4, 5, 6}), 1u);
-  EXPECT_EQ(rows_of({4, 5, 6}, {5, 6}), 4u);
-  EXPECT_EQ(rows_of({4, 5, 6}, {}), 1u);
-  EXPECT_EQ(rows_of({4, 5, 6}, {4, 1, 1}), 4u);
-  EXPECT_EQ(rows_of({4, 1, 6}, {4, 1, 6}), 1u);
-  EXPECT_EQ(rows_of({4, 5, 6}, {1, 5, 1}), 20u);
+  EXPECT_EQ(rows_of({4, 5, 6}, {4, 5, 6}), (Counts{1, 1}));
+  EXPECT_EQ(rows_of({4, 5, 6}, {5, 6}), (Counts{4, 1}));
+  EXPECT_EQ(rows_of({4, 5, 6}, {}), (Counts{1, 1}));
+  EXPECT_EQ(rows_of({4, 5, 6}, {4, 1, 1}), (Counts{4, 1}));
+  EXPECT_EQ(rows_of({4, 1, 6}, {4, 1, 6}), (Counts{1, 1}));
+  EXPECT_EQ(rows_of({4, 5, 6}, {1, 5, 1}), (Counts{20, 4}));
+  EXPECT_EQ(rows_of({4, 5, 6}, {4, 1, 6}), (Counts{20, 4}));
 }
 
 TEST(Broadcast, OfShapesThatDoNotFit_ThrowsTheLibrarysError) {

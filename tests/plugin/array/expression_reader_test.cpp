@@ -533,6 +533,24 @@ TEST_F(Evaluations, OfAQuotation_BecomeATable) {
                    "SetString", "HashSetInt 3", "SetReal", "HashSetInt 4", "SetString", "FreeObj"}));
 }
 
+TEST_F(Evaluations, OfAQuotation_EvaluateTheArgumentsAndThenMakeTheTable) {
+  host.define("f", [&](HostValue*, int, HostValue* result) {
+    HVM_SetInt(ctx(), result, 7);
+    return 1;
+  });
+  const HostCodeSlot quotation = leads_to(code.quotation(code.call_slot("int", {code.call_slot("f")})));
+  EXPECT_EQ(operations_of([&] { EXPECT_EQ(evaluated(quotation), "value [\"int\", -1, \"\", 7]"); }),
+            (Words{"NewObject", "SetInt 7", "NewObject", "ForceTable 4", "HashSetInt 0", "SetString", "HashSetInt 1",
+                   "SetInt -1", "HashSetInt 2", "SetString", "HashSetInt 3", "SetInt 7", "FreeObj", "FreeObj"}));
+}
+
+TEST_F(Evaluations, OfAQuotationWhoseArgumentThrows_MakeNoTable) {
+  host.define("f", [](HostValue*, int, HostValue*) -> int { throw std::runtime_error("from the script"); });
+  const HostCodeSlot quotation = leads_to(code.quotation(code.call_slot("int", {code.call_slot("f")})));
+  EXPECT_EQ(operations_of([&] { EXPECT_THROW(evaluated(quotation), std::runtime_error); }),
+            (Words{"NewObject", "FreeObj"}));
+}
+
 TEST_F(Evaluations, OfAQuotationWithoutArguments_HaveThreeEntries) {
   EXPECT_EQ(evaluated(leads_to(code.quotation(code.call_slot("int")))), "value [\"int\", -1, \"\"]");
 }

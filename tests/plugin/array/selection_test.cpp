@@ -227,6 +227,29 @@ TEST_F(Selections, ByARange_MakeATableOfItsWidth) {
   EXPECT_EQ(std::count(words.begin(), words.end(), "ForceTable 2"), 1);
 }
 
+TEST_F(Selections, AtTheLastLevel_MakeATableForTheirMatches) {
+  // Three items in the table and two in the selector, so that the capacities differ.
+  Value inner = Value::table_of({Value(1), Value(2)}), selector = Value::table();
+  for (const char* key : {"k", "l", "m"}) put(inner, key, Value(3));
+  for (const char* key : {"p", "q"}) put(selector, key, Value(4));
+  ASSERT_EQ(hvm::table_of(inner.record())->item_count, 3);
+  ASSERT_EQ(hvm::table_of(selector.record())->item_count, 2);
+  host[t] = Value::table_of({inner});
+  host[5] = selector;
+  const std::pair<HostCodeSlot, std::string> rows[] = {{code.range(integer(1), integer(6)), "ForceTable 5"},
+                                                       {code.range(integer(6), integer(2)), "ForceTable -4"},
+                                                       {everything(), "ForceTable 3"},
+                                                       {variable(5), "ForceTable 2"}};
+  for (const auto& [last, expected] : rows)
+    for (const HostCodeSlot& first : {integer(0), everything()}) {
+      const auto words = operations_of([&, chosen = last] { selected({first, chosen}); });
+      std::string made;
+      for (const std::string& word : words)
+        if (word.rfind("ForceTable", 0) == 0) made = word;
+      EXPECT_EQ(made, expected);
+    }
+}
+
 TEST_F(Selections, ByARangeThatRunsBackwards_AreEmpty) {
   EXPECT_EQ(selected_from(matrix(), {code.range(integer(2), integer(0)), integer(0)}), "value []");
 }

@@ -1,5 +1,8 @@
 // object/arithmetic_test.cpp: the elements that operators give, against a plain formula and against the array library
 //
+// The module's own loops are as wide as the processor's registers. The copy of the operators in this program is of four
+// lanes, and is asked the same, so that every machine tests it.
+//
 // Every kind, operator and form is run over sizes from 0 to 300 and over random shapes. Results are compared bit for
 // bit. The one NaN that goes in is the processor's own, so that the bits of every NaN that comes out are known.
 
@@ -8,6 +11,7 @@
 #include <limits>
 #include <random>
 
+#include "object/operators.hpp"
 #include "plugin/object/operator_fixture.hpp"
 
 #include <xtensor/xmath.hpp>
@@ -212,6 +216,16 @@ class Arithmetic : public OperatorTest {
         << Kind::type_name << ' ' << static_cast<int>(opcode) << " of " << expected.elements.size();
   }
 
+  /// What this program's copy of the operators gives for `left op right`; it is `left` itself that `in_place` changes.
+  template <class Kind>
+  Value on_four_lanes(Opcode opcode, Value left, Value right, bool in_place) const {
+    Value result;
+    HostValue* into = in_place ? left.address() : result.address();
+    auto& array = *unbox_array<Kind>(hvm::object_of(left.record()));
+    EXPECT_TRUE(apply_operator(array, ctx(), left.address(), opcode, left.address(), right.address(), into));
+    return in_place ? left : result;
+  }
+
   /// Two arrays, into a new one and in place.
   template <class Kind, class Formula>
   void check(const Operand<typename Kind::element>& left, const Operand<typename Kind::element>& right) const {
@@ -220,6 +234,8 @@ class Arithmetic : public OperatorTest {
     Value array = boxed<Kind>(left);
     const Value other = boxed<Kind>(right);
     expect_same<R>(operate(Formula::opcode, array, other).result, expected, Formula::opcode);
+    expect_same<R>(on_four_lanes<Kind>(Formula::opcode, array, other, false), expected, Formula::opcode);
+    expect_same<R>(on_four_lanes<Kind>(Formula::opcode, boxed<Kind>(left), other, true), expected, Formula::opcode);
     expect_same<Kind>(array, left, Formula::opcode);
     change(Formula::opcode, array, other);
     expect_same<R>(array, expected, Formula::opcode);
@@ -234,6 +250,9 @@ class Arithmetic : public OperatorTest {
     Value array = boxed<Kind>(left);
     expect_same<R>(operate(Formula::opcode, array, Value(number)).result, expected, Formula::opcode);
     expect_same<R>(operate(Formula::opcode, Value(number), array).result, expected, Formula::opcode);
+    expect_same<R>(on_four_lanes<Kind>(Formula::opcode, array, Value(number), false), expected, Formula::opcode);
+    expect_same<R>(on_four_lanes<Kind>(Formula::opcode, boxed<Kind>(left), Value(number), true), expected,
+                   Formula::opcode);
     expect_same<Kind>(array, left, Formula::opcode);
     change(Formula::opcode, array, Value(number));
     expect_same<R>(array, expected, Formula::opcode);
@@ -416,6 +435,33 @@ TEST_F(Arithmetic, Reals_AreIeee) {
   }
   EXPECT_EQ(given(operate(Opcode::less_equal, doubles({-0.0, -infinity}), Value(0))), "[true,true]");
   EXPECT_EQ(given(operate(Opcode::less, doubles({-0.0, -infinity}), Value(0))), "[false,true]");
+}
+
+/// A NaN whose bits are its own.
+double nan_of(std::uint64_t bits) {
+  bits |= std::uint64_t{0x7ff8} << 48;
+  return load<double>(&bits);
+}
+
+TEST_F(Arithmetic, AQuotientOfNaNs_IsTheDividend_AtEveryPlace) {
+  const double first = nan_of(7), second = nan_of((std::uint64_t{1} << 63) | 9);
+  for (const auto& [left, right, expected] :
+       {std::array{first, second, first}, {second, first, second}, {first, 2.0, first}, {2.0, second, second}})
+    for (std::size_t size = 0; size <= 300; ++size) {
+      const Operand<double> dividends{{size}, std::vector<double>(size, left)};
+      const Operand<double> divisors{{size}, std::vector<double>(size, right)};
+      const Operand<double> quotients{{size}, std::vector<double>(size, expected)};
+      const Value array = boxed<XTDouble>(dividends);
+      for (const Value& by : {boxed<XTDouble>(divisors), boxed<XTDouble>({{1}, {right}}), Value(right)}) {
+        expect_same<XTDouble>(operate(Opcode::divide, array, by).result, quotients, Opcode::divide);
+        expect_same<XTDouble>(on_four_lanes<XTDouble>(Opcode::divide, array, by, false), quotients, Opcode::divide);
+        Value changed = boxed<XTDouble>(dividends);
+        change(Opcode::divide, changed, by);
+        expect_same<XTDouble>(changed, quotients, Opcode::divide);
+        expect_same<XTDouble>(on_four_lanes<XTDouble>(Opcode::divide, boxed<XTDouble>(dividends), by, true), quotients,
+                              Opcode::divide);
+      }
+    }
 }
 
 }  // namespace

@@ -244,19 +244,20 @@ TEST_F(Operators, TwoArrays_KeepTheirOrder) {
 
 /// Both operands the array's own, `self` on the right: no host can bring this about through the callback, which takes
 /// the left object when there is one.
+template <class Kind>
 struct RightHanded {
   Value left, right;
   Value* result = nullptr;
 
   bool operator()(HostContext ctx, Opcode opcode) {
-    auto& array = *unbox_array<XTInt>(hvm::object_of(right.record()));
+    auto& array = *unbox_array<Kind>(hvm::object_of(right.record()));
     return apply_operator(array, ctx, right.address(), opcode, left.address(), right.address(), result->address());
   }
 };
 
 TEST_F(Operators, TwoArrays_WithSelfOnTheRight_KeepTheirOrder) {
   Value result;
-  RightHanded apply_right{ints({9, 8}), ints({2, 4}), &result};
+  RightHanded<XTInt> apply_right{ints({9, 8}), ints({2, 4}), &result};
   const std::pair<Opcode, const char*> rows[] = {
       {Opcode::add, "[11,12]"},         {Opcode::subtract, "[7,4]"},           {Opcode::multiply, "[18,32]"},
       {Opcode::divide, "[4,2]"},        {Opcode::remainder, "[1,0]"},          {Opcode::less, "[false,false]"},
@@ -268,22 +269,48 @@ TEST_F(Operators, TwoArrays_WithSelfOnTheRight_KeepTheirOrder) {
 }
 
 TEST_F(Operators, Required_AddInPlace_OfTwoArraysTakesTheRightOneToo) {
-  RightHanded apply_right{ints({9, 8}), ints({2, 4})};
+  RightHanded<XTInt> apply_right{ints({9, 8}), ints({2, 4})};
   apply_right.result = &apply_right.right;
   EXPECT_TRUE(apply_right(ctx(), Opcode::add));
   EXPECT_EQ(dump(apply_right.right), "[11,12]");
   EXPECT_EQ(dump(apply_right.left), "[9,8]");
 }
 
-using OperatorsDeathTest = Operators;
 const auto terminated = ::testing::KilledBySignal(SIGABRT);
 
-TEST_F(OperatorsDeathTest, Required_InPlace_OfTwoArraysFromTheRight_EndsTheProcess) {
-  for (const Opcode opcode : {Opcode::subtract, Opcode::multiply, Opcode::divide, Opcode::remainder}) {
-    RightHanded apply_right{ints({9, 8}), ints({2, 4})};
-    apply_right.result = &apply_right.right;
-    EXPECT_EXIT(apply_right(ctx(), opcode), terminated, "");
+class OperatorsDeathTest : public Operators {
+ protected:
+  /// Every operator of the kind but the sum ends the process when it would change `right`.
+  template <class Kind>
+  void expect_end(const Value& left, const Value& right) const {
+    for (const Opcode opcode : {Opcode::subtract, Opcode::multiply, Opcode::divide, Opcode::remainder}) {
+      // There is no remainder of doubles.
+      if (opcode == Opcode::remainder && std::is_same_v<Kind, XTDouble>) continue;
+      RightHanded<Kind> apply_right{left, right};
+      apply_right.result = &apply_right.right;
+      EXPECT_EXIT(apply_right(ctx(), opcode), terminated, "") << Kind::type_name << ' ' << static_cast<int>(opcode);
+    }
   }
+};
+
+TEST_F(OperatorsDeathTest, Required_InPlace_OfTwoArraysFromTheRight_EndsTheProcess) {
+  expect_end<XTInt>(ints({9, 8}), ints({2, 4}));
+  expect_end<XTInt64>(int64s({9, 8}), int64s({2, 4}));
+  expect_end<XTDouble>(doubles({9, 8}), doubles({2, 4}));
+}
+
+TEST_F(OperatorsDeathTest, Required_InPlace_FromTheRight_EndsTheProcessBeforeShapesAreLookedAt) {
+  expect_end<XTInt>(ints({9, 8}), ints({2, 4, 6}));
+  expect_end<XTInt64>(int64s({9, 8}), int64s({2, 4, 6}));
+  expect_end<XTDouble>(doubles({9, 8}), doubles({2, 4, 6}));
+  expect_end<XTInt>(overdrawn(), ints({2, 4}));
+}
+
+TEST_F(Operators, AddInPlace_FromTheRight_OfShapesThatDoNotFit_Throws) {
+  RightHanded<XTInt> apply_right{ints({9, 8}), ints({2, 4, 6})};
+  apply_right.result = &apply_right.right;
+  EXPECT_THROW(apply_right(ctx(), Opcode::add), xt::broadcast_error);
+  EXPECT_EQ(dump(apply_right.right), "[2,4,6]");
 }
 
 TEST_F(OperatorsDeathTest, Required_InPlace_OfANumberFromTheRight_EndsTheProcess) {
