@@ -139,10 +139,11 @@ bool report(const char* name, const Set& set) {
   const Allowed allowed = allowed_errors(set);
   const double least_mean = digits_at(allowed.mean), least_deviation = digits_at(allowed.deviation);
   std::printf("%s %zu %.1f %.1f %.1f %.1f\n", name, set.numbers.size(), mean, least_mean, deviation, least_deviation);
-  return holds(found.mean == expected.mean, name, "the mean is not the one of the order") &
-         holds(found.deviation == expected.deviation, name, "the deviation is not the one of the order") &
-         holds(mean >= least_mean, name, "the mean has too few digits") &
-         holds(deviation >= least_deviation, name, "the deviation has too few digits");
+  bool all_hold = holds(found.mean == expected.mean, name, "the mean is not the one of the order");
+  all_hold &= holds(found.deviation == expected.deviation, name, "the deviation is not the one of the order");
+  all_hold &= holds(mean >= least_mean, name, "the mean has too few digits");
+  all_hold &= holds(deviation >= least_deviation, name, "the deviation has too few digits");
+  return all_hold;
 }
 
 }  // namespace

@@ -53,6 +53,16 @@ class FloatNameRegistered {
   static std::vector<double> elements(const Value& value);
 };
 
+/// The kinds of numbers, for tests of all of them.
+using AllKinds = ::testing::Types<XTDouble, XTFloat, XTInt, XTInt64>;
+using RealKinds = ::testing::Types<XTDouble, XTFloat>;
+struct KindNames {
+  template <class Kind>
+  static std::string GetName(int) {
+    return Kind::dtype;
+  }
+};
+
 /// An object of any kind, made by the host where it can be.
 template <class Kind>
 class Operand {

@@ -297,14 +297,7 @@ class Shuffles : public Random {
   }
 };
 
-using ShuffledKinds = ::testing::Types<XTDouble, XTFloat, XTInt, XTInt64>;
-struct KindNames {
-  template <class Kind>
-  static std::string GetName(int) {
-    return Kind::dtype;
-  }
-};
-TYPED_TEST_SUITE(Shuffles, ShuffledKinds, KindNames);
+TYPED_TEST_SUITE(Shuffles, AllKinds, KindNames);
 
 TYPED_TEST(Shuffles, OfOneDimension_AreTheLibrarys) {
   for (std::size_t length = 1; length <= 60; ++length) this->expect_both({length});

@@ -41,16 +41,6 @@ inline std::size_t size_of(const Extents& extents) {
   return size;
 }
 
-/// The kinds that are served, for tests of all of them.
-using AllKinds = ::testing::Types<XTDouble, XTFloat, XTInt, XTInt64>;
-using RealKinds = ::testing::Types<XTDouble, XTFloat>;
-struct KindNames {
-  template <class Kind>
-  static std::string GetName(int) {
-    return Kind::dtype;
-  }
-};
-
 class ReductionTest : public ModuleTest {
  protected:
   /// The number that a function gives, a double, std::int32_t or std::int64_t: by the one host operation that sets it.

@@ -21,6 +21,19 @@ class Whole : public ReductionTest {
   std::int64_t of_int64s(const char* name, const std::vector<std::int64_t>& x) const {
     return number_of<std::int64_t, XTInt64>(name, x);
   }
+
+  template <class Kind>
+  void expect_scans_of_last_extent_one() const {
+    using T = typename Kind::element;
+    using R = HostNumber<T>;
+    for (std::size_t count = 0; count <= 40; ++count)
+      for (const Extents& extents : {Extents{count, 1}, Extents{1, count, 1}, Extents{count, 1, 1}}) {
+        const auto x = random_elements<T>(count, static_cast<unsigned>(count));
+        EXPECT_TRUE(same((number_of<R, Kind>("xsum", extents, x)), expected_sum(extents, x))) << count;
+        EXPECT_TRUE(same((number_of<R, Kind>("xamin", extents, x)), R{expected_min(extents, x)})) << count;
+        EXPECT_TRUE(same((number_of<R, Kind>("xamax", extents, x)), R{expected_max(extents, x)})) << count;
+      }
+  }
 };
 
 TEST_F(Whole, OfSmallArrays) {
@@ -208,30 +221,11 @@ TEST_F(Whole, Required_LastExtentOne_ReadsTheFirstElementForTheTail) {
   EXPECT_EQ((number_of<double, XTDouble>("xsum", {1}, {7})), 7.0);
 }
 
-template <class Kind, class Check>
-void with_each_count_of_last_extent_one(Check check) {
-  using T = typename Kind::element;
-  for (std::size_t count = 0; count <= 40; ++count)
-    for (const Extents& extents : {Extents{count, 1}, Extents{1, count, 1}, Extents{count, 1, 1}}) {
-      std::vector<T> x = random_elements<T>(count, static_cast<unsigned>(count));
-      check(extents, x);
-    }
-}
-
 TEST_F(Whole, Required_LastExtentOne_OfEveryCountAndKind) {
-  const auto check = [this](auto kind) {
-    using Kind = decltype(kind);
-    using R = HostNumber<typename Kind::element>;
-    with_each_count_of_last_extent_one<Kind>([this](const Extents& extents, const auto& x) {
-      EXPECT_TRUE(same((number_of<R, Kind>("xsum", extents, x)), expected_sum(extents, x)));
-      EXPECT_TRUE(same((number_of<R, Kind>("xamin", extents, x)), R{expected_min(extents, x)}));
-      EXPECT_TRUE(same((number_of<R, Kind>("xamax", extents, x)), R{expected_max(extents, x)}));
-    });
-  };
-  check(XTDouble{});
-  check(XTFloat{});
-  check(XTInt{});
-  check(XTInt64{});
+  expect_scans_of_last_extent_one<XTDouble>();
+  expect_scans_of_last_extent_one<XTFloat>();
+  expect_scans_of_last_extent_one<XTInt>();
+  expect_scans_of_last_extent_one<XTInt64>();
 }
 
 }  // namespace
