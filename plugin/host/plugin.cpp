@@ -11,12 +11,7 @@ namespace arrayfold {
 
 namespace {
 
-Outcome pending_body(const Call&) { return Outcome::failed; }
-
-#define ROW_working(name, least) {#name, &entry<&name, least>},
-#define ROW_stub(name, least) {#name, &entry<&name, least>},
-#define ROW_pending(name, least) {#name, &entry<&pending_body, least>},
-#define FUNCTION(name, least, status) ROW_##status(name, least)
+#define FUNCTION(name, least, status) {#name, &entry<&name, least>},
 constexpr FunctionRow function_table[] = {
 #include "host/functions.def"
 };

@@ -71,22 +71,9 @@ TEST_F(FunctionTable, BelowTheLeastCount_AnswersZeroAndTouchesNothing) {
     }
 }
 
-enum Status { working, stub, pending };
-struct Listed {
-  const char* name;
-  Status status;
-};
-#define FUNCTION(name, least, status) {#name, status},
-constexpr Listed listed[] = {
-#include "host/functions.def"
-};
-#undef FUNCTION
-
-TEST_F(FunctionTable, WithTheLeastCount_EveryServedEntryLooksAtItsArguments) {
+TEST_F(FunctionTable, WithTheLeastCount_EveryEntryLooksAtItsArguments) {
   // A nil is neither a number nor an object nor code: whatever looks at its arguments refuses it.
-  ASSERT_EQ(std::size(listed), std::size(expected_rows));
-  for (std::size_t i = 0; i < std::size(listed); ++i) {
-    const Row& row = expected_rows[i];
+  for (const Row& row : expected_rows) {
     if (row.least == 0 || std::string(row.name) == "xrandint") continue;  // the two that look at nothing
     std::vector<Value> args(static_cast<std::size_t>(row.least), Value(0));
     args.back() = Value();
@@ -94,7 +81,7 @@ TEST_F(FunctionTable, WithTheLeastCount_EveryServedEntryLooksAtItsArguments) {
     EXPECT_EQ(answer.returned, 0) << row.name;
     EXPECT_TRUE(answer.untouched) << row.name;
     if (std::string(row.name) == "xarray") continue;  // which reads the tag of its first argument itself
-    EXPECT_EQ(answer.operations.empty(), listed[i].status == pending) << row.name;
+    EXPECT_FALSE(answer.operations.empty()) << row.name;
   }
 }
 
