@@ -36,6 +36,16 @@ hvm::Value normal_reals(const std::vector<std::size_t>& extents, unsigned seed) 
   return array_of<XTDouble>(extents, [&] { return normal(engine); });
 }
 
+hvm::Value dominant_square(std::size_t n) {
+  std::mt19937_64 engine(1);
+  std::normal_distribution<double> normal;
+  std::size_t next = 0;
+  return array_of<XTDouble>({n, n}, [&] {
+    const bool on_diagonal = next++ % (n + 1) == 0;
+    return normal(engine) + (on_diagonal ? 2.0 * static_cast<double>(n) : 0.0);
+  });
+}
+
 hvm::Value small_ints(const std::vector<std::size_t>& extents, unsigned seed) {
   return uniform_ints<XTInt>(extents, -999'999, 999'999, seed);
 }

@@ -11,7 +11,10 @@ namespace arrayfold::bench {
 
 /// Doubles of the normal distribution: full mantissas, both signs.
 hvm::Value normal_reals(const std::vector<std::size_t>& extents, unsigned seed = 1);
-/// Their magnitudes.
+/// Normal doubles in a square, 2n more on the diagonal: its inverse exists, and its lower triangle is that of a positive
+/// definite matrix.
+hvm::Value dominant_square(std::size_t n);
+/// Normal doubles' magnitudes.
 hvm::Value positive_reals(const std::vector<std::size_t>& extents);
 /// Doubles within a few thousandths of 1: the product of many is still a common number.
 hvm::Value reals_beside_one(const std::vector<std::size_t>& extents);

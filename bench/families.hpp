@@ -11,5 +11,6 @@ void add_calls();
 void add_operators();
 void add_elementwise();
 void add_reductions();
+void add_linear_algebra();
 
 }  // namespace arrayfold::bench

@@ -1,0 +1,53 @@
+// bench/linear_algebra.cpp: products of vectors and matrices, factors, inverses, solutions and numbers of a matrix
+//
+// n is the length of a vector and the side of a square.
+
+#include <string>
+
+#include "arrays.hpp"
+#include "families.hpp"
+#include "module.hpp"
+
+namespace arrayfold::bench {
+namespace {
+
+const std::vector<int> sides{4, 32, 256, 1024};
+const std::vector<int> small_sides{4, 32, 256};
+
+std::vector<std::size_t> length(int n) { return {static_cast<std::size_t>(n)}; }
+std::vector<std::size_t> square(int n) { return std::vector<std::size_t>(2, static_cast<std::size_t>(n)); }
+
+std::vector<Value> one_vector(int n) { return {normal_reals(length(n))}; }
+std::vector<Value> two_vectors(int n) { return {normal_reals(length(n), 1), normal_reals(length(n), 2)}; }
+std::vector<Value> two_matrices(int n) { return {normal_reals(square(n), 1), normal_reals(square(n), 2)}; }
+std::vector<Value> two_int_matrices(int n) { return {small_ints(square(n), 1), small_ints(square(n), 2)}; }
+std::vector<Value> ints_and_reals(int n) { return {small_ints(square(n), 1), normal_reals(square(n), 2)}; }
+std::vector<Value> matrix_and_vector(int n) { return {normal_reals(square(n), 1), normal_reals(length(n), 2)}; }
+std::vector<Value> matrix_and_small_one(int n) { return {normal_reals(square(n), 1), normal_reals(square(4), 2)}; }
+std::vector<Value> one_matrix(int n) { return {dominant_square(static_cast<std::size_t>(n))}; }
+std::vector<Value> system(int n) { return {dominant_square(static_cast<std::size_t>(n)), normal_reals(length(n), 2)}; }
+
+void add(const std::string& label, const std::string& function, const std::vector<int>& sizes,
+         const RecordsOf& arguments) {
+  add_call("linear_algebra/" + label, function, sizes, arguments);
+}
+
+}  // namespace
+
+void add_linear_algebra() {
+  add("dot_vectors", "xdot", four_sizes, two_vectors);
+  add("vdot", "xvdot", four_sizes, two_vectors);
+  add("norm_vector", "xnorm", four_sizes, one_vector);
+  add("dot_matrices", "xdot", sides, two_matrices);
+  add("dot_matrix_vector", "xdot", sides, matrix_and_vector);
+  add("dot_ints", "xdot", small_sides, two_int_matrices);
+  add("dot_mixed", "xdot", small_sides, ints_and_reals);
+  add("outer", "xouter", small_sides, two_vectors);
+  add("kron", "xkron", small_sides, matrix_and_small_one);
+  for (const std::string name :
+       {"cholesky", "qr", "svd", "eigh", "eigvalsh", "det", "slogdet", "matrix_rank", "inv", "pinv", "norm", "trace"})
+    add(name, "x" + name, sides, one_matrix);
+  for (const std::string name : {"solve", "lstsq"}) add(name, "x" + name, sides, system);
+}
+
+}  // namespace arrayfold::bench
