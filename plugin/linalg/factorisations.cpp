@@ -8,6 +8,14 @@
 namespace arrayfold {
 namespace {
 
+/// Sets what the routine has left of the operand to 0.
+template <class T>
+void clear_above_diagonal(ColumnMajor<T>& matrix) {
+  const std::size_t n = matrix.shape()[0];
+  T* column = matrix.storage().data();
+  for (std::size_t j = 0; j < n; ++j, column += n) std::fill_n(column, j, T{0});
+}
+
 /// The factors of a singular value decomposition: the left vectors by columns, the values, the right vectors by rows.
 struct SingularFactors {
   std::unique_ptr<ArrayOf<XTDouble>> left;
@@ -42,8 +50,10 @@ SingularFactors singular_factors(const XTArray<T, Kind>& array) {
 Outcome xcholesky(const Call& call) {
   return serve_first_reals(call, [&](const auto& array) {
     using Kind = typename std::decay_t<decltype(array)>::tag;
-    auto factor = stored<Kind>(xt::linalg::cholesky(square_by_columns(*array.array)));
-    give_array<Kind>(call.ctx, call.result, std::move(factor));
+    auto factor = square_by_columns(*array.array);
+    if (xt::lapack::potr(factor, 'L') > 0) throw std::runtime_error("Cholesky decomposition failed.");
+    clear_above_diagonal(factor);
+    give_array<Kind>(call.ctx, call.result, stored<Kind>(factor));
   });
 }
 

@@ -180,18 +180,23 @@ auto dot(const XTArray<A, AKind>& first, const xarray_of<B>& b) {
 
 // ---- xvdot and xouter walk the first dimension
 
-/// The first extent and the stride of that dimension. An array of no dimension has one element.
+/// The elements along the first dimension. An array of no dimension has one.
+template <class T>
 struct FirstDimension {
+  const T* elements;
   std::size_t extent = 1;
   std::size_t stride = 1;
+
+  const T& operator[](std::size_t i) const { return elements[i * stride]; }
 };
 
 template <class T>
-FirstDimension first_dimension(const xarray_of<T>& array) {
-  if (array.dimension() == 0) return {};
+FirstDimension<T> first_dimension(const xarray_of<T>& array) {
+  const T* const elements = array.storage().data();
+  if (array.dimension() == 0) return {elements};
   // A stride of 0 stands for an extent of 1.
   const auto stride = static_cast<std::size_t>(array.strides().front());
-  return {array.shape().front(), stride == 0 ? 1 : stride};
+  return {elements, array.shape().front(), stride == 0 ? 1 : stride};
 }
 
 /// Do `count` elements, a stride apart, lie within the array?
@@ -200,29 +205,28 @@ bool holds(const xarray_of<T>& array, std::size_t count, std::size_t stride) {
   return count == 0 || (count - 1) * stride < array.storage().size();
 }
 
+template <class A, class B, class R>
+void multiply_outer(const FirstDimension<A>& a, const FirstDimension<B>& b, R* out) {
+  if constexpr (for_routines<A, B>) {
+    cxxblas::ger<Count>(cxxblas::RowMajor, count_of(a.extent), count_of(b.extent), R{1}, a.elements, count_of(a.stride),
+                        b.elements, count_of(b.stride), out, count_of(b.extent));
+  } else {
+    for (std::size_t i = 0; i < a.extent; ++i, out += b.extent)
+      for (std::size_t j = 0; j < b.extent; ++j) out[j] += a[i] * b[j];
+  }
+}
+
 template <class A, class AKind, class B>
-auto outer(const XTArray<A, AKind>& first, const xarray_of<B>& b) {
+auto outer(const XTArray<A, AKind>& first, const xarray_of<B>& second) {
   using R = CommonType<A, B>;
-  const auto& a = *first.array;
-  check_extents(a);
-  check_extents(b);
-  const auto [rows, row_stride] = first_dimension(a);
-  const auto [columns, column_stride] = first_dimension(b);
-  const A* const left = a.storage().data();
-  const B* const right = b.storage().data();
-  return computed<AKind, R>({rows, columns}, [&, rows = rows, row_stride = row_stride, columns = columns,
-                                              column_stride = column_stride](R* out) {
-    std::fill_n(out, rows * columns, R{0});
+  check_extents(*first.array);
+  check_extents(second);
+  const auto a = first_dimension(*first.array);
+  const auto b = first_dimension(second);
+  return computed<AKind, R>({a.extent, b.extent}, [&](R* out) {
+    std::fill_n(out, a.extent * b.extent, R{0});
     // Without elements, in whatever dimension, there is nothing to add.
-    if (a.storage().empty() || b.storage().empty()) return;
-    if constexpr (for_routines<A, B>) {
-      cxxblas::ger<Count>(cxxblas::RowMajor, count_of(rows), count_of(columns), R{1}, left, count_of(row_stride), right,
-                          count_of(column_stride), out, count_of(columns));
-    } else {
-      for (std::size_t i = 0; i < rows; ++i)
-        for (std::size_t j = 0; j < columns; ++j)
-          out[i * columns + j] += left[i * row_stride] * right[j * column_stride];
-    }
+    if (!first.array->storage().empty() && !second.storage().empty()) multiply_outer(a, b, out);
   });
 }
 
@@ -282,12 +286,12 @@ Outcome xdot(const Call& call) {
 Outcome xvdot(const Call& call) {
   return give_product(call, [&](const auto& a, const auto& b) {
     using Kind = typename std::decay_t<decltype(a)>::tag;
-    const auto [count, stride] = first_dimension(*a.array);
-    const std::size_t other_stride = first_dimension(*b.array).stride;
-    // A second operand that ends before is refused.
-    if (!holds(*a.array, count, stride) || !holds(*b.array, count, other_stride)) return Outcome::failed;
-    const auto product =
-        inner_product(count, a.array->storage().data(), stride, b.array->storage().data(), other_stride);
+    const auto left = first_dimension(*a.array);
+    const auto right = first_dimension(*b.array);
+    // An operand that ends before is refused.
+    if (!holds(*a.array, left.extent, left.stride) || !holds(*b.array, left.extent, right.stride))
+      return Outcome::failed;
+    const auto product = inner_product(left.extent, left.elements, left.stride, right.elements, right.stride);
     using Stored = StoredKind<Kind>;
     give_array<Kind>(call.ctx, call.result, make_scalar<Stored>(converted<typename Stored::element>(product)));
     return Outcome::handled;

@@ -9,7 +9,7 @@
 
 #include "array/arguments.hpp"
 #include "array/runs.hpp"
-#include "linalg/matrix.hpp"
+#include "linalg/lu.hpp"
 #include "reduce/ordered_fold.hpp"
 
 namespace arrayfold {
@@ -34,6 +34,33 @@ T norm_of(const xarray_of<T>& array) {
   if (array.dimension() == 1) return xt::linalg::norm(array, 2);
   if (array.dimension() != 2) throw std::runtime_error("Norm not implemented!");
   return frobenius_norm(array);
+}
+
+/// The product of the diagonal, its sign turned for each exchange of rows. A singular matrix has a zero there.
+template <class T>
+T determinant(const LuFactors<T>& factors) {
+  T product = exchanges(factors) % 2 == 0 ? T{1} : T{-1};
+  for (std::size_t i = 0; i < factors.pivots.size(); ++i) product *= factors.matrix(i, i);
+  return product;
+}
+
+struct LogDeterminant {
+  double sign;
+  double logarithm;  // of the absolute value, added up in the element's type
+};
+
+/// Of a singular matrix the sign is 0 and the logarithm minus infinity.
+template <class T>
+LogDeterminant log_determinant(const LuFactors<T>& factors) {
+  if (factors.info != 0) return {0.0, -std::numeric_limits<double>::infinity()};
+  std::size_t turns = exchanges(factors);
+  T sum{0};
+  for (std::size_t i = 0; i < factors.pivots.size(); ++i) {
+    const T x = factors.matrix(i, i);
+    turns += x < 0;
+    sum += std::log(std::abs(x));
+  }
+  return {turns % 2 == 0 ? 1.0 : -1.0, sum};
 }
 
 /// The sums along the diagonal of the first two dimensions, in the element's type, for each place in the others.
@@ -72,7 +99,7 @@ Outcome xcond(const Call& call) {
   const auto array = numeric_argument(call, 0);
   if (!array) return Outcome::failed;
   serve_reals(*array, [](const auto& boxed) {
-    xt::linalg::inv(square_by_columns(*boxed.array));
+    inverse_by_columns(*boxed.array);
     throw std::runtime_error("Norm 0 not implemented!");
   });
   return Outcome::handled;
@@ -81,7 +108,7 @@ Outcome xcond(const Call& call) {
 Outcome xdet(const Call& call) {
   return serve_first_reals(call, [&](const auto& array) {
     using Kind = typename std::decay_t<decltype(array)>::tag;
-    give_scalar<Kind>(call, xt::linalg::det(square_by_columns(*array.array)));
+    give_scalar<Kind>(call, determinant(lu_factors(*array.array)));
   });
 }
 
@@ -99,10 +126,10 @@ Outcome xmatrix_rank(const Call& call) {
 
 Outcome xslogdet(const Call& call) {
   return serve_first_reals(call, [&](const auto& array) {
-    const auto [sign, logarithm] = xt::linalg::slogdet(square_by_columns(*array.array));
+    const auto [sign, logarithm] = log_determinant(lu_factors(*array.array));
     auto table = give_table(call);
-    table.add(static_cast<double>(sign));
-    table.add(static_cast<double>(logarithm));
+    table.add(sign);
+    table.add(logarithm);
   });
 }
 

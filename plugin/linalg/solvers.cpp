@@ -3,17 +3,10 @@
 #include <xtensor-blas/xlinalg.hpp>
 
 #include "array/arguments.hpp"
-#include "linalg/matrix.hpp"
+#include "linalg/lu.hpp"
 
 namespace arrayfold {
 namespace {
-
-template <class T, class Kind>
-auto inverse(const XTArray<T, Kind>& array) {
-  const auto matrix = square_by_columns(*array.array);
-  if (matrix.storage().empty()) return filled<Kind>(array.array->shape(), 0.0);
-  return stored<Kind>(xt::linalg::inv(matrix));
-}
 
 /// The pseudo-inverse: singular values up to 1e-15 of the largest count as zeros.
 template <class T, class Kind>
@@ -49,13 +42,15 @@ bool sides_hold(const xarray_of<T>& b, std::size_t rows) {
 /// The right-hand sides, each with its first numbers replaced by the solution.
 template <class T, class Kind>
 auto solution(const XTArray<T, Kind>& a, const XTArray<T, Kind>& b) {
-  const auto matrix = square_by_columns(*a.array);
+  auto matrix = square_by_columns(*a.array);
   const auto& sides = *b.array;
   check_extents(sides);
   const std::size_t rows = matrix.shape()[0];
   if (!sides_hold(sides, rows)) throw std::runtime_error("The solution could not be computed");
   if (rows == 0) return stored<Kind>(sides);
-  return stored<Kind>(xt::linalg::solve(matrix, sides_by_columns<T>(sides)));
+  auto solved = sides_by_columns<T>(sides);
+  if (xt::lapack::gesv(matrix, solved) != 0) throw std::runtime_error("The solution could not be computed");
+  return stored<Kind>(solved);
 }
 
 // ---- xlstsq
@@ -102,7 +97,7 @@ LeastSquares least_squares(const XTArray<T, Kind>& a, const xarray_of<Side>& b) 
 Outcome xinv(const Call& call) {
   return serve_first_reals(call, [&](const auto& array) {
     using Kind = typename std::decay_t<decltype(array)>::tag;
-    give_array<Kind>(call.ctx, call.result, inverse(array));
+    give_array<Kind>(call.ctx, call.result, stored<Kind>(inverse_by_columns(*array.array)));
   });
 }
 
