@@ -5,8 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <random>
-#include <type_traits>
 
 #include <xtensor/xrandom.hpp>
 
@@ -52,8 +52,9 @@ struct CirclePoints {
   }
 };
 
-/// The deviates of std::normal_distribution: its polar method gives two for each point, the one from y first. A block
-/// of points is drawn before roots and logarithms are taken, so that these do not wait for each other.
+/// The deviates of std::normal_distribution as GNU's library computes them: its polar method gives two for each point,
+/// the one from y first. A block of points is drawn before roots and logarithms are taken, so that these do not wait
+/// for each other.
 void fill_normal(double* first, std::size_t count) {
   CirclePoints points;
   while (count > 0) {
@@ -106,7 +107,9 @@ Outcome xshuffle(const Call& call) {
     const std::size_t rows = rows_of(*array.array);
     const std::size_t length = rows == 0 ? 0 : elements.size() / rows;
     const auto row = [&](std::size_t n) { return elements.data() + n * length; };
-    shuffle_rows(rows, [&](std::size_t i, std::size_t j) { std::swap_ranges(row(i), row(i) + length, row(j)); });
+    shuffle_rows(rows, [&](std::size_t i, std::size_t j) {
+      if (i != j) std::swap_ranges(row(i), row(i) + length, row(j));
+    });
     give(call, 0);
   });
   return Outcome::handled;

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <type_traits>
 
+#include "array/arithmetic.hpp"
 #include "array/extremes.hpp"
 #include "array/runs.hpp"
 #include "reduce/ordered_fold.hpp"
@@ -54,7 +55,7 @@ R scan_blocks(const xarray_of<T>& array, R start, FoldWhole fold_whole, Fold fol
 /// The sum of the elements, in the type R.
 template <class R, class T>
 R block_sum(const xarray_of<T>& array) {
-  const auto add = [](auto a, auto b) { return a + b; };
+  const Sum add;
   const auto add_whole = [add](const T* elements, std::size_t count, R sum) {
     // Integers wrap, in whatever order.
     if constexpr (std::is_integral_v<T>)
@@ -68,7 +69,7 @@ R block_sum(const xarray_of<T>& array) {
 // ---- Extremes
 
 /// The extreme of whole blocks of reals. The order matters only where a chunk holds NaN, or where its extreme is a
-/// zero, which may have either sign: such a chunk is folded in order.
+/// zero, which may have either sign: such a chunk is folded in order, unless there was a zero before.
 template <class T, class Choose>
 T real_extreme(const T* elements, std::size_t count, T accumulated, Choose choose) {
   constexpr std::size_t chunk = 64 * block_length<T>;

@@ -34,7 +34,8 @@ struct MiddleRanks {
 };
 constexpr MiddleRanks middle_ranks(std::size_t count) { return {(count - 1) / 2, count / 2}; }
 
-/// Partitions at the higher rank first, then what is left of it at the lower one.
+/// Partitions at the higher rank first, then what is left of it at the lower one. NaN has no rank; GNU's library stays
+/// within the elements wherever it stands.
 template <class T>
 Middle<T> partition_middle(T* elements, std::size_t count, const MiddleRanks& ranks) {
   std::nth_element(elements, elements + ranks.high, elements + count);
@@ -158,7 +159,7 @@ std::optional<Middle<T>> middle_in_bracket(const T* elements, std::size_t count)
   middle.high = at(ranks.high);
   middle.low = ranks.low == ranks.high ? middle.high : at(ranks.low);
   if constexpr (std::is_floating_point_v<T>)
-    if ((middle.low == 0 || middle.high == 0) && has_negative_zero(elements, count)) return std::nullopt;
+    if (middle.low == 0 && middle.high == 0 && has_negative_zero(elements, count)) return std::nullopt;
   return middle;
 }
 

@@ -5,6 +5,7 @@
 
 #pragma once
 
+#include "array/arithmetic.hpp"
 #include "reduce/ordered_fold.hpp"
 
 namespace arrayfold {
@@ -12,8 +13,7 @@ namespace arrayfold {
 /// The sum in the element's own type, where integers wrap, divided by the count in 64-bit reals.
 template <class T>
 double mean_of(const xarray_of<T>& array) {
-  const auto add = [](T sum, T x) { return sum + x; };
-  const T sum = ordered_fold(array, T{0}, add, add);
+  const T sum = ordered_fold(array, T{0}, Sum{}, Sum{});
   return static_cast<double>(sum) / static_cast<double>(array.storage().size());
 }
 
@@ -25,8 +25,7 @@ double variance_of(const xarray_of<T>& array) {
     const double distance = static_cast<double>(x) - mean;
     return sum + distance * distance;
   };
-  const auto add = [](double sum, double run) { return sum + run; };
-  return ordered_fold(array, 0.0, add_square, add) / static_cast<double>(array.storage().size());
+  return ordered_fold(array, 0.0, add_square, Sum{}) / static_cast<double>(array.storage().size());
 }
 
 }  // namespace arrayfold

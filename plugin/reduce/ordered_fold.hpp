@@ -102,12 +102,15 @@ R ordered_fold(const xarray_of<T>& array, R start, Step step, Merge merge) {
   const auto& elements = array.storage();
   if (elements.empty()) return start;
   check_extents(array);
-  const Shape& extents = array.shape();
-  if (std::is_integral_v<R>) return fold_freely(elements.data(), elements.size(), start, step, merge);
-  if (extents.size() < 2) return fold_run(elements.data(), elements.size(), start, step);
-  RunMerger<R, Merge> merger(extents, merge);
-  merge_runs<8>(elements.data(), elements.size(), extents.back(), start, step, merger);
-  return merger.whole();
+  if constexpr (std::is_integral_v<R>) {
+    return fold_freely(elements.data(), elements.size(), start, step, merge);
+  } else {
+    const Shape& extents = array.shape();
+    if (extents.size() < 2) return fold_run(elements.data(), elements.size(), start, step);
+    RunMerger<R, Merge> merger(extents, merge);
+    merge_runs<8>(elements.data(), elements.size(), extents.back(), start, step, merger);
+    return merger.whole();
+  }
 }
 
 }  // namespace arrayfold

@@ -21,8 +21,7 @@ T sum_of(const xarray_of<T>& array) {
 
 template <class T>
 T product_of(const xarray_of<T>& array) {
-  const auto multiply = [](T product, T x) { return product * x; };
-  return ordered_fold(array, T{1}, multiply, multiply);
+  return ordered_fold(array, T{1}, Product{}, Product{});
 }
 
 template <class T>
