@@ -8,9 +8,9 @@
 #include <xtensor-blas/xlinalg.hpp>
 
 #include "array/arguments.hpp"
+#include "array/ordered_fold.hpp"
 #include "array/runs.hpp"
 #include "linalg/lu.hpp"
-#include "reduce/ordered_fold.hpp"
 
 namespace arrayfold {
 namespace {

@@ -11,8 +11,8 @@
 
 #include "array/arithmetic.hpp"
 #include "array/extremes.hpp"
+#include "array/ordered_fold.hpp"
 #include "array/runs.hpp"
-#include "reduce/ordered_fold.hpp"
 
 namespace arrayfold {
 

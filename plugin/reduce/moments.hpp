@@ -6,7 +6,7 @@
 #pragma once
 
 #include "array/arithmetic.hpp"
-#include "reduce/ordered_fold.hpp"
+#include "array/ordered_fold.hpp"
 
 namespace arrayfold {
 

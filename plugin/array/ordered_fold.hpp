@@ -1,4 +1,4 @@
-// reduce/ordered_fold.hpp: folds in the order of the array library's reducers
+// array/ordered_fold.hpp: folds in the order of the array library's reducers
 //
 // The library walks the dimensions in row-major order: each run along the last one is folded from the start value on,
 // strictly from left to right, and the outer dimensions merge the runs, each from its first on: runs into planes,
