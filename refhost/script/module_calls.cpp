@@ -92,6 +92,14 @@ class IndexList {
   std::vector<HostIndexEntry> elsewhere_;
 };
 
+/// What a function was given, which it may not take.
+std::string given(const std::vector<Value>& arguments) {
+  if (arguments.empty()) return "without arguments";
+  std::vector<std::string> kinds;
+  for (const Value& argument : arguments) kinds.push_back(kind_in_words(argument));
+  return fmt::format("with {}", fmt::join(kinds, ", "));
+}
+
 }  // namespace
 
 Value call_function(const ModuleCaller& caller, const std::string& name, arrayfold::EntryFunction function,
@@ -100,7 +108,7 @@ Value call_function(const ModuleCaller& caller, const std::string& name, arrayfo
   const int answer = contained(caller, name, [&] {
     return function(caller.ctx, records_of(arguments), static_cast<int>(arguments.size()), result.address());
   });
-  if (answer == 0) throw Failure(fmt::format("{}: the call failed", name));
+  if (answer == 0) throw Failure(fmt::format("{}: the call failed {}", name, given(arguments)));
   return result;
 }
 

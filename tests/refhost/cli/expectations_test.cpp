@@ -59,9 +59,10 @@ TEST(Expectations, ThatAreNotMet_FailWithExpectedAndGot) {
   expect_failed("print(\"nothing\") # expect ~1: 5", "a.hvm:1: expected 5; got nothing");
   expect_failed("print(1) # expect error: failed", "a.hvm:1: expected error: failed; there was none");
   expect_failed("toy_fail() # expect error: other",
-                "a.hvm:1: expected error: other; got error: toy_fail: the call failed");
-  expect_failed("print(1) # expect: 1\ntoy_fail()\nprint(2) # expect: 2",
-                "a.hvm:2: error: toy_fail: the call failed\na.hvm:3: expected 2; nothing was printed");
+                "a.hvm:1: expected error: other; got error: toy_fail: the call failed without arguments");
+  expect_failed(
+      "print(1) # expect: 1\ntoy_fail()\nprint(2) # expect: 2",
+      "a.hvm:2: error: toy_fail: the call failed without arguments\na.hvm:3: expected 2; nothing was printed");
   expect_failed("assert(0)", "a.hvm:1: error: assertion failed");
   expect_failed("x = * 2", "a.hvm:1: error: an expression expected, but here is '*'");
   expect_failed(

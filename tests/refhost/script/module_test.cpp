@@ -10,7 +10,9 @@ namespace {
 TEST(ModuleCalls, PassContiguousArgumentsAndStartWithNil) {
   expect_outputs({{"print(toy_count(), toy_count(1, 2.5, \"x\", []))", "0 4"},
                   {"print(toy_second(1, [2, \"k\": 3]), type(toy_nothing()))", "[2, \"k\": 3] nil"},
-                  {"toy_fail()", "!toy_fail: the call failed"}});
+                  {"toy_fail()", "!toy_fail: the call failed without arguments"},
+                  {"toy_fail(1, \"x\", [2], 2.5, toy_int(2))",
+                   "!toy_fail: the call failed with an int, a string, a table, a real, $xintarray"}});
 }
 
 TEST(ModuleCalls, Exceptions_BecomeScriptErrors) {
