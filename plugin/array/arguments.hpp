@@ -1,14 +1,23 @@
-// array/arguments.hpp: numeric arrays among the arguments of a call
+// array/arguments.hpp: arrays among the arguments of a call
 
 #pragma once
 
 #include <optional>
 #include <type_traits>
 
-#include "array/boxing.hpp"
+#include "array/kind_frames.hpp"
 #include "host/entry.hpp"
 
 namespace arrayfold {
+
+/// Visits the array in the first argument as the first of the kinds, in their order, that it is. Anything but an object
+/// is a failure; an object of another kind (bool, foreign) counts as handled and gives nothing.
+template <class Kinds, class Visit>
+Outcome visit_first(Kinds kinds_in_order, const Call& call, Visit visit) {
+  if (!is_object(call, 0)) return Outcome::failed;
+  visit_kind(kinds_in_order, object(call, 0), visit);
+  return Outcome::handled;
+}
 
 /// The numeric array in argument `n`; nothing when it is no object or another one.
 inline std::optional<ArrayRef> numeric_argument(const Call& call, int n) {

@@ -10,7 +10,7 @@
 
 #include <xtensor/xrandom.hpp>
 
-#include "array/kind_frames.hpp"
+#include "array/arguments.hpp"
 #include "create/filled.hpp"
 
 namespace arrayfold {
@@ -101,8 +101,7 @@ Outcome xrandint(const Call&) { return Outcome::handled; }
 Outcome xchoice(const Call&) { return Outcome::handled; }
 
 Outcome xshuffle(const Call& call) {
-  if (!is_object(call, 0)) return Outcome::failed;
-  visit_kind(real_first{}, object(call, 0), [&](auto& array) {
+  return visit_first(real_first{}, call, [&](auto& array) {
     auto& elements = array.array->storage();
     const std::size_t rows = rows_of(*array.array);
     const std::size_t length = rows == 0 ? 0 : elements.size() / rows;
@@ -112,18 +111,15 @@ Outcome xshuffle(const Call& call) {
     });
     give(call, 0);
   });
-  return Outcome::handled;
 }
 
 // required: the script gets 0 and no permuted array, and its own array stays as it was. What remains of the permutation
 // of a copy is that the engine has moved on, so that no copy is made.
 Outcome xpermutation(const Call& call) {
-  if (!is_object(call, 0)) return Outcome::failed;
-  visit_kind(real_first{}, object(call, 0), [&](const auto& array) {
+  return visit_first(real_first{}, call, [&](const auto& array) {
     shuffle_rows(rows_of(*array.array), [](std::size_t, std::size_t) {});
     give(call, 0);
   });
-  return Outcome::handled;
 }
 
 }  // namespace arrayfold

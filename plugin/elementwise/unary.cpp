@@ -9,10 +9,9 @@
 #include <cmath>
 #include <limits>
 
-#include "array/kind_frames.hpp"
+#include "array/arguments.hpp"
 #include "array/storage.hpp"
 #include "elementwise/vector_math.hpp"
-#include "host/entry.hpp"
 
 namespace arrayfold {
 namespace {
@@ -32,10 +31,8 @@ void give_mapped(const Call& call, const xarray_of<T>& operand, Map map) {
 /// Maps an operand of one of the kinds to doubles.
 template <class Kinds, class Map>
 Outcome map_kinds(Kinds kinds_in_order, const Call& call, Map map) {
-  if (!is_object(call, 0)) return Outcome::failed;
-  visit_kind(kinds_in_order, object(call, 0),
-             [&](const auto& array) { give_mapped<XTDouble, XTDouble>(call, *array.array, map); });
-  return Outcome::handled;
+  return visit_first(kinds_in_order, call,
+                     [&](const auto& array) { give_mapped<XTDouble, XTDouble>(call, *array.array, map); });
 }
 
 template <class Map>
@@ -155,23 +152,19 @@ constexpr auto is_finite = [](auto x) { return std::isfinite(x); };
 
 // required: the result is of the operand's kind, under the float name for floats.
 Outcome xabs(const Call& call) {
-  if (!is_object(call, 0)) return Outcome::failed;
-  visit_kind(real_first{}, object(call, 0), [&](const auto& array) {
+  return visit_first(real_first{}, call, [&](const auto& array) {
     using Kind = typename std::decay_t<decltype(array)>::tag;
     using Stored = std::conditional_t<std::is_same_v<Kind, XTFloat>, XTDouble, Kind>;
     give_mapped<Kind, Stored>(call, *array.array, in_its_kind(magnitude));
   });
-  return Outcome::handled;
 }
 
 // required: integers are not served, and floats give a result under the float name.
 Outcome xsign(const Call& call) {
-  if (!is_object(call, 0)) return Outcome::failed;
-  visit_kind(kinds<XTDouble, XTFloat>{}, object(call, 0), [&](const auto& array) {
+  return visit_first(kinds<XTDouble, XTFloat>{}, call, [&](const auto& array) {
     using Kind = typename std::decay_t<decltype(array)>::tag;
     give_mapped<Kind, XTDouble>(call, *array.array, in_its_kind(signum));
   });
-  return Outcome::handled;
 }
 
 Outcome xrad2deg(const Call& call) { return map_unary(call, in_reals(degrees)); }

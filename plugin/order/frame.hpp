@@ -5,20 +5,11 @@
 #include <algorithm>
 #include <memory>
 
-#include "array/kind_frames.hpp"
+#include "array/arguments.hpp"
 #include "array/runs.hpp"
 #include "array/storage.hpp"
-#include "host/entry.hpp"
 
 namespace arrayfold {
-
-/// Visits the array in the first argument. A bool array or a foreign object counts as handled and gives nothing.
-template <class Visit>
-Outcome visit_first_array(const Call& call, Visit visit) {
-  if (!is_object(call, 0)) return Outcome::failed;
-  visit_kind(real_first{}, object(call, 0), visit);
-  return Outcome::handled;
-}
 
 /// A new array of the kind and the elements of `array`, each run along the last dimension changed by
 /// `arrange(first, length)`. Throws std::bad_alloc when the extents claim other elements than there are.

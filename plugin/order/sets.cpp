@@ -51,7 +51,7 @@ std::unique_ptr<XTArray<T, Kind>> differences(const XTArray<T, Kind>& array) {
 /// front is never beaten, and beats nothing elsewhere.
 template <class Choose>
 Outcome give_position(const Call& call, Choose choose) {
-  return visit_first_array(call, [&](const auto& array) {
+  return visit_first(real_first{}, call, [&](const auto& array) {
     const auto& elements = array.array->storage();
     std::size_t position = 0;
     if (!elements.empty()) {
@@ -68,14 +68,14 @@ Outcome give_position(const Call& call, Choose choose) {
 }  // namespace
 
 Outcome xunique(const Call& call) {
-  return visit_first_array(call, [&](const auto& array) {
+  return visit_first(real_first{}, call, [&](const auto& array) {
     using Kind = typename std::decay_t<decltype(array)>::tag;
     give_array<Kind>(call.ctx, call.result, distinct(array));
   });
 }
 
 Outcome xdiff(const Call& call) {
-  return visit_first_array(call, [&](const auto& array) {
+  return visit_first(real_first{}, call, [&](const auto& array) {
     using Kind = typename std::decay_t<decltype(array)>::tag;
     give_array<Kind>(call.ctx, call.result, differences(array));
   });

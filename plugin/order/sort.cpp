@@ -25,20 +25,17 @@ std::size_t read_rank(const Call& call, const Array&) {
 /// hands the new array to `give_partitioned`. A rank at the end of a run or beyond it leaves the run as it is.
 template <class Give>
 Outcome partition_runs(const Call& call, Give give_partitioned) {
-  if (!is_object(call, 0)) return Outcome::failed;
-  Outcome outcome = Outcome::handled;
-  visit_kind(real_first{}, object(call, 0), [&](const auto& array) {
+  bool is_object_still = true;
+  const Outcome outcome = visit_first(real_first{}, call, [&](const auto& array) {
     const std::size_t rank = read_rank(call, array);
     // required: the first argument is checked once more.
-    if (!is_object(call, 0)) {
-      outcome = Outcome::failed;
-      return;
-    }
+    is_object_still = is_object(call, 0);
+    if (!is_object_still) return;
     give_partitioned(arranged(array, [rank](auto* run, std::size_t length) {
       if (rank < length) std::nth_element(run, run + rank, run + length);
     }));
   });
-  return outcome;
+  return is_object_still ? outcome : Outcome::failed;
 }
 
 std::int32_t as_int(double x) { return truncated<std::int32_t>(x); }
@@ -47,7 +44,7 @@ std::int32_t as_int(std::int64_t x) { return static_cast<std::int32_t>(x); }
 }  // namespace
 
 Outcome xsort(const Call& call) {
-  return visit_first_array(call, [&](const auto& array) {
+  return visit_first(real_first{}, call, [&](const auto& array) {
     using Kind = typename std::decay_t<decltype(array)>::tag;
     give_array<Kind>(call.ctx, call.result,
                      arranged(array, [](auto* run, std::size_t length) { sort_run(run, length); }));
@@ -55,7 +52,7 @@ Outcome xsort(const Call& call) {
 }
 
 Outcome xargsort(const Call& call) {
-  return visit_first_array(call, [&](const auto& array) {
+  return visit_first(real_first{}, call, [&](const auto& array) {
     check_extents(*array.array);
     const auto& elements = array.array->storage();
     auto made = make_array<XTInt>(array.array->shape());

@@ -2,8 +2,7 @@
 
 #pragma once
 
-#include "array/kind_frames.hpp"
-#include "host/entry.hpp"
+#include "array/arguments.hpp"
 
 namespace arrayfold {
 
@@ -11,9 +10,7 @@ namespace arrayfold {
 /// 32-bit real is widened. A bool array or a foreign object counts as handled and gives nothing.
 template <class Reduce>
 Outcome reduce_to_number(const Call& call, Reduce reduce) {
-  if (!is_object(call, 0)) return Outcome::failed;
-  visit_kind(real_first{}, object(call, 0), [&](const auto& array) { give(call, reduce(*array.array)); });
-  return Outcome::handled;
+  return visit_first(real_first{}, call, [&](const auto& array) { give(call, reduce(*array.array)); });
 }
 
 }  // namespace arrayfold
