@@ -1,0 +1,453 @@
+// linalg/frame_test.cpp: what the twenty-two functions ask of the host, what they accept, and how their results come
+
+#include <cstring>
+#include <sstream>
+
+#include "algebra.hpp"
+
+namespace arrayfold::test {
+namespace {
+
+/// How a result comes.
+enum class Form { array, scalar, arrays, numbers, nothing };
+
+/// What becomes of integers, in whatever position.
+enum class Integers { taken, refused };
+
+struct Function {
+  const char* name;
+  std::size_t operands;
+  Integers integers;
+  Form form;
+  int values = 0;  // of a table
+};
+
+constexpr Function functions[] = {{"xdot", 2, Integers::taken, Form::array},
+                                  {"xvdot", 2, Integers::taken, Form::scalar},
+                                  {"xouter", 2, Integers::taken, Form::array},
+                                  {"xkron", 2, Integers::taken, Form::array},
+                                  {"xcholesky", 1, Integers::refused, Form::array},
+                                  {"xqr", 1, Integers::refused, Form::arrays, 2},
+                                  {"xsvd", 1, Integers::refused, Form::arrays, 3},
+                                  {"xeig", 1, Integers::refused, Form::arrays, 0},
+                                  {"xeigvals", 1, Integers::refused, Form::nothing},
+                                  {"xeigh", 1, Integers::refused, Form::arrays, 2},
+                                  {"xeigvalsh", 1, Integers::refused, Form::array},
+                                  {"xnorm", 1, Integers::refused, Form::scalar},
+                                  {"xdet", 1, Integers::refused, Form::scalar},
+                                  {"xmatrix_rank", 1, Integers::refused, Form::scalar},
+                                  {"xslogdet", 1, Integers::refused, Form::numbers, 2},
+                                  {"xtrace", 1, Integers::taken, Form::scalar},
+                                  {"xinv", 1, Integers::refused, Form::array},
+                                  {"xpinv", 1, Integers::refused, Form::array},
+                                  {"xsolve", 2, Integers::refused, Form::array},
+                                  {"xlstsq", 2, Integers::refused, Form::arrays, 4}};
+
+/// Both have no regular result: the stub, and the function that always throws.
+constexpr const char* without_result[] = {"xmatrix_power", "xcond"};
+
+bool gives_object(const Function& function) { return function.form == Form::array || function.form == Form::scalar; }
+bool gives_table(const Function& function) { return function.form == Form::arrays || function.form == Form::numbers; }
+
+Words looked_at(std::size_t operands) {
+  if (operands == 1) return {"AnyCheck 0", "GetAny 0"};
+  return {"AnyCheck 0", "AnyCheck 1", "GetAny 0", "GetAny 1"};
+}
+
+Words operations_of(const Function& function) {
+  Words words = looked_at(function.operands);
+  const auto add = [&](const Words& more) { words.insert(words.end(), more.begin(), more.end()); };
+  if (gives_object(function)) add({"NewAny", "SetTypeAny result"});
+  if (gives_table(function)) add({"ForceTable result"});
+  for (int n = 0; n < function.values; ++n)
+    add(function.form == Form::arrays ? Words{"HashSetInt", "NewAny", "SetTypeAny"} : Words{"HashSetInt", "SetReal"});
+  return words;
+}
+
+class Frame : public AlgebraTest {
+ protected:
+  /// A positive definite matrix suits all functions.
+  template <class Kind>
+  Value matrix() {
+    return made<Kind>({2, 2}, {2, 1, 1, 3});
+  }
+  template <class Kind>
+  std::vector<Value> operands(std::size_t count) {
+    return std::vector<Value>(count, matrix<Kind>());
+  }
+
+  /// The name of every array in the result is that of the kind, and their number is the function's.
+  void expect_form(const Function& function, const Answer& answer, const char* type_name) {
+    EXPECT_EQ(answer.returned, 1) << function.name;
+    EXPECT_EQ(answer.operations, operations_of(function)) << function.name;
+    switch (function.form) {
+      case Form::array:
+      case Form::scalar:
+        EXPECT_EQ(type_of(answer.result), type_name) << function.name;
+        break;
+      case Form::arrays:
+      case Form::numbers: {
+        const auto values = values_of(answer.result);
+        EXPECT_EQ(values.size(), static_cast<std::size_t>(function.values)) << function.name;
+        for (const Value& value : values) {
+          EXPECT_EQ(type_of(value), function.form == Form::arrays ? type_name : "") << function.name;
+          EXPECT_TRUE(function.form == Form::arrays || value.tag() == Value(1.5).tag()) << function.name;
+        }
+        break;
+      }
+      case Form::nothing:
+        EXPECT_TRUE(answer.untouched) << function.name;
+    }
+  }
+
+  template <class Visit>
+  void for_all_names(Visit visit) {
+    for (const Function& function : functions) visit(function.name, function.operands);
+    for (const char* name : without_result) visit(name, std::size_t{1});
+  }
+
+  /// With each of the values in each position, the others being matrices: refused, once it was looked at.
+  void expect_refused_without_fetching(const Value& value, const std::string& what) {
+    for_all_names([&](const char* name, std::size_t count) {
+      for (std::size_t position = 0; position < count; ++position) {
+        auto args = operands<XTDouble>(count);
+        args[position] = value;
+        const Answer answer = call(name, args);
+        expect_nothing(answer, 0, name + (" of " + what));
+        EXPECT_EQ(answer.operations, position == 0 ? Words{"AnyCheck 0"} : (Words{"AnyCheck 0", "AnyCheck 1"})) << name;
+      }
+    });
+  }
+
+  /// The same with an object that is no numeric array: refused, once both are fetched. The stub takes any object.
+  void expect_refused_after_fetching(const Value& value, const std::string& what) {
+    for_all_names([&](const char* name, std::size_t count) {
+      for (std::size_t position = 0; position < count; ++position) {
+        auto args = operands<XTDouble>(count);
+        args[position] = value;
+        const Answer answer = call(name, args);
+        expect_nothing(answer, std::strcmp(name, "xmatrix_power") == 0 ? 1 : 0, name + (" of " + what));
+        EXPECT_EQ(answer.operations, looked_at(count)) << name;
+      }
+    });
+  }
+};
+
+// ---- Kinds
+
+TEST_F(Frame, EachFunctionOfDoubles_AsksTheHostInItsOrder) {
+  for (const Function& function : functions)
+    expect_form(function, call(function.name, operands<XTDouble>(function.operands)), "$xdoublearray");
+}
+
+TEST_F(Frame, Required_FloatOperands_GiveDoublesUnderTheFloatName) {
+  for (const Function& function : functions)
+    expect_form(function, call(function.name, operands<XTFloat>(function.operands)), "$xfloatarray");
+}
+
+TEST_F(Frame, IntegersAreTakenByProductsAndTheTraceAlone) {
+  for (const Function& function : functions) {
+    const Answer ints = call(function.name, operands<XTInt>(function.operands));
+    const Answer longs = call(function.name, operands<XTInt64>(function.operands));
+    if (function.integers == Integers::taken) {
+      expect_form(function, ints, "$xintarray");
+      expect_form(function, longs, "$xint64array");
+      continue;
+    }
+    for (const Answer& answer : {ints, longs}) {
+      expect_nothing(answer, 0, function.name);
+      EXPECT_EQ(answer.operations, looked_at(function.operands)) << function.name;
+    }
+  }
+}
+
+TEST_F(Frame, Required_IntegersCountAsHandledByXcond) {
+  for (const Value& integers : {matrix<XTInt>(), matrix<XTInt64>()}) {
+    const Answer answer = call("xcond", {integers});
+    expect_nothing(answer, 1, "xcond");
+    EXPECT_EQ(answer.operations, looked_at(1));
+  }
+}
+
+TEST_F(Frame, IntegersInAnyShape_AreRefusedByKindAlone) {
+  const Extents shapes[] = {{}, {0}, {3}, {2, 3}, {0, 0}, {2, 2, 2}};
+  for (const Extents& extents : shapes) {
+    const Value ints = made<XTInt>(extents, std::vector<std::int32_t>(size_of(extents), 1));
+    for (const Function& function : functions) {
+      if (function.integers == Integers::taken) continue;
+      EXPECT_EQ(ending(function.name, std::vector<Value>(function.operands, ints)), "0") << function.name;
+      if (function.operands < 2) continue;
+      EXPECT_EQ(ending(function.name, {ints, matrix<XTDouble>()}), "0") << function.name;
+      EXPECT_EQ(ending(function.name, {matrix<XTDouble>(), ints}), "0") << function.name;
+    }
+    EXPECT_EQ(ending("xcond", {ints}), "1");
+  }
+}
+
+TEST_F(Frame, EveryPairOfKinds_OfTheSolvers) {
+  const Value kinds[] = {matrix<XTInt>(), matrix<XTInt64>(), matrix<XTFloat>(), matrix<XTDouble>()};
+  const char* names[] = {"$xintarray", "$xint64array", "$xfloatarray", "$xdoublearray"};
+  for (std::size_t i = 0; i < 4; ++i)
+    for (std::size_t j = 0; j < 4; ++j) {
+      const Answer solved = call("xsolve", {kinds[i], kinds[j]});
+      const Answer least = call("xlstsq", {kinds[i], kinds[j]});
+      EXPECT_EQ(solved.operations, i >= 2 && i == j ? operations_of(functions[18]) : looked_at(2)) << i << j;
+      EXPECT_EQ(least.operations, i >= 2 && j >= 2 ? operations_of(functions[19]) : looked_at(2)) << i << j;
+      if (i >= 2 && i == j)
+        expect_form(functions[18], solved, names[i]);
+      else
+        expect_nothing(solved, 0, "xsolve");
+      if (i >= 2 && j >= 2)
+        expect_form(functions[19], least, names[i]);
+      else
+        expect_nothing(least, 0, "xlstsq");
+    }
+}
+
+TEST_F(Frame, Required_FloatAndDouble_AreNoPairForXsolve) {
+  expect_nothing(call("xsolve", {matrix<XTFloat>(), matrix<XTDouble>()}), 0, "float, double");
+  expect_nothing(call("xsolve", {matrix<XTDouble>(), matrix<XTFloat>()}), 0, "double, float");
+  // Kinds come before shapes.
+  EXPECT_EQ(ending("xsolve", {ones({2, 3}), made<XTFloat>({2}, {1, 2})}), "0");
+  EXPECT_EQ(ending("xsolve", {ones({2, 3}), made<XTInt>({2}, {1, 2})}), "0");
+  EXPECT_EQ(ending("xlstsq", {ones({2, 3}), made<XTInt>({2, 1, 1}, {1, 2})}), "0");
+}
+
+// ---- Tables
+
+TEST_F(Frame, Required_EveryTable_IsForcedForFourAndFilledFromZeroOn) {
+  for (const Function& function : functions) {
+    if (!gives_table(function)) continue;
+    call(function.name, operands<XTDouble>(function.operands));
+    int next_key = 0, forced = 0;
+    for (const auto& recorded : hvm::recorded_calls()) {
+      if (std::strcmp(recorded.operation, "HVM_ForceTable") == 0) {
+        ++forced;
+        EXPECT_EQ(recorded.number, 4) << function.name;
+      }
+      if (std::strcmp(recorded.operation, "HVM_HashSetInt") == 0) {
+        EXPECT_EQ(recorded.number, next_key++) << function.name;
+      }
+    }
+    EXPECT_EQ(forced, 1) << function.name;
+    EXPECT_EQ(next_key, function.values) << function.name;
+  }
+}
+
+TEST_F(Frame, ATableThatWasThere_KeepsNothing) {
+  for (const Function& function : functions) {
+    if (!gives_table(function)) continue;
+    auto args = operands<XTDouble>(function.operands);
+    Value result = Value::table_of({Value(1), Value(2), Value(3), Value(4), Value(5), Value(6)});
+    const Value before = result;
+    EXPECT_EQ(Module::loaded().entry(function.name)(ctx(), hvm::records_of(args), static_cast<int>(args.size()),
+                                                    result.address()),
+              1);
+    EXPECT_EQ(values_of(result).size(), static_cast<std::size_t>(function.values)) << function.name;
+    EXPECT_EQ(values_of(before).size(), 6u) << function.name;
+  }
+}
+
+TEST_F(Frame, Required_TheTableIsForcedOnlyAfterTheOperationSucceeded) {
+  const Value bad = doubles({3, 3}, Reals(9, not_a_number)), wide = ones({2, 3}), row = ones({3});
+  const auto expect_no_table = [&](const char* name, const std::vector<Value>& args) {
+    EXPECT_ANY_THROW(call(name, args)) << name;  // `call` looks at the result record
+    for (const auto& recorded : hvm::recorded_calls()) EXPECT_STRNE(recorded.operation, "HVM_ForceTable") << name;
+  };
+  expect_no_table("xeig", {bad});
+  expect_no_table("xeig", {wide});
+  expect_no_table("xeigh", {wide});
+  expect_no_table("xslogdet", {wide});
+  expect_no_table("xqr", {row});
+  expect_no_table("xsvd", {row});
+  expect_no_table("xlstsq", {row, row});
+  expect_no_table("xlstsq", {wide, row});
+  expect_no_table("xlstsq", {wide, ones({2, 1, 1})});
+}
+
+TEST_F(Frame, WithoutATableOfTheHost_MemoryIsOut) {
+  for (const Function& function : functions) {
+    if (!gives_table(function)) continue;
+    auto args = operands<XTDouble>(function.operands);
+    Value result;
+    hvm::fail_allocation(1);
+    EXPECT_THROW(Module::loaded().entry(function.name)(ctx(), hvm::records_of(args), static_cast<int>(args.size()),
+                                                       result.address()),
+                 std::bad_alloc)
+        << function.name;
+    hvm::fail_allocation(0);
+  }
+}
+
+TEST_F(Frame, WithoutObjectsOfTheHost_ResultsAreNil) {
+  for (const Function& function : functions) {
+    const auto args = operands<XTDouble>(function.operands);
+    hvm::refuse_new_objects(true);
+    const Answer answer = call(function.name, args);
+    hvm::refuse_new_objects(false);
+    EXPECT_EQ(answer.returned, 1) << function.name;
+    EXPECT_EQ(answer.operations, operations_of(function)) << function.name;
+    EXPECT_EQ(answer.result.is_nil(), gives_object(function)) << function.name;
+    if (function.form != Form::arrays) continue;
+    for (const Value& value : values_of(answer.result)) EXPECT_TRUE(value.is_nil()) << function.name;
+  }
+}
+
+class WithoutFloatName : public ModuleTest {};
+
+TEST_F(WithoutFloatName, Required_ResultsOfFloats_TellTheHostOfNull) {
+  FloatObject floats({2, 2}, {2, 1, 1, 3});
+  for (const Function& function : functions) {
+    const Answer answer = call(function.name, std::vector<Value>(function.operands, floats.value()));
+    EXPECT_EQ(answer.returned, 1) << function.name;
+    EXPECT_EQ(answer.operations, operations_of(function)) << function.name;
+    EXPECT_EQ(answer.result.is_nil(), gives_object(function)) << function.name;
+  }
+}
+
+// ---- Refusals
+
+TEST_F(Frame, WithTooFewArguments_AreDeclined) {
+  for_all_names([&](const char* name, std::size_t count) {
+    for (int nargs = -1; nargs < static_cast<int>(count); ++nargs) {
+      const Answer answer = call_with_count(name, operands<XTDouble>(2), nargs);
+      expect_nothing(answer, 0, name);
+      EXPECT_EQ(answer.operations, Words{}) << name << nargs;
+    }
+  });
+}
+
+TEST_F(Frame, ValuesOfEveryOtherTag_AreDeclinedInEveryPosition) {
+  for (int tag = 0; tag < 256; ++tag)
+    if (tag != static_cast<int>(ValueTag::object))
+      expect_refused_without_fetching(raw(static_cast<ValueTag>(tag)), "tag " + std::to_string(tag));
+}
+
+TEST_F(Frame, NumbersStringsAndTables_AreDeclinedInEveryPosition) {
+  for (const Value& value : {Value(3), Value(2.5), Value(std::int64_t{3}), Value("text"), Value(u"text"),
+                             Value::table_of({Value(1), Value(2)}), Value()})
+    expect_refused_without_fetching(value, "a value");
+}
+
+TEST_F(Frame, Bools_AreDeclinedInEveryPosition) {
+  for (const Extents& extents : {Extents{2, 2}, Extents{0}, Extents{}, Extents{3}})
+    expect_refused_after_fetching(array_of<XTBool>(ctx(), extents, std::vector<bool>(size_of(extents), true)), "bools");
+}
+
+TEST_F(Frame, ForeignObjects_AreDeclinedInEveryPosition) {
+  for (const char* type_name : {"$foreign", "", "$xdoublearra", "$xdoublearrays", "$XDOUBLEARRAY"}) {
+    ForeignObject foreign(type_name);
+    expect_refused_after_fetching(foreign.value(), type_name);
+  }
+  ForeignObject nameless(nullptr);
+  expect_refused_after_fetching(nameless.value(), "no name");
+}
+
+TEST_F(Frame, ObjectsThatTheHostMadeAlone_AreDeclinedInEveryPosition) {
+  for (const char* type_name : {"$xdoublearray", "$xintarray", "$xint64array", "$xboolarray"})
+    expect_refused_after_fetching(Value::object(ctx(), type_name), type_name);
+}
+
+TEST_F(Frame, TheSecondOperand_IsFetchedButNotLookedAtWhenTheFirstIsNone) {
+  HostAny without_manager{};
+  hold(without_manager);
+  const Value bools = array_of<XTBool>(ctx(), {2}, {true, false});
+  for (const Function& function : functions) {
+    if (function.operands < 2) continue;
+    const Answer answer = call(function.name, {bools, Value::object(&without_manager)});
+    expect_nothing(answer, 0, function.name);
+    EXPECT_EQ(answer.operations, looked_at(2)) << function.name;
+  }
+}
+
+using FrameDeathTest = Frame;
+
+TEST_F(FrameDeathTest, Required_ArraysWithoutAContainer_AreReadThroughNull) {
+  ::testing::FLAGS_gtest_death_test_style = "fast";
+  const Value hollow = call("xarange", {Value(1), Value(2), Value(3), Value(4)}).result;
+  ASSERT_EQ(type_of(hollow), "$xdoublearray");
+  for (const Function& function : functions)
+    EXPECT_DEATH(call(function.name, std::vector<Value>(function.operands, hollow)), "") << function.name;
+  expect_nothing(call("xmatrix_power", {hollow}), 1, "xmatrix_power");
+}
+
+// ---- The stub
+
+TEST_F(Frame, Required_XmatrixPowerOfAnyObject_IsHandledWithoutAResult) {
+  ForeignObject foreign;
+  for (const Value& object : {matrix<XTDouble>(), matrix<XTFloat>(), matrix<XTInt>(), ones({2, 3}), foreign.value(),
+                              array_of<XTBool>(ctx(), {2}, {true, false}), Value::object(ctx(), "$xintarray")})
+    for (const std::vector<Value>& args : {std::vector<Value>{object}, {object, Value(3)}, {object, Value("x")}}) {
+      const Answer answer = call("xmatrix_power", args);
+      expect_nothing(answer, 1, "xmatrix_power");
+      EXPECT_EQ(answer.operations, looked_at(1));
+    }
+}
+
+// ---- What calls leave alone
+
+/// The text of a result of doubles: an array, a number, or a table of these.
+std::string text(const Value& result) {
+  std::ostringstream out;
+  if (result.is_table()) {
+    const HostHash* hash = hvm::table_of(result.record());
+    for (int key = 0; key < hvm::entry_count(hash); ++key) out << text(Value::sharing(*hvm::find(hash, key))) << ' ';
+  } else if (result.is_object()) {
+    out << type_of(result) << contents_of<XTDouble>(result);
+  } else {
+    out << hvm::printed(result.record());
+  }
+  return out.str();
+}
+
+TEST_F(Frame, FurtherArguments_AreNotReadAndNotChecked) {
+  for (const Function& function : functions) {
+    const Answer alone = call(function.name, operands<XTDouble>(function.operands));
+    for (const Value& further : {Value(0), Value(-1), Value("complete"), Value(), raw(static_cast<ValueTag>(77)),
+                                 matrix<XTDouble>(), matrix<XTInt>()}) {
+      auto args = operands<XTDouble>(function.operands);
+      args.insert(args.end(), {further, Value(2), further});
+      const Answer answer = call(function.name, args);
+      EXPECT_EQ(answer.returned, 1) << function.name;
+      EXPECT_EQ(answer.operations, alone.operations) << function.name;
+      EXPECT_EQ(text(answer.result), text(alone.result)) << function.name;
+    }
+  }
+  EXPECT_EQ(ending("xcond", {matrix<XTDouble>(), Value(2)}), "runtime_error: Norm 0 not implemented!");
+}
+
+TEST_F(Frame, Operands_StayAsTheyWere) {
+  const Reals elements = {2, 1, 1, 3};
+  const auto expect_kept = [&](const char* name, std::size_t count) {
+    const auto args = operands<XTDouble>(count);
+    const auto* container = container_of<XTDouble>(args[0]);
+    const std::uint32_t references = hvm::references(hvm::object_of(args[0].record()));
+    try {
+      call(name, args);
+    } catch (const std::runtime_error&) {
+      EXPECT_STREQ(name, "xcond");
+    }
+    EXPECT_EQ(container_of<XTDouble>(args[0]), container) << name;
+    EXPECT_EQ(contents_of<XTDouble>(args[0]), (Contents<double>{{2, 2}, elements})) << name;
+    EXPECT_EQ(hvm::references(hvm::object_of(args[0].record())), references) << name;
+  };
+  for_all_names(expect_kept);
+}
+
+TEST_F(Frame, IntoAnOperandsOwnRecord_TheResultReplacesTheArray) {
+  for (const Function& function : functions) {
+    if (function.form == Form::nothing) continue;
+    const std::string expected = text(call(function.name, operands<XTDouble>(function.operands)).result);
+    for (std::size_t position = 0; position < function.operands; ++position) {
+      std::vector<Value> args;
+      for (std::size_t n = 0; n < function.operands; ++n) args.push_back(matrix<XTDouble>());
+      EXPECT_EQ(Module::loaded().entry(function.name)(ctx(), hvm::records_of(args), static_cast<int>(args.size()),
+                                                      args[position].address()),
+                1);
+      EXPECT_EQ(text(args[position]), expected) << function.name;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace arrayfold::test

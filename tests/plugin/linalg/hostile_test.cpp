@@ -1,0 +1,222 @@
+// linalg/hostile_test.cpp: operands of every shape and value: each call comes back soon, regularly or with known words,
+// and nothing is written to standard output
+
+#include <unistd.h>
+
+#include <chrono>
+
+#include "algebra.hpp"
+#include "support/captured_output.hpp"
+
+namespace arrayfold::test {
+namespace {
+
+constexpr const char* all_functions[] = {"xdot",  "xvdot", "xouter", "xkron",        "xmatrix_power", "xcholesky",
+                                         "xqr",   "xsvd",  "xeig",   "xeigvals",     "xeigh",         "xeigvalsh",
+                                         "xnorm", "xcond", "xdet",   "xmatrix_rank", "xslogdet",      "xtrace",
+                                         "xinv",  "xpinv", "xsolve", "xlstsq"};
+constexpr const char* of_two[] = {"xdot", "xvdot", "xouter", "xkron", "xsolve", "xlstsq"};
+
+constexpr const char* known_endings[] = {
+    "0",
+    "1",
+    shape_words,
+    square_words,
+    unsolved_words,
+    "runtime_error: Dot: shape mismatch.",
+    "runtime_error: Cholesky decomposition failed.",
+    "runtime_error: SVD decomposition failed.",
+    "runtime_error: Eigenvalue calculation did not converge.",
+    "runtime_error: Failed to compute eigenvalue 4.",
+    "runtime_error: Eigenvalue computation did not converge.",
+    "runtime_error: Norm 0 not implemented!",
+    "runtime_error: Norm not implemented!",
+    "runtime_error: Singular matrix not invertible (getrf).",
+    "runtime_error: Expected 1- or 2D expression for A.",
+    "runtime_error: Shape of 'b' for lstsq does not match.",
+};
+
+class Hostile : public AlgebraTest {
+ protected:
+  enum class MayEnd { as_known, without_memory };
+
+  ~Hostile() override {
+    alarm(0);
+    EXPECT_EQ(output_.text(), "") << "something was written to standard output";
+    EXPECT_LT(longest_, 5.0) << "seconds for " << slowest_;
+    EXPECT_GT(calls_, 0);
+  }
+
+  /// One call. One that does not come back ends the process by its alarm.
+  std::string tried(const char* name, const std::vector<Value>& args, MayEnd may_end = MayEnd::as_known) {
+    using Clock = std::chrono::steady_clock;
+    alarm(30);
+    const auto before = Clock::now();
+    const std::string how = ending(name, args);
+    const double seconds = std::chrono::duration<double>(Clock::now() - before).count();
+    if (seconds > longest_) longest_ = seconds, slowest_ = name;
+    ++calls_;
+    const bool known = std::find(std::begin(known_endings), std::end(known_endings), how) != std::end(known_endings);
+    EXPECT_TRUE(known || (may_end == MayEnd::without_memory && how == "bad_alloc")) << name << " ends with " << how;
+    return how;
+  }
+
+  void try_alone(const Value& operand) {
+    for (const char* name : all_functions) tried(name, {operand, operand});
+  }
+
+ private:
+  CapturedOutput output_;
+  double longest_ = 0;
+  const char* slowest_ = "";
+  int calls_ = 0;
+};
+
+TEST(CapturedOutputs, HoldWhatIsWrittenThroughAndBelowTheBuffers) {
+  CapturedOutput output;
+  std::printf("above, ");
+  std::fflush(stdout);
+  EXPECT_EQ(write(1, "below", 5), 5);
+  EXPECT_EQ(output.text(), "above, below");
+}
+
+/// Shapes of rank 0 to 9 with small extents, 0 and 1 among them in every place.
+std::vector<Extents> shapes() {
+  std::vector<Extents> made = {{}, {0}, {1}, {2}, {3}, {7}};
+  for (const std::size_t rows : {0u, 1u, 2u, 3u})
+    for (const std::size_t columns : {0u, 1u, 2u, 3u}) made.push_back({rows, columns});
+  for (std::size_t rank = 3; rank <= 9; ++rank) {
+    made.push_back(Extents(rank, 1));
+    made.push_back(Extents(rank, 2));
+    for (const std::size_t place : {std::size_t{0}, rank - 2, rank - 1}) {
+      Extents extents(rank, 2);
+      extents[place] = 0;
+      made.push_back(extents);
+      extents[place] = 1;
+      made.push_back(extents);
+      extents[place] = 3;
+      made.push_back(extents);
+    }
+  }
+  return made;
+}
+
+TEST_F(Hostile, EveryShapeAlone_OfEveryKind) {
+  for (const Extents& extents : shapes()) {
+    const std::size_t size = size_of(extents);
+    const Reals numbers = random_reals(size, 1);
+    try_alone(doubles(extents, numbers));
+    try_alone(made_of<XTFloat>(extents, numbers));
+    try_alone(made<XTInt>(extents, std::vector<std::int32_t>(size, 3)));
+    try_alone(made<XTInt64>(extents, std::vector<std::int64_t>(size, -3)));
+  }
+}
+
+TEST_F(Hostile, EveryPairOfShapes) {
+  for (const Extents& left : shapes())
+    for (const Extents& right : shapes()) {
+      // Two arrays of 2^9 elements are enough for any product.
+      const Value a = doubles(left, random_reals(size_of(left), 1)),
+                  b = doubles(right, random_reals(size_of(right), 2));
+      for (const char* name : of_two) tried(name, {a, b});
+    }
+}
+
+TEST_F(Hostile, EveryPairOfShapes_OfFloatsAndIntegers) {
+  for (const Extents& left : shapes())
+    for (const Extents& right : shapes()) {
+      if (left.size() > 4 || right.size() > 4) continue;
+      const Reals numbers = random_reals(size_of(left), 1), others = random_reals(size_of(right), 2);
+      const Value a = made_of<XTFloat>(left, numbers), b = made_of<XTFloat>(right, others);
+      const Value whole = made<XTInt>(right, std::vector<std::int32_t>(others.size(), 2));
+      for (const char* name : of_two) {
+        tried(name, {a, b});
+        tried(name, {a, whole});
+        tried(name, {whole, a});
+      }
+    }
+}
+
+/// Matrices that routines do not love.
+std::vector<Reals> bad_matrices(std::size_t n) {
+  const Reals random = random_reals(n * n, 3);
+  std::vector<Reals> made = {Reals(n * n, 0), Reals(n * n, 1), Reals(n * n, not_a_number), Reals(n * n, infinity),
+                             Reals(n * n, -infinity)};
+  for (const double value : {not_a_number, infinity, -infinity, 1e300, -1e300, 1e-300, 5e-324, 0.0})
+    for (const std::size_t place : {std::size_t{0}, n * n / 2, n * n - 1}) {
+      made.push_back(random);
+      made.back()[place] = value;
+      made.push_back(identity(n));
+      made.back()[place] = value;
+    }
+  for (const double scale : {1e300, 1e-300, 1e-310, 5e-324, 1e155, 1e-155}) {
+    made.push_back(random);
+    for (double& x : made.back()) x *= scale;
+  }
+  Reals mixed = random, half = random, nilpotent(n * n);
+  for (std::size_t i = 0; i < n * n; ++i) mixed[i] *= i % 2 == 0 ? 1e300 : 1e-300;
+  for (std::size_t i = 0; i < n * n; i += 2) half[i] = i % 4 == 0 ? infinity : not_a_number;
+  for (std::size_t i = 0; i + 1 < n; ++i) nilpotent[i * n + i + 1] = 1;
+  made.insert(made.end(), {mixed, half, nilpotent});
+  return made;
+}
+
+TEST_F(Hostile, BadMatrices) {
+  for (const std::size_t n : {1u, 2u, 3u, 4u, 10u, 33u})
+    for (const Reals& elements : bad_matrices(n)) {
+      const Value matrix = doubles({n, n}, elements);
+      try_alone(matrix);
+      try_alone(made_of<XTFloat>({n, n}, elements));
+      const Value good = doubles({n, n}, positive_definite(n, 4)), row = doubles({n}, Reals(n, 1));
+      for (const char* name : of_two)
+        for (const Value& other : {good, row}) {
+          tried(name, {matrix, other});
+          tried(name, {other, matrix});
+        }
+    }
+}
+
+TEST_F(Hostile, BadMatricesThatAreNotSquare) {
+  for (const auto& [rows, columns] : {std::pair<std::size_t, std::size_t>{3, 5}, {5, 3}, {1, 6}, {6, 1}, {40, 7}}) {
+    const std::size_t size = rows * columns, n = std::max(rows, columns);
+    for (Reals elements : bad_matrices(n)) {
+      elements.resize(size);
+      const Value matrix = doubles({rows, columns}, elements);
+      for (const char* name : of_any_matrix) tried(name, {matrix});
+      tried("xnorm", {matrix});
+      tried("xlstsq", {matrix, ones({rows})});
+      tried("xlstsq", {doubles({rows, columns}, random_reals(size, 5)), matrix});
+      tried("xlstsq", {made_of<XTFloat>({rows, columns}, elements), matrix});
+    }
+  }
+}
+
+TEST_F(Hostile, LargeMatricesOfInfinitiesAndNaN) {
+  const std::size_t n = 150;
+  for (const double bad : {infinity, not_a_number})
+    for (const bool throughout : {false, true}) {
+      Reals elements = throughout ? Reals(n * n, bad) : positive_definite(n, 6);
+      elements[n] = bad;
+      const Value matrix = doubles({n, n}, elements), floats = made_of<XTFloat>({n, n}, elements);
+      for (const char* name : all_functions) {
+        if (std::string(name) == "xkron") continue;  // of two such: four gigabytes
+        tried(name, {matrix, matrix});
+        tried(name, {floats, floats});
+      }
+    }
+}
+
+TEST_F(Hostile, ExtentsBeyondTheStorage) {
+  int out_of_memory = 0;
+  const std::pair<int, int> claims[] = {{-2, -3}, {-1, -6}, {-6, -1}};
+  for (const auto& [first, second] : claims) {
+    const Value claimed = claiming(first, second), row = ones({2});
+    for (const char* name : all_functions)
+      for (const std::vector<Value>& args : {std::vector<Value>{claimed, claimed}, {claimed, row}, {row, claimed}})
+        out_of_memory += tried(name, args, MayEnd::without_memory) == "bad_alloc";
+  }
+  EXPECT_GT(out_of_memory, 30);
+}
+
+}  // namespace
+}  // namespace arrayfold::test
