@@ -8,6 +8,8 @@ import subprocess
 
 import numpy
 
+import picture
+
 NOISE = 0.1  # what a time may go beyond its bound before it counts
 
 
@@ -90,12 +92,14 @@ def machine_name(facts):
 
 
 def save(directory, facts, rows):
-    """Writes <machine>.md for people and <machine>.json for plots; gives the path of the first."""
+    """Writes <machine>.md and .svg for people, and .json with every round; gives the path of the first."""
     os.makedirs(directory, exist_ok=True)
     path = os.path.join(directory, machine_name(facts))
     with open(path + ".json", "w") as out:
         json.dump({"machine": facts, "rows": rows}, out, indent=1)
         out.write("\n")
+    with open(path + ".svg", "w") as out:
+        out.write(picture.picture(facts, rows))
     with open(path + ".md", "w") as out:
         out.write("# Ours and NumPy's, one thread\n\n")
         out.writelines(f"- {what}: {value}\n" for what, value in facts.items())
