@@ -5,20 +5,13 @@
 // It ends with 1 when a result is not bit for bit what the promised order of operations gives, or has fewer digits than
 // the error analysis of that order allows.
 
-#include <algorithm>
-#include <cmath>
-#include <cstdio>
 #include <fstream>
 #include <limits>
-#include <stdexcept>
 
-#include "support/code_builder.hpp"
-#include "support/module_test.hpp"
+#include "certified.hpp"
 
 namespace arrayfold::accuracy {
 namespace {
-
-using test::Value;
 
 constexpr const char* sets[] = {"lew",     "lottery", "mavro",   "michelson", "pidigits",
                                 "numacc1", "numacc2", "numacc3", "numacc4"};
@@ -30,9 +23,6 @@ struct Set {
   double deviation = 0;  // by n - 1
   std::vector<double> numbers;
 };
-
-/// The number behind the last colon of a comment.
-double certified(const std::string& line) { return std::stod(line.substr(line.rfind(':') + 1)); }
 
 /// Reads a file. Throws std::runtime_error when it is no set.
 Set read_set(const std::string& path) {
@@ -57,20 +47,8 @@ struct Moments {
   double deviation;  // by n, as xstddev divides
 };
 
-Value called(const char* name, std::vector<Value> arguments) {
-  static hvm::Context context;
-  Value result;
-  const int nargs = static_cast<int>(arguments.size());
-  HostValue* const records = hvm::records_of(arguments);
-  if (test::Module::loaded().entry(name)(context.handle(), records, nargs, result.address()) == 0)
-    throw std::runtime_error(std::string(name) + " declined");
-  return result;
-}
-
 Moments by_module(const std::vector<double>& numbers) {
-  test::CodeBuilder code;
-  const Value table = Value::table_of({numbers.begin(), numbers.end()});
-  const Value array = called("xarray", {code.quoted_call("double"), table});
+  const Value array = doubles(Value::table_of({numbers.begin(), numbers.end()}));
   return {HVM_AsDouble(called("xmean", {array}).address()), HVM_AsDouble(called("xstddev", {array}).address())};
 }
 
@@ -86,13 +64,6 @@ Moments in_order(const std::vector<double>& numbers) {
 }
 
 // ---- Digits
-
-constexpr double most_digits = 15;  // of the certified values
-
-/// Correct decimal digits of a value with this relative error.
-double digits_at(double relative_error) { return std::clamp(-std::log10(relative_error), 0.0, most_digits); }
-
-double digits_of(double value, double exact) { return digits_at(std::abs(value - exact) / std::abs(exact)); }
 
 /// Half a unit in the last of the certified digits, as a share of the value.
 double certified_error(double exact) {
@@ -124,11 +95,6 @@ Allowed allowed_errors(const Set& set) {
 }
 
 // ---- The report
-
-bool holds(bool condition, const char* set, const char* what) {
-  if (!condition) std::fprintf(stderr, "%s: %s\n", set, what);
-  return condition;
-}
 
 /// Prints the line of a set. False when a result is not what it has to be.
 bool report(const char* name, const Set& set) {

@@ -1,0 +1,61 @@
+#!/usr/bin/python3
+# accuracy/regression.py: the digits of linear regression, ours and NumPy's, into docs/accuracy.md
+
+import argparse
+import os
+import subprocess
+
+import numpy as np
+
+MOST_DIGITS = 15  # of the certified values
+BEGIN, END = "<!-- regression -->\n", "<!-- end of regression -->"
+
+
+def read_set(path):
+    """The certified coefficients, the left sides and the design."""
+    with open(path) as lines:
+        line = next(line for line in lines if line.startswith("# certified coefficients"))
+    numbers = np.loadtxt(path)
+    return np.array(line.rpartition(":")[2].split(), dtype=float), numbers[:, 0], numbers[:, 1:]
+
+
+def digits(values, exact):
+    """Correct decimal digits of the worst coefficient, as regression.cpp counts them."""
+    error = np.max(np.abs(values - exact) / np.abs(exact))
+    return MOST_DIGITS if error == 0 else min(max(-np.log10(error), 0), MOST_DIGITS)
+
+
+def table(lines, folder):
+    yield ("| Set | Rows | Columns | Condition | `xlstsq`: digits | NumPy's `lstsq` | `xqr`, `xsolve`: digits "
+           "| NumPy's `qr`, `solve` | Residual deviation: digits |")
+    yield "| --- | ---: | ---: | ---: | ---: | ---: | ---: | ---: | ---: |"
+    for line in lines:
+        name, rows, columns, least, factors, deviation = line.split()
+        exact, sides, design = read_set(os.path.join(folder, name + ".dat"))
+        # -1: singular values count down to the machine's precision, as in xlstsq.
+        peer, _, _, values = np.linalg.lstsq(design, sides, rcond=-1)
+        q, r = np.linalg.qr(design)
+        by_factors = np.linalg.solve(r, q.T @ sides)
+        yield (f"| `{name}` | {rows} | {columns} | {values[0] / values[-1]:.0e} | {least} | {digits(peer, exact):.1f} "
+               f"| {factors} | {digits(by_factors, exact):.1f} | {deviation} |")
+
+
+def main():
+    parser = argparse.ArgumentParser(description="Writes the table of digits into a page.")
+    parser.add_argument("program", help="the regression program")
+    parser.add_argument("data", help="the folder of the sets")
+    parser.add_argument("page", help="the page whose table is replaced")
+    chosen = parser.parse_args()
+    run = subprocess.run([chosen.program, chosen.data], stdout=subprocess.PIPE, text=True, check=True)
+    with open(chosen.page) as page:
+        head, begin, rest = page.read().partition(BEGIN)
+    _, end, tail = rest.partition(END)
+    if not begin or not end:
+        parser.error(f"{chosen.page} has no place for a table")
+    rows = "\n".join(table(run.stdout.splitlines(), chosen.data))
+    with open(chosen.page, "w") as page:
+        page.write(f"{head}{begin}{rows}\n\nNumPy {np.__version__}.\n{end}{tail}")
+
+
+if __name__ == "__main__":
+    main()
