@@ -127,8 +127,8 @@ def picture(facts, rows):
     height = HEAD_HEIGHT + max(heights, default=0) + MARGIN
     parts = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} {height}" width="{width}" height="{height}">',
              f"<style>{STYLE}</style>", f'<rect class="ground" width="{width}" height="{height}"/>',
-             f'<g transform="translate({MARGIN} 0)">', text(0, 26, f"arrayfold and NumPy {facts['numpy']}, {facts['processor']}", "title"),
-             *legend(46), "</g>"]
+             f'<g transform="translate({MARGIN} 0)">',
+             text(0, 26, f"arrayfold and NumPy {facts['numpy']}, {facts['processor']}", "title"), *legend(46), "</g>"]
     for number, column in enumerate(columns):
         parts.append(f'<g transform="translate({MARGIN + number * COLUMN_WIDTH} {HEAD_HEIGHT})">')
         y = 0
