@@ -24,7 +24,7 @@ def arguments():
     parser.add_argument("--seconds", type=float, default=0.05, help="of one measurement (default %(default)s)")
     parser.add_argument("--core", type=int, help="the core that both run on (default: the last)")
     parser.add_argument("--json", metavar="PATH", help="write the rows as JSON")
-    parser.add_argument("--save", action="store_true", help="write results/<machine>.md, .json and .svg; takes every case")
+    parser.add_argument("--save", action="store_true", help="write results/<machine>.md, .json, .svg; takes every case")
     parser.add_argument("--check", action="store_true", help="measure nothing: run every case once on both sides")
     chosen = parser.parse_args()
     if chosen.save and chosen.filter:

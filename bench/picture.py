@@ -84,7 +84,8 @@ def line(x1, y1, x2, y2, kind):
 
 
 def dot(x, y, size, words):
-    return f'<circle cx="{x:.1f}" cy="{y:.1f}" r="{RADII[size]}" class="size{size}"><title>{escape(words)}</title></circle>'
+    title = f"<title>{escape(words)}</title>"
+    return f'<circle cx="{x:.1f}" cy="{y:.1f}" r="{RADII[size]}" class="size{size}">{title}</circle>'
 
 
 def case_row(axis, y, case, dots):
@@ -125,7 +126,8 @@ def picture(facts, rows):
     heights = [sum(height_of(families[name]) for name in column) for column in columns]
     width = max(len(columns), 2) * COLUMN_WIDTH + MARGIN
     height = HEAD_HEIGHT + max(heights, default=0) + MARGIN
-    parts = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} {height}" width="{width}" height="{height}">',
+    extent = f'viewBox="0 0 {width} {height}" width="{width}" height="{height}"'
+    parts = [f'<svg xmlns="http://www.w3.org/2000/svg" {extent}>',
              f"<style>{STYLE}</style>", f'<rect class="ground" width="{width}" height="{height}"/>',
              f'<g transform="translate({MARGIN} 0)">',
              text(0, 26, f"arrayfold and NumPy {facts['numpy']}, {facts['processor']}", "title"), *legend(46), "</g>"]

@@ -55,7 +55,8 @@ class Pictures(unittest.TestCase):
         self.assertTrue(saved)
         for path in saved:
             measured = json.loads(path.read_text())
-            self.assertEqual(path.with_suffix(".svg").read_text(), picture.picture(measured["machine"], measured["rows"]))
+            shown = picture.picture(measured["machine"], measured["rows"])
+            self.assertEqual(path.with_suffix(".svg").read_text(), shown)
 
 
 if __name__ == "__main__":
