@@ -202,7 +202,8 @@ FirstDimension<T> first_dimension(const xarray_of<T>& array) {
 /// Do `count` elements, a stride apart, lie within the array?
 template <class T>
 bool holds(const xarray_of<T>& array, std::size_t count, std::size_t stride) {
-  return count == 0 || (count - 1) * stride < array.storage().size();
+  const std::size_t size = array.storage().size();
+  return count == 0 || (size > 0 && count - 1 <= (size - 1) / stride);
 }
 
 template <class A, class B, class R>
