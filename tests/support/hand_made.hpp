@@ -53,6 +53,15 @@ class FloatNameRegistered {
   static std::vector<double> elements(const Value& value);
 };
 
+/// The same with objects that take floats, as those results do that are of the kind of a float operand.
+class FloatKindRegistered {
+ public:
+  FloatKindRegistered();
+  ~FloatKindRegistered();
+  FloatKindRegistered(const FloatKindRegistered&) = delete;
+  FloatKindRegistered& operator=(const FloatKindRegistered&) = delete;
+};
+
 /// An object of any kind, made by the host where it can be.
 template <class Kind>
 class Operand {
