@@ -11,5 +11,7 @@ void add_calls();
 void add_operators();
 void add_elementwise();
 void add_reductions();
+void add_ordering();
+void add_binning();
 
 }  // namespace arrayfold::bench
