@@ -3,6 +3,7 @@
 #include "support/hand_made.hpp"
 
 #include <algorithm>
+#include <new>
 #include <stdexcept>
 
 namespace arrayfold::test {
@@ -38,7 +39,7 @@ template <class Array>
 void register_float_name() {
   using Object = XTObject<Array>;
   static AnyMan* const man = HVM_NewAnyMan(
-      XTFloat::type_name, []() -> void* { return new Object; },
+      XTFloat::type_name, []() -> void* { return new (std::nothrow) Object; },
       [](HostContext, void* content) { delete static_cast<Object*>(content); }, nullptr, nullptr, nullptr);
   HVM_RegisterAnyMan(XTFloat::type_name, man);
 }
