@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 #include <limits>
 #include <numeric>
@@ -69,6 +70,20 @@ std::vector<T> converted(const std::vector<std::int32_t>& values) {
   return std::vector<T>(values.begin(), values.end());
 }
 
+/// Groups of elements whose upper bits are alike, beside the ends of the range: each element is the `step`-th number
+/// behind its group's first.
+template <class T>
+std::vector<T> alike(std::size_t count, std::size_t groups) {
+  return each<T>(count, [=](std::size_t i) {
+    if (i % 97 == 3) return i % 2 == 0 ? std::numeric_limits<T>::lowest() : std::numeric_limits<T>::max();
+    const auto group = static_cast<int>(i % groups), step = static_cast<int>(i * 7919 % 1009);
+    if constexpr (std::is_integral_v<T>)
+      return static_cast<T>(group * (std::numeric_limits<T>::max() / 1000) + step);
+    else
+      return std::ldexp(1 + static_cast<T>(step) * std::numeric_limits<T>::epsilon(), group);
+  });
+}
+
 template <class T>
 std::vector<Pattern<T>> patterns_of_numbers() {
   using Limits = std::numeric_limits<T>;
@@ -96,6 +111,9 @@ std::vector<Pattern<T>> patterns_of_numbers() {
          return drawn_from<T>(count, {Limits::lowest(), Limits::max(), Limits::lowest() + 1, Limits::max() - 1, 0, 1,
                                       -1, Limits::min()});
        }},
+      {"alike in their upper bits", [](std::size_t count) { return alike<T>(count, 1); }},
+      {"alike in many groups",
+       [](std::size_t count) { return alike<T>(count, std::min(count / 20 + 1, std::size_t{100})); }},
       {"against sort",
        [](std::size_t count) {
          return converted<T>(
