@@ -72,4 +72,8 @@ hvm::Value reals_beside_one(const std::vector<std::size_t>& extents) {
 
 hvm::Value ints_to_100(const std::vector<std::size_t>& extents) { return uniform_ints<XTInt>(extents, 1, 100, 1); }
 
+hvm::Value long_ints_to_100(const std::vector<std::size_t>& extents) {
+  return uniform_ints<XTInt64>(extents, 1, 100, 1);
+}
+
 }  // namespace arrayfold::bench

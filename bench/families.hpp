@@ -11,6 +11,8 @@ void add_calls();
 void add_operators();
 void add_elementwise();
 void add_reductions();
+void add_ordering();
+void add_binning();
 void add_linear_algebra();
 
 }  // namespace arrayfold::bench

@@ -15,6 +15,8 @@ int main(int argc, char** argv) try {
   arrayfold::bench::add_operators();
   arrayfold::bench::add_elementwise();
   arrayfold::bench::add_reductions();
+  arrayfold::bench::add_ordering();
+  arrayfold::bench::add_binning();
   arrayfold::bench::add_linear_algebra();
 
   benchmark::Initialize(&argc, argv);

@@ -87,28 +87,56 @@ std::uint64_t key_of(double x) {
   return bits ^ ((bits & sign_bit) != 0 ? ~std::uint64_t{0} : sign_bit);
 }
 
-/// `pair(key, position)` makes the number, `position(number)` takes it apart.
-template <class Number, class T, class Pair, class Position>
-void positions_by_vectors(const T* elements, std::size_t count, std::int32_t* positions, Pair pair, Position position) {
-  const Scratch<Number> numbers(count);
-  for (std::size_t i = 0; i < count; ++i) numbers[i] = pair(key_of(elements[i]), i);
-  hwy::Sorter()(numbers.data(), count, hwy::SortAscending());
-  for (std::size_t i = 0; i < count; ++i) positions[i] = static_cast<std::int32_t>(position(numbers[i]));
+/// Of numbers in order by their upper bits alone: brings those into order whose upper bits are alike and whose elements
+/// are not. False, with numbers in any order, where so many are alike that another way is quicker.
+template <class Alike, class Before>
+bool settle_alike(std::uint64_t* numbers, std::size_t count, Alike alike, Before before) {
+  constexpr std::size_t most = 256;
+  for (std::size_t first = 0, end; first < count; first = end) {
+    bool settled = true;
+    for (end = first + 1; end < count && alike(numbers[first], numbers[end]); ++end)
+      settled &= before(numbers[end - 1], numbers[end]);
+    if (settled) continue;
+    if (end - first > most) return false;
+    std::sort(numbers + first, numbers + end, before);
+  }
+  return true;
 }
 
+/// A number has 64 bits: a position takes as many as the largest one needs, and the others are the uppermost of what
+/// the element is beyond the smallest one. False where too many elements differ in the rest of their bits alone.
 template <class T>
-void positions_by_vectors(const T* elements, std::size_t count, std::int32_t* positions) {
-  // Two times 32 bits are enough for 32-bit integers in any run of less than 16 GiB.
-  if (sizeof(T) == 4 && count <= std::numeric_limits<std::uint32_t>::max())
-    return positions_by_vectors<std::uint64_t>(
-        elements, count, positions, [](std::uint64_t key, std::size_t i) { return key << 32 | i; },
-        [](std::uint64_t number) { return number; });
-  positions_by_vectors<hwy::uint128_t>(
-      elements, count, positions,
-      [](std::uint64_t key, std::size_t i) {
-        return hwy::uint128_t{i, key};
-      },
-      [](const hwy::uint128_t& number) { return number.lo; });
+bool positions_by_short_numbers(const T* elements, std::size_t count, std::int32_t* positions) {
+  const auto width_of = [](std::uint64_t x) { return x == 0 ? 0 : 64 - __builtin_clzll(x); };
+  std::uint64_t low = key_of(elements[0]), high = low;
+  for (std::size_t i = 1; i < count; ++i) {
+    const std::uint64_t key = key_of(elements[i]);
+    low = std::min(low, key), high = std::max(high, key);
+  }
+  const int place_width = width_of(count - 1);
+  const int left_out = std::max(0, width_of(high - low) + place_width - 64);
+  const auto position = [=](std::uint64_t number) { return number & ((std::uint64_t{1} << place_width) - 1); };
+
+  const Scratch<std::uint64_t> numbers(count);
+  for (std::size_t i = 0; i < count; ++i) numbers[i] = (key_of(elements[i]) - low) >> left_out << place_width | i;
+  hwy::Sorter()(numbers.data(), count, hwy::SortAscending());
+  const auto alike = [=](std::uint64_t a, std::uint64_t b) { return (a ^ b) >> place_width == 0; };
+  const auto before = [=](std::uint64_t a, std::uint64_t b) {
+    const std::uint64_t key_a = key_of(elements[position(a)]), key_b = key_of(elements[position(b)]);
+    return key_a != key_b ? key_a < key_b : a < b;
+  };
+  if (left_out > 0 && !settle_alike(numbers.data(), count, alike, before)) return false;
+  for (std::size_t i = 0; i < count; ++i) positions[i] = static_cast<std::int32_t>(position(numbers[i]));
+  return true;
+}
+
+/// With all bits of the element, in 128.
+template <class T>
+void positions_by_long_numbers(const T* elements, std::size_t count, std::int32_t* positions) {
+  const Scratch<hwy::uint128_t> numbers(count);
+  for (std::size_t i = 0; i < count; ++i) numbers[i] = {i, key_of(elements[i])};
+  hwy::Sorter()(numbers.data(), count, hwy::SortAscending());
+  for (std::size_t i = 0; i < count; ++i) positions[i] = static_cast<std::int32_t>(numbers[i].lo);
 }
 
 template <class T, class Position>
@@ -127,7 +155,10 @@ bool has_nan(const T* elements, std::size_t count) {
 
 template <class T>
 void order_positions(const T* elements, std::size_t count, std::int32_t* positions) {
-  if (count >= least_for_vectors && !has_nan(elements, count)) return positions_by_vectors(elements, count, positions);
+  if (count >= least_for_vectors && !has_nan(elements, count)) {
+    if (!positions_by_short_numbers(elements, count, positions)) positions_by_long_numbers(elements, count, positions);
+    return;
+  }
   if (count <= std::size_t{std::numeric_limits<std::int32_t>::max()})
     return positions_by_comparison(elements, count, positions);
   const Scratch<std::uint64_t> wide(count);

@@ -32,15 +32,25 @@ ForeignObject::ForeignObject(const char* type_name) {
 
 Value ForeignObject::value() { return Value::object(&any_); }
 
-FloatNameRegistered::FloatNameRegistered() {
-  using Object = XTObject<ArrayOf<XTDouble>>;
+namespace {
+
+/// Registers the float name for objects that take an `Array`.
+template <class Array>
+void register_float_name() {
+  using Object = XTObject<Array>;
   static AnyMan* const man = HVM_NewAnyMan(
       XTFloat::type_name, []() -> void* { return new (std::nothrow) Object; },
       [](HostContext, void* content) { delete static_cast<Object*>(content); }, nullptr, nullptr, nullptr);
   HVM_RegisterAnyMan(XTFloat::type_name, man);
 }
 
+}  // namespace
+
+FloatNameRegistered::FloatNameRegistered() { register_float_name<ArrayOf<XTDouble>>(); }
 FloatNameRegistered::~FloatNameRegistered() { hvm::forget_type(XTFloat::type_name); }
+
+FloatKindRegistered::FloatKindRegistered() { register_float_name<ArrayOf<XTFloat>>(); }
+FloatKindRegistered::~FloatKindRegistered() { hvm::forget_type(XTFloat::type_name); }
 
 std::vector<double> FloatNameRegistered::elements(const Value& value) {
   if (type_of(value) != XTFloat::type_name) throw std::invalid_argument("no object of the float name");

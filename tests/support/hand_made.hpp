@@ -53,14 +53,13 @@ class FloatNameRegistered {
   static std::vector<double> elements(const Value& value);
 };
 
-/// The kinds of numbers, for tests of all of them.
-using AllKinds = ::testing::Types<XTDouble, XTFloat, XTInt, XTInt64>;
-using RealKinds = ::testing::Types<XTDouble, XTFloat>;
-struct KindNames {
-  template <class Kind>
-  static std::string GetName(int) {
-    return Kind::dtype;
-  }
+/// The same with objects that take floats, as those results do that are of the kind of a float operand.
+class FloatKindRegistered {
+ public:
+  FloatKindRegistered();
+  ~FloatKindRegistered();
+  FloatKindRegistered(const FloatKindRegistered&) = delete;
+  FloatKindRegistered& operator=(const FloatKindRegistered&) = delete;
 };
 
 /// An object of any kind, made by the host where it can be.

@@ -18,14 +18,13 @@
 
 #include <xtensor/xexception.hpp>
 
+#include "support/elements.hpp"
 #include "support/hand_made.hpp"
 #include "support/module_test.hpp"
 #include "support/reals.hpp"
 
 namespace arrayfold::test {
 
-using Words = std::vector<std::string>;
-using Extents = std::vector<std::size_t>;
 using Reals = std::vector<double>;
 
 inline constexpr double not_a_number = std::numeric_limits<double>::quiet_NaN();
@@ -48,12 +47,6 @@ inline constexpr char square_words[] = "runtime_error: Last 2 dimensions of the 
 inline constexpr char shape_words[] =
     "broadcast_error: Incompatible dimension of arrays, compile in DEBUG for more info";
 inline constexpr char unsolved_words[] = "runtime_error: The solution could not be computed";
-
-inline std::size_t size_of(const Extents& extents) {
-  std::size_t size = 1;
-  for (const std::size_t extent : extents) size *= extent;
-  return size;
-}
 
 /// The type of the elements of a result of this kind.
 template <class Kind>

@@ -12,14 +12,11 @@
 #include <type_traits>
 #include <vector>
 
+#include "support/elements.hpp"
 #include "support/hand_made.hpp"
-#include "support/module_test.hpp"
 #include "support/reals.hpp"
 
 namespace arrayfold::test {
-
-using Words = std::vector<std::string>;
-using Extents = std::vector<std::size_t>;
 
 inline constexpr const char* reductions[] = {"xsum",      "xprod",   "xamin",   "xamax",  "xmean",
                                              "xvariance", "xstddev", "xmedian", "xtrapz", "xcount_nonzero"};
@@ -34,12 +31,6 @@ const char* setter() {
 /// A kind's own number as the host has it: 32-bit reals are widened.
 template <class T>
 using HostNumber = std::conditional_t<std::is_same_v<T, float>, double, T>;
-
-inline std::size_t size_of(const Extents& extents) {
-  std::size_t size = 1;
-  for (const std::size_t extent : extents) size *= extent;
-  return size;
-}
 
 class ReductionTest : public ModuleTest {
  protected:
@@ -67,21 +58,6 @@ class ReductionTest : public ModuleTest {
 
 // ---- Elements
 
-/// Reals of either sign over forty binary orders of magnitude: each order of additions rounds in its own way. Integers
-/// of all sizes.
-template <class T>
-std::vector<T> random_elements(std::size_t count, unsigned seed) {
-  std::mt19937_64 engine(seed);
-  std::vector<T> drawn(count);
-  for (T& x : drawn)
-    if constexpr (std::is_integral_v<T>)
-      x = static_cast<T>(engine());
-    else
-      x = static_cast<T>(
-          std::ldexp(std::uniform_real_distribution(-1.0, 1.0)(engine), static_cast<int>(engine() % 40) - 20));
-  return drawn;
-}
-
 /// Reals whose product stays in range.
 template <class T>
 std::vector<T> random_factors(std::size_t count, unsigned seed) {
@@ -101,9 +77,6 @@ std::vector<T> random_factors(std::size_t count, unsigned seed) {
 
 template <class T>
 constexpr std::size_t block_of = sizeof(T) == 8 ? 4 : 8;
-
-/// The stride of the last dimension: none where its extent is 1.
-inline std::size_t last_stride(const Extents& extents) { return extents.empty() || extents.back() == 1 ? 0 : 1; }
 
 template <class R, class T, class FoldBlock, class Fold>
 R scanned(const std::vector<T>& x, std::size_t stride, R start, FoldBlock fold_block, Fold fold) {
