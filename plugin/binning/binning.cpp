@@ -98,7 +98,7 @@ void count_by_bin(const xarray_of<T>& array, const Bounds<double>& bounds, std::
     place = place > 0.0 ? place : 0.0;
     place = place < last ? place : last;
     place = x == highest ? last : place;
-    return (x >= lowest) & (x <= highest) ? place : beyond;
+    return ((x >= lowest) & (x <= highest)) ? place : beyond;
   };
   const T* const elements = array.storage().data();
   const auto [count, times] = reads_of(array);
