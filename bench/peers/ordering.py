@@ -13,8 +13,8 @@ SQUARE = "k = int(n ** 0.5); a = np.random.default_rng(1).standard_normal((k, k)
 # distinct ones of 64-bit integers are two blocks of 0.8 MB, which the C library may give back at every call: 1.05 ms
 # then and 0.42 ms else, of NumPy's 5.1.
 SORT = by_size(0.3, 0.7, 0.15, 0.15)
-# NumPy 1.24 sorts 32-bit integers by vectors where there are wide ones: 4.1 ns an element at 100,000 to our 3.7, and 7.2
-# both at 10,000,000. The bounds, a fraction of a sort by comparisons, are passed there.
+# NumPy 1.24 sorts 32-bit integers by vectors where there are wide ones: 4.1 ns an element at 100,000 to our 3.7, and
+# 7.2 both at 10,000,000. The bounds, a fraction of a sort by comparisons, are passed there.
 INT_SORT = by_size(0.2, 0.5, 0.25, 0.25)
 POSITIONS = by_size(0.2, 0.9, 0.25, 0.25)
 # The arrangement is the standard library's and seen by scripts, so that no other selection can take its place. NumPy's
