@@ -8,6 +8,9 @@ LONG_TO_100 = "a = np.random.default_rng(1).integers(1, 101, n)"
 # One counter: each addition waits for the one before.
 ALIKE = "a = np.full(n, 100, dtype=np.int32)"
 
+# 64-bit integers NumPy counts as they are; others it converts first, which is most of its time. Ten of them take 98 ns,
+# of which a call that makes an array takes 85, a quarter of NumPy's time. 10,000,000 are read three times, for both
+# extremes and for the counts: 5.2 of our 7.0 ms, half of NumPy's time. Both pass the bound.
 COUNTS = by_size(0.2, 0.4, 0.4, 0.3)
 PLACES = by_size(0.2, 0.7, 0.4, 0.3)
 UNBOUND = by_size(None, None, None, None)

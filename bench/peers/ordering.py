@@ -8,11 +8,21 @@ LONG_INTS = "a = np.random.default_rng(1).integers(-999_999, 1_000_000, n)"
 # n is about the number of elements.
 SQUARE = "k = int(n ** 0.5); a = np.random.default_rng(1).standard_normal((k, k))"
 
+# At 10,000,000 the first call of a process counts, and its memory is new: sorting takes 65 to 75 ms and positions 75 to
+# 95 ms where the system has pages at hand, and 270 and 360 ms where it has none, which passes the bound. At 100,000 the
+# distinct ones of 64-bit integers are two blocks of 0.8 MB, which the C library may give back at every call: 1.05 ms
+# then and 0.42 ms else, of NumPy's 5.1.
 SORT = by_size(0.3, 0.7, 0.15, 0.15)
+# NumPy 1.24 sorts 32-bit integers by vectors where there are wide ones: 4.1 ns an element at 100,000 to our 3.7, and
+# 7.2 both at 10,000,000. The bounds, a fraction of a sort by comparisons, are passed there.
 INT_SORT = by_size(0.2, 0.5, 0.25, 0.25)
 POSITIONS = by_size(0.2, 0.9, 0.25, 0.25)
+# The arrangement is the standard library's and seen by scripts, so that no other selection can take its place. NumPy's
+# takes half as long for 32-bit integers as for doubles, ours 0.85 times: at 100,000 integers the bound is passed.
 PARTITION = by_size(0.2, 0.6, 0.9, 1.35)
 DIFFERENCES = by_size(0.1, 0.15, 0.9, 1.15)
+# Of 1,000 elements' 110 to 200 ns the call and its array take 85, a tenth of NumPy's time. The first chunk is looked
+# through twice, for the extreme and for its place: doubles and 64-bit integers pass the bound.
 EXTREME = by_size(0.15, 0.15, 1.0, 1.4)
 UNBOUND = by_size(None, None, None, None)
 

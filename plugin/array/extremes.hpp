@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <type_traits>
 
 #include "array/aligned_storage.hpp"
@@ -19,7 +20,7 @@ template <class T>
 constexpr bool is_batch<xsimd::batch<T>> = true;
 
 /// The second of two where it beats the first, which stays with ties and NaN. Lane by lane for registers, whose
-/// instruction gives its second operand then.
+/// instruction gives its second operand then; for 64-bit integers there is none.
 struct Smaller {
   template <class T>
   static bool beats(T b, T a) {
@@ -27,7 +28,9 @@ struct Smaller {
   }
   template <class T>
   T operator()(const T& a, const T& b) const {
-    if constexpr (is_batch<T>)
+    if constexpr (std::is_same_v<T, xsimd::batch<std::int64_t>>)
+      return xsimd::select(b < a, b, a);
+    else if constexpr (is_batch<T>)
       return xsimd::min(b, a);
     else
       return b < a ? b : a;
@@ -81,6 +84,17 @@ ChunkExtreme<T> chunk_extreme(const T* elements, std::size_t count, T start, Cho
   return {value, xsimd::any(nan)};
 }
 
+/// The first of some elements that equals `value`, which is among them. They are whole steps.
+template <class T>
+const T* find_in_chunk(const T* elements, T value) {
+  using Register = xsimd::batch<T>;
+  constexpr std::size_t lanes = Register::size;
+  const Register wanted(value);
+  const auto at = [&](std::size_t lane) { return Register::load_unaligned(elements + lane) == wanted; };
+  while (!xsimd::any(at(0) | at(lanes) | at(2 * lanes) | at(3 * lanes))) elements += chunk_step<T>;
+  return std::find(elements, elements + chunk_step<T>, value);
+}
+
 /// The first of the elements' extremes that beats `start`; null when none does.
 template <class T, class Choose>
 const T* first_extreme(const T* elements, std::size_t count, T start, Choose choose) {
@@ -92,7 +106,7 @@ const T* first_extreme(const T* elements, std::size_t count, T start, Choose cho
     const std::size_t size = std::min(longest, (count - i) / chunk_step<T> * chunk_step<T>);
     const T value = chunk_extreme(elements + i, size, start, choose).value;
     if (choose.beats(value, start)) {
-      found = std::find(elements + i, elements + i + size, value);
+      found = find_in_chunk(elements + i, value);
       start = *found;
     }
     i += size;

@@ -10,6 +10,7 @@
 #include "array/arguments.hpp"
 #include "array/extremes.hpp"
 #include "array/runs.hpp"
+#include "array/scratch.hpp"
 #include "array/spacing.hpp"
 #include "array/storage.hpp"
 
@@ -35,6 +36,20 @@ Bounds<T> bounds_of(const xarray_of<T>& array) {
   return {extreme(none.low, Smaller{}), extreme(none.high, Larger{})};
 }
 
+/// The elements that are looked at, from the first on, and how often each.
+struct Reads {
+  std::size_t count;
+  std::int64_t times;
+};
+
+/// required: where the last extent is 1 the first element is looked at in the place of every other one.
+template <class T>
+Reads reads_of(const xarray_of<T>& array) {
+  const std::size_t count = array.storage().size();
+  if (last_stride(array) != 0 || count == 0) return {count, 1};
+  return {1, static_cast<std::int64_t>(count)};
+}
+
 // ---- Histograms
 
 /// The smallest and the largest edge of `bins` bins of equal width. Edges round: where the bounds are no more than a
@@ -49,23 +64,29 @@ Bounds<T> edge_bounds(const Bounds<T>& bounds, std::size_t bins) {
   return of;
 }
 
-/// Adds each element between the bounds to the count of its bin; the last bin includes the upper bound.
+/// Adds each element between the bounds to the count of its bin; the last bin includes the upper bound. The last count,
+/// one more than there are bins, is of those beyond the bounds.
 template <class T>
-void count_by_bin(const xarray_of<T>& array, const Bounds<double>& bounds, double* counts, std::size_t bins) {
+void count_by_bin(const xarray_of<T>& array, const Bounds<double>& bounds, std::int64_t* counts, std::size_t bins) {
+  constexpr std::size_t block = 256;
   const auto [low, high] = bounds;
-  const double bins_as_real = static_cast<double>(bins);
+  const double beyond = static_cast<double>(bins), last = beyond - 1.0;
   const double norm = 1.0 / (high - low);
-  const auto& elements = array.storage();
-  const std::size_t stride = last_stride(array);
-  for (std::size_t i = 0; i < elements.size(); ++i) {
-    const double x = elements[i * stride];
-    if (x >= low && x < high) {
-      const double place = (x - low) * bins_as_real * norm;
-      // The product may round up to the number of bins, and is NaN or infinite where the norm is.
-      counts[static_cast<std::int64_t>(std::min(place > 0.0 ? place : 0.0, bins_as_real - 1.0))] += 1.0;
-    } else if (x == high) {
-      counts[bins - 1] += 1.0;
-    }
+  const auto bin_of = [=, lowest = low, highest = high](double x) {
+    double place = (x - lowest) * beyond * norm;
+    // The product may round up to the number of bins, and is NaN or infinite where the norm is.
+    place = place > 0.0 ? place : 0.0;
+    place = place < last ? place : last;
+    place = x == highest ? last : place;
+    return ((x >= lowest) & (x <= highest)) ? place : beyond;
+  };
+  const T* const elements = array.storage().data();
+  const auto [count, times] = reads_of(array);
+  double found[block];
+  for (std::size_t i = 0; i < count; i += block) {
+    const std::size_t size = std::min(block, count - i);
+    for (std::size_t j = 0; j < size; ++j) found[j] = bin_of(elements[i + j]);
+    for (std::size_t j = 0; j < size; ++j) counts[static_cast<std::int64_t>(found[j])] += times;
   }
 }
 
@@ -73,11 +94,12 @@ template <class T>
 std::unique_ptr<ArrayOf<XTDouble>> histogram(const xarray_of<T>& array, std::size_t bins) {
   const Bounds<T> bounds = bounds_of(array);
   auto made = make_row<XTDouble>(bins);
-  double* const counts = made->array->storage().data();
-  std::fill_n(counts, bins, 0.0);
   if (bins == 0) return made;
   const Bounds<T> edges = edge_bounds(bounds, bins);
-  count_by_bin(array, {static_cast<double>(edges.low), static_cast<double>(edges.high)}, counts, bins);
+  const Scratch<std::int64_t> counts(bins + 1);
+  std::fill_n(counts.data(), bins + 1, 0);
+  count_by_bin(array, {static_cast<double>(edges.low), static_cast<double>(edges.high)}, counts.data(), bins);
+  std::copy_n(counts.data(), bins, made->array->storage().data());
   return made;
 }
 
@@ -89,8 +111,11 @@ std::unique_ptr<ArrayOf<XTDouble>> ten_bin_edges(const xarray_of<T>& array) {
   const Spacing<T> spacing(bounds.low, bounds.high, bins + 1);
   auto made = make_row<XTDouble>(bins + 1);
   auto& edges = made->array->storage();
-  for (std::size_t i = 0; i < bins; ++i) edges[i] = spacing[i];
-  edges[bins] = bounds.high;
+  // required: the length is the array's own. In a loop of a constant length GCC 12 leaves the last two edges of floats
+  // unrounded.
+  const std::size_t last = edges.size() - 1;
+  for (std::size_t i = 0; i < last; ++i) edges[i] = spacing[i];
+  edges[last] = bounds.high;
   return made;
 }
 
@@ -107,9 +132,10 @@ std::unique_ptr<ArrayOf<Kind>> occurrences(const xarray_of<T>& array) {
   auto made = make_row<Kind>(static_cast<std::size_t>(std::int64_t{size}));
   auto& counts = made->array->storage();
   std::fill(counts.begin(), counts.end(), T{0});
-  const auto& elements = array.storage();
-  const std::size_t stride = last_stride(array);
-  for (std::size_t i = 0; i < elements.size(); ++i) ++counts[static_cast<std::size_t>(elements[i * stride])];
+  const T* const elements = array.storage().data();
+  T* const first = counts.data();
+  const auto [count, times] = reads_of(array);
+  for (std::size_t i = 0; i < count; ++i) first[static_cast<std::size_t>(elements[i])] += static_cast<T>(times);
   return made;
 }
 
@@ -121,17 +147,23 @@ std::size_t place_of(T x, const Edge* edges, std::size_t count) {
   return static_cast<std::size_t>(std::upper_bound(edges, edges + count, x) - edges);
 }
 
-/// The same for edges that ascend, of which there is at least one: always as many steps, and none that a processor
-/// could guess wrong.
+/// The same of many elements for edges that ascend, of which there is at least one. All take a step before any takes
+/// the next, and no step is one that a processor could guess wrong.
 template <class T, class Edge>
-std::size_t place_in_ascending(T x, const Edge* edges, std::size_t count) {
-  const Edge* first = edges;
-  for (std::size_t left = count; left > 1;) {
-    const std::size_t half = left / 2;
-    first += x < first[half - 1] ? 0 : half;
-    left -= half;
+void look_up_in_ascending(const T* elements, std::size_t size, const Edge* edges, std::size_t count, double* out) {
+  constexpr std::size_t block = 64;
+  for (std::size_t start = 0; start < size; start += block) {
+    const std::size_t together = std::min(block, size - start);
+    const T* const x = elements + start;
+    std::size_t first[block] = {};
+    const auto step = [&](std::size_t probe, std::size_t passed) {
+      for (std::size_t j = 0; j < together; ++j)
+        first[j] += passed & (static_cast<std::size_t>(x[j] < edges[first[j] + probe]) - 1);
+    };
+    for (std::size_t left = count; left > 1; left -= left / 2) step(left / 2 - 1, left / 2);
+    step(0, 1);
+    for (std::size_t j = 0; j < together; ++j) out[start + j] = static_cast<double>(first[j]);
   }
-  return static_cast<std::size_t>(first - edges) + (x < *first ? 0 : 1);
 }
 
 template <class Edge>
@@ -150,17 +182,14 @@ std::unique_ptr<ArrayOf<XTDouble>> places(const xarray_of<T>& array, const xarra
   const auto& edges = edge_array.storage();
   auto made = make_array<XTDouble>(array.shape());
   auto& out = made->array->storage();
-  const std::size_t looked_up = last_stride(array) != 0 ? out.size() : std::min<std::size_t>(out.size(), 1);
+  const std::size_t looked_up = reads_of(array).count;
   std::fill(out.begin() + static_cast<std::ptrdiff_t>(looked_up), out.end(), 0.0);
-  const auto look_up = [&](auto place) {
-    for (std::size_t i = 0; i < looked_up; ++i)
-      out[i] = static_cast<double>(place(elements[i], edges.data(), edges.size()));
-  };
   // Looking at all edges first pays where they are fewer than the elements.
   if (edges.size() <= looked_up && ascend(edges.data(), edges.size()))
-    look_up(place_in_ascending<T, Edge>);
+    look_up_in_ascending(elements.data(), looked_up, edges.data(), edges.size(), out.data());
   else
-    look_up(place_of<T, Edge>);
+    for (std::size_t i = 0; i < looked_up; ++i)
+      out[i] = static_cast<double>(place_of(elements[i], edges.data(), edges.size()));
   return made;
 }
 

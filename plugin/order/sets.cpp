@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "array/extremes.hpp"
-#include "array/scratch.hpp"
 #include "order/frame.hpp"
 #include "order/sorting.hpp"
 
@@ -14,12 +13,14 @@ namespace {
 template <class T, class Kind>
 std::unique_ptr<XTArray<T, Kind>> distinct(const XTArray<T, Kind>& array) {
   const auto& elements = array.array->storage();
-  const Scratch<T> sorted(elements.size());
-  T* const end = std::copy(elements.begin(), elements.end(), sorted.data());
-  sort_run(sorted.data(), elements.size());
-  const T* const kept = std::unique(sorted.data(), end);
-  auto made = make_row<Kind>(static_cast<std::size_t>(kept - sorted.data()));
-  std::copy(static_cast<const T*>(sorted.data()), kept, made->array->storage().data());
+  auto sorted = make_row<Kind>(elements.size());
+  T* const first = sorted->array->storage().data();
+  T* const end = std::copy(elements.begin(), elements.end(), first);
+  sort_run(first, elements.size());
+  T* const kept = std::unique(first, end);
+  if (kept == end) return sorted;
+  auto made = make_row<Kind>(static_cast<std::size_t>(kept - first));
+  std::copy(first, kept, made->array->storage().data());
   return made;
 }
 
