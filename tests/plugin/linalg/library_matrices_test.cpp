@@ -11,23 +11,23 @@ namespace {
 template <class Kind>
 class LibraryMatrices : public AlgebraTest {
  protected:
-  using T = typename Kind::element;
-  using Elements = std::vector<T>;
+  using Element = typename Kind::element;
+  using Elements = std::vector<Element>;
 
   /// Every size once with three columns more, once with three rows more and once as it is.
   template <class Visit>
   static void for_matrices(Visit visit) {
     for (const std::size_t n : sizes) {
-      visit(Extents{n, n}, drawn_elements<T>(n * n, 1));
-      visit(Extents{n, n + 3}, drawn_elements<T>(n * (n + 3), 2));
-      visit(Extents{n + 3, n}, drawn_elements<T>(n * (n + 3), 3));
+      visit(Extents{n, n}, drawn_elements<Element>(n * n, 1));
+      visit(Extents{n, n + 3}, drawn_elements<Element>(n * (n + 3), 2));
+      visit(Extents{n + 3, n}, drawn_elements<Element>(n * (n + 3), 3));
     }
   }
   /// Squares: random, and symmetric ones with positive eigenvalues.
   template <class Visit>
   static void for_squares(Visit visit) {
     for (const std::size_t n : sizes) {
-      visit(Extents{n, n}, drawn_elements<T>(n * n, 4));
+      visit(Extents{n, n}, drawn_elements<Element>(n * n, 4));
       const Reals definite = positive_definite(n, 5);
       visit(Extents{n, n}, Elements(definite.begin(), definite.end()));
     }

@@ -14,31 +14,33 @@ struct Pair {
 template <class P>
 class LibraryProducts : public AlgebraTest {
  protected:
-  using A = typename P::A;
-  using B = typename P::B;
+  using First = typename P::A;
+  using Second = typename P::B;
 
   /// Calls the function and hands both operands to the library: one and the same comes of it.
   template <class Library>
   void compare(const char* name, const Extents& left, const Extents& right, Library library) {
-    const auto a = drawn_elements<typename A::element>(size_of(left), seed_++);
-    const auto b = drawn_elements<typename B::element>(size_of(right), seed_++);
-    const auto found = array<A>(name, {made<A>(left, a), made<B>(right, b)});
+    const auto a = drawn_elements<typename First::element>(size_of(left), seed_++);
+    const auto b = drawn_elements<typename Second::element>(size_of(right), seed_++);
+    const auto found = array<First>(name, {made<First>(left, a), made<Second>(right, b)});
     const auto expected = library(container(left, a), container(right, b));
     EXPECT_EQ(found, expected) << name << expected.extents.size();
   }
   void compare_dot(const Extents& left, const Extents& right) {
-    compare("xdot", left, right, [](const auto& a, const auto& b) { return expected_of<A>(xt::linalg::dot(a, b)); });
+    compare("xdot", left, right,
+            [](const auto& a, const auto& b) { return expected_of<First>(xt::linalg::dot(a, b)); });
   }
   void compare_outer(const Extents& left, const Extents& right) {
     compare("xouter", left, right,
-            [](const auto& a, const auto& b) { return expected_of<A>(xt::linalg::outer(a, b)); });
+            [](const auto& a, const auto& b) { return expected_of<First>(xt::linalg::outer(a, b)); });
   }
   void compare_vdot(const Extents& left, const Extents& right) {
     compare("xvdot", left, right,
-            [](const auto& a, const auto& b) { return expected_number<A>(xt::linalg::vdot(a, b)); });
+            [](const auto& a, const auto& b) { return expected_number<First>(xt::linalg::vdot(a, b)); });
   }
   void compare_kron(const Extents& left, const Extents& right) {
-    compare("xkron", left, right, [](const auto& a, const auto& b) { return expected_of<A>(xt::linalg::kron(a, b)); });
+    compare("xkron", left, right,
+            [](const auto& a, const auto& b) { return expected_of<First>(xt::linalg::kron(a, b)); });
   }
 
   std::size_t extent() { return 1 + engine_() % 40; }
