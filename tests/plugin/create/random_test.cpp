@@ -12,13 +12,11 @@
 
 #include "engine_in_step.hpp"
 #include "support/allocations.hpp"
+#include "support/elements.hpp"
 #include "support/hand_made.hpp"
 
 namespace arrayfold::test {
 namespace {
-
-using Extents = std::vector<std::size_t>;
-using Words = std::vector<std::string>;
 
 class Random : public RandomTest {
  protected:
