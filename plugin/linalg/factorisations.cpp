@@ -45,6 +45,22 @@ SingularFactors singular_factors(const XTArray<T, Kind>& array) {
   return {stored<Kind>(left), stored<Kind>(values), stored<Kind>(right)};
 }
 
+struct OrthogonalFactors {
+  std::unique_ptr<ArrayOf<XTDouble>> q;
+  std::unique_ptr<ArrayOf<XTDouble>> r;
+};
+
+/// Q with as many columns as R has rows: the smaller extent. Without elements that is 0.
+template <class T, class Kind>
+OrthogonalFactors orthogonal_factors(const XTArray<T, Kind>& array) {
+  const auto& matrix = *array.array;
+  require_matrix(matrix);
+  if (matrix.storage().empty())
+    return {filled<XTDouble>({matrix.shape()[0], 0}, 0.0), filled<XTDouble>({0, matrix.shape()[1]}, 0.0)};
+  const auto [q, r] = xt::linalg::qr(by_columns<T>(matrix));
+  return {stored<Kind>(q), stored<Kind>(r)};
+}
+
 }  // namespace
 
 Outcome xcholesky(const Call& call) {
@@ -60,11 +76,7 @@ Outcome xcholesky(const Call& call) {
 Outcome xqr(const Call& call) {
   return serve_first_reals(call, [&](const auto& array) {
     using Kind = typename std::decay_t<decltype(array)>::tag;
-    using T = typename Kind::element;
-    require_matrix(*array.array);
-    const auto factors = xt::linalg::qr(by_columns<T>(*array.array));
-    auto q = stored<Kind>(std::get<0>(factors));
-    auto r = stored<Kind>(std::get<1>(factors));
+    auto [q, r] = orthogonal_factors(array);
     auto table = give_table(call);
     give_array<Kind>(call.ctx, table.next_slot(), std::move(q));
     give_array<Kind>(call.ctx, table.next_slot(), std::move(r));

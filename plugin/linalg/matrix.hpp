@@ -6,6 +6,8 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
+#include <cstdint>
 #include <limits>
 #include <stdexcept>
 #include <type_traits>
@@ -28,12 +30,23 @@ void require_square(const xarray_of<T>& array) {
     throw std::runtime_error("Last 2 dimensions of the array must be square.");
 }
 
+/// Throws std::bad_alloc when there are elements and the routines, which count in 32 bits, could not count them along a
+/// dimension.
+template <class T>
+void require_counts(const xarray_of<T>& array) {
+  constexpr std::size_t most = std::numeric_limits<std::int32_t>::max();
+  if (array.storage().size() > most)
+    for (const std::size_t extent : array.shape())
+      if (extent > most) throw std::bad_alloc();
+}
+
 /// Throws xt::broadcast_error for another number of dimensions than two, as a conversion to a matrix does, and
 /// std::bad_alloc when the extents claim other elements than there are.
 template <class T>
 void require_matrix(const xarray_of<T>& array) {
   if (array.dimension() != 2) xt::throw_broadcast_error(array.shape(), Shape{});
   check_extents(array);
+  require_counts(array);
 }
 
 /// A copy of a matrix by columns, in the element type R.

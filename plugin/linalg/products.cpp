@@ -7,6 +7,8 @@
 // index.
 
 #include <algorithm>
+#include <limits>
+#include <new>
 #include <stdexcept>
 #include <type_traits>
 
@@ -55,7 +57,12 @@ auto computed(const Shape& extents, Compute compute) {
 }
 
 using Count = xt::blas_index_t;  // what the routines count in
-Count count_of(std::size_t n) { return static_cast<Count>(n); }
+
+/// Throws std::bad_alloc for more than they can.
+Count count_of(std::size_t n) {
+  if (n > static_cast<std::size_t>(std::numeric_limits<Count>::max())) throw std::bad_alloc();
+  return static_cast<Count>(n);
+}
 
 // ---- xdot
 
@@ -250,6 +257,12 @@ KronForm kron_form(const xarray_of<T>& array) {
   return {extents[0], extents[1], static_cast<std::size_t>(array.strides()[extents.size() - 2]), last_stride(array)};
 }
 
+/// Throws std::bad_alloc when it does not fit.
+std::size_t extents_product(std::size_t a, std::size_t b) {
+  if (__builtin_mul_overflow(a, b, &a)) throw std::bad_alloc();
+  return a;
+}
+
 /// Each element of the first, times all of the second in its place.
 template <class A, class AKind, class B>
 auto kron(const XTArray<A, AKind>& first, const xarray_of<B>& second) {
@@ -260,9 +273,10 @@ auto kron(const XTArray<A, AKind>& first, const xarray_of<B>& second) {
   const KronForm b = kron_form(second);
   const A* const left = first.array->storage().data();
   const B* const right = second.storage().data();
-  return computed<AKind, R>({a.rows * b.rows, a.columns * b.columns}, [&](R* out) {
+  const std::size_t rows = extents_product(a.rows, b.rows), columns = extents_product(a.columns, b.columns);
+  return computed<AKind, R>({rows, columns}, [&](R* out) {
     const bool nothing = first.array->storage().empty() || second.storage().empty();
-    if (nothing) return std::fill_n(out, a.rows * b.rows * a.columns * b.columns, R{0}), void();
+    if (nothing) return std::fill_n(out, rows * columns, R{0}), void();
     for (std::size_t i = 0; i < a.rows; ++i)
       for (std::size_t k = 0; k < b.rows; ++k)
         for (std::size_t j = 0; j < a.columns; ++j) {
@@ -292,7 +306,10 @@ Outcome xvdot(const Call& call) {
     // An operand that ends before is refused.
     if (!holds(*a.array, left.extent, left.stride) || !holds(*b.array, left.extent, right.stride))
       return Outcome::failed;
-    const auto product = inner_product(left.extent, left.elements, left.stride, right.elements, right.stride);
+    // The stride of a single element may be anything.
+    const bool walks = left.extent > 1;
+    const auto product =
+        inner_product(left.extent, left.elements, walks ? left.stride : 1, right.elements, walks ? right.stride : 1);
     using Stored = StoredKind<Kind>;
     give_array<Kind>(call.ctx, call.result, make_scalar<Stored>(converted<typename Stored::element>(product)));
     return Outcome::handled;

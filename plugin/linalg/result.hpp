@@ -43,6 +43,7 @@ std::unique_ptr<ArrayOf<Kind>> make_scalar(typename Kind::element value) {
 /// and columns exchanged. Works in squares that fit the first cache on both sides.
 template <class From, class To>
 void transpose(const From* __restrict columns, std::size_t rows_count, std::size_t columns_count, To* __restrict rows) {
+  if (rows_count == 0 || columns_count == 0) return;
   constexpr std::size_t side = 16;
   for (std::size_t i = 0; i < rows_count; i += side) {
     const std::size_t rows_end = std::min(i + side, rows_count);

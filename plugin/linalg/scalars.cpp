@@ -30,10 +30,11 @@ T frobenius_norm(const xarray_of<T>& matrix) {
 
 template <class T>
 T norm_of(const xarray_of<T>& array) {
+  if (array.dimension() == 2) return frobenius_norm(array);
+  if (array.dimension() != 1) throw std::runtime_error("Norm not implemented!");
   check_extents(array);
-  if (array.dimension() == 1) return xt::linalg::norm(array, 2);
-  if (array.dimension() != 2) throw std::runtime_error("Norm not implemented!");
-  return frobenius_norm(array);
+  require_counts(array);
+  return xt::linalg::norm(array, 2);
 }
 
 /// The product of the diagonal, its sign turned for each exchange of rows. A singular matrix has a zero there.

@@ -28,28 +28,38 @@ ColumnMajor<R> sides_by_columns(const xarray_of<T>& b) {
 }
 
 /// Does the routine find `rows` numbers for each side? It takes the columns of a matrix, and what lies before the last
-/// dimension of an array with more.
+/// dimension of an array with more; of a single side the first extent tells it how many there are.
 template <class T>
 bool sides_hold(const xarray_of<T>& b, std::size_t rows) {
   if (b.dimension() == 0) return false;
   const Shape& extents = b.shape();
-  if (b.dimension() == 1 || extents.back() == 1) return extents.front() >= rows;
+  if (b.dimension() == 1 || extents.back() == 1) return extents.front() >= rows && b.storage().size() >= rows;
   std::size_t before = 1;
   for (std::size_t n = 0; n + 1 < extents.size(); ++n) before *= extents[n];
   return before >= rows;
 }
 
-/// The right-hand sides, each with its first numbers replaced by the solution.
+/// Solves for each side in its place. False for a singular matrix, which is all that is asked where there is no side.
+template <class T>
+bool solve_in_place(ColumnMajor<T>& matrix, ColumnMajor<T>& sides) {
+  if (!sides.storage().empty()) return xt::lapack::gesv(matrix, sides) == 0;
+  xt::uvector<xt::blas_index_t> pivots(matrix.shape()[0]);
+  return xt::lapack::getrf(matrix, pivots) == 0;
+}
+
+/// The right-hand sides, each with its first numbers replaced by the solution. Throws std::runtime_error where they are
+/// too short, and for a singular matrix.
 template <class T, class Kind>
 auto solution(const XTArray<T, Kind>& a, const XTArray<T, Kind>& b) {
   auto matrix = square_by_columns(*a.array);
   const auto& sides = *b.array;
   check_extents(sides);
   const std::size_t rows = matrix.shape()[0];
-  if (!sides_hold(sides, rows)) throw std::runtime_error("The solution could not be computed");
-  if (rows == 0) return stored<Kind>(sides);
+  require_counts(sides);
+  const bool holds = sides_hold(sides, rows);
+  if (rows == 0 && holds) return stored<Kind>(sides);
   auto solved = sides_by_columns<T>(sides);
-  if (xt::lapack::gesv(matrix, solved) != 0) throw std::runtime_error("The solution could not be computed");
+  if (!holds || !solve_in_place(matrix, solved)) throw std::runtime_error("The solution could not be computed");
   return stored<Kind>(solved);
 }
 
@@ -79,6 +89,7 @@ LeastSquares least_squares(const XTArray<T, Kind>& a, const xarray_of<Side>& b) 
   const std::size_t columns = matrix.shape()[1];
   if (b.dimension() == 0 || b.shape()[0] != rows) throw std::runtime_error("Shape of 'b' for lstsq does not match.");
   check_extents(b);
+  require_counts(b);
   Shape solutions = b.shape();
   solutions[0] = columns;
   const std::size_t values = std::min(rows, columns);

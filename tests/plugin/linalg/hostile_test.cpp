@@ -61,8 +61,8 @@ class Hostile : public AlgebraTest {
     return how;
   }
 
-  void try_alone(const Value& operand) {
-    for (const char* name : all_functions) tried(name, {operand, operand});
+  void try_alone(const Value& operand, MayEnd may_end = MayEnd::as_known) {
+    for (const char* name : all_functions) tried(name, {operand, operand}, may_end);
   }
 
  private:
@@ -97,6 +97,11 @@ std::vector<Extents> shapes() {
       extents[place] = 3;
       made.push_back(extents);
     }
+    // No element, though the first and the last extent have room.
+    Extents hollow(rank, 1);
+    hollow[0] = 2;
+    hollow[1] = 0;
+    made.push_back(hollow);
   }
   return made;
 }
@@ -135,6 +140,28 @@ TEST_F(Hostile, EveryPairOfShapes_OfFloatsAndIntegers) {
         tried(name, {whole, a});
       }
     }
+}
+
+TEST_F(Hostile, XvdotOfStridesThatWouldWrap_IsRefused) {
+  // 6 * 7870742 * 409891 * 7623851 is 4 in 64 bits.
+  Value four = doubles({4}, {1, 2, 3, 4});
+  ASSERT_EQ(method(four, "reshape", {Value(6), Value(7870742), Value(409891), Value(7623851)}).returned, 1);
+  EXPECT_EQ(tried("xvdot", {doubles({4}, {1, 2, 3, 4}), four}), "0");
+}
+
+TEST_F(Hostile, MatricesOfMoreRowsThanRoutinesCount_WithoutElements) {
+  const auto product = [&](const Extents& left, const Extents& right) {
+    Answer answer = call("xkron", {doubles(left, {}), doubles(right, {})});
+    EXPECT_EQ(answer.returned, 1);
+    return answer.result;
+  };
+  const Value tall = product({2147483647, 0}, {2, 0}), wide = product({0, 2147483647}, {0, 2});
+  for (const Value& matrix : {tall, wide}) {
+    try_alone(matrix, MayEnd::without_memory);
+    EXPECT_EQ(tried("xqr", {matrix}), "1");
+  }
+  Value solution = call("xsolve", {doubles({2, 2}, identity(2)), tall}).result;
+  EXPECT_EQ(shape(solution), (std::vector<std::int64_t>{4294967294, 0}));
 }
 
 /// Matrices that routines do not love.

@@ -135,7 +135,8 @@ TYPED_TEST(Endings, OfXsolve_TestTheFirstOperandAlone) {
 TYPED_TEST(Endings, OfXsolve_WithoutASolution) {
   EXPECT_EQ(this->ending("xsolve", {this->singular(), this->filled({2})}), unsolved_words);
   EXPECT_EQ(this->ending("xsolve", {this->filled({3, 3}, 0), this->filled({3, 2})}), unsolved_words);
-  for (const Extents& sides : {Extents{}, {0}, {1}, {1, 2}, {0, 2}, {1, 1, 5}, {1, 1, 1}, {0, 2, 2}})
+  for (const Extents& sides :
+       {Extents{}, {0}, {1}, {1, 2}, {0, 2}, {1, 1, 5}, {1, 1, 1}, {0, 2, 2}, {2, 0, 1}, {2, 0, 1, 1}})
     EXPECT_EQ(this->ending("xsolve", {this->regular(), this->filled(sides)}), unsolved_words) << sides.size();
   EXPECT_EQ(this->ending("xsolve", {this->filled({0, 0}), this->filled({})}), unsolved_words);
 }
