@@ -9,8 +9,9 @@
 
 namespace arrayfold {
 
-/// `count` numbers from `start` to `stop`, both included; one number alone is `start`. They are computed in 64-bit
-/// reals as start + i * step and stored as T. Between integers the distance wraps in their width.
+/// `count` numbers from `start` to `stop`, both included, the last one by whoever stores them; one number alone is
+/// `start`. They are computed in 64-bit reals as start + i * step and stored as T. Between integers the distance wraps
+/// in their width.
 template <class T>
 class Spacing {
  public:

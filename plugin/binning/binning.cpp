@@ -111,8 +111,7 @@ std::unique_ptr<ArrayOf<XTDouble>> ten_bin_edges(const xarray_of<T>& array) {
   const Spacing<T> spacing(bounds.low, bounds.high, bins + 1);
   auto made = make_row<XTDouble>(bins + 1);
   auto& edges = made->array->storage();
-  // required: the length is the array's own. In a loop of a constant length GCC 12 leaves the last two edges of floats
-  // unrounded.
+  // The length is asked of the array: in a loop of a constant length GCC 12 leaves the last two edges of floats unrounded.
   const std::size_t last = edges.size() - 1;
   for (std::size_t i = 0; i < last; ++i) edges[i] = spacing[i];
   edges[last] = bounds.high;

@@ -1,7 +1,8 @@
 // order/sorting.hpp: sorting one run of elements
 //
 // Long runs go to a vectorised quicksort, wherever the outcome is the same in every bit. Short ones, and reals with NaN
-// or with a negative zero, go to the standard library's sort, whose arrangement is then the defined one.
+// or with a negative zero, go to the standard library's sort, whose arrangement is then the defined one. NaN
+// breaks its rules; GNU's library stays within the elements wherever it stands.
 
 #pragma once
 

@@ -89,7 +89,7 @@ TYPED_TEST(Partitions, OfManyElements_AreTheLibrarys) {
   }
 }
 
-TYPED_TEST(Partitions, Required_AtARankBeyondTheRunOrBelowZero_AreCopies) {
+TYPED_TEST(Partitions, AtARankBeyondTheRunOrBelowZero_AreCopies) {
   using T = typename TypeParam::element;
   for (const Extents& extents : {Extents{5}, Extents{2, 5}, Extents{3, 2, 1}, Extents{0}, Extents{2, 300}}) {
     // What a partition past the end would do to the next run shows in rows that are sorted against each other.
