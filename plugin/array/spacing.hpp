@@ -19,8 +19,11 @@ class Spacing {
       : first_(static_cast<double>(start)),
         step_(static_cast<double>(stop - start) / std::max(1.0, static_cast<double>(count) - 1.0)) {}
 
-  /// The number at `i`; the last of several is `stop` instead.
-  T operator[](std::size_t i) const { return stored_as<T>(first_ + static_cast<double>(i) * step_); }
+  /// The number at `i`; the last of several is `stop` instead. Indices of 32 bits are taken several at a time.
+  template <class Index>
+  T operator[](Index i) const {
+    return stored_as<T>(first_ + static_cast<double>(i) * step_);
+  }
 
  private:
   double first_;

@@ -65,9 +65,9 @@ constexpr auto power_of_ten = [](auto exponent) {
 
 /// Writes `map` of `count` evenly spaced numbers.
 template <class T, class Map>
-void space_evenly(T start, T stop, std::size_t count, Map map, T* elements) {
-  const Spacing<T> spacing(start, stop, count);
-  for (std::size_t i = 0; i < count; ++i) elements[i] = map(spacing[i]);
+void space_evenly(T start, T stop, int count, Map map, T* elements) {
+  const Spacing<T> spacing(start, stop, extent_of(count));
+  for (int i = 0; i < count; ++i) elements[i] = map(spacing[i]);
   if (count >= 2) elements[count - 1] = map(stop);
 }
 
@@ -77,8 +77,7 @@ Outcome make_spaced(Kind kind, const Call& call, int count, Map map) {
   const auto start = read_end(kind, call.args);
   const auto stop = read_end(kind, call.args + 1);
   auto array = make_row<Kind>(extent_of(count));
-  auto& elements = array->array->storage();
-  space_evenly(start, stop, elements.size(), map, elements.data());
+  space_evenly(start, stop, count, map, array->array->storage().data());
   give_array<Kind>(call.ctx, call.result, std::move(array));
   return Outcome::handled;
 }
