@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 #include "support/allocations.hpp"
 #include "support/array_results.hpp"
@@ -147,6 +148,13 @@ TEST_F(OrderingFaults, LongRunsOfIntsAndPositions_AreAmongThem) {
     EXPECT_EQ(failures(name, twos<XTInt>({256})), failures(name, twos<XTInt>({255})) + 1) << name;
   EXPECT_EQ(failures("xargsort", twos({256})), failures("xargsort", twos({255})) + 1);
   EXPECT_EQ(failures("xsort", twos({256})), failures("xsort", twos({255})));
+  // Many elements that differ in their lower bits alone, between the ends of the range: positions take one block more.
+  std::vector<std::int64_t> descending(1000);
+  for (std::size_t i = 0; i < descending.size(); ++i) descending[i] = 1000 - static_cast<std::int64_t>(i);
+  descending.front() = std::numeric_limits<std::int64_t>::min();
+  descending.back() = std::numeric_limits<std::int64_t>::max();
+  EXPECT_EQ(failures("xargsort", array_of<XTInt64>(ctx(), {1000}, descending)),
+            failures("xargsort", twos<XTInt64>({1000})) + 1);
 }
 
 TEST_F(OrderingFaults, BinningsOfEveryKindAndRank) {
