@@ -24,12 +24,22 @@ namespace {
 
 // ---- The frame
 
-/// Gives `multiply(first, second)` of two numeric arrays.
-template <class Multiply>
-Outcome give_product(const Call& call, Multiply multiply) {
+/// The outcome of `visit(first, second)` for two numeric arrays.
+template <class Visit>
+Outcome visit_pair(const Call& call, Visit visit) {
   const auto arrays = two_numeric_arguments(call);
   if (!arrays) return Outcome::failed;
-  return xtl::visit([&](const auto* a, const auto* b) { return multiply(*a, *b); }, arrays->first, arrays->second);
+  return xtl::visit([&](const auto* a, const auto* b) { return visit(*a, *b); }, arrays->first, arrays->second);
+}
+
+/// Gives the array `multiply(first, second)` under the name of the first's kind.
+template <class Multiply>
+Outcome give_product(const Call& call, Multiply multiply) {
+  return visit_pair(call, [&](const auto& a, const auto& b) {
+    using Kind = typename std::decay_t<decltype(a)>::tag;
+    give_array<Kind>(call.ctx, call.result, multiply(a, *b.array));
+    return Outcome::handled;
+  });
 }
 
 template <class A, class B>
@@ -290,16 +300,12 @@ auto kron(const XTArray<A, AKind>& first, const xarray_of<B>& second) {
 }  // namespace
 
 Outcome xdot(const Call& call) {
-  return give_product(call, [&](const auto& a, const auto& b) {
-    using Kind = typename std::decay_t<decltype(a)>::tag;
-    give_array<Kind>(call.ctx, call.result, dot(a, *b.array));
-    return Outcome::handled;
-  });
+  return give_product(call, [](const auto& a, const auto& b) { return dot(a, b); });
 }
 
 // required: the first operand alone decides how many elements count.
 Outcome xvdot(const Call& call) {
-  return give_product(call, [&](const auto& a, const auto& b) {
+  return visit_pair(call, [&](const auto& a, const auto& b) {
     using Kind = typename std::decay_t<decltype(a)>::tag;
     const auto left = first_dimension(*a.array);
     const auto right = first_dimension(*b.array);
@@ -317,19 +323,11 @@ Outcome xvdot(const Call& call) {
 }
 
 Outcome xouter(const Call& call) {
-  return give_product(call, [&](const auto& a, const auto& b) {
-    using Kind = typename std::decay_t<decltype(a)>::tag;
-    give_array<Kind>(call.ctx, call.result, outer(a, *b.array));
-    return Outcome::handled;
-  });
+  return give_product(call, [](const auto& a, const auto& b) { return outer(a, b); });
 }
 
 Outcome xkron(const Call& call) {
-  return give_product(call, [&](const auto& a, const auto& b) {
-    using Kind = typename std::decay_t<decltype(a)>::tag;
-    give_array<Kind>(call.ctx, call.result, kron(a, *b.array));
-    return Outcome::handled;
-  });
+  return give_product(call, [](const auto& a, const auto& b) { return kron(a, b); });
 }
 
 // required: finished as it stands; no exponent is read and no power computed.
