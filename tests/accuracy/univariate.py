@@ -1,11 +1,11 @@
 #!/usr/bin/python3
 # accuracy/univariate.py: the digits of mean and standard deviation, ours and NumPy's, into docs/accuracy.md
 
-import argparse
 import os
-import subprocess
 
 import numpy as np
+
+from digits_table import write_into_page
 
 MOST_DIGITS = 15  # of the certified values
 BEGIN, END = "<!-- univariate -->\n", "<!-- end of univariate -->"
@@ -36,22 +36,5 @@ def table(lines, folder):
                f"| {deviation} | {least_deviation} | {peer_deviation:.1f} |")
 
 
-def main():
-    parser = argparse.ArgumentParser(description="Writes the table of digits into a page.")
-    parser.add_argument("program", help="the univariate program")
-    parser.add_argument("data", help="the folder of the sets")
-    parser.add_argument("page", help="the page whose table is replaced")
-    chosen = parser.parse_args()
-    run = subprocess.run([chosen.program, chosen.data], stdout=subprocess.PIPE, text=True, check=True)
-    with open(chosen.page) as page:
-        head, begin, rest = page.read().partition(BEGIN)
-    _, end, tail = rest.partition(END)
-    if not begin or not end:
-        parser.error(f"{chosen.page} has no place for a table")
-    rows = "\n".join(table(run.stdout.splitlines(), chosen.data))
-    with open(chosen.page, "w") as page:
-        page.write(f"{head}{begin}{rows}\n\nNumPy {np.__version__}.\n{end}{tail}")
-
-
 if __name__ == "__main__":
-    main()
+    write_into_page(BEGIN, END, table)
