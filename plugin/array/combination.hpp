@@ -6,7 +6,7 @@
 
 #include <memory>
 
-#include "array/arithmetic.hpp"
+#include "kernels/arithmetic.hpp"
 #include "array/broadcast.hpp"
 #include "array/storage.hpp"
 

@@ -11,7 +11,7 @@
 #include "array/extremes.hpp"
 #include "array/runs.hpp"
 #include "array/scratch.hpp"
-#include "array/spacing.hpp"
+#include "kernels/spacing.hpp"
 #include "array/storage.hpp"
 
 namespace arrayfold {

@@ -7,7 +7,7 @@
 #include <cmath>
 
 #include "array/boxing.hpp"
-#include "array/spacing.hpp"
+#include "kernels/spacing.hpp"
 #include "array/storage.hpp"
 #include "host/entry.hpp"
 

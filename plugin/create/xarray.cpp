@@ -7,9 +7,9 @@
 #include <new>
 
 #include "array/boxing.hpp"
-#include "array/expression_reader.hpp"
+#include "reader/expression_reader.hpp"
 #include "array/storage.hpp"
-#include "array/table_conversion.hpp"
+#include "reader/table_conversion.hpp"
 #include "host/entry.hpp"
 
 namespace arrayfold {

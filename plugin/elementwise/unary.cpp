@@ -11,7 +11,7 @@
 
 #include "array/arguments.hpp"
 #include "array/storage.hpp"
-#include "elementwise/vector_math.hpp"
+#include "kernels/vector_math.hpp"
 
 namespace arrayfold {
 namespace {

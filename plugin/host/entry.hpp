@@ -22,11 +22,11 @@ struct Call {
 
 using EntryBody = Outcome (*)(const Call& call);
 
-/// The host's form of an entry body: answers 0 below `least_nargs`. No catch here: an exception belongs to the host.
-template <EntryBody body, int least_nargs>
+/// The host's form of an entry body: returns 0 below `minimum_nargs`. No catch here: an exception belongs to the host.
+template <EntryBody body, int minimum_nargs>
 int entry(HostContext ctx, HostValue* args, int nargs, HostValue* result) {
-  if constexpr (least_nargs > 0)
-    if (nargs < least_nargs) return static_cast<int>(Outcome::failed);
+  if constexpr (minimum_nargs > 0)
+    if (nargs < minimum_nargs) return static_cast<int>(Outcome::failed);
   return static_cast<int>(body({ctx, args, nargs, result}));
 }
 

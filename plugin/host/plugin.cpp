@@ -5,20 +5,20 @@
 
 namespace arrayfold {
 
-#define FUNCTION(name, least, status) Outcome name(const Call& call);
+#define FUNCTION(name, family, minimum, status) Outcome name(const Call& call);
 #include "host/functions.def"
 #undef FUNCTION
 
 namespace {
 
-#define FUNCTION(name, least, status) {#name, &entry<&name, least>},
+#define FUNCTION(name, family, minimum, status) {#name, &entry<&name, minimum>},
 constexpr FunctionRow function_table[] = {
 #include "host/functions.def"
 };
 #undef FUNCTION
 
 constexpr int function_count = sizeof(function_table) / sizeof(FunctionRow);
-static_assert(function_count == 93);
+static_assert(function_count == 93, "the host expects every function of the list, and no other");
 
 }  // namespace
 }  // namespace arrayfold

@@ -3,9 +3,8 @@
 // The first two take any square matrix, whose eigenvalues are complex; no kind of element is, and their results are
 // dropped. The other two read the lower triangle alone, as that of a symmetric matrix.
 
-#include <xtensor-blas/xlinalg.hpp>
-
 #include "array/arguments.hpp"
+#include "linalg/library.hpp"
 #include "linalg/matrix.hpp"
 
 namespace arrayfold {

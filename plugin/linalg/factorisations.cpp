@@ -1,8 +1,7 @@
 // linalg/factorisations.cpp: xcholesky, xqr, xsvd
 
-#include <xtensor-blas/xlinalg.hpp>
-
 #include "array/arguments.hpp"
+#include "linalg/library.hpp"
 #include "linalg/matrix.hpp"
 
 namespace arrayfold {

@@ -2,8 +2,7 @@
 
 #pragma once
 
-#include <xtensor-blas/xlapack.hpp>
-
+#include "linalg/library.hpp"
 #include "linalg/matrix.hpp"
 
 namespace arrayfold {

@@ -12,11 +12,10 @@
 #include <stdexcept>
 #include <type_traits>
 
-#include <xtensor-blas/xblas.hpp>
-
 #include "array/arguments.hpp"
 #include "array/runs.hpp"
 #include "array/scratch.hpp"
+#include "linalg/library.hpp"
 #include "linalg/result.hpp"
 
 namespace arrayfold {

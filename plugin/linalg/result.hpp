@@ -11,7 +11,7 @@
 #include <xtensor/xnoalias.hpp>
 
 #include "array/boxing.hpp"
-#include "array/conversion.hpp"
+#include "kernels/conversion.hpp"
 #include "array/storage.hpp"
 #include "array/table_slots.hpp"
 #include "host/entry.hpp"

@@ -5,8 +5,6 @@
 
 #include <cmath>
 
-#include <xtensor-blas/xlinalg.hpp>
-
 #include "array/arguments.hpp"
 #include "array/ordered_fold.hpp"
 #include "array/runs.hpp"

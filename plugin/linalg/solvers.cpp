@@ -1,7 +1,5 @@
 // linalg/solvers.cpp: xinv, xpinv, xsolve, xlstsq
 
-#include <xtensor-blas/xlinalg.hpp>
-
 #include "array/arguments.hpp"
 #include "linalg/lu.hpp"
 

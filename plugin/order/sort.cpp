@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "array/conversion.hpp"
+#include "kernels/conversion.hpp"
 #include "order/frame.hpp"
 #include "order/sorting.hpp"
 

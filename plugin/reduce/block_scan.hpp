@@ -9,7 +9,7 @@
 #include <cstddef>
 #include <type_traits>
 
-#include "array/arithmetic.hpp"
+#include "kernels/arithmetic.hpp"
 #include "array/extremes.hpp"
 #include "array/ordered_fold.hpp"
 #include "array/runs.hpp"

@@ -5,7 +5,7 @@
 
 #pragma once
 
-#include "array/arithmetic.hpp"
+#include "kernels/arithmetic.hpp"
 #include "array/ordered_fold.hpp"
 
 namespace arrayfold {

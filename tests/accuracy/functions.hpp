@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "elementwise/vector_math.hpp"
+#include "kernels/vector_math.hpp"
 
 namespace arrayfold::accuracy {
 

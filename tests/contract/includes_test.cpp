@@ -1,11 +1,13 @@
 // contract/includes_test.cpp: the arrows of the source tree, read from its #include lines
 //
-// In the module: families and object -> array -> host; the families never include each other; host/ knows no array
-// library, but for plugin.cpp, which stands above all and names the callbacks. The reference host sees the two headers
-// of the contract and nothing else of the module.
+// In the module: families and object -> array, kernels -> host; create -> reader -> array; kernels includes nothing else
+// of the module. The families never include each other; host/ knows no array library, but for plugin.cpp, which stands
+// above all and names the callbacks. The library's linear algebra is included in one header, which fixes its order. The
+// reference host sees the two headers of the contract and nothing else of the module.
 
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <set>
 #include <sstream>
 #include <string>
@@ -43,12 +45,25 @@ std::vector<Include> includes_below(const std::string& folder) {
 
 std::string first_folder(const std::string& path) { return path.substr(0, path.find('/')); }
 
-const std::set<std::string> families = {"create", "reduce", "order", "elementwise", "binning", "linalg"};
+/// What each folder of the module may include besides itself.
+const std::map<std::string, std::set<std::string>> module_arrows = {
+    {"host", {}},
+    {"kernels", {}},
+    {"array", {"host", "kernels"}},
+    {"reader", {"host", "array"}},
+    {"object", {"host", "array", "kernels"}},
+    {"create", {"host", "array", "kernels", "reader"}},
+    {"reduce", {"host", "array", "kernels"}},
+    {"order", {"host", "array", "kernels"}},
+    {"elementwise", {"host", "array", "kernels"}},
+    {"binning", {"host", "array", "kernels"}},
+    {"linalg", {"host", "array", "kernels"}},
+};
 
 /// True when a file of `from` (a folder of the module) may include one of `to`.
 bool module_arrow(const std::string& from, const std::string& to) {
-  if (from == to || to == "host") return true;
-  return to == "array" && (families.count(from) || from == "object");
+  const auto arrows = module_arrows.find(from);
+  return from == to || (arrows != module_arrows.end() && arrows->second.count(to) != 0);
 }
 
 TEST(Includes, ModuleArrowsRunOneWay) {
@@ -75,6 +90,24 @@ TEST(Includes, HostFolderKnowsNoArrayLibrary) {
   for (const auto& include : includes_below("plugin/host"))
     EXPECT_FALSE(first_folder(include.to).compare(0, 2, "xt") == 0 || first_folder(include.to) == "xsimd")
         << include.from << " includes " << include.to;
+}
+
+TEST(Includes, EveryFolderOfTheModuleHasItsArrows) {
+  std::set<std::string> folders, known;
+  for (const auto& entry : fs::directory_iterator(fs::path(SOURCE_DIR) / "plugin"))
+    if (entry.is_directory()) folders.insert(entry.path().filename().string());
+  for (const auto& [folder, arrows] : module_arrows) known.insert(folder);
+  EXPECT_EQ(folders, known);
+}
+
+TEST(Includes, LinearAlgebraOfTheLibraryComesThroughOneHeader) {
+  int seen = 0;
+  for (const auto& include : includes_below("plugin")) {
+    if (include.to.compare(0, 12, "xtensor-blas") != 0) continue;
+    ++seen;
+    EXPECT_EQ(include.from, "plugin/linalg/library.hpp");
+  }
+  EXPECT_GT(seen, 0);
 }
 
 TEST(Includes, ReferenceHostSeesTheContractAlone) {

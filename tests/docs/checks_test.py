@@ -87,7 +87,7 @@ class FunctionPages(unittest.TestCase):
 
     def test_a_function_that_begins_to_be_served_is_noticed(self):
         listing = self.root / "plugin/host/functions.def"
-        listing.write_text(listing.read_text() + "FUNCTION(xnew, 1, working)\n")
+        listing.write_text(listing.read_text() + "FUNCTION(xnew, create, 1, working)\n")
         self.assert_faulty("xnew.md: there is no such page")
 
     def test_a_page_without_an_example_is_noticed(self):

@@ -12,7 +12,7 @@ import sys
 from extract_blocks import blocks_of
 
 SECTIONS = ["Synopsis", "Arguments", "Result", "Refusals and errors", "Examples", "See also"]
-ROW = re.compile(r"^FUNCTION\((\w+),\s*\d+,\s*(\w+)\)", re.MULTILINE)
+ROW = re.compile(r"^FUNCTION\((\w+),\s*\w+,\s*\d+,\s*(\w+)\)", re.MULTILINE)
 METHODS = ["dump", "shape", "reshape"]
 OPERATORS = {
     "add": " + ",

@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "array/expression_reader.hpp"
+#include "reader/expression_reader.hpp"
 #include "support/scripted_test.hpp"
 
 namespace arrayfold::test {

@@ -8,7 +8,7 @@
 #include <xtensor/xbuilder.hpp>
 #include <xtensor/xnoalias.hpp>
 
-#include "array/conversion.hpp"
+#include "kernels/conversion.hpp"
 #include "support/module_test.hpp"
 
 namespace arrayfold::test {

@@ -2,7 +2,7 @@
 //
 // Compiled into this program with the wide ones left out, so that every machine tests them.
 
-#include "elementwise/vector_math.hpp"
+#include "kernels/vector_math.hpp"
 
 #include <cmath>
 #include <random>

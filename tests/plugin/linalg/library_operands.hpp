@@ -2,10 +2,10 @@
 
 #pragma once
 
-#include <xtensor-blas/xlinalg.hpp>
+#include "linalg/library.hpp"
 
 #include "algebra.hpp"
-#include "array/conversion.hpp"
+#include "kernels/conversion.hpp"
 
 namespace arrayfold::test {
 

@@ -1,4 +1,4 @@
-// array/scalar_ref.hpp: the value of one expression, and the rules by which host values are read, written and passed on
+// reader/scalar_ref.hpp: the value of one expression, and the rules by which host values are read, written and passed on
 
 #pragma once
 

@@ -1,6 +1,6 @@
-// array/scalar_ref_test.cpp: the rules by which host values are read, written, passed on and dropped
+// reader/scalar_ref_test.cpp: the rules by which host values are read, written, passed on and dropped
 
-#include "array/scalar_ref.hpp"
+#include "reader/scalar_ref.hpp"
 
 #include <cstring>
 

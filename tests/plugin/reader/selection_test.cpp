@@ -1,4 +1,4 @@
-// array/selection_test.cpp: what selections take out of table variables
+// reader/selection_test.cpp: what selections take out of table variables
 
 #include "array/xt_object.hpp"
 #include "support/reader_test.hpp"

@@ -1,11 +1,11 @@
-// elementwise/vector_math.cpp: the C library's vector functions, four or eight doubles at a time
+// kernels/vector_math.cpp: the C library's vector functions, four or eight doubles at a time
 
-#include "elementwise/vector_math.hpp"
+#include "kernels/vector_math.hpp"
 
 #include <cmath>
 #include <cstring>
 
-#include "array/lanes.hpp"
+#include "kernels/lanes.hpp"
 
 #if defined(__x86_64__) && defined(__GLIBC__) && defined(__GLIBC_PREREQ)
 #if __GLIBC_PREREQ(2, 35)

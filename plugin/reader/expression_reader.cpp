@@ -1,6 +1,6 @@
-// array/expression_reader.cpp: the forms of a quotation, and the values of its arguments
+// reader/expression_reader.cpp: the forms of a quotation, and the values of its arguments
 
-#include "array/expression_reader.hpp"
+#include "reader/expression_reader.hpp"
 
 #include <exception>
 #include <new>

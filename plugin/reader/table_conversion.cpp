@@ -1,6 +1,6 @@
-// array/table_conversion.cpp: the walks over tables and data literals
+// reader/table_conversion.cpp: the walks over tables and data literals
 
-#include "array/table_conversion.hpp"
+#include "reader/table_conversion.hpp"
 
 #include <algorithm>
 

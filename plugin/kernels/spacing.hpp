@@ -1,11 +1,11 @@
-// array/spacing.hpp: evenly spaced numbers
+// kernels/spacing.hpp: evenly spaced numbers
 
 #pragma once
 
 #include <algorithm>
 #include <cstddef>
 
-#include "array/conversion.hpp"
+#include "kernels/conversion.hpp"
 
 namespace arrayfold {
 

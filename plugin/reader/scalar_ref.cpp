@@ -1,6 +1,6 @@
-// array/scalar_ref.cpp: reading, writing, copying and dropping host values
+// reader/scalar_ref.cpp: reading, writing, copying and dropping host values
 
-#include "array/scalar_ref.hpp"
+#include "reader/scalar_ref.hpp"
 
 namespace arrayfold {
 namespace {

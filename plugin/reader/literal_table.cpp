@@ -1,10 +1,10 @@
-// array/literal_table.cpp: the table that an array literal writes down
+// reader/literal_table.cpp: the table that an array literal writes down
 
 #include <cmath>
 #include <new>
 
-#include "array/dyn_array.hpp"
-#include "array/expression_reader.hpp"
+#include "reader/dyn_array.hpp"
+#include "reader/expression_reader.hpp"
 
 namespace arrayfold {
 namespace {

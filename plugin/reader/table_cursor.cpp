@@ -1,6 +1,6 @@
-// array/table_cursor.cpp: the modes of a walk
+// reader/table_cursor.cpp: the modes of a walk
 
-#include "array/table_cursor.hpp"
+#include "reader/table_cursor.hpp"
 
 namespace arrayfold {
 namespace {

@@ -1,4 +1,4 @@
-// array/lanes.hpp: whether the processor's registers hold eight doubles
+// kernels/lanes.hpp: whether the processor's registers hold eight doubles
 //
 // The module is built for registers of four. What gains from eight stands in functions of a target of their own, and
 // asks here at its head: the answer is a few bits that the compiler's runtime holds.

@@ -1,6 +1,6 @@
-// array/table_cursor_test.cpp: which entries a pair of selectors chooses, and in which order they come
+// reader/table_cursor_test.cpp: which entries a pair of selectors chooses, and in which order they come
 
-#include "array/table_cursor.hpp"
+#include "reader/table_cursor.hpp"
 
 #include <array>
 #include <climits>

@@ -1,4 +1,4 @@
-// array/table_cursor.hpp: walking a host table, whole or under a selector
+// reader/table_cursor.hpp: walking a host table, whole or under a selector
 
 #pragma once
 

@@ -1,10 +1,10 @@
-// array/selection.cpp: what a selection takes out of a table
+// reader/selection.cpp: what a selection takes out of a table
 
 #include <new>
 #include <vector>
 
-#include "array/expression_reader.hpp"
-#include "array/table_cursor.hpp"
+#include "reader/expression_reader.hpp"
+#include "reader/table_cursor.hpp"
 #include "array/table_slots.hpp"
 #include "array/xt_object.hpp"
 

@@ -1,4 +1,4 @@
-// array/table_conversion.hpp: gathering elements and shape from host tables and data literals
+// reader/table_conversion.hpp: gathering elements and shape from host tables and data literals
 //
 // Shape is not verified: each depth records the count of the last table or row that was visited there, numbers and
 // nested tables may mix, and the elements are whatever came, in their order. Fitting them to the shape is the caller's.
@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "array/element_kind.hpp"
-#include "array/expression_reader.hpp"
-#include "array/table_cursor.hpp"
+#include "reader/expression_reader.hpp"
+#include "reader/table_cursor.hpp"
 
 namespace arrayfold {
 

@@ -1,4 +1,4 @@
-// array/literal_table_test.cpp: the tables that array literals among arguments write down
+// reader/literal_table_test.cpp: the tables that array literals among arguments write down
 
 #include "support/reader_test.hpp"
 

@@ -1,4 +1,4 @@
-// array/expression_reader.hpp: what a quoted expression of a script says
+// reader/expression_reader.hpp: what a quoted expression of a script says
 //
 // The host hands over the tree of an expression. It names a dtype, a variable or a label, and its arguments are values
 // to compute: literals, variables, calls, selections from tables, array literals. Calls and variables are the host's:
@@ -11,7 +11,7 @@
 
 #include <xtensor/xstorage.hpp>
 
-#include "array/scalar_ref.hpp"
+#include "reader/scalar_ref.hpp"
 
 namespace arrayfold {
 

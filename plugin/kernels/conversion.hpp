@@ -1,4 +1,4 @@
-// array/conversion.hpp: from reals to elements
+// kernels/conversion.hpp: from reals to elements
 
 #pragma once
 

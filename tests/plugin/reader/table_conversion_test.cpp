@@ -1,6 +1,6 @@
-// array/table_conversion_test.cpp: elements and shape, from tables and from data literals
+// reader/table_conversion_test.cpp: elements and shape, from tables and from data literals
 
-#include "array/table_conversion.hpp"
+#include "reader/table_conversion.hpp"
 
 #include "support/reader_test.hpp"
 

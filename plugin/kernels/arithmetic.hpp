@@ -1,4 +1,4 @@
-// array/arithmetic.hpp: operations on two elements, and their loops
+// kernels/arithmetic.hpp: operations on two elements, and their loops
 //
 // Integers wrap in their width; their division is the processor's, with its fault. Reals are IEEE. The loops take
 // pointers that do not overlap, or one that is changed in place, so that the compiler keeps several elements in a
@@ -14,7 +14,7 @@
 #include <limits>
 #include <type_traits>
 
-#include "array/lanes.hpp"
+#include "kernels/lanes.hpp"
 
 namespace arrayfold {
 

@@ -1,6 +1,6 @@
-// array/dyn_array_test.cpp: growth, order of fields and removal
+// reader/dyn_array_test.cpp: growth, order of fields and removal
 
-#include "array/dyn_array.hpp"
+#include "reader/dyn_array.hpp"
 
 #include "array/table_slots.hpp"
 

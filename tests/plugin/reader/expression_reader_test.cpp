@@ -1,8 +1,8 @@
-// array/expression_reader_test.cpp: the forms of a quotation, and the values of arguments
+// reader/expression_reader_test.cpp: the forms of a quotation, and the values of arguments
 //
 // Array literals and selections have files of their own.
 
-#include "array/expression_reader.hpp"
+#include "reader/expression_reader.hpp"
 
 #include <stdexcept>
 

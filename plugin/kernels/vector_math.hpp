@@ -1,4 +1,4 @@
-// elementwise/vector_math.hpp: mathematical functions over many doubles at once
+// kernels/vector_math.hpp: mathematical functions over many doubles at once
 //
 // On x86-64 the C library's own vector functions, four or eight at a time as the processor has them; elsewhere its scalar
 // ones. The value of an element does not depend on its neighbours or its place: what is left over at the end is padded to

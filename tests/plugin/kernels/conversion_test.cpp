@@ -1,6 +1,6 @@
-// array/conversion_test.cpp: reals to integers, at every edge
+// kernels/conversion_test.cpp: reals to integers, at every edge
 
-#include "array/conversion.hpp"
+#include "kernels/conversion.hpp"
 
 #include <cmath>
 #include <limits>

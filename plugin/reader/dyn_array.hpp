@@ -1,4 +1,4 @@
-// array/dyn_array.hpp: a growable array in the host's memory
+// reader/dyn_array.hpp: a growable array in the host's memory
 
 #pragma once
 
