@@ -6,23 +6,42 @@
 #include <new>
 #include <stdexcept>
 
+#include "support/containers.hpp"
+
 namespace arrayfold::test {
 
 void hold(HostAny& any) { store<std::uint32_t>(any.host_word, 1); }
 
-FloatObject::FloatObject(const std::vector<std::size_t>& extents, const std::vector<float>& elements) {
-  content_.array = std::make_unique<ArrayOf<XTFloat>>();
-  content_.array->array = std::make_shared<xarray_of<float>>(Shape(extents.begin(), extents.end()));
-  auto& storage = content_.array->array->storage();
-  if (storage.size() != elements.size()) throw std::invalid_argument("elements do not fill the extents");
-  std::copy(elements.begin(), elements.end(), storage.begin());
-  man_.name = XTFloat::type_name;
-  any_.manager = &man_;
-  any_.content = &content_;
-  hold(any_);
+struct FloatObject::Records {
+  XTObject<ArrayOf<XTFloat>> content;
+  AnyMan man{};
+  HostAny any{};
+};
+
+FloatObject::FloatObject(const std::vector<std::size_t>& extents, const std::vector<float>& elements)
+    : records_(std::make_unique<Records>()) {
+  if (size_of(extents) != elements.size()) throw std::invalid_argument("elements do not fill the extents");
+  auto& [content, man, any] = *records_;
+  content.array = std::make_unique<ArrayOf<XTFloat>>();
+  content.array->array = std::make_shared<xarray_of<float>>(container_with<float>(TestArray(extents, elements)));
+  man.name = XTFloat::type_name;
+  any.manager = &man;
+  any.content = &content;
+  hold(any);
 }
 
-Value FloatObject::value() { return Value::object(&any_); }
+FloatObject::~FloatObject() = default;
+
+Value FloatObject::value() { return Value::object(&records_->any); }
+
+Operand::Operand(HostContext ctx, const TestArray& array) {
+  if (array.kind() != Kind::float32) {
+    value_ = to_host(ctx, array);
+    return;
+  }
+  floats_ = std::make_unique<FloatObject>(array.extents(), array.as<float>());
+  value_ = floats_->value();
+}
 
 ForeignObject::ForeignObject(const char* type_name) {
   man_.name = type_name;
@@ -52,11 +71,10 @@ FloatNameRegistered::~FloatNameRegistered() { hvm::forget_type(XTFloat::type_nam
 FloatKindRegistered::FloatKindRegistered() { register_float_name<ArrayOf<XTFloat>>(); }
 FloatKindRegistered::~FloatKindRegistered() { hvm::forget_type(XTFloat::type_name); }
 
-std::vector<double> FloatNameRegistered::elements(const Value& value) {
+TestArray FloatNameRegistered::contents(const Value& value) {
   if (type_of(value) != XTFloat::type_name) throw std::invalid_argument("no object of the float name");
   void* content = hvm::object_of(value.record())->content.get();
-  const auto& storage = static_cast<XTObject<ArrayOf<XTDouble>>*>(content)->array->array->storage();
-  return {storage.begin(), storage.end()};
+  return array_in<double>(*static_cast<XTObject<ArrayOf<XTDouble>>*>(content)->array->array);
 }
 
 }  // namespace arrayfold::test

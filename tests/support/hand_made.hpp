@@ -5,6 +5,7 @@
 
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "support/module_test.hpp"
@@ -20,12 +21,12 @@ class FloatObject {
   FloatObject(const std::vector<std::size_t>& extents, const std::vector<float>& elements);
   FloatObject(const FloatObject&) = delete;
   FloatObject& operator=(const FloatObject&) = delete;
+  ~FloatObject();
   Value value();
 
  private:
-  XTObject<ArrayOf<XTFloat>> content_;
-  AnyMan man_{};
-  HostAny any_{};
+  struct Records;
+  std::unique_ptr<Records> records_;
 };
 
 /// An object of a type with another name, which may be null, and without content.
@@ -49,8 +50,9 @@ class FloatNameRegistered {
   FloatNameRegistered(const FloatNameRegistered&) = delete;
   FloatNameRegistered& operator=(const FloatNameRegistered&) = delete;
 
-  /// The doubles of such an object.
-  static std::vector<double> elements(const Value& value);
+  /// What such an object holds: doubles.
+  static TestArray contents(const Value& value);
+  static std::vector<double> elements(const Value& value) { return contents(value).as<double>(); }
 };
 
 /// The same with objects that take floats, as those results do that are of the kind of a float operand.
@@ -63,25 +65,16 @@ class FloatKindRegistered {
 };
 
 /// An object of any kind, made by the host where it can be.
-template <class Kind>
 class Operand {
  public:
-  Operand(HostContext ctx, const std::vector<std::size_t>& extents, const std::vector<typename Kind::element>& elements)
-      : value_(array_of<Kind>(ctx, extents, elements)) {}
+  Operand(HostContext ctx, const TestArray& array);
+  Operand(HostContext ctx, Kind kind, const Extents& extents, const Numbers& numbers)
+      : Operand(ctx, TestArray(kind, extents, numbers)) {}
   Value value() { return value_; }
 
  private:
+  std::unique_ptr<FloatObject> floats_;
   Value value_;
-};
-template <>
-class Operand<XTFloat> {
- public:
-  Operand(HostContext, const std::vector<std::size_t>& extents, const std::vector<float>& elements)
-      : object_(extents, elements) {}
-  Value value() { return object_.value(); }
-
- private:
-  FloatObject object_;
 };
 
 }  // namespace arrayfold::test

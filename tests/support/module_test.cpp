@@ -7,6 +7,8 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "support/containers.hpp"
+
 namespace arrayfold::test {
 namespace {
 
@@ -199,6 +201,96 @@ std::vector<std::int64_t> ModuleTest::shape(Value& value) const {
 std::string type_of(const Value& value) {
   const HostAny* any = hvm::object_of(value.record());
   return any == nullptr ? "" : hvm::type_name_of(any);
+}
+
+namespace {
+
+/// Calls `use(container)` for the array of any kind in an object; whether it is one.
+template <class Use>
+bool with_container(const Value& value, Use use) {
+  const auto try_as = [&](auto* container) { return container != nullptr && (use(*container), true); };
+  return try_as(container_of<XTBool>(value)) || try_as(container_of<XTInt>(value)) ||
+         try_as(container_of<XTInt64>(value)) || try_as(container_of<XTFloat>(value)) ||
+         try_as(container_of<XTDouble>(value));
+}
+
+/// What `use(container)` gives for the array in an object.
+template <class Result, class Use>
+Result of_container(const Value& value, Use use) {
+  Result result{};
+  if (!with_container(value, [&](auto& container) { result = use(container); }))
+    throw std::invalid_argument("no array but " + type_of(value));
+  return result;
+}
+
+template <class Row>
+Value new_object(HostContext ctx, const TestArray& array) {
+  const auto& elements = array.as<typename Row::element>();
+  auto made = std::make_unique<ArrayOf<Row>>();
+  made->array = std::make_shared<xarray_of<typename Row::element>>(Shape(array.extents().begin(), array.extents().end()));
+  auto& storage = made->array->storage();
+  if (storage.size() != elements.size()) throw std::invalid_argument("elements do not fill the extents");
+  std::copy(elements.begin(), elements.end(), storage.begin());
+  return Value::object(box_array<Row>(ctx, made));
+}
+
+}  // namespace
+
+Value to_host(HostContext ctx, const TestArray& array) {
+  switch (array.kind()) {
+    case Kind::boolean:
+      return new_object<XTBool>(ctx, array);
+    case Kind::int32:
+      return new_object<XTInt>(ctx, array);
+    case Kind::int64:
+      return new_object<XTInt64>(ctx, array);
+    case Kind::float64:
+      return new_object<XTDouble>(ctx, array);
+    default:
+      return new_object<XTFloat>(ctx, array);
+  }
+}
+
+bool holds_array(const Value& value) {
+  return with_container(value, [](const auto&) {});
+}
+
+TestArray from_host(const Value& value) {
+  return of_container<TestArray>(value, [](const auto& container) {
+    using T = typename std::decay_t<decltype(container)>::value_type;
+    // Not in braces: two pointers would be two bools.
+    return TestArray(Extents(container.shape().begin(), container.shape().end()),
+                     std::vector<T>(container.storage().begin(), container.storage().end()));
+  });
+}
+
+StoredElements storage_of(const Value& value) {
+  return of_container<StoredElements>(value, [](auto& container) {
+    return StoredElements{static_cast<void*>(container.storage().data()), container.storage().size()};
+  });
+}
+
+const void* container_address(const Value& value) {
+  return of_container<const void*>(value, [](const auto& container) { return static_cast<const void*>(&container); });
+}
+
+std::vector<std::ptrdiff_t> strides_of(const Value& value) {
+  return of_container<std::vector<std::ptrdiff_t>>(value, [](const auto& container) {
+    return std::vector<std::ptrdiff_t>(container.strides().begin(), container.strides().end());
+  });
+}
+
+std::vector<std::ptrdiff_t> backstrides_of(const Value& value) {
+  return of_container<std::vector<std::ptrdiff_t>>(value, [](const auto& container) {
+    return std::vector<std::ptrdiff_t>(container.backstrides().begin(), container.backstrides().end());
+  });
+}
+
+void set_extents(const Value& value, const Extents& extents) {
+  of_container<int>(value, [&](auto& container) {
+    const_cast<Shape&>(container.shape()) = Shape(extents.begin(), extents.end());
+    return 0;
+  });
 }
 
 Value raw(ValueTag tag, std::uint64_t payload) {

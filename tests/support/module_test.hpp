@@ -11,9 +11,8 @@
 
 #include <gtest/gtest.h>
 
-#include "array/boxing.hpp"
-#include "array/kind_frames.hpp"
 #include "kernel/kernel.hpp"
+#include "support/test_array.hpp"
 
 namespace arrayfold::test {
 
@@ -93,35 +92,36 @@ std::vector<std::string> described(const std::vector<hvm::RecordedCall>& calls, 
 /// The type's name of the object in `value`; empty when it holds none.
 std::string type_of(const Value& value);
 
-/// A new object of `Kind` that holds `elements` in the order given under `extents`.
-template <class Kind>
-Value array_of(HostContext ctx, const std::vector<std::size_t>& extents,
-               const std::vector<typename Kind::element>& elements) {
-  using Element = typename Kind::element;
-  auto array = std::make_unique<ArrayOf<Kind>>();
-  array->array = std::make_shared<xarray_of<Element>>(Shape(extents.begin(), extents.end()));
-  auto& storage = array->array->storage();
-  if (storage.size() != elements.size()) throw std::invalid_argument("elements do not fill the extents");
-  std::copy(elements.begin(), elements.end(), storage.begin());
-  return Value::object(box_array<Kind>(ctx, array));
+/// A new object of the host's that holds the array; not of the float kind, which no host has. Throws
+/// std::invalid_argument where the elements do not fill the extents.
+Value to_host(HostContext ctx, const TestArray& array);
+/// What an object of one of the module's types holds. Throws std::invalid_argument when there is none.
+TestArray from_host(const Value& value);
+bool holds_array(const Value& value);
+
+/// The same of one kind: a new object with elements in storage order, and the elements of one.
+template <class Row>
+Value array_of(HostContext ctx, const Extents& extents, const std::vector<typename Row::element>& elements) {
+  return to_host(ctx, TestArray(extents, elements));
+}
+template <class Row>
+std::vector<typename Row::element> elements_of(const Value& value) {
+  return from_host(value).as<typename Row::element>();
 }
 
-/// The container behind an object of `Kind`; null when `value` is no such object.
-template <class Kind>
-xarray_of<typename Kind::element>* container_of(const Value& value) {
-  auto* any = hvm::object_of(value.record());
-  auto* array = any == nullptr ? nullptr : unbox_array<Kind>(any);
-  return array == nullptr ? nullptr : array->array.get();
-}
-
-/// The elements of an object of `Kind` in storage order.
-template <class Kind>
-std::vector<typename Kind::element> elements_of(const Value& value) {
-  const auto* container = container_of<Kind>(value);
-  if (container == nullptr) throw std::invalid_argument("no array of this kind");
-  // Not in braces: two pointers would be two bools.
-  return std::vector<typename Kind::element>(container->storage().begin(), container->storage().end());
-}
+/// Where the elements are, and how many there are, whatever the extents say.
+struct StoredElements {
+  void* address = nullptr;
+  std::size_t count = 0;
+};
+StoredElements storage_of(const Value& value);
+/// The container behind an object, to tell one from another.
+const void* container_address(const Value& value);
+/// The strides of an array, and what a walk goes back by at the end of each dimension.
+std::vector<std::ptrdiff_t> strides_of(const Value& value);
+std::vector<std::ptrdiff_t> backstrides_of(const Value& value);
+/// Gives an array other extents, as `reshape` can leave them, also where the host knows no method of it.
+void set_extents(const Value& value, const Extents& extents);
 
 /// The indices of an element access, as a host hands them over in the place of a right operand: the entries follow the
 /// count, or stand elsewhere behind a pointer.

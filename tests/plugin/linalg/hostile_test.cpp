@@ -11,11 +11,7 @@
 namespace arrayfold::test {
 namespace {
 
-constexpr const char* all_functions[] = {"xdot",  "xvdot", "xouter", "xkron",        "xmatrix_power", "xcholesky",
-                                         "xqr",   "xsvd",  "xeig",   "xeigvals",     "xeigh",         "xeigvalsh",
-                                         "xnorm", "xcond", "xdet",   "xmatrix_rank", "xslogdet",      "xtrace",
-                                         "xinv",  "xpinv", "xsolve", "xlstsq"};
-constexpr const char* of_two[] = {"xdot", "xvdot", "xouter", "xkron", "xsolve", "xlstsq"};
+const Names all_functions = functions_of("linalg");
 
 constexpr const char* known_endings[] = {
     "0",
@@ -48,7 +44,7 @@ class Hostile : public AlgebraTest {
   }
 
   /// One call. One that does not come back ends the process by its alarm.
-  std::string tried(const char* name, const std::vector<Value>& args, MayEnd may_end = MayEnd::as_known) {
+  std::string tried(const std::string& name, const std::vector<Value>& args, MayEnd may_end = MayEnd::as_known) {
     using Clock = std::chrono::steady_clock;
     alarm(30);
     const auto before = Clock::now();
@@ -62,13 +58,13 @@ class Hostile : public AlgebraTest {
   }
 
   void try_alone(const Value& operand, MayEnd may_end = MayEnd::as_known) {
-    for (const char* name : all_functions) tried(name, {operand, operand}, may_end);
+    for (const std::string& name : all_functions) tried(name, {operand, operand}, may_end);
   }
 
  private:
   CapturedOutput output_;
   double longest_ = 0;
-  const char* slowest_ = "";
+  std::string slowest_;
   int calls_ = 0;
 };
 
@@ -111,9 +107,9 @@ TEST_F(Hostile, EveryShapeAlone_OfEveryKind) {
     const std::size_t size = size_of(extents);
     const Reals numbers = random_reals(size, 1);
     try_alone(doubles(extents, numbers));
-    try_alone(made_of<XTFloat>(extents, numbers));
-    try_alone(made<XTInt>(extents, std::vector<std::int32_t>(size, 3)));
-    try_alone(made<XTInt64>(extents, std::vector<std::int64_t>(size, -3)));
+    try_alone(floats(extents, numbers));
+    try_alone(ints(extents, Numbers(size, 3)));
+    try_alone(longs(extents, Numbers(size, -3)));
   }
 }
 
@@ -123,7 +119,7 @@ TEST_F(Hostile, EveryPairOfShapes) {
       // Two arrays of 2^9 elements are enough for any product.
       const Value a = doubles(left, random_reals(size_of(left), 1)),
                   b = doubles(right, random_reals(size_of(right), 2));
-      for (const char* name : of_two) tried(name, {a, b});
+      for (const std::string& name : of_two) tried(name, {a, b});
     }
 }
 
@@ -132,9 +128,9 @@ TEST_F(Hostile, EveryPairOfShapes_OfFloatsAndIntegers) {
     for (const Extents& right : shapes()) {
       if (left.size() > 4 || right.size() > 4) continue;
       const Reals numbers = random_reals(size_of(left), 1), others = random_reals(size_of(right), 2);
-      const Value a = made_of<XTFloat>(left, numbers), b = made_of<XTFloat>(right, others);
-      const Value whole = made<XTInt>(right, std::vector<std::int32_t>(others.size(), 2));
-      for (const char* name : of_two) {
+      const Value a = floats(left, numbers), b = floats(right, others);
+      const Value whole = ints(right, Numbers(others.size(), 2));
+      for (const std::string& name : of_two) {
         tried(name, {a, b});
         tried(name, {a, whole});
         tried(name, {whole, a});
@@ -193,9 +189,9 @@ TEST_F(Hostile, BadMatrices) {
     for (const Reals& elements : bad_matrices(n)) {
       const Value matrix = doubles({n, n}, elements);
       try_alone(matrix);
-      try_alone(made_of<XTFloat>({n, n}, elements));
+      try_alone(floats({n, n}, elements));
       const Value good = doubles({n, n}, positive_definite(n, 4)), row = doubles({n}, Reals(n, 1));
-      for (const char* name : of_two)
+      for (const std::string& name : of_two)
         for (const Value& other : {good, row}) {
           tried(name, {matrix, other});
           tried(name, {other, matrix});
@@ -209,11 +205,11 @@ TEST_F(Hostile, BadMatricesThatAreNotSquare) {
     for (Reals elements : bad_matrices(n)) {
       elements.resize(size);
       const Value matrix = doubles({rows, columns}, elements);
-      for (const char* name : of_any_matrix) tried(name, {matrix});
+      for (const std::string& name : of_any_matrix) tried(name, {matrix});
       tried("xnorm", {matrix});
       tried("xlstsq", {matrix, ones({rows})});
       tried("xlstsq", {doubles({rows, columns}, random_reals(size, 5)), matrix});
-      tried("xlstsq", {made_of<XTFloat>({rows, columns}, elements), matrix});
+      tried("xlstsq", {floats({rows, columns}, elements), matrix});
     }
   }
 }
@@ -224,11 +220,11 @@ TEST_F(Hostile, LargeMatricesOfInfinitiesAndNaN) {
     for (const bool throughout : {false, true}) {
       Reals elements = throughout ? Reals(n * n, bad) : positive_definite(n, 6);
       elements[n] = bad;
-      const Value matrix = doubles({n, n}, elements), floats = made_of<XTFloat>({n, n}, elements);
-      for (const char* name : all_functions) {
-        if (std::string(name) == "xkron") continue;  // of two such: four gigabytes
+      const Value matrix = doubles({n, n}, elements), in_32_bits = floats({n, n}, elements);
+      for (const std::string& name : all_functions) {
+        if (name == "xkron") continue;  // of two such: four gigabytes
         tried(name, {matrix, matrix});
-        tried(name, {floats, floats});
+        tried(name, {in_32_bits, in_32_bits});
       }
     }
 }
@@ -238,7 +234,7 @@ TEST_F(Hostile, ExtentsBeyondTheStorage) {
   const std::pair<int, int> claims[] = {{-2, -3}, {-1, -6}, {-6, -1}};
   for (const auto& [first, second] : claims) {
     const Value claimed = claiming(first, second), row = ones({2});
-    for (const char* name : all_functions)
+    for (const std::string& name : all_functions)
       for (const std::vector<Value>& args : {std::vector<Value>{claimed, claimed}, {claimed, row}, {row, claimed}})
         out_of_memory += tried(name, args, MayEnd::without_memory) == "bad_alloc";
   }

@@ -5,167 +5,163 @@
 namespace arrayfold::test {
 namespace {
 
-template <class Kind>
-class Endings : public AlgebraTest {
+class Endings : public OverKinds<AlgebraTest> {
  protected:
-  using T = typename Kind::element;
-
   Value filled(const Extents& extents, double value = 1) {
-    return made<Kind>(extents, std::vector<T>(size_of(extents), static_cast<T>(value)));
+    return made(kind(), extents, Numbers(size_of(extents), value));
   }
-  Value of(const Extents& extents, const Reals& numbers) { return made_of<Kind>(extents, numbers); }
+  Value of(const Extents& extents, const Reals& numbers) { return made(kind(), extents, numbers); }
   /// Six elements under other extents, as `reshape` can leave them.
   Value claiming_extents(const Extents& extents) {
     const Value six = filled({6});
-    // No method: the host knows none of the float kind.
-    const_cast<Shape&>(container_of<Kind>(six)->shape()) = Shape(extents.begin(), extents.end());
+    set_extents(six, extents);  // no method: the host knows none of the float kind
     return six;
   }
   Value regular() { return of({2, 2}, {2, 1, 1, 3}); }
   Value singular() { return of({2, 2}, {1, 2, 2, 4}); }
 };
 
-TYPED_TEST_SUITE(Endings, RealKinds, KindNames);
+INSTANTIATE_TEST_SUITE_P(Kinds, Endings, ::testing::ValuesIn(real_kinds), KindName());
 
 // ---- Shapes
 
-TYPED_TEST(Endings, SquaresAreRequired) {
-  for (const char* name : of_squares)
+TEST_P(Endings, SquaresAreRequired) {
+  for (const std::string& name : of_squares)
     for (const Extents& extents : {Extents{2, 3}, {3, 2}, {1, 2}, {0, 1}, {1, 0}, {2, 2, 3}, {2, 3, 2}, {1, 1, 1, 0}})
-      EXPECT_EQ(this->ending(name, {this->filled(extents)}), square_words) << name;
+      EXPECT_EQ(ending(name, {filled(extents)}), square_words) << name;
 }
 
-TYPED_TEST(Endings, FewerThanTwoDimensions_AreNotSquare) {
-  for (const char* name : of_squares)
+TEST_P(Endings, FewerThanTwoDimensions_AreNotSquare) {
+  for (const std::string& name : of_squares)
     for (const Extents& extents : {Extents{}, {0}, {1}, {2}, {4}})
-      EXPECT_EQ(this->ending(name, {this->filled(extents)}), square_words) << name << extents.size();
+      EXPECT_EQ(ending(name, {filled(extents)}), square_words) << name << extents.size();
 }
 
-TYPED_TEST(Endings, MoreThanTwoDimensions_AreNoMatrix) {
-  for (const char* name : of_squares)
+TEST_P(Endings, MoreThanTwoDimensions_AreNoMatrix) {
+  for (const std::string& name : of_squares)
     for (const Extents& extents : {Extents{3, 2, 2}, {1, 1, 1}, {0, 0, 0}, {2, 1, 3, 3}, {1, 1, 1, 1, 1, 1}})
-      EXPECT_EQ(this->ending(name, {this->filled(extents)}), shape_words) << name << extents.size();
+      EXPECT_EQ(ending(name, {filled(extents)}), shape_words) << name << extents.size();
 }
 
-TYPED_TEST(Endings, AnyOtherNumberOfDimensionsThanTwo_IsNoMatrix) {
-  for (const char* name : of_any_matrix)
+TEST_P(Endings, AnyOtherNumberOfDimensionsThanTwo_IsNoMatrix) {
+  for (const std::string& name : of_any_matrix)
     for (const Extents& extents : {Extents{}, {0}, {1}, {3}, {2, 2, 2}, {1, 1, 1}, {0, 0, 0}, {1, 1, 1, 1, 1, 1}})
-      EXPECT_EQ(this->ending(name, {this->filled(extents)}), shape_words) << name << extents.size();
+      EXPECT_EQ(ending(name, {filled(extents)}), shape_words) << name << extents.size();
 }
 
-TYPED_TEST(Endings, ExtentsBeyondTheStorage_AreOutOfMemory) {
+TEST_P(Endings, ExtentsBeyondTheStorage_AreOutOfMemory) {
   constexpr std::size_t far = std::size_t{0} - 6;
-  const Value square = this->claiming_extents({far, far}), wide = this->claiming_extents({2, 4}),
-              tall = this->claiming_extents({far, 1});
-  for (const char* name : of_one_matrix) {
-    const bool needs_square = std::count(std::begin(of_squares), std::end(of_squares), std::string(name)) != 0;
-    EXPECT_EQ(this->ending(name, {square}), "bad_alloc") << name;
-    EXPECT_EQ(this->ending(name, {wide}), needs_square ? square_words : "bad_alloc") << name;
-    EXPECT_EQ(this->ending(name, {tall}), needs_square ? square_words : "bad_alloc") << name;
+  const Value square = claiming_extents({far, far}), wide = claiming_extents({2, 4}),
+              tall = claiming_extents({far, 1});
+  for (const std::string& name : of_one_matrix) {
+    const bool needs_square = contains(of_squares, name);
+    EXPECT_EQ(ending(name, {square}), "bad_alloc") << name;
+    EXPECT_EQ(ending(name, {wide}), needs_square ? square_words : "bad_alloc") << name;
+    EXPECT_EQ(ending(name, {tall}), needs_square ? square_words : "bad_alloc") << name;
   }
 }
 
 // ---- Factorisations and eigenvalues
 
-TYPED_TEST(Endings, OfXcholesky_WhenNotPositiveDefinite) {
+TEST_P(Endings, OfXcholesky_WhenNotPositiveDefinite) {
   constexpr char failed[] = "runtime_error: Cholesky decomposition failed.";
-  EXPECT_EQ(this->ending("xcholesky", {this->of({2, 2}, {1, 2, 2, 1})}), failed);
-  EXPECT_EQ(this->ending("xcholesky", {this->of({2, 2}, {0, 0, 0, 0})}), failed);
-  EXPECT_EQ(this->ending("xcholesky", {this->of({1, 1}, {-1})}), failed);
-  EXPECT_EQ(this->ending("xcholesky", {this->of({1, 1}, {0})}), failed);
+  EXPECT_EQ(ending("xcholesky", {of({2, 2}, {1, 2, 2, 1})}), failed);
+  EXPECT_EQ(ending("xcholesky", {of({2, 2}, {0, 0, 0, 0})}), failed);
+  EXPECT_EQ(ending("xcholesky", {of({1, 1}, {-1})}), failed);
+  EXPECT_EQ(ending("xcholesky", {of({1, 1}, {0})}), failed);
 }
 
-TYPED_TEST(Endings, OfXeigAndXeigvals_OnNaNAndInfinities) {
+TEST_P(Endings, OfXeigAndXeigvals_OnNaNAndInfinities) {
   for (const double bad : {not_a_number, infinity, -infinity})
     for (const std::size_t n : {1u, 2u, 3u, 10u}) {
       Reals elements = positive_definite(n, 1);
       elements[n * n - 1] = bad;
-      EXPECT_EQ(this->ending("xeig", {this->of({n, n}, elements)}),
+      EXPECT_EQ(ending("xeig", {of({n, n}, elements)}),
                 "runtime_error: Eigenvalue calculation did not converge.");
-      EXPECT_EQ(this->ending("xeigvals", {this->of({n, n}, elements)}),
+      EXPECT_EQ(ending("xeigvals", {of({n, n}, elements)}),
                 "runtime_error: Failed to compute eigenvalue 4.");
     }
 }
 
-TYPED_TEST(Endings, OfXeighAndXeigvalsh_WhenTheRoutineGivesUp) {
+TEST_P(Endings, OfXeighAndXeigvalsh_WhenTheRoutineGivesUp) {
   // Whether a matrix of NaN makes it give up is the routine's affair; the words are not.
   for (const char* name : {"xeigh", "xeigvalsh"})
     for (const double bad : {not_a_number, infinity, -infinity})
       for (const std::size_t n : {2u, 3u, 10u, 40u}) {
-        const std::string ending = this->ending(name, {this->filled({n, n}, bad)});
-        EXPECT_TRUE(ending == "1" || ending == "runtime_error: Eigenvalue computation did not converge.") << ending;
+        const std::string how = ending(name, {filled({n, n}, bad)});
+        EXPECT_TRUE(how == "1" || how == "runtime_error: Eigenvalue computation did not converge.") << how;
       }
 }
 
 // ---- Scalars
 
-TYPED_TEST(Endings, OfXnorm_OfOtherThanVectorsAndMatrices) {
+TEST_P(Endings, OfXnorm_OfOtherThanVectorsAndMatrices) {
   for (const Extents& extents : {Extents{}, {2, 2, 2}, {0, 0, 0}, {1, 1, 1}, {1, 1, 1, 1, 1, 1}})
-    EXPECT_EQ(this->ending("xnorm", {this->filled(extents)}), "runtime_error: Norm not implemented!");
+    EXPECT_EQ(ending("xnorm", {filled(extents)}), "runtime_error: Norm not implemented!");
 }
 
-TYPED_TEST(Endings, Required_XcondNeverSucceeds) {
+TEST_P(Endings, Required_XcondNeverSucceeds) {
   constexpr char no_norm[] = "runtime_error: Norm 0 not implemented!";
-  EXPECT_EQ(this->ending("xcond", {this->regular()}), no_norm);
-  EXPECT_EQ(this->ending("xcond", {this->of({1, 1}, {2})}), no_norm);
-  EXPECT_EQ(this->ending("xcond", {this->filled({0, 0})}), no_norm);
-  EXPECT_EQ(this->ending("xcond", {this->singular()}), "runtime_error: Singular matrix not invertible (getrf).");
-  EXPECT_EQ(this->ending("xcond", {this->filled({3, 3}, 0)}), "runtime_error: Singular matrix not invertible (getrf).");
-  EXPECT_EQ(this->ending("xcond", {this->filled({2, 3})}), square_words);
-  EXPECT_EQ(this->ending("xcond", {this->filled({2})}), square_words);
+  EXPECT_EQ(ending("xcond", {regular()}), no_norm);
+  EXPECT_EQ(ending("xcond", {of({1, 1}, {2})}), no_norm);
+  EXPECT_EQ(ending("xcond", {filled({0, 0})}), no_norm);
+  EXPECT_EQ(ending("xcond", {singular()}), "runtime_error: Singular matrix not invertible (getrf).");
+  EXPECT_EQ(ending("xcond", {filled({3, 3}, 0)}), "runtime_error: Singular matrix not invertible (getrf).");
+  EXPECT_EQ(ending("xcond", {filled({2, 3})}), square_words);
+  EXPECT_EQ(ending("xcond", {filled({2})}), square_words);
 }
 
 // ---- Inverses and solvers
 
-TYPED_TEST(Endings, OfXinv_OfSingularMatrices) {
-  constexpr char singular[] = "runtime_error: Singular matrix not invertible (getrf).";
-  EXPECT_EQ(this->ending("xinv", {this->singular()}), singular);
-  EXPECT_EQ(this->ending("xinv", {this->filled({1, 1}, 0)}), singular);
-  EXPECT_EQ(this->ending("xinv", {this->filled({7, 7}, 0)}), singular);
+TEST_P(Endings, OfXinv_OfSingularMatrices) {
+  constexpr char words[] = "runtime_error: Singular matrix not invertible (getrf).";
+  EXPECT_EQ(ending("xinv", {singular()}), words);
+  EXPECT_EQ(ending("xinv", {filled({1, 1}, 0)}), words);
+  EXPECT_EQ(ending("xinv", {filled({7, 7}, 0)}), words);
 }
 
-TYPED_TEST(Endings, OfXsolve_TestTheFirstOperandAlone) {
+TEST_P(Endings, OfXsolve_TestTheFirstOperandAlone) {
   for (const Extents& extents : {Extents{2, 3}, {3, 2}, {}, {2}, {2, 2, 3}})
     for (const Extents& sides : {Extents{2}, {}, {2, 3}, {5, 5, 5}, {0}})
-      EXPECT_EQ(this->ending("xsolve", {this->filled(extents), this->filled(sides)}), square_words);
+      EXPECT_EQ(ending("xsolve", {filled(extents), filled(sides)}), square_words);
   for (const Extents& extents : {Extents{2, 2, 2}, {0, 0, 0}, {1, 1, 1, 1, 1}})
-    EXPECT_EQ(this->ending("xsolve", {this->filled(extents), this->filled({2})}), shape_words);
+    EXPECT_EQ(ending("xsolve", {filled(extents), filled({2})}), shape_words);
 }
 
-TYPED_TEST(Endings, OfXsolve_WithoutASolution) {
-  EXPECT_EQ(this->ending("xsolve", {this->singular(), this->filled({2})}), unsolved_words);
-  EXPECT_EQ(this->ending("xsolve", {this->filled({3, 3}, 0), this->filled({3, 2})}), unsolved_words);
+TEST_P(Endings, OfXsolve_WithoutASolution) {
+  EXPECT_EQ(ending("xsolve", {singular(), filled({2})}), unsolved_words);
+  EXPECT_EQ(ending("xsolve", {filled({3, 3}, 0), filled({3, 2})}), unsolved_words);
   for (const Extents& sides :
        {Extents{}, {0}, {1}, {1, 2}, {0, 2}, {1, 1, 5}, {1, 1, 1}, {0, 2, 2}, {2, 0, 1}, {2, 0, 1, 1}})
-    EXPECT_EQ(this->ending("xsolve", {this->regular(), this->filled(sides)}), unsolved_words) << sides.size();
-  EXPECT_EQ(this->ending("xsolve", {this->filled({0, 0}), this->filled({})}), unsolved_words);
+    EXPECT_EQ(ending("xsolve", {regular(), filled(sides)}), unsolved_words) << sides.size();
+  EXPECT_EQ(ending("xsolve", {filled({0, 0}), filled({})}), unsolved_words);
 }
 
-TYPED_TEST(Endings, Required_XlstsqBlamesTheFirstOperandForTheDimensionsOfTheSecond) {
+TEST_P(Endings, Required_XlstsqBlamesTheFirstOperandForTheDimensionsOfTheSecond) {
   constexpr char dimensions[] = "runtime_error: Expected 1- or 2D expression for A.";
   for (const Extents& sides : {Extents{2, 1, 1}, {5, 5, 5}, {0, 0, 0}, {2, 1, 1, 1, 1, 1}})
-    EXPECT_EQ(this->ending("xlstsq", {this->regular(), this->filled(sides)}), dimensions);
+    EXPECT_EQ(ending("xlstsq", {regular(), filled(sides)}), dimensions);
 }
 
-TYPED_TEST(Endings, OfXlstsq_WhenTheFirstExtentsDiffer) {
+TEST_P(Endings, OfXlstsq_WhenTheFirstExtentsDiffer) {
   constexpr char shape[] = "runtime_error: Shape of 'b' for lstsq does not match.";
   for (const Extents& sides : {Extents{3}, {1}, {0}, {3, 2}, {1, 2}, {0, 2}, {}})
-    EXPECT_EQ(this->ending("xlstsq", {this->regular(), this->filled(sides)}), shape) << sides.size();
-  EXPECT_EQ(this->ending("xlstsq", {this->filled({3, 2}), this->filled({2})}), shape);
-  EXPECT_EQ(this->ending("xlstsq", {this->filled({0, 2}), this->filled({2})}), shape);
+    EXPECT_EQ(ending("xlstsq", {regular(), filled(sides)}), shape) << sides.size();
+  EXPECT_EQ(ending("xlstsq", {filled({3, 2}), filled({2})}), shape);
+  EXPECT_EQ(ending("xlstsq", {filled({0, 2}), filled({2})}), shape);
 }
 
-TYPED_TEST(Endings, OfXlstsq_TheFirstOperandComesFirst) {
+TEST_P(Endings, OfXlstsq_TheFirstOperandComesFirst) {
   for (const Extents& extents : {Extents{}, {2}, {2, 2, 2}, {0}})
     for (const Extents& sides : {Extents{2}, {2, 1, 1}, {7}, {}})
-      EXPECT_EQ(this->ending("xlstsq", {this->filled(extents), this->filled(sides)}), shape_words);
+      EXPECT_EQ(ending("xlstsq", {filled(extents), filled(sides)}), shape_words);
 }
 
-TYPED_TEST(Endings, SecondOperandsBeyondTheirStorage_AreOutOfMemory) {
-  const Value claims = this->claiming_extents({2, 4});
-  EXPECT_EQ(this->ending("xsolve", {this->regular(), claims}), "bad_alloc");
-  EXPECT_EQ(this->ending("xlstsq", {this->regular(), claims}), "bad_alloc");
-  EXPECT_EQ(this->ending("xlstsq", {this->of({1, 2}, {1, 1}), claims}),
+TEST_P(Endings, SecondOperandsBeyondTheirStorage_AreOutOfMemory) {
+  const Value claims = claiming_extents({2, 4});
+  EXPECT_EQ(ending("xsolve", {regular(), claims}), "bad_alloc");
+  EXPECT_EQ(ending("xlstsq", {regular(), claims}), "bad_alloc");
+  EXPECT_EQ(ending("xlstsq", {of({1, 2}, {1, 1}), claims}),
             "runtime_error: Shape of 'b' for lstsq does not match.");
 }
 
@@ -179,15 +175,10 @@ TEST_F(ProductWords, OfXdot_InAllPairsOfKinds) {
                                                 {{2, 3}, {2, 3}}, {{2, 2}, {0}}, {{0}, {1}},    {{2, 2, 3}, {2}},
                                                 {{3}, {3, 2, 3}}, {{1}, {2}},    {{2}, {1}},    {{1, 1}, {2, 1}}};
   for (const auto& [left, right] : shapes) {
-    const std::size_t m = size_of(left), n = size_of(right);
-    const Value first[] = {made<XTInt>(left, std::vector<std::int32_t>(m, 1)),
-                           made<XTInt64>(left, std::vector<std::int64_t>(m, 1)),
-                           made<XTFloat>(left, std::vector<float>(m, 1)), made<XTDouble>(left, Reals(m, 1))};
-    const Value second[] = {made<XTInt>(right, std::vector<std::int32_t>(n, 1)),
-                            made<XTInt64>(right, std::vector<std::int64_t>(n, 1)),
-                            made<XTFloat>(right, std::vector<float>(n, 1)), made<XTDouble>(right, Reals(n, 1))};
-    for (const Value& a : first)
-      for (const Value& b : second) EXPECT_EQ(ending("xdot", {a, b}), mismatch) << left.size() << right.size();
+    const Numbers first(size_of(left), 1), second(size_of(right), 1);
+    for (const KindPair& pair : pairs_of(all_kinds, all_kinds))
+      EXPECT_EQ(ending("xdot", {made(pair.first, left, first), made(pair.second, right, second)}), mismatch)
+          << pair << left.size() << right.size();
   }
 }
 
@@ -223,11 +214,11 @@ TEST_F(ProductWords, ExtentsOverAnEmptyStorage_AreOutOfMemory) {
 
 TEST_F(ProductWords, ProductsTooLargeForAnyMemory_AreOutOfMemory) {
   constexpr std::size_t many = 2147483647;
-  const Value tall = made<XTInt>({many, 0}, {}), wide = made<XTInt>({0, many}, {});
+  const Value tall = made(Kind::int32, {many, 0}, {}), wide = made(Kind::int32, {0, many}, {});
   EXPECT_EQ(ending("xdot", {tall, wide}), "bad_alloc");
   EXPECT_EQ(ending("xouter", {tall, tall}), "bad_alloc");
   EXPECT_EQ(ending("xdot", {doubles({many, many, many, 0}, {}), doubles({0}, {})}), "bad_alloc");
-  EXPECT_EQ((array<XTInt>("xkron", {tall, tall})), (Contents<std::int32_t>{{many * many, 0}, {}}));
+  EXPECT_EQ(array(Kind::int32, "xkron", {tall, tall}), TestArray(Kind::int32, {many * many, 0}, {}));
 }
 
 }  // namespace
