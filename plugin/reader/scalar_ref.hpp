@@ -50,11 +50,6 @@ class TemporaryValue {
   HostValue record_{};
 };
 
-/// The characters of narrow text at `text`, up to its terminator; none for null.
-inline std::string_view text_at(const char* text) { return text == nullptr ? std::string_view() : text; }
-/// The same for 16-bit characters.
-inline std::u16string_view wide_text_at(const char16_t* text) { return text == nullptr ? std::u16string_view() : text; }
-
 /// Releases what a slot of a table holds before something else is written there, and leaves nil: the host may leave the
 /// tag behind, and what is released once must not look like content.
 inline void free_content(HostContext ctx, HostValue* slot) {

@@ -222,7 +222,7 @@ class Arithmetic : public OperatorTest {
     Value result;
     HostValue* into = in_place ? left.address() : result.address();
     auto& array = *unbox_array<Kind>(hvm::object_of(left.record()));
-    EXPECT_TRUE(apply_operator(array, ctx(), left.address(), opcode, left.address(), right.address(), into));
+    EXPECT_TRUE(operator_handlers.of<Kind>()(array, ctx(), left.address(), opcode, left.address(), right.address(), into));
     return in_place ? left : result;
   }
 

@@ -251,7 +251,7 @@ struct RightHanded {
 
   bool operator()(HostContext ctx, Opcode opcode) {
     auto& array = *unbox_array<Kind>(hvm::object_of(right.record()));
-    return apply_operator(array, ctx, right.address(), opcode, left.address(), right.address(), result->address());
+    return operator_handlers.of<Kind>()(array, ctx, right.address(), opcode, left.address(), right.address(), result->address());
   }
 };
 

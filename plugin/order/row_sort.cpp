@@ -1,6 +1,6 @@
-// order/sorting.cpp: sorting one run of elements
+// order/row_sort.cpp: sorting one run of elements
 
-#include "order/sorting.hpp"
+#include "order/row_sort.hpp"
 
 #include <algorithm>
 #include <cstring>
@@ -168,10 +168,10 @@ void order_positions(const T* elements, std::size_t count, std::int32_t* positio
 
 }  // namespace
 
-void sort_run(double* elements, std::size_t count) { sort_elements(elements, count); }
-void sort_run(float* elements, std::size_t count) { std::sort(elements, elements + count); }
-void sort_run(std::int32_t* elements, std::size_t count) { sort_elements(elements, count); }
-void sort_run(std::int64_t* elements, std::size_t count) { sort_elements(elements, count); }
+void sort_row(double* elements, std::size_t count) { sort_elements(elements, count); }
+void sort_row(float* elements, std::size_t count) { std::sort(elements, elements + count); }
+void sort_row(std::int32_t* elements, std::size_t count) { sort_elements(elements, count); }
+void sort_row(std::int64_t* elements, std::size_t count) { sort_elements(elements, count); }
 
 void sort_positions(const double* elements, std::size_t count, std::int32_t* positions) {
   order_positions(elements, count, positions);
