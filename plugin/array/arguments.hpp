@@ -9,8 +9,8 @@
 
 namespace arrayfold {
 
-/// Calls `visit(kind, array)` for the array in the first argument as the first of the kinds, in their order, that it is.
-/// Fails for anything but an object; an object of another kind (bool, foreign) counts as handled and gives nothing.
+/// Calls `visit(kind, array)` for the array in the first argument as the first of the kinds, in their order, that it
+/// is. Fails for anything but an object; an object of another kind (bool, foreign) counts as handled and gives nothing.
 template <class Kinds, class Visit>
 Outcome visit_first(Kinds kinds_in_order, const Call& call, Visit visit) {
   if (!is_object(call, 0)) return Outcome::failed;
@@ -21,8 +21,7 @@ Outcome visit_first(Kinds kinds_in_order, const Call& call, Visit visit) {
 /// Gives the array `make(kind, array)` for the array in the first argument, as `visit_first` finds it.
 template <class Kinds, class Make>
 Outcome give_made(Kinds kinds_in_order, const Call& call, Make make) {
-  return visit_first(kinds_in_order, call,
-                     [&](auto kind, const auto& array) { give_array(call, make(kind, array)); });
+  return visit_first(kinds_in_order, call, [&](auto kind, const auto& array) { give_array(call, make(kind, array)); });
 }
 
 /// The numeric array in argument `n`; nothing when it is no object or another one.

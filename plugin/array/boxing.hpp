@@ -22,8 +22,8 @@ HostAny* box_array(HostContext ctx, std::unique_ptr<Array>& array) {
   return any;
 }
 
-/// Hands `array` over to the host as the value of `result`, an object of the type of `Named`. If boxing fails, the array
-/// is freed here and the result is set to a null object.
+/// Hands `array` over to the host as the value of `result`, an object of the type of `Named`. If boxing fails, the
+/// array is freed here and the result is set to a null object.
 template <class Named, class Array>
 void hand_over(Named, HostContext ctx, HostValue* result, std::unique_ptr<Array> array) {
   HVM_SetTypeAny(ctx, result, box_array<Named>(ctx, array));

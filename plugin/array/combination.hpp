@@ -6,9 +6,9 @@
 
 #include <memory>
 
-#include "kernels/arithmetic.hpp"
 #include "array/broadcast.hpp"
 #include "array/storage.hpp"
+#include "kernels/arithmetic.hpp"
 
 namespace arrayfold {
 

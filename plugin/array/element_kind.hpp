@@ -2,8 +2,8 @@
 //
 // A row is an empty type that owns all that is true of a kind: its element, the kind in which its results are stored,
 // the names by which scripts and the host know it, and how an element is read from a host value, given to one and made
-// from a floating-point number. It is also the tag that tells the array classes apart. Nothing else in the module spells
-// these names.
+// from a floating-point number. It is also the tag that tells the array classes apart. Nothing else in the module
+// spells these names.
 
 #pragma once
 

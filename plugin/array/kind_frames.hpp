@@ -17,8 +17,8 @@ bool visit_kind(kinds<Kind...>, const HostAny* any, Visit visit) {
   return (try_as(Kind{}, unbox_array<Kind>(any)) || ...);
 }
 
-/// Calls `visit(kind, left array, right array)` for two arrays of one kind, the first of the kinds, in their order, that
-/// both are. False: they are of different kinds, or of none of these. The second is looked at only when the first
+/// Calls `visit(kind, left array, right array)` for two arrays of one kind, the first of the kinds, in their order,
+/// that both are. False: they are of different kinds, or of none of these. The second is looked at only when the first
 /// matched.
 template <class... Kind, class Visit>
 bool visit_same_kind(kinds<Kind...>, const HostAny* left, const HostAny* right, Visit visit) {

@@ -62,7 +62,8 @@ void fold_rows(const T* elements, std::size_t length, R start, Step step, R* fol
   R accumulators[rows];
   for (R& accumulator : accumulators) accumulator = start;
   for (std::size_t i = 0; i < length; ++i)
-    for (std::size_t row = 0; row < rows; ++row) accumulators[row] = step(accumulators[row], elements[row * length + i]);
+    for (std::size_t row = 0; row < rows; ++row)
+      accumulators[row] = step(accumulators[row], elements[row * length + i]);
   for (std::size_t row = 0; row < rows; ++row) folded[row] = accumulators[row];
 }
 
@@ -81,8 +82,8 @@ void merge_rows(const T* elements, std::size_t count, std::size_t length, R star
     merger.add(fold_row(elements, length, start, step));
 }
 
-/// The elements folded in no particular order: cut into parts, which are folded side by side. The start changes no value
-/// that it is merged with.
+/// The elements folded in no particular order: cut into parts, which are folded side by side. The start changes no
+/// value that it is merged with.
 template <class R, class T, class Step, class Merge>
 R fold_freely(const T* elements, std::size_t count, R start, Step step, Merge merge) {
   constexpr std::size_t parts = 4;

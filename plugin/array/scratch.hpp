@@ -10,7 +10,8 @@
 
 namespace arrayfold {
 
-/// A temporary buffer for `count` elements, not initialised, from the allocator of array storage. Throws std::bad_alloc.
+/// A temporary buffer for `count` elements, not initialised, from the allocator of array storage. Throws
+/// std::bad_alloc.
 template <class T>
 class Scratch {
  public:

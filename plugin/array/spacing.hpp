@@ -20,8 +20,8 @@ class Spacing {
       : first_(static_cast<double>(start)),
         step_(static_cast<double>(stop - start) / std::max(1.0, static_cast<double>(count) - 1.0)) {}
 
-  /// Element `i`. The caller stores `stop` itself as the last element. Pass a 32-bit index where it suffices: several of
-  /// those are converted to double per instruction.
+  /// Element `i`. The caller stores `stop` itself as the last element. Pass a 32-bit index where it suffices: several
+  /// of those are converted to double per instruction.
   template <class Index>
   Element operator[](Index i) const {
     return Kind::from_double(first_ + static_cast<double>(i) * step_);

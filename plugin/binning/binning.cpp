@@ -147,8 +147,8 @@ std::size_t place_of(T x, const Edge* edges, std::size_t count) {
   return static_cast<std::size_t>(std::upper_bound(edges, edges + count, x) - edges);
 }
 
-/// The same for many elements and at least one edge; the edges ascend. All elements of a block take a step of the search
-/// before any takes the next, and no step is a branch that the processor could mispredict.
+/// The same for many elements and at least one edge; the edges ascend. All elements of a block take a step of the
+/// search before any takes the next, and no step is a branch that the processor could mispredict.
 template <class T, class Edge>
 void look_up_in_ascending(const T* elements, std::size_t size, const Edge* edges, std::size_t count, double* out) {
   constexpr std::size_t block = 64;
@@ -212,8 +212,7 @@ Outcome xhistogram(const Call& call) {
 Outcome xhistogram_bin_edges(const Call& call) {
   const auto array = numeric_argument(call, 0);
   if (!array || !numeric_argument(call, 1)) return Outcome::failed;
-  return visit_floating(*array,
-                        [&](auto kind, const auto& data) { give_array(call, ten_bin_edges(kind, data)); });
+  return visit_floating(*array, [&](auto kind, const auto& data) { give_array(call, ten_bin_edges(kind, data)); });
 }
 
 Outcome xbincount(const Call& call) {

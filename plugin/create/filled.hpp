@@ -1,7 +1,7 @@
 // create/filled.hpp: arrays of doubles made from extents alone
 //
-// An extent is the 32-bit integer that the host reads in a number. A negative extent is far too large: std::bad_alloc is
-// thrown before memory is allocated.
+// An extent is the 32-bit integer that the host reads in a number. A negative extent is far too large: std::bad_alloc
+// is thrown before memory is allocated.
 
 #pragma once
 

@@ -1,7 +1,7 @@
 // create/random.cpp: xrand, xrandn, xrandint, xchoice, xshuffle, xpermutation
 //
-// All draw from one engine, the array library's MT19937 with its default seed, which lives as long as the process. Every
-// process sees the same numbers, and each draw advances the engine for all scripts. Nothing seeds it again.
+// All draw from one engine, the array library's MT19937 with its default seed, which lives as long as the process.
+// Every process sees the same numbers, and each draw advances the engine for all scripts. Nothing seeds it again.
 
 #include <algorithm>
 #include <cmath>

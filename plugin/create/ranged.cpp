@@ -78,8 +78,8 @@ Outcome make_spaced(Kind kind, const Call& call, int count, Map map) {
   return Outcome::handled;
 }
 
-/// Gives evenly spaced numbers between two ends: a count of 50 unless it is given. The tag of the first argument decides
-/// the kind.
+/// Gives evenly spaced numbers between two ends: a count of 50 unless it is given. The tag of the first argument
+/// decides the kind.
 template <class Map>
 Outcome make_spaced(const Call& call, Map map) {
   int count = 50;

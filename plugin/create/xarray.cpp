@@ -8,9 +8,9 @@
 #include <new>
 
 #include "array/boxing.hpp"
+#include "array/storage.hpp"
 #include "reader/array_spec.hpp"
 #include "reader/evaluation.hpp"
-#include "array/storage.hpp"
 #include "reader/table_conversion.hpp"
 
 namespace arrayfold {
@@ -92,8 +92,7 @@ Outcome make_by_dimensions(const Call& call, const ArraySpec& spec) {
   evaluate_cell_list(evaluator, spec.args);
   Shape extents;
   if (!read_dimensions(evaluator, extents)) return Outcome::failed;
-  return for_dtype(spec.name, Outcome::failed,
-                   [&](auto kind) { return from_dimensions(kind, call, extents); });
+  return for_dtype(spec.name, Outcome::failed, [&](auto kind) { return from_dimensions(kind, call, extents); });
 }
 
 // required: a second argument of another tag counts as handled, unlike arguments that are no extents.

@@ -1,7 +1,7 @@
 // elementwise/binary.cpp: xminimum, xmaximum; xremainder, xclip, xfma, xinterp, xpow
 //
 // The first two combine two arrays of one kind under the broadcasting rule and give doubles. The others are finished as
-// they stand: each checks its arguments, computes nothing and leaves the result alone.
+// they stand: each checks its arguments, computes nothing and leaves the result untouched.
 
 #include "array/combination.hpp"
 #include "array/kind_frames.hpp"

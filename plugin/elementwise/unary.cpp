@@ -44,8 +44,8 @@ Outcome map_in_kind(Kinds kinds_in_order, const Call& call, Map map) {
 
 // ---- Ways to compute an element
 //
-// Loops of one or two instructions are unrolled: for operands in the first-level cache the loop's own instructions would
-// cost as much.
+// Loops of one or two instructions are unrolled: for operands in the first-level cache the loop's own instructions
+// would cost as much.
 
 /// Applies `function` to the elements in their own kind.
 template <class Function>

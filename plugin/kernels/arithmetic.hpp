@@ -72,9 +72,9 @@ struct ExactInDoubles<Remainder> {
   std::int32_t operator()(std::int32_t a, std::int32_t b) const { return a - ExactInDoubles<Quotient>{}(a, b) * b; }
 };
 
-/// Division of every element by one divisor (not 0 or -1): multiplies by the reciprocal, rounded one step away from zero
-/// so that exact quotients never truncate too low. The product exceeds the quotient by less than 2^-20 / divisor, and a
-/// quotient that is not an integer lies at least 1 / divisor below the next one.
+/// Division of every element by one divisor (not 0 or -1): multiplies by the reciprocal, rounded one step away from
+/// zero so that exact quotients never truncate too low. The product exceeds the quotient by less than 2^-20 / divisor,
+/// and a quotient that is not an integer lies at least 1 / divisor below the next one.
 template <class Operation>
 class ByNumber {
  public:
@@ -163,14 +163,13 @@ void change_all(Operation operation, T* __restrict elements, Right right, std::s
 
 template <class Operation, class Left, class Right, class R>
 ARRAYFOLD_AVX512 void combine_on_avx512(Operation operation, Left left, Right right, R* __restrict out,
-                                                std::size_t count) {
+                                        std::size_t count) {
 #pragma GCC unroll 4
   for (std::size_t i = 0; i < count; ++i) out[i] = operation(element(left, i), element(right, i));
 }
 
 template <class Operation, class T, class Right>
-ARRAYFOLD_AVX512 void change_on_avx512(Operation operation, T* __restrict elements, Right right,
-                                               std::size_t count) {
+ARRAYFOLD_AVX512 void change_on_avx512(Operation operation, T* __restrict elements, Right right, std::size_t count) {
 #pragma GCC unroll 4
   for (std::size_t i = 0; i < count; ++i) elements[i] = operation(elements[i], element(right, i));
 }
@@ -179,9 +178,9 @@ ARRAYFOLD_AVX512 void change_on_avx512(Operation operation, T* __restrict elemen
 /// are bound by memory.
 template <class T, class R, class Operation, class Right>
 constexpr bool gains_from_avx512 = divides_int32<Operation, T> ||
-                                  (std::is_same_v<Operation, Quotient> && std::is_same_v<T, double>) ||
-                                  (std::is_same_v<Operation, Product> && std::is_same_v<T, std::int64_t>) ||
-                                  (std::is_same_v<R, bool> && std::is_same_v<Right, T>);
+                                   (std::is_same_v<Operation, Quotient> && std::is_same_v<T, double>) ||
+                                   (std::is_same_v<Operation, Product> && std::is_same_v<T, std::int64_t>) ||
+                                   (std::is_same_v<R, bool> && std::is_same_v<Right, T>);
 /// Fewer elements go to the AVX2 loops, whose remainders are shorter.
 constexpr std::size_t minimum_for_avx512 = 64;
 

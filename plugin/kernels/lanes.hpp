@@ -1,7 +1,7 @@
 // kernels/lanes.hpp: whether the processor has AVX-512
 //
-// The module is built for AVX2. Loops that profit from AVX-512 are compiled for that target separately; callers ask here
-// at run time. The answer costs a few loads: the compiler's runtime keeps it.
+// The module is built for AVX2. Loops that profit from AVX-512 are compiled for that target separately; callers ask
+// here at run time. The answer costs a few loads: the compiler's runtime keeps it.
 
 #pragma once
 

@@ -35,9 +35,8 @@ Outcome xeigh(const Call& call) {
 }
 
 Outcome xeigvalsh(const Call& call) {
-  return give_computed(call, [](auto kind, const auto& array) {
-    return stored(kind, xt::linalg::eigvalsh(square_by_columns(array)));
-  });
+  return give_computed(
+      call, [](auto kind, const auto& array) { return stored(kind, xt::linalg::eigvalsh(square_by_columns(array))); });
 }
 
 }  // namespace arrayfold

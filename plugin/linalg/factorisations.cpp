@@ -51,7 +51,8 @@ constexpr auto singular_factors = [](auto kind, const auto& matrix) {
   if (matrix.storage().empty()) return std::tuple{identity(rows), filled({0}, 0.0), identity(columns)};
   if (!all_finite(matrix)) {
     constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-    return std::tuple{filled({rows, rows}, nan), filled({std::min(rows, columns)}, nan), filled({columns, columns}, nan)};
+    return std::tuple{filled({rows, rows}, nan), filled({std::min(rows, columns)}, nan),
+                      filled({columns, columns}, nan)};
   }
   const auto [left, values, right] = xt::linalg::svd(by_columns<T>(matrix));
   return std::tuple{stored(kind, left), stored(kind, values), stored(kind, right)};

@@ -39,8 +39,8 @@ void require_counts(const xarray_of<T>& array) {
       if (extent > most) throw std::bad_alloc();
 }
 
-/// Throws xt::broadcast_error for any number of dimensions but two, as a conversion to a matrix does, and std::bad_alloc
-/// when the product of the extents is not the number of stored elements.
+/// Throws xt::broadcast_error for any number of dimensions but two, as a conversion to a matrix does, and
+/// std::bad_alloc when the product of the extents is not the number of stored elements.
 template <class T>
 void require_matrix(const xarray_of<T>& array) {
   if (array.dimension() != 2) xt::throw_broadcast_error(array.shape(), Shape{});

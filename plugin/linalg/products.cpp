@@ -149,8 +149,8 @@ void multiply_by_inner_products(const DotForm& form, const A* a, const B* b, R* 
 }
 
 template <class T>
-void multiply_by_blas(const DotForm& form, const T* a, std::size_t a_dimensions, const T* b,
-                          std::size_t b_dimensions, T* out) {
+void multiply_by_blas(const DotForm& form, const T* a, std::size_t a_dimensions, const T* b, std::size_t b_dimensions,
+                      T* out) {
   const Count rows = count_of(form.rows), inner = count_of(form.inner), columns = count_of(form.columns);
   if (a_dimensions > 2 || b_dimensions > 2 || (a_dimensions == 1 && b_dimensions == 1))
     return multiply_by_inner_products(form, a, b, out);
@@ -252,8 +252,8 @@ constexpr auto outer = [](auto kind, const auto& first, const auto& second) {
 
 // ---- xkron
 
-/// What xkron takes of an array: its first two extents and the strides of its last two axes. A vector is a matrix of one
-/// row, a number a matrix of one element.
+/// What xkron takes of an array: its first two extents and the strides of its last two axes. A vector is a matrix of
+/// one row, a number a matrix of one element.
 struct KronForm {
   std::size_t rows = 1;
   std::size_t columns = 1;

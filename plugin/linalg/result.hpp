@@ -62,8 +62,8 @@ void give_result(const Call& call, Named named, std::tuple<std::unique_ptr<Array
 /// anything else.
 template <class Compute>
 Outcome give_computed(const Call& call, Compute compute) {
-  return visit_first_floating(
-      call, [&](auto kind, const auto& array) { give_result(call, kind, compute(kind, array)); });
+  return visit_first_floating(call,
+                              [&](auto kind, const auto& array) { give_result(call, kind, compute(kind, array)); });
 }
 
 }  // namespace arrayfold

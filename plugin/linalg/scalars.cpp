@@ -99,7 +99,8 @@ Outcome xdet(const Call& call) {
       call, [](auto kind, const auto& array) { return stored_scalar(kind, determinant(lu_factors(array))); });
 }
 
-// required: the rank is a double. Without elements, or with NaN or an infinity, no singular value is above the tolerance.
+// required: the rank is a double. Without elements, or with NaN or an infinity, no singular value is above the
+// tolerance.
 Outcome xmatrix_rank(const Call& call) {
   return give_computed(call, [](auto kind, const auto& matrix) {
     using T = typename decltype(kind)::element;

@@ -37,8 +37,8 @@ bool sides_hold(const xarray_of<T>& b, std::size_t rows) {
   return before >= rows;
 }
 
-/// Solves for each right-hand side in its place. False for a singular matrix. Without right-hand sides the matrix is only
-/// factorised to learn that.
+/// Solves for each right-hand side in its place. False for a singular matrix. Without right-hand sides the matrix is
+/// only factorised to learn that.
 template <class T>
 bool solve_in_place(ColumnMajor<T>& matrix, ColumnMajor<T>& sides) {
   if (!sides.storage().empty()) return xt::lapack::gesv(matrix, sides) == 0;
@@ -125,9 +125,8 @@ Outcome xlstsq(const Call& call) {
   if (!arrays) return Outcome::failed;
   Outcome outcome = Outcome::failed;
   visit_floating(arrays->first, [&](auto kind, const auto& a) {
-    outcome = visit_floating(arrays->second, [&](auto, const auto& b) {
-      give_result(call, kind, least_squares(kind, a, b));
-    });
+    outcome = visit_floating(arrays->second,
+                             [&](auto, const auto& b) { give_result(call, kind, least_squares(kind, a, b)); });
   });
   return outcome;
 }

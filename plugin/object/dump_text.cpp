@@ -1,9 +1,9 @@
 // object/dump_text.cpp: the writer behind `dump`
 //
 // The JSON library's own serializer needs a tree of all elements and reads past its buffer of blanks from an indent of
-// 1025 on. Elements are therefore written straight into the text. Floating-point numbers are written by the library's own
-// formatter, so that the bytes are the same. The brackets come from an odometer over the outer axes, so that depth needs
-// no stack.
+// 1025 on. Elements are therefore written straight into the text. Floating-point numbers are written by the library's
+// own formatter, so that the bytes are the same. The brackets come from an odometer over the outer axes, so that depth
+// needs no stack.
 
 #include "object/dump_text.hpp"
 
@@ -49,7 +49,8 @@ void DumpText::check_size() const {
 namespace {
 
 /// The usual length of a scalar's text. Floating-point numbers of full length fit without growing: room that is not
-/// written costs nothing, while growing copies, and makes the C library give the memory of big texts back to the system.
+/// written costs nothing, while growing copies, and makes the C library give the memory of big texts back to the
+/// system.
 template <class T>
 constexpr std::size_t usual_scalar_room = std::is_floating_point_v<T> ? 20 : 8;
 
@@ -160,7 +161,8 @@ class NestedText {
     text_.commit(out);
   }
 
-  /// Advances the indices outside the row. Returns the level of the one that advanced, 0 when all have reached their end.
+  /// Advances the indices outside the row. Returns the level of the one that advanced, 0 when all have reached their
+  /// end.
   std::size_t advance() {
     for (std::size_t level = extents_.size() - 1; level > 0; --level) {
       if (++at_[level - 1] < extents_[level - 1]) return level;

@@ -1,7 +1,7 @@
 // object/operators.cpp: arithmetic, comparison and whole-array tests
 //
-// An array combines with a number, or with an array of the very same kind; kinds are never mixed. What each kind
-// serves:
+// An array combines with a number, or with an array of the same kind; kinds are never mixed. The operators of each
+// kind:
 //
 //              + - * /     %              <= >= < >     == !=        element access
 //     int      both        both           both          arrays       yes
@@ -42,11 +42,11 @@ struct Application {
   const xarray_of<Element>& elements() const { return *array.array; }
 };
 
-/// What happens when the result record is the array's own (`a += b`): nothing special; in place; in place, but only with
-/// the array on the left.
+/// What happens when the result record is the array's own (`a += b`): nothing special; in place; in place, but only
+/// with the array on the left.
 enum class InPlace { never, from_either_side, from_the_left };
 
-// required: an operator that is served in place only from the left ends the process when the array is on the right.
+// required: an operator that works in place only from the left ends the process when the array is on the right.
 void check_side(bool self_is_left, InPlace in_place) {
   if (in_place == InPlace::from_the_left && !self_is_left) std::terminate();
 }
@@ -244,8 +244,8 @@ bool apply_to_numbers(const Application<Array>& at, Opcode opcode) {
 }
 
 template <class Kind>
-bool apply_operator(ArrayOf<Kind>& array, HostContext ctx, HostValue* self, Opcode opcode, HostValue* left, HostValue* right,
-                    HostValue* result) {
+bool apply_operator(ArrayOf<Kind>& array, HostContext ctx, HostValue* self, Opcode opcode, HostValue* left,
+                    HostValue* right, HostValue* result) {
   switch (opcode) {
     case Opcode::read_one_index:
       return read_at_index(Kind{}, array, ctx, right, result);

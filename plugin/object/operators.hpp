@@ -11,8 +11,8 @@ template <class Kind>
 using OperatorHandler = bool (*)(ArrayOf<Kind>& array, HostContext ctx, HostValue* self, Opcode opcode, HostValue* left,
                                  HostValue* right, HostValue* result);
 
-/// For each kind the operators of `array`, the one in `self`, which is `left` or `right`. Returns false, with the result
-/// record as it was, for operands that the kind does not combine with.
+/// For each kind the operators of `array`, the one in `self`, which is `left` or `right`. Returns false, with the
+/// result record as it was, for operands that the kind does not combine with.
 extern const KindTable<registered_kinds, OperatorHandler> operator_handlers;
 
 }  // namespace arrayfold

@@ -12,8 +12,8 @@ void subtract_neighbours(const T* elements, std::size_t count, T* __restrict out
   for (std::size_t i = 0; i < count; ++i) out[i] = static_cast<T>(elements[i + 1] - elements[i]);
 }
 
-/// Each element of a row but the first, minus the one before it. Integers wrap. The last extent shrinks by one, and is 0
-/// where there is no element; a zero-dimensional array gives one dimension without elements.
+/// Each element of a row but the first, minus the one before it. Integers wrap. The last extent shrinks by one, and is
+/// 0 where there is no element; a zero-dimensional array gives one dimension without elements.
 constexpr auto differences = [](auto kind, const auto& array) {
   check_extents(array);
   const auto& elements = array.storage();

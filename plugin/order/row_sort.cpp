@@ -1,4 +1,4 @@
-// order/row_sort.cpp: sorting one run of elements
+// order/row_sort.cpp: sorting one row of elements
 
 #include "order/row_sort.hpp"
 
@@ -15,10 +15,10 @@
 namespace arrayfold {
 namespace {
 
-// Below this the fixed cost of the vectorised sort is larger than its gain.
-constexpr std::size_t least_for_vectors = 256;
+// For fewer elements the fixed cost of the vectorised sort exceeds its gain.
+constexpr std::size_t minimum_for_vectors = 256;
 
-/// Are elements that compare equal the same in every bit, and all comparable?
+/// True when all elements are comparable and those that compare equal have the same bits.
 template <class Integer>
 bool totally_ordered(const Integer*, std::size_t) {
   return true;
@@ -38,8 +38,8 @@ void sort_by_vectors(std::int64_t* elements, std::size_t count) {
   hwy::Sorter()(elements, count, hwy::SortAscending());
 }
 
-// Reals are sorted in their place as the integers that their bits are once those of negative numbers are turned over.
-// The vectorised sort for reals loses elements beside an infinity.
+// Doubles are sorted in place as integers: with the value bits of negative numbers inverted, their bits order like the
+// numbers. The vectorised sort for doubles itself loses elements beside an infinity.
 void sort_by_vectors(double* elements, std::size_t count) {
   static_assert(sizeof(double) == sizeof(std::int64_t));
   const auto turn_negatives = [=] {
@@ -55,7 +55,7 @@ void sort_by_vectors(double* elements, std::size_t count) {
   turn_negatives();
 }
 
-// In twice the width, whose sort is several times as fast.
+// Sorted in twice the width: the 64-bit sort is several times as fast.
 void sort_by_vectors(std::int32_t* elements, std::size_t count) {
   const Scratch<std::int64_t> wide(count);
   std::copy_n(elements, count, wide.data());
@@ -65,7 +65,7 @@ void sort_by_vectors(std::int32_t* elements, std::size_t count) {
 
 template <class T>
 void sort_elements(T* elements, std::size_t count) {
-  if (count >= least_for_vectors && totally_ordered(elements, count))
+  if (count >= minimum_for_vectors && totally_ordered(elements, count))
     sort_by_vectors(elements, count);
   else
     std::sort(elements, elements + count);
@@ -73,8 +73,8 @@ void sort_elements(T* elements, std::size_t count) {
 
 // ---- Positions
 //
-// For the vectorised sort an element and its position are one unsigned number, the element above: numbers are ordered
-// as the elements are, and equal elements by position.
+// For the vectorised sort an element and its position are packed into one unsigned number, the element in the upper
+// bits: the numbers are ordered like the elements, and equal elements by position.
 
 constexpr std::uint64_t sign_bit = std::uint64_t{1} << 63;
 
@@ -87,24 +87,24 @@ std::uint64_t key_of(double x) {
   return bits ^ ((bits & sign_bit) != 0 ? ~std::uint64_t{0} : sign_bit);
 }
 
-/// Of numbers in order by their upper bits alone: brings those into order whose upper bits are alike and whose elements
-/// are not. False, with numbers in any order, where so many are alike that another way is quicker.
+/// `numbers` is sorted by its upper bits only. Sorts each group with equal upper bits by `before`. False if a group is
+/// too large; the order of the numbers is then undefined.
 template <class Alike, class Before>
-bool settle_alike(std::uint64_t* numbers, std::size_t count, Alike alike, Before before) {
+bool sort_groups(std::uint64_t* numbers, std::size_t count, Alike alike, Before before) {
   constexpr std::size_t most = 256;
   for (std::size_t first = 0, end; first < count; first = end) {
-    bool settled = true;
+    bool sorted = true;
     for (end = first + 1; end < count && alike(numbers[first], numbers[end]); ++end)
-      settled &= before(numbers[end - 1], numbers[end]);
-    if (settled) continue;
+      sorted &= before(numbers[end - 1], numbers[end]);
+    if (sorted) continue;
     if (end - first > most) return false;
     std::sort(numbers + first, numbers + end, before);
   }
   return true;
 }
 
-/// A number has 64 bits: a position takes as many as the largest one needs, and the others are the uppermost of what
-/// the element is beyond the smallest one. False where too many elements differ in the rest of their bits alone.
+/// Sorts 64-bit numbers. Key = (element - smallest, cut to its high bits) above, position below, in as many bits as the
+/// largest position needs. False if too many elements differ only in the bits that were cut.
 template <class T>
 bool positions_by_short_numbers(const T* elements, std::size_t count, std::int32_t* positions) {
   const auto width_of = [](std::uint64_t x) { return x == 0 ? 0 : 64 - __builtin_clzll(x); };
@@ -125,12 +125,12 @@ bool positions_by_short_numbers(const T* elements, std::size_t count, std::int32
     const std::uint64_t key_a = key_of(elements[position(a)]), key_b = key_of(elements[position(b)]);
     return key_a != key_b ? key_a < key_b : a < b;
   };
-  if (left_out > 0 && !settle_alike(numbers.data(), count, alike, before)) return false;
+  if (left_out > 0 && !sort_groups(numbers.data(), count, alike, before)) return false;
   for (std::size_t i = 0; i < count; ++i) positions[i] = static_cast<std::int32_t>(position(numbers[i]));
   return true;
 }
 
-/// With all bits of the element, in 128.
+/// Sorts 128-bit numbers, which hold all bits of the element.
 template <class T>
 void positions_by_long_numbers(const T* elements, std::size_t count, std::int32_t* positions) {
   const Scratch<hwy::uint128_t> numbers(count);
@@ -155,7 +155,7 @@ bool has_nan(const T* elements, std::size_t count) {
 
 template <class T>
 void order_positions(const T* elements, std::size_t count, std::int32_t* positions) {
-  if (count >= least_for_vectors && !has_nan(elements, count)) {
+  if (count >= minimum_for_vectors && !has_nan(elements, count)) {
     if (!positions_by_short_numbers(elements, count, positions)) positions_by_long_numbers(elements, count, positions);
     return;
   }

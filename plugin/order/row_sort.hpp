@@ -1,8 +1,8 @@
-// order/row_sort.hpp: sorting one run of elements
+// order/row_sort.hpp: sorting one row of elements
 //
-// Long runs go to a vectorised quicksort, wherever the outcome is the same in every bit. Short ones, and reals with NaN
-// or with a negative zero, go to the standard library's sort, whose arrangement is then the defined one. NaN
-// breaks its rules; GNU's library stays within the elements wherever it stands.
+// Long rows are sorted by a vectorised quicksort wherever the result is the same in every bit. Short rows, and
+// floating-point numbers with NaN or a negative zero, are sorted by the standard library, whose arrangement is then the
+// defined one. NaN violates the ordering that std::sort requires; libstdc++ does not read out of bounds for it.
 
 #pragma once
 

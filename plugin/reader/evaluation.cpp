@@ -191,7 +191,8 @@ void build_selection(ExpressionEvaluator& evaluator, const HostCodeNode* node, H
        cell = node_in(cell->value))
     pairs.push_back(pair_in(evaluator, cell));
   // The table comes last: a selector may run script code that changes the variable.
-  HostHash* table = table_in(node->link.tag == SlotTag::variable ? evaluator.variable(frame_slot(node->link)) : nullptr);
+  HostHash* table =
+      table_in(node->link.tag == SlotTag::variable ? evaluator.variable(frame_slot(node->link)) : nullptr);
   select_entries(evaluator.ctx(), table, pairs, result);
 }
 

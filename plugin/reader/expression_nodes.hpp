@@ -38,8 +38,8 @@ inline std::string_view name_in(const HostCodeSlot& slot) {
   return symbol == nullptr ? std::string_view() : text_at(symbol->text);
 }
 
-/// The node that a wrapper of a name holds in place of the name itself. Ends the process through std::terminate when the
-/// wrapper holds no name.
+/// The node that a wrapper of a name holds in place of the name itself. Ends the process through std::terminate when
+/// the wrapper holds no name.
 inline const HostCodeNode* unwrapped(const HostCodeNode* node) {
   const HostCodeNode* wrapper = node_in(node->link, NodeKind::name_wrapper);
   if (wrapper == nullptr) return node;

@@ -13,8 +13,8 @@ namespace {
 
 constexpr std::int64_t deepest_nesting = 102400;
 
-/// The table of an array literal. The literal is flat: opening and closing items stand in one chain, and two stacks keep
-/// the open tables and the next key of each.
+/// The table of an array literal. The literal is flat: opening and closing items stand in one chain, and two stacks
+/// keep the open tables and the next key of each.
 class LiteralTable {
  public:
   LiteralTable(HostContext ctx, HostValue* result) : ctx_(ctx), tables_(512), counts_(256) { open_in(result); }
@@ -105,7 +105,7 @@ class LiteralTable {
     return true;
   }
 
-  /// required: a real key that is the next automatic one advances it, an integer key does not.
+  /// required: a real key equal to the next automatic key advances it, an integer key does not.
   void advance_past(const HostValue& key) {
     if (key.tag != ValueTag::real) return;
     if (std::trunc(load<double>(key.payload)) == counts_.back()) ++counts_.back();

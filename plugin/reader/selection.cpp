@@ -18,8 +18,8 @@ HostHash* table_in(const HostValue* value) {
 
 namespace {
 
-/// Applies the pairs, one for each level of nesting. The levels are kept on a stack of their own, since a script decides
-/// their number.
+/// Applies the pairs, one for each level of nesting. The levels are kept on a stack of their own, since a script
+/// decides their number.
 class Selection {
  public:
   Selection(HostContext ctx, const SelectorPairs& pairs) : ctx_(ctx), pairs_(pairs) {}
@@ -67,8 +67,8 @@ class Selection {
     open_.push_back({cursor, pair, made, KeySequence{0, made, ctx_}});
   }
 
-  /// required: above the last level integer keys are renumbered and string keys are kept. A key of any other kind has no
-  /// place in the result: its entry is passed over.
+  /// required: above the last level integer keys are renumbered and string keys are kept. A key of any other kind has
+  /// no place in the result: its entry is passed over.
   HostValue* slot_for(OpenLevel& level) const {
     HostValue* key = &level.cursor.item()->key;
     if (key->tag == ValueTag::integer) return level.keys.next_slot();

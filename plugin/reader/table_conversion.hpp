@@ -76,8 +76,8 @@ HostValue* take_numbers(OpenTable& table, std::vector<StoredElement<Kind>>& valu
 }
 
 /// Gathers from `hash` and the tables in it, from `depth` on. Returns 0 at the first leaf that is not a number; the
-/// elements read so far are kept. `message` is the kind's, handed from level to level and never shown. The tables around
-/// the innermost one are kept on a stack of their own, since a script decides their depth.
+/// elements read so far are kept. `message` is the kind's, handed from level to level and never shown. The tables
+/// around the innermost one are kept on a stack of their own, since a script decides their depth.
 template <class Kind>
 int read_table_data(ArrayData<StoredElement<Kind>>& data, HostContext, HostHash* hash, const char* /*message*/,
                     std::size_t depth) {
@@ -147,8 +147,8 @@ struct OpenRows {
   int count = 0;
 };
 
-/// The row that a cell's link leads to. Null for what leads nowhere, and for a node of another kind whose value slot has
-/// another tag than that of a node: these count as a row and add nothing.
+/// The row that a cell's link leads to. Null for what leads nowhere, and for a node of another kind whose value slot
+/// has another tag than that of a node: these count as a row and add nothing.
 inline const HostCodeNode* row_in(const HostCodeSlot& link) {
   const HostCodeNode* node = node_in(link);
   return node == nullptr || is_row(node) || node->value.tag == SlotTag::node ? node : nullptr;

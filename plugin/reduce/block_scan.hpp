@@ -19,7 +19,7 @@ namespace arrayfold {
 template <class T>
 constexpr std::size_t block_length = storage_alignment / sizeof(T);
 
-/// Halves of the block first, then halves of what that leaves: (b0 + b2) + (b1 + b3) for four lanes and a sum.
+/// Halves of the block first, then halves of what that leaves: (b0 + b2) + (b1 + b3) for four elements and a sum.
 template <class T, class Fold>
 T fold_block(const T* b, Fold fold) {
   static_assert(block_length<T> == 4 || block_length<T> == 8, "the pairs of a block are written out for these lengths");
@@ -38,8 +38,8 @@ R fold_blocks(const T* elements, std::size_t count, R accumulated, Fold fold) {
 }
 
 /// The scan: `fold_whole(elements, count, start)` takes the whole blocks, `fold` the elements behind them.
-/// required: the elements behind the last whole block are found by the stride of the last dimension. It is 0 where the
-/// last extent is 1, and each of them then is element 0 once more.
+/// required: the elements behind the last whole block are found by the stride of the last axis. It is 0 where the last
+/// extent is 1: element 0 is then folded in once for each of them.
 template <class R, class T, class FoldWhole, class Fold>
 R scan_blocks(const xarray_of<T>& array, R start, FoldWhole fold_whole, Fold fold) {
   const auto& elements = array.storage();

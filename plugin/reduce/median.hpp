@@ -1,9 +1,10 @@
 // reduce/median.hpp: the element in the middle of all
 //
 // The elements are partitioned at the middle, as the array library does. A long array needs no partition as a whole: a
-// sample gives two values that almost surely bracket the median, and one pass counts the elements around the bracket and
-// gathers those inside it; only the gathered ones are partitioned. The whole array is partitioned where the partition's
-// own arrangement could show in the result, with NaN or with zeros of both signs, and where the sample misled.
+// sample gives two values that almost surely bracket the median, and one pass counts the elements around the bracket
+// and gathers those inside it; only the gathered ones are partitioned. The whole array is partitioned where the
+// partition's own arrangement could show in the result, with NaN or with zeros of both signs, and where the sample
+// misled.
 
 #pragma once
 
@@ -59,9 +60,9 @@ struct Bracket {
   T high;
 };
 
-/// The bracket by a sample of evenly strided elements: about three standard errors of the sample's middle on both sides.
-/// The sample's size makes the work on the sample about the same as the work inside the bracket. Nothing when there is a
-/// NaN in the sample.
+/// The bracket by a sample of evenly strided elements: about three standard errors of the sample's middle on both
+/// sides. The sample's size makes the work on the sample about the same as the work inside the bracket. Nothing when
+/// there is a NaN in the sample.
 template <class T>
 std::optional<Bracket<T>> sampled_bracket(const T* elements, std::size_t count) {
   const double root = std::cbrt(static_cast<double>(count));
@@ -74,7 +75,7 @@ std::optional<Bracket<T>> sampled_bracket(const T* elements, std::size_t count) 
   return Bracket<T>{low, high};
 }
 
-/// How many elements stand where, seen from the bracket.
+/// The numbers of elements around the bracket.
 struct BracketCounts {
   std::size_t below = 0;
   std::size_t at_most_low = 0;

@@ -37,7 +37,7 @@ constexpr auto trapezoidal_integral = [](const auto& array) {
 /// How many elements differ from 0: NaN does, a negative zero does not.
 constexpr auto nonzero_count = [](const auto& array) {
   using T = typename std::decay_t<decltype(array)>::value_type;
-  // Counts as wide as the elements stay in their lanes; a block is short enough for any of them.
+  // Counts as wide as the elements need no conversion in registers; a block is short enough for any of them.
   using Count = std::conditional_t<sizeof(T) <= 4, std::int32_t, std::int64_t>;
   constexpr std::size_t block = std::size_t{1} << 16;
   const auto count_nonzero = [](Count found, T x) { return found + (x != 0); };
