@@ -1,4 +1,4 @@
-// bench/creation.cpp: xzeros, xones, xempty, xeye, xarange, xlinspace, xlogspace, xrand, xrandn, xshuffle
+// bench/creation.cpp: xzeros, xones, xempty, xeye, xarange, xlinspace, xlogspace, xrand, xrandn, xshuffle, xpermutation
 
 #include <cmath>
 
@@ -29,6 +29,7 @@ void add_creation() {
   add_call("creation/xrand", "xrand", four_sizes, count);
   add_call("creation/xrandn", "xrandn", four_sizes, count);
   add_call("creation/xshuffle", "xshuffle", four_sizes, reals);
+  add_call("creation/xpermutation", "xpermutation", four_sizes, reals);
 }
 
 }  // namespace arrayfold::bench

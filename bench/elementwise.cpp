@@ -12,9 +12,10 @@
 namespace arrayfold::bench {
 namespace {
 
-constexpr const char* of_any_sign[] = {"xabs",  "xsign",  "xrad2deg", "xdeg2rad", "xsquare", "xcube",    "xcbrt",
-                                       "xexp",  "xexpm1", "xsin",     "xcos",     "xtan",    "xsinh",    "xcosh",
-                                       "xtanh", "xerf",   "xtgamma",  "xisnan",   "xisinf",  "xisfinite"};
+constexpr const char* of_any_sign[] = {"xabs",    "xsign",  "xrad2deg", "xdegrees", "xdeg2rad", "xradians",
+                                       "xsquare", "xcube",  "xcbrt",    "xexp",     "xexpm1",   "xsin",
+                                       "xcos",    "xtan",   "xsinh",    "xcosh",    "xtanh",    "xerf",
+                                       "xtgamma", "xisnan", "xisinf",   "xisfinite"};
 constexpr const char* of_positive[] = {"xlog", "xlog1p", "xsqrt", "xlgamma"};
 
 std::vector<std::size_t> extent(int n) { return {static_cast<std::size_t>(n)}; }
@@ -30,7 +31,7 @@ bool works_in_integers(const std::string& name) { return name == "xabs" || name 
 
 void add_both(const std::string& name, const RecordsOf& doubles) {
   add_call("elementwise/" + name, name, four_sizes, doubles);
-  if (name == "xsign") return;  // which serves no integers
+  if (name == "xsign") return;  // xsign accepts no integers
   add_call("elementwise/" + name + "_int", name, four_sizes, works_in_integers(name) ? ints : hundred);
 }
 

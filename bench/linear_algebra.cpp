@@ -2,6 +2,7 @@
 //
 // n is the length of a vector and the side of a square.
 
+#include <stdexcept>
 #include <string>
 
 #include "arrays.hpp"
@@ -27,6 +28,21 @@ std::vector<Value> matrix_and_small_one(int n) { return {normal_reals(square(n),
 std::vector<Value> one_matrix(int n) { return {dominant_square(static_cast<std::size_t>(n))}; }
 std::vector<Value> system(int n) { return {dominant_square(static_cast<std::size_t>(n)), normal_reals(length(n), 2)}; }
 
+/// xcond inverts its argument and then throws, for every matrix.
+void time_throwing(benchmark::State& state, std::vector<Value>& arguments, EntryFunction entry) {
+  const HostContext ctx = context();
+  HostValue result = hvm::nil_record();
+  benchmark::IterationCount thrown = 0;
+  for (auto _ : state) {
+    try {
+      entry(ctx, hvm::records_of(arguments), 1, &result);
+    } catch (const std::runtime_error&) {
+      ++thrown;
+    }
+  }
+  if (thrown != state.iterations()) state.SkipWithError("the call threw nothing");
+}
+
 void add(const std::string& label, const std::string& function, const std::vector<int>& sizes,
          const RecordsOf& arguments) {
   add_call("linear_algebra/" + label, function, sizes, arguments);
@@ -47,6 +63,9 @@ void add_linear_algebra() {
   for (const std::string name :
        {"cholesky", "qr", "svd", "eigh", "eigvalsh", "det", "slogdet", "matrix_rank", "inv", "pinv", "norm", "trace"})
     add(name, "x" + name, sides, one_matrix);
+  for (const std::string name : {"eig", "eigvals"}) add(name, "x" + name, small_sides, one_matrix);
+  add_case("linear_algebra/cond", small_sides, one_matrix,
+           [xcond = entry_named("xcond")](auto& state, auto& arguments) { time_throwing(state, arguments, xcond); });
   for (const std::string name : {"solve", "lstsq"}) add(name, "x" + name, sides, system);
 }
 

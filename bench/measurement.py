@@ -22,6 +22,10 @@ class Ours:
     def names(self):
         return self._run("--benchmark_list_tests").split()
 
+    def unmeasured(self):
+        """The functions of the module that no case calls."""
+        return self._run("--unmeasured").split()
+
     def times(self, names, seconds):
         """Nanoseconds per call for each name. Raises RuntimeError when a case reports an error."""
         pattern = "^(" + "|".join(re.escape(name) for name in names) + ")$"
@@ -41,17 +45,22 @@ class Ours:
         return run.stdout
 
 
+def names_of(case):
+    """The names that the expressions of a case use: NumPy, n, and what the setup of the case defines."""
+    names = {"np": numpy, "n": case.n}
+    exec(case.case.setup, names)
+    return names
+
+
 class Expression:
     """An expression in NumPy, timed in this process."""
 
-    def __init__(self, text, case):
-        names = {"np": numpy, "n": case.n}
-        exec(case.case.setup, names)  # names stay global, so that what is made once is not made again
-        self.timer = timeit.Timer(text, timer=time.thread_time_ns, globals=names)
+    def __init__(self, text, names):
+        self.timer = timeit.Timer(text, timer=time.thread_time_ns, globals=names)  # global names, so that calls share them
         self.calls = 1
 
     def once(self):
-        """Runs it one time; an error in it is the caller's."""
+        """Runs it one time. Throws what the expression throws."""
         self.timer.timeit(1)
 
     def time(self, seconds):
@@ -63,16 +72,13 @@ class Expression:
         return spent / self.calls
 
 
-
-
-
 def measure(case, ours, rounds, seconds):
     """One row of the table: rounds of ours, then NumPy's; three times as many where they scatter.
 
     Times are medians of the rounds, the ratio is the median of the rounds' ratios, so that drift cancels.
     """
     peer = case.case.peer(case.n)
-    peer = peer and Expression(peer, case)
+    peer = peer and Expression(peer, names_of(case))
     pairs = []
     for _ in range(3):
         for _ in range(rounds):
@@ -93,7 +99,7 @@ def measure(case, ours, rounds, seconds):
     beside = case.case.beside.get(case.n)
     if beside:
         row["beside"] = beside
-        row["beside_ns"] = statistics.median(Expression(beside, case).time(seconds) for _ in range(rounds))
+        row["beside_ns"] = statistics.median(Expression(beside, names_of(case)).time(seconds) for _ in range(rounds))
     return row
 
 

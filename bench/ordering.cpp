@@ -139,6 +139,8 @@ void add_ordering() {
   add_ordering("xpartition", "xpartition", reals_and_middle);
   add_ordering("xpartition_int", "xpartition", ints_and_middle);
   add_rows("xpartition", row_sizes, square_and_middle);
+  add_ordering("xargpartition", "xargpartition", reals_and_middle);
+  add_ordering("xargpartition_int", "xargpartition", ints_and_middle);
   add_ordering("xdiff", "xdiff", reals);
   add_ordering("xdiff_int", "xdiff", ints);
   add_rows("xdiff", four_sizes, real_square);

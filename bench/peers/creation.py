@@ -38,4 +38,6 @@ CASES = {
     "xshuffle": Case(
         numpy="r.shuffle(a)", setup=GENERATOR + "; a = r.standard_normal(n)", ratios=by_size(None, None, None, None)
     ),
+    # Ours makes the draws of a shuffle and nothing else, NumPy's also gives the permutation.
+    "xpermutation": Case(numpy="r.permutation(n)", setup=GENERATOR, ratios=by_size(None, None, None, None)),
 }

@@ -30,6 +30,7 @@ def by_small_side(four, thirty_two, many):
 ROUTINE = by_side(0.3, 1.05, 1.05, 1.03)
 LONG_ROUTINE = by_side(0.65, 1.05, 1.05, 1.03)
 UNBOUND = by_side(None, None, None, None)
+UNBOUND_SMALL = by_small_side(None, None, None)
 UNBOUND_LENGTHS = by_size(None, None, None, None)
 
 CASES = {
@@ -41,7 +42,7 @@ CASES = {
     "dot_matrix_vector": Case(numpy="np.dot(a, b)", setup=MATRIX_AND_VECTOR, ratios=UNBOUND),
     "dot_ints": Case(numpy="np.dot(a, b)", setup=INTS, ratios=by_small_side(0.3, 0.1, 0.06)),
     # NumPy converts the integers and calls the routine; ours adds in the order of the inner index, and truncates.
-    "dot_mixed": Case(numpy="np.dot(a, b)", setup=MIXED, ratios=by_small_side(None, None, None)),
+    "dot_mixed": Case(numpy="np.dot(a, b)", setup=MIXED, ratios=UNBOUND_SMALL),
     # The routine adds to zeros: two passes, where NumPy writes the products. Its own bits show where products vanish.
     "outer": Case(numpy="np.outer(a, b)", setup=VECTORS, ratios=by_small_side(0.1, 0.15, 0.25)),
     "kron": Case(numpy="np.kron(a, b)", setup=MATRIX_AND_SMALL, ratios=by_small_side(0.1, 0.15, 0.25)),
@@ -56,6 +57,10 @@ CASES = {
     "matrix_rank": Case(numpy="np.linalg.matrix_rank(a)", setup=DOMINANT, ratios=UNBOUND),
     "inv": Case(numpy="np.linalg.inv(a)", setup=DOMINANT, ratios=ROUTINE),
     "pinv": Case(numpy="np.linalg.pinv(a)", setup=DOMINANT, ratios=ROUTINE),
+    "eig": Case(numpy="np.linalg.eig(a)", setup=DOMINANT, ratios=UNBOUND_SMALL),
+    "eigvals": Case(numpy="np.linalg.eigvals(a)", setup=DOMINANT, ratios=UNBOUND_SMALL),
+    # Ours inverts the matrix and then always throws.
+    "cond": Case(numpy="np.linalg.inv(a)", setup=DOMINANT, ratios=UNBOUND_SMALL),
     "norm": Case(numpy="np.linalg.norm(a)", setup=DOMINANT, ratios=by_side(0.2, 0.2, 2.0, 2.2)),
     # One chain of additions, 0.7 ns each, down the diagonal; NumPy adds in pairs.
     "trace": Case(numpy="np.trace(a)", setup=DOMINANT, ratios=by_side(0.1, 0.1, 0.1, 0.3)),

@@ -55,6 +55,8 @@ CASES = {
     "xpartition_rows": Case(
         numpy="np.partition(a, k // 2)", setup=SQUARE, ratios=by_row_size(None, None, None, None)
     ),
+    "xargpartition": Case(numpy="np.argpartition(a, n // 2)", setup=REALS, ratios=UNBOUND),
+    "xargpartition_int": Case(numpy="np.argpartition(a, n // 2)", setup=INTS, ratios=UNBOUND),
     "xdiff": Case(numpy="np.diff(a)", setup=REALS, ratios=DIFFERENCES),
     "xdiff_int": Case(numpy="np.diff(a)", setup=INTS, ratios=DIFFERENCES),
     "xdiff_rows": Case(numpy="np.diff(a)", setup=SQUARE, ratios=by_size(0.1, 0.15, 0.3, 1.15)),
