@@ -11,8 +11,8 @@ namespace arrayfold::bench {
 
 /// Doubles of the normal distribution: full mantissas, both signs.
 hvm::Value normal_reals(const std::vector<std::size_t>& extents, unsigned seed = 1);
-/// Normal doubles in a square, 2n more on the diagonal: its inverse exists, and its lower triangle is that of a positive
-/// definite matrix.
+/// Normal doubles in a square, 2n more on the diagonal: its inverse exists, and its lower triangle is that of a
+/// positive definite matrix.
 hvm::Value dominant_square(std::size_t n);
 /// Normal doubles' magnitudes.
 hvm::Value positive_reals(const std::vector<std::size_t>& extents);

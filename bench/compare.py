@@ -18,7 +18,9 @@ import report
 
 
 def arguments():
-    parser = argparse.ArgumentParser(description="Compares the module with NumPy, case by case.")
+    parser = argparse.ArgumentParser(description="Compares the module with NumPy, case by case.",
+                                     epilog="With --compare OLD_BUILD, scripts/bench compares two builds of the module "
+                                            "instead: see scripts/bench --compare OLD_BUILD --help.")
     parser.add_argument("filter", nargs="?", default="", help="only cases with this in their name: text/, xeye, /10")
     parser.add_argument("--program", required=True, help="the benchmark program")
     parser.add_argument("--rounds", type=int, default=7, help="rounds of ours, then NumPy's (default %(default)s)")

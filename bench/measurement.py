@@ -56,7 +56,7 @@ class Expression:
     """An expression in NumPy, timed in this process."""
 
     def __init__(self, text, names):
-        self.timer = timeit.Timer(text, timer=time.thread_time_ns, globals=names)  # global names, so that calls share them
+        self.timer = timeit.Timer(text, timer=time.thread_time_ns, globals=names)  # global, so that calls share them
         self.calls = 1
 
     def once(self):
