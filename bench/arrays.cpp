@@ -91,7 +91,7 @@ hvm::Value uniform_ints(const std::vector<std::size_t>& extents, int low, int hi
 
 }  // namespace
 
-hvm::Value normal_reals(const std::vector<std::size_t>& extents, unsigned seed) {
+hvm::Value normal_doubles(const std::vector<std::size_t>& extents, unsigned seed) {
   return array_of_normal(extents, seed, unchanged);
 }
 
@@ -115,11 +115,11 @@ hvm::Value divisors(const std::vector<std::size_t>& extents, unsigned seed) {
   return uniform_ints<XTInt>(extents, 1, 999, seed);
 }
 
-hvm::Value positive_reals(const std::vector<std::size_t>& extents) {
+hvm::Value positive_doubles(const std::vector<std::size_t>& extents) {
   return array_of_normal(extents, 1, [](double x) { return std::abs(x); });
 }
 
-hvm::Value reals_beside_one(const std::vector<std::size_t>& extents) {
+hvm::Value doubles_beside_one(const std::vector<std::size_t>& extents) {
   return array_of_normal(extents, 1, [](double x) { return std::exp(0.001 * x); });
 }
 

@@ -10,11 +10,11 @@ namespace arrayfold::bench {
 namespace {
 
 std::vector<Value> ten(int) { return {Value(10)}; }
-std::vector<Value> ten_in_two_dimensions(int) { return {normal_reals({2, 5})}; }
+std::vector<Value> ten_in_two_dimensions(int) { return {normal_doubles({2, 5})}; }
 
-std::vector<Value> reals(int n) { return {normal_reals({static_cast<std::size_t>(n)})}; }
-std::vector<Value> reals_twice(int n) { return {reals(n)[0], reals(n)[0]}; }
-std::vector<Value> reals_three_times(int n) { return {reals(n)[0], reals(n)[0], reals(n)[0]}; }
+std::vector<Value> doubles(int n) { return {normal_doubles({static_cast<std::size_t>(n)})}; }
+std::vector<Value> doubles_twice(int n) { return {doubles(n)[0], doubles(n)[0]}; }
+std::vector<Value> doubles_three_times(int n) { return {doubles(n)[0], doubles(n)[0], doubles(n)[0]}; }
 
 /// A call of `function` with `nargs` of the arguments, which fails (returns 0) and leaves the result untouched.
 void add_failing_call(const std::string& name, const std::string& function, const RecordsOf& arguments_of, int nargs) {
@@ -32,11 +32,12 @@ void add_failing_call(const std::string& name, const std::string& function, cons
 /// The stubs: they check their arguments and compute nothing.
 void add_stubs() {
   for (const char* name : {"xrandint", "xchoice"}) add_call(std::string("calls/") + name, name, {10}, ten);
-  for (const char* name : {"xsearchsorted", "xmatrix_power"}) add_call(std::string("calls/") + name, name, {10}, reals);
-  for (const char* name : {"xremainder", "xpow"}) add_call(std::string("calls/") + name, name, {10}, reals_twice);
+  for (const char* name : {"xsearchsorted", "xmatrix_power"})
+    add_call(std::string("calls/") + name, name, {10}, doubles);
+  for (const char* name : {"xremainder", "xpow"}) add_call(std::string("calls/") + name, name, {10}, doubles_twice);
   for (const char* name : {"xclip", "xfma", "xinterp"})
-    add_call(std::string("calls/") + name, name, {10}, reals_three_times);
-  add_failing_call("calls/xsetdiff1d", "xsetdiff1d", reals_twice, 2);
+    add_call(std::string("calls/") + name, name, {10}, doubles_three_times);
+  add_failing_call("calls/xsetdiff1d", "xsetdiff1d", doubles_twice, 2);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-# bench/compare.py: each case of ours and its peer in NumPy, in turns, as one table of ratios
+# bench/compare.py: each case of the module and its peer in NumPy, in turns, as one table of ratios
 
 import argparse
 import itertools
@@ -7,10 +7,10 @@ import json
 import os
 import sys
 
-# Before NumPy is loaded, and for the processes that are started here.
+# Set before NumPy is loaded, and inherited by the processes that are started here.
 os.environ["OPENBLAS_NUM_THREADS"] = "1"
 os.environ["OMP_NUM_THREADS"] = "1"
-sys.dont_write_bytecode = True  # the sources stay clean
+sys.dont_write_bytecode = True  # no cache files beside the sources
 
 import measurement
 import peers
@@ -23,7 +23,7 @@ def arguments():
                                             "instead: see scripts/bench --compare OLD_BUILD --help.")
     parser.add_argument("filter", nargs="?", default="", help="only cases with this in their name: text/, xeye, /10")
     parser.add_argument("--program", required=True, help="the benchmark program")
-    parser.add_argument("--rounds", type=int, default=7, help="rounds of ours, then NumPy's (default %(default)s)")
+    parser.add_argument("--rounds", type=int, default=7, help="rounds of the module, then NumPy (default %(default)s)")
     parser.add_argument("--seconds", type=float, default=0.05, help="of one measurement (default %(default)s)")
     parser.add_argument("--core", type=int, help="the core that both run on (default: the last)")
     parser.add_argument("--json", metavar="PATH", help="write the rows as JSON")

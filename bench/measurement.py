@@ -1,6 +1,6 @@
-# bench/measurement.py: our time and NumPy's for one case, interleaved
+# bench/measurement.py: the module's time and NumPy's for one case, interleaved
 #
-# Both sides count the processor time of their thread: what other programs take of the core is not in it.
+# Both sides count the processor time of their thread, which excludes the time of other programs on the core.
 
 import json
 import re
@@ -13,7 +13,7 @@ import numpy
 
 
 class Ours:
-    """The benchmark program; every measurement is a process of its own."""
+    """The benchmark program; each measurement is a process of its own."""
 
     def __init__(self, program):
         self.program = program
@@ -73,7 +73,7 @@ class Expression:
 
 
 def measure(case, ours, rounds, seconds):
-    """One row of the table: rounds of ours, then NumPy's; three times as many where they scatter.
+    """One row of the table: rounds of the module, then NumPy; three times as many where they scatter.
 
     Times are medians of the rounds, the ratio is the median of the rounds' ratios, so that drift cancels.
     """
@@ -104,12 +104,12 @@ def measure(case, ours, rounds, seconds):
 
 
 def ratios_of(pairs):
-    """Ours over NumPy's, round by round; our times alone where there is no peer."""
+    """The module's time over NumPy's, round by round; the module's time alone without a peer."""
     return [pair[0] / pair[1] if pair[1] else pair[0] for pair in pairs]
 
 
 def scatters(pairs):
-    """True when the middle half of the rounds is wider than the tenth that noise is allowed."""
+    """True when the middle half of the rounds spans more than the tenth that counts as noise."""
     ratios = ratios_of(pairs)
     low, middle, high = statistics.quantiles(ratios, n=4) if len(ratios) > 1 else [ratios[0]] * 3
     return high - low > 0.1 * middle

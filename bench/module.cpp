@@ -50,7 +50,7 @@ std::vector<Value>& prepared_records(const std::string& name, int n, const Recor
 
 using OperatorCallback = decltype(hvm::TypeCallbacks::op);
 
-/// An operator callback with its operands at hand.
+/// An operator callback with its operands.
 struct Operation {
   OperatorCallback op;
   int opcode;

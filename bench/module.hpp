@@ -1,7 +1,7 @@
 // bench/module.hpp: the module under the reference host, and how its calls become benchmark cases
 //
-// A case is named family/label/n, and the peer's list under peers/ has the same name. What is timed is one call through
-// the C interface, as a host makes it, together with the release of the value that it gives.
+// A case is named family/label/n, and its peer under peers/ has the same name. The timed loop makes one call through
+// the C interface, as a host makes it, and releases the result.
 
 #pragma once
 
@@ -17,7 +17,7 @@ namespace arrayfold::bench {
 
 using hvm::Value;
 
-/// From what fits into a register file to what only memory holds.
+/// From arrays that fit into registers to arrays that fit into no cache.
 inline const std::vector<int> four_sizes{10, 1'000, 100'000, 10'000'000};
 
 /// Loads the module at `path`. Without this call the first use loads the module of this build.
