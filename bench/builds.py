@@ -210,7 +210,7 @@ def measured(compared, cases, rounds, limit):
     floor = comparison.noise_floor(rows.values())
     suspects = [one.row.case for one in comparison.judged(rows.values(), floor) if one.is_too_slow(limit)]
     if suspects:
-        print(f"Measured again: {len(suspects)} rows that were too slow at first.", flush=True)
+        print(f"Rows that were too slow at first and are measured again: {len(suspects)}.", flush=True)
         rows.update({row.case: row for row in compared.rows(suspects, 2 * rounds)})
     rows = [row for case, row in rows.items() if case not in compared.failures]
     return comparison.judged(rows, floor)

@@ -140,9 +140,9 @@ def summary(rows, limit, sizes):
     too_slow = [one for one in rows if one.is_too_slow(limit)]
     old_size, new_size = sizes
     lines = [
-        f"{len(rows)} rows: {slower} slower and {faster} faster beyond noise, {len(rows) - slower - faster} within.",
+        f"Rows: {len(rows)}. Slower beyond noise: {slower}. Faster: {faster}. Within: {len(rows) - slower - faster}.",
         f"Noise: {percent(noises[len(noises) // 2])} in the median row, {percent(noises[len(noises) * 9 // 10])} "
-        f"or more in one row of ten; {sum(noise > limit for noise in noises)} rows have more than the limit.",
+        f"or more in one row of ten; above the limit in {sum(noise > limit for noise in noises)}.",
         "",
         table(["family", "rows", "new / old", "old / old"],
               [[name, str(count), f"{ratio:.3f}", f"{same:.3f}"] for name, count, ratio, same
@@ -151,8 +151,8 @@ def summary(rows, limit, sizes):
         f"Worst row beyond noise: {worst.row.case}, {percent(worst.beyond_noise)}." if worst.is_slower
         else "No row is slower beyond noise.",
         f"Module files: old {old_size:,} bytes, new {new_size:,} bytes, ratio {new_size / old_size:.3f}.",
-        f"{len(too_slow)} rows are slower than {percent(limit)} beyond noise: "
-        + ", ".join(one.row.case for one in too_slow) + "." if too_slow
+        f"TOO SLOW, by more than {percent(limit)} beyond noise: " + ", ".join(one.row.case for one in too_slow) + "."
+        if too_slow
         else f"No row is slower than {percent(limit)} beyond noise.",
     ]
     return "\n".join(lines)

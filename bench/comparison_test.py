@@ -121,10 +121,10 @@ class Texts(unittest.TestCase):
     def test_the_summary_counts(self):
         rows = [steady(0.5, case="a/fast/10"), steady(1, case="a/same/10"), steady(2, case="b/slow/10")]
         text = comparison.summary(comparison.judged(rows, 0), 0.03, (1000, 1100))
-        self.assertIn("3 rows: 1 slower and 1 faster beyond noise, 1 within.", text)
+        self.assertIn("Rows: 3. Slower beyond noise: 1. Faster: 1. Within: 1.", text)
         self.assertIn("Worst row beyond noise: b/slow/10, 100.0 %.", text)
         self.assertIn("old 1,000 bytes, new 1,100 bytes, ratio 1.100", text)
-        self.assertIn("1 rows are slower than 3.0 % beyond noise: b/slow/10.", text)
+        self.assertIn("TOO SLOW, by more than 3.0 % beyond noise: b/slow/10.", text)
 
     def test_the_summary_of_equal_builds_names_no_row(self):
         text = comparison.summary([judged(steady(1))], 0.03, (1000, 1000))
