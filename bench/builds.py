@@ -102,6 +102,7 @@ class Comparison:
         times = {case: [] for case in cases}
         groups = [(group, list(alike)) for group, alike in itertools.groupby(sorted(cases, key=group_of), key=group_of)]
         for number in range(rounds):
+            note(f"round {number + 1} of {rounds}, {len(cases)} cases")
             for place, (group, alike) in enumerate(groups):
                 progress(f"round {number + 1} of {rounds}: {group[0]}, n = {group[1]:,} ({place + 1} of {len(groups)})")
                 self._measure_group(alike if number % 2 == 0 else alike[::-1], number, times)
@@ -150,6 +151,12 @@ def progress(text):
     """Shows `text` in place of the line before, where somebody watches."""
     if sys.stderr.isatty():
         print(f"\r\x1b[K{text}", end="", file=sys.stderr, flush=True)
+
+
+def note(text):
+    """Shows `text` with the time of day as a line of its own, for logs."""
+    if not sys.stderr.isatty():
+        print(time.strftime("%H:%M:%S"), text, file=sys.stderr, flush=True)
 
 
 def module_of(build):
