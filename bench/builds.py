@@ -21,14 +21,15 @@ HELP = """\
 Compares the speed of two builds of the module, case by case.
 
 One benchmark program measures both modules, so operands, host and timed loop are the same. It keeps a process for each
-module and one more for the old module, whose times show the noise. The three take turns on one core: forwards, then
-backwards. Each round and each group of cases (a family at one size) has fresh processes, since memory addresses, which
-differ by process, change times as well.
+module and one more for the old module, whose times show the noise. The three take turns on one core, in an order that
+changes from round to round and case to case. Each round and each group of cases (a family at one size) has fresh
+processes, since memory addresses, which differ by process, change times as well.
 
 A row's figure is the median over the rounds of new time over old time. Its noise is the largest deviation between the
-two processes of the old module, and at least the median of that over all rows. A row is too slow when it is slower than
-its noise and the limit together: ratio / (1 + noise) > 1 + limit. Rows that are too slow are measured again, with twice
-as many rounds; the second measurement replaces the first."""
+two processes of the old module (with more than five rounds: the one two ranks above the middle), and at least the lower quartile
+of that over all rows. A row is too slow when it is slower than its noise and the limit together:
+ratio / (1 + noise) > 1 + limit. Rows that are too slow are measured again, with twice as many rounds; the second
+measurement replaces the first."""
 
 EPILOG = """\
 Exit status: 0 when no row is too slow; 1 when a row is, or when a case fails in the new module only; 2 when the
@@ -105,7 +106,7 @@ class Comparison:
             note(f"round {number + 1} of {rounds}, {len(cases)} cases")
             for place, (group, alike) in enumerate(groups):
                 progress(f"round {number + 1} of {rounds}: {group[0]}, n = {group[1]:,} ({place + 1} of {len(groups)})")
-                self._measure_group(alike if number % 2 == 0 else alike[::-1], number, times)
+                self._measure_group(alike, number, times)
         progress("")
         return [comparison.Row(case, tuple(found)) for case, found in times.items() if case not in self.failures]
 
@@ -114,28 +115,30 @@ class Comparison:
         try:
             for module in self.modules:
                 workers.append(Worker(self.program, module))
-            for place, case in enumerate(cases):
+            orders = list(itertools.permutations(workers))
+            for place, case in list(enumerate(cases))[:: 1 if number % 2 == 0 else -1]:
                 if case in self.failures:
                     continue
                 try:
-                    times[case].append(self._measure(case, workers, (number + place) % 2 == 1))
+                    times[case].append(self._measure(case, workers, orders[(number + place) % len(orders)]))
                 except CaseFailed as failure:
                     self.failures[case] = str(failure)
         finally:
             for worker in workers:
                 worker.close()
 
-    def _measure(self, case, workers, swapped):
-        """One round of a case. The second and third process swap places, so that neither has the better one."""
-        old, new, again = workers
+    def _measure(self, case, workers, order):
+        """One round of a case: a run to warm up, and two visits to each process.
+
+        Visits to a process are equally far apart for all three, since a visit leaves its operands in the caches.
+        """
         if case not in self.plans:
-            self.plans[case] = self._in(old, lambda: Plan(old, case, self.seconds))
+            self.plans[case] = self._in(workers[0], lambda: Plan(workers[0], case, self.seconds))
         plan = self.plans[case]
-        order = [old, again, new] if swapped else [old, new, again]
         for worker in order:  # operands are made, and caches and the allocator settle
             self._in(worker, lambda: worker.times(case, plan.calls, 1))
         visits = {worker: [] for worker in order}
-        for worker in order + order[::-1]:
+        for worker in order * 2:
             visits[worker].append(statistics.median(worker.times(case, plan.calls, plan.samples)))
         # Other programs only add time.
         return tuple(min(visits[worker]) for worker in workers)

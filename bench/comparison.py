@@ -43,18 +43,20 @@ class Row:
 
     @property
     def own_noise(self):
-        """How far apart two processes with the old module are: the largest of the rounds; of ten, the second largest.
+        """How far apart two processes with the old module are.
 
-        The median of five rounds of equal code is slower than the largest of five such deviations in 1 or 2 rows of
-        100, for times that scatter normally as for times with rare large outliers.
+        This is the deviation two ranks above the middle one: the largest of five rounds, the seventh of ten. The median
+        ratio of equal code is slower in 1 to 3 rows of 100, whether times scatter normally or have rare large outliers;
+        with three rounds in 5 to 7.
         """
         deviations = sorted(max(again / old, old / again) - 1 for old, _, again in self.rounds)
-        return deviations[len(deviations) - 1 - len(deviations) // 10]
+        return deviations[min((len(deviations) - 1) // 2 + 2, len(deviations) - 1)]
 
 
 def noise_floor(rows):
-    """The noise that every row has at least: the median of all. Five equal deviations can be small by chance."""
-    return statistics.median(row.own_noise for row in rows) if rows else 0.0
+    """The minimum noise of a row: the lower quartile of all. The few deviations of one row can be small by chance."""
+    noises = sorted(row.own_noise for row in rows)
+    return noises[len(noises) // 4] if noises else 0.0
 
 
 @dataclass(frozen=True)
