@@ -26,8 +26,8 @@ changes from round to round and case to case. Each round and each group of cases
 processes, since memory addresses, which differ by process, change times as well.
 
 A row's figure is the median over the rounds of new time over old time. Its noise is the largest deviation between the
-two processes of the old module (with more than five rounds: the one two ranks above the middle), and at least the lower quartile
-of that over all rows. A row is too slow when it is slower than its noise and the limit together:
+two processes of the old module (with more than five rounds: the one two ranks above the middle), and at least the lower
+quartile of that over all rows. A row is too slow when it is slower than its noise and the limit together:
 ratio / (1 + noise) > 1 + limit. Rows that are too slow are measured again, with twice as many rounds; the second
 measurement replaces the first."""
 
