@@ -14,26 +14,12 @@
 namespace arrayfold::test {
 namespace {
 
-/// Both are arrays of `Kind` with the same extents and bits. Takes no memory.
-template <class Kind>
-bool are_one(const Value& left, const Value& right) {
-  const auto *a = container_of<Kind>(left), *b = container_of<Kind>(right);
-  if (a == nullptr || b == nullptr || a->shape() != b->shape()) return false;
-  const auto &x = a->storage(), &y = b->storage();
-  return x.size() == y.size() &&
-         (x.empty() || std::memcmp(x.data(), y.data(), x.size() * sizeof(typename Kind::element)) == 0);
-}
-bool are_one_of_any_kind(const Value& left, const Value& right) {
-  return are_one<XTDouble>(left, right) || are_one<XTFloat>(left, right) || are_one<XTInt>(left, right) ||
-         are_one<XTInt64>(left, right);
-}
-
 class OrderingFaults : public ArrayResultTest {
  protected:
-  /// Runs a call with each allocation failing: `least` or more of the module's, and the object of the host.
-  void expect_survival(const std::string& name, std::vector<Value> args, int least = 4) const {
+  /// Runs a call with each allocation failing: `minimum` or more of the module's, and the object of the host.
+  void expect_survival(const std::string& name, std::vector<Value> args, int minimum = 4) const {
     const EntryFunction function = Module::loaded().entry(name);
-    const Value expected = call(name, args).result;
+    const TestArray expected = from_host(call(name, args).result);
     const auto action = [&] {
       Value result(sentinel);
       const HostValue before = result.record();
@@ -42,14 +28,14 @@ class OrderingFaults : public ArrayResultTest {
         // Also the host's object may come from the module, which answers null.
         const bool lost = allocation_has_failed() || hvm::allocation_has_failed();
         EXPECT_TRUE(lost ? !result.is_object() || hvm::object_of(result.record()) == nullptr
-                         : are_one_of_any_kind(result, expected))
+                         : holds(result, expected))
             << name;
       } catch (const std::bad_alloc&) {
         EXPECT_EQ(std::memcmp(&before, result.address(), sizeof before), 0) << name;
         throw;
       }
     };
-    EXPECT_GE(fail_each_allocation(action), least) << name;
+    EXPECT_GE(fail_each_allocation(action), minimum) << name;
     EXPECT_EQ(fail_each_host_allocation(action), 1) << name;
   }
 
@@ -65,50 +51,42 @@ class OrderingFaults : public ArrayResultTest {
   }
 
   /// Elements in no order, small and not negative, some of them equal.
-  template <class Kind>
-  static std::vector<typename Kind::element> mixed(std::size_t count) {
-    std::vector<typename Kind::element> x(count);
-    for (std::size_t i = 0; i < count; ++i) x[i] = static_cast<typename Kind::element>(i * 7919 % 103);
-    return x;
+  static TestArray mixed(Kind kind, const Extents& extents) {
+    Numbers x;
+    for (std::size_t i = 0; i < size_of(extents); ++i) x.push_back(i * 7919 % 103);
+    return TestArray(kind, extents, x);
   }
 
-  template <class Kind>
-  void expect_orderings_survive(const Extents& extents, int least) const {
-    Operand<Kind> operand(ctx(), extents, mixed<Kind>(size_of(extents)));
+  void expect_orderings_survive(Kind kind, const Extents& extents, int minimum) const {
+    Operand operand(ctx(), mixed(kind, extents));
     const Value value = operand.value();
-    for (const char* name : {"xsort", "xargsort", "xdiff"}) expect_survival(name, {value}, least);
+    for (const char* name : {"xsort", "xargsort", "xdiff"}) expect_survival(name, {value}, minimum);
     for (const char* name : {"xunique", "xargmin", "xargmax"}) expect_survival(name, {value});
     for (const char* name : {"xpartition", "xargpartition"})
-      for (const int rank : {0, 1, 200, -1}) expect_survival(name, {value, Value(rank)}, least);
+      for (const int rank : {0, 1, 200, -1}) expect_survival(name, {value, Value(rank)}, minimum);
   }
-  void expect_all_orderings_survive(const Extents& extents, int least = 4) const {
-    expect_orderings_survive<XTDouble>(extents, least);
-    expect_orderings_survive<XTFloat>(extents, least);
-    expect_orderings_survive<XTInt>(extents, least);
-    expect_orderings_survive<XTInt64>(extents, least);
+  void expect_all_orderings_survive(const Extents& extents, int minimum = 4) const {
+    for (const Kind kind : all_kinds) expect_orderings_survive(kind, extents, minimum);
   }
 
-  template <class Kind>
-  void expect_binnings_survive(const Extents& extents, int least) const {
-    Operand<Kind> operand(ctx(), extents, mixed<Kind>(size_of(extents)));
+  void expect_binnings_survive(Kind kind, const Extents& extents, int minimum) const {
+    Operand operand(ctx(), mixed(kind, extents));
     const Value value = operand.value();
-    if constexpr (std::is_integral_v<typename Kind::element>) {
+    if (is_integer(kind)) {
       expect_survival("xbincount", {value});
     } else {
       FloatObject floats({2, 2}, {1, 20, 3, 4});
       expect_survival("xhistogram", {value});
       expect_survival("xhistogram", {value, Value(1000)});
-      for (const Value& edges : {twos<XTDouble>({2, 2, 2, 2, 2, 2}), floats.value(), twos<XTInt>(), twos<XTInt64>()}) {
+      for (const Value& edges :
+           {twos({2, 2, 2, 2, 2, 2}), floats.value(), twos(Kind::int32), twos(Kind::int64)}) {
         expect_survival("xhistogram_bin_edges", {value, edges});
-        expect_survival("xdigitize", {value, edges}, least);
+        expect_survival("xdigitize", {value, edges}, minimum);
       }
     }
   }
-  void expect_all_binnings_survive(const Extents& extents, int least = 4) const {
-    expect_binnings_survive<XTDouble>(extents, least);
-    expect_binnings_survive<XTFloat>(extents, least);
-    expect_binnings_survive<XTInt>(extents, least);
-    expect_binnings_survive<XTInt64>(extents, least);
+  void expect_all_binnings_survive(const Extents& extents, int minimum = 4) const {
+    for (const Kind kind : all_kinds) expect_binnings_survive(kind, extents, minimum);
   }
 
   FloatKindRegistered registered_;
@@ -126,9 +104,9 @@ TEST_F(OrderingFaults, OrderingsOfShortAndLongRuns) {
 
 TEST_F(OrderingFaults, OrderingsOfLongRunsWithNaNAndNegativeZero) {
   for (const double odd : {std::nan(""), -0.0}) {
-    auto x = mixed<XTDouble>(1000);
-    x[500] = odd;
-    const Value value = array_of<XTDouble>(ctx(), {1000}, x);
+    TestArray x = mixed(Kind::float64, {1000});
+    x.set(500, odd);
+    const Value value = to_host(ctx(), x);
     for (const char* name : {"xsort", "xargsort", "xunique", "xdiff", "xargmin", "xargmax"})
       expect_survival(name, {value});
   }
@@ -145,7 +123,7 @@ TEST_F(OrderingFaults, LongRunsOfIntsAndPositions_AreAmongThem) {
     });
   };
   for (const char* name : {"xsort", "xargsort"})
-    EXPECT_EQ(failures(name, twos<XTInt>({256})), failures(name, twos<XTInt>({255})) + 1) << name;
+    EXPECT_EQ(failures(name, twos(Kind::int32, {256})), failures(name, twos(Kind::int32, {255})) + 1) << name;
   EXPECT_EQ(failures("xargsort", twos({256})), failures("xargsort", twos({255})) + 1);
   EXPECT_EQ(failures("xsort", twos({256})), failures("xsort", twos({255})));
   // Many elements that differ in their lower bits alone, between the ends of the range: positions take one block more.
@@ -154,7 +132,7 @@ TEST_F(OrderingFaults, LongRunsOfIntsAndPositions_AreAmongThem) {
   descending.front() = std::numeric_limits<std::int64_t>::min();
   descending.back() = std::numeric_limits<std::int64_t>::max();
   EXPECT_EQ(failures("xargsort", array_of<XTInt64>(ctx(), {1000}, descending)),
-            failures("xargsort", twos<XTInt64>({1000})) + 1);
+            failures("xargsort", twos(Kind::int64, {1000})) + 1);
 }
 
 TEST_F(OrderingFaults, BinningsOfEveryKindAndRank) {
@@ -164,17 +142,17 @@ TEST_F(OrderingFaults, BinningsOfEveryKindAndRank) {
 TEST_F(OrderingFaults, BinningsOfFewAndManyElements) {
   for (const Extents& extents : {Extents{10}, Extents{255}, Extents{256}, Extents{1000}, Extents{300, 1}})
     expect_all_binnings_survive(extents);
-  expect_binnings_survive<XTDouble>({0}, 4);
+  expect_binnings_survive(Kind::float64, {0}, 4);
 }
 
 TEST_F(OrderingFaults, WhatGivesNoArray_NeedsNone) {
   for (const char* name : {"xsort", "xargsort", "xunique", "xdiff", "xargmin", "xargmax", "xhistogram", "xbincount"})
-    expect_no_allocation(name, {twos<XTBool>({2, 2, 2, 2, 2, 2})});
+    expect_no_allocation(name, {twos(Kind::boolean, {2, 2, 2, 2, 2, 2})});
   for (const char* name : {"xpartition", "xargpartition", "xhistogram_bin_edges", "xdigitize", "xsetdiff1d"})
-    expect_no_allocation(name, {twos<XTBool>({2, 2, 2, 2, 2, 2}), twos()});
+    expect_no_allocation(name, {twos(Kind::boolean, {2, 2, 2, 2, 2, 2}), twos()});
   expect_no_allocation("xbincount", {twos({2, 2, 2, 2, 2, 2})});
   for (const char* name : {"xsetdiff1d", "xsearchsorted", "xhistogram_bin_edges", "xdigitize"})
-    expect_no_allocation(name, {twos<XTInt>({2, 2, 2, 2, 2, 2}), twos()});
+    expect_no_allocation(name, {twos(Kind::int32, {2, 2, 2, 2, 2, 2}), twos()});
 }
 
 }  // namespace

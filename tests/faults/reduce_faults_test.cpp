@@ -18,7 +18,7 @@ using Extents = std::vector<std::size_t>;
 class ReduceFaults : public ModuleTest {
  protected:
   /// Runs a call with each allocation failing. The answer is how many did.
-  int failures_survived(const char* name, const Value& operand) const {
+  int failures_survived(const std::string& name, const Value& operand) const {
     const EntryFunction function = Module::loaded().entry(name);
     const Value expected = call(name, {operand}).result;
     std::vector<Value> args = {operand};
@@ -38,10 +38,8 @@ class ReduceFaults : public ModuleTest {
   }
 
   /// Ones of a kind; their extents are two in each dimension.
-  template <class Kind>
-  int of_rank(const char* name, std::size_t rank) const {
-    const std::vector<typename Kind::element> ones(std::size_t{1} << rank, 1);
-    Operand<Kind> operand(ctx(), Extents(rank, 2), ones);
+  int of_rank(Kind kind, const std::string& name, std::size_t rank) const {
+    Operand operand(ctx(), kind, Extents(rank, 2), Numbers(std::size_t{1} << rank, 1));
     return failures_survived(name, operand.value());
   }
 };
@@ -53,10 +51,10 @@ constexpr const char* ordered[] = {"xprod", "xmean", "xvariance", "xstddev"};
 TEST_F(ReduceFaults, ScansAndShufflesOfEveryKindAndRank_NeedNone) {
   for (const char* name : without_memory)
     for (std::size_t rank = 0; rank <= 6; ++rank) {
-      EXPECT_EQ(of_rank<XTDouble>(name, rank), 0) << name;
-      EXPECT_EQ(of_rank<XTFloat>(name, rank), 0) << name;
-      EXPECT_EQ(of_rank<XTInt>(name, rank), 0) << name;
-      EXPECT_EQ(of_rank<XTInt64>(name, rank), 0) << name;
+      EXPECT_EQ(of_rank(Kind::float64, name, rank), 0) << name;
+      EXPECT_EQ(of_rank(Kind::float32, name, rank), 0) << name;
+      EXPECT_EQ(of_rank(Kind::int32, name, rank), 0) << name;
+      EXPECT_EQ(of_rank(Kind::int64, name, rank), 0) << name;
     }
 }
 
@@ -65,19 +63,19 @@ TEST_F(ReduceFaults, OrderedFoldsOfEveryKindAndRank) {
     for (std::size_t rank = 0; rank <= 6; ++rank) {
       // Reals of more than a row keep what each dimension has so far; a few dimensions may do without memory.
       const int least = rank < 6 ? 0 : 1;
-      EXPECT_GE(of_rank<XTDouble>(name, rank), least) << name << rank;
-      EXPECT_GE(of_rank<XTFloat>(name, rank), least) << name << rank;
-      of_rank<XTInt>(name, rank);
-      of_rank<XTInt64>(name, rank);
+      EXPECT_GE(of_rank(Kind::float64, name, rank), least) << name << rank;
+      EXPECT_GE(of_rank(Kind::float32, name, rank), least) << name << rank;
+      of_rank(Kind::int32, name, rank);
+      of_rank(Kind::int64, name, rank);
     }
 }
 
 TEST_F(ReduceFaults, MediansOfEveryKindAndRank) {
   for (std::size_t rank = 0; rank <= 6; ++rank) {
-    EXPECT_GE(of_rank<XTDouble>("xmedian", rank), 1) << rank;
-    EXPECT_GE(of_rank<XTFloat>("xmedian", rank), 1) << rank;
-    EXPECT_GE(of_rank<XTInt>("xmedian", rank), 1) << rank;
-    EXPECT_GE(of_rank<XTInt64>("xmedian", rank), 1) << rank;
+    EXPECT_GE(of_rank(Kind::float64, "xmedian", rank), 1) << rank;
+    EXPECT_GE(of_rank(Kind::float32, "xmedian", rank), 1) << rank;
+    EXPECT_GE(of_rank(Kind::int32, "xmedian", rank), 1) << rank;
+    EXPECT_GE(of_rank(Kind::int64, "xmedian", rank), 1) << rank;
   }
 }
 

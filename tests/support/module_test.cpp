@@ -255,6 +255,21 @@ bool holds_array(const Value& value) {
   return with_container(value, [](const auto&) {});
 }
 
+bool holds(const Value& value, const TestArray& array) {
+  bool equal = false;
+  with_container(value, [&](const auto& container) {
+    using T = typename std::decay_t<decltype(container)>::value_type;
+    if (array.kind() != kind_of<T>) return;
+    const auto& elements = array.as<T>();
+    const auto& shape = container.shape();
+    const auto& storage = container.storage();
+    const auto same_bits = [](T a, T b) { return std::memcmp(&a, &b, sizeof a) == 0; };
+    equal = std::equal(shape.begin(), shape.end(), array.extents().begin(), array.extents().end()) &&
+            std::equal(storage.begin(), storage.end(), elements.begin(), elements.end(), same_bits);
+  });
+  return equal;
+}
+
 TestArray from_host(const Value& value) {
   return of_container<TestArray>(value, [](const auto& container) {
     using T = typename std::decay_t<decltype(container)>::value_type;

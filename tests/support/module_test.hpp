@@ -98,6 +98,8 @@ Value to_host(HostContext ctx, const TestArray& array);
 /// What an object of one of the module's types holds. Throws std::invalid_argument when there is none.
 TestArray from_host(const Value& value);
 bool holds_array(const Value& value);
+/// Whether the object holds this array, bit for bit. Takes no memory.
+bool holds(const Value& value, const TestArray& array);
 
 /// The same of one kind: a new object with elements in storage order, and the elements of one.
 template <class Row>

@@ -6,7 +6,7 @@
 namespace arrayfold::test {
 namespace {
 
-class Frame : public ArrayResultTest {
+class BinningFrame : public ArrayResultTest {
  protected:
   /// The arguments of a call: some need a second array.
   std::vector<Value> arguments(const std::string& name, const Value& operand) const {
@@ -27,7 +27,7 @@ class Frame : public ArrayResultTest {
   }
 
   /// One array of each kind that has numbers.
-  std::vector<Value> numeric() { return {twos<XTInt>(), twos<XTInt64>(), floats_.value(), twos<XTDouble>()}; }
+  std::vector<Value> numeric() { return {twos(Kind::int32), twos(Kind::int64), floats_.value(), twos(Kind::float64)}; }
 
   const Value edges_ = array_of<XTDouble>(ctx(), {2}, {1, 3});
   FloatObject floats_{{3}, {2, 2, 2}};
@@ -35,7 +35,7 @@ class Frame : public ArrayResultTest {
 
 const Words fetched_first = {"AnyCheck 0", "GetAny 0"};
 
-TEST_F(Frame, EachKindServed_GivesItsArrayByTheSameOperations) {
+TEST_F(BinningFrame, EachKindServed_GivesItsArrayByTheSameOperations) {
   const auto expect = [&](const std::string& name, const Value& operand, const char* type) {
     const Answer answer = ask(name, operand);
     EXPECT_EQ(answer.returned, 1) << name;
@@ -49,30 +49,30 @@ TEST_F(Frame, EachKindServed_GivesItsArrayByTheSameOperations) {
       expect(name, floats.value(), "$xdoublearray");
     }
   for (const Extents& extents : {Extents{3}, Extents{}, Extents{2, 3}}) {
-    expect("xbincount", twos<XTInt>(extents), "$xintarray");
-    expect("xbincount", twos<XTInt64>(extents), "$xint64array");
+    expect("xbincount", twos(Kind::int32, extents), "$xintarray");
+    expect("xbincount", twos(Kind::int64, extents), "$xint64array");
   }
 }
 
-TEST_F(Frame, Required_KindsNotServed_FailWithoutResult) {
+TEST_F(BinningFrame, Required_KindsNotServed_FailWithoutResult) {
   for (const char* name : {"xhistogram", "xhistogram_bin_edges", "xdigitize"}) {
-    expect_nothing(ask(name, twos<XTInt>()), 0, looked_at(name), name);
-    expect_nothing(ask(name, twos<XTInt64>()), 0, looked_at(name), name);
+    expect_nothing(ask(name, twos(Kind::int32)), 0, looked_at(name), name);
+    expect_nothing(ask(name, twos(Kind::int64)), 0, looked_at(name), name);
   }
-  expect_nothing(ask("xbincount", twos<XTDouble>()), 0, fetched_first, "xbincount");
+  expect_nothing(ask("xbincount", twos(Kind::float64)), 0, fetched_first, "xbincount");
   expect_nothing(ask("xbincount", floats_.value()), 0, fetched_first, "xbincount");
 }
 
-TEST_F(Frame, WithTooFewArguments_AreDeclined) {
-  for (const std::string name : binnings) {
+TEST_F(BinningFrame, WithTooFewArguments_AreDeclined) {
+  for (const std::string& name : binnings) {
     for (const int nargs : {0, -1}) expect_nothing(call_with_count(name, {twos(), edges_}, nargs), 0, {}, name);
     if (reads_second_array(name)) expect_nothing(call(name, {twos()}), 0, {}, name);
   }
   for (const int nargs : {0, -1}) expect_nothing(call_with_count("xsearchsorted", {twos()}, nargs), 0, {}, "search");
 }
 
-TEST_F(Frame, OfWhatIsNoObject_AreDeclined) {
-  for (const std::string name : binnings)
+TEST_F(BinningFrame, OfWhatIsNoObject_AreDeclined) {
+  for (const std::string& name : binnings)
     for (const Value& other : no_objects()) {
       expect_nothing(ask(name, other), 0, {"AnyCheck 0"}, name);
       if (reads_second_array(name))
@@ -81,7 +81,7 @@ TEST_F(Frame, OfWhatIsNoObject_AreDeclined) {
 }
 
 // Other families give 1 here.
-TEST_F(Frame, Required_BoolsForeignObjectsAndThoseOfTheHostAlone_Fail) {
+TEST_F(BinningFrame, Required_BoolsForeignObjectsAndThoseOfTheHostAlone_Fail) {
   ForeignObject foreign, misnamed("$xdoublearrays"), nameless(nullptr);
   const std::vector<Value> without_numbers = {array_of<XTBool>(ctx(), {2}, {true, false}),
                                               array_of<XTBool>(ctx(), {0}, {}),
@@ -93,7 +93,7 @@ TEST_F(Frame, Required_BoolsForeignObjectsAndThoseOfTheHostAlone_Fail) {
                                               Value::object(ctx(), "$xintarray"),
                                               Value::object(ctx(), "$xint64array"),
                                               Value::object(ctx(), "$xboolarray")};
-  for (const std::string name : binnings)
+  for (const std::string& name : binnings)
     for (const Value& operand : without_numbers) {
       ASSERT_TRUE(operand.is_object());
       expect_nothing(ask(name, operand), 0, fetched_first, name);
@@ -103,7 +103,7 @@ TEST_F(Frame, Required_BoolsForeignObjectsAndThoseOfTheHostAlone_Fail) {
     }
 }
 
-TEST_F(Frame, SecondArrays_MayBeOfEachKindWithNumbers) {
+TEST_F(BinningFrame, SecondArrays_MayBeOfEachKindWithNumbers) {
   for (const char* name : {"xhistogram_bin_edges", "xdigitize"})
     for (const Value& second : numeric()) {
       const Answer answer = call(name, {twos(), second});
@@ -114,20 +114,20 @@ TEST_F(Frame, SecondArrays_MayBeOfEachKindWithNumbers) {
 
 // ---- Bins
 
-TEST_F(Frame, Bins_AreReadAs64BitsBeforeTheKindIsRefused) {
+TEST_F(BinningFrame, Bins_AreReadAs64BitsBeforeTheKindIsRefused) {
   const Words read = {"AnyCheck 0", "GetAny 0", "NumberCheck 1", "AsInt64 1"};
   Words served = read;
   served.insert(served.end(), {"NewAny", "SetTypeAny result"});
   for (const Value& bins : {Value(5), Value(std::int64_t{5}), Value(5.9)}) {
     const Answer answer = call("xhistogram", {twos(), bins});
     EXPECT_EQ(answer.operations, served);
-    EXPECT_EQ(given<XTDouble>(answer), (Elements<double>{{5}, {0, 0, 0, 0, 3}}));
-    expect_nothing(call("xhistogram", {twos<XTInt>(), bins}), 0, read, "int");
-    expect_nothing(call("xhistogram", {twos<XTInt64>(), bins}), 0, read, "int64");
+    EXPECT_EQ(given(answer, Kind::float64), TestArray(Kind::float64, {5}, {0, 0, 0, 0, 3}));
+    expect_nothing(call("xhistogram", {twos(Kind::int32), bins}), 0, read, "int");
+    expect_nothing(call("xhistogram", {twos(Kind::int64), bins}), 0, read, "int64");
   }
 }
 
-TEST_F(Frame, BinsThatAreNoNumber_Fail) {
+TEST_F(BinningFrame, BinsThatAreNoNumber_Fail) {
   const Words read = {"AnyCheck 0", "GetAny 0", "NumberCheck 1"};
   std::vector<Value> no_numbers = {twos()};
   for (const Value& other : no_objects())
@@ -139,7 +139,7 @@ TEST_F(Frame, BinsThatAreNoNumber_Fail) {
 
 // ---- What is not read
 
-TEST_F(Frame, FurtherArguments_AreNotReadAndNotChecked) {
+TEST_F(BinningFrame, FurtherArguments_AreNotReadAndNotChecked) {
   const Value reals = array_of<XTDouble>(ctx(), {3}, {0.5, 1.0, 2.5}), ints = array_of<XTInt>(ctx(), {3}, {0, 2, 2});
   const std::vector<std::pair<std::string, std::vector<Value>>> calls = {{"xhistogram", {reals, Value(3)}},
                                                                          {"xhistogram_bin_edges", {reals, edges_}},
@@ -160,20 +160,20 @@ TEST_F(Frame, FurtherArguments_AreNotReadAndNotChecked) {
   }
 }
 
-TEST_F(Frame, Operands_StayAsTheyWere) {
-  const std::vector<double> x = {3, 1, 2, 9, 8, 7};
-  const Value reals = array_of<XTDouble>(ctx(), {2, 3}, x), ints = array_of<XTInt>(ctx(), {3}, {3, 1, 2});
-  for (const std::string name : binnings) {
+TEST_F(BinningFrame, Operands_StayAsTheyWere) {
+  const TestArray array(Kind::float64, {2, 3}, {3, 1, 2, 9, 8, 7});
+  const Value reals = to_host(ctx(), array), ints = array_of<XTInt>(ctx(), {3}, {3, 1, 2});
+  for (const std::string& name : binnings) {
     ask(name, name == "xbincount" ? ints : reals);
-    EXPECT_TRUE(elements_in<double>(*container_of<XTDouble>(reals)) == (Elements<double>{{2, 3}, x})) << name;
+    EXPECT_EQ(from_host(reals), array) << name;
     EXPECT_EQ(elements_of<XTInt>(ints), (std::vector<std::int32_t>{3, 1, 2})) << name;
     EXPECT_EQ(elements_of<XTDouble>(edges_), (std::vector<double>{1, 3})) << name;
   }
 }
 
-TEST_F(Frame, IntoTheOperandsOwnRecord_TheNewArrayReplacesIt) {
-  for (const std::string name : binnings) {
-    auto args = arguments(name, name == "xbincount" ? twos<XTInt>() : twos<XTDouble>());
+TEST_F(BinningFrame, IntoTheOperandsOwnRecord_TheNewArrayReplacesIt) {
+  for (const std::string& name : binnings) {
+    auto args = arguments(name, name == "xbincount" ? twos(Kind::int32) : twos(Kind::float64));
     const std::string expected = dump(call(name, args).result);
     const EntryFunction function = Module::loaded().entry(name);
     EXPECT_EQ(function(ctx(), hvm::records_of(args), static_cast<int>(args.size()), args[0].address()), 1);
@@ -183,9 +183,9 @@ TEST_F(Frame, IntoTheOperandsOwnRecord_TheNewArrayReplacesIt) {
 
 // ---- Arrays without a container, and extents that claim other elements than there are
 
-using FrameDeathTest = Frame;
+using BinningFrameDeathTest = BinningFrame;
 
-TEST_F(FrameDeathTest, ArraysWithoutAContainer_EndTheProcess) {
+TEST_F(BinningFrameDeathTest, ArraysWithoutAContainer_EndTheProcess) {
   ::testing::FLAGS_gtest_death_test_style = "fast";
   const Value empty = call("xarange", {Value(1), Value(2), Value(3), Value(4)}).result;
   ASSERT_EQ(type_of(empty), "$xdoublearray");
@@ -197,7 +197,7 @@ TEST_F(FrameDeathTest, ArraysWithoutAContainer_EndTheProcess) {
   EXPECT_EQ(call("xhistogram_bin_edges", {twos(), empty}).returned, 1);
 }
 
-TEST_F(Frame, ExtentsBeyondTheStorage_AreRefused) {
+TEST_F(BinningFrame, ExtentsBeyondTheStorage_AreRefused) {
   const auto claiming = [&](Value claims, const std::vector<Value>& extents) {
     EXPECT_EQ(method(claims, "reshape", extents).returned, 1);
     return claims;
@@ -207,22 +207,22 @@ TEST_F(Frame, ExtentsBeyondTheStorage_AreRefused) {
     EXPECT_THROW(ask(name, claiming(twos({6}), negative)), std::bad_alloc) << name;
     EXPECT_THROW(ask(name, claiming(twos({0}), wrapping)), std::bad_alloc) << name;
   }
-  EXPECT_THROW(ask("xbincount", claiming(twos<XTInt>({6}), negative)), std::bad_alloc);
-  EXPECT_THROW(ask("xbincount", claiming(twos<XTInt64>({6}), negative)), std::bad_alloc);
-  EXPECT_THROW(ask("xbincount", claiming(twos<XTInt>({0}), wrapping)), std::bad_alloc);
+  EXPECT_THROW(ask("xbincount", claiming(twos(Kind::int32, {6}), negative)), std::bad_alloc);
+  EXPECT_THROW(ask("xbincount", claiming(twos(Kind::int64, {6}), negative)), std::bad_alloc);
+  EXPECT_THROW(ask("xbincount", claiming(twos(Kind::int32, {0}), wrapping)), std::bad_alloc);
   // Edges are searched as they lie.
-  EXPECT_EQ(given<XTDouble>(call("xdigitize", {twos({1}), claiming(twos({6}), negative)})),
-            (Elements<double>{{1}, {6}}));
+  EXPECT_EQ(given(call("xdigitize", {twos({1}), claiming(twos({6}), negative)}), Kind::float64),
+            TestArray(Kind::float64, {1}, {6}));
   EXPECT_EQ(call("xhistogram_bin_edges", {twos(), claiming(twos({6}), negative)}).returned, 1);
 }
 
 // ---- The sorted search, which is none
 
-TEST_F(Frame, Required_XsearchsortedOfAnyObject_LooksAtItAndGivesNothing) {
+TEST_F(BinningFrame, Required_XsearchsortedOfAnyObject_LooksAtItAndGivesNothing) {
   ForeignObject foreign;
   auto objects = numeric();
   objects.push_back(foreign.value());
-  objects.push_back(twos<XTBool>());
+  objects.push_back(twos(Kind::boolean));
   objects.push_back(Value::object(ctx(), "$xintarray"));
   objects.push_back(call("xarange", {Value(1), Value(2), Value(3), Value(4)}).result);
   for (const Value& object : objects) {
@@ -234,7 +234,7 @@ TEST_F(Frame, Required_XsearchsortedOfAnyObject_LooksAtItAndGivesNothing) {
   }
 }
 
-TEST_F(Frame, XsearchsortedOfWhatIsNoObject_Fails) {
+TEST_F(BinningFrame, XsearchsortedOfWhatIsNoObject_Fails) {
   for (const Value& other : no_objects()) {
     expect_nothing(call("xsearchsorted", {other}), 0, {"AnyCheck 0"}, "one");
     expect_nothing(call("xsearchsorted", {other, twos()}), 0, {"AnyCheck 0"}, "two");
@@ -243,7 +243,7 @@ TEST_F(Frame, XsearchsortedOfWhatIsNoObject_Fails) {
 
 // ---- Memory
 
-TEST_F(Frame, Allocations_DoNotGrowWithTheElements) {
+TEST_F(BinningFrame, Allocations_DoNotGrowWithTheElements) {
   const auto cost = [&](const std::string& name, const Value& operand) {
     std::vector<Value> args = arguments(name, operand);
     Value result;
@@ -254,7 +254,7 @@ TEST_F(Frame, Allocations_DoNotGrowWithTheElements) {
   };
   for (const char* name : {"xhistogram", "xhistogram_bin_edges", "xdigitize"})
     EXPECT_EQ(cost(name, twos({100000})), cost(name, twos({10}))) << name;
-  EXPECT_EQ(cost("xbincount", twos<XTInt>({100000})), cost("xbincount", twos<XTInt>({10})));
+  EXPECT_EQ(cost("xbincount", twos(Kind::int32, {100000})), cost("xbincount", twos(Kind::int32, {10})));
 }
 
 }  // namespace

@@ -7,12 +7,9 @@
 #include <climits>
 #include <cmath>
 
-#include <xtensor/xarray.hpp>
-#include <xtensor/xrandom.hpp>
-
 #include "engine_in_step.hpp"
+#include "reference.hpp"
 #include "support/allocations.hpp"
-#include "support/elements.hpp"
 #include "support/hand_made.hpp"
 
 namespace arrayfold::test {
@@ -237,18 +234,13 @@ TEST_F(Random, Required_Xchoice_IsHandledWithoutResult_EvenWithoutArguments) {
 
 constexpr const char* shuffles[] = {"xshuffle", "xpermutation"};
 
-/// Counted from 0 on.
-template <class Kind>
-class Shuffles : public Random {
+class Shuffles : public OverKinds<Random> {
  protected:
-  using Element = typename Kind::element;
-
-  static std::vector<Element> counted(const Extents& extents) {
-    std::size_t size = 1;
-    for (const std::size_t extent : extents) size *= extent;
-    std::vector<Element> x(size);
-    for (std::size_t i = 0; i < size; ++i) x[i] = static_cast<Element>(i);
-    return x;
+  /// Counted from 0 on.
+  static TestArray counted(const Extents& extents) {
+    Numbers x;
+    for (std::size_t i = 0; i < size_of(extents); ++i) x.push_back(i);
+    return TestArray(kind(), extents, x);
   }
 
   static void expect_integer_zero(const Answer& answer, const char* name) {
@@ -259,33 +251,27 @@ class Shuffles : public Random {
   }
 
   /// The array library's shuffle, by the engine in step.
-  static std::vector<Element> expected_shuffle(const Extents& extents, const std::vector<Element>& x) {
-    xarray_of<Element> array(Shape(extents.begin(), extents.end()));
-    std::copy(x.begin(), x.end(), array.storage().begin());
-    xt::random::shuffle(array, engine());
-    return {array.storage().begin(), array.storage().end()};
-  }
+  static TestArray expected_shuffle(const TestArray& array) { return library_shuffle(array, engine()); }
 
   void expect_shuffled(const Extents& extents) const {
-    const auto x = counted(extents);
-    Operand<Kind> operand(ctx(), extents, x);
+    const TestArray array = counted(extents);
+    Operand operand(ctx(), array);
     const Value value = operand.value();
-    const auto* container = container_of<Kind>(value);
+    const void* container = container_address(value);
     expect_integer_zero(call("xshuffle", {value}), "xshuffle");
-    EXPECT_EQ(elements_of<Kind>(value), expected_shuffle(extents, x)) << ::testing::PrintToString(extents);
-    EXPECT_EQ(container_of<Kind>(value), container);
-    EXPECT_TRUE(std::equal(extents.begin(), extents.end(), container->shape().begin(), container->shape().end()));
+    EXPECT_EQ(from_host(value), expected_shuffle(array));
+    EXPECT_EQ(container_address(value), container);
     expect_in_step(::testing::PrintToString(extents));
   }
 
   /// Draws as a shuffle of the same extents, and moves nothing.
   void expect_permuted_away(const Extents& extents) const {
-    const auto x = counted(extents);
-    Operand<Kind> operand(ctx(), extents, x);
+    const TestArray array = counted(extents);
+    Operand operand(ctx(), array);
     const Value value = operand.value();
     expect_integer_zero(call("xpermutation", {value}), "xpermutation");
-    EXPECT_EQ(elements_of<Kind>(value), x) << ::testing::PrintToString(extents);
-    expected_shuffle(extents, x);
+    EXPECT_EQ(from_host(value), array);
+    expected_shuffle(array);
     expect_in_step(::testing::PrintToString(extents));
   }
 
@@ -295,17 +281,17 @@ class Shuffles : public Random {
   }
 };
 
-TYPED_TEST_SUITE(Shuffles, AllKinds, KindNames);
+INSTANTIATE_TEST_SUITE_P(Kinds, Shuffles, ::testing::ValuesIn(all_kinds), KindName());
 
-TYPED_TEST(Shuffles, OfOneDimension_AreTheLibrarys) {
-  for (std::size_t length = 1; length <= 60; ++length) this->expect_both({length});
-  this->expect_both({1000});
-  this->expect_both({70000});
+TEST_P(Shuffles, OfOneDimension_AreTheLibrarys) {
+  for (std::size_t length = 1; length <= 60; ++length) expect_both({length});
+  expect_both({1000});
+  expect_both({70000});
 }
 
-TYPED_TEST(Shuffles, OfMoreDimensions_MoveWholeRows) {
+TEST_P(Shuffles, OfMoreDimensions_MoveWholeRows) {
   for (std::size_t rows = 1; rows <= 9; ++rows)
-    for (std::size_t columns = 1; columns <= 9; ++columns) this->expect_both({rows, columns});
+    for (std::size_t columns = 1; columns <= 9; ++columns) expect_both({rows, columns});
   for (const Extents& extents : std::vector<Extents>{{3, 2, 2},
                                                      {5, 1, 4},
                                                      {4, 3, 1},
@@ -314,42 +300,43 @@ TYPED_TEST(Shuffles, OfMoreDimensions_MoveWholeRows) {
                                                      {7, 2, 2, 2},
                                                      {3, 1, 2, 1, 2, 1, 2, 1, 2},
                                                      {9, 1, 1, 1, 1, 1, 1, 1, 1}})
-    this->expect_both(extents);
+    expect_both(extents);
 }
 
-TYPED_TEST(Shuffles, KeepRowsTogetherAndElementsComplete) {
-  Operand<TypeParam> operand(this->ctx(), {50, 3}, this->counted({50, 3}));
-  this->call("xshuffle", {operand.value()});
-  this->expected_shuffle({50}, this->counted({50}));
-  auto found = elements_of<TypeParam>(operand.value());
-  EXPECT_NE(found, this->counted({50, 3}));
+TEST_P(Shuffles, KeepRowsTogetherAndElementsComplete) {
+  const TestArray array = counted({50, 3});
+  Operand operand(ctx(), array);
+  call("xshuffle", {operand.value()});
+  expected_shuffle(counted({50}));
+  EXPECT_NE(from_host(operand.value()), array);
+  auto found = from_host(operand.value()).as_doubles();
   for (std::size_t row = 0; row < 50; ++row) {
     EXPECT_EQ(static_cast<int>(found[3 * row]) % 3, 0);
     EXPECT_EQ(found[3 * row + 1], found[3 * row] + 1);
     EXPECT_EQ(found[3 * row + 2], found[3 * row] + 2);
   }
   std::sort(found.begin(), found.end());
-  EXPECT_EQ(found, this->counted({50, 3}));
+  EXPECT_EQ(found, array.as_doubles());
 }
 
-TYPED_TEST(Shuffles, OfNoOrOneRow_DrawNothing) {
+TEST_P(Shuffles, OfNoOrOneRow_DrawNothing) {
   for (const char* name : shuffles)
     for (const Extents& extents : std::vector<Extents>{{}, {0}, {0, 3}, {0, 0}, {1}, {1, 5}, {1, 0}, {1, 2, 3}}) {
-      const auto x = this->counted(extents);
-      Operand<TypeParam> operand(this->ctx(), extents, x);
-      this->expect_integer_zero(this->call(name, {operand.value()}), name);
-      EXPECT_EQ(elements_of<TypeParam>(operand.value()), x);
-      this->expect_in_step(name);
+      const TestArray array = counted(extents);
+      Operand operand(ctx(), array);
+      expect_integer_zero(call(name, {operand.value()}), name);
+      EXPECT_EQ(from_host(operand.value()), array);
+      expect_in_step(name);
     }
 }
 
-TYPED_TEST(Shuffles, OfRowsWithoutElements_DrawAllTheSame) {
+TEST_P(Shuffles, OfRowsWithoutElements_DrawAllTheSame) {
   for (const char* name : shuffles)
     for (const Extents& extents : std::vector<Extents>{{3, 0}, {3, 2, 0}}) {
-      Operand<TypeParam> operand(this->ctx(), extents, {});
-      this->expect_integer_zero(this->call(name, {operand.value()}), name);
-      this->expected_shuffle({3}, this->counted({3}));
-      this->expect_in_step(name);
+      Operand operand(ctx(), kind(), extents, {});
+      expect_integer_zero(call(name, {operand.value()}), name);
+      expected_shuffle(counted({3}));
+      expect_in_step(name);
     }
 }
 
@@ -360,8 +347,7 @@ TEST_F(Random, Required_XpermutationMovesTheEngineAlone) {
   const Answer answer = call("xpermutation", {array});
   EXPECT_EQ(answer.result.tag(), ValueTag::integer);
   EXPECT_EQ(elements_of<XTInt>(array), x);
-  xt::xarray<int> copy = {1, 2, 3, 4};
-  xt::random::shuffle(copy, engine());
+  library_shuffle(TestArray(Extents{4}, x), engine());
   EXPECT_NE(uniform(without), drawn("xrand", {1})[0]);
   expected_uniform(1);
 }
@@ -420,8 +406,7 @@ TEST_F(Random, ShufflesIntoTheOperandsOwnRecord_LeaveTheInteger) {
     Value operand = array_of<XTInt>(ctx(), {2}, {1, 2});
     EXPECT_EQ(Module::loaded().entry(name)(ctx(), operand.address(), 1, operand.address()), 1);
     EXPECT_EQ(operand.tag(), ValueTag::integer) << name;
-    xt::xarray<int> pair = {1, 2};
-    xt::random::shuffle(pair, engine());
+    library_shuffle(TestArray(Kind::int32, {2}, {1, 2}), engine());
   }
 }
 

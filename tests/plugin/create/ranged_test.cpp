@@ -5,11 +5,10 @@
 #include <limits>
 #include <random>
 
-#include <xtensor/xbuilder.hpp>
-#include <xtensor/xnoalias.hpp>
 
 #include "kernels/conversion.hpp"
-#include "support/module_test.hpp"
+#include "reference.hpp"
+#include "support/containers.hpp"
 
 namespace arrayfold::test {
 namespace {
@@ -234,34 +233,20 @@ TEST_F(Ranged, ANegativeCount_EndsInBadAlloc) {
         EXPECT_THROW(call(name, {start, Value(1), Value(count)}), std::bad_alloc) << name << count;
 }
 
-template <class Kind>
-std::vector<typename Kind::element> library_linspace(typename Kind::element start, typename Kind::element stop,
-                                                     std::size_t count) {
-  const auto expression = xt::linspace<typename Kind::element>(start, stop, count);
-  auto result = xarray_of<typename Kind::element>::from_shape(expression.shape());
-  xt::noalias(result) = expression;
-  return {result.storage().begin(), result.storage().end()};
-}
-
-template <class Element>
-void expect_same_bits(const std::vector<Element>& got, const std::vector<Element>& expected) {
-  ASSERT_EQ(got.size(), expected.size());
-  EXPECT_TRUE(got.empty() || std::memcmp(got.data(), expected.data(), got.size() * sizeof(Element)) == 0);
-}
-
 TEST_F(Ranged, Xlinspace_OfRandomEnds_IsTheLibrarysToTheBit) {
   std::mt19937_64 engine(7);
   const auto random_real = [&] {
     return std::ldexp(static_cast<double>(static_cast<std::int64_t>(engine())), static_cast<int>(engine() % 80) - 90);
   };
   for (int round = 0; round < 400; ++round) {
-    const int count = static_cast<int>(engine() % 300);
+    const std::size_t count = engine() % 300;
+    const Value given_count(static_cast<int>(count));
     const double start = random_real(), stop = random_real();
-    expect_same_bits(reals("xlinspace", {Value(start), Value(stop), Value(count)}),
-                     library_linspace<XTDouble>(start, stop, static_cast<std::size_t>(count)));
+    EXPECT_EQ(TestArray(Extents{count}, reals("xlinspace", {Value(start), Value(stop), given_count})),
+              library_linspace(Kind::float64, start, stop, count));
     const int from = static_cast<std::int32_t>(engine()) / 4, to = static_cast<std::int32_t>(engine()) / 4;
-    expect_same_bits(ints("xlinspace", {Value(from), Value(to), Value(count)}),
-                     library_linspace<XTInt>(from, to, static_cast<std::size_t>(count)));
+    EXPECT_EQ(TestArray(Extents{count}, ints("xlinspace", {Value(from), Value(to), given_count})),
+              library_linspace(Kind::int32, from, to, count));
   }
 }
 

@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "support/allocations.hpp"
+#include "support/containers.hpp"
 #include "support/scripted_test.hpp"
 
 namespace arrayfold::test {
@@ -110,8 +111,7 @@ TEST_F(Xarray, OfManyDimensions_HasThemAll) {
 
 TEST_F(Xarray, AnExtentOfOne_HasAStrideOfZero) {
   const Answer answer = by_dimensions("int", {integer(2), integer(1), integer(3)});
-  const auto& strides = container_of<XTInt>(answer.result)->strides();
-  EXPECT_EQ(std::vector<std::ptrdiff_t>(strides.begin(), strides.end()), (std::vector<std::ptrdiff_t>{3, 0, 1}));
+  EXPECT_EQ(strides_of(answer.result), (std::vector<std::ptrdiff_t>{3, 0, 1}));
 }
 
 TEST_F(Xarray, WithoutDimensions_IsDeclined) {

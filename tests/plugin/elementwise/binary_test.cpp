@@ -5,6 +5,8 @@
 #include <limits>
 #include <random>
 
+#include <xtensor/xexception.hpp>
+
 #include "functions.hpp"
 #include "support/allocations.hpp"
 

@@ -1,89 +1,41 @@
 // object/arithmetic_test.cpp: the elements that operators give, against a plain formula and against the array library
 //
-// The module's own loops are as wide as the processor's registers. The copy of the operators in this program is of four
-// lanes, and is asked the same, so that every machine tests it.
-//
-// Every kind, operator and form is run over sizes from 0 to 300 and over random shapes. Results are compared bit for
-// bit. The one NaN that goes in is the processor's own, so that the bits of every NaN that comes out are known.
+// Every kind, operator and form is run over sizes from 0 to 300 and over random shapes, by the module and by the copy
+// of its operators in this program. Results are compared bit for bit. The one NaN that goes in is the processor's own,
+// so that the bits of every NaN that comes out are known.
 
+#include <array>
+#include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <random>
 
-#include "object/operators.hpp"
+#include "copies.hpp"
 #include "plugin/object/operator_fixture.hpp"
-
-#include <xtensor/xmath.hpp>
+#include "reference.hpp"
 
 namespace arrayfold::test {
 namespace {
 
-using Extents = std::vector<std::size_t>;
+bool is_division(Opcode opcode) { return opcode == Opcode::divide || opcode == Opcode::remainder; }
 
-// ---- The formulas: of two elements, and of two containers by the array library
-
-/// Wide enough for every sum, difference and product of elements.
-__extension__ using WideInteger = __int128;
-template <class T>
-using Wide = std::conditional_t<std::is_integral_v<T>, WideInteger, double>;
-
-#define ARRAYFOLD_FORMULA(Name, code, formula)          \
-  struct Name {                                         \
-    static constexpr Opcode opcode = Opcode::code;      \
-    template <class T>                                  \
-    static auto of_elements(T left, T right) {          \
-      const Wide<T> a = left, b = right;                \
-      return formula;                                   \
-    }                                                   \
-    template <class A, class B>                         \
-    static auto of_containers(const A& a, const B& b) { \
-      return formula;                                   \
-    }                                                   \
-  };
-ARRAYFOLD_FORMULA(Add, add, a + b)
-ARRAYFOLD_FORMULA(Subtract, subtract, a - b)
-ARRAYFOLD_FORMULA(Multiply, multiply, a* b)
-ARRAYFOLD_FORMULA(Divide, divide, a / b)
-ARRAYFOLD_FORMULA(Modulo, remainder, a % b)
-ARRAYFOLD_FORMULA(LessOrEqual, less_equal, a <= b)
-ARRAYFOLD_FORMULA(GreaterOrEqual, greater_equal, a >= b)
-ARRAYFOLD_FORMULA(Below, less, a < b)
-ARRAYFOLD_FORMULA(Above, greater, a > b)
-#undef ARRAYFOLD_FORMULA
-
-template <class Formula>
-constexpr bool is_comparison = Formula::opcode < Opcode::add;
-template <class Formula>
-constexpr bool is_division = Formula::opcode == Opcode::divide || Formula::opcode == Opcode::remainder;
-template <class Kind, class Formula>
-using ResultKind = std::conditional_t<is_comparison<Formula>, XTBool, Kind>;
-
-/// Calls `use(kind, formula)` for every kind and every operator that it has.
-template <class Use>
-void for_each_operator(Use use) {
-  const auto for_kind = [&](auto kind) {
-    const auto with = [&](auto... formula) { (use(kind, formula), ...); };
-    with(Add{}, Subtract{}, Multiply{}, Divide{}, LessOrEqual{}, GreaterOrEqual{}, Below{}, Above{});
-    if constexpr (std::is_integral_v<typename decltype(kind)::element>) with(Modulo{});
-  };
-  const auto for_all = [&](auto... kind) { (for_kind(kind), ...); };
-  for_kinds(kinds<XTInt, XTInt64, XTDouble>{}, for_all);
+/// A kind and an operator that it has.
+struct Operation {
+  Kind kind;
+  Opcode opcode;
+};
+std::vector<Operation> all_operations() {
+  std::vector<Operation> all;
+  for (const Kind kind : {Kind::int32, Kind::int64, Kind::float64}) {
+    for (const Opcode opcode : calculations)
+      if (opcode != Opcode::remainder) all.push_back({kind, opcode});
+    for (const Opcode opcode : comparisons) all.push_back({kind, opcode});
+    if (is_integer(kind)) all.push_back({kind, Opcode::remainder});
+  }
+  return all;
 }
 
 // ---- Operands
-
-template <class T>
-struct Operand {
-  Extents extents;
-  std::vector<T> elements;
-
-  xarray_of<T> container() const {
-    xarray_of<T> made(Shape(extents.begin(), extents.end()));
-    std::copy(elements.begin(), elements.end(), made.storage().begin());
-    return made;
-  }
-};
 
 class RandomOperands {
  public:
@@ -92,19 +44,15 @@ class RandomOperands {
   std::size_t below(std::size_t limit) { return static_cast<std::size_t>(engine_() % limit); }
 
   /// Small, extreme and arbitrary elements; as divisors none by which a division faults.
-  template <class T>
-  T element(bool as_divisor) {
-    T x = any<T>();
-    while (std::is_integral_v<T> && as_divisor && (x == 0 || x == T(-1))) x = any<T>();
+  Number element(Kind kind, bool as_divisor) {
+    Number x = any(kind);
+    while (x.is_integer && as_divisor && (x.integer == 0 || x.integer == -1)) x = any(kind);
     return x;
   }
-  template <class T>
-  Operand<T> operand(const Extents& extents, bool as_divisor) {
-    std::size_t size = 1;
-    for (const std::size_t extent : extents) size *= extent;
-    Operand<T> made{extents, std::vector<T>(size)};
-    for (T& x : made.elements) x = element<T>(as_divisor);
-    return made;
+  TestArray operand(Kind kind, const Extents& extents, bool as_divisor) {
+    Numbers numbers;
+    for (std::size_t i = 0; i < size_of(extents); ++i) numbers.push_back(element(kind, as_divisor));
+    return TestArray(kind, extents, numbers);
   }
   /// Two shapes that broadcast, of at most `rank` dimensions.
   std::pair<Extents, Extents> shapes(std::size_t rank) {
@@ -122,203 +70,135 @@ class RandomOperands {
   }
 
  private:
+  Number any(Kind kind) {
+    if (kind == Kind::int32) return any_integer<std::int32_t>();
+    if (kind == Kind::int64) return any_integer<std::int64_t>();
+    return any_double();
+  }
   template <class T>
-  T any() {
+  T any_integer() {
     using Limits = std::numeric_limits<T>;
-    if constexpr (std::is_integral_v<T>) {
-      const T extremes[] = {Limits::min(), Limits::max(), T(Limits::min() + 1), T(0), T(1), T(-1), T(2), T(-2)};
-      switch (below(4)) {
-        case 0:
-          return extremes[below(8)];
-        case 1:
-          return static_cast<T>(below(41)) - 20;
-        default:
-          return static_cast<T>(engine_()) >> below(sizeof(T) * 8);
-      }
-    } else {
-      const T extremes[] = {0.0,
-                            -0.0,
-                            Limits::infinity(),
-                            -Limits::infinity(),
-                            -Limits::quiet_NaN(),
-                            Limits::min(),
-                            -Limits::denorm_min(),
-                            Limits::max()};
-      if (below(3) == 0) return extremes[below(8)];
-      if (below(3) == 0) return static_cast<T>(below(9)) / 4 - 1;
-      T x = load<T>(std::array{engine_()}.data());
-      return x != x ? -Limits::quiet_NaN() : x;
+    const T extremes[] = {Limits::min(), Limits::max(), T(Limits::min() + 1), T(0), T(1), T(-1), T(2), T(-2)};
+    switch (below(4)) {
+      case 0:
+        return extremes[below(8)];
+      case 1:
+        return static_cast<T>(below(41)) - 20;
+      default:
+        return static_cast<T>(engine_()) >> below(sizeof(T) * 8);
     }
+  }
+  double any_double() {
+    using Limits = std::numeric_limits<double>;
+    const double extremes[] = {0.0,
+                               -0.0,
+                               Limits::infinity(),
+                               -Limits::infinity(),
+                               -Limits::quiet_NaN(),
+                               Limits::min(),
+                               -Limits::denorm_min(),
+                               Limits::max()};
+    if (below(3) == 0) return extremes[below(8)];
+    if (below(3) == 0) return static_cast<double>(below(9)) / 4 - 1;
+    const double x = load<double>(std::array{engine_()}.data());
+    return x != x ? -Limits::quiet_NaN() : x;
   }
 
   std::mt19937_64 engine_;
 };
 
-/// The offset of the element at `index` of the result, counted from the last dimension.
-std::size_t offset_at(const Extents& index, const Extents& extents) {
-  std::size_t offset = 0, stride = 1;
-  for (std::size_t back = 1; back <= extents.size(); ++back) {
-    const std::size_t extent = extents[extents.size() - back];
-    if (extent != 1) offset += index[index.size() - back] * stride;
-    stride *= extent;
-  }
-  return offset;
-}
-
-/// The broadcasting rule and the formula, an element at a time.
-template <class R, class Formula, class T>
-Operand<R> plainly(const Operand<T>& left, const Operand<T>& right) {
-  const std::size_t rank = std::max(left.extents.size(), right.extents.size());
-  Operand<R> made{Extents(rank, 1), {}};
-  for (const Extents& extents : {left.extents, right.extents})
-    for (std::size_t back = 1; back <= extents.size(); ++back)
-      if (extents[extents.size() - back] != 1) made.extents[rank - back] = extents[extents.size() - back];
-  std::size_t size = 1;
-  for (const std::size_t extent : made.extents) size *= extent;
-  Extents index(rank, 0);
-  for (std::size_t at = 0; at < size; ++at) {
-    std::size_t rest = at;
-    for (std::size_t axis = rank; axis-- > 0; rest /= made.extents[axis]) index[axis] = rest % made.extents[axis];
-    made.elements.push_back(static_cast<R>(Formula::of_elements(left.elements[offset_at(index, left.extents)],
-                                                                right.elements[offset_at(index, right.extents)])));
-  }
-  return made;
-}
-
-// ---- Comparing bits
-
-template <class T>
-bool same_bits(T a, T b) {
-  return std::memcmp(&a, &b, sizeof(T)) == 0;
-}
-
-/// The first element of `array` that is not the one of `expected`, or its size when all are.
-template <class Kind>
-std::size_t first_difference(const Value& array, const Operand<typename Kind::element>& expected) {
-  const auto* container = container_of<Kind>(array);
-  if (container == nullptr) throw std::invalid_argument("no array of this kind");
-  const auto& extents = container->shape();
-  if (Extents(extents.begin(), extents.end()) != expected.extents) throw std::invalid_argument("another shape");
-  for (std::size_t i = 0; i < expected.elements.size(); ++i)
-    if (!same_bits<typename Kind::element>(container->storage()[i], expected.elements[i])) return i;
-  return container->storage().size();
-}
-
 class Arithmetic : public OperatorTest {
  protected:
-  template <class Kind>
-  Value boxed(const Operand<typename Kind::element>& operand) const {
-    return array_of<Kind>(ctx(), operand.extents, operand.elements);
+  Value boxed(const TestArray& array) const { return to_host(ctx(), array); }
+  /// A number of the host's, as wide as an element.
+  static Value number(Kind kind, const Number& x) {
+    if (kind == Kind::int32) return Value(x.as<int>());
+    if (kind == Kind::int64) return Value(x.as<std::int64_t>());
+    return Value(x.as<double>());
   }
-  template <class Kind>
-  static void expect_same(const Value& array, const Operand<typename Kind::element>& expected, Opcode opcode) {
-    EXPECT_EQ(first_difference<Kind>(array, expected), expected.elements.size())
-        << Kind::type_name << ' ' << static_cast<int>(opcode) << " of " << expected.elements.size();
+  static void expect_same(const Value& array, const TestArray& expected, Opcode opcode) {
+    EXPECT_EQ(difference(from_host(array), expected), "")
+        << dtype_of(expected.kind()) << ' ' << static_cast<int>(opcode) << " of " << expected.size();
   }
 
   /// What this program's copy of the operators gives for `left op right`; it is `left` itself that `in_place` changes.
-  template <class Kind>
-  Value on_four_lanes(Opcode opcode, Value left, Value right, bool in_place) const {
+  Value by_copy(Opcode opcode, Value left, Value right, bool in_place) const {
     Value result;
     HostValue* into = in_place ? left.address() : result.address();
-    auto& array = *unbox_array<Kind>(hvm::object_of(left.record()));
-    EXPECT_TRUE(operator_handlers.of<Kind>()(array, ctx(), left.address(), opcode, left.address(), right.address(), into));
+    EXPECT_TRUE(apply_copy(ctx(), left, opcode, left.address(), right.address(), into));
     return in_place ? left : result;
   }
 
   /// Two arrays, into a new one and in place.
-  template <class Kind, class Formula>
-  void check(const Operand<typename Kind::element>& left, const Operand<typename Kind::element>& right) const {
-    using R = ResultKind<Kind, Formula>;
-    const auto expected = plainly<typename R::element, Formula>(left, right);
-    Value array = boxed<Kind>(left);
-    const Value other = boxed<Kind>(right);
-    expect_same<R>(operate(Formula::opcode, array, other).result, expected, Formula::opcode);
-    expect_same<R>(on_four_lanes<Kind>(Formula::opcode, array, other, false), expected, Formula::opcode);
-    expect_same<R>(on_four_lanes<Kind>(Formula::opcode, boxed<Kind>(left), other, true), expected, Formula::opcode);
-    expect_same<Kind>(array, left, Formula::opcode);
-    change(Formula::opcode, array, other);
-    expect_same<R>(array, expected, Formula::opcode);
-    expect_same<Kind>(other, right, Formula::opcode);
+  void check(Opcode opcode, const TestArray& left, const TestArray& right) const {
+    const TestArray expected = plain_result(opcode, left, right);
+    Value array = boxed(left);
+    const Value other = boxed(right);
+    expect_same(operate(opcode, array, other).result, expected, opcode);
+    expect_same(by_copy(opcode, array, other, false), expected, opcode);
+    expect_same(by_copy(opcode, boxed(left), other, true), expected, opcode);
+    expect_same(array, left, opcode);
+    change(opcode, array, other);
+    expect_same(array, expected, opcode);
+    expect_same(other, right, opcode);
   }
 
   /// An array and a number on either side, into a new array and in place.
-  template <class Kind, class Formula>
-  void check_number(const Operand<typename Kind::element>& left, typename Kind::element number) const {
-    using R = ResultKind<Kind, Formula>;
-    const auto expected = plainly<typename R::element, Formula>(left, {{}, {number}});
-    Value array = boxed<Kind>(left);
-    expect_same<R>(operate(Formula::opcode, array, Value(number)).result, expected, Formula::opcode);
-    expect_same<R>(operate(Formula::opcode, Value(number), array).result, expected, Formula::opcode);
-    expect_same<R>(on_four_lanes<Kind>(Formula::opcode, array, Value(number), false), expected, Formula::opcode);
-    expect_same<R>(on_four_lanes<Kind>(Formula::opcode, boxed<Kind>(left), Value(number), true), expected,
-                   Formula::opcode);
-    expect_same<Kind>(array, left, Formula::opcode);
-    change(Formula::opcode, array, Value(number));
-    expect_same<R>(array, expected, Formula::opcode);
+  void check_number(Opcode opcode, const TestArray& left, const Number& right) const {
+    const TestArray expected = plain_result(opcode, left, TestArray(left.kind(), {}, {right}));
+    const Value other = number(left.kind(), right);
+    Value array = boxed(left);
+    expect_same(operate(opcode, array, other).result, expected, opcode);
+    expect_same(operate(opcode, other, array).result, expected, opcode);
+    expect_same(by_copy(opcode, array, other, false), expected, opcode);
+    expect_same(by_copy(opcode, boxed(left), other, true), expected, opcode);
+    expect_same(array, left, opcode);
+    change(opcode, array, other);
+    expect_same(array, expected, opcode);
   }
 };
 
 TEST_F(Arithmetic, OfEverySize_IsTheFormula) {
   RandomOperands random(1);
-  for_each_operator([&](auto kind, auto formula) {
-    using T = typename decltype(kind)::element;
-    constexpr bool divides = is_division<decltype(formula)>;
+  for (const auto& [kind, opcode] : all_operations())
     for (std::size_t size = 0; size <= 300; ++size) {
-      const auto left = random.operand<T>({size}, false), right = random.operand<T>({size}, divides);
-      check<decltype(kind), decltype(formula)>(left, right);
-      check_number<decltype(kind), decltype(formula)>(left, random.element<T>(divides));
+      const TestArray left = random.operand(kind, {size}, false);
+      check(opcode, left, random.operand(kind, {size}, is_division(opcode)));
+      check_number(opcode, left, random.element(kind, is_division(opcode)));
     }
-  });
 }
 
 TEST_F(Arithmetic, OfRandomShapes_IsTheFormula) {
   RandomOperands random(2);
-  for_each_operator([&](auto kind, auto formula) {
-    using T = typename decltype(kind)::element;
+  for (const auto& [kind, opcode] : all_operations())
     for (std::size_t round = 0; round < 150; ++round) {
       const auto [left, right] = random.shapes(round % 10 == 9 ? 9 : round % 7);
-      check<decltype(kind), decltype(formula)>(random.operand<T>(left, false),
-                                               random.operand<T>(right, is_division<decltype(formula)>));
+      check(opcode, random.operand(kind, left, false), random.operand(kind, right, is_division(opcode)));
     }
-  });
 }
 
 TEST_F(Arithmetic, OfLongArrays_IsTheFormula) {
   RandomOperands random(3);
-  for_each_operator([&](auto kind, auto formula) {
-    using T = typename decltype(kind)::element;
-    constexpr bool divides = is_division<decltype(formula)>;
+  for (const auto& [kind, opcode] : all_operations()) {
     for (const auto& [left, right] : {std::pair<Extents, Extents>{{5000}, {5000}},
                                       {{40, 130}, {130}},
                                       {{40, 130}, {40, 1}},
                                       {{1, 700}, {3, 1}},
                                       {{}, {1500}}})
-      check<decltype(kind), decltype(formula)>(random.operand<T>(left, false), random.operand<T>(right, divides));
-    check_number<decltype(kind), decltype(formula)>(random.operand<T>({2, 1025}, false), random.element<T>(divides));
-  });
+      check(opcode, random.operand(kind, left, false), random.operand(kind, right, is_division(opcode)));
+    check_number(opcode, random.operand(kind, {2, 1025}, false), random.element(kind, is_division(opcode)));
+  }
 }
 
 TEST_F(Arithmetic, IsWhatTheArrayLibraryComputes) {
   RandomOperands random(4);
-  for_each_operator([&](auto kind, auto formula) {
-    using Kind = decltype(kind);
-    using T = typename Kind::element;
-    using R = ResultKind<Kind, decltype(formula)>;
+  for (const auto& [kind, opcode] : all_operations())
     for (std::size_t round = 0; round < 60; ++round) {
       const auto [left_extents, right_extents] = random.shapes(round % 10 == 9 ? 9 : round % 7);
-      const auto left = random.operand<T>(left_extents, false);
-      const auto right = random.operand<T>(right_extents, is_division<decltype(formula)>);
-      const xarray_of<T> a = left.container(), b = right.container();
-      // Taken one by one: the library's vectorised assignment of <= and >= between broadcast integers (0.24.3) goes
-      // wrong.
-      const auto computed = formula.of_containers(a, b);
-      Operand<typename R::element> expected;
-      expected.extents.assign(computed.shape().begin(), computed.shape().end());
-      expected.elements.assign(computed.begin(), computed.end());
-      expect_same<R>(operate(formula.opcode, boxed<Kind>(left), boxed<Kind>(right)).result, expected, formula.opcode);
+      const TestArray left = random.operand(kind, left_extents, false);
+      const TestArray right = random.operand(kind, right_extents, is_division(opcode));
+      expect_same(operate(opcode, boxed(left), boxed(right)).result, library_result(opcode, left, right), opcode);
     }
-  });
 }
 
 // ---- Integers
@@ -448,18 +328,16 @@ TEST_F(Arithmetic, AQuotientOfNaNs_IsTheDividend_AtEveryPlace) {
   for (const auto& [left, right, expected] :
        {std::array{first, second, first}, {second, first, second}, {first, 2.0, first}, {2.0, second, second}})
     for (std::size_t size = 0; size <= 300; ++size) {
-      const Operand<double> dividends{{size}, std::vector<double>(size, left)};
-      const Operand<double> divisors{{size}, std::vector<double>(size, right)};
-      const Operand<double> quotients{{size}, std::vector<double>(size, expected)};
-      const Value array = boxed<XTDouble>(dividends);
-      for (const Value& by : {boxed<XTDouble>(divisors), boxed<XTDouble>({{1}, {right}}), Value(right)}) {
-        expect_same<XTDouble>(operate(Opcode::divide, array, by).result, quotients, Opcode::divide);
-        expect_same<XTDouble>(on_four_lanes<XTDouble>(Opcode::divide, array, by, false), quotients, Opcode::divide);
-        Value changed = boxed<XTDouble>(dividends);
+      const auto row = [](std::size_t count, double x) { return TestArray(Extents{count}, std::vector<double>(count, x)); };
+      const TestArray dividends = row(size, left), quotients = row(size, expected);
+      const Value array = boxed(dividends);
+      for (const Value& by : {boxed(row(size, right)), boxed(row(1, right)), Value(right)}) {
+        expect_same(operate(Opcode::divide, array, by).result, quotients, Opcode::divide);
+        expect_same(by_copy(Opcode::divide, array, by, false), quotients, Opcode::divide);
+        Value changed = boxed(dividends);
         change(Opcode::divide, changed, by);
-        expect_same<XTDouble>(changed, quotients, Opcode::divide);
-        expect_same<XTDouble>(on_four_lanes<XTDouble>(Opcode::divide, boxed<XTDouble>(dividends), by, true), quotients,
-                              Opcode::divide);
+        expect_same(changed, quotients, Opcode::divide);
+        expect_same(by_copy(Opcode::divide, boxed(dividends), by, true), quotients, Opcode::divide);
       }
     }
 }

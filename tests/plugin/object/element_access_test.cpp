@@ -213,7 +213,7 @@ TEST_F(ElementAccess, Required_ATruth_IsGivenAsTheIntegerOfItsByte) {
   EXPECT_EQ(read_one(truths, Value(0)).result.tag(), ValueTag::integer);
   // A byte that is no truth value comes out as it is stored.
   const std::uint8_t stored = 130;
-  std::memcpy(static_cast<void*>(container_of<XTBool>(truths)->storage().data() + 2), &stored, 1);
+  std::memcpy(static_cast<std::uint8_t*>(storage_of(truths).address) + 2, &stored, 1);
   EXPECT_EQ(number_at(truths, {2}), 130);
   EXPECT_EQ(HVM_AsInt(read_one(truths, Value(2)).result.address()), 130);
 }

@@ -132,10 +132,10 @@ TEST_F(Methods, Reshape_ReplacesShapeAndStridesAndWritesNoResult) {
   EXPECT_TRUE(answer.untouched);
   EXPECT_EQ(answer.operations, (Words{"NumberCheck 0", "AsInt 0", "NumberCheck 1", "AsInt 1"}));
   EXPECT_EQ(shape(matrix_), (Extents{3, 2}));
-  const auto& strides = container_of<XTInt>(matrix_)->strides();
+  const auto strides = strides_of(matrix_);
   EXPECT_EQ(strides[0], 2);
   EXPECT_EQ(strides[1], 1);
-  EXPECT_EQ(container_of<XTInt>(matrix_)->backstrides()[0], 4);
+  EXPECT_EQ(backstrides_of(matrix_)[0], 4);
   EXPECT_EQ(elements_of<XTInt>(matrix_), (std::vector<int>{1, 2, 3, 4, 5, 6}));
 }
 
@@ -191,7 +191,7 @@ TEST_F(Methods, Required_Reshape_InfersNoExtent) {
 TEST_F(Methods, Required_Reshape_CountsInWrappingArithmetic) {
   EXPECT_EQ(method(matrix_, "reshape", {Value(-2), Value(-3)}).returned, 1);
   EXPECT_EQ(shape(matrix_), (Extents{-2, -3}));  // two huge extents, shown by the host as 64-bit numbers
-  EXPECT_EQ(container_of<XTInt>(matrix_)->storage().size(), 6u);
+  EXPECT_EQ(storage_of(matrix_).count, 6u);
   EXPECT_EQ(method(matrix_, "reshape", {Value(2), Value(3)}).returned, 1);
   EXPECT_EQ(dump(matrix_), "[[1,2,3],[4,5,6]]");
 }
@@ -255,8 +255,8 @@ TEST_F(Methods, Reshape_WhenMemoryFails_KeepsTheShape) {
       fail_allocation(0);
       EXPECT_EQ(shape(fresh), threw ? shape(untouched) : Extents(after.begin(), after.end()));
       if (!threw) break;
-      EXPECT_EQ(container_of<XTInt>(fresh)->strides(), container_of<XTInt>(untouched)->strides());
-      EXPECT_EQ(container_of<XTInt>(fresh)->backstrides(), container_of<XTInt>(untouched)->backstrides());
+      EXPECT_EQ(strides_of(fresh), strides_of(untouched));
+      EXPECT_EQ(backstrides_of(fresh), backstrides_of(untouched));
       EXPECT_EQ(dump(fresh), dump(untouched));
     }
     EXPECT_GE(failures, 4);

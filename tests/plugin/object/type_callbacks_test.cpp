@@ -1,7 +1,7 @@
 // object/type_callbacks_test.cpp: create, destroy, and how method and operator find their array
 
 #include "support/allocations.hpp"
-#include "support/module_test.hpp"
+#include "support/containers.hpp"
 
 namespace arrayfold::test {
 namespace {

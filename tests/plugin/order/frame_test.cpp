@@ -6,7 +6,7 @@
 namespace arrayfold::test {
 namespace {
 
-class Frame : public OrderingTest {
+class OrderFrame : public OrderingTest {
  protected:
   /// The arguments of a call: partitions get a rank, too.
   static std::vector<Value> arguments(const std::string& name, const Value& operand) {
@@ -27,26 +27,26 @@ const Words looked_at = {"AnyCheck 0", "GetAny 0"};
 /// Do the functions that find positions give ints of every kind?
 bool gives_ints(const std::string& name) { return name.rfind("xarg", 0) == 0; }
 
-TEST_F(Frame, EachKind_GivesItsOwnKindOrInts_ByTheSameOperations) {
+TEST_F(OrderFrame, EachKind_GivesItsOwnKindOrInts_ByTheSameOperations) {
   const FloatKindRegistered registered;
   for (const Extents& extents : {Extents{4}, Extents{}, Extents{0}, Extents{2, 3}, Extents{2, 1, 1, 1, 1, 2}}) {
     FloatObject floats(extents, std::vector<float>(size_of(extents), 2));
-    for (const std::string name : orderings) {
+    for (const std::string& name : orderings) {
       const auto expect = [&](const Value& operand, const char* type, const char* rank_operation) {
         const Answer answer = ask(name, operand);
         EXPECT_EQ(answer.returned, 1) << name;
         EXPECT_EQ(type_of(answer.result), gives_ints(name) ? "$xintarray" : type) << name;
         EXPECT_EQ(answer.operations, asked(name, rank_operation)) << name;
       };
-      expect(twos<XTDouble>(extents), "$xdoublearray", "AsInt 1");
+      expect(twos(Kind::float64, extents), "$xdoublearray", "AsInt 1");
       expect(floats.value(), "$xfloatarray", "AsInt 1");
-      expect(twos<XTInt>(extents), "$xintarray", "AsInt 1");
-      expect(twos<XTInt64>(extents), "$xint64array", "AsInt64 1");
+      expect(twos(Kind::int32, extents), "$xintarray", "AsInt 1");
+      expect(twos(Kind::int64, extents), "$xint64array", "AsInt64 1");
     }
   }
 }
 
-TEST_F(Frame, FloatsWhereTheHostKnowsNoSuchName_TellItOfNull) {
+TEST_F(OrderFrame, FloatsWhereTheHostKnowsNoSuchName_TellItOfNull) {
   FloatObject floats({3}, {3, 1, 2});
   for (const std::string name : {"xsort", "xpartition", "xunique", "xdiff"}) {
     const Answer answer = ask(name, floats.value());
@@ -58,8 +58,8 @@ TEST_F(Frame, FloatsWhereTheHostKnowsNoSuchName_TellItOfNull) {
     EXPECT_EQ(type_of(ask(name, floats.value()).result), "$xintarray") << name;
 }
 
-TEST_F(Frame, WithTooFewArguments_AreDeclined) {
-  for (const std::string name : orderings) {
+TEST_F(OrderFrame, WithTooFewArguments_AreDeclined) {
+  for (const std::string& name : orderings) {
     for (const int nargs : {0, -1}) expect_nothing(call_with_count(name, {twos(), Value(1)}, nargs), 0, {}, name);
     if (reads_rank(name)) expect_nothing(call(name, {twos()}), 0, {}, name);
   }
@@ -67,39 +67,39 @@ TEST_F(Frame, WithTooFewArguments_AreDeclined) {
     expect_nothing(call_with_count("xsetdiff1d", {twos(), twos()}, nargs), 0, {}, "xsetdiff1d");
 }
 
-TEST_F(Frame, OfWhatIsNoObject_AreDeclined) {
-  for (const std::string name : orderings)
+TEST_F(OrderFrame, OfWhatIsNoObject_AreDeclined) {
+  for (const std::string& name : orderings)
     for (const Value& operand : no_objects())
       expect_nothing(ask(name, operand), 0, {"AnyCheck 0"},
                      name + " of tag " + std::to_string(static_cast<int>(operand.tag())));
 }
 
-TEST_F(Frame, Required_Bools_AreHandledWithoutResult) {
-  for (const std::string name : orderings) {
+TEST_F(OrderFrame, Required_Bools_AreHandledWithoutResult) {
+  for (const std::string& name : orderings) {
     expect_nothing(ask(name, array_of<XTBool>(ctx(), {2}, {true, false})), 1, looked_at, name);
     expect_nothing(ask(name, array_of<XTBool>(ctx(), {0}, {})), 1, looked_at, name);
     expect_nothing(ask(name, array_of<XTBool>(ctx(), {}, {true})), 1, looked_at, name);
   }
 }
 
-TEST_F(Frame, Required_ForeignObjects_AreHandledWithoutResult) {
+TEST_F(OrderFrame, Required_ForeignObjects_AreHandledWithoutResult) {
   for (const char* type_name : {"$foreign", "", "$xdoublearra", "$xdoublearrays", "$XINTARRAY"}) {
     ForeignObject foreign(type_name);
-    for (const std::string name : orderings) expect_nothing(ask(name, foreign.value()), 1, looked_at, name);
+    for (const std::string& name : orderings) expect_nothing(ask(name, foreign.value()), 1, looked_at, name);
   }
   ForeignObject nameless(nullptr);
-  for (const std::string name : orderings) expect_nothing(ask(name, nameless.value()), 1, looked_at, name);
+  for (const std::string& name : orderings) expect_nothing(ask(name, nameless.value()), 1, looked_at, name);
 }
 
-TEST_F(Frame, ObjectsThatTheHostMadeAlone_AreHandledWithoutResult) {
+TEST_F(OrderFrame, ObjectsThatTheHostMadeAlone_AreHandledWithoutResult) {
   for (const char* type_name : {"$xdoublearray", "$xintarray", "$xint64array", "$xboolarray"}) {
     const Value bare = Value::object(ctx(), type_name);
     ASSERT_EQ(type_of(bare), type_name);
-    for (const std::string name : orderings) expect_nothing(ask(name, bare), 1, looked_at, name);
+    for (const std::string& name : orderings) expect_nothing(ask(name, bare), 1, looked_at, name);
   }
 }
 
-TEST_F(Frame, Required_OfWhatHasNoOrder_TheRankIsNotRead) {
+TEST_F(OrderFrame, Required_OfWhatHasNoOrder_TheRankIsNotRead) {
   ForeignObject foreign;
   for (const char* name : {"xpartition", "xargpartition"})
     for (const Value& rank : {Value("text"), Value(), Value(1), twos()}) {
@@ -108,18 +108,18 @@ TEST_F(Frame, Required_OfWhatHasNoOrder_TheRankIsNotRead) {
     }
 }
 
-using FrameDeathTest = Frame;
+using OrderFrameDeathTest = OrderFrame;
 
-TEST_F(FrameDeathTest, ArraysWithoutAContainer_EndTheProcess) {
+TEST_F(OrderFrameDeathTest, ArraysWithoutAContainer_EndTheProcess) {
   ::testing::FLAGS_gtest_death_test_style = "fast";
   const Value empty = call("xarange", {Value(1), Value(2), Value(3), Value(4)}).result;
   ASSERT_EQ(type_of(empty), "$xdoublearray");
-  for (const std::string name : orderings) EXPECT_DEATH(ask(name, empty), "") << name;
+  for (const std::string& name : orderings) EXPECT_DEATH(ask(name, empty), "") << name;
 }
 
-TEST_F(Frame, FurtherArguments_AreNotReadAndNotChecked) {
+TEST_F(OrderFrame, FurtherArguments_AreNotReadAndNotChecked) {
   const Value operand = array_of<XTInt>(ctx(), {2, 3}, {3, 1, 2, 9, 8, 8});
-  for (const std::string name : orderings) {
+  for (const std::string& name : orderings) {
     const Answer alone = ask(name, operand);
     for (const Value& further :
          {Value(0), Value(1), Value("text"), Value(), raw(static_cast<ValueTag>(77)), twos(), Value::table()}) {
@@ -128,24 +128,24 @@ TEST_F(Frame, FurtherArguments_AreNotReadAndNotChecked) {
       args.push_back(Value(0));
       const Answer answer = call(name, args);
       EXPECT_EQ(answer.operations, alone.operations) << name;
-      EXPECT_TRUE(given<XTInt>(answer) == given<XTInt>(alone)) << name;
+      EXPECT_TRUE(given(answer, Kind::int32) == given(alone, Kind::int32)) << name;
     }
   }
 }
 
-TEST_F(Frame, IntoTheOperandsOwnRecord_TheNewArrayReplacesIt) {
-  for (const std::string name : orderings) {
+TEST_F(OrderFrame, IntoTheOperandsOwnRecord_TheNewArrayReplacesIt) {
+  for (const std::string& name : orderings) {
     auto args = arguments(name, array_of<XTInt>(ctx(), {4}, {3, 1, 2, 2}));
-    const auto expected = given<XTInt>(call(name, args));
+    const auto expected = given(call(name, args), Kind::int32);
     const EntryFunction function = Module::loaded().entry(name);
     EXPECT_EQ(function(ctx(), hvm::records_of(args), static_cast<int>(args.size()), args[0].address()), 1);
-    EXPECT_TRUE(elements_in<std::int32_t>(*container_of<XTInt>(args[0])) == expected) << name;
+    EXPECT_TRUE(from_host(args[0]) == expected) << name;
   }
 }
 
 // ---- Extents that `reshape` lets claim other elements than there are
 
-TEST_F(Frame, ExtentsBeyondTheStorage_AreRefusedWhereRunsAreWalked) {
+TEST_F(OrderFrame, ExtentsBeyondTheStorage_AreRefusedWhereRunsAreWalked) {
   const auto expect_refusals = [&](Value claims, const std::vector<Value>& extents) {
     ASSERT_EQ(method(claims, "reshape", extents).returned, 1);
     for (const std::string name : {"xsort", "xargsort", "xpartition", "xargpartition", "xdiff"})
@@ -158,27 +158,27 @@ TEST_F(Frame, ExtentsBeyondTheStorage_AreRefusedWhereRunsAreWalked) {
   expect_refusals(array_of<XTDouble>(ctx(), {0}, {}), std::vector<Value>(4, Value(65536)));
 }
 
-TEST_F(Frame, ExtentsBeyondTheStorage_AreNoMatterWhereTheStorageIsWalked) {
+TEST_F(OrderFrame, ExtentsBeyondTheStorage_AreNoMatterWhereTheStorageIsWalked) {
   Value claims = array_of<XTDouble>(ctx(), {6}, {4, 2, 9, 1, 2, 9});
   ASSERT_EQ(method(claims, "reshape", {Value(-2), Value(-3)}).returned, 1);
-  EXPECT_EQ(given<XTDouble>(ask("xunique", claims)), (Elements<double>{{4}, {1, 2, 4, 9}}));
-  EXPECT_EQ(given<XTInt>(ask("xargmin", claims)), (Elements<std::int32_t>{{}, {3}}));
-  EXPECT_EQ(given<XTInt>(ask("xargmax", claims)), (Elements<std::int32_t>{{}, {2}}));
+  EXPECT_EQ(given(ask("xunique", claims), Kind::float64), TestArray(Kind::float64, {4}, {1, 2, 4, 9}));
+  EXPECT_EQ(given(ask("xargmin", claims), Kind::int32), TestArray(Kind::int32, {}, {3}));
+  EXPECT_EQ(given(ask("xargmax", claims), Kind::int32), TestArray(Kind::int32, {}, {2}));
   Value empty = array_of<XTDouble>(ctx(), {0}, {});
   ASSERT_EQ(method(empty, "reshape", std::vector<Value>(4, Value(65536))).returned, 1);
-  EXPECT_EQ(given<XTDouble>(ask("xunique", empty)), (Elements<double>{{0}, {}}));
-  EXPECT_EQ(given<XTInt>(ask("xargmax", empty)), (Elements<std::int32_t>{{}, {0}}));
+  EXPECT_EQ(given(ask("xunique", empty), Kind::float64), TestArray(Kind::float64, {0}, {}));
+  EXPECT_EQ(given(ask("xargmax", empty), Kind::int32), TestArray(Kind::int32, {}, {0}));
 }
 
 // ---- The set difference, which is none
 
-TEST_F(Frame, Required_XsetdiffOfTwoArrays_LooksTwiceAtTheFirstAndFails) {
+TEST_F(OrderFrame, Required_XsetdiffOfTwoArrays_LooksTwiceAtTheFirstAndFails) {
   const Words operations = {"AnyCheck 0", "AnyCheck 1", "GetAny 0", "GetAny 0"};
   ForeignObject foreign;
   FloatObject floats({2}, {1, 2});
   const Value hollow = Value::object(ctx(), "$xintarray");
   const Value null_array = call("xarange", {Value(1), Value(2), Value(3), Value(4)}).result;
-  const std::vector<Value> objects = {twos(),         twos<XTInt>(),   twos<XTInt64>(), twos<XTBool>(),
+  const std::vector<Value> objects = {twos(),         twos(Kind::int32),   twos(Kind::int64), twos(Kind::boolean),
                                       floats.value(), foreign.value(), hollow,          null_array};
   for (const Value& left : objects)
     for (const Value& right : objects) {
@@ -187,7 +187,7 @@ TEST_F(Frame, Required_XsetdiffOfTwoArrays_LooksTwiceAtTheFirstAndFails) {
     }
 }
 
-TEST_F(Frame, XsetdiffOfWhatIsNoObject_FailsAtTheFirst) {
+TEST_F(OrderFrame, XsetdiffOfWhatIsNoObject_FailsAtTheFirst) {
   for (const Value& other : no_objects()) {
     expect_nothing(call("xsetdiff1d", {other, twos()}), 0, {"AnyCheck 0"}, "first");
     expect_nothing(call("xsetdiff1d", {other, other}), 0, {"AnyCheck 0"}, "both");
@@ -197,7 +197,7 @@ TEST_F(Frame, XsetdiffOfWhatIsNoObject_FailsAtTheFirst) {
 
 // ---- Memory
 
-TEST_F(Frame, Allocations_DoNotGrowWithTheElements) {
+TEST_F(OrderFrame, Allocations_DoNotGrowWithTheElements) {
   const auto cost = [&](const std::string& name, const Value& operand) {
     std::vector<Value> args = arguments(name, operand);
     Value result;
@@ -206,11 +206,11 @@ TEST_F(Frame, Allocations_DoNotGrowWithTheElements) {
         Module::loaded().entry(name)(ctx(), hvm::records_of(args), static_cast<int>(args.size()), result.address()), 1);
     return allocations().made - before;
   };
-  for (const std::string name : orderings) {
+  for (const std::string& name : orderings) {
     // One more is for the detour over another type.
-    EXPECT_LE(cost(name, twos<XTInt>({100000})), cost(name, twos<XTInt>({10})) + 1) << name;
-    EXPECT_LE(cost(name, twos<XTDouble>({100000})), cost(name, twos<XTDouble>({10})) + 1) << name;
-    EXPECT_LE(cost(name, twos<XTDouble>({3000, 7})), cost(name, twos<XTDouble>({2, 7}))) << name;
+    EXPECT_LE(cost(name, twos(Kind::int32, {100000})), cost(name, twos(Kind::int32, {10})) + 1) << name;
+    EXPECT_LE(cost(name, twos(Kind::float64, {100000})), cost(name, twos(Kind::float64, {10})) + 1) << name;
+    EXPECT_LE(cost(name, twos(Kind::float64, {3000, 7})), cost(name, twos(Kind::float64, {2, 7}))) << name;
   }
 }
 

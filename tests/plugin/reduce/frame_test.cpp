@@ -8,7 +8,7 @@
 namespace arrayfold::test {
 namespace {
 
-class Frame : public ReductionTest {
+class ReduceFrame : public ReductionTest {
  protected:
   void expect_nothing(const Answer& answer, int returned, const Words& operations, const std::string& what) const {
     EXPECT_EQ(answer.returned, returned) << what;
@@ -40,8 +40,8 @@ constexpr Setters setters[] = {
     {"xtrapz", real, real, real, real},  {"xcount_nonzero", int64, int64, int64, int64},
 };
 
-TEST_F(Frame, EachKind_IsSetByOneOperation) {
-  ASSERT_EQ(std::size(setters), std::size(reductions));
+TEST_F(ReduceFrame, EachKind_IsSetByOneOperation) {
+  ASSERT_EQ(std::size(setters), reductions.size());
   for (const Extents& extents : {Extents{2}, Extents{}, Extents{0}, Extents{2, 3}}) {
     const std::size_t size = size_of(extents);
     FloatObject floats(extents, std::vector<float>(size, 2));
@@ -59,62 +59,62 @@ TEST_F(Frame, EachKind_IsSetByOneOperation) {
   }
 }
 
-TEST_F(Frame, WithoutArguments_AreDeclined) {
-  for (const char* name : reductions)
+TEST_F(ReduceFrame, WithoutArguments_AreDeclined) {
+  for (const std::string& name : reductions)
     for (const int nargs : {0, -1}) expect_nothing(call_with_count(name, {doubles()}, nargs), 0, {}, name);
 }
 
-TEST_F(Frame, OfValuesOfEveryOtherTag_AreDeclined) {
-  for (const char* name : reductions)
+TEST_F(ReduceFrame, OfValuesOfEveryOtherTag_AreDeclined) {
+  for (const std::string& name : reductions)
     for (int tag = 0; tag < 256; ++tag)
       if (tag != static_cast<int>(ValueTag::object))
         expect_nothing(call(name, {raw(static_cast<ValueTag>(tag))}), 0, {"AnyCheck 0"},
-                       name + std::string(" of tag ") + std::to_string(tag));
+                       name + " of tag " + std::to_string(tag));
 }
 
-TEST_F(Frame, OfNumbersStringsAndTables_AreDeclined) {
-  for (const char* name : reductions)
+TEST_F(ReduceFrame, OfNumbersStringsAndTables_AreDeclined) {
+  for (const std::string& name : reductions)
     for (const Value& operand : {Value(3), Value(2.5), Value(std::int64_t{3}), Value("text"), Value(u"text"),
                                  Value::table_of({Value(1), Value(2)}), Value()})
       expect_nothing(call(name, {operand, doubles()}), 0, {"AnyCheck 0"}, name);
 }
 
-TEST_F(Frame, Required_Bools_AreHandledWithoutResult) {
-  for (const char* name : reductions) {
+TEST_F(ReduceFrame, Required_Bools_AreHandledWithoutResult) {
+  for (const std::string& name : reductions) {
     expect_nothing(call(name, {array_of<XTBool>(ctx(), {2}, {true, false})}), 1, looked_at, name);
     expect_nothing(call(name, {array_of<XTBool>(ctx(), {0}, {})}), 1, looked_at, name);
     expect_nothing(call(name, {array_of<XTBool>(ctx(), {}, {true})}), 1, looked_at, name);
   }
 }
 
-TEST_F(Frame, Required_ForeignObjects_AreHandledWithoutResult) {
+TEST_F(ReduceFrame, Required_ForeignObjects_AreHandledWithoutResult) {
   for (const char* type_name : {"$foreign", "", "$xdoublearra", "$xdoublearrays", "$XDOUBLEARRAY"}) {
     ForeignObject foreign(type_name);
-    for (const char* name : reductions) expect_nothing(call(name, {foreign.value()}), 1, looked_at, name);
+    for (const std::string& name : reductions) expect_nothing(call(name, {foreign.value()}), 1, looked_at, name);
   }
   ForeignObject nameless(nullptr);
-  for (const char* name : reductions) expect_nothing(call(name, {nameless.value()}), 1, looked_at, name);
+  for (const std::string& name : reductions) expect_nothing(call(name, {nameless.value()}), 1, looked_at, name);
 }
 
-TEST_F(Frame, ObjectsThatTheHostMadeAlone_AreHandledWithoutResult) {
+TEST_F(ReduceFrame, ObjectsThatTheHostMadeAlone_AreHandledWithoutResult) {
   for (const char* type_name : {"$xdoublearray", "$xintarray", "$xint64array", "$xboolarray"}) {
     const Value bare = Value::object(ctx(), type_name);
     ASSERT_EQ(type_of(bare), type_name);
-    for (const char* name : reductions) expect_nothing(call(name, {bare}), 1, looked_at, name);
+    for (const std::string& name : reductions) expect_nothing(call(name, {bare}), 1, looked_at, name);
   }
 }
 
-using FrameDeathTest = Frame;
+using ReduceFrameDeathTest = ReduceFrame;
 
-TEST_F(FrameDeathTest, ArraysWithoutAContainer_EndTheProcess) {
+TEST_F(ReduceFrameDeathTest, ArraysWithoutAContainer_EndTheProcess) {
   ::testing::FLAGS_gtest_death_test_style = "fast";
   const Value empty = call("xarange", {Value(1), Value(2), Value(3), Value(4)}).result;
   ASSERT_EQ(type_of(empty), "$xdoublearray");
-  for (const char* name : reductions) EXPECT_DEATH(call(name, {empty}), "") << name;
+  for (const std::string& name : reductions) EXPECT_DEATH(call(name, {empty}), "") << name;
 }
 
-TEST_F(Frame, FurtherArguments_AreNotReadAndNotChecked) {
-  for (const char* name : reductions) {
+TEST_F(ReduceFrame, FurtherArguments_AreNotReadAndNotChecked) {
+  for (const std::string& name : reductions) {
     const Answer alone = call(name, {doubles({2, 3})});
     for (const Value& further :
          {Value(0), Value(1), Value("text"), Value(), raw(static_cast<ValueTag>(77)), doubles()}) {
@@ -126,23 +126,22 @@ TEST_F(Frame, FurtherArguments_AreNotReadAndNotChecked) {
   }
 }
 
-TEST_F(Frame, Operands_StayAsTheyWere) {
+TEST_F(ReduceFrame, Operands_StayAsTheyWere) {
   const Extents shapes[] = {{}, {0}, {7}, {3, 5}, {5, 1}, {2, 1, 2, 1, 2, 1}};
-  for (const char* name : reductions)
+  for (const std::string& name : reductions)
     for (const Extents& extents : shapes) {
-      const auto x = random_elements<double>(size_of(extents), 3);
-      const Value operand = array_of<XTDouble>(ctx(), extents, x);
-      const auto* container = container_of<XTDouble>(operand);
+      const TestArray array = random_array(Kind::float64, extents, 3);
+      const Value operand = to_host(ctx(), array);
+      const void* container = container_address(operand);
       call(name, {operand});
-      EXPECT_EQ(elements_of<XTDouble>(operand), x) << name;
-      EXPECT_EQ(container_of<XTDouble>(operand), container) << name;
-      EXPECT_TRUE(std::equal(extents.begin(), extents.end(), container->shape().begin(), container->shape().end()));
+      EXPECT_EQ(from_host(operand), array) << name;
+      EXPECT_EQ(container_address(operand), container) << name;
       EXPECT_EQ(hvm::references(hvm::object_of(operand.record())), 1u) << name;
     }
 }
 
-TEST_F(Frame, IntoTheOperandsOwnRecord_TheNumberReplacesTheArray) {
-  for (const char* name : reductions) {
+TEST_F(ReduceFrame, IntoTheOperandsOwnRecord_TheNumberReplacesTheArray) {
+  for (const std::string& name : reductions) {
     Value operand = doubles({5});
     const Value expected = call(name, {operand}).result;
     EXPECT_EQ(Module::loaded().entry(name)(ctx(), operand.address(), 1, operand.address()), 1);
@@ -153,7 +152,7 @@ TEST_F(Frame, IntoTheOperandsOwnRecord_TheNumberReplacesTheArray) {
 
 // ---- Extents that claim other elements than there are
 
-TEST_F(Frame, ExtentsBeyondTheStorage_AreOutOfMemoryWhereTheyAreWalked) {
+TEST_F(ReduceFrame, ExtentsBeyondTheStorage_AreOutOfMemoryWhereTheyAreWalked) {
   for (const char* name : {"xprod", "xmean", "xvariance", "xstddev", "xtrapz", "xcount_nonzero"})
     for (const auto& [first, second] : {std::pair{-2, -3}, {-1, -6}, {-6, -1}}) {
       Value claims = doubles({6});
@@ -162,7 +161,7 @@ TEST_F(Frame, ExtentsBeyondTheStorage_AreOutOfMemoryWhereTheyAreWalked) {
     }
 }
 
-TEST_F(Frame, ExtentsBeyondTheStorage_AreNoMatterWhereTheStorageIsWalked) {
+TEST_F(ReduceFrame, ExtentsBeyondTheStorage_AreNoMatterWhereTheStorageIsWalked) {
   Value claims = array_of<XTDouble>(ctx(), {6}, {1, 2, 3, 4, 5, 9});
   ASSERT_EQ(method(claims, "reshape", {Value(-2), Value(-3)}).returned, 1);
   EXPECT_EQ(number<double>("xsum", claims), 24.0);
@@ -171,7 +170,7 @@ TEST_F(Frame, ExtentsBeyondTheStorage_AreNoMatterWhereTheStorageIsWalked) {
   EXPECT_EQ(number<double>("xmedian", claims), 3.5);
 }
 
-TEST_F(Frame, ExtentsOverAnEmptyStorage_GiveTheEmptyAnswers) {
+TEST_F(ReduceFrame, ExtentsOverAnEmptyStorage_GiveTheEmptyAnswers) {
   // 65536 to the fourth wraps to 0.
   Value claims = array_of<XTDouble>(ctx(), {0}, {});
   ASSERT_EQ(method(claims, "reshape", {Value(65536), Value(65536), Value(65536), Value(65536)}).returned, 1);
@@ -188,7 +187,7 @@ TEST_F(Frame, ExtentsOverAnEmptyStorage_GiveTheEmptyAnswers) {
 // ---- Memory
 
 /// The C++ allocations of one call.
-class Cost : public Frame {
+class Cost : public ReduceFrame {
  protected:
   std::int64_t cost(const char* name, const Value& operand) const {
     const EntryFunction function = Module::loaded().entry(name);

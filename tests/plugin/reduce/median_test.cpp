@@ -6,10 +6,7 @@
 #include <algorithm>
 #include <functional>
 
-#include <xtensor/xarray.hpp>
-#include <xtensor/xsort.hpp>
-
-#include "reductions.hpp"
+#include "reference.hpp"
 
 namespace arrayfold::test {
 namespace {
@@ -23,121 +20,95 @@ std::vector<std::size_t> lengths() {
   return all;
 }
 
-template <class Kind>
-class Median : public ReductionTest {
+class Median : public OverKinds<ReductionTest> {
  protected:
-  using Element = typename Kind::element;
-  using Row = std::vector<Element>;
-
-  void expect_library(const Extents& extents, const Row& x, const std::string& what) const {
-    Operand<Kind> operand(ctx(), extents, x);
-    const Value value = operand.value();
-    const auto found = number<HostNumber<Element>>("xmedian", value);
-    const Element expected = xt::median(*container_of<Kind>(value));
-    EXPECT_TRUE(same<HostNumber<Element>>(found, expected))
-        << what << " of " << ::testing::PrintToString(extents) << " is " << found << ", not " << expected;
+  void expect_library(const TestArray& array, const std::string& what) const {
+    EXPECT_EQ(number_given("xmedian", array), library_number("xmedian", array))
+        << what << " of " << ::testing::PrintToString(array.extents());
   }
 
   /// Fills every length by element numbers.
-  template <class Fill>
-  void expect_library_everywhere(const std::string& what, Fill fill) const {
+  using Fill = std::function<Number(std::size_t i, std::size_t length)>;
+  void expect_library_everywhere(const std::string& what, const Fill& fill) const {
     for (const std::size_t length : lengths()) {
-      Row x(length);
-      for (std::size_t i = 0; i < length; ++i) x[i] = fill(i, length);
-      expect_library({length}, x, what);
+      Numbers x;
+      for (std::size_t i = 0; i < length; ++i) x.push_back(fill(i, length));
+      expect_library(TestArray(kind(), {length}, x), what);
     }
   }
 };
 
-TYPED_TEST_SUITE(Median, AllKinds, KindNames);
+INSTANTIATE_TEST_SUITE_P(Kinds, Median, ::testing::ValuesIn(all_kinds), KindName());
 
-TYPED_TEST(Median, OfRandomElements) {
-  using T = typename TypeParam::element;
+TEST_P(Median, OfRandomElements_IsTheLibrarys) {
   for (const std::size_t length : lengths())
-    this->expect_library({length}, random_elements<T>(length, static_cast<unsigned>(length)), "random");
+    expect_library(random_array(kind(), {length}, static_cast<unsigned>(length)), "random");
 }
 
-TYPED_TEST(Median, OfFewDistinctElements) {
-  using T = typename TypeParam::element;
+TEST_P(Median, OfFewDistinctElements_IsTheLibrarys) {
   for (const unsigned distinct : {2u, 3u, 10u}) {
     std::mt19937 engine(distinct);
-    this->expect_library_everywhere("few distinct",
-                                    [&](std::size_t, std::size_t) { return static_cast<T>(engine() % distinct); });
+    expect_library_everywhere("few distinct", [&](std::size_t, std::size_t) { return engine() % distinct; });
   }
   // The two around the middle are not the same.
-  this->expect_library_everywhere(
-      "halves", [](std::size_t i, std::size_t length) { return static_cast<T>(i < length / 2 ? 1 : 4); });
+  expect_library_everywhere("halves", [](std::size_t i, std::size_t length) { return i < length / 2 ? 1 : 4; });
 }
 
-TYPED_TEST(Median, OfEqualElements) {
-  using T = typename TypeParam::element;
-  this->expect_library_everywhere("equal", [](std::size_t, std::size_t) { return T{7}; });
-  this->expect_library_everywhere("equal but one",
-                                  [](std::size_t i, std::size_t length) { return i == length / 2 ? T{1} : T{7}; });
+TEST_P(Median, OfEqualElements_IsTheLibrarys) {
+  expect_library_everywhere("equal", [](std::size_t, std::size_t) { return 7; });
+  expect_library_everywhere("equal but one", [](std::size_t i, std::size_t length) { return i == length / 2 ? 1 : 7; });
 }
 
-TYPED_TEST(Median, OfSortedElements) {
-  using T = typename TypeParam::element;
-  this->expect_library_everywhere("sorted", [](std::size_t i, std::size_t) { return static_cast<T>(i); });
-  this->expect_library_everywhere("reversed",
-                                  [](std::size_t i, std::size_t length) { return static_cast<T>(length - i); });
-  this->expect_library_everywhere(
-      "up and down", [](std::size_t i, std::size_t length) { return static_cast<T>(std::min(i, length - i)); });
+TEST_P(Median, OfSortedElements_IsTheLibrarys) {
+  expect_library_everywhere("sorted", [](std::size_t i, std::size_t) { return i; });
+  expect_library_everywhere("reversed", [](std::size_t i, std::size_t length) { return length - i; });
+  expect_library_everywhere("up and down", [](std::size_t i, std::size_t length) { return std::min(i, length - i); });
 }
 
-TYPED_TEST(Median, OfPeriodsThatMisleadASample) {
-  using T = typename TypeParam::element;
+TEST_P(Median, OfPeriodsThatMisleadASample_IsTheLibrarys) {
   // A sample at even distances sees one element of each period, whatever the distance is, in one of these.
-  const bool is_double = std::is_same_v<T, double>;
+  const std::size_t longest = kind() == Kind::float64 ? 100001 : 20010;
   for (std::size_t period = 2; period <= 80; ++period)
-    for (const std::size_t length : {1030u, 1500u, 5000u, is_double ? 100001u : 20010u}) {
-      std::vector<T> x(length);
-      for (std::size_t i = 0; i < length; ++i) x[i] = static_cast<T>(i % period == 0 ? 1000 + i % 7 : i % 11);
-      this->expect_library({length}, x, "large each period");
-      for (T& element : x) element = -element;
-      this->expect_library({length}, x, "small each period");
-    }
+    for (const std::size_t length : {std::size_t{1030}, std::size_t{1500}, std::size_t{5000}, longest})
+      for (const int sign : {1, -1}) {
+        std::vector<std::int32_t> x(length);
+        for (std::size_t i = 0; i < length; ++i)
+          x[i] = sign * static_cast<std::int32_t>(i % period == 0 ? 1000 + i % 7 : i % 11);
+        expect_library(TestArray({length}, x).converted(kind()), sign > 0 ? "large each period" : "small each period");
+      }
 }
 
-TYPED_TEST(Median, OfMoreDimensions) {
-  using T = typename TypeParam::element;
+TEST_P(Median, OfMoreDimensions_IsTheLibrarys) {
   for (const Extents& extents :
        std::vector<Extents>{{}, {1, 1}, {3, 5}, {5, 1}, {4, 6}, {40, 50}, {3, 7, 101}, {2, 2, 2, 2, 2, 2, 2, 2, 3}})
-    this->expect_library(extents, random_elements<T>(size_of(extents), 5), "random");
+    expect_library(random_array(kind(), extents, 5), "random");
 }
 
-TYPED_TEST(Median, OfTheEndsOfTheRange) {
-  using T = typename TypeParam::element;
-  using Limits = std::numeric_limits<T>;
-  this->expect_library_everywhere("largest", [](std::size_t i, std::size_t) {
-    return static_cast<T>(i % 2 == 0 ? Limits::max() : Limits::max() - 1);
-  });
-  this->expect_library_everywhere("lowest", [](std::size_t i, std::size_t) {
-    return static_cast<T>(i % 2 == 0 ? Limits::lowest() : Limits::lowest() + 1);
-  });
+TEST_P(Median, OfTheEndsOfTheRange_IsTheLibrarys) {
+  const auto [lowest, max, min, denorm_min] = limits_of(kind());
+  const auto beside = [](const Number& x, int step) { return x.is_integer ? Number(x.integer + step) : x; };
+  expect_library_everywhere(
+      "largest", [&, max = max](std::size_t i, std::size_t) { return i % 2 == 0 ? max : beside(max, -1); });
+  expect_library_everywhere(
+      "lowest", [&, lowest = lowest](std::size_t i, std::size_t) { return i % 2 == 0 ? lowest : beside(lowest, 1); });
   std::mt19937 engine(2);
-  this->expect_library_everywhere("ends", [&](std::size_t, std::size_t) {
-    const T choice[] = {Limits::lowest(), Limits::max(), T{0}, T{1}};
-    return choice[engine() % 4];
-  });
+  const Number choice[] = {lowest, max, 0, 1};
+  expect_library_everywhere("ends", [&](std::size_t, std::size_t) { return choice[engine() % 4]; });
 }
 
-TYPED_TEST(Median, LeavesTheOperandAsItWas) {
-  using T = typename TypeParam::element;
+TEST_P(Median, LeavesTheOperandAsItWas) {
   for (const std::size_t length : {2u, 99u, 1500u}) {
-    const auto x = random_elements<T>(length, 4);
-    Operand<TypeParam> operand(this->ctx(), {length}, x);
-    this->call("xmedian", {operand.value()});
-    EXPECT_EQ(elements_of<TypeParam>(operand.value()), x);
+    const TestArray array = random_array(kind(), {length}, 4);
+    Operand operand(ctx(), array);
+    call("xmedian", {operand.value()});
+    EXPECT_EQ(from_host(operand.value()), array);
   }
 }
 
-template <class Kind>
-using RealMedian = Median<Kind>;
-TYPED_TEST_SUITE(RealMedian, RealKinds, KindNames);
+class RealMedian : public Median {};
+INSTANTIATE_TEST_SUITE_P(Kinds, RealMedian, ::testing::ValuesIn(real_kinds), KindName());
 
-TYPED_TEST(RealMedian, WithOneNaNAtSomePlace) {
-  using T = typename TypeParam::element;
+TEST_P(RealMedian, WithOneNaNAtSomePlace_IsTheLibrarys) {
   const std::function<std::size_t(std::size_t)> places[] = {
       [](std::size_t) { return 0; },                                            // in every sample
       [](std::size_t length) { return std::min<std::size_t>(1, length - 1); },  // in none of a long array
@@ -145,59 +116,52 @@ TYPED_TEST(RealMedian, WithOneNaNAtSomePlace) {
       [](std::size_t length) { return length * 2 / 3; }};
   for (const auto& place : places)
     for (const std::size_t length : lengths()) {
-      auto x = random_elements<T>(length, static_cast<unsigned>(length));
-      x[place(length)] = std::numeric_limits<T>::quiet_NaN();
-      this->expect_library({length}, x, "one NaN");
+      TestArray x = random_array(kind(), {length}, static_cast<unsigned>(length));
+      x.set(place(length), NAN);
+      expect_library(x, "one NaN");
       for (std::size_t i = 0; i < length; ++i)
-        if (!std::isnan(x[i])) x[i] = static_cast<T>(i);
-      this->expect_library({length}, x, "sorted but for a NaN");
+        if (i != place(length)) x.set(i, i);
+      expect_library(x, "sorted but for a NaN");
     }
 }
 
-TYPED_TEST(RealMedian, WithManyNaNs) {
-  using T = typename TypeParam::element;
+TEST_P(RealMedian, WithManyNaNs_IsTheLibrarys) {
   for (const unsigned rarity : {2u, 3u, 50u}) {
     std::mt19937 engine(rarity);
-    this->expect_library_everywhere("NaN", [&](std::size_t, std::size_t) {
-      return engine() % rarity == 0 ? std::numeric_limits<T>::quiet_NaN() : static_cast<T>(engine() % 1000);
+    expect_library_everywhere("NaN", [&](std::size_t, std::size_t) {
+      return engine() % rarity == 0 ? Number(NAN) : Number(engine() % 1000);
     });
   }
-  this->expect_library_everywhere("only NaN",
-                                  [](std::size_t, std::size_t) { return std::numeric_limits<T>::quiet_NaN(); });
+  expect_library_everywhere("only NaN", [](std::size_t, std::size_t) { return NAN; });
 }
 
-TYPED_TEST(RealMedian, OfZerosOfBothSigns) {
-  using T = typename TypeParam::element;
+TEST_P(RealMedian, OfZerosOfBothSigns_IsTheLibrarys) {
   std::mt19937 engine(8);
-  const auto zero = [&] { return engine() % 2 == 0 ? T{0} : -T{0}; };
-  this->expect_library_everywhere("zeros", [&](std::size_t, std::size_t) { return zero(); });
-  this->expect_library_everywhere("zeros among others", [&](std::size_t, std::size_t) {
+  const auto zero = [&] { return engine() % 2 == 0 ? 0.0 : -0.0; };
+  expect_library_everywhere("zeros", [&](std::size_t, std::size_t) { return zero(); });
+  expect_library_everywhere("zeros among others", [&](std::size_t, std::size_t) {
     const auto drawn = engine() % 10;
-    return drawn < 5 ? zero() : static_cast<T>(drawn) - T{7};
+    return drawn < 5 ? zero() : static_cast<double>(drawn) - 7;
   });
-  this->expect_library_everywhere("zeros as the lower middle", [&](std::size_t i, std::size_t length) {
-    return i < (length + 1) / 2 ? zero() : T{5};
+  expect_library_everywhere("zeros as the lower middle", [&](std::size_t i, std::size_t length) {
+    return i < (length + 1) / 2 ? zero() : 5.0;
   });
-  this->expect_library_everywhere("zeros as the higher middle",
-                                  [&](std::size_t i, std::size_t length) { return i < length / 2 ? T{-5} : zero(); });
+  expect_library_everywhere("zeros as the higher middle",
+                            [&](std::size_t i, std::size_t length) { return i < length / 2 ? -5.0 : zero(); });
   // One negative zero among many, where no sample meets it.
-  this->expect_library_everywhere("one negative zero",
-                                  [&](std::size_t i, std::size_t) { return i == 1 ? -T{0} : T{0}; });
-  this->expect_library_everywhere("one positive zero",
-                                  [&](std::size_t i, std::size_t) { return i == 1 ? T{0} : -T{0}; });
+  expect_library_everywhere("one negative zero", [&](std::size_t i, std::size_t) { return i == 1 ? -0.0 : 0.0; });
+  expect_library_everywhere("one positive zero", [&](std::size_t i, std::size_t) { return i == 1 ? 0.0 : -0.0; });
 }
 
-TYPED_TEST(RealMedian, OfInfinities) {
-  using T = typename TypeParam::element;
-  constexpr T infinity = std::numeric_limits<T>::infinity();
-  this->expect_library_everywhere("infinities", [&](std::size_t, std::size_t) { return infinity; });
-  this->expect_library_everywhere(
-      "both infinities", [&](std::size_t i, std::size_t length) { return i < length / 2 ? infinity : -infinity; });
-  std::mt19937 engine(8);
-  this->expect_library_everywhere("infinities among others", [&](std::size_t, std::size_t) {
-    const T choice[] = {infinity, -infinity, T{1}, T{-2}, std::numeric_limits<T>::denorm_min()};
-    return choice[engine() % 5];
+TEST_P(RealMedian, OfInfinities_IsTheLibrarys) {
+  expect_library_everywhere("infinities", [&](std::size_t, std::size_t) { return INFINITY; });
+  expect_library_everywhere("both infinities", [&](std::size_t i, std::size_t length) {
+    return i < length / 2 ? INFINITY : -INFINITY;
   });
+  std::mt19937 engine(8);
+  const Number choice[] = {INFINITY, -INFINITY, 1, -2, limits_of(kind()).denorm_min};
+  expect_library_everywhere("infinities among others",
+                            [&](std::size_t, std::size_t) { return choice[engine() % 5]; });
 }
 
 // ---- Single values

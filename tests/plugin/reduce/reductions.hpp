@@ -1,7 +1,4 @@
-// reduce/reductions.hpp: the ten functions from an array to a number, and what a slow reading of their rules gives
-//
-// The order in which reals are added is part of each result. The formulas here take one element after the other, so
-// that nothing but that order is in them.
+// reduce/reductions.hpp: the ten functions from an array to a number
 
 #pragma once
 
@@ -9,179 +6,65 @@
 #include <cstdint>
 #include <limits>
 #include <random>
-#include <type_traits>
+#include <string>
 #include <vector>
 
-#include "support/elements.hpp"
+#include "support/functions.hpp"
 #include "support/hand_made.hpp"
 #include "support/reals.hpp"
 
 namespace arrayfold::test {
 
-inline constexpr const char* reductions[] = {"xsum",      "xprod",   "xamin",   "xamax",  "xmean",
-                                             "xvariance", "xstddev", "xmedian", "xtrapz", "xcount_nonzero"};
+inline const std::vector<std::string> reductions = functions_of("reduce");
 
-/// What the host is told a number of a kind's own type through.
-template <class T>
-const char* setter() {
-  if constexpr (std::is_floating_point_v<T>) return "SetReal result";
-  return sizeof(T) == 4 ? "SetInt result" : "SetInt64 result";
-}
+/// A number as the host is told it: by one operation of three.
+struct HostNumber {
+  const char* setter;  // "SetReal result", "SetInt result" or "SetInt64 result"
+  Number value;
 
-/// A kind's own number as the host has it: 32-bit reals are widened.
-template <class T>
-using HostNumber = std::conditional_t<std::is_same_v<T, float>, double, T>;
-
-class ReductionTest : public ModuleTest {
- protected:
-  /// The number that a function gives, a double, std::int32_t or std::int64_t: by the one host operation that sets it.
-  template <class R>
-  R number(const std::string& name, const Value& operand) const {
-    const Answer answer = call(name, {operand});
-    EXPECT_EQ(answer.returned, 1) << name;
-    EXPECT_EQ(answer.operations, (Words{"AnyCheck 0", "GetAny 0", setter<R>()})) << name;
-    return load<R>(answer.result.record().payload);
+  /// The operation is the same, and the number to the bit, but for NaN.
+  friend bool operator==(const HostNumber& a, const HostNumber& b) {
+    if (std::string(a.setter) != b.setter) return false;
+    return a.value.is_integer ? a.value == b.value : same(a.value.real, b.value.real);
   }
-
-  /// The same of elements of a kind.
-  template <class R, class Kind>
-  R number_of(const std::string& name, const Extents& extents,
-              const std::vector<typename Kind::element>& elements) const {
-    Operand<Kind> operand(ctx(), extents, elements);
-    return number<R>(name, operand.value());
-  }
-  template <class R, class Kind>
-  R number_of(const std::string& name, const std::vector<typename Kind::element>& elements) const {
-    return number_of<R, Kind>(name, {elements.size()}, elements);
+  friend std::ostream& operator<<(std::ostream& out, const HostNumber& x) {
+    return out << x.value << " by " << x.setter;
   }
 };
 
-// ---- Elements
-
-/// Reals whose product stays in range.
+/// What the host is told a number of this type through.
 template <class T>
-std::vector<T> random_factors(std::size_t count, unsigned seed) {
-  if constexpr (std::is_integral_v<T>) {
-    auto odd = random_elements<T>(count, seed);  // no product of odd numbers vanishes
-    for (T& x : odd) x |= 1;
-    return odd;
+HostNumber host_number(T x) {
+  if constexpr (std::is_floating_point_v<T>) return {"SetReal result", static_cast<double>(x)};
+  return {sizeof(T) == 4 ? "SetInt result" : "SetInt64 result", x};
+}
+
+class ReductionTest : public ModuleTest {
+ protected:
+  /// The number that a function gives.
+  HostNumber number_given(const std::string& name, const Value& operand) const;
+  HostNumber number_given(const std::string& name, const TestArray& array) const {
+    Operand operand(ctx(), array);
+    return number_given(name, operand.value());
   }
-  std::mt19937_64 engine(seed);
-  std::vector<T> drawn(count);
-  for (T& x : drawn)
-    x = static_cast<T>(std::exp2(std::uniform_real_distribution(-1.0, 1.0)(engine)) * (engine() % 2 == 0 ? 1 : -1));
-  return drawn;
-}
 
-// ---- The block scan
-
-template <class T>
-constexpr std::size_t block_of = sizeof(T) == 8 ? 4 : 8;
-
-template <class R, class T, class FoldBlock, class Fold>
-R scanned(const std::vector<T>& x, std::size_t stride, R start, FoldBlock fold_block, Fold fold) {
-  R value = start;
-  const std::size_t whole = x.size() - x.size() % block_of<T>;
-  for (std::size_t i = 0; i < whole; i += block_of<T>) value = fold(value, static_cast<R>(fold_block(&x[i])));
-  for (std::size_t i = whole; i < x.size(); ++i) value = fold(value, static_cast<R>(x[i * stride]));
-  return value;
-}
-
-/// A block folded by halves.
-template <class T, class Fold>
-T halved(const T* b, Fold fold) {
-  if (block_of<T> == 4) return fold(fold(b[0], b[2]), fold(b[1], b[3]));
-  const T b04 = fold(b[0], b[4]), b15 = fold(b[1], b[5]), b26 = fold(b[2], b[6]), b37 = fold(b[3], b[7]);
-  return fold(fold(b04, b26), fold(b15, b37));
-}
-
-template <class T>
-HostNumber<T> expected_sum(const Extents& extents, const std::vector<T>& x) {
-  using R = HostNumber<T>;
-  const auto block = [](const T* b) { return halved(b, [](T p, T q) { return static_cast<T>(p + q); }); };
-  return scanned(x, last_stride(extents), R{0}, block, [](R p, R q) { return static_cast<R>(p + q); });
-}
-
-template <class T>
-T expected_min(const Extents& extents, const std::vector<T>& x) {
-  const auto smaller = [](T a, T b) {
-    if (b < a) return b;
-    return a;
-  };
-  return scanned(
-      x, last_stride(extents), std::numeric_limits<T>::max(), [&](const T* b) { return halved(b, smaller); }, smaller);
-}
-
-template <class T>
-T expected_max(const Extents& extents, const std::vector<T>& x) {
-  if constexpr (std::is_same_v<T, std::int64_t>) return expected_min(extents, x);
-  const auto larger = [](T a, T b) {
-    if (a < b) return b;
-    return a;
-  };
-  return scanned(
-      x, last_stride(extents), std::numeric_limits<T>::min(), [&](const T* b) { return halved(b, larger); }, larger);
-}
-
-// ---- Runs along the last dimension, merged dimension by dimension
-
-/// What the elements from `x` on under the extents from `axis` on give.
-template <class R, class T, class Step, class Merge>
-R nested(const Extents& extents, std::size_t axis, const T* x, R start, Step step, Merge merge) {
-  R value = start;
-  if (axis + 1 == extents.size()) {
-    for (std::size_t i = 0; i < extents[axis]; ++i) value = step(value, x[i]);
-    return value;
+  /// The same of a known type: a double, std::int32_t or std::int64_t.
+  template <class R>
+  R number(const std::string& name, const Value& operand) const {
+    const HostNumber found = number_given(name, operand);
+    EXPECT_STREQ(found.setter, host_number(R{}).setter) << name;
+    return found.value.as<R>();
   }
-  std::size_t distance = 1;
-  for (std::size_t n = axis + 1; n < extents.size(); ++n) distance *= extents[n];
-  for (std::size_t i = 0; i < extents[axis]; ++i) {
-    const R part = nested(extents, axis + 1, x + i * distance, start, step, merge);
-    value = i == 0 ? part : merge(value, part);
+  template <class R, class Row>
+  R number_of(const std::string& name, const Extents& extents,
+              const std::vector<typename Row::element>& elements) const {
+    Operand operand(ctx(), TestArray(extents, elements));
+    return number<R>(name, operand.value());
   }
-  return value;
-}
-
-template <class R, class T, class Step, class Merge>
-R nested(const Extents& extents, const std::vector<T>& x, R start, Step step, Merge merge) {
-  if (x.empty()) return start;
-  if (extents.empty()) return step(start, x[0]);
-  return nested(extents, 0, x.data(), start, step, merge);
-}
-
-template <class T>
-T expected_product(const Extents& extents, const std::vector<T>& x) {
-  const auto multiply = [](T p, T q) { return static_cast<T>(p * q); };
-  return nested(extents, x, T{1}, multiply, multiply);
-}
-
-template <class T>
-double expected_mean(const Extents& extents, const std::vector<T>& x) {
-  const auto add = [](T p, T q) { return static_cast<T>(p + q); };
-  return static_cast<double>(nested(extents, x, T{0}, add, add)) / static_cast<double>(x.size());
-}
-
-template <class T>
-double expected_variance(const Extents& extents, const std::vector<T>& x) {
-  const double mean = expected_mean(extents, x);
-  const auto add_square = [&](double sum, T element) {
-    const double distance = static_cast<double>(element) - mean;
-    return sum + distance * distance;
-  };
-  const double squares = nested(extents, x, 0.0, add_square, [](double p, double q) { return p + q; });
-  return squares / static_cast<double>(x.size());
-}
-
-/// Neighbours are added in their own type. The first run counts alone.
-template <class T>
-double expected_trapezoids(const Extents& extents, const std::vector<T>& x) {
-  double integral = 0;
-  if (extents.empty() || x.empty()) return integral;
-  for (std::size_t i = 0; i + 1 < extents.back(); ++i) {
-    const T both = x[i + 1] + x[i];
-    integral += 1.0 * both * 0.5;
+  template <class R, class Row>
+  R number_of(const std::string& name, const std::vector<typename Row::element>& elements) const {
+    return number_of<R, Row>(name, {elements.size()}, elements);
   }
-  return integral;
-}
+};
 
 }  // namespace arrayfold::test

@@ -74,7 +74,7 @@ TEST_F(Spread, VarianceOfFloats_IsComputedIn64Bits) {
 
 TEST_F(Spread, DeviationIsTheRootOfTheVariance) {
   for (std::size_t count = 1; count < 60; ++count) {
-    const auto x = random_elements<double>(count, static_cast<unsigned>(count));
+    const auto x = random_array(Kind::float64, {count}, static_cast<unsigned>(count)).as<double>();
     EXPECT_EQ((number_of<double, XTDouble>("xstddev", x)), std::sqrt(number_of<double, XTDouble>("xvariance", x)));
   }
 }
