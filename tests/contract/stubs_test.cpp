@@ -23,14 +23,14 @@ class Stubs : public ModuleTest {
 
 struct OneCheck {
   const char* name;
-  int least;
+  int minimum;
 };
 constexpr OneCheck one_check_stubs[] = {{"xclip", 3}, {"xfma", 3},          {"xinterp", 3},
                                         {"xpow", 2},  {"xsearchsorted", 1}, {"xmatrix_power", 1}};
 
 TEST_F(Stubs, Required_OneObjectCheck_WithAnObjectFirst_FetchesItAndAnswersOne) {
   for (const auto& stub : one_check_stubs) {
-    std::vector<Value> args(static_cast<std::size_t>(stub.least));
+    std::vector<Value> args(static_cast<std::size_t>(stub.minimum));
     args[0] = array();
     expect(stub.name, args, 1, {"AnyCheck 0", "GetAny 0"});
   }
@@ -38,7 +38,7 @@ TEST_F(Stubs, Required_OneObjectCheck_WithAnObjectFirst_FetchesItAndAnswersOne) 
 
 TEST_F(Stubs, OneObjectCheck_WithoutAnObjectFirst_AnswersZero) {
   for (const auto& stub : one_check_stubs) {
-    std::vector<Value> args(static_cast<std::size_t>(stub.least), array());
+    std::vector<Value> args(static_cast<std::size_t>(stub.minimum), array());
     args[0] = Value(3);
     expect(stub.name, args, 0, {"AnyCheck 0"});
   }

@@ -92,17 +92,17 @@ class OrderingFaults : public ArrayResultTest {
   FloatKindRegistered registered_;
 };
 
-TEST_F(OrderingFaults, OrderingsOfEveryKindAndRank) {
+TEST_F(OrderingFaults, OrderingsOfEveryKindAndRank_SurviveEachFailure) {
   for (std::size_t rank = 0; rank <= 6; ++rank) expect_all_orderings_survive(Extents(rank, 2), rank <= 4 ? 4 : 6);
 }
 
-TEST_F(OrderingFaults, OrderingsOfShortAndLongRuns) {
+TEST_F(OrderingFaults, OrderingsOfShortAndLongRuns_SurviveEachFailure) {
   for (const Extents& extents : {Extents{0}, Extents{10}, Extents{255}, Extents{256}, Extents{1000}, Extents{3, 300},
                                  Extents{1, 2, 1, 2, 1, 300}, Extents{0, 2, 2, 2, 2, 2}})
     expect_all_orderings_survive(extents);
 }
 
-TEST_F(OrderingFaults, OrderingsOfLongRunsWithNaNAndNegativeZero) {
+TEST_F(OrderingFaults, OrderingsOfLongRunsWithNaNAndNegativeZero_SurviveEachFailure) {
   for (const double odd : {std::nan(""), -0.0}) {
     TestArray x = mixed(Kind::float64, {1000});
     x.set(500, odd);
@@ -135,11 +135,11 @@ TEST_F(OrderingFaults, LongRunsOfIntsAndPositions_AreAmongThem) {
             failures("xargsort", twos(Kind::int64, {1000})) + 1);
 }
 
-TEST_F(OrderingFaults, BinningsOfEveryKindAndRank) {
+TEST_F(OrderingFaults, BinningsOfEveryKindAndRank_SurviveEachFailure) {
   for (std::size_t rank = 0; rank <= 6; ++rank) expect_all_binnings_survive(Extents(rank, 2), rank <= 4 ? 4 : 6);
 }
 
-TEST_F(OrderingFaults, BinningsOfFewAndManyElements) {
+TEST_F(OrderingFaults, BinningsOfFewAndManyElements_SurviveEachFailure) {
   for (const Extents& extents : {Extents{10}, Extents{255}, Extents{256}, Extents{1000}, Extents{300, 1}})
     expect_all_binnings_survive(extents);
   expect_binnings_survive(Kind::float64, {0}, 4);

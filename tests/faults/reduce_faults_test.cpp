@@ -58,7 +58,7 @@ TEST_F(ReduceFaults, ScansAndShufflesOfEveryKindAndRank_NeedNone) {
     }
 }
 
-TEST_F(ReduceFaults, OrderedFoldsOfEveryKindAndRank) {
+TEST_F(ReduceFaults, OrderedFoldsOfEveryKindAndRank_SurviveEachFailure) {
   for (const char* name : ordered)
     for (std::size_t rank = 0; rank <= 6; ++rank) {
       // Reals of more than a row keep what each dimension has so far; a few dimensions may do without memory.
@@ -70,7 +70,7 @@ TEST_F(ReduceFaults, OrderedFoldsOfEveryKindAndRank) {
     }
 }
 
-TEST_F(ReduceFaults, MediansOfEveryKindAndRank) {
+TEST_F(ReduceFaults, MediansOfEveryKindAndRank_SurviveEachFailure) {
   for (std::size_t rank = 0; rank <= 6; ++rank) {
     EXPECT_GE(of_rank(Kind::float64, "xmedian", rank), 1) << rank;
     EXPECT_GE(of_rank(Kind::float32, "xmedian", rank), 1) << rank;
@@ -79,7 +79,7 @@ TEST_F(ReduceFaults, MediansOfEveryKindAndRank) {
   }
 }
 
-TEST_F(ReduceFaults, MediansOfLongArrays_WithASampleAndWithoutItsHelp) {
+TEST_F(ReduceFaults, MediansOfLongArrays_WithASampleAndWithoutItsHelp_SurviveEachFailure) {
   std::vector<double> x(5000);
   for (std::size_t i = 0; i < x.size(); ++i) x[i] = static_cast<double>(i * 7919 % 5003);
   EXPECT_GE(failures_survived("xmedian", array_of<XTDouble>(ctx(), {5000}, x)), 2);

@@ -60,7 +60,7 @@ TEST_F(XarrayFaults, Dimensions_OfEveryKindAndRank) {
                       of_an_array, std::strcmp(dtype, "float") == 0 ? 0 : 1);
 }
 
-TEST_F(XarrayFaults, ALongDtypeAndLabel) {
+TEST_F(XarrayFaults, ALongDtypeAndLabel_SurviveEachFailure) {
   const std::string name(100, 'x');
   expect_survival({code.quoted_call(name, {integer(2)})}, 1, 0);
   const HostCodeSlot labelled =
@@ -71,7 +71,7 @@ TEST_F(XarrayFaults, ALongDtypeAndLabel) {
   expect_survival({code.quoted(leads_to(code.node(NodeKind::variable_name, nowhere(), variable(4))))}, 1, 0);
 }
 
-TEST_F(XarrayFaults, Variables) { expect_survival({by({variable(1), integer(3)})}, of_an_array, 1); }
+TEST_F(XarrayFaults, Variables_SurviveEachFailure) { expect_survival({by({variable(1), integer(3)})}, of_an_array, 1); }
 
 TEST_F(XarrayFaults, Calls_NestedAndFailing) {
   const HostCodeSlot two = code.call_slot("two");
@@ -81,13 +81,13 @@ TEST_F(XarrayFaults, Calls_NestedAndFailing) {
   expect_survival({by({code.call_slot("fails", {two, text, variable(2)})})}, 0, 5);
 }
 
-TEST_F(XarrayFaults, MoreThanEightArgumentsAndRecords) {
+TEST_F(XarrayFaults, MoreThanEightArgumentsAndRecords_SurviveEachFailure) {
   const std::vector<HostCodeSlot> calls(30, code.call_slot("two"));
   expect_survival({by(std::vector<HostCodeSlot>(20, integer(1)))}, of_an_array + 1, 1);
   expect_survival({by({code.call_slot("two", calls)})}, of_an_array + 2, 32);
 }
 
-TEST_F(XarrayFaults, Selections) {
+TEST_F(XarrayFaults, Selections_SurviveEachFailure) {
   const HostCodeSlot everything = code.range(nowhere(), nowhere());
   expect_survival({by({code.selection_slot(2, {integer(0), integer(1)})})}, of_an_array, 4);
   expect_survival({by({code.selection_slot(2, {everything, integer(1)})})}, 1, 6);
@@ -101,7 +101,7 @@ TEST_F(XarrayFaults, Selections) {
   expect_survival({by({code.selection_slot(4, keys)})}, 3, 60);
 }
 
-TEST_F(XarrayFaults, SelectionsThatThrow) {
+TEST_F(XarrayFaults, SelectionsThatThrow_SurviveEachFailure) {
   const std::vector<HostCodeSlot> through = {code.range(nowhere(), nowhere()), integer(0), integer(0)};
   const EntryFunction function = Module::loaded().entry("xarray");
   std::vector<Value> args = {by({code.selection_slot(2, through)})};
@@ -119,7 +119,7 @@ TEST_F(XarrayFaults, SelectionsThatThrow) {
   EXPECT_GE(fail_each_allocation(action), 1);
 }
 
-TEST_F(XarrayFaults, ArrayLiterals) {
+TEST_F(XarrayFaults, ArrayLiterals_SurviveEachFailure) {
   std::vector<HostCodeNode*> items = {code.element(code.text("text")),
                                       code.element(code.wide_text(u"wide")),
                                       code.pair(code.text("k"), code.text("value")),
@@ -140,14 +140,14 @@ TEST_F(XarrayFaults, ArrayLiterals) {
   expect_survival({by({code.call_slot("two", {leads_to(code.array_literal(items))})})}, of_an_array, 300);
 }
 
-TEST_F(XarrayFaults, QuotationsAmongTheArguments) {
+TEST_F(XarrayFaults, QuotationsAmongTheArguments_SurviveEachFailure) {
   const HostCodeSlot quotation = leads_to(code.quotation(
       code.call_slot("a name that is longer than what is kept in place", {code.call_slot("two"), variable(2)})));
   expect_survival({by({quotation})}, 1, 8);
   expect_survival({by({code.call_slot("two", {quotation})})}, of_an_array, 10);
 }
 
-TEST_F(XarrayFaults, Tables) {
+TEST_F(XarrayFaults, Tables_SurviveEachFailure) {
   std::vector<Value> numbers(100, Value(1));
   const Value row = Value::table_of(numbers);
   Value deep = row;
@@ -160,7 +160,7 @@ TEST_F(XarrayFaults, Tables) {
       expect_survival({code.quoted_call(dtype), data}, of_an_array - 1, std::strcmp(dtype, "float") == 0 ? 0 : 1);
 }
 
-TEST_F(XarrayFaults, DataLiterals) {
+TEST_F(XarrayFaults, DataLiterals_SurviveEachFailure) {
   host[4] = Value(2.5);
   HostCodeNode* row = code.row(std::vector<HostCodeSlot>(20, variable(4)));
   HostCodeNode* deep = row;
@@ -173,7 +173,7 @@ TEST_F(XarrayFaults, DataLiterals) {
   expect_survival({code.quoted_call("double"), code.quoted(leads_to(deep))}, of_an_array + 10, 1);
 }
 
-TEST_F(XarrayFaults, CallsThatThrow) {
+TEST_F(XarrayFaults, CallsThatThrow_SurviveEachFailure) {
   host.define("throws", [](HostValue*, int, HostValue*) -> int { throw std::runtime_error("from the host"); });
   const EntryFunction function = Module::loaded().entry("xarray");
   std::vector<Value> args = {

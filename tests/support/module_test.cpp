@@ -105,7 +105,19 @@ const Module& Module::loaded() {
   return module;
 }
 
+namespace {
+
+std::set<std::string>& asked_so_far() {
+  static std::set<std::string> names;
+  return names;
+}
+
+}  // namespace
+
+const std::set<std::string>& Module::asked() { return asked_so_far(); }
+
 EntryFunction Module::entry(const std::string& name) const {
+  asked_so_far().insert(name);
   for (const auto& row : rows_)
     if (name == row.name) return row.function;
   throw std::invalid_argument("the module has no function " + name);

@@ -6,6 +6,7 @@
 
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -33,7 +34,7 @@ class Module {
 
   const std::vector<FunctionRow>& rows() const { return rows_; }
   const FunctionRow* table() const { return table_; }
-  /// What happened during PKG_Init, in order: "register 93", "NewAnyMan", "RegisterAnyMan", ...
+  /// What happened during PKG_Init, in order: "register" with the count of functions, "NewAnyMan", "RegisterAnyMan", ...
   const std::vector<std::string>& start() const { return start_; }
   /// The host's own record of the same, without the registration of functions.
   const std::vector<hvm::RecordedCall>& start_calls() const { return start_calls_; }
@@ -42,6 +43,8 @@ class Module {
   int init_returned() const { return init_returned_; }
   /// The function of a name; the test ends when there is none.
   EntryFunction entry(const std::string& name) const;
+  /// The functions that `entry` was asked for so far in this program.
+  static const std::set<std::string>& asked();
 
  private:
   Module();

@@ -102,7 +102,7 @@ std::vector<Extents> shapes() {
   return made;
 }
 
-TEST_F(Hostile, EveryShapeAlone_OfEveryKind) {
+TEST_F(Hostile, EveryShapeAlone_OfEveryKind_EndsAsKnown) {
   for (const Extents& extents : shapes()) {
     const std::size_t size = size_of(extents);
     const Reals numbers = random_reals(size, 1);
@@ -113,7 +113,7 @@ TEST_F(Hostile, EveryShapeAlone_OfEveryKind) {
   }
 }
 
-TEST_F(Hostile, EveryPairOfShapes) {
+TEST_F(Hostile, EveryPairOfShapes_EndsAsKnown) {
   for (const Extents& left : shapes())
     for (const Extents& right : shapes()) {
       // Two arrays of 2^9 elements are enough for any product.
@@ -123,7 +123,7 @@ TEST_F(Hostile, EveryPairOfShapes) {
     }
 }
 
-TEST_F(Hostile, EveryPairOfShapes_OfFloatsAndIntegers) {
+TEST_F(Hostile, EveryPairOfShapes_OfFloatsAndIntegers_EndsAsKnown) {
   for (const Extents& left : shapes())
     for (const Extents& right : shapes()) {
       if (left.size() > 4 || right.size() > 4) continue;
@@ -145,7 +145,7 @@ TEST_F(Hostile, XvdotOfStridesThatWouldWrap_IsRefused) {
   EXPECT_EQ(tried("xvdot", {doubles({4}, {1, 2, 3, 4}), four}), "0");
 }
 
-TEST_F(Hostile, MatricesOfMoreRowsThanRoutinesCount_WithoutElements) {
+TEST_F(Hostile, MatricesOfMoreRowsThanLapackCounts_WithoutElements_EndAsKnown) {
   const auto product = [&](const Extents& left, const Extents& right) {
     Answer answer = call("xkron", {doubles(left, {}), doubles(right, {})});
     EXPECT_EQ(answer.returned, 1);
@@ -184,7 +184,7 @@ std::vector<Reals> bad_matrices(std::size_t n) {
   return made;
 }
 
-TEST_F(Hostile, BadMatrices) {
+TEST_F(Hostile, BadMatrices_EndAsKnown) {
   for (const std::size_t n : {1u, 2u, 3u, 4u, 10u, 33u})
     for (const Reals& elements : bad_matrices(n)) {
       const Value matrix = doubles({n, n}, elements);
@@ -199,7 +199,7 @@ TEST_F(Hostile, BadMatrices) {
     }
 }
 
-TEST_F(Hostile, BadMatricesThatAreNotSquare) {
+TEST_F(Hostile, BadMatricesThatAreNotSquare_EndAsKnown) {
   for (const auto& [rows, columns] : {std::pair<std::size_t, std::size_t>{3, 5}, {5, 3}, {1, 6}, {6, 1}, {40, 7}}) {
     const std::size_t size = rows * columns, n = std::max(rows, columns);
     for (Reals elements : bad_matrices(n)) {
@@ -214,7 +214,7 @@ TEST_F(Hostile, BadMatricesThatAreNotSquare) {
   }
 }
 
-TEST_F(Hostile, LargeMatricesOfInfinitiesAndNaN) {
+TEST_F(Hostile, LargeMatricesOfInfinitiesAndNaN_EndAsKnown) {
   const std::size_t n = 150;
   for (const double bad : {infinity, not_a_number})
     for (const bool throughout : {false, true}) {
@@ -229,7 +229,7 @@ TEST_F(Hostile, LargeMatricesOfInfinitiesAndNaN) {
     }
 }
 
-TEST_F(Hostile, ExtentsBeyondTheStorage) {
+TEST_F(Hostile, ExtentsBeyondTheStorage_EndAsKnown) {
   int out_of_memory = 0;
   const std::pair<int, int> claims[] = {{-2, -3}, {-1, -6}, {-6, -1}};
   for (const auto& [first, second] : claims) {

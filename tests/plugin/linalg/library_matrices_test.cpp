@@ -51,14 +51,14 @@ class LibraryMatrices : public OverKinds<AlgebraTest> {
 };
 INSTANTIATE_TEST_SUITE_P(Kinds, LibraryMatrices, ::testing::ValuesIn(real_kinds), KindName());
 
-TEST_P(LibraryMatrices, Factors) {
+TEST_P(LibraryMatrices, Factors_AreTheLibrarys) {
   for_matrices([&](const TestArray& matrix) {
     expect_table("xqr", matrix);
     expect_table("xsvd", matrix);
   });
 }
 
-TEST_P(LibraryMatrices, XcholeskyAndEigenvalues) {
+TEST_P(LibraryMatrices, XcholeskyAndEigenvalues_AreTheLibrarys) {
   for (const std::size_t n : sizes) expect_array("xcholesky", definite(n, 6));
   for_squares([&](const TestArray& matrix) {
     expect_table("xeigh", matrix);
@@ -66,7 +66,7 @@ TEST_P(LibraryMatrices, XcholeskyAndEigenvalues) {
   });
 }
 
-TEST_P(LibraryMatrices, ScalarsOfSquares) {
+TEST_P(LibraryMatrices, ScalarsOfSquares_AreTheLibrarys) {
   for_squares([&](const TestArray& matrix) {
     expect_array("xdet", matrix);
     const auto expected = library_parts("xslogdet", matrix);
@@ -77,7 +77,7 @@ TEST_P(LibraryMatrices, ScalarsOfSquares) {
   });
 }
 
-TEST_P(LibraryMatrices, ScalarsOfMatrices) {
+TEST_P(LibraryMatrices, ScalarsOfMatrices_AreTheLibrarys) {
   for_matrices([&](const TestArray& matrix) {
     expect_array("xmatrix_rank", matrix);
     expect_array("xtrace", matrix);
@@ -89,7 +89,7 @@ TEST_P(LibraryMatrices, ScalarsOfMatrices) {
   });
 }
 
-TEST_P(LibraryMatrices, RanksOfProducts) {
+TEST_P(LibraryMatrices, RanksOfProducts_AreTheLibrarys) {
   for (const std::size_t n : {5u, 20u, 33u})
     for (std::size_t inner = 1; inner < n; ++inner) {
       const Reals product = multiplied(random_reals(n * inner, 8), random_reals(inner * n, 9), n, inner, n);
@@ -97,17 +97,17 @@ TEST_P(LibraryMatrices, RanksOfProducts) {
     }
 }
 
-TEST_P(LibraryMatrices, XtraceOfMoreDimensions) {
+TEST_P(LibraryMatrices, XtraceOfMoreDimensions_IsTheLibrarys) {
   for (const Extents& extents : {Extents{3, 3, 4}, {5, 2, 3}, {2, 30, 2, 2}})
     expect_array("xtrace", drawn(kind(), extents, 10));
 }
 
-TEST_P(LibraryMatrices, Inverses) {
+TEST_P(LibraryMatrices, Inverses_AreTheLibrarys) {
   for_squares([&](const TestArray& matrix) { expect_array("xinv", matrix); });
   for_matrices([&](const TestArray& matrix) { expect_array("xpinv", matrix); });
 }
 
-TEST_P(LibraryMatrices, Solutions) {
+TEST_P(LibraryMatrices, Solutions_AreTheLibrarys) {
   for_squares([&](const TestArray& matrix) {
     const std::size_t n = matrix.extents()[0];
     for (const Extents& shape : {Extents{n}, {n, 1}, {n, 5}, {n + 2, 3}}) {
@@ -118,7 +118,7 @@ TEST_P(LibraryMatrices, Solutions) {
   });
 }
 
-TEST_P(LibraryMatrices, LeastSquares) {
+TEST_P(LibraryMatrices, LeastSquares_AreTheLibrarys) {
   for_matrices([&](const TestArray& matrix) {
     for (const std::size_t columns : {0u, 1u, 5u}) {
       const Extents& extents = matrix.extents();

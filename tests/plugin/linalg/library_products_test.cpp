@@ -24,7 +24,7 @@ class LibraryProducts : public OverPairs<AlgebraTest> {
 };
 INSTANTIATE_TEST_SUITE_P(Kinds, LibraryProducts, ::testing::ValuesIn(pairs_of(all_kinds, all_kinds)), PairName());
 
-TEST_P(LibraryProducts, XdotOfVectorsAndMatrices) {
+TEST_P(LibraryProducts, XdotOfVectorsAndMatrices_IsTheLibrarys) {
   for (int turn = 0; turn < 30; ++turn) {
     const std::size_t m = extent(), k = extent(), n = extent();
     compare("xdot", {k}, {k});
@@ -47,7 +47,7 @@ TEST_P(LibraryProducts, XdotOfVectorsAndMatrices) {
   compare("xdot", {1000}, {1000});
 }
 
-TEST_P(LibraryProducts, XdotOfMoreDimensions) {
+TEST_P(LibraryProducts, XdotOfMoreDimensions_IsTheLibrarys) {
   compare("xdot", {2, 3, 4}, {4});
   compare("xdot", {4}, {2, 4, 3});
   compare("xdot", {2, 3, 4}, {4, 5});
@@ -60,7 +60,7 @@ TEST_P(LibraryProducts, XdotOfMoreDimensions) {
   compare("xdot", {3, 4, 2}, {});
 }
 
-TEST_P(LibraryProducts, XvdotXouterAndXkron) {
+TEST_P(LibraryProducts, XvdotXouterAndXkron_AreTheLibrarys) {
   for (int turn = 0; turn < 30; ++turn) {
     const std::size_t m = extent(), n = extent();
     compare("xvdot", {m}, {m + n});

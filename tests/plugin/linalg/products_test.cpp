@@ -55,7 +55,7 @@ TEST_P(PairsOfKinds, ResultsHaveTheKindOfTheFirst) {
             expected({2, 4}, {1, 2, 2, 4, 3, 4, 6, 8}));
 }
 
-TEST_P(PairsOfKinds, XdotOfMoreThanTwoDimensions) {
+TEST_P(PairsOfKinds, XdotOfMoreThanTwoDimensions_SumsTheLastAndTheLastButOne) {
   const Value deep = a({2, 1, 2}), other = b({2, 2, 2});
   EXPECT_EQ(product("xdot", deep, other), expected({2, 1, 2, 2}, {7, 10, 19, 22, 15, 22, 43, 50}));
   EXPECT_EQ(product("xdot", deep, b({2})), expected({2, 1}, {5, 11}));
@@ -63,7 +63,7 @@ TEST_P(PairsOfKinds, XdotOfMoreThanTwoDimensions) {
   EXPECT_EQ(product("xdot", deep, b({2, 1})), expected({2, 1, 1}, {5, 11}));
 }
 
-TEST_P(PairsOfKinds, NumbersOfNoDimension_MultiplyWhateverStandsBeside) {
+TEST_P(PairsOfKinds, ZeroDimensionalOperands_MultiplyTheOther) {
   const Value two = made(first(), {}, {2}), three = made(second(), {}, {3});
   for (const Extents& extents : {Extents{}, {0}, {3}, {2, 2}, {2, 0, 2}, {1, 1, 1, 1, 1, 2}}) {
     EXPECT_EQ(product("xdot", two, b(extents)), expected(extents, counted(size_of(extents), 2)));
@@ -169,7 +169,7 @@ TEST_P(PairsOfKinds, XkronTakesTheFirstTwoDimensionsOfMany_AndVectorsAsRows) {
 
 // ---- What becomes of results that the first kind cannot hold
 
-TEST_F(Products, Required_IntegersTimesReals_LoseTheFractions) {
+TEST_F(Products, Required_IntegersTimesFloatingPointNumbers_LoseTheFractions) {
   const Value whole = ints({2}, {1, 2}), halves = doubles({2}, {0.5, 0.5});
   EXPECT_EQ(array(Kind::int32, "xdot", {whole, halves}), TestArray(Kind::int32, {1}, {1}));
   EXPECT_EQ(array(Kind::float64, "xdot", {halves, whole}), TestArray(Kind::float64, {1}, {1.5}));

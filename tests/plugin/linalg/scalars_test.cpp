@@ -27,7 +27,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, Scalars, ::testing::ValuesIn(real_kinds), KindNa
 
 // ---- xnorm
 
-TEST_P(Scalars, XnormOfVectorsAndMatrices) {
+TEST_P(Scalars, XnormOfVectorsAndMatrices_IsTheEuclideanNorm) {
   EXPECT_EQ(number("xnorm", {2}, {3, 4}), 5);
   EXPECT_EQ(number("xnorm", {2, 2}, {3, 0, 0, 4}), 5);
   EXPECT_EQ(number("xnorm", {2, 2}, {1, 1, 1, 1}), 2);
@@ -53,7 +53,7 @@ TEST_P(Scalars, XnormOfAMatrix_IsTheRootOfTheSumOfSquares) {
   }
 }
 
-TEST_P(Scalars, XnormOfNaNAndInfinities) {
+TEST_P(Scalars, XnormOfNaNAndInfinities_IsNaNOrInfinite) {
   for (const Extents& extents : {Extents{4}, {2, 2}}) {
     EXPECT_TRUE(std::isnan(number("xnorm", extents, {1, not_a_number, 2, 3})));
     EXPECT_EQ(number("xnorm", extents, {1, -infinity, 2, 3}), infinity);
@@ -76,7 +76,7 @@ TEST_F(XnormOfDoubles, AVectorIsScaled_AMatrixIsNot) {
 
 // ---- xdet and xslogdet
 
-TEST_P(Scalars, XdetOfSmallMatrices) {
+TEST_P(Scalars, XdetOfSmallMatrices_IsExact) {
   EXPECT_NEAR(number("xdet", {2, 2}, {1, 2, 3, 4}), -2, 4 * rounding_of(kind()));
   EXPECT_EQ(number("xdet", {2, 2}, {0, 1, 1, 0}), -1);
   EXPECT_EQ(number("xdet", {3, 3}, {0, 1, 0, 0, 0, 1, 1, 0, 0}), 1);  // two exchanges
@@ -99,7 +99,7 @@ TEST_P(Scalars, Required_XslogdetOfASingularMatrix_IsZeroAndMinusInfinity) {
   }
 }
 
-TEST_P(Scalars, XslogdetOfSmallMatrices) {
+TEST_P(Scalars, XslogdetOfSmallMatrices_IsSignAndLogarithm) {
   const auto exchanged = log_determinant({2, 2}, {0, 1, 1, 0});
   EXPECT_EQ(exchanged.sign, -1);
   EXPECT_TRUE(same(exchanged.logarithm, 0.0));
@@ -157,7 +157,7 @@ TEST_P(Scalars, XdetAndXslogdetOfNaN_AreNaN) {
 
 // ---- xmatrix_rank
 
-TEST_P(Scalars, Required_TheRankIsAReal) {
+TEST_P(Scalars, Required_TheRankIsADouble) {
   EXPECT_EQ(number("xmatrix_rank", {2, 2}, {1, 2, 2, 4}), 1);
   EXPECT_EQ(number("xmatrix_rank", {2, 3}, {1, 0, 0, 0, 1, 0}), 2);
   EXPECT_EQ(number("xmatrix_rank", {3, 2}, {1, 0, 0, 1, 1, 1}), 2);

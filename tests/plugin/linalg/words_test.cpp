@@ -63,7 +63,7 @@ TEST_P(Endings, ExtentsBeyondTheStorage_AreOutOfMemory) {
 
 // ---- Factorisations and eigenvalues
 
-TEST_P(Endings, OfXcholesky_WhenNotPositiveDefinite) {
+TEST_P(Endings, OfXcholesky_WhenNotPositiveDefinite_AreItsWords) {
   constexpr char failed[] = "runtime_error: Cholesky decomposition failed.";
   EXPECT_EQ(ending("xcholesky", {of({2, 2}, {1, 2, 2, 1})}), failed);
   EXPECT_EQ(ending("xcholesky", {of({2, 2}, {0, 0, 0, 0})}), failed);
@@ -71,7 +71,7 @@ TEST_P(Endings, OfXcholesky_WhenNotPositiveDefinite) {
   EXPECT_EQ(ending("xcholesky", {of({1, 1}, {0})}), failed);
 }
 
-TEST_P(Endings, OfXeigAndXeigvals_OnNaNAndInfinities) {
+TEST_P(Endings, OfXeigAndXeigvals_OnNaNAndInfinities_AreTheirWords) {
   for (const double bad : {not_a_number, infinity, -infinity})
     for (const std::size_t n : {1u, 2u, 3u, 10u}) {
       Reals elements = positive_definite(n, 1);
@@ -83,7 +83,7 @@ TEST_P(Endings, OfXeigAndXeigvals_OnNaNAndInfinities) {
     }
 }
 
-TEST_P(Endings, OfXeighAndXeigvalsh_WhenTheRoutineGivesUp) {
+TEST_P(Endings, OfXeighAndXeigvalsh_WhenLapackGivesUp_AreKnown) {
   // Whether a matrix of NaN makes it give up is the routine's affair; the words are not.
   for (const char* name : {"xeigh", "xeigvalsh"})
     for (const double bad : {not_a_number, infinity, -infinity})
@@ -95,7 +95,7 @@ TEST_P(Endings, OfXeighAndXeigvalsh_WhenTheRoutineGivesUp) {
 
 // ---- Scalars
 
-TEST_P(Endings, OfXnorm_OfOtherThanVectorsAndMatrices) {
+TEST_P(Endings, OfXnorm_OfOtherThanVectorsAndMatrices_AreItsWords) {
   for (const Extents& extents : {Extents{}, {2, 2, 2}, {0, 0, 0}, {1, 1, 1}, {1, 1, 1, 1, 1, 1}})
     EXPECT_EQ(ending("xnorm", {filled(extents)}), "runtime_error: Norm not implemented!");
 }
@@ -113,7 +113,7 @@ TEST_P(Endings, Required_XcondNeverSucceeds) {
 
 // ---- Inverses and solvers
 
-TEST_P(Endings, OfXinv_OfSingularMatrices) {
+TEST_P(Endings, OfXinv_OfSingularMatrices_AreItsWords) {
   constexpr char words[] = "runtime_error: Singular matrix not invertible (getrf).";
   EXPECT_EQ(ending("xinv", {singular()}), words);
   EXPECT_EQ(ending("xinv", {filled({1, 1}, 0)}), words);
@@ -128,7 +128,7 @@ TEST_P(Endings, OfXsolve_TestTheFirstOperandAlone) {
     EXPECT_EQ(ending("xsolve", {filled(extents), filled({2})}), shape_words);
 }
 
-TEST_P(Endings, OfXsolve_WithoutASolution) {
+TEST_P(Endings, OfXsolve_WithoutASolution_AreItsWords) {
   EXPECT_EQ(ending("xsolve", {singular(), filled({2})}), unsolved_words);
   EXPECT_EQ(ending("xsolve", {filled({3, 3}, 0), filled({3, 2})}), unsolved_words);
   for (const Extents& sides :
@@ -143,7 +143,7 @@ TEST_P(Endings, Required_XlstsqBlamesTheFirstOperandForTheDimensionsOfTheSecond)
     EXPECT_EQ(ending("xlstsq", {regular(), filled(sides)}), dimensions);
 }
 
-TEST_P(Endings, OfXlstsq_WhenTheFirstExtentsDiffer) {
+TEST_P(Endings, OfXlstsq_WhenTheFirstExtentsDiffer_AreItsWords) {
   constexpr char shape[] = "runtime_error: Shape of 'b' for lstsq does not match.";
   for (const Extents& sides : {Extents{3}, {1}, {0}, {3, 2}, {1, 2}, {0, 2}, {}})
     EXPECT_EQ(ending("xlstsq", {regular(), filled(sides)}), shape) << sides.size();
@@ -169,7 +169,7 @@ TEST_P(Endings, SecondOperandsBeyondTheirStorage_AreOutOfMemory) {
 
 class ProductWords : public AlgebraTest {};
 
-TEST_F(ProductWords, OfXdot_InAllPairsOfKinds) {
+TEST_F(ProductWords, OfXdot_InAllPairsOfKinds_AreItsWords) {
   constexpr char mismatch[] = "runtime_error: Dot: shape mismatch.";
   const std::pair<Extents, Extents> shapes[] = {{{2}, {3}},       {{3}, {2}},    {{2}, {3, 2}}, {{2, 3}, {2}},
                                                 {{2, 3}, {2, 3}}, {{2, 2}, {0}}, {{0}, {1}},    {{2, 2, 3}, {2}},

@@ -387,7 +387,7 @@ TEST_F(Operators, InPlace_OfEqualShapesChangesTheElementsWhereTheyAre) {
   EXPECT_EQ(dump(Value(other)), "[[1,2],[3,4]]");
 }
 
-TEST_F(Operators, InPlace_WithItself) {
+TEST_F(Operators, InPlace_WithItself_ReadsEachElementBeforeItIsWritten) {
   Value i = ints({3, -4}), l = int64s({3, -4}), d = doubles({3, -4});
   for (Value* array : {&i, &l, &d}) {
     EXPECT_EQ(change(Opcode::add, *array, *array).returned, 1);
@@ -405,7 +405,7 @@ TEST_F(Operators, InPlace_WithItself) {
   EXPECT_EQ(dump(d), "[0.0,0.0]");
 }
 
-TEST_F(Operators, InPlace_WithOneRecordAsBothOperands) {
+TEST_F(Operators, InPlace_WithOneRecordAsBothOperands_ChangesItOnce) {
   Value array = ints({3, -4});
   EXPECT_EQ(apply_into(array.address(), "$xintarray", 96, array.address(), array.address()).returned, 1);
   EXPECT_EQ(dump(array), "[0,0]");
@@ -669,7 +669,7 @@ TEST_F(Operators, AResultThatNoMemoryHolds_EndsInBadAlloc) {
 
 // ---- Every shape of operand
 
-TEST_F(Operators, ArraysOfNineDimensionsAndOfNone) {
+TEST_F(Operators, ArraysOfNineDimensionsAndOfNone_AreCombined) {
   Value sum = operate(Opcode::add, deep(), deep()).result;
   EXPECT_EQ(shape(sum), (Extents{1, 1, 1, 1, 2, 1, 1, 1, 1}));
   EXPECT_EQ(elements_of<XTInt>(sum), (std::vector<int>{2, 4}));

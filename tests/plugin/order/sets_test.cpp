@@ -77,7 +77,7 @@ TEST_P(Sets, ExtremesAreFoundAtEachPlace) {
     }
 }
 
-TEST_P(Sets, PositionsAreFlatAndOfNoDimension) {
+TEST_P(Sets, PositionsAreFlatAndZeroDimensional) {
   const Numbers x = {5, 9, 8, 1, 7, 6};
   EXPECT_EQ(position_by("xargmin", {2, 3}, x), position(3));
   EXPECT_EQ(position_by("xargmax", {2, 3}, x), position(1));

@@ -134,7 +134,7 @@ TEST_F(Spread, Counts_AreInt64sForEveryKind) {
   EXPECT_EQ((number_of<std::int64_t, XTDouble>("xcount_nonzero", {5e-324, -infinity})), 2);
 }
 
-TEST_F(Spread, CountsOfEveryLength) {
+TEST_F(Spread, CountsOfEveryLength_LeaveOutZeros) {
   for (std::size_t count = 0; count <= 100; ++count) {
     std::vector<double> x(count);
     std::int64_t expected = 0;
@@ -146,7 +146,7 @@ TEST_F(Spread, CountsOfEveryLength) {
   }
 }
 
-TEST_F(Spread, CountsOfLongArrays) {
+TEST_F(Spread, CountsOfLongArrays_LeaveOutZeros) {
   for (const std::size_t count : {65535u, 65536u, 65537u, 200000u}) {
     EXPECT_EQ((number_of<std::int64_t, XTInt>("xcount_nonzero", std::vector<std::int32_t>(count, 2))),
               static_cast<std::int64_t>(count));
@@ -156,7 +156,7 @@ TEST_F(Spread, CountsOfLongArrays) {
   }
 }
 
-TEST_F(Spread, CountsWithoutDimensionsAndWithoutElements) {
+TEST_F(Spread, CountsWithoutDimensionsAndWithoutElements_AreOneOrZero) {
   EXPECT_EQ((number_of<std::int64_t, XTDouble>("xcount_nonzero", {}, {2})), 1);
   EXPECT_EQ((number_of<std::int64_t, XTInt>("xcount_nonzero", {}, {0})), 0);
   for (const Extents& extents : empty_extents) {

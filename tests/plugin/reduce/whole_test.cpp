@@ -32,7 +32,7 @@ class Whole : public ReductionTest {
   }
 };
 
-TEST_F(Whole, OfSmallArrays) {
+TEST_F(Whole, OfSmallArrays_AreTheirNumbers) {
   EXPECT_EQ(real("xsum", {1, 2, 3.5}), 6.5);
   EXPECT_EQ(real("xprod", {1.5, 2, -3}), -9.0);
   EXPECT_EQ(real("xamin", {4, -2, 3}), -2.0);
