@@ -15,8 +15,8 @@
 #include <system_error>
 
 #include "cli/expectations.hpp"
-#include "cli/script_file.hpp"
-#include "script/interpreter.hpp"
+#include "script/library/script_file.hpp"
+#include "script/run/interpreter.hpp"
 
 namespace hvm {
 namespace {

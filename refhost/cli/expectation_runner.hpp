@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "script/module_functions.hpp"
-#include "script/source_text.hpp"
+#include "script/module/module_functions.hpp"
+#include "script/syntax/source_text.hpp"
 
 namespace hvm {
 

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string_view>
 
-#include "script/diagnostics.hpp"
+#include "script/syntax/diagnostics.hpp"
 
 namespace hvm {
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "script/lexer.hpp"
+#include "script/syntax/lexer.hpp"
 
 namespace hvm {
 

@@ -12,9 +12,9 @@
 #include "cli/expectation_runner.hpp"
 #include "cli/module_loader.hpp"
 #include "cli/repl.hpp"
-#include "cli/script_file.hpp"
-#include "script/fault_report.hpp"
-#include "script/interpreter.hpp"
+#include "script/library/script_file.hpp"
+#include "script/module/fault_report.hpp"
+#include "script/run/interpreter.hpp"
 
 namespace hvm {
 namespace {

@@ -2,19 +2,18 @@
 
 #include "cli/module_loader.hpp"
 
-#include <cxxabi.h>
 #include <dlfcn.h>
 #include <fmt/format.h>
 #include <link.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
-#include <typeinfo>
 
 #include "cli/elf_file.hpp"
 #include "host/host_operations.hpp"
-#include "script/fault_report.hpp"
+#include "script/module/array_module.hpp"
+#include "script/module/exception_text.hpp"
+#include "script/module/fault_report.hpp"
 
 namespace hvm {
 namespace {
@@ -83,25 +82,14 @@ void check_file(const std::string& path) {
   }
 }
 
-std::string demangled(const char* name) {
-  int status = 0;
-  char* text = abi::__cxa_demangle(name, nullptr, nullptr, &status);
-  std::string result = text ? text : name;
-  std::free(text);
-  return result;
-}
-
 /// The module's own beginning, contained like every other call of it.
 int initialized(arrayfold::PackageInit init, Module& module) {
   const SourceText place(module.path, "");
   const RunningMark mark({&place, 0, true});
   try {
     return init(&module.functions, &ModuleFunctions::register_rows);
-  } catch (const std::exception& error) {
-    fail(module.path, fmt::format("PKG_Init threw {}: {}", demangled(typeid(error).name()), error.what()));
   } catch (...) {
-    const std::type_info* type = abi::__cxa_current_exception_type();
-    fail(module.path, fmt::format("PKG_Init threw {}", type ? demangled(type->name()) : "something unknown"));
+    fail(module.path, fmt::format("PKG_Init threw {}", current_exception_text()));
   }
 }
 
@@ -129,13 +117,12 @@ Module load_module(const std::string& path) {
 }
 
 std::string default_module_path() {
-  constexpr const char* name = "arrayfold.so";
   std::error_code error;
   const fs::path home = fs::read_symlink("/proc/self/exe", error).parent_path();
-  for (const fs::path& candidate : {home / name, home.parent_path() / "lib" / name})
+  for (const fs::path& candidate : {home / array_module_file, home.parent_path() / "lib" / array_module_file})
     if (fs::exists(candidate, error)) return candidate;
-  throw ModuleError(fmt::format("there is no {0} in {1} or {2}; name a module with --module", name, home.string(),
-                                (home.parent_path() / "lib").string()));
+  throw ModuleError(fmt::format("there is no {0} in {1} or {2}; name a module with --module", array_module_file,
+                                home.string(), (home.parent_path() / "lib").string()));
 }
 
 }  // namespace hvm

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "script/module_functions.hpp"
+#include "script/module/module_functions.hpp"
 
 namespace hvm {
 

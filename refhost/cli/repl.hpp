@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "script/interpreter.hpp"
+#include "script/run/interpreter.hpp"
 
 namespace hvm {
 

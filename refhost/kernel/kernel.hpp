@@ -278,8 +278,8 @@ std::int64_t allocation_count() noexcept;
 
 /// One call of an operation. `subject` is what it is about: the record, table, object, manager or memory that it was
 /// given, the type's name for those that make objects, managers and registrations, the destination for `HVM_DupObject`,
-/// null for those that only make something; `number` is its integer argument (key, count, capacity, size, length), 1 when
-/// an argument that is always zero is not, otherwise 0.
+/// null for those that only make something; `number` is its integer argument (key, count, capacity, size, length), 1
+/// when an argument that is always zero is not, otherwise 0.
 struct RecordedCall {
   const char* operation;
   const void* subject;
