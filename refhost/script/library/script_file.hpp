@@ -15,9 +15,9 @@ class FileError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// The script in a file. Throws `FileError`.
+/// The script in a file. Throws `FileError`, or `std::runtime_error` when memory runs out.
 SourcePtr read_script(const std::string& path);
-/// The script that comes through the standard input.
+/// The script that comes through the standard input. Throws `std::runtime_error` when memory runs out.
 SourcePtr read_standard_input();
 
 }  // namespace hvm
