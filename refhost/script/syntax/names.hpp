@@ -14,11 +14,18 @@ namespace hvm {
 /// Gives each name of a scope a slot, counted from 0 in the order in which they came. Slots are never taken back.
 class NameTable {
  public:
-  /// The slot of a name, made if absent.
+  /// The slot of a name, made if absent. Nothing changes when memory runs out.
   std::size_t slot_of(const std::string& name) {
-    const auto [entry, is_new] = slots_.try_emplace(name, names_.size());
-    if (is_new) names_.push_back(name);
-    return entry->second;
+    if (const auto known = find(name)) return *known;
+    const std::size_t slot = names_.size();
+    names_.push_back(name);
+    try {
+      slots_.emplace(name, slot);
+    } catch (...) {
+      names_.pop_back();
+      throw;
+    }
+    return slot;
   }
   std::optional<std::size_t> find(const std::string& name) const {
     const auto entry = slots_.find(name);
