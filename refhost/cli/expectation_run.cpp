@@ -58,7 +58,7 @@ class ExpectationRun {
       } catch (const ScriptError& error) {
         const std::size_t line = line_of(error);
         const bool is_left_out = left_out.count(line) != 0;
-        // The last line has gone and its error has not: it is that of a block that stays open, so that nothing can run.
+        // Leaving the last line out does not help: a block stays open, so that nothing can run.
         if (is_left_out && error.is_incomplete() && is_met_by_error(expected_.at(line), error.message()))
           return {source_, {}, {}};
         if (is_left_out || !settle(line, line, error)) throw;

@@ -40,6 +40,7 @@ struct Settings {
 
 Value arguments_table(const std::vector<std::string>& arguments) {
   std::vector<Value> values;
+  values.reserve(arguments.size());
   for (const std::string& argument : arguments) values.emplace_back(std::string_view(argument));
   return Value::table_of(values);
 }
@@ -54,7 +55,7 @@ int run_source(Interpreter& interpreter, const SourcePtr& source) {
   return done;
 }
 
-/// The script that the settings name; null stands for the REPL.
+/// The script that the settings name; null for the REPL.
 SourcePtr chosen_source(const Settings& settings) {
   if (settings.has_code) return std::make_shared<SourceText>("<command line>", settings.code);
   if (!settings.rest.empty() && settings.rest.front() != "-") return read_script(settings.rest.front());
@@ -77,7 +78,7 @@ int run_scripts(const Settings& settings, const Module& module) {
   return done;
 }
 
-/// Whether everything that came since `before` has gone again; says what has not.
+/// Whether everything made since `before` has been freed; reports what has not.
 bool report_leaks(const Counts& before) {
   const Counts now = counts();
   put_error({fmt::format("left behind: {} objects, {} tables, {} strings, {} blocks, {} records, {} pieces\n",
@@ -120,7 +121,7 @@ int run(const Settings& settings) {
 void describe(CLI::App& app, Settings& settings) {
   app.footer(
       "A script and its arguments follow the options: hvm [options] script.hvm [args], hvm [options] -e CODE [args].\n"
-      "Without a script hvm reads one from the standard input, or talks to you at a terminal.\n"
+      "Without a script hvm reads one from the standard input; at a terminal it is a prompt.\n"
       "Exit status: 0; 1 after a script error, a failed test, or when the output cannot be written; 2 for wrong "
       "usage;\n"
       "3 when the module cannot be loaded.");
@@ -152,7 +153,7 @@ bool looks_like_option(const std::vector<std::string>& rest) {
   return !rest.empty() && rest.front().size() > 1 && rest.front()[0] == '-';
 }
 
-/// Reads the command line. Gives the exit status where that is all there is to do.
+/// Reads the command line. Returns the exit status when there is nothing else to do.
 std::optional<int> parse_command_line(int argc, char** argv, Settings& settings) {
   CLI::App app("hvm: runs scripts over a module", "hvm");
   describe(app, settings);
@@ -188,7 +189,7 @@ int run(int argc, char** argv) {
   return status ? *status : run(settings);
 }
 
-/// Runs hvm and gives its exit status, whatever happens. A success whose output is lost is none.
+/// Runs hvm and returns its exit status, whatever happens. A run whose output is lost fails.
 int guarded_run(int argc, char** argv) noexcept {
   const auto failed = [](const std::exception& error, ExitStatus status) {
     put_error({"hvm: ", error.what(), "\n"});

@@ -59,7 +59,7 @@ bool has_version_node(void* library) {
 }
 
 /// Without the version node, the module's lgamma and erf would bind to the C library's. The library that is opened
-/// here stays, and is the one that the module then gets.
+/// here stays open, and the module gets the same one.
 void check_interpreter(const std::string& module) {
   void* library = dlopen(interpreter_library, RTLD_NOW | RTLD_LOCAL);
   if (!library) library = dlopen((fs::path(module).parent_path() / interpreter_library).c_str(), RTLD_NOW | RTLD_LOCAL);
@@ -73,7 +73,7 @@ void check_file(const std::string& path) {
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
   if (!fs::exists(status)) fail(path, "there is no such file");
-  if (!fs::is_regular_file(status)) fail(path, "it is no regular file");
+  if (!fs::is_regular_file(status)) fail(path, "it is not a regular file");
   try {
     const std::vector<std::string> needed = needed_libraries(path);
     if (std::find(needed.begin(), needed.end(), interpreter_library) != needed.end()) check_interpreter(path);
@@ -82,7 +82,7 @@ void check_file(const std::string& path) {
   }
 }
 
-/// The module's own beginning, contained like every other call of it.
+/// Calls `PKG_Init`. What it throws becomes a `ModuleError`.
 int initialized(arrayfold::PackageInit init, Module& module) {
   const SourceText place(module.path, "");
   const RunningMark mark({&place, 0, true});
@@ -109,7 +109,7 @@ Module load_module(const std::string& path) {
   const std::vector<std::string> before = loaded_libraries();
   check_file(module.path);
   const arrayfold::PackageInit init = opened(module.path);
-  if (initialized(init, module) == 0) fail(module.path, "PKG_Init answers 0: the module refuses to start");
+  if (initialized(init, module) == 0) fail(module.path, "PKG_Init returns 0: the module does not start");
   for (const std::string& library : loaded_libraries())
     if (std::find(before.begin(), before.end(), library) == before.end())
       module.libraries.push_back(fs::weakly_canonical(library));

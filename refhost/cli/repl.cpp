@@ -1,4 +1,4 @@
-// cli/repl.cpp: a dialogue at a terminal
+// cli/repl.cpp: the prompt at a terminal
 
 #include "cli/repl.hpp"
 
@@ -17,13 +17,13 @@
 namespace hvm {
 namespace {
 
-/// A line without its end; nothing at the end of file.
+/// A line without its end; no value at the end of file.
 std::optional<std::string> read_line(const char* prompt) {
   const std::unique_ptr<char, decltype(&std::free)> line(readline(prompt), &std::free);
   return line ? std::optional<std::string>(line.get()) : std::nullopt;
 }
 
-/// Lets the line editor take characters as UTF-8, also where the user's locale knows none but ASCII.
+/// Makes the line editor read UTF-8, also when the user's locale has only ASCII.
 void use_unicode() {
   const bool has_locale = setlocale(LC_CTYPE, "") != nullptr;
   if (!has_locale || std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0) setlocale(LC_CTYPE, "C.UTF-8");

@@ -1,4 +1,4 @@
-// cli/streams.cpp: the standard output, whose failures count, and the error output, whose failures do not
+// cli/streams.cpp: writing to the standard output and the error output
 
 #include "cli/streams.hpp"
 

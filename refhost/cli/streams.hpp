@@ -1,4 +1,6 @@
-// cli/streams.hpp: the standard output, whose failures count, and the error output, whose failures do not
+// cli/streams.hpp: writing to the standard output and the error output
+//
+// Output that is lost is an error; an error message that is lost is not.
 
 #pragma once
 
@@ -8,14 +10,14 @@
 
 namespace hvm {
 
-/// The standard output cannot be written; the words say why.
+/// The standard output cannot be written; the message gives the reason.
 class OutputError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// Lets lines go out as they come, so that none is lost when a module ends the process, and makes a reader that is gone
-/// an error like any other instead of a signal that ends the process.
+/// Makes each line go out at once, so that none is lost when a module ends the process. A pipe without a reader becomes
+/// an error of writing instead of a signal that ends the process.
 void prepare_streams() noexcept;
 
 /// Writes text to the standard output. Throws `OutputError`.
@@ -24,8 +26,7 @@ void put(std::string_view text);
 /// Writes everything that waits in the standard output. Throws `OutputError`, also for text that was lost earlier.
 void finish_output();
 
-/// Writes these texts, one behind the other, to the error output, behind what was written to the standard output. What
-/// cannot be written is lost.
+/// Flushes the standard output, then writes these texts to the error output. What cannot be written is lost.
 void put_error(std::initializer_list<std::string_view> texts) noexcept;
 
 }  // namespace hvm

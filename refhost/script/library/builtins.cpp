@@ -102,6 +102,7 @@ const Builtin* find_builtin(std::string_view name) {
 
 std::vector<std::string_view> builtin_names() {
   std::vector<std::string_view> names;
+  names.reserve(builtins.size());
   for (const Builtin& builtin : builtins) names.push_back(builtin.name);
   return names;
 }

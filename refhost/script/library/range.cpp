@@ -15,6 +15,7 @@ Range::Range(const std::vector<Value>& arguments) {
   if (arguments.empty() || arguments.size() > 3)
     throw Failure(fmt::format("range: it takes 1 to 3 arguments, not {}", arguments.size()));
   std::vector<std::int64_t> numbers;
+  numbers.reserve(arguments.size());
   for (const Value& argument : arguments) numbers.push_back(number(argument));
   if (numbers.size() > 1) start_ = numbers[0];
   stop_ = numbers.size() > 1 ? numbers[1] : numbers[0];

@@ -1,8 +1,8 @@
 // script/module/array_module.hpp: all that the host knows of the module with the arrays
 //
 // A host knows a module by what it registers, and an object by its type's name and its methods; it never looks inside.
-// What hvm knows beyond that of this very module stands here and nowhere else: its file, the names of its types and of
-// a few functions and methods, what it does not check itself, and where its answers need an explanation.
+// What hvm knows beyond that of this very module is here and nowhere else: its file, the names of its types and of a
+// few functions and methods, what it does not check itself, and which of its failures need an explanation.
 
 #pragma once
 
@@ -46,8 +46,8 @@ std::string thrown_operator(const ModuleCaller& caller, const std::string& messa
 /// floating-point numbers and takes no integer as an element; null when there is none.
 const Expression* dropped_element(const std::string& function, const Quotation& dtype, const Quotation& data);
 
-/// Checks what the module does not. It takes its host's word for indices, extents and divisors, and would read beyond
-/// its memory or end the process. Each check throws a `Failure` instead. Switched off, they do nothing.
+/// Checks what the module does not. It trusts its host with indices, extents and divisors, and would read beyond its
+/// memory or end the process. Each check throws a `Failure` instead. Switched off, it does nothing.
 class ArrayChecks {
  public:
   explicit ArrayChecks(bool are_on) : are_on_(are_on) {}

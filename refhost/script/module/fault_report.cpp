@@ -1,4 +1,4 @@
-// script/module/fault_report.cpp: what is said when a module ends the process
+// script/module/fault_report.cpp: the report when a module ends the process
 //
 // The signal handler only reads plain memory and calls write, sigaction and raise.
 
@@ -101,7 +101,7 @@ void use_alternate_stack() {
 
 RunningMark::RunningMark(RunningPlace place) noexcept : outer_(current) {
   current = place;
-  // The handler interrupts: it must find what stands here.
+  // The handler may interrupt here, and must see the new value.
   std::atomic_signal_fence(std::memory_order_release);
 }
 

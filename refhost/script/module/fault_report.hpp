@@ -1,4 +1,4 @@
-// script/module/fault_report.hpp: what is said when a module ends the process
+// script/module/fault_report.hpp: the report when a module ends the process
 //
 // A module may end the process by a processor fault, by abort or by terminate. The place of the script that called it
 // is then written to the standard error, and the process ends by the same signal.

@@ -36,7 +36,7 @@ void throw_kept(const ModuleCaller& caller) {
   throw error;
 }
 
-/// The same, but an error that was kept while the module ran comes before everything that the module says.
+/// The same, but an error that was kept while the module ran takes precedence over what the module throws.
 template <class Call>
 auto contained(const ModuleCaller& caller, const std::string& name, Call call) {
   try {
@@ -49,7 +49,7 @@ auto contained(const ModuleCaller& caller, const std::string& name, Call call) {
   }
 }
 
-/// An index list as it stands while its `indices` do: a few entries lie in it, more on the heap.
+/// An index list over `indices`, which must outlive it. A few entries lie in the list itself, more on the heap.
 class IndexList {
  public:
   explicit IndexList(std::vector<Value>& indices) {
@@ -68,7 +68,7 @@ class IndexList {
 
  private:
   static constexpr std::size_t most_inside = 4;
-  /// `HostIndexList` with room; a pointer to entries that lie elsewhere stands where the first would.
+  /// `HostIndexList` with room for entries. A pointer to entries elsewhere takes the place of the first one.
   struct List {
     arrayfold::Field<std::uint64_t> packed_size;
     HostIndexEntry inside[most_inside];
@@ -83,6 +83,7 @@ class IndexList {
 std::string given(const std::vector<Value>& arguments) {
   if (arguments.empty()) return "without arguments";
   std::vector<std::string> kinds;
+  kinds.reserve(arguments.size());
   for (const Value& argument : arguments) kinds.push_back(kind_in_words(argument));
   return fmt::format("with {}", fmt::join(kinds, ", "));
 }
@@ -104,6 +105,7 @@ bool call_method(const ModuleCaller& caller, Value& self, const std::string& nam
   const auto method = callbacks_of(object_of(self.record())).method;
   if (!method) return false;
   std::vector<HostValue*> pointers;
+  pointers.reserve(arguments.size());
   for (Value& argument : arguments) pointers.push_back(argument.address());
   return contained(caller, name, [&] {
     const int count = static_cast<int>(pointers.size());

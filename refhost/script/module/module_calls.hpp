@@ -1,8 +1,8 @@
 // script/module/module_calls.hpp: the host's side of every call into a module
 //
-// No exception of a module goes further than this: each becomes a `Failure` that says its type and its words. No
-// exception of the host goes through a module: an error in a call out of it is kept, and thrown when the module has
-// returned, whatever it made of it.
+// No exception of a module passes these functions: each becomes a `Failure` with its type and its message. No exception
+// of the host passes through a module: an error in a call out of it is kept, and thrown when the module has returned,
+// whatever the module did with the failed call.
 
 #pragma once
 

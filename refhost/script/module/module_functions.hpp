@@ -11,7 +11,7 @@
 
 namespace hvm {
 
-/// The rows that a module handed over, by name and in their order. It stands behind the `host` of `PKG_Init`.
+/// The rows that a module registered, by name and in their order. The `host` of `PKG_Init` is one of these.
 class ModuleFunctions {
  public:
   /// The function of a name, null when there is none.

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t most_axes = 64;
 
-/// The elements in the text of `dump`, which stand between brackets, commas and blanks.
+/// The elements in the text of `dump`, which are separated by brackets, commas and blanks.
 std::vector<std::string_view> tokens_of(std::string_view text) {
   constexpr std::string_view between = "[], \n";
   std::vector<std::string_view> tokens;
@@ -45,7 +45,7 @@ std::int64_t offset_of(const Extents& extents, const Extents& position) {
 /// the type reads elements.
 std::string text_by_dump(const ModuleCaller& caller, Value& object, const Extents& extents, std::int64_t count,
                          std::int64_t edge) {
-  const std::string dump = dump_of(caller, object).value_or("");
+  std::string dump = dump_of(caller, object).value_or("");
   const std::vector<std::string_view> tokens = tokens_of(dump);
   if (static_cast<std::int64_t>(tokens.size()) != count) return dump;
   return bracketed(extents, edge, [&](const Extents& position) {

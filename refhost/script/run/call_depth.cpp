@@ -27,7 +27,7 @@ void CallDepth::require_room(Span span) const {
   if (levels_ >= call_limit)
     site_.fail(fmt::format("the calls nest too deeply: more than {} levels", call_limit), span);
   const char* here = static_cast<const char*>(__builtin_frame_address(0));
-  const std::size_t used = static_cast<std::size_t>(here < stack_base_ ? stack_base_ - here : here - stack_base_);
+  const auto used = static_cast<std::size_t>(here < stack_base_ ? stack_base_ - here : here - stack_base_);
   if (used > stack_room_) site_.fail("the calls nest too deeply: the stack is used up", span);
 }
 

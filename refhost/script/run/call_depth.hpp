@@ -8,7 +8,7 @@
 
 namespace hvm {
 
-/// The most calls of fns that may nest.
+/// The maximum nesting of calls of fns.
 inline constexpr int call_limit = 1000;
 
 /// Counts the calls of fns that have not returned, and measures the stack that they use up.

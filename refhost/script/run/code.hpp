@@ -1,8 +1,8 @@
 // script/run/code.hpp: quotations as the records that a module reads
 //
 // Evaluating a quotation gives a value of tag 13. Its record and tree belong to the scope in which it was written: the
-// running fn's frame, or the outermost level, and end with it. Values that outlive them are told by their serial
-// number, which stands in the record beside the pointer and is never given twice.
+// running fn's frame, or the outermost level, and end with it. A value that outlives its scope is recognised by its
+// serial number, which is in the record beside the pointer and is never used twice.
 
 #pragma once
 
@@ -49,7 +49,7 @@ enum class VariableState : char { unset = '-', set = 'v', table = 't' };
 class VariableView {
  public:
   virtual VariableState state(const Variable& variable) const = 0;
-  /// What stands for the variable in the tree.
+  /// The number of the variable in the tree.
   virtual std::uint32_t slot(const Variable& variable) const = 0;
   /// Throws the `ScriptError` of a variable without a value.
   [[noreturn]] virtual void fail_unset(const Variable& variable, Span span) const = 0;

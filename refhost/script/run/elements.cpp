@@ -72,7 +72,7 @@ void Elements::write(const ElementAssignment& form, Value& container, std::vecto
 }
 
 void Elements::write_entry(Value& table, const Value& key, const Value& value, Span key_span) const {
-  if (!is_key(key.record())) site_.fail(fmt::format("{} is no key of a table", kind_in_words(key)), key_span);
+  if (!is_key(key.record())) site_.fail(fmt::format("{} is not a key of a table", kind_in_words(key)), key_span);
   HostValue* entry = slot(table_of(table.record()), key.record());
   if (!entry) site_.fail("out of memory", key_span);
   assign(*entry, value.record());
@@ -80,7 +80,8 @@ void Elements::write_entry(Value& table, const Value& key, const Value& value, S
 
 void Elements::require_one_key(const std::vector<Value>& indices, Span span) const {
   if (indices.size() != 1) site_.fail("a table takes one key", span);
-  if (!is_key(indices[0].record())) site_.fail(fmt::format("{} is no key of a table", kind_in_words(indices[0])), span);
+  if (!is_key(indices[0].record()))
+    site_.fail(fmt::format("{} is not a key of a table", kind_in_words(indices[0])), span);
 }
 
 void Elements::require_no_circle(const ElementAssignment& form, const Value& table, const Value& value) const {

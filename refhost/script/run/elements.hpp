@@ -10,7 +10,7 @@
 
 namespace hvm {
 
-/// Reads and writes what stands behind brackets. Everything that fails is a `ScriptError`.
+/// Reads and writes entries and elements. Everything that fails is a `ScriptError`.
 class Elements {
  public:
   Elements(Site& site, const ArrayChecks& checks) : site_(site), checks_(checks) {}
@@ -19,7 +19,7 @@ class Elements {
   Value read(Value& container, std::vector<Value>& indices, Span span) const;
   /// `container[indices] = value`, as `form` writes it.
   void write(const ElementAssignment& form, Value& container, std::vector<Value>& indices, Value& value) const;
-  /// Writes an entry of a table literal, whose key stands at `key_span`.
+  /// Writes an entry of a table. `key_span` is the place of the key.
   void write_entry(Value& table, const Value& key, const Value& value, Span key_span) const;
 
  private:

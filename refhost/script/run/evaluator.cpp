@@ -65,7 +65,9 @@ Value Evaluator::evaluate(const Postfix& form, Span) {
   return value;
 }
 
-Value Evaluator::evaluate(const KeyRange&, Span span) { site_.fail("a range of keys stands in quotations only", span); }
+Value Evaluator::evaluate(const KeyRange&, Span span) {
+  site_.fail("a range of keys is allowed in quotations only", span);
+}
 
 // ---- Operators
 

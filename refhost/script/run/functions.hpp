@@ -11,7 +11,7 @@
 
 namespace hvm {
 
-/// The fns of the script. The built-in functions and those of the module stand behind them.
+/// Finds functions by name: the fns of the script, the built-in functions and those of the module.
 class Functions {
  public:
   /// `module` must outlive this.
@@ -20,7 +20,7 @@ class Functions {
   /// Adds the fns of a program; a later one of the same name replaces an earlier one.
   void define(const Program& program);
 
-  /// The fn of a name, null when there is none. Whoever runs it holds it: running an input may replace it.
+  /// The fn of a name, null when there is none. The caller holds it while it runs: another input may replace it.
   std::shared_ptr<const Function> fn(const std::string& name) const;
   /// The module's function of a name, null when there is none.
   arrayfold::EntryFunction of_module(const std::string& name) const { return module_.find(name); }

@@ -39,7 +39,7 @@ class Interpreter {
   Value evaluate(const Expression& expression, const SourcePtr& source);
 
   void set_global(const std::string& name, Value value);
-  /// `value` as it stands in a printed table, for a REPL.
+  /// `value` as in a printed table, for a REPL.
   std::string shown(const Value& value, const SourcePtr& source, Span span);
 
  private:

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <new>
 
 #include "script/module/fault_report.hpp"
@@ -33,7 +34,7 @@ bool ModuleCallbacks::call(const Callee& callee, HostValue* args, int nargs, Hos
   const auto keep = [&](const char* message) {
     kept.emplace(message, callee.code->source, callee.expression ? callee.expression->span : Span{});
   };
-  // Nothing may be thrown from here: the module stands in between.
+  // Nothing may be thrown from here through the module.
   try {
     assign(result, value_of(callee, args, nargs).record());
     return true;
@@ -56,6 +57,7 @@ Value ModuleCallbacks::value_of(const Callee& callee, HostValue* args, int nargs
   calls_.require_room(expression->span);
   if (!callee.takes_arguments) return evaluator_.evaluate(*expression);
   std::vector<Value> arguments;
+  arguments.reserve(static_cast<std::size_t>(std::max(nargs, 0)));
   for (int i = 0; i < nargs; ++i) arguments.push_back(Value::sharing(args[i]));
   return calls_.call(std::get<Call>(expression->form).name, std::move(arguments), expression->span);
 }

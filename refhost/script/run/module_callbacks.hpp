@@ -7,8 +7,8 @@
 
 namespace hvm {
 
-/// Answers a module that reads variables and calls functions out of quotations. An error there is kept in the site, and
-/// the module gets 0: no exception of the host goes through a module.
+/// Serves a module that reads variables and calls functions out of quotations. An error there is kept in the site, and
+/// the call returns 0: no exception of the host passes through a module.
 class ModuleCallbacks {
  public:
   /// Makes `context` ask this.

@@ -15,7 +15,7 @@ Value Quotations::value_of(const QuotationLiteral& form) {
 void Quotations::require_live(const std::vector<Value>& values, Span span) const {
   for (const Value& value : values)
     if (value.tag() == ValueTag::code && !scopes_.find_code(value))
-      site_.fail("a quotation is of no use after the fn in which it was written has returned", span);
+      site_.fail("a quotation cannot be used after the fn in which it was written has returned", span);
 }
 
 void Quotations::warn_of_dropped_elements(const std::string& function, const std::vector<Value>& arguments) {
@@ -27,9 +27,8 @@ void Quotations::warn_of_dropped_elements(const std::string& function, const std
   has_warned_ = true;
   const auto* narrow = std::get_if<IntegerLiteral>(&dropped->form);
   const std::int64_t number = narrow ? narrow->value : std::get<Integer64Literal>(dropped->form).value;
-  warn_(warning_report(
-      fmt::format("in a data literal of reals the integer {0} is no element; write {0}.0 or use a table", number),
-      *data->source, dropped->span));
+  warn_(warning_report(fmt::format("a data literal of reals drops the integer {0}; write {0}.0 or use a table", number),
+                       *data->source, dropped->span));
 }
 
 }  // namespace hvm

@@ -58,7 +58,7 @@ class Scopes {
   /// The slot of a variable of the running scope.
   Slot& slot_of(const Variable& variable);
   const Slot& slot_of(const Variable& variable) const;
-  /// What stands for a variable of the running scope in a tree.
+  /// The number of a variable of the running scope in a tree.
   std::uint32_t tree_slot(const Variable& variable) const;
   /// The names of the variables that the running scope sees.
   std::vector<std::string_view> visible_names() const;

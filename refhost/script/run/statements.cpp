@@ -21,7 +21,7 @@ Statements::Flow Statements::execute(const Block& block) {
 }
 
 Statements::Flow Statements::execute(const Statement& statement) {
-  // A fault may also come where no call of the module is written: when the last reference to an object goes away.
+  // A fault may also come without a call of the module in the script: when the last reference to an object is dropped.
   const RunningMark mark({site_.source().get(), statement.span.begin, false});
   return std::visit([&](const auto& form) { return execute(form, statement.span); }, statement.form);
 }

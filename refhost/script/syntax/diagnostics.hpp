@@ -12,10 +12,10 @@
 
 namespace hvm {
 
-/// Whether more text could mend what is wrong: a REPL then asks for another line.
+/// Whether more text could make the script valid: a REPL then asks for another line.
 enum class Completeness { complete, incomplete };
 
-/// An error at a place of a script. Parsing and running throw nothing else.
+/// An error at a place of a script: what parsing and running throw.
 class ScriptError : public std::exception {
  public:
   ScriptError(std::string message, SourcePtr source, Span span, Completeness completeness = Completeness::complete);
@@ -41,7 +41,7 @@ class ScriptError : public std::exception {
   std::size_t omitted_calls_ = 0;
 };
 
-/// A failure that does not know its place yet; whoever evaluates the expression turns it into a `ScriptError`.
+/// A failure that does not know its place yet. The evaluation of the expression turns it into a `ScriptError`.
 class Failure : public std::exception {
  public:
   explicit Failure(std::string message) : message_(std::move(message)) {}
@@ -55,7 +55,7 @@ class Failure : public std::exception {
 /// `file:line:column: warning: message`, the line, and a caret under the column.
 std::string warning_report(const std::string& message, const SourceText& source, Span span);
 
-/// ` (did you mean 'xsum'?)` with the candidate that is nearest to `name`; empty when none is near.
+/// ` (did you mean 'xsum'?)` with the candidate most similar to `name`; empty when none is similar.
 std::string suggestion(std::string_view name, const std::vector<std::string_view>& candidates);
 
 }  // namespace hvm

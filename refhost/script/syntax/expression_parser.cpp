@@ -294,7 +294,7 @@ ExpressionPtr ExpressionParser::index_item() {
   KeyRange range;
   if (!cursor_.is_at(TokenKind::colon)) range.low = expression();
   if (!cursor_.is_at(TokenKind::colon)) return std::move(range.low);
-  if (quotation_depth_ == 0) cursor_.fail("a range of keys stands in quotations only");
+  if (quotation_depth_ == 0) cursor_.fail("a range of keys is allowed in quotations only");
   cursor_.take();
   const bool is_open = cursor_.is_at(TokenKind::comma) || cursor_.is_at(TokenKind::right_bracket);
   if (!is_open) range.high = expression();

@@ -20,8 +20,8 @@ class NestingLevel {
   int& depth_;
 };
 
-/// Reads expressions at a cursor. From loosest to tightest: or, and, not, comparison, + -, * / %, minus, and what
-/// stands behind an operand.
+/// Reads expressions at a cursor. From loosest to tightest: or, and, not, comparison, + -, * / %, minus, and
+/// the brackets and method calls behind an operand.
 class ExpressionParser {
  public:
   ExpressionParser(TokenCursor& cursor, int& depth) : cursor_(cursor), depth_(depth) {}
@@ -30,8 +30,8 @@ class ExpressionParser {
   /// A variable at the current name.
   ExpressionPtr variable();
 
-  /// The variables that were read since the last call, for whoever knows which of them are local. They stay where they
-  /// are when the tree is moved.
+  /// The variables read since the last call, for a caller that knows which of them are local. They do not move when the
+  /// tree is moved.
   std::vector<Variable*> take_variables() { return std::move(variables_); }
 
  private:

@@ -1,4 +1,4 @@
-// script/syntax/lexer.cpp: the words of a script
+// script/syntax/lexer.cpp: the tokens of a script
 
 #include "script/syntax/lexer.hpp"
 
@@ -37,7 +37,7 @@ constexpr std::array<Spelling, 16> keywords{{{"and", TokenKind::kw_and},
                                              {"true", TokenKind::kw_true},
                                              {"while", TokenKind::kw_while}}};
 
-// Two characters stand before the one that begins them: the first match counts.
+// The first match counts, so operators of two characters come before those of one.
 constexpr std::array<Spelling, 26> operators{{{"==", TokenKind::equal},
                                               {"!=", TokenKind::not_equal},
                                               {"<=", TokenKind::less_equal},
@@ -110,8 +110,8 @@ class Lexer {
   void require_utf8() const {
     const std::size_t bad = first_invalid_utf8(text_);
     if (bad == std::string::npos) return;
-    fail(fmt::format("the source is no valid UTF-8: byte 0x{:02X} at offset {}", static_cast<unsigned char>(text_[bad]),
-                     bad),
+    fail(fmt::format("the source is not valid UTF-8: byte 0x{:02X} at offset {}",
+                     static_cast<unsigned char>(text_[bad]), bad),
          bad, bad + 1);
   }
 
@@ -124,8 +124,8 @@ class Lexer {
   void comment() {
     const std::size_t begin = at_;
     at_ = std::min(text_.find('\n', at_), text_.size());
-    const bool stands_alone = text_.find_first_not_of(" \t", line_begins_) == begin;
-    list_.comments.push_back({{begin, at_}, stands_alone});
+    const bool is_alone = text_.find_first_not_of(" \t", line_begins_) == begin;
+    list_.comments.push_back({{begin, at_}, is_alone});
   }
 
   void name() {
@@ -220,7 +220,7 @@ class Lexer {
   }
 
   [[noreturn]] void unknown_character() const {
-    const unsigned char c = static_cast<unsigned char>(text_[at_]);
+    const auto c = static_cast<unsigned char>(text_[at_]);
     if (c == '!') fail("unexpected character '!'; a condition is negated by 'not'", at_, at_ + 1);
     if (c < 0x20 || c == 0x7F) fail(fmt::format("unexpected control character 0x{:02X}", c), at_, at_ + 1);
     std::size_t end = at_ + 1;

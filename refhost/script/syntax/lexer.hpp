@@ -1,4 +1,4 @@
-// script/syntax/lexer.hpp: the words of a script
+// script/syntax/lexer.hpp: the tokens of a script
 
 #pragma once
 
@@ -67,11 +67,11 @@ enum class TokenKind {
   percent_assign,
 };
 
-/// A word with its place. Only the part that its kind names carries a value.
+/// A token with its place. Only the value of its kind is set.
 struct Token {
   TokenKind kind = TokenKind::end_of_source;
   Span span;
-  std::uint64_t magnitude = 0;  // integer, integer64: without sign, which is the parser's
+  std::uint64_t magnitude = 0;  // integer, integer64: without its sign, which the parser reads
   double real = 0;
   std::string text;     // name, string
   std::u16string wide;  // wide_string
@@ -80,7 +80,7 @@ struct Token {
 /// A comment, from its `#` to the end of the line.
 struct Comment {
   Span span;
-  bool stands_alone = false;  // nothing but blanks before it on its line
+  bool is_alone = false;  // only blanks before it on its line
 };
 
 struct TokenList {
@@ -88,10 +88,10 @@ struct TokenList {
   std::vector<Comment> comments;
 };
 
-/// Splits `source` into words. A newline inside round or square brackets is none. Throws `ScriptError`.
+/// Splits `source` into tokens. A newline inside round or square brackets gives no token. Throws `ScriptError`.
 TokenList lex(const SourcePtr& source);
 
-/// How a kind of token is called in messages, such as `')'` or `a name`.
+/// The name of a kind of token in messages, such as `')'` or `a name`.
 const char* described(TokenKind kind);
 
 }  // namespace hvm

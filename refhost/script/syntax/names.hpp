@@ -11,7 +11,7 @@
 
 namespace hvm {
 
-/// Gives each name of a scope a slot, counted from 0 in the order in which they came. Slots are never taken back.
+/// Gives each name of a scope a slot, counted from 0 in the order in which they come. Slots are never reused.
 class NameTable {
  public:
   /// The slot of a name, made if absent. Nothing changes when memory runs out.

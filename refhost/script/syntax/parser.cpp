@@ -54,13 +54,14 @@ class Parser {
  private:
   // ---- Blocks
 
-  /// Statements up to a word that ends a block, which stays. `opening` is the block's first word, for the complaint.
+  /// Statements up to a keyword that ends a block, which is not taken. `opening` is the block's first token, for
+  /// messages.
   Block block(const Token& opening) {
     const NestingLevel level(depth_, cursor_);
     Block statements;
     for (cursor_.skip_separators(); !ends_block(cursor_.current().kind); cursor_.skip_separators()) {
       if (cursor_.is_at(TokenKind::end_of_source)) fail_unclosed(opening);
-      if (cursor_.is_at(TokenKind::kw_fn)) cursor_.fail("a fn stands at the outermost level only");
+      if (cursor_.is_at(TokenKind::kw_fn)) cursor_.fail("a fn is allowed at the outermost level only");
       statements.push_back(statement());
       end_of_statement();
     }
@@ -153,7 +154,7 @@ class Parser {
 
   Return return_form() {
     const Token word = cursor_.take();
-    if (!locals_) cursor_.fail("return stands in a fn only", word.span);
+    if (!locals_) cursor_.fail("return is allowed in a fn only", word.span);
     const TokenKind kind = cursor_.current().kind;
     const bool is_bare = kind == TokenKind::newline || kind == TokenKind::semicolon || ends_block(kind);
     return {is_bare ? nullptr : expressions_.expression()};

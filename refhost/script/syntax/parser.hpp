@@ -7,7 +7,7 @@
 
 namespace hvm {
 
-/// The deepest nesting of expressions and blocks that a script may have.
+/// The maximum nesting of expressions and blocks.
 inline constexpr int nesting_limit = 200;
 
 /// Reads a whole script. Its global variables get their slots from `globals`. Throws `ScriptError`, which is

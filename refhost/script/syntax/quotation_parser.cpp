@@ -1,4 +1,4 @@
-// script/syntax/quotation_parser.cpp: what may stand behind '@'
+// script/syntax/quotation_parser.cpp: what may follow '@'
 
 #include <fmt/format.h>
 
@@ -90,7 +90,7 @@ ExpressionPtr ExpressionParser::quoted_argument() {
   key_ranges_.clear();
   ExpressionPtr argument = expression();
   if (key_ranges_.size() > allowed_ranges(*argument))
-    cursor_.fail("a range of keys stands in a selection that is an argument of its own, such as @int(t[1:3])",
+    cursor_.fail("a range of keys is allowed in a selection that is an argument of its own, such as @int(t[1:3])",
                  key_ranges_.front());
   key_ranges_ = std::move(outer);
   return argument;
@@ -126,8 +126,7 @@ ExpressionPtr ExpressionParser::data_value() {
   ExpressionPtr value = expression();
   const bool is_variable = std::holds_alternative<Variable>(value->form);
   if (!is_variable && !is_literal(*value))
-    cursor_.fail("in a data literal only literals and variables may stand; give the value to a variable first",
-                 value->span);
+    cursor_.fail("a data literal holds only literals and variables; give the value to a variable first", value->span);
   return value;
 }
 

@@ -1,4 +1,4 @@
-// script/syntax/token_cursor.cpp: the parser's place among the words, and its complaints
+// script/syntax/token_cursor.cpp: the parser's position among the tokens, and its errors
 
 #include "script/syntax/token_cursor.hpp"
 
@@ -42,8 +42,8 @@ void TokenCursor::fail(std::string message) const { fail(std::move(message), cur
 void TokenCursor::fail(std::string message, Span span) const { throw ScriptError(std::move(message), source_, span); }
 
 void TokenCursor::fail_expected(const std::string& what) const {
-  if (is_at(TokenKind::assign)) fail("an assignment is no expression; did you mean ==");
-  if (is_assignment(current().kind)) fail("an assignment is no expression");
+  if (is_at(TokenKind::assign)) fail("an assignment is not an expression; did you mean ==");
+  if (is_assignment(current().kind)) fail("an assignment is not an expression");
   const bool is_end = is_at(TokenKind::end_of_source);
   throw ScriptError(fmt::format("{} expected, but here is {}", what, described(current().kind)), source_,
                     current().span, is_end ? Completeness::incomplete : Completeness::complete);

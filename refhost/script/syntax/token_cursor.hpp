@@ -1,4 +1,4 @@
-// script/syntax/token_cursor.hpp: the parser's place among the words, and its complaints
+// script/syntax/token_cursor.hpp: the parser's position among the tokens, and its errors
 
 #pragma once
 
@@ -22,14 +22,14 @@ class TokenCursor {
   Token take();
   /// Steps over a token of this kind; false when the current one is another.
   bool accept(TokenKind kind);
-  /// Takes a token of this kind; otherwise fails with `'x' expected` and, in words, for what.
+  /// Takes a token of this kind; otherwise fails with `'x' expected` and `purpose`, which says for what.
   Token expect(TokenKind kind, const char* purpose);
   void skip_newlines();
   void skip_separators();
 
   [[noreturn]] void fail(std::string message) const;
   [[noreturn]] void fail(std::string message, Span span) const;
-  /// Says what was expected at the current token; names '==' where an assignment stands.
+  /// Fails with what was expected at the current token; suggests '==' at an assignment.
   [[noreturn]] void fail_expected(const std::string& what) const;
 
  private:

@@ -1,8 +1,8 @@
 // script/syntax/tree.hpp: the tree of a script
 //
 // The nesting of a tree is limited by the parser, so that walking and destroying it may recurse. What may become long
-// without nesting stands side by side in one node: a sum of 100,000 terms is one `Chain`, a row of calls and brackets
-// behind an operand one `Postfix`, the conditions of an `if` one list of arms.
+// without nesting is one flat node: a sum of 100,000 terms is one `Chain`, successive calls and brackets behind an
+// operand are one `Postfix`, the conditions of an `if` one list of arms.
 
 #pragma once
 
@@ -77,7 +77,7 @@ struct Call {
   bool has_quotation = false;  // somewhere among the arguments
 };
 
-/// `low:high` between the brackets of a selection, which stands in quotations only. Either end may be open, null.
+/// `low:high` between the brackets of a selection, in quotations only. An end that is left open is null.
 struct KeyRange {
   ExpressionPtr low;
   ExpressionPtr high;
@@ -123,7 +123,7 @@ struct Logic {
 };
 
 struct Quotation;
-/// What an `@` quotes. A code that was made of it may outlive the script's tree, in a dialogue for one.
+/// What an `@` quotes. The code made of it may outlive the script's tree, for example in the REPL.
 struct QuotationLiteral {
   std::shared_ptr<const Quotation> quotation;
 };
@@ -135,7 +135,7 @@ struct Expression {
       form;
 };
 
-/// A quoted expression: a name with or without arguments in one of four dresses, or a data literal.
+/// A quoted expression: a name with or without arguments in one of four forms, or a data literal.
 struct Quotation {
   enum class Form {
     plain,     // @name, @name(arguments)
@@ -146,10 +146,10 @@ struct Quotation {
   };
   Form form = Form::plain;
   std::string label;
-  ExpressionPtr subject;  // a Variable; of a data literal a TableLiteral of literals, variables and its like
+  ExpressionPtr subject;  // a Variable; of a data literal a TableLiteral of literals, variables and rows
   bool has_arguments = false;
   Expressions arguments;
-  std::vector<const Variable*> variables;  // all that stand anywhere in it
+  std::vector<const Variable*> variables;  // all that occur in it
 };
 
 template <class Form>
@@ -157,14 +157,14 @@ ExpressionPtr made(Span span, Form form) {
   return std::make_unique<Expression>(Expression{span, std::move(form)});
 }
 
-/// Whether it is a number or a string as it is written.
+/// Whether it is the literal of a number or a string.
 inline bool is_literal(const Expression& expression) {
   const auto& form = expression.form;
   return std::holds_alternative<IntegerLiteral>(form) || std::holds_alternative<Integer64Literal>(form) ||
          std::holds_alternative<RealLiteral>(form) || std::holds_alternative<StringLiteral>(form) ||
          std::holds_alternative<WideStringLiteral>(form);
 }
-/// The variable of a selection `t[...]` from one; null for everything else.
+/// The variable of a selection `t[...]`; null for everything else.
 const Expression* selected_variable(const Expression& expression);
 
 // ---- Statements

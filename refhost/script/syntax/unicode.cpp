@@ -30,7 +30,7 @@ std::size_t sequence_length(std::string_view text) {
   return is_overlong || encodes_surrogate || is_beyond ? 0 : length;
 }
 
-/// A locale with the widths of all characters, whatever the user's own is; null when the system has none.
+/// A locale with the widths of all characters, independent of the user's; null when the system has none.
 locale_t unicode_locale() {
   static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
   return locale;

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t line_width = 100;
 
-/// The positions on an axis that are shown; -1 stands for those between head and tail.
+/// The positions on an axis that are shown; -1 for those between head and tail.
 Extents shown_positions(std::int64_t extent, std::int64_t edge) {
   Extents positions;
   for (std::int64_t i = 0; i < extent; ++i) {

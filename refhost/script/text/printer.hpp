@@ -14,7 +14,7 @@ class Printer {
  public:
   Printer(Detail detail, ObjectText object_text) : detail_(detail), object_text_(std::move(object_text)) {}
 
-  /// A string as it stands, everything else as in a table. Tables are written `[1, "a": 2]`; a table inside itself is
+  /// A string as it is, everything else as in a table. Tables are written `[1, "a": 2]`; a table inside itself is
   /// `[...]`. Does not recurse, however deep the tables are. Throws what `object_text` throws.
   std::string text(const Value& value) const;
   /// As `text`, but with strings in quotation marks.

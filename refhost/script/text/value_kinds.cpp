@@ -29,7 +29,7 @@ std::string kind_name(const Value& value) {
 }
 
 std::string kind_in_words(const Value& value) {
-  const std::string name = kind_name(value);
+  std::string name = kind_name(value);
   if (value.is_nil() || value.is_object()) return name;
   return fmt::format("{} {}", name.front() == 'i' ? "an" : "a", name);
 }

@@ -41,7 +41,7 @@ TEST(CommandLine, SyntaxError_RunsNothing) {
   const Outcome outcome = run_toy({"-e", "print(1)\nif a = b\nend"});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.out, "");
-  EXPECT_THAT(outcome.err, HasSubstr("<command line>:2:6: error: an assignment is no expression; did you mean =="));
+  EXPECT_THAT(outcome.err, HasSubstr("<command line>:2:6: error: an assignment is not an expression; did you mean =="));
 }
 
 TEST(CommandLine, WrongUsage_GivesStatusTwo) {
@@ -87,7 +87,7 @@ TEST(CommandLine, Warnings_GoToTheErrorStreamOnce) {
   const Outcome outcome = run_toy({"-e", "for i in range(3) do print(xarray(@double, @[1.0, 2])) end"});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.out, "2\n2\n2\n");
-  EXPECT_EQ(outcome.err.find("<command line>:1:51: warning: in a data literal of reals the integer 2"), 0u)
+  EXPECT_EQ(outcome.err.find("<command line>:1:51: warning: a data literal of reals drops the integer 2"), 0u)
       << outcome.err;
   EXPECT_EQ(outcome.err.find("warning", 30), std::string::npos) << outcome.err;
 }

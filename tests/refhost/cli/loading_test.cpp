@@ -30,14 +30,14 @@ std::string bytes_of(const std::string& path) {
 
 TEST(Loading, MissingFile_CannotBeLoaded) {
   expect_unloadable("/no/such/module.so", "there is no such file");
-  expect_unloadable("/tmp", "it is no regular file");
+  expect_unloadable("/tmp", "it is not a regular file");
 }
 
 TEST(Loading, FileThatIsNoSharedObject_CannotBeLoaded) {
   const Workplace place;
   expect_unloadable(place.write("text.so", "not a library, but long enough to hold the header of one: 0123456789"),
-                    "it is no ELF shared object");
-  expect_unloadable(place.write("empty.so", ""), "it is no ELF shared object");
+                    "it is not an ELF shared object");
+  expect_unloadable(place.write("empty.so", ""), "it is not an ELF shared object");
 }
 
 TEST(Loading, CutOrForeignLibrary_CannotBeLoaded) {
@@ -57,7 +57,7 @@ TEST(Loading, LibraryWithoutPkgInit_CannotBeLoaded) {
 }
 
 TEST(Loading, ModuleWhoseInitFails_CannotBeLoaded) {
-  expect_unloadable(module_path("module_refusing"), "PKG_Init answers 0");
+  expect_unloadable(module_path("module_refusing"), "PKG_Init returns 0");
 }
 
 TEST(Loading, ModuleThatThrows_CannotBeLoaded) {

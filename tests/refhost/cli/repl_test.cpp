@@ -1,4 +1,4 @@
-// refhost/cli/repl_test.cpp: a dialogue at a pseudo-terminal
+// refhost/cli/repl_test.cpp: the prompt at a pseudo-terminal
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// tests/refhost/kernel/kernel_table_lifetimes_test.cpp: tables are shared, copied and ended, also very deep ones
+// refhost/kernel/kernel_table_lifetimes_test.cpp: tables are shared, copied and ended, also very deep ones
 
 #include "kernel_fixture.hpp"
 

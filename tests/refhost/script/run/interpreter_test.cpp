@@ -68,7 +68,7 @@ TEST(Tables, AreWrittenReadAndShared) {
        {"print([1][5], type([1][5]))", "nil nil"},
        {"print([5: 1, -1: 2])", "[5: 1, -1: 2]"},
        {"print([])", "[]"},
-       {"t = []; t[[1]] = 1", "!a table is no key of a table"},
+       {"t = []; t[[1]] = 1", "!a table is not a key of a table"},
        {"print([1][1, 2])", "!a table takes one key"},
        {"print([1] == [1])", "!'==' is not defined for a table and a table"},
        {"print([1] + 1)", "!'+' is not defined for a table and an int"}});

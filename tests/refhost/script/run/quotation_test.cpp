@@ -55,7 +55,7 @@ int reading(HostContext ctx, HostValue* args, int, HostValue* result) {
   return 1;
 }
 
-/// failing(code) reads and answers 0; throwing(code) reads and throws.
+/// failing(code) reads and fails; throwing(code) reads and throws.
 int failing(HostContext ctx, HostValue* args, int nargs, HostValue* result) {
   return reading(ctx, args, nargs, result), 0;
 }
@@ -70,7 +70,7 @@ int frame(HostContext ctx, HostValue*, int, HostValue* result) {
   return 1;
 }
 
-/// slot(n): the variable in a slot as it stands.
+/// slot(n): the variable in a slot.
 int slot(HostContext ctx, HostValue* args, int, HostValue* result) {
   HostValue* found = ctx->read_slot.get()(ctx, load<std::int32_t>(args->payload));
   assign(*result, found == HVM_GetGlobalNilObj() ? Value("none").record() : *found);
@@ -202,7 +202,7 @@ TEST(Values, OfQuotations_AreCodes) {
       {{"q = @double(2)\nprint(q, type(q), str(q), [q, \"k\": q])", "<code> code <code> [<code>, \"k\": <code>]"},
        {"q = @f(1)\nr = q\nprint(reading(r))", "[1]"},
        {"fn f(q)\nreturn reading(q)\nend\nn = 4\nprint(f(@g(n)), f([@g(5)][0]))", "[4] [5]"},
-       {"t = []; t[@f] = 1", "!a code is no key of a table"},
+       {"t = []; t[@f] = 1", "!a code is not a key of a table"},
        {"if @f then end", "!a condition must be a number, not a code"},
        {"q = @f + 1", "!'+' is not defined for a code and an int"},
        {"q = @f; q[0]", "!a code has no elements"},
@@ -296,7 +296,7 @@ TEST(Errors, InACallOutOfAModule_NameTheCallsThatLedThere) {
 }
 
 TEST(Scopes, OfAFn_TakeTheirQuotationsWithThem) {
-  const char* stale = "!a quotation is of no use after the fn in which it was written has returned";
+  const char* stale = "!a quotation cannot be used after the fn in which it was written has returned";
   expect_readings(
       {{"fn f()\nreturn @g(1)\nend\nq = f()\nprint(type(q))\nreading(q)", ("code" + std::string(stale)).c_str()},
        {"fn f()\nreturn @g(1)\nend\nreading(f())", stale},
@@ -356,12 +356,12 @@ TEST(Warnings, OfIntegersAmongReals_ComeOnce) {
   };
   EXPECT_EQ(run("xarray(@int, @[1, 2]); xarray(@double, @[1.0, \"s\"]); xarray(@double(2)); xarray(@double, [1])"), "");
   EXPECT_EQ(run("xarray(@double, @[[1.0, 2.0], [-3, 4]])"),
-            "a.hvm:1:32: warning: in a data literal of reals the integer -3 is no element; write -3.0 or use a table\n"
+            "a.hvm:1:32: warning: a data literal of reals drops the integer -3; write -3.0 or use a table\n"
             "    xarray(@double, @[[1.0, 2.0], [-3, 4]])\n                                   ^\n");
   EXPECT_EQ(run("xarray(@double, @[1])"), "");
   Interpreter another(reader_functions(), {true, {}, [&](const std::string& report) { warnings += report; }});
   another.run(another.parse(std::make_shared<SourceText>("b.hvm", "q = @[5L]; xarray(@double(1), q)")));
-  EXPECT_NE(warnings.find("the integer 5 is no element; write 5.0 or"), std::string::npos) << warnings;
+  EXPECT_NE(warnings.find("drops the integer 5; write 5.0 or"), std::string::npos) << warnings;
 }
 
 }  // namespace

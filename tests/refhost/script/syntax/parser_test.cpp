@@ -127,10 +127,10 @@ TEST(Parser, NamesInAFn_AreLocalWhenAssignedThere) {
 
 TEST(Parser, Errors_SayWhatIsWrong) {
   const Row rows[] = {
-      {"if a = b\nend", "an assignment is no expression; did you mean =="},
-      {"print(a = b)", "an assignment is no expression; did you mean =="},
-      {"while a += 1\nend", "an assignment is no expression"},
-      {"a = b = c", "an assignment is no expression; did you mean =="},
+      {"if a = b\nend", "an assignment is not an expression; did you mean =="},
+      {"print(a = b)", "an assignment is not an expression; did you mean =="},
+      {"while a += 1\nend", "an assignment is not an expression"},
+      {"a = b = c", "an assignment is not an expression; did you mean =="},
       {"2147483648", "the integer does not fit in 32 bits; write 2147483648L for 64 bits"},
       {"-2147483649", "the integer does not fit in 32 bits; write 2147483649L for 64 bits"},
       {"9223372036854775808L", "the integer does not fit in 64 bits"},
@@ -150,16 +150,15 @@ TEST(Parser, Errors_SayWhatIsWrong) {
       {"a = @$5", "a name for a variable expected, but here is a number"},
       {"a = @label: 5", "a name, a call or a data literal behind '@' expected, but here is a number"},
       {"a = @int(2)(3)", "only a name can be called"},
-      {"a = t[1:2]", "a range of keys stands in quotations only"},
+      {"a = t[1:2]", "a range of keys is allowed in quotations only"},
       {"a = @int(t[1:2] + 1)",
-       "a range of keys stands in a selection that is an argument of its own, such as @int(t[1:3])"},
+       "a range of keys is allowed in a selection that is an argument of its own, such as @int(t[1:3])"},
       {"a = @int(t[u[1:2]])",
-       "a range of keys stands in a selection that is an argument of its own, such as @int(t[1:3])"},
-      {"a = @[1.0, n + 1]",
-       "in a data literal only literals and variables may stand; give the value to a variable first"},
-      {"a = @[-n]", "in a data literal only literals and variables may stand; give the value to a variable first"},
-      {"a = @[f()]", "in a data literal only literals and variables may stand; give the value to a variable first"},
-      {"a = @[t[1:2]]", "in a data literal only literals and variables may stand; give the value to a variable first"},
+       "a range of keys is allowed in a selection that is an argument of its own, such as @int(t[1:3])"},
+      {"a = @[1.0, n + 1]", "a data literal holds only literals and variables; give the value to a variable first"},
+      {"a = @[-n]", "a data literal holds only literals and variables; give the value to a variable first"},
+      {"a = @[f()]", "a data literal holds only literals and variables; give the value to a variable first"},
+      {"a = @[t[1:2]]", "a data literal holds only literals and variables; give the value to a variable first"},
       {"a = @[]", "a data literal needs an element in every row"},
       {"a = @[[1.0], []]", "a data literal needs an element in every row"},
       {"a = @[[1.0], 2.0]", "a row of a data literal holds rows or elements, not both"},
@@ -179,8 +178,8 @@ TEST(Parser, Errors_SayWhatIsWrong) {
       {"f(1)(2)", "only a name can be called"},
       {"f() = 1", "only a variable or an element can be assigned to"},
       {"1 = 2", "only a variable or an element can be assigned to"},
-      {"return 1", "return stands in a fn only"},
-      {"if a\nfn f()\nend\nend", "a fn stands at the outermost level only"},
+      {"return 1", "return is allowed in a fn only"},
+      {"if a\nfn f()\nend\nend", "a fn is allowed at the outermost level only"},
       {"fn f(a, a)\nend", "two parameters are called 'a'"},
       {"x = ", "an expression expected, but here is the end of the script"},
       {"x = *", "an expression expected, but here is '*'"},
@@ -192,7 +191,7 @@ TEST(Parser, Errors_SayWhatIsWrong) {
 TEST(Parser, InvalidUtf8_IsAnErrorNamingThePlace) {
   for (const char* bytes : {"\xFF", "\xC3", "\xE2\x82", "\xC0\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\x80"}) {
     const ScriptError error = error_of(std::string("a = 1\nb = \"x") + bytes + "\"");
-    EXPECT_NE(error.message().find("no valid UTF-8"), std::string::npos) << error.message();
+    EXPECT_NE(error.message().find("not valid UTF-8"), std::string::npos) << error.message();
     EXPECT_NE(error.report().find("test.hvm:2:7:"), std::string::npos) << error.report();
   }
 }
