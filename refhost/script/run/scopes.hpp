@@ -53,8 +53,6 @@ class Scopes {
   void set_global(const std::string& name, Value value);
   bool is_set_global(const std::string& name) const;
 
-  /// The frame of the running fn; null at the outermost level.
-  const Frame* running() const { return running_; }
   /// The slot of a variable of the running scope.
   Slot& slot_of(const Variable& variable);
   const Slot& slot_of(const Variable& variable) const;

@@ -193,7 +193,6 @@ class Parser {
     Function parsed;
     Token name = cursor_.expect(TokenKind::name, "for the fn");
     parsed.name = std::move(name.text);
-    parsed.name_span = name.span;
     parameters(parsed);
     parsed.body = block_with_end(opening);
     parsed.source = cursor_.source();

@@ -222,7 +222,6 @@ struct Function {
   std::vector<std::string> locals;
   Block body;
   SourcePtr source;
-  Span name_span;
 };
 
 struct Program {

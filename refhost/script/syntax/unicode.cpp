@@ -8,10 +8,7 @@
 namespace hvm {
 namespace {
 
-constexpr char32_t replacement = 0xFFFD;
-
 bool is_continuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
-bool is_surrogate(char32_t c) { return c >= 0xD800 && c <= 0xDFFF; }
 bool is_high_surrogate(char32_t c) { return c >= 0xD800 && c <= 0xDBFF; }
 bool is_low_surrogate(char32_t c) { return c >= 0xDC00 && c <= 0xDFFF; }
 
@@ -105,15 +102,6 @@ std::u16string wide_text(std::string_view text) {
     }
   }
   return wide;
-}
-
-std::string narrow_text(std::u16string_view text) {
-  std::string narrow;
-  while (!text.empty()) {
-    const char32_t c = take_character(text);
-    append_utf8(narrow, is_surrogate(c) ? replacement : c);
-  }
-  return narrow;
 }
 
 }  // namespace hvm

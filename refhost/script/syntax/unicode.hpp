@@ -29,7 +29,5 @@ std::size_t display_width(char32_t c);
 
 /// UTF-8 as UTF-16.
 std::u16string wide_text(std::string_view text);
-/// UTF-16 as UTF-8. A surrogate without its partner becomes the replacement character.
-std::string narrow_text(std::u16string_view text);
 
 }  // namespace hvm

@@ -10,8 +10,8 @@
 #include <string>
 
 #include "kernel/kernel.hpp"
+#include "narrow_text.hpp"
 #include "script/syntax/string_literals.hpp"
-#include "script/syntax/unicode.hpp"
 
 namespace hvm::testing {
 

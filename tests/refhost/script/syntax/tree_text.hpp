@@ -7,10 +7,10 @@
 
 #include <string>
 
+#include "narrow_text.hpp"
 #include "script/syntax/diagnostics.hpp"
 #include "script/syntax/parser.hpp"
 #include "script/syntax/string_literals.hpp"
-#include "script/syntax/unicode.hpp"
 
 namespace hvm::testing {
 
