@@ -11,9 +11,9 @@
 namespace hvm {
 
 /// Runs a script statement by statement against its expectations. A statement that fails as a comment on one of its
-/// lines expects is given up, and the script goes on after it; any other error ends the script. A script whose last
-/// line expects the error of a block that stays open runs nothing. Returns a sentence for each expectation that was not
-/// met, none for a script that passed.
+/// lines expects is left unfinished, and the script continues behind it; any other error ends the script. A script
+/// whose last line expects the error of a block that stays open runs nothing. Returns a sentence for each expectation
+/// that was not met, none for a script that passed.
 std::vector<std::string> unmet_expectations(const SourcePtr& source, const ModuleFunctions& functions, bool has_checks);
 
 }  // namespace hvm

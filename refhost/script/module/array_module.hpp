@@ -59,8 +59,8 @@ class ArrayChecks {
   /// `shape` on an array that already has such extents.
   void method(const ModuleCaller& caller, Value& self, const std::string& name, std::vector<Value>& arguments) const;
 
-  /// An integer array under `/` or `%` with a number that it reads as zero, and an operand whose extents `extents`
-  /// refuses.
+  /// An integer array under `/` or `%` with a number that it reads as zero, and an operand with extents that fail the
+  /// check `extents`.
   void operation(const ModuleCaller& caller, BinaryOperator op, Value& left, Value& right) const;
 
   /// Indices that are not numbers, or lie outside of the extents that they meet. Indices align with the last extents;

@@ -45,7 +45,7 @@ struct LiteralWriter {
   }
 };
 
-/// Writes a literal into `slot`. False: the expression is none.
+/// Writes a literal into `slot`. Returns false when the expression is not a literal.
 bool write_literal(HostCodeSlot& slot, const Expression& expression) {
   return std::visit(LiteralWriter{slot}, expression.form);
 }

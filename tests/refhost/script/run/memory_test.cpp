@@ -47,7 +47,7 @@ int fail_each_allocation(Action action, Check check) {
       action();
       const bool has_failed = allocations_to_failure == 0;
       allocations_to_failure = 0;
-      EXPECT_FALSE(has_failed) << "allocation " << nth << " failed, and nobody was told";
+      EXPECT_FALSE(has_failed) << "allocation " << nth << " failed without an error";
       return nth - 1;
     } catch (const Error& error) {
       allocations_to_failure = 0;
