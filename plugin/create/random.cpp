@@ -58,7 +58,7 @@ struct CirclePoints {
 void fill_normal(double* first, std::size_t count) {
   CirclePoints points;
   while (count > 0) {
-    const std::size_t pairs = std::min(points.most, (count + 1) / 2);
+    const std::size_t pairs = std::min(CirclePoints::most, (count + 1) / 2);
     points.draw(pairs);
     for (std::size_t n = 0; n < pairs; ++n) {
       const double scale = std::sqrt(-2.0 * std::log(points.square[n]) / points.square[n]);

@@ -31,9 +31,7 @@ HostHashItem* item_of(HostValue* found) {
 // The order of the checks is fixed: a text is asked for only when no range fits.
 TableCursor::TableCursor(HostHash* hash, HostValue* first, HostValue* second)
     : hash_(table_or_none(hash)), key_(first) {
-  if (first == nullptr && second == nullptr) {
-    mode_ = Mode::everything;
-  } else if (is_nil(first) && is_nil(second)) {
+  if ((first == nullptr && second == nullptr) || (is_nil(first) && is_nil(second))) {
     mode_ = Mode::everything;
   } else if (is_nil(first) && is_number(second)) {
     mode_ = Mode::range;
