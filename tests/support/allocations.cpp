@@ -2,7 +2,9 @@
 
 #include "support/allocations.hpp"
 
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 #include <gtest/gtest.h>
@@ -60,10 +62,12 @@ int fail_each_host_allocation(const std::function<void()>& action) {
   return fail_each(action, hvm::fail_allocation, hvm::allocation_has_failed);
 }
 
-/// The replaced functions' way in.
-void* counted(void* memory) noexcept {
-  if (memory != nullptr) ++counts.made, ++counts.alive;
-  return memory;
+/// The replaced functions' way in. New memory is full of nonsense, NaN and -1 as elements: what is read without being
+/// written shows, also where the same results lay there before. Of large blocks the beginning alone is written.
+void* counted(void* memory, std::size_t size) noexcept {
+  if (memory == nullptr) return nullptr;
+  ++counts.made, ++counts.alive;
+  return std::memset(memory, 0xff, std::min(size, std::size_t{1} << 20));
 }
 void uncounted(const void* memory) noexcept {
   if (memory != nullptr) --counts.alive;
@@ -74,7 +78,7 @@ void uncounted(const void* memory) noexcept {
 // All forms are replaced, since a sanitizer brings its own of each.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   using namespace arrayfold::test;
-  return refused() ? nullptr : counted(std::malloc(size == 0 ? 1 : size));
+  return refused() ? nullptr : counted(std::malloc(size == 0 ? 1 : size), size);
 }
 void* operator new(std::size_t size) {
   void* memory = operator new(size, std::nothrow);
@@ -86,7 +90,7 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return 
 
 void* operator new(std::size_t size, std::align_val_t alignment) {
   using namespace arrayfold::test;
-  void* memory = refused() ? nullptr : counted(memalign(static_cast<std::size_t>(alignment), size == 0 ? 1 : size));
+  void* memory = refused() ? nullptr : counted(memalign(static_cast<std::size_t>(alignment), size == 0 ? 1 : size), size);
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }

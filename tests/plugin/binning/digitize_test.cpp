@@ -72,6 +72,26 @@ TEST_P(Digitize, AmongAscendingEdges_IsTheLibrarys) {
   expect_library_everywhere("ascending", small(first(), 1), small(second(), 2), true);
 }
 
+TEST_P(Digitize, AmongAsManyAscendingEdgesAsElements_ReachesTheLastEdgeAndBeyond) {
+  for (const std::size_t count : {1u, 2u, 3u, 64u, 65u, 127u, 128u, 129u, 200u, 255u, 256u, 257u, 1000u}) {
+    Numbers among;
+    for (std::size_t i = 0; i < count; ++i) among.push_back(2 * i);
+    const auto last = static_cast<int>(2 * (count - 1));
+    const auto all_places = [&](std::size_t place) { return places({count}, Numbers(count, place)); };
+    EXPECT_EQ(digitized(elements(Numbers(count, last + 1)), edges(among)), all_places(count)) << count;
+    EXPECT_EQ(digitized(elements(Numbers(count, last)), edges(among)), all_places(count)) << count;
+    EXPECT_EQ(digitized(elements(Numbers(count, last - 1)), edges(among)), all_places(count - 1)) << count;
+    EXPECT_EQ(digitized(elements(Numbers(count, -1)), edges(among)), all_places(0)) << count;
+    // An element on each edge, one beside each, and more elements than edges.
+    Numbers on, beside;
+    for (std::size_t i = 0; i < count; ++i) on.push_back(2 * i), beside.push_back(2 * i + 1);
+    expect_library(elements(on), edges(among), "on");
+    expect_library(elements(beside), edges(among), "beside");
+    on.insert(on.end(), beside.begin(), beside.end());
+    expect_library(elements(on), edges(among), "on and beside");
+  }
+}
+
 TEST_P(Digitize, Required_AmongUnsortedEdges_AreHalvedAllTheSame) {
   expect_library_everywhere("unsorted", small(first(), 3), small(second(), 4), false);
   // All but one in order, at each place.

@@ -58,6 +58,28 @@ TEST_P(LibraryMatrices, Factors_AreTheLibrarys) {
   });
 }
 
+// Matrices are transposed in squares of 16: the last of them has one row or column alone.
+TEST_P(LibraryMatrices, OfARowOrColumnBeyondWholeSquares_AreTheLibrarys) {
+  for (const std::size_t n : {17u, 33u, 49u, 65u}) {
+    for (const Extents& extents : {Extents{n, n}, {n, 16}, {16, n}, {n, 5}, {5, n}, {1, n}, {n, 1}, {n, 33}, {33, n}}) {
+      const TestArray matrix = drawn(kind(), extents, 13);
+      for (const char* name : {"xqr", "xsvd"}) expect_table(name, matrix);
+      expect_array("xpinv", matrix);
+      expect_array("xmatrix_rank", matrix);
+      const TestArray sides = drawn(kind(), {extents[0], 17}, 14);
+      expect_table("xlstsq", {made(matrix), made(sides)}, library_parts("xlstsq", matrix, sides));
+    }
+    for (const char* name : {"xcholesky", "xeigvalsh", "xinv", "xdet"}) expect_array(name, definite(n, 15));
+    expect_table("xeigh", definite(n, 15));
+    for (const std::size_t columns : {1u, 15u, 16u, 17u, 33u, 49u}) {
+      const TestArray matrix = definite(n, 16), sides = drawn(kind(), {n, columns}, 17);
+      EXPECT_EQ(plain(array(kind(), "xsolve", {made(matrix), made(sides)})),
+                plain(library_parts("xsolve", matrix, sides).at(0)))
+          << n << ' ' << columns;
+    }
+  }
+}
+
 TEST_P(LibraryMatrices, XcholeskyAndEigenvalues_AreTheLibrarys) {
   for (const std::size_t n : sizes) expect_array("xcholesky", definite(n, 6));
   for_squares([&](const TestArray& matrix) {

@@ -60,6 +60,13 @@ TEST_P(LibraryProducts, XdotOfMoreDimensions_IsTheLibrarys) {
   compare("xdot", {3, 4, 2}, {});
 }
 
+TEST_P(LibraryProducts, XdotWithEveryNumberOfRowsLeftOver_IsTheLibrarys) {
+  for (std::size_t rows = 1; rows <= 9; ++rows) {
+    compare("xdot", {rows, 3}, {3, 5});
+    compare("xdot", {rows, 3}, {2, 3, 5});
+  }
+}
+
 TEST_P(LibraryProducts, XvdotXouterAndXkron_AreTheLibrarys) {
   for (int turn = 0; turn < 30; ++turn) {
     const std::size_t m = extent(), n = extent();
@@ -77,7 +84,15 @@ TEST_P(LibraryProducts, XvdotXouterAndXkron_AreTheLibrarys) {
 
 // ---- Integers beside a triple loop
 
-class IntegerProducts : public LibraryProducts {};
+class IntegerProducts : public LibraryProducts {
+ protected:
+  static TestArray any(Kind kind, const Extents& extents, std::mt19937_64& engine) {
+    std::vector<std::int64_t> drawn(size_of(extents));
+    for (auto& x : drawn) x = static_cast<std::int64_t>(engine());
+    return TestArray(kind, extents, drawn);
+  }
+  void expect_triple_loop(std::size_t m, std::size_t k, std::size_t n, std::mt19937_64& engine);
+};
 INSTANTIATE_TEST_SUITE_P(Kinds, IntegerProducts, ::testing::ValuesIn(pairs_of(integer_kinds, integer_kinds)),
                          PairName());
 
@@ -90,23 +105,27 @@ std::int64_t wrapping_sum(const std::vector<std::int64_t>& a, const std::vector<
   return static_cast<std::int64_t>(sum);
 }
 
+void IntegerProducts::expect_triple_loop(std::size_t m, std::size_t k, std::size_t n, std::mt19937_64& engine) {
+  const TestArray left = any(first(), {m, k}, engine), right = any(second(), {k, n}, engine);
+  const auto a = left.converted(Kind::int64).as<std::int64_t>(), b = right.converted(Kind::int64).as<std::int64_t>();
+  // The low half of a sum in 64 bits is the sum in 32 bits.
+  std::vector<std::int64_t> sums;
+  for (std::size_t i = 0; i < m; ++i)
+    for (std::size_t j = 0; j < n; ++j) sums.push_back(wrapping_sum(a, b, i, j, k, n));
+  EXPECT_EQ(array(first(), "xdot", {made(left), made(right)}), TestArray(first(), {m, n}, sums)) << m << k << n;
+}
+
 TEST_P(IntegerProducts, AreTheWrappingTripleLoop) {
   std::mt19937_64 engine(17);
-  for (int turn = 0; turn < 60; ++turn) {
-    const std::size_t m = extent(), k = extent(), n = turn % 7 == 0 ? 1 : extent();
-    const auto any = [&](Kind kind, const Extents& extents) {
-      std::vector<std::int64_t> drawn(size_of(extents));
-      for (auto& x : drawn) x = static_cast<std::int64_t>(engine());
-      return TestArray(kind, extents, drawn);
-    };
-    const TestArray left = any(first(), {m, k}), right = any(second(), {k, n});
-    const auto a = left.converted(Kind::int64).as<std::int64_t>(), b = right.converted(Kind::int64).as<std::int64_t>();
-    // The low half of a sum in 64 bits is the sum in 32 bits.
-    std::vector<std::int64_t> sums;
-    for (std::size_t i = 0; i < m; ++i)
-      for (std::size_t j = 0; j < n; ++j) sums.push_back(wrapping_sum(a, b, i, j, k, n));
-    EXPECT_EQ(array(first(), "xdot", {made(left), made(right)}), TestArray(first(), {m, n}, sums));
-  }
+  for (int turn = 0; turn < 60; ++turn)
+    expect_triple_loop(extent(), extent(), turn % 7 == 0 ? 1 : extent(), engine);
+}
+
+TEST_P(IntegerProducts, WithEveryNumberOfRowsLeftOver_AreTheWrappingTripleLoop) {
+  std::mt19937_64 engine(18);
+  for (std::size_t m = 1; m <= 13; ++m)
+    for (const std::size_t k : {1u, 2u, 5u})
+      for (const std::size_t n : {1u, 3u, 4u, 9u}) expect_triple_loop(m, k, n, engine);
 }
 
 }  // namespace

@@ -233,6 +233,22 @@ TEST_P(Traces, Required_BelowTwoDimensions_AreHandledWithoutAValue) {
   }
 }
 
+TEST_P(Traces, OfEveryRank_AddAlongTheFirstTwo) {
+  const Extents shapes[] = {{2, 3, 4},       {3, 2, 5},       {1, 4, 3},          {4, 4, 1},       {2, 2, 3, 4},
+                            {3, 5, 1, 2},    {5, 3, 2, 1},    {2, 3, 2, 3, 2},    {4, 2, 1, 3, 1}, {2, 2, 2, 2, 2, 2},
+                            {3, 2, 1, 2, 3, 4}, {2, 4, 3, 1, 2, 1}};
+  for (const Extents& extents : shapes) {
+    Numbers numbers;
+    for (std::size_t i = 0; i < size_of(extents); ++i) numbers.push_back(static_cast<int>(i * i % 1009) - 300);
+    const Extents rest(extents.begin() + 2, extents.end());
+    std::vector<std::int64_t> sums(size_of(rest));
+    for (std::size_t i = 0; i < std::min(extents[0], extents[1]); ++i)
+      for (std::size_t place = 0; place < sums.size(); ++place)
+        sums[place] += numbers[(i * extents[1] + i) * sums.size() + place].integer;
+    EXPECT_EQ(trace(extents, numbers), result(rest, sums));
+  }
+}
+
 class TraceSums : public AlgebraTest {};
 
 TEST_F(TraceSums, Required_SumsOfInt64_AreHandedOverInDouble) {

@@ -124,7 +124,36 @@ TEST_F(Methods, Shape_IgnoresArgumentsAndShowsEveryDimension) {
   EXPECT_EQ(method(deep, "shape", {Value(1), Value("text")}).returned, 1);
 }
 
+TEST_F(Methods, Shape_IntoTheReceiversOwnRecord_ReplacesTheArrayByItsExtents) {
+  Value deep = array_of<XTInt>(ctx(), {1, 2, 1, 1, 3, 1, 1}, {1, 2, 3, 4, 5, 6});
+  for (Value* array : {&matrix_, &deep}) {
+    const Extents expected = shape(*array);
+    const auto callback = hvm::callbacks_of(hvm::object_of(array->record())).method;
+    EXPECT_EQ(callback(ctx(), array->address(), "shape", nullptr, 0, array->address(), 0), 1);
+    ASSERT_TRUE(array->is_table());
+    const HostHash* table = hvm::table_of(array->record());
+    ASSERT_EQ(hvm::entry_count(table), static_cast<int>(expected.size()));
+    for (std::size_t axis = 0; axis < expected.size(); ++axis)
+      EXPECT_EQ(HVM_AsInt64(hvm::find(table, static_cast<int>(axis))), expected[axis]) << axis;
+  }
+}
+
 // ---- reshape
+
+TEST_F(Methods, Reshape_ToExtentsWhoseProductWraps_TakesThemFromThreeOn) {
+  const std::pair<Extents, int> rows[] = {{{-1, -2, 3}, 1},     {{-1, -6, 1}, 1},     {{-1, -1, 6}, 1},
+                                          {{-1, -1, 2, 3}, 1},  {{-1, -1, -1, -6}, 1}, {{-1, -1, -1, -2, 3}, 1},
+                                          {{-1, 2, 3}, 0},      {{-1, -1, -6}, 0},     {{-1, -1, 5}, 0},
+                                          {{65536, 65536, 65536, 65536}, 0},          {{1 << 30, 1 << 30, 16, 6}, 0}};
+  for (const auto& [extents, returned] : rows) {
+    Value six = array_of<XTInt>(ctx(), {6}, {1, 2, 3, 4, 5, 6});
+    std::vector<Value> args;
+    for (const std::int64_t extent : extents) args.emplace_back(static_cast<int>(extent));
+    EXPECT_EQ(method(six, "reshape", args).returned, returned) << ::testing::PrintToString(extents);
+    EXPECT_EQ(shape(six), returned == 1 ? extents : Extents{6});
+    EXPECT_EQ(storage_of(six).count, 6u);
+  }
+}
 
 TEST_F(Methods, Reshape_ReplacesShapeAndStridesAndWritesNoResult) {
   const Answer answer = method(matrix_, "reshape", {Value(3), Value(2)});

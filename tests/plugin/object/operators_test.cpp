@@ -387,6 +387,29 @@ TEST_F(Operators, InPlace_OfEqualShapesChangesTheElementsWhereTheyAre) {
   EXPECT_EQ(dump(Value(other)), "[[1,2],[3,4]]");
 }
 
+TEST_F(Operators, EqualAndUnequal_IntoEitherOperandsRecord_GiveTheTruthThere) {
+  for (const Value& left : one_of_each_number_kind())
+    for (const bool alike : {true, false}) {
+      Value other = from_host(left).size() == 0 ? left : operate(Opcode::multiply, left, Value(alike ? 1 : 2)).result;
+      for (const Opcode opcode : {Opcode::equal, Opcode::not_equal}) {
+        const int truth = (opcode == Opcode::equal) == alike ? 1 : 0;
+        const auto expect_truth = [&](const Value& record) {
+          ASSERT_EQ(record.tag(), ValueTag::integer) << type_of(left) << alike;
+          EXPECT_EQ(load<std::int32_t>(record.record().payload), truth) << type_of(left) << alike;
+        };
+        Value into_right = Value::sharing(other.record()), into_left = Value::sharing(left.record());
+        EXPECT_EQ(change_right(opcode, left, into_right).returned, 1);
+        expect_truth(into_right);
+        EXPECT_EQ(change(opcode, into_left, other).returned, 1);
+        expect_truth(into_left);
+        // The last reference to an operand's array.
+        Value last = to_host(ctx(), from_host(other));
+        EXPECT_EQ(change_right(opcode, left, last).returned, 1);
+        expect_truth(last);
+      }
+    }
+}
+
 TEST_F(Operators, InPlace_WithItself_ReadsEachElementBeforeItIsWritten) {
   Value i = ints({3, -4}), l = int64s({3, -4}), d = doubles({3, -4});
   for (Value* array : {&i, &l, &d}) {

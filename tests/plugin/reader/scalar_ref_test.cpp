@@ -138,6 +138,17 @@ TEST_F(ScalarRefs, ATable_IsWrittenAsACopy) {
   EXPECT_NE(hvm::table_of(written.record()), hvm::table_of(table.record()));
 }
 
+TEST_F(ScalarRefs, AWideStringWithAZeroInside_IsReadAndWrittenWhole) {
+  const std::u16string_view text(u"a\0b\0", 4);
+  Value value(text);
+  const ScalarRef scalar = read_value(value.address());
+  ASSERT_EQ(scalar.index(), std::size_t{wide_text_scalar});
+  EXPECT_EQ(std::get<wide_text_scalar>(scalar), text);
+  Value copy;
+  write_scalar(ctx(), copy.address(), scalar);
+  EXPECT_EQ(hvm::wide_text_of(copy.record()), text);
+}
+
 TEST_F(ScalarRefs, Required_NarrowTextGoesWithoutItsLength_WideTextWithIt) {
   Value written;
   write_scalar(ctx(), written.address(), std::string_view("abcdef", 3));

@@ -2,6 +2,7 @@
 
 #include "array/xt_object.hpp"
 #include "support/reader_test.hpp"
+#include "support/withholding_host.hpp"
 
 namespace arrayfold::test {
 namespace {
@@ -275,6 +276,14 @@ TEST_F(Selections, Required_BelowTheLastLevel_IntegerKeysAreCountedAnew_StringKe
   OddTable odd({Value(7), Value::string_record("k"), Value(-3)});
   EXPECT_EQ(selected_from(odd.value, {everything(), integer(0)}), "value [0, 2, \"k\": 1]");
   EXPECT_EQ(selected_from(odd.value, {everything(), everything()}), "value [[0], [2], \"k\": [1]]");
+}
+
+TEST_F(Selections, WithoutASlotForAStringKey_ThrowBadAlloc) {
+  OddTable odd({Value(7), Value::string_record("k")});
+  host[t] = odd.value;
+  const Withholding withholding(Withheld::slot_by_key);
+  EXPECT_THROW(selected({everything(), integer(0)}), std::bad_alloc);
+  EXPECT_TRUE(Withholding::has_come());
 }
 
 TEST_F(Selections, BelowTheLastLevel_AnEntryUnderAnyOtherKeyIsPassedOver) {

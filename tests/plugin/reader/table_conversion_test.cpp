@@ -44,6 +44,13 @@ TEST_F(TableData, OfATableOfAnEmptyTable_HasTwoExtents) {
 
 TEST_F(TableData, OfANullTable_IsAShapeOfZero) { EXPECT_EQ(gathered(raw(ValueTag::table)).shape, Extents{0}); }
 
+TEST_F(TableData, OfANullTableInATable_HasAnExtentOfZero) {
+  const Value null_table = raw(ValueTag::table);
+  const auto data = gathered(table({null_table, null_table}));
+  EXPECT_EQ(data.shape, (Extents{2, 0}));
+  EXPECT_TRUE(data.values.empty());
+}
+
 TEST_F(TableData, ATable_IsNotAskedWhetherItIsANumber) {
   EXPECT_EQ(operations_of([&] { gathered(table({numbers({1})})); }),
             (std::vector<std::string>{"NumberCheck", "AsInt"}));
