@@ -232,6 +232,38 @@ TEST_F(LiteralData, OfRows_EndWhereAValueLeadsToNoCell) {
   }
 }
 
+TEST_F(LiteralData, ANodeOfAnotherKindAmongRows_IsARowOfCells) {
+  HostCodeNode* rest = code.node(NodeKind::list_cell, real(6.0));
+  for (const NodeKind kind : {NodeKind::call, NodeKind::labelled, NodeKind::quotation}) {
+    HostCodeNode* odd = code.node(kind, real(5.0), leads_to(rest));
+    const auto data = gathered(code.rows({code.row({real(1.0), real(2.0), real(3.0)}), odd}));
+    EXPECT_EQ(data.shape, (Extents{2, 2}));
+    EXPECT_EQ(data.values, (std::vector<double>{1, 2, 3, 5, 6}));
+  }
+}
+
+TEST_F(LiteralData, ANodeOfAnotherKindAmongRows_MayHoldRows) {
+  HostCodeNode* odd = code.node(NodeKind::call, leads_to(code.row({real(3.0), real(4.0)})));
+  const auto data = gathered(code.rows({code.rows({code.row({real(1.0), real(2.0)})}), odd}));
+  EXPECT_EQ(data.shape, (Extents{2, 1, 2}));
+  EXPECT_EQ(data.values, (std::vector<double>{1, 2, 3, 4}));
+}
+
+TEST_F(LiteralData, ARowThatBeginsWithAnotherKind_IsFollowedThroughNodesAlone) {
+  HostCodeNode* argument = code.node(NodeKind::list_cell, real(6.0), integer(9));
+  HostCodeNode* odd = code.node(NodeKind::call, real(5.0), leads_to(argument));
+  const auto data = gathered(code.rows({code.row({real(1.0)}), odd}));
+  EXPECT_EQ(data.shape, (Extents{2, 2}));
+  EXPECT_EQ(data.values, (std::vector<double>{1, 5, 6}));
+}
+
+TEST_F(LiteralData, ANodeOfAnotherKindWhoseValueIsNoNode_CountsAndAddsNothing) {
+  HostCodeNode* odd = code.node(NodeKind::labelled, real(5.0), integer(7));
+  const auto data = gathered(code.rows({code.row({real(1.0), real(2.0)}), odd}));
+  EXPECT_EQ(data.shape, (Extents{2, 2}));
+  EXPECT_EQ(data.values, (std::vector<double>{1, 2}));
+}
+
 TEST_F(LiteralData, WhatStandsAmongRows_AndIsNone_CountsAndAddsNothing) {
   HostCodeNode* rows = code.rows({code.row({real(1.0), real(2.0)})});
   HostCodeNode* last = rows;

@@ -111,5 +111,20 @@ TEST_F(WithholdingHost, WithoutATableOrASlotForResults_MemoryIsOut) {
   }
 }
 
+TEST_F(WithholdingHost, WithoutATableOrASlotForAShape_MemoryIsOut) {
+  Value matrix = array_of<XTDouble>(ctx(), {2, 2}, {2, 1, 1, 3});
+  const auto method = hvm::callbacks_of(hvm::object_of(matrix.record())).method;
+  const auto ends_with_bad_alloc = [&](Withheld what, int nth) {
+    Value result(5);
+    const Withholding withholding(what, nth);
+    EXPECT_THROW(method(ctx(), matrix.address(), "shape", nullptr, 0, result.address(), 0), std::bad_alloc) << nth;
+    EXPECT_TRUE(Withholding::has_come());
+  };
+  ends_with_bad_alloc(Withheld::table, 1);
+  ends_with_bad_alloc(Withheld::slot_by_number, 1);
+  ends_with_bad_alloc(Withheld::slot_by_number, 2);
+  EXPECT_EQ(shape(matrix), (std::vector<std::int64_t>{2, 2}));
+}
+
 }  // namespace
 }  // namespace arrayfold::test
