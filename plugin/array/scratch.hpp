@@ -21,7 +21,7 @@ class Scratch {
   T& operator[](std::size_t i) const { return memory_.get()[i]; }
 
  private:
-  static_assert(std::is_trivial_v<T>);
+  static_assert(std::is_trivial_v<T>, "elements are neither constructed nor destroyed");
   struct Release {
     void operator()(T* memory) const noexcept { release_storage(memory); }
   };

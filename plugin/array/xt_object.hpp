@@ -52,7 +52,7 @@ class XTObject {
 
   std::unique_ptr<Array> array;  // null until `box_array` fills it
 };
-static_assert(sizeof(XTObject<ArrayOf<XTDouble>>) == 16);
+static_assert(sizeof(XTObject<ArrayOf<XTDouble>>) == 16, "a virtual destructor and one pointer");
 
 /// A numeric array that somebody else owns. Visited through xtl::visit; valueless, that throws
 /// mpark::bad_variant_access.

@@ -22,8 +22,8 @@ struct FunctionRow {
   const char* name;
   EntryFunction function;
 };
-static_assert(sizeof(FunctionRow) == 16);
-static_assert(offsetof(FunctionRow, name) == 0 && offsetof(FunctionRow, function) == 8);
+static_assert(sizeof(FunctionRow) == 16, "the host fixes the layout");
+static_assert(offsetof(FunctionRow, name) == 0 && offsetof(FunctionRow, function) == 8, "the host fixes the layout");
 
 /// The host's callback that takes a module's functions. Its result is ignored.
 using RegisterFunctions = int (*)(void* host, int count, const FunctionRow* table);

@@ -16,7 +16,7 @@ namespace arrayfold {
 /// Reads a T from `sizeof(T)` bytes at any address.
 template <class T>
 T load(const void* bytes) noexcept {
-  static_assert(std::is_trivially_copyable_v<T>);
+  static_assert(std::is_trivially_copyable_v<T>, "values are copied as bytes");
   T value;
   std::memcpy(&value, bytes, sizeof(T));
   return value;
@@ -25,7 +25,7 @@ T load(const void* bytes) noexcept {
 /// Writes `value` as `sizeof(T)` bytes to any address. T is always named: `store<double>(payload, x)`.
 template <class T>
 void store(void* bytes, std::common_type_t<T> value) noexcept {
-  static_assert(std::is_trivially_copyable_v<T>);
+  static_assert(std::is_trivially_copyable_v<T>, "values are copied as bytes");
   std::memcpy(bytes, &value, sizeof(T));
 }
 
@@ -80,11 +80,11 @@ struct HostValue {
   std::byte rest[4];           // with `owned`: the second word of tag 25
   Lifetime lifetime;
 };
-static_assert(sizeof(HostValue) == 18 && alignof(HostValue) == 1);
-static_assert(offsetof(HostValue, tag) == 0 && offsetof(HostValue, payload) == 1);
-static_assert(offsetof(HostValue, owned) == 9 && offsetof(HostValue, rest) == 13);
-static_assert(offsetof(HostValue, lifetime) == 17);
-static_assert(std::is_trivially_copyable_v<HostValue>);
+static_assert(sizeof(HostValue) == 18 && alignof(HostValue) == 1, "the host fixes the layout");
+static_assert(offsetof(HostValue, tag) == 0 && offsetof(HostValue, payload) == 1, "the host fixes the layout");
+static_assert(offsetof(HostValue, owned) == 9 && offsetof(HostValue, rest) == 13, "the host fixes the layout");
+static_assert(offsetof(HostValue, lifetime) == 17, "the host fixes the layout");
+static_assert(std::is_trivially_copyable_v<HostValue>, "records are copied as bytes");
 
 /// Text behind tag 6: the characters follow the record's head directly.
 struct HostStringRecord {
@@ -93,13 +93,14 @@ struct HostStringRecord {
   std::byte host_words[16];
   char text[1];
 };
-static_assert(offsetof(HostStringRecord, length) == 16 && offsetof(HostStringRecord, text) == 36);
+static_assert(offsetof(HostStringRecord, length) == 16 && offsetof(HostStringRecord, text) == 36,
+              "the host fixes the layout");
 
 /// Manager of an object type. What follows the name is the host's.
 struct AnyMan {
   Field<const char*> name;
 };
-static_assert(offsetof(AnyMan, name) == 0 && sizeof(AnyMan) == 8);
+static_assert(offsetof(AnyMan, name) == 0 && sizeof(AnyMan) == 8, "the host fixes the layout");
 
 /// An object of the host: a type's manager and the content that the type's create callback made.
 struct HostAny {
@@ -108,8 +109,9 @@ struct HostAny {
   Field<AnyMan*> manager;
   Field<void*> content;
 };
-static_assert(sizeof(HostAny) == 24);
-static_assert(offsetof(HostAny, state) == 4 && offsetof(HostAny, manager) == 8 && offsetof(HostAny, content) == 16);
+static_assert(sizeof(HostAny) == 24, "the host fixes the layout");
+static_assert(offsetof(HostAny, state) == 4 && offsetof(HostAny, manager) == 8 && offsetof(HostAny, content) == 16,
+              "the host fixes the layout");
 
 /// An entry of a table. `HVM_HashGet` and its kin point at `value`: the item starts 18 bytes before.
 struct HostHashItem {
@@ -117,9 +119,9 @@ struct HostHashItem {
   HostValue value;
   std::byte host_words[8];
 };
-static_assert(sizeof(HostHashItem) == 44);
-static_assert(offsetof(HostHashItem, key) == 0 && offsetof(HostHashItem, value) == 18);
-static_assert(offsetof(HostHashItem, host_words) == 36);
+static_assert(sizeof(HostHashItem) == 44, "the host fixes the layout");
+static_assert(offsetof(HostHashItem, key) == 0 && offsetof(HostHashItem, value) == 18, "the host fixes the layout");
+static_assert(offsetof(HostHashItem, host_words) == 36, "the host fixes the layout");
 
 /// A table: pointers to the items of its ordered part, then the array of the others.
 struct HostHash {
@@ -129,8 +131,8 @@ struct HostHash {
   Field<HostHashItem*> items;
   Field<std::int32_t> item_count;
 };
-static_assert(offsetof(HostHash, index) == 0 && offsetof(HostHash, index_count) == 8);
-static_assert(offsetof(HostHash, items) == 16 && offsetof(HostHash, item_count) == 24);
+static_assert(offsetof(HostHash, index) == 0 && offsetof(HostHash, index_count) == 8, "the host fixes the layout");
+static_assert(offsetof(HostHash, items) == 16 && offsetof(HostHash, item_count) == 24, "the host fixes the layout");
 
 /// The running function's frame, as far as the reading of expressions needs it.
 struct HostFrame {
@@ -139,7 +141,8 @@ struct HostFrame {
   std::byte host_words[44];
   Field<std::uint32_t> copy_strings;  // nonzero: literal strings are copied; zero: they may be referenced
 };
-static_assert(offsetof(HostFrame, slot_base) == 16 && offsetof(HostFrame, copy_strings) == 64);
+static_assert(offsetof(HostFrame, slot_base) == 16 && offsetof(HostFrame, copy_strings) == 64,
+              "the host fixes the layout");
 
 struct HostContextRecord;
 /// The handle that every entry and callback receives first.
@@ -156,8 +159,10 @@ struct HostContextRecord {
   Field<CallFunction> call_function;  // 0: the call failed; without arguments `args` is null and `nargs` 0
   Field<ReadSlot> read_slot;          // the variable in a frame slot
 };
-static_assert(offsetof(HostContextRecord, frame) == 56 && offsetof(HostContextRecord, call_function) == 72);
-static_assert(offsetof(HostContextRecord, read_slot) == 80 && sizeof(HostContextRecord) == 88);
+static_assert(offsetof(HostContextRecord, frame) == 56 && offsetof(HostContextRecord, call_function) == 72,
+              "the host fixes the layout");
+static_assert(offsetof(HostContextRecord, read_slot) == 80 && sizeof(HostContextRecord) == 88,
+              "the host fixes the layout");
 
 /// How a slot of an expression node is to be read.
 enum class SlotTag : std::uint32_t {
@@ -179,8 +184,9 @@ struct HostCodeSlot {
   Field<std::uint32_t> length;  // of a literal string, with its terminator; 0 when not recorded
   std::byte host_tail[4];
 };
-static_assert(sizeof(HostCodeSlot) == 24);
-static_assert(offsetof(HostCodeSlot, payload) == 8 && offsetof(HostCodeSlot, length) == 16);
+static_assert(sizeof(HostCodeSlot) == 24, "the host fixes the layout");
+static_assert(offsetof(HostCodeSlot, payload) == 8 && offsetof(HostCodeSlot, length) == 16,
+              "the host fixes the layout");
 
 /// The node kinds that a module tests.
 enum class NodeKind : std::uint32_t {
@@ -210,17 +216,19 @@ struct HostCodeNode {
   HostCodeSlot link;
   HostCodeSlot value;
 };
-static_assert(offsetof(HostCodeNode, kind) == 8);
-static_assert(offsetof(HostCodeNode, link) == 16 && offsetof(HostCodeNode, link.payload) == 24);
-static_assert(offsetof(HostCodeNode, value) == 40 && offsetof(HostCodeNode, value.payload) == 48);
-static_assert(offsetof(HostCodeNode, value.length) == 56 && sizeof(HostCodeNode) == 64);
+static_assert(offsetof(HostCodeNode, kind) == 8, "the host fixes the layout");
+static_assert(offsetof(HostCodeNode, link) == 16 && offsetof(HostCodeNode, link.payload) == 24,
+              "the host fixes the layout");
+static_assert(offsetof(HostCodeNode, value) == 40 && offsetof(HostCodeNode, value.payload) == 48,
+              "the host fixes the layout");
+static_assert(offsetof(HostCodeNode, value.length) == 56 && sizeof(HostCodeNode) == 64, "the host fixes the layout");
 
 /// A named symbol of an expression: the fourth word points at its text.
 struct HostSymbol {
   std::byte host_head[24];
   Field<const char*> text;
 };
-static_assert(offsetof(HostSymbol, text) == 24);
+static_assert(offsetof(HostSymbol, text) == 24, "the host fixes the layout");
 
 /// The record behind tag 13: an expression and the frame in which it was written.
 struct HostCode {
@@ -229,21 +237,22 @@ struct HostCode {
   std::byte host_words[16];
   Field<std::uint32_t> frame_base;
 };
-static_assert(offsetof(HostCode, root) == 8 && offsetof(HostCode, frame_base) == 32);
+static_assert(offsetof(HostCode, root) == 8 && offsetof(HostCode, frame_base) == 32, "the host fixes the layout");
 
 /// An index of a `HostIndexList`.
 struct HostIndexEntry {
   Field<HostValue*> value;
   std::byte host_word[8];
 };
-static_assert(sizeof(HostIndexEntry) == 16 && offsetof(HostIndexEntry, value) == 0);
+static_assert(sizeof(HostIndexEntry) == 16 && offsetof(HostIndexEntry, value) == 0, "the host fixes the layout");
 
 /// The indices of an element access with brackets.
 struct HostIndexList {
   Field<std::uint64_t> packed_size;  // twice the count, plus 1 when the entries lie elsewhere
   std::byte entries[8];              // the entries from here on, or a pointer to them
 };
-static_assert(offsetof(HostIndexList, packed_size) == 0 && offsetof(HostIndexList, entries) == 8);
+static_assert(offsetof(HostIndexList, packed_size) == 0 && offsetof(HostIndexList, entries) == 8,
+              "the host fixes the layout");
 
 /// The operator numbers that a host passes to a type's operator callback.
 enum class Opcode : int {

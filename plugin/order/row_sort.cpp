@@ -41,7 +41,7 @@ void sort_by_vectors(std::int64_t* elements, std::size_t count) {
 // Doubles are sorted in place as integers: with the value bits of negative numbers inverted, their bits order like the
 // numbers. The vectorised sort for doubles itself loses elements beside an infinity.
 void sort_by_vectors(double* elements, std::size_t count) {
-  static_assert(sizeof(double) == sizeof(std::int64_t));
+  static_assert(sizeof(double) == sizeof(std::int64_t), "the bits of a double are sorted as an integer");
   const auto turn_negatives = [=] {
     for (std::size_t i = 0; i < count; ++i) {
       std::int64_t bits;

@@ -14,7 +14,7 @@ namespace arrayfold {
 /// memory.
 template <class T>
 class DynArray {
-  static_assert(std::is_trivially_copyable_v<T>);
+  static_assert(std::is_trivially_copyable_v<T>, "the host moves the bytes when the memory grows");
 
  public:
   explicit DynArray(std::int64_t byte_capacity, bool clear_new_memory = false)

@@ -22,7 +22,7 @@ Function c_library_function(const char* name) noexcept {
   void* function = library ? dlsym(library, name) : nullptr;
   if (!function) std::abort();
   Function typed;
-  static_assert(sizeof(typed) == sizeof(function));
+  static_assert(sizeof(typed) == sizeof(function), "dlsym gives functions as data pointers");
   arrayfold::store<void*>(&typed, function);
   return typed;
 }

@@ -153,7 +153,7 @@ class Value {
 
   HostValue record_;
 };
-static_assert(sizeof(Value) == sizeof(HostValue) && alignof(Value) == 1);
+static_assert(sizeof(Value) == sizeof(HostValue) && alignof(Value) == 1, "a vector of them is an array of records");
 
 /// The records of an argument list, null when it is empty.
 HostValue* records_of(std::vector<Value>& values) noexcept;

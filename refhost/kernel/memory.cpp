@@ -22,7 +22,7 @@ struct alignas(16) BlockHead {
   BlockKind kind;
   std::uint32_t references;
 };
-static_assert(sizeof(BlockHead) == 16);
+static_assert(sizeof(BlockHead) == 16, "what follows the head is aligned for any type");
 
 constexpr std::size_t largest_block = std::numeric_limits<std::ptrdiff_t>::max() - sizeof(BlockHead);
 

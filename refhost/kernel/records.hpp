@@ -12,7 +12,7 @@ extern std::int64_t live_records;
 /// A record of a tag whose payload is the bytes of a T; the rest is zero.
 template <class T>
 HostValue record_of(ValueTag tag, std::common_type_t<T> payload) noexcept {
-  static_assert(sizeof(T) <= sizeof(HostValue::payload));
+  static_assert(sizeof(T) <= sizeof(HostValue::payload), "the payload holds it");
   HostValue record = nil_record();
   record.tag = tag;
   arrayfold::store<T>(record.payload, payload);

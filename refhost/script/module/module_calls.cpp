@@ -73,7 +73,7 @@ class IndexList {
     arrayfold::Field<std::uint64_t> packed_size;
     HostIndexEntry inside[most_inside];
   };
-  static_assert(offsetof(List, inside) == offsetof(HostIndexList, entries));
+  static_assert(offsetof(List, inside) == offsetof(HostIndexList, entries), "the entries follow the count");
 
   List list_ = {};
   std::vector<HostIndexEntry> elsewhere_;
