@@ -1,5 +1,5 @@
 // embedding/embedding.c: loads the module, calls functions, methods and an operator, and destroys what it made
-// Each line of its output is an answer of the module. The exit status is 0 when all were right and nothing is left.
+// Each line of its output is a result of the module. The exit status is 0 if all are right and no memory is left.
 
 #include <dlfcn.h>
 #include <stdio.h>
@@ -10,7 +10,7 @@
 #define RECORDS(...) ((HostValue[]){__VA_ARGS__})
 #define NODE(x) ((HostCodeSlot){.tag = SLOT_NODE, .payload = (uintptr_t) & (x)})
 
-// The running script, as far as the module sees it: four variables in a frame that begins at slot 10.
+// What the module sees of the running script: four variables in a frame that begins at slot 10.
 static HostValue variables[4];
 static HostValue* read_slot(HostContext* ctx, int slot) { return (void)ctx, &variables[slot]; }
 static HostContext context = {.frame = &(HostFrame){.slot_base = 10}, .read = read_slot};
@@ -23,13 +23,13 @@ static void expect(const char* what, long answer, long expected) {
   wrong += answer != expected;
 }
 
-// The module hands over its functions in PKG_Init, with the pointer that PKG_Init was given.
+// PKG_Init passes the module's functions, with the `host` pointer that it got.
 static int take_functions(void* host, int count, const FunctionRow* table) {
   rows = table;
   return row_count = host == &context ? count : 0;
 }
 
-// Calls a function. The result starts as nil and is still nil when the function left it alone.
+// Calls a function. The result starts as nil, and is still nil if the function did not write it.
 static int call(const char* name, HostValue* args, int nargs, HostValue* result) {
   int i = 0;
   while (i < row_count && strcmp(rows[i].name, name) != 0) ++i;
@@ -37,13 +37,13 @@ static int call(const char* name, HostValue* args, int nargs, HostValue* result)
   return i < row_count ? rows[i].function(&context, args, nargs, result) : -1;
 }
 
-// Calls a method: it takes pointers to records, where a function takes records side by side.
+// Calls a method: it takes pointers to records, while a function takes contiguous records.
 static int method(HostValue* self, const char* name, HostValue** args, int nargs, HostValue* result) {
   *result = NOTHING;
   return self->tag == OBJECT && self->any->manager->method(&context, self, name, args, nargs, result, 0);
 }
 
-// Shows the elements of an array. `served` is what the call that made it answered.
+// Prints the elements of an array. `served` is the return value of the call that made it.
 static void expect_array(const char* what, int served, HostValue* array, const char* expected) {
   HostValue text = NOTHING;
   const int right = served == 1 && method(array, "dump", NULL, 0, &text) && strcmp(text.text, expected) == 0;
@@ -52,8 +52,8 @@ static void expect_array(const char* what, int served, HostValue* array, const c
   HVM_FreeObjectContent(&context, &text);
 }
 
-// A quotation, double(2, n), as a tree: the module reads kind and extents from it. With a table behind it, the shape
-// and the elements come from the table, which the module walks by itself.
+// A quotation, double(2, n), as a tree: the module reads kind and extents from it. If a table follows as the second
+// argument, the shape and the elements come from the table, which the module walks itself.
 static void quote(HostValue* zeros, HostValue* halves) {
   variables[3] = INT(3);
   HostCodeNode n = {.kind = CELL, .value = {.tag = SLOT_VARIABLE, .payload = 12}};

@@ -1,4 +1,4 @@
-// embedding/host.h: the host's records, written down from their offsets. Fields called `host` are no module's business.
+// embedding/host.h: the host's records, laid out by their offsets. A module does not use fields called `host`.
 
 #pragma once
 
@@ -12,7 +12,7 @@
 typedef struct HostContext HostContext;
 
 // clang-format off
-// The value that everything is passed in. It is packed: an array of values is walked in steps of 18 bytes.
+// The record of every value. It is packed: an array of values has a stride of 18 bytes.
 typedef struct PACKED {
   uint8_t tag;
   union { int32_t integer; int64_t integer64; double real; char* text;
@@ -24,7 +24,7 @@ enum ValueTag { INTEGER = 0, REAL = 1, STRING = 2, TABLE = 5, NIL = 10, CODE = 1
 _Static_assert(sizeof(HostValue) == 18 && AT(HostValue, integer) == 1 && AT(HostValue, any) == 1, "HostValue");
 _Static_assert(AT(HostValue, owned) == 9 && AT(HostValue, lifetime) == 17, "HostValue");
 
-// An object type: four callbacks and a manager. Of the manager, the name alone is the contract's.
+// An object type: four callbacks and a manager. The contract defines only the name in the manager.
 typedef void* Create(void);
 typedef void Destroy(HostContext* ctx, void* content);
 typedef uint8_t Method(HostContext* ctx, HostValue* self, const char* name, HostValue** args, int nargs,
@@ -50,7 +50,7 @@ _Static_assert(AT(HostCodeNode, link.payload) == 24 && AT(HostCodeNode, value) =
 _Static_assert(AT(HostCodeNode, value.payload) == 48 && AT(HostCodeNode, value.length) == 56, "HostCodeNode");
 _Static_assert(AT(HostCode, root) == 8 && AT(HostCode, frame_base) == 32, "HostCode");
 
-// What every call receives: opaque, but for the way to the variables and functions of the running script.
+// Every call gets a context. It is opaque, except for access to the variables and functions of the running script.
 typedef int CallFunction(void* callee, HostContext* ctx, HostValue* args, int nargs, HostValue* result);
 typedef HostValue* ReadSlot(HostContext* ctx, int slot);
 typedef struct { uint64_t host[2]; uint32_t slot_base, host_words[11], copy_strings; } HostFrame;
@@ -58,14 +58,14 @@ struct HostContext { uint64_t host[7]; HostFrame* frame; uint64_t host_word; Cal
 _Static_assert(AT(HostFrame, slot_base) == 16 && AT(HostFrame, copy_strings) == 64, "HostFrame");
 _Static_assert(AT(HostContext, call) == 72 && AT(HostContext, read) == 80, "HostContext");
 
-// A row of the table that a module registers, and the one function that it exports, as the loader finds it.
+// A row of the table that a module registers, and the one function that it exports, in the form that dlsym gives.
 typedef struct { const char* name; int (*function)(HostContext*, HostValue* args, int, HostValue*); } FunctionRow;
 _Static_assert(sizeof(FunctionRow) == 16 && AT(FunctionRow, function) == 8, "FunctionRow");
 typedef int TakeFunctions(void* host, int count, const FunctionRow* rows);
 typedef union { void* symbol; int (*init)(void* host, TakeFunctions* take); } PackageInit;
 // clang-format on
 
-// What the program calls in the two libraries: operations, and three of this host's own.
+// What the program calls in the two libraries: two operations, and three functions of this host.
 HostValue* HVM_HashSetInt(HostContext* ctx, HostHash* hash, int key);
 void HVM_FreeObjectContent(HostContext* ctx, HostValue* value);
 int host_types(void);    // types registered so far

@@ -1,5 +1,5 @@
 // embedding/interp.c: libHVMInterp.so, the host's lgamma and erf, under the symbol version that interp.map names
-// A call of the C library's functions of these names would come back here; their long double forms have other names.
+// A call of `lgamma` or `erf` would be a call of these very functions; the long double forms have other names.
 
 #include <math.h>
 #include "host.h"

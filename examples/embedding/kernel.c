@@ -1,12 +1,12 @@
-// embedding/kernel.c: libHVMkrnl.so, the 44 operations, as many of them working as the program needs
-// A record owns what it holds, alone: a text, a table or an object dies with the one record that it stands in.
+// embedding/kernel.c: libHVMkrnl.so, the 44 operations, of which those that the program needs are implemented
+// Each text, table and object belongs to one record, and is freed with it.
 
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include "host.h"
 
-// Memory is counted, so that the program can tell at its end whether all of it came back.
+// Blocks of memory are counted, so that the program can check at its end that all of them were freed.
 static int blocks;
 int host_blocks(void) { return blocks; }
 
@@ -29,10 +29,10 @@ void HVM_FreeObjectContent(HostContext* ctx, HostValue* value) {
   for (int i = 0; old.tag == TABLE && i < old.table->item_count; ++i)
     HVM_FreeObjectContent(ctx, &old.table->items[i].value);
   if (old.tag == TABLE) release(old.table->items);
-  release(old.text);  // the block itself, whichever of the pointers it is
+  release(old.text);  // the block itself, which all pointers of the union share
 }
 
-// Every setter ends here: what the record held goes first.
+// All setters end here: the old content of the record is released first.
 static void put(HostContext* ctx, HostValue* value, HostValue content) {
   HVM_FreeObjectContent(ctx, value);
   *value = content;
@@ -46,7 +46,7 @@ void HVM_SetStringEx(HostContext* ctx, HostValue* value, const char* text, int l
   put(ctx, value, (HostValue){.tag = STRING, .text = copy, .owned = 1, .lifetime = 1});
 }
 
-// Numbers have three tags. Which integer a huge real becomes is a host's choice; here none is passed.
+// Numbers have three tags. A host decides which integer a huge real becomes; here no huge real occurs.
 uint8_t HVM_NumberCheck(HostValue* v) { return v->tag == INTEGER || v->tag == REAL || v->tag == INTEGER64; }
 int64_t HVM_AsInt64(HostValue* v) {
   return v->tag == INTEGER ? v->integer : v->tag == REAL ? (int64_t)v->real : v->integer64;
@@ -54,7 +54,7 @@ int64_t HVM_AsInt64(HostValue* v) {
 int HVM_AsInt(HostValue* v) { return (int)HVM_AsInt64(v); }
 double HVM_AsDouble(HostValue* v) { return v->tag == REAL ? v->real : (double)HVM_AsInt64(v); }
 
-// A table takes integer keys, looks for one from the front and makes room for one item at a time.
+// A table has integer keys only. A search starts at the first item, and memory grows by one item at a time.
 void HVM_ForceTable(HostContext* ctx, HostValue* value, int capacity) {
   HostHash* hash = memset(resize(NULL, sizeof(HostHash)), 0, sizeof(HostHash));
   put(ctx, value, (HostValue){.tag = TABLE, .table = hash, .lifetime = 1});
@@ -68,7 +68,7 @@ HostValue* HVM_HashSetInt(HostContext* ctx, HostHash* hash, int key) {
   return &hash->items[hash->item_count++].value;
 }
 
-// Object types. The one in the making stands behind the registered ones, under which an object finds its own by name.
+// Object types. The next one is made behind the registered ones, among which an object finds its type by name.
 static AnyMan types[8];
 static int type_count;
 int host_types(void) { return type_count; }
@@ -96,7 +96,7 @@ void HVM_SetTypeAny(HostContext* ctx, HostValue* value, HostAny* any) {
 uint8_t HVM_AnyCheck(HostValue* value) { return value->tag == OBJECT; }
 HostAny* HVM_GetAny(HostValue* value) { return value->any; }
 
-// The rest: a module loads only where all 44 symbols are, and a call of one of these says which it was.
+// The rest: a module loads only if all 44 symbols exist. A call of one of these prints its name and aborts.
 // clang-format off
 #define UNSERVED(name) void name(void) { fputs(#name " is not served by this host\n", stderr), abort(); }
 UNSERVED(HVM_AsBool) UNSERVED(HVM_AsString) UNSERVED(HVM_StringCheckAll) UNSERVED(HVM_StringLen) UNSERVED(HVM_SetInt)
