@@ -6,6 +6,7 @@
 
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <type_traits>
 
@@ -79,16 +80,18 @@ auto passing_over_nan(Choose choose) {
 /// order, unless there was a zero before.
 template <class T, class Choose>
 T floating_extreme(const T* elements, std::size_t count, T accumulated, Choose choose) {
-  constexpr std::size_t chunk = 64 * block_length<T>;
-  static_assert(chunk % chunk_step<T> == 0, "chunks are compared register by register");
+  constexpr std::size_t step = chunk_step<T>, longest = 128 * block_length<T>;
+  static_assert(step % block_length<T> == 0, "a chunk that is folded in order is made of whole blocks");
   const auto in_order = passing_over_nan(choose);
   std::size_t i = 0;
-  for (; i + chunk <= count; i += chunk) {
-    const T extreme = chunk_extreme(elements + i, chunk, accumulated, choose);
+  while (count - i >= step) {
+    const std::size_t size = std::min(longest, (count - i) / step * step);
+    const T extreme = chunk_extreme(elements + i, size, accumulated, choose);
     if (extreme == 0 && accumulated != 0)
-      accumulated = fold_blocks(elements + i, chunk, accumulated, in_order);
+      accumulated = fold_blocks(elements + i, size, accumulated, in_order);
     else
       accumulated = choose(accumulated, extreme);
+    i += size;
   }
   return fold_blocks(elements + i, count - i, accumulated, in_order);
 }

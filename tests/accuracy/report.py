@@ -57,7 +57,7 @@ def peers(program, count):
 
 
 def table(measured, numpy_errors):
-    yield "| Function | Largest error | at | on four lanes | NumPy's largest | at |"
+    yield "| Function | Largest error | at | with AVX2 | NumPy's largest | at |"
     yield "| --- | ---: | ---: | ---: | ---: | ---: |"
     for name, (error, at, narrow) in measured.items():
         peer = numpy_errors.get(name)
