@@ -31,10 +31,13 @@ Outcome visit_pair(const Call& call, Visit visit) {
   });
 }
 
-/// Gives the array `multiply(kind, first, second)` under the name of the first's kind.
+/// Gives the array `multiply(kind, first, second)` under the name of the first's kind. Throws std::bad_alloc when the
+/// product of an operand's extents is not the number of its elements.
 template <class Multiply>
 Outcome give_product(const Call& call, Multiply multiply) {
   return visit_pair(call, [&](auto kind, const auto& a, const auto& b) {
+    check_extents(a);
+    check_extents(b);
     give_array(call, kind, multiply(kind, a, b));
     return Outcome::handled;
   });
@@ -42,6 +45,8 @@ Outcome give_product(const Call& call, Multiply multiply) {
 
 template <class A, class B>
 using CommonType = std::common_type_t<A, B>;
+template <class Array>
+using ElementOf = typename std::decay_t<Array>::value_type;
 
 /// Does BLAS compute products of these types?
 template <class A, class B>
@@ -165,25 +170,22 @@ void multiply_by_blas(const DotForm& form, const T* a, std::size_t a_dimensions,
 }
 
 constexpr auto dot = [](auto kind, const auto& a, const auto& b) {
-  using Kind = decltype(kind);
-  using A = typename std::decay_t<decltype(a)>::value_type;
-  using B = typename std::decay_t<decltype(b)>::value_type;
+  using A = ElementOf<decltype(a)>;
+  using B = ElementOf<decltype(b)>;
   using R = CommonType<A, B>;
-  check_extents(a);
-  check_extents(b);
   const A* const left = a.storage().data();
   const B* const right = b.storage().data();
   // A zero-dimensional array multiplies each element of the other.
   if (a.dimension() == 0)
-    return computed<Kind, R>(b.shape(), [&](R* out) {
+    return computed<decltype(kind), R>(b.shape(), [&](R* out) {
       for (std::size_t i = 0; i < b.storage().size(); ++i) out[i] = *left * right[i];
     });
   if (b.dimension() == 0)
-    return computed<Kind, R>(a.shape(), [&](R* out) {
+    return computed<decltype(kind), R>(a.shape(), [&](R* out) {
       for (std::size_t i = 0; i < a.storage().size(); ++i) out[i] = left[i] * *right;
     });
   const DotForm form = dot_form(a.shape(), b.shape());
-  return computed<Kind, R>(form.extents, [&](R* out) {
+  return computed<decltype(kind), R>(form.extents, [&](R* out) {
     const std::size_t size = form.rows * form.matrices * form.columns;
     if (form.inner == 0 || size == 0) return std::fill_n(out, size, R{0}), void();
     if constexpr (for_blas<A, B>)
@@ -235,15 +237,10 @@ void multiply_outer(const FirstAxis<A>& a, const FirstAxis<B>& b, R* out) {
 }
 
 constexpr auto outer = [](auto kind, const auto& first, const auto& second) {
-  using Kind = decltype(kind);
-  using A = typename std::decay_t<decltype(first)>::value_type;
-  using B = typename std::decay_t<decltype(second)>::value_type;
-  using R = CommonType<A, B>;
-  check_extents(first);
-  check_extents(second);
+  using R = CommonType<ElementOf<decltype(first)>, ElementOf<decltype(second)>>;
   const auto a = first_axis(first);
   const auto b = first_axis(second);
-  return computed<Kind, R>({a.extent, b.extent}, [&](R* out) {
+  return computed<decltype(kind), R>({a.extent, b.extent}, [&](R* out) {
     std::fill_n(out, a.extent * b.extent, R{0});
     // An operand without elements adds nothing.
     if (!first.storage().empty() && !second.storage().empty()) multiply_outer(a, b, out);
@@ -277,25 +274,20 @@ std::size_t extents_product(std::size_t a, std::size_t b) {
 
 /// Each element of the first, multiplied by all of the second, in its place.
 constexpr auto kron = [](auto kind, const auto& first, const auto& second) {
-  using Kind = decltype(kind);
-  using A = typename std::decay_t<decltype(first)>::value_type;
-  using B = typename std::decay_t<decltype(second)>::value_type;
-  using R = CommonType<A, B>;
-  check_extents(first);
-  check_extents(second);
+  using R = CommonType<ElementOf<decltype(first)>, ElementOf<decltype(second)>>;
   const KronForm a = kron_form(first);
   const KronForm b = kron_form(second);
-  const A* const left = first.storage().data();
-  const B* const right = second.storage().data();
+  const auto* const left = first.storage().data();
+  const auto* const right = second.storage().data();
   const std::size_t rows = extents_product(a.rows, b.rows), columns = extents_product(a.columns, b.columns);
-  return computed<Kind, R>({rows, columns}, [&](R* out) {
+  return computed<decltype(kind), R>({rows, columns}, [&](R* out) {
     const bool nothing = first.storage().empty() || second.storage().empty();
     if (nothing) return std::fill_n(out, rows * columns, R{0}), void();
     for (std::size_t i = 0; i < a.rows; ++i)
       for (std::size_t k = 0; k < b.rows; ++k)
         for (std::size_t j = 0; j < a.columns; ++j) {
           const auto factor = static_cast<R>(left[i * a.row_stride + j * a.column_stride]);
-          const B* const row = right + k * b.row_stride;
+          const auto* const row = right + k * b.row_stride;
           for (std::size_t h = 0; h < b.columns; ++h) *out++ = factor * static_cast<R>(row[h * b.column_stride]);
         }
   });
