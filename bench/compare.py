@@ -1,15 +1,16 @@
 #!/usr/bin/python3
-# bench/compare.py: each case of ours and its peer in NumPy, in turns, as one table of ratios
+# bench/compare.py: each case of the module and its peer in NumPy, in turns, as one table of ratios
 
 import argparse
+import itertools
 import json
 import os
 import sys
 
-# Before NumPy is loaded, and for the processes that are started here.
+# Set before NumPy is loaded, and inherited by the processes that are started here.
 os.environ["OPENBLAS_NUM_THREADS"] = "1"
 os.environ["OMP_NUM_THREADS"] = "1"
-sys.dont_write_bytecode = True  # the sources stay clean
+sys.dont_write_bytecode = True  # no cache files beside the sources
 
 import measurement
 import peers
@@ -17,10 +18,12 @@ import report
 
 
 def arguments():
-    parser = argparse.ArgumentParser(description="Compares the module with NumPy, case by case.")
+    parser = argparse.ArgumentParser(description="Compares the module with NumPy, case by case.",
+                                     epilog="With --compare OLD_BUILD, scripts/bench compares two builds of the module "
+                                            "instead: see scripts/bench --compare OLD_BUILD --help.")
     parser.add_argument("filter", nargs="?", default="", help="only cases with this in their name: text/, xeye, /10")
     parser.add_argument("--program", required=True, help="the benchmark program")
-    parser.add_argument("--rounds", type=int, default=7, help="rounds of ours, then NumPy's (default %(default)s)")
+    parser.add_argument("--rounds", type=int, default=7, help="rounds of the module, then NumPy (default %(default)s)")
     parser.add_argument("--seconds", type=float, default=0.05, help="of one measurement (default %(default)s)")
     parser.add_argument("--core", type=int, help="the core that both run on (default: the last)")
     parser.add_argument("--json", metavar="PATH", help="write the rows as JSON")
@@ -32,30 +35,44 @@ def arguments():
     return chosen
 
 
-def check_lists(cases, names):
-    """Ends the program when the two lists do not name the same cases."""
-    wanted, registered = [case.name for case in cases], list(names)
+def check_lists(cases, ours):
+    """Ends the program when the two lists do not name the same cases, or when a function of the module has no case."""
+    wanted, registered = [case.name for case in cases], ours.names()
     problems = [f"only in peers/: {name}" for name in sorted(set(wanted) - set(registered))]
     problems += [f"only in the program: {name}" for name in sorted(set(registered) - set(wanted))]
     problems += [f"twice in the program: {name}" for name in sorted(set(registered)) if registered.count(name) > 1]
-    problems += [f"{case.name}: something for a size that it does not have: {n}" for case in cases
+    problems += [f"{case.name}: a bound for a size that the case does not have: {n}" for case in cases
                  for n in {**case.case.limits, **case.case.beside} if n not in case.case.ratios]
     problems += [f"{case.name}: a ratio without a peer" for case in cases
                  if case.case.ratios[case.n] is not None and case.case.peer(case.n) is None]
+    problems += [f"no case calls {function}" for function in ours.unmeasured()]
     if problems:
         sys.exit("\n".join(problems))
 
 
 def run_once(cases, ours):
-    """Every case on both sides, the shortest way."""
+    """Runs every case once on both sides.
+
+    Most of the time goes into random operands, so NumPy's cases of one size and setup share theirs.
+    """
     names = [case.name for case in cases]
     missing = set(names) - set(ours.times(names, 0))
     if missing:
         sys.exit("these cases gave no time: " + ", ".join(sorted(missing)))
-    for case in cases:
-        for text in filter(None, (case.case.peer(case.n), case.case.beside.get(case.n))):
-            measurement.Expression(text, case).once()
+    with_peer = [case for case in cases if expressions(case)]
+    by_operands = lambda case: (case.n, case.case.setup)
+    for _, alike in itertools.groupby(sorted(with_peer, key=by_operands), key=by_operands):
+        shared = None
+        for case in alike:
+            shared = shared or measurement.names_of(case)
+            for text in expressions(case):
+                measurement.Expression(text, shared).once()
     print(f"{len(cases)} cases ran on both sides")
+
+
+def expressions(case):
+    """What a case runs in NumPy: its peer and the expression beside it, where there are such."""
+    return [text for text in (case.case.peer(case.n), case.case.beside.get(case.n)) if text]
 
 
 def compare(cases, ours, chosen):
@@ -74,7 +91,7 @@ def main():
     chosen = arguments()
     ours = measurement.Ours(chosen.program)
     every_case = list(peers.all_cases())
-    check_lists(every_case, ours.names())
+    check_lists(every_case, ours)
     cases = [case for case in every_case if chosen.filter in case.name]
     if not cases:
         sys.exit(f"no case has {chosen.filter} in its name")

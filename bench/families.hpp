@@ -1,4 +1,4 @@
-// bench/families.hpp: each family registers its cases; its peers stand in peers/<family>.py
+// bench/families.hpp: each family adds its cases; their peers are in peers/<family>.py
 
 #pragma once
 

@@ -1,6 +1,6 @@
-# bench/measurement.py: our time and NumPy's for one case, interleaved
+# bench/measurement.py: the module's time and NumPy's for one case, interleaved
 #
-# Both sides count the processor time of their thread: what other programs take of the core is not in it.
+# Both sides count the processor time of their thread, which excludes the time of other programs on the core.
 
 import json
 import re
@@ -13,7 +13,7 @@ import numpy
 
 
 class Ours:
-    """The benchmark program; every measurement is a process of its own."""
+    """The benchmark program; each measurement is a process of its own."""
 
     def __init__(self, program):
         self.program = program
@@ -21,6 +21,10 @@ class Ours:
 
     def names(self):
         return self._run("--benchmark_list_tests").split()
+
+    def unmeasured(self):
+        """The functions of the module that no case calls."""
+        return self._run("--unmeasured").split()
 
     def times(self, names, seconds):
         """Nanoseconds per call for each name. Raises RuntimeError when a case reports an error."""
@@ -41,17 +45,22 @@ class Ours:
         return run.stdout
 
 
+def names_of(case):
+    """The names that the expressions of a case use: NumPy, n, and what the setup of the case defines."""
+    names = {"np": numpy, "n": case.n}
+    exec(case.case.setup, names)
+    return names
+
+
 class Expression:
     """An expression in NumPy, timed in this process."""
 
-    def __init__(self, text, case):
-        names = {"np": numpy, "n": case.n}
-        exec(case.case.setup, names)  # names stay global, so that what is made once is not made again
-        self.timer = timeit.Timer(text, timer=time.thread_time_ns, globals=names)
+    def __init__(self, text, names):
+        self.timer = timeit.Timer(text, timer=time.thread_time_ns, globals=names)  # global, so that calls share them
         self.calls = 1
 
     def once(self):
-        """Runs it one time; an error in it is the caller's."""
+        """Runs it one time. Throws what the expression throws."""
         self.timer.timeit(1)
 
     def time(self, seconds):
@@ -63,16 +72,13 @@ class Expression:
         return spent / self.calls
 
 
-
-
-
 def measure(case, ours, rounds, seconds):
-    """One row of the table: rounds of ours, then NumPy's; three times as many where they scatter.
+    """One row of the table: rounds of the module, then NumPy; three times as many where they scatter.
 
     Times are medians of the rounds, the ratio is the median of the rounds' ratios, so that drift cancels.
     """
     peer = case.case.peer(case.n)
-    peer = peer and Expression(peer, case)
+    peer = peer and Expression(peer, names_of(case))
     pairs = []
     for _ in range(3):
         for _ in range(rounds):
@@ -93,17 +99,17 @@ def measure(case, ours, rounds, seconds):
     beside = case.case.beside.get(case.n)
     if beside:
         row["beside"] = beside
-        row["beside_ns"] = statistics.median(Expression(beside, case).time(seconds) for _ in range(rounds))
+        row["beside_ns"] = statistics.median(Expression(beside, names_of(case)).time(seconds) for _ in range(rounds))
     return row
 
 
 def ratios_of(pairs):
-    """Ours over NumPy's, round by round; our times alone where there is no peer."""
+    """The module's time over NumPy's, round by round; the module's time alone without a peer."""
     return [pair[0] / pair[1] if pair[1] else pair[0] for pair in pairs]
 
 
 def scatters(pairs):
-    """True when the middle half of the rounds is wider than the tenth that noise is allowed."""
+    """True when the middle half of the rounds spans more than the tenth that counts as noise."""
     ratios = ratios_of(pairs)
     low, middle, high = statistics.quantiles(ratios, n=4) if len(ratios) > 1 else [ratios[0]] * 3
     return high - low > 0.1 * middle

@@ -5,17 +5,20 @@
 #include <dlfcn.h>
 
 #include <map>
+#include <set>
 #include <stdexcept>
 
 namespace arrayfold::bench {
 namespace {
 
-/// Everything that lives as long as the program. The records go first and the context last.
+/// Everything that lives as long as the program. Destruction runs backwards: records first, the context last.
 struct Session {
   hvm::Context context;
   std::map<std::string, EntryFunction> functions;
-  std::string prepared;        // the case whose records are at hand
-  std::vector<Value> records;  // theirs alone: the big cases do not pile up
+  std::set<std::string> measured;  // the functions that were asked for
+  std::vector<SizedCase> cases;
+  std::string prepared;        // the case that `records` belongs to
+  std::vector<Value> records;  // of one case only, so that memory holds the operands of one large case at most
 };
 
 int take_functions(void* host, int count, const FunctionRow* table) {
@@ -24,21 +27,17 @@ int take_functions(void* host, int count, const FunctionRow* table) {
   return 0;
 }
 
-void load_module(std::map<std::string, EntryFunction>& functions) {
-  void* library = dlopen(MODULE_PATH, RTLD_NOW | RTLD_LOCAL);
-  if (library == nullptr) throw std::runtime_error(dlerror());
-  void* symbol = dlsym(library, "PKG_Init");
-  if (symbol == nullptr) throw std::runtime_error("no PKG_Init in " MODULE_PATH);
-  load<PackageInit> (&symbol)(&functions, take_functions);
-}
-
 Session& session() {
   static Session session;
-  if (session.functions.empty()) load_module(session.functions);
   return session;
 }
 
-/// The records of a case, kept while the library repeats the case to find its number of iterations.
+const std::map<std::string, EntryFunction>& functions() {
+  if (session().functions.empty()) load_module(MODULE_PATH);
+  return session().functions;
+}
+
+/// The records of a case. They are kept until another case asks for its own.
 std::vector<Value>& prepared_records(const std::string& name, int n, const RecordsOf& records_of) {
   Session& at = session();
   if (at.prepared != name) {
@@ -51,7 +50,7 @@ std::vector<Value>& prepared_records(const std::string& name, int n, const Recor
 
 using OperatorCallback = decltype(hvm::TypeCallbacks::op);
 
-/// An operator callback with its operands at hand.
+/// An operator callback with its operands.
 struct Operation {
   OperatorCallback op;
   int opcode;
@@ -69,7 +68,7 @@ struct Operation {
   bool operator()(HostValue* result) const { return op(ctx, opcode, left, right, result) != 0; }
 };
 
-/// The index list over `records`, but for the first and the last of them, with its entries on the heap.
+/// The index list over all `records` but the first and the last, with its entries on the heap.
 class IndexList {
  public:
   explicit IndexList(std::vector<Value>& records) : entries_(records.size() - 2) {
@@ -87,40 +86,59 @@ class IndexList {
 
 /// Times `operation` with a result record that belongs to the records of the case.
 void time_in_place(benchmark::State& state, const Operation& operation, HostValue* result) {
-  bool served = true;
-  for (auto _ : state) served &= operation(result);
-  if (!served) state.SkipWithError("the module declined the operator");
+  bool succeeded = true;
+  for (auto _ : state) succeeded &= operation(result);
+  if (!succeeded) state.SkipWithError("the operator failed");
 }
 
-/// Times `call(result)`, which answers nonzero when it succeeded, and the release of the result.
+/// Times `call(result)`, which returns nonzero on success, together with the release of the result.
 template <class TimedCall>
 void time_calls(benchmark::State& state, TimedCall call) {
-  bool handled = true;
+  bool succeeded = true;
   for (auto _ : state) {
     HostValue result = hvm::nil_record();
-    handled &= call(&result) != 0;
+    succeeded &= call(&result) != 0;
     hvm::release(result);
   }
-  if (!handled) state.SkipWithError("the module answered that the call failed");
+  if (!succeeded) state.SkipWithError("the call failed");
 }
 
 }  // namespace
 
+void load_module(const std::string& path) {
+  Session& host = session();
+  void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (library == nullptr) throw std::runtime_error(dlerror());
+  void* symbol = dlsym(library, "PKG_Init");
+  if (symbol == nullptr) throw std::runtime_error("no PKG_Init in " + path);
+  load<PackageInit> (&symbol)(&host.functions, take_functions);
+}
+
 HostContext context() { return session().context.handle(); }
 
 EntryFunction entry_named(const std::string& function) {
-  const auto row = session().functions.find(function);
-  if (row == session().functions.end()) throw std::invalid_argument("the module has no function " + function);
+  const auto row = functions().find(function);
+  if (row == functions().end()) throw std::invalid_argument("the module has no function " + function);
+  session().measured.insert(function);
   return row->second;
 }
+
+std::vector<std::string> unmeasured_functions() {
+  std::vector<std::string> names;
+  for (const auto& row : functions())
+    if (session().measured.count(row.first) == 0) names.push_back(row.first);
+  return names;
+}
+
+const std::vector<SizedCase>& cases() { return session().cases; }
 
 void add_case(const std::string& name, const std::vector<int>& sizes, const RecordsOf& records_of,
               const TimedLoop& loop) {
   for (const int n : sizes) {
     const std::string sized = name + "/" + std::to_string(n);
-    benchmark::RegisterBenchmark(sized.c_str(), [sized, n, records_of, loop](benchmark::State& state) {
-      loop(state, prepared_records(sized, n, records_of));
-    });
+    session().cases.push_back({sized, [sized, n, records_of, loop](benchmark::State& state) {
+                                 loop(state, prepared_records(sized, n, records_of));
+                               }});
   }
 }
 

@@ -1,7 +1,7 @@
 // bench/module.hpp: the module under the reference host, and how its calls become benchmark cases
 //
-// A case is named family/label/n, and the peer's list under peers/ has the same name. What is timed is one call through
-// the C interface, as a host makes it, together with the release of the value that it gives.
+// A case is named family/label/n, and its peer under peers/ has the same name. The timed loop makes one call through
+// the C interface, as a host makes it, and releases the result.
 
 #pragma once
 
@@ -17,20 +17,33 @@ namespace arrayfold::bench {
 
 using hvm::Value;
 
-/// From what fits into a register file to what only memory holds.
+/// From arrays that fit into registers to arrays that fit into no cache.
 inline const std::vector<int> four_sizes{10, 1'000, 100'000, 10'000'000};
 
+/// Loads the module at `path`. Without this call the first use loads the module of this build.
+void load_module(const std::string& path);
 /// The context of all calls.
 HostContext context();
 /// A function of the module's table. Throws std::invalid_argument when it has none of that name.
 EntryFunction entry_named(const std::string& function);
+/// The names of the module's functions that `entry_named` was never asked for.
+std::vector<std::string> unmeasured_functions();
 
 /// The records that a case of size `n` works on.
 using RecordsOf = std::function<std::vector<Value>(int n)>;
 /// The timed loop over the records of a case.
 using TimedLoop = std::function<void(benchmark::State& state, std::vector<Value>& records)>;
 
-/// Registers `name`/n for each size. The records are made once a case, outside the timed loop.
+/// A case at one size, named family/label/n.
+struct SizedCase {
+  std::string name;
+  std::function<void(benchmark::State& state)> run;
+};
+
+/// Every case added so far, in that order.
+const std::vector<SizedCase>& cases();
+
+/// Adds `name`/n for each size. The records are made once a case, outside the timed loop.
 void add_case(const std::string& name, const std::vector<int>& sizes, const RecordsOf& records_of,
               const TimedLoop& loop);
 /// A case that calls `function` with the records as its arguments. A call that fails is an error of the case.

@@ -1,7 +1,7 @@
-// bench/ordering.cpp: arrays sorted, partitioned, and searched for what is distinct or extreme
+// bench/ordering.cpp: sorting, partitions, distinct elements, extremes and differences
 //
-// Beside random data stand the kinds of data that a sort may take otherwise: NaN, zeros of both signs, few distinct
-// numbers, sorted ones, and an order that makes a quicksort split off next to nothing.
+// Sorts are measured over random data, and over data for which a sort may take another path: NaN, zeros of both signs,
+// few distinct numbers, sorted numbers, and an order in which each step of a quicksort splits off almost nothing.
 
 #include <algorithm>
 #include <cmath>
@@ -26,32 +26,32 @@ Extents extent(int n) { return {static_cast<std::size_t>(n)}; }
 /// The square of about `n` elements: 3, 31, 316, 1000 or 3162 rows.
 Extents square(int n) { return Extents(2, static_cast<std::size_t>(std::sqrt(static_cast<double>(n)))); }
 
-std::vector<Value> reals(int n) { return {normal_reals(extent(n))}; }
+std::vector<Value> doubles(int n) { return {normal_doubles(extent(n))}; }
 std::vector<Value> ints(int n) { return {small_ints(extent(n))}; }
 std::vector<Value> long_ints(int n) { return {small_long_ints(extent(n))}; }
-std::vector<Value> real_square(int n) { return {normal_reals(square(n))}; }
+std::vector<Value> double_square(int n) { return {normal_doubles(square(n))}; }
 
-// ---- Partitions, at the middle of a run
+// ---- Partitions, at the middle of a row
 
-std::vector<Value> reals_and_middle(int n) { return {normal_reals(extent(n)), Value(n / 2)}; }
+std::vector<Value> doubles_and_middle(int n) { return {normal_doubles(extent(n)), Value(n / 2)}; }
 std::vector<Value> ints_and_middle(int n) { return {small_ints(extent(n)), Value(n / 2)}; }
 std::vector<Value> square_and_middle(int n) {
-  return {normal_reals(square(n)), Value(static_cast<int>(square(n).back() / 2))};
+  return {normal_doubles(square(n)), Value(static_cast<int>(square(n).back() / 2))};
 }
 
 // ---- Data of special kinds
 
 /// `n` doubles of the normal distribution, changed by `change(elements)`.
 template <class Change>
-std::vector<Value> changed_reals(int n, Change change) {
-  std::vector<Value> records = reals(n);
+std::vector<Value> changed_doubles(int n, Change change) {
+  std::vector<Value> records = doubles(n);
   change(unbox_array<XTDouble>(hvm::object_of(records[0].record()))->array->storage());
   return records;
 }
 
-/// One element of a hundred is `first`, and another one `second`.
-std::vector<Value> reals_among_which(int n, double first, double second) {
-  return changed_reals(n, [&](auto& elements) {
+/// Normal doubles in which about one element of a hundred is `first`, and as many are `second`.
+std::vector<Value> doubles_among_which(int n, double first, double second) {
+  return changed_doubles(n, [&](auto& elements) {
     std::mt19937_64 engine(2);
     for (double& x : elements) {
       const auto drawn = engine() % 100;
@@ -62,24 +62,24 @@ std::vector<Value> reals_among_which(int n, double first, double second) {
 
 std::vector<Value> with_nan(int n) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
-  return reals_among_which(n, nan, nan);
+  return doubles_among_which(n, nan, nan);
 }
-std::vector<Value> with_both_zeros(int n) { return reals_among_which(n, 0.0, -0.0); }
+std::vector<Value> with_both_zeros(int n) { return doubles_among_which(n, 0.0, -0.0); }
 
 std::vector<Value> few_distinct(int n) {
-  return changed_reals(n, [](auto& elements) {
+  return changed_doubles(n, [](auto& elements) {
     std::mt19937_64 engine(2);
     for (double& x : elements) x = static_cast<double>(engine() % 10);
   });
 }
 
 std::vector<Value> sorted(int n) {
-  return changed_reals(n, [](auto& elements) { std::sort(elements.begin(), elements.end()); });
+  return changed_doubles(n, [](auto& elements) { std::sort(elements.begin(), elements.end()); });
 }
 
-/// Numbers that the standard library's sort finds in the worst order it can. They are chosen while it looks at them: of
-/// two that are open, the likely pivot becomes the smallest of all that are. Behind them stands a NaN, so that no other
-/// sort takes them.
+/// Numbers in the worst order for std::sort. Their values are chosen while it compares them: of two numbers without a
+/// value yet, the likely pivot gets the next smallest value. The last number is NaN, with which the module uses
+/// std::sort and no other algorithm.
 std::vector<double> killer_of_quicksorts(std::size_t count) {
   const double open = static_cast<double>(count);
   std::vector<double> numbers(count, open);
@@ -98,7 +98,7 @@ std::vector<double> killer_of_quicksorts(std::size_t count) {
 }
 
 std::vector<Value> adversarial(int n) {
-  return changed_reals(n, [](auto& elements) {
+  return changed_doubles(n, [](auto& elements) {
     const std::vector<double> numbers = killer_of_quicksorts(elements.size());
     std::copy(numbers.begin(), numbers.end(), elements.begin());
   });
@@ -128,20 +128,22 @@ void add_rows(const std::string& function, const std::vector<int>& sizes, const 
 
 void add_ordering() {
   for (const std::string name : {"xsort", "xunique", "xargsort", "xargmin", "xargmax"}) {
-    add_ordering(name, name, reals);
+    add_ordering(name, name, doubles);
     add_ordering(name + "_int", name, ints);
     add_ordering(name + "_int64", name, long_ints);
   }
   for (const std::string name : {"xsort", "xargsort"}) {
-    add_rows(name, row_sizes, real_square);
+    add_rows(name, row_sizes, double_square);
     add_special_kinds(name);
   }
-  add_ordering("xpartition", "xpartition", reals_and_middle);
+  add_ordering("xpartition", "xpartition", doubles_and_middle);
   add_ordering("xpartition_int", "xpartition", ints_and_middle);
   add_rows("xpartition", row_sizes, square_and_middle);
-  add_ordering("xdiff", "xdiff", reals);
+  add_ordering("xargpartition", "xargpartition", doubles_and_middle);
+  add_ordering("xargpartition_int", "xargpartition", ints_and_middle);
+  add_ordering("xdiff", "xdiff", doubles);
   add_ordering("xdiff_int", "xdiff", ints);
-  add_rows("xdiff", four_sizes, real_square);
+  add_rows("xdiff", four_sizes, double_square);
 }
 
 }  // namespace arrayfold::bench

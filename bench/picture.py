@@ -1,6 +1,6 @@
-# bench/picture.py: measured ratios as a picture: a row a case, a dot a size, on a logarithmic axis
+# bench/picture.py: measured ratios as a picture: each row is one benchmark, each dot one array size
 #
-# Usage: picture.py RESULTS.json PICTURE.svg. It is an SVG that stands alone, with its own background in light and dark.
+# Usage: picture.py RESULTS.json PICTURE.svg. The axis is logarithmic. The SVG has backgrounds for light and dark mode.
 
 import json
 import math
@@ -8,7 +8,7 @@ import sys
 from xml.sax.saxutils import escape
 
 COLUMN_WIDTH = 490
-LABELS_WIDTH = 160  # what the names of the cases take of a column
+LABELS_WIDTH = 160  # the part of a column for the names of the cases
 MARGIN = 16
 HEAD_HEIGHT = 58
 FAMILY_HEIGHT = 40
@@ -50,7 +50,7 @@ def height_of(cases):
 
 
 def in_columns(families):
-    """The names of the families, in two columns of about one height, without changing their order."""
+    """The names of the families, in their order, in two columns of about the same height."""
     names = list(families)
     heights = [height_of(families[name]) for name in names]
     taller = {split: max(sum(heights[:split]), sum(heights[split:])) for split in range(1, len(names) + 1)}
@@ -59,7 +59,7 @@ def in_columns(families):
 
 
 class Axis:
-    """Whole decades that hold all ratios, and 1 with them."""
+    """Whole decades around all ratios and 1."""
 
     def __init__(self, ratios):
         logarithms = [math.log10(ratio) for ratio in ratios] + [0.0]
@@ -89,7 +89,7 @@ def dot(x, y, size, words):
 
 
 def case_row(axis, y, case, dots):
-    """The name, a line from the least ratio to the most, and the dots, those of large sizes below the smaller ones."""
+    """The name, a line from the smallest ratio to the largest, and the dots; small sizes are drawn over large ones."""
     places = [axis.x(ratio) for _, ratio in dots]
     yield text(LABELS_WIDTH - 8, y + 3.5, case, anchor="end")
     yield line(min(places), y, max(places), y, "span")

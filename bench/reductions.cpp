@@ -1,7 +1,7 @@
 // bench/reductions.cpp: arrays folded into one number, of doubles and of integers
 //
-// Products go over numbers beside 1, which neither vanish nor overflow on the way. Counts go over elements that are not
-// 0: ours takes no branch, and a library that does then guesses right.
+// Products are over numbers close to 1, so that they neither underflow nor overflow. Counts are over elements other
+// than 0: the module counts without branches, and a library with branches predicts all of them.
 
 #include <cmath>
 #include <string>
@@ -20,14 +20,14 @@ Extents extent(int n) { return {static_cast<std::size_t>(n)}; }
 /// The square of about `n` elements.
 Extents square(int n) { return Extents(2, static_cast<std::size_t>(std::sqrt(static_cast<double>(n)))); }
 
-std::vector<Value> reals(int n) { return {normal_reals(extent(n))}; }
+std::vector<Value> doubles(int n) { return {normal_doubles(extent(n))}; }
 std::vector<Value> ints(int n) { return {small_ints(extent(n))}; }
 std::vector<Value> long_ints(int n) { return {small_long_ints(extent(n))}; }
-std::vector<Value> factors(int n) { return {reals_beside_one(extent(n))}; }
-std::vector<Value> real_square(int n) { return {normal_reals(square(n))}; }
-std::vector<Value> factor_square(int n) { return {reals_beside_one(square(n))}; }
+std::vector<Value> factors(int n) { return {doubles_beside_one(extent(n))}; }
+std::vector<Value> double_square(int n) { return {normal_doubles(square(n))}; }
+std::vector<Value> factor_square(int n) { return {doubles_beside_one(square(n))}; }
 
-/// What a strict sum from left to right costs whatever is done: each addition waits for the one before.
+/// The minimum cost of a sum from left to right: each addition depends on the one before.
 void time_additions(benchmark::State& state, std::vector<Value>& arguments) {
   const auto* array = unbox_array<XTDouble>(hvm::object_of(arguments.at(0).record()));
   for (auto _ : state) {
@@ -45,15 +45,15 @@ void add_reduction(const std::string& label, const std::string& function, const 
 
 void add_reductions() {
   for (const std::string name : {"xsum", "xamin", "xamax", "xmedian", "xcount_nonzero"}) {
-    add_reduction(name, name, reals);
+    add_reduction(name, name, doubles);
     add_reduction(name + "_int", name, ints);
     add_reduction(name + "_int64", name, long_ints);
   }
-  for (const std::string name : {"xmean", "xvariance", "xstddev", "xtrapz"}) add_reduction(name, name, reals);
-  add_case("reductions/add_chain", four_sizes, reals, time_additions);
+  for (const std::string name : {"xmean", "xvariance", "xstddev", "xtrapz"}) add_reduction(name, name, doubles);
+  add_case("reductions/add_chain", four_sizes, doubles, time_additions);
   add_reduction("xprod", "xprod", factors);
-  add_reduction("xmean_2d", "xmean", real_square);
-  add_reduction("xvariance_2d", "xvariance", real_square);
+  add_reduction("xmean_2d", "xmean", double_square);
+  add_reduction("xvariance_2d", "xvariance", double_square);
   add_reduction("xprod_2d", "xprod", factor_square);
 }
 

@@ -1,4 +1,4 @@
-# bench/report.py: measured rows as a table, and the machine that they belong to
+# bench/report.py: measured rows as a table, and facts about the machine
 
 import json
 import os
@@ -10,11 +10,11 @@ import numpy
 
 import picture
 
-NOISE = 0.1  # what a time may go beyond its bound before it counts
+NOISE = 0.1  # a bound counts as exceeded beyond this share of it
 
 
 def is_beyond(row):
-    """True when a row is slower than its bound and the noise on top."""
+    """True when a row exceeds a bound by more than noise."""
     ratio, limit = row["ratio_bound"], row["ns_limit"]
     over_ratio = ratio is not None and row["ratio"] > ratio * (1 + NOISE)
     over_limit = limit is not None and row["ours_ns"] > limit * (1 + NOISE)
@@ -49,7 +49,7 @@ WIDTHS = [24, 10, 12, 12, 6, 18, 6]
 
 
 def line(texts):
-    """A line of the table as a terminal shows it and as Markdown reads it."""
+    """A line of the table, aligned for terminals and valid Markdown."""
     return "| " + " | ".join(f"{text:<{width}}" if column == 0 else f"{text:>{width}}"
                              for column, (text, width) in enumerate(zip(texts, WIDTHS))) + " |"
 
@@ -60,12 +60,12 @@ def head():
 
 
 def notes(rows):
-    """What was measured beside the peers, a sentence each."""
+    """A sentence for each expression that was measured beside a peer."""
     return [f"{row['case']}: `{row['beside']}` takes {number(row['beside_ns'])} ns." for row in rows if "beside" in row]
 
 
 def machine(compiler):
-    """What the figures depend on, as (what, value)."""
+    """What the figures depend on: name -> value."""
     model = "unknown processor"
     with open("/proc/cpuinfo") as info:
         found = re.search(r"^model name\s*:\s*(.*)$", info.read(), re.MULTILINE)
@@ -92,7 +92,7 @@ def machine_name(facts):
 
 
 def save(directory, facts, rows):
-    """Writes <machine>.md and .svg for people, and .json with every round; gives the path of the first."""
+    """Writes <machine>.md, .svg, and .json with every round. Returns the path of the first."""
     os.makedirs(directory, exist_ok=True)
     path = os.path.join(directory, machine_name(facts))
     with open(path + ".json", "w") as out:
@@ -122,7 +122,7 @@ def _distribution():
 
 
 def _first_line(program, heading):
-    """What `program` says behind a heading; empty when it says nothing."""
+    """What `program` prints after `heading`, or an empty string."""
     try:
         text = subprocess.run([program], stdout=subprocess.PIPE, text=True, check=False).stdout
     except OSError:

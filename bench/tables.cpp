@@ -11,8 +11,8 @@ namespace {
 
 const std::vector<int> table_sizes{10, 1'000, 100'000, 1'000'000};
 
-/// The tree of a quotation: `@double`, or `@[[...], ...]` of three rows by three. A row's first cell is of its own
-/// kind; links hold rows or elements, values lead on.
+/// The tree of a quotation: `@double`, or `@[[...], ...]` of three rows by three. The first cell of a row has a node
+/// kind of its own. The link of a cell holds a row or an element, its value leads to the next cell.
 class Quotation {
  public:
   void lead_to_dtype() {
@@ -27,7 +27,7 @@ class Quotation {
     for (std::size_t row = 0; row < 3; ++row) {
       for (std::size_t column = 0; column < 3; ++column)
         write_element(cell(row, column), static_cast<double>(3 * row + column));
-      // The chain of rows: its first cell is of a row's kind, too.
+      // The chain of rows. Its first cell also has the node kind of a row.
       nodes_[9 + row].kind = row == 0 ? NodeKind::data_row : NodeKind::list_cell;
       store<const void*>(nodes_[9 + row].link.payload, &nodes_[3 * row]);
       if (row < 2) store<const void*>(nodes_[9 + row].value.payload, &nodes_[10 + row]);
@@ -73,8 +73,8 @@ Value quoted_double() {
   return quotation.value();
 }
 
-/// A table of reals of the normal distribution.
-std::vector<Value> reals(int n) {
+/// A host table of doubles of the normal distribution.
+std::vector<Value> doubles(int n) {
   std::mt19937_64 random(1);
   std::normal_distribution<double> normal;
   Value table = Value::table(n);
@@ -92,7 +92,7 @@ std::vector<Value> three_rows(int) {
 }  // namespace
 
 void add_tables() {
-  add_call("tables/xarray", "xarray", table_sizes, reals);
+  add_call("tables/xarray", "xarray", table_sizes, doubles);
   add_call("tables/literal", "xarray", {9}, three_rows);
 }
 

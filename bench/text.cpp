@@ -9,13 +9,13 @@ namespace {
 
 const std::vector<int> text_sizes{10, 1'000, 100'000};
 
-std::vector<Value> reals(int n) { return {normal_reals({static_cast<std::size_t>(n)})}; }
+std::vector<Value> doubles(int n) { return {normal_doubles({static_cast<std::size_t>(n)})}; }
 std::vector<Value> ints(int n) { return {small_ints({static_cast<std::size_t>(n)})}; }
 
 }  // namespace
 
 void add_text() {
-  add_method("text/dump_reals", "dump", text_sizes, reals);
+  add_method("text/dump_reals", "dump", text_sizes, doubles);
   add_method("text/dump_ints", "dump", text_sizes, ints);
 }
 

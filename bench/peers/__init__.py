@@ -1,6 +1,6 @@
-# bench/peers: what the same work is in NumPy, and how our time may compare with it
+# bench/peers: the same work in NumPy, and upper bounds for the ratio of both times
 #
-# A module of this package is a family of cases: its CASES name what its C++ source registers, and the sizes with them.
+# Each module of this package is a family of cases. Its CASES have the names and sizes that the C++ source adds.
 
 import importlib
 import pkgutil
@@ -11,13 +11,13 @@ from dataclasses import dataclass, field
 class Case:
     """One benchmark at several sizes.
 
-    ratios  size -> the most that our time may be, as a multiple of NumPy's; None where there is no such bound.
-            Its keys are the sizes of the case.
-    numpy   the expression in NumPy, over `np`, `n` and what `setup` defines. Its value dies inside the timed call, as
-            ours does. A dict size -> expression where one expression is no fair peer at every size; None without peer.
+    ratios  size -> upper bound of the module's time as a multiple of NumPy's, or None without a bound. Its keys are the
+            sizes of the case.
+    numpy   the expression in NumPy, over `np`, `n` and what `setup` defines. Its value is freed inside the timed call,
+            as the module's is. A dict size -> expression where sizes need different peers; None without a peer.
     setup   statements that run once, untimed.
-    limits  size -> the most nanoseconds that one call of ours may take.
-    beside  size -> another expression, measured and shown without bound.
+    limits  size -> upper bound of the nanoseconds of one call of the module.
+    beside  size -> another expression, measured and shown without a bound.
     """
 
     ratios: dict
@@ -45,7 +45,7 @@ def by_size(ten, thousand, hundred_thousand, ten_million):
 
 
 def per_element(nanoseconds, *sizes):
-    """A limit for each element, as limits of whole calls."""
+    """Limits of calls, from a limit for each element."""
     return {n: nanoseconds * n for n in sizes}
 
 

@@ -3,13 +3,13 @@
 from . import Case
 
 CASES = {
-    # A table of the host's and a list of Python's: both hold boxed numbers, side by side.
+    # A host table and a Python list: both hold boxed numbers, contiguously.
     "xarray": Case(
         numpy="np.array(numbers)",
         setup="numbers = np.random.default_rng(1).standard_normal(n).tolist()",
         ratios={10: 0.5, 1_000: 0.15, 100_000: 0.15, 1_000_000: 1 / 6},
     ),
-    # Ours reads the tree of a quotation; NumPy's list is made anew, as it is where it stands in a script.
+    # The module reads the tree of a quotation. NumPy's list is built in each call, as in a Python script.
     "literal": Case(
         numpy="np.array([[0.0, 1.0, 2.0], [3.0, 4.0, 5.0], [6.0, 7.0, 8.0]])",
         ratios={9: None},

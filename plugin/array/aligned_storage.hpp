@@ -1,8 +1,9 @@
 // array/aligned_storage.hpp: the memory behind the elements of every array
 //
-// The allocator is part of the containers' type, so the policy for memory is written as that allocator's, for the
-// alignment of our arrays: one check of the size, one way to get memory, huge pages for big blocks. Whatever the array
-// library makes on the way has its memory from here, too. Every source that sees a container includes this first.
+// The allocator is part of the containers' type. The library's allocator is therefore specialised for the alignment of
+// our arrays: one check of the size, one way to get memory, huge pages for big blocks. Temporaries of the array library
+// get their memory here, too. The specialisation has to be seen before any container is made, so every header that
+// names one includes this header first.
 
 #pragma once
 
@@ -17,8 +18,8 @@ namespace arrayfold {
 /// One AVX register. The alignment of elements is part of what the containers are.
 inline constexpr std::size_t storage_alignment = 32;
 
-/// Memory for `count` elements, not set. From 4 MiB on it asks for huge pages, before its first write. Throws
-/// std::bad_alloc when that many bytes cannot be addressed or had.
+/// Memory for `count` elements, not initialised. From 4 MiB on it asks for huge pages. Throws std::bad_alloc when that
+/// many bytes cannot be addressed, and without memory.
 void* allocate_storage(std::size_t count, std::size_t element_size);
 void release_storage(void* memory) noexcept;
 

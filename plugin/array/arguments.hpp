@@ -6,17 +6,22 @@
 #include <type_traits>
 
 #include "array/kind_frames.hpp"
-#include "host/entry.hpp"
 
 namespace arrayfold {
 
-/// Visits the array in the first argument as the first of the kinds, in their order, that it is. Anything but an object
-/// is a failure; an object of another kind (bool, foreign) counts as handled and gives nothing.
+/// Calls `visit(kind, array)` for the array in the first argument as the first of the kinds, in their order, that it
+/// is. Fails for anything but an object; an object of another kind (bool, foreign) counts as handled and gives nothing.
 template <class Kinds, class Visit>
 Outcome visit_first(Kinds kinds_in_order, const Call& call, Visit visit) {
   if (!is_object(call, 0)) return Outcome::failed;
   visit_kind(kinds_in_order, object(call, 0), visit);
   return Outcome::handled;
+}
+
+/// Gives the array `make(kind, array)` for the array in the first argument, as `visit_first` finds it.
+template <class Kinds, class Make>
+Outcome give_made(Kinds kinds_in_order, const Call& call, Make make) {
+  return visit_first(kinds_in_order, call, [&](auto kind, const auto& array) { give_array(call, make(kind, array)); });
 }
 
 /// The numeric array in argument `n`; nothing when it is no object or another one.
@@ -25,23 +30,23 @@ inline std::optional<ArrayRef> numeric_argument(const Call& call, int n) {
   return unbox_numeric(object(call, n));
 }
 
-/// Calls `serve(array)` when its elements are reals; other kinds are a failure.
-template <class Serve>
-Outcome serve_reals(const ArrayRef& array, Serve serve) {
-  return xtl::visit(
-      [&](const auto* boxed) {
-        using T = typename std::decay_t<decltype(*boxed)>::element;
-        if constexpr (std::is_floating_point_v<T>) return serve(*boxed), Outcome::handled;
-        return Outcome::failed;
-      },
-      array);
+/// Calls `visit(kind, array)` for an array of floating-point numbers; fails for the other kinds.
+template <class Visit>
+Outcome visit_floating(const ArrayRef& ref, Visit visit) {
+  return visit_ref(ref, [&](auto kind, const auto& array) {
+    if constexpr (std::is_floating_point_v<typename decltype(kind)::element>) {
+      visit(kind, array);
+      return Outcome::handled;
+    }
+    return Outcome::failed;
+  });
 }
 
 /// The same for the first argument.
-template <class Serve>
-Outcome serve_first_reals(const Call& call, Serve serve) {
+template <class Visit>
+Outcome visit_first_floating(const Call& call, Visit visit) {
   const auto array = numeric_argument(call, 0);
-  return array ? serve_reals(*array, serve) : Outcome::failed;
+  return array ? visit_floating(*array, visit) : Outcome::failed;
 }
 
 struct ArrayRefs {

@@ -7,7 +7,7 @@
 #include <optional>
 
 #include "array/xt_object.hpp"
-#include "host/host_operations.hpp"
+#include "host/entry.hpp"
 
 namespace arrayfold {
 
@@ -22,11 +22,21 @@ HostAny* box_array(HostContext ctx, std::unique_ptr<Array>& array) {
   return any;
 }
 
-/// Hands `array` over to the host as the value of `result`.
+/// Hands `array` over to the host as the value of `result`, an object of the type of `Named`. If boxing fails, the
+/// array is freed here and the result is set to a null object.
 template <class Named, class Array>
-void give_array(HostContext ctx, HostValue* result, std::unique_ptr<Array> array) {
-  // The host owns the object from here; on null the array dies at the end of the scope, and the host is told of null.
+void hand_over(Named, HostContext ctx, HostValue* result, std::unique_ptr<Array> array) {
   HVM_SetTypeAny(ctx, result, box_array<Named>(ctx, array));
+}
+
+/// Gives `array` as the result of a call: under the name of its own kind, or under that of `named`.
+template <class Array>
+void give_array(const Call& call, std::unique_ptr<Array> array) {
+  hand_over(typename Array::tag{}, call.ctx, call.result, std::move(array));
+}
+template <class Named, class Array>
+void give_array(const Call& call, Named named, std::unique_ptr<Array> array) {
+  hand_over(named, call.ctx, call.result, std::move(array));
 }
 
 /// The array of `any` when its type is that of `Kind`, else null. Foreign objects and other kinds give null.

@@ -7,8 +7,8 @@
 namespace arrayfold {
 namespace {
 
-/// The extent and stride of an operand in a dimension of the result, counted from the last; the stride is 0 where it is
-/// broadcast. `size` is the count of elements in the dimensions behind.
+/// The stride of an operand along an axis of the result, counted from the last axis; 0 where it is broadcast. `size` is
+/// the number of elements under one index of that axis, and is updated for the next one.
 std::size_t stride_from_back(const Shape& extents, std::size_t from_back, std::size_t& size) {
   if (from_back >= extents.size()) return 0;
   const std::size_t extent = extents[extents.size() - 1 - from_back];
@@ -34,7 +34,7 @@ BroadcastWalk::BroadcastWalk(const Shape& left, const Shape& right)
   }
 }
 
-// A dimension joins the one inside it when both operands go on there where it ends.
+// An axis is merged into the one inside it when both operands are contiguous across the two.
 void BroadcastWalk::add(const Dimension& dimension) {
   Dimension& inside = outer_.empty() ? inner_ : outer_.back();
   if (inside.extent == 1) {
@@ -47,7 +47,7 @@ void BroadcastWalk::add(const Dimension& dimension) {
   }
 }
 
-// The first of the outer dimensions is what the rows themselves count.
+// The first of the outer axes is the one that the rows themselves count.
 bool BroadcastWalk::advance(Shape& at, BroadcastRows& rows) const {
   for (std::size_t i = 1; i < outer_.size(); ++i) {
     const Dimension& dimension = outer_[i];

@@ -1,9 +1,9 @@
 // array/broadcast.hpp: two operands walked together under the broadcasting rule
 //
-// The result's shape and the error for shapes that do not fit are the array library's. The walk is our own: dimensions
-// of extent 1 are left out, dimensions that both operands pass contiguously are made one, and what is left is rows in
-// which each operand either runs along or stands still. Rows that follow each other evenly are visited together: the
-// visitor decides once for all of them how a row is walked.
+// The result's shape and the error for shapes that do not fit are the array library's. The walk is our own: axes of
+// extent 1 are dropped and neighbouring axes that both operands walk contiguously are merged. The result is walked row
+// by row; in a row an operand either advances (step 1) or repeats one element (step 0). Evenly spaced rows are visited
+// together, so the visitor decides once for all of them how a row is walked.
 
 #pragma once
 
@@ -13,7 +13,8 @@
 
 namespace arrayfold {
 
-/// Rows of the result and where the operands stand in them: a step of 1 runs along a row, a step of 0 stands still.
+/// Rows of the result and the operands in them: with a step of 1 an operand advances along a row, with a step of 0 it
+/// repeats one element.
 struct BroadcastRows {
   std::size_t left, right;            // offsets of the first elements
   std::size_t left_step, right_step;  // 0 or 1

@@ -6,29 +6,30 @@
 
 #include <memory>
 
-#include "kernels/arithmetic.hpp"
 #include "array/broadcast.hpp"
 #include "array/storage.hpp"
+#include "kernels/arithmetic.hpp"
 
 namespace arrayfold {
 
 template <class Operation, class T, class R>
 void combine_rows(Operation operation, const T* left, const T* right, const BroadcastRows& rows, R* out) {
-  const auto along = [](const T* elements) { return elements; };
-  const auto still = [](const T* elements) { return *elements; };
-  const auto each = [&](auto left_of, auto right_of) {
+  const auto advancing = [](const T* elements) { return elements; };
+  const auto repeated = [](const T* elements) { return *elements; };
+  const auto for_each_row = [&](auto left_of, auto right_of) {
     for (std::size_t row = 0; row < rows.count; ++row)
       combine<T>(operation, left_of(left + rows.left + row * rows.left_stride),
                  right_of(right + rows.right + row * rows.right_stride), out + row * rows.length, rows.length);
   };
-  if (rows.left_step != 0 && rows.right_step != 0) return each(along, along);
-  if (rows.left_step != 0) return each(along, still);
-  if (rows.right_step != 0) return each(still, along);
-  each(still, still);
+  if (rows.left_step != 0 && rows.right_step != 0) return for_each_row(advancing, advancing);
+  if (rows.left_step != 0) return for_each_row(advancing, repeated);
+  if (rows.right_step != 0) return for_each_row(repeated, advancing);
+  for_each_row(repeated, repeated);
 }
 
 /// A new array of `operation(left, right)` for each element of the broadcast shape. Throws std::bad_alloc when the
-/// extents of an operand claim other elements than there are, and xt::broadcast_error when the shapes do not fit.
+/// product of an operand's extents is not the number of its elements, and xt::broadcast_error when the shapes do not
+/// fit.
 template <class ResultKind, class T, class Operation>
 std::unique_ptr<ArrayOf<ResultKind>> combined(const xarray_of<T>& left, const xarray_of<T>& right,
                                               Operation operation) {

@@ -3,11 +3,17 @@
 #include "array/element_kind.hpp"
 
 namespace arrayfold {
+namespace {
+
+std::unordered_map<std::string, ElementKind> codes_by_dtype() {
+  return for_kinds(all_kinds{}, [](auto... kind) {
+    return std::unordered_map<std::string, ElementKind>{{decltype(kind)::dtype, decltype(kind)::code}...};
+  });
+}
+
+}  // namespace
 
 // The only initialiser at load that is the module's own.
-const std::unordered_map<std::string, ElementKind> dtype_table = {
-    {XTBool::dtype, XTBool::code},   {XTInt::dtype, XTInt::code},       {XTInt64::dtype, XTInt64::code},
-    {XTFloat::dtype, XTFloat::code}, {XTDouble::dtype, XTDouble::code},
-};
+const std::unordered_map<std::string, ElementKind> dtype_table = codes_by_dtype();
 
 }  // namespace arrayfold

@@ -19,8 +19,8 @@ constexpr bool is_batch = false;
 template <class T>
 constexpr bool is_batch<xsimd::batch<T>> = true;
 
-/// The second of two where it beats the first, which stays with ties and NaN. Lane by lane for registers, whose
-/// instruction gives its second operand then; for 64-bit integers there is none.
+/// Returns b if b < a, else a; so a wins ties and comparisons with NaN. On registers, lane by lane: `min(b, a)` has the
+/// same rule. For 64-bit integers there is no such instruction.
 struct Smaller {
   template <class T>
   static bool beats(T b, T a) {
@@ -36,6 +36,7 @@ struct Smaller {
       return b < a ? b : a;
   }
 };
+/// Returns b if b > a, else a, by the same rules.
 struct Larger {
   template <class T>
   static bool beats(T b, T a) {
@@ -50,41 +51,31 @@ struct Larger {
   }
 };
 
-/// What `choose` makes of `start` and a chunk of elements in no particular order: a value equal to their extreme. `nan`
-/// tells whether there was one among the elements.
-template <class T>
-struct ChunkExtreme {
-  T value;
-  bool nan;
-};
-
-/// Chunks are whole steps, of four registers each.
+/// The elements of a chunk step: four registers. Chunks are a multiple of it.
 template <class T>
 constexpr std::size_t chunk_step = 4 * xsimd::batch<T>::size;
 
+/// A value equal to the extreme of `start`, which is not NaN, and a chunk of elements. Which of several equal ones it
+/// is, a zero of which sign for instance, is not defined.
 template <class T, class Choose>
-ChunkExtreme<T> chunk_extreme(const T* elements, std::size_t count, T start, Choose choose) {
+T chunk_extreme(const T* elements, std::size_t count, T start, Choose choose) {
   using Register = xsimd::batch<T>;
   constexpr std::size_t lanes = Register::size;
   Register a(start), b(start), c(start), d(start);
-  // The `!=` of registers is false where both are NaN.
-  auto nan = xsimd::isnan(a);
   for (std::size_t i = 0; i < count; i += chunk_step<T>) {
     const auto e = Register::load_unaligned(elements + i), f = Register::load_unaligned(elements + i + lanes);
     const auto g = Register::load_unaligned(elements + i + 2 * lanes);
     const auto h = Register::load_unaligned(elements + i + 3 * lanes);
-    if constexpr (std::is_floating_point_v<T>)
-      nan = nan | xsimd::isnan(e) | xsimd::isnan(f) | xsimd::isnan(g) | xsimd::isnan(h);
     a = choose(a, e), b = choose(b, f), c = choose(c, g), d = choose(d, h);
   }
   T folded[lanes];
   choose(choose(a, b), choose(c, d)).store_unaligned(folded);
   T value = start;
   for (const T lane : folded) value = choose(value, lane);
-  return {value, xsimd::any(nan)};
+  return value;
 }
 
-/// The first of some elements that equals `value`, which is among them. They are whole steps.
+/// The first element equal to `value`. Requires: one exists, and the count is a multiple of `chunk_step`.
 template <class T>
 const T* find_in_chunk(const T* elements, T value) {
   using Register = xsimd::batch<T>;
@@ -95,16 +86,16 @@ const T* find_in_chunk(const T* elements, T value) {
   return std::find(elements, elements + chunk_step<T>, value);
 }
 
-/// The first of the elements' extremes that beats `start`; null when none does.
+/// The first of the elements' extremes that beats `start`; null when none does. A `start` of NaN is never beaten.
 template <class T, class Choose>
 const T* first_extreme(const T* elements, std::size_t count, T start, Choose choose) {
   constexpr std::size_t longest = 2048;
   const T* found = nullptr;
   std::size_t i = 0;
-  // Chunk by chunk; a chunk is looked through only when something in it beats all before.
+  // Chunk by chunk; a chunk is searched only when something in it beats all before.
   while (count - i >= chunk_step<T>) {
     const std::size_t size = std::min(longest, (count - i) / chunk_step<T> * chunk_step<T>);
-    const T value = chunk_extreme(elements + i, size, start, choose).value;
+    const T value = chunk_extreme(elements + i, size, start, choose);
     if (choose.beats(value, start)) {
       found = find_in_chunk(elements + i, value);
       start = *found;

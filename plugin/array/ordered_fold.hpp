@@ -1,10 +1,9 @@
 // array/ordered_fold.hpp: folds in the order of the array library's reducers
 //
-// The library walks the dimensions in row-major order: each run along the last one is folded from the start value on,
-// strictly from left to right, and the outer dimensions merge the runs, each from its first on: runs into planes,
-// planes into the whole. Sums and products of reals round by this order. Runs do not depend on each other, so that
-// several are folded side by side. Where the order is of no account, as with integers, which wrap, the elements are cut
-// into runs for that.
+// The library walks the axes in row-major order: each row is folded from the start value on, strictly from left to
+// right; the values of rows are then combined left to right into planes, planes into volumes, and so on outwards. Sums
+// and products of floating-point numbers round by this order. Rows do not depend on each other, so several are folded
+// side by side. Wrapping integer arithmetic is associative, so integers are folded in any order.
 
 #pragma once
 
@@ -15,12 +14,12 @@
 
 namespace arrayfold {
 
-/// Merges the values of runs, in their order, as the outer dimensions nest.
+/// Merges the values of rows, in their order, as the outer axes nest.
 template <class R, class Merge>
-class RunMerger {
+class RowMerger {
  public:
   /// For an array of these extents.
-  RunMerger(const Shape& extents, Merge merge) : merge_(merge) {
+  RowMerger(const Shape& extents, Merge merge) : merge_(merge) {
     for (std::size_t n = extents.size() - 1; n-- > 0;) levels_.push_back({extents[n], 0, R{}});
   }
 
@@ -34,7 +33,7 @@ class RunMerger {
     whole_ = value;
   }
 
-  /// The value of the whole, once all runs are added.
+  /// The value of the whole, once all rows are added.
   R whole() const { return whole_; }
 
  private:
@@ -49,54 +48,56 @@ class RunMerger {
   R whole_{};
 };
 
-/// Folds one run. It stays a function of its own: within a larger one the compiler may keep the value in memory, and a
+/// Folds one row. It stays a function of its own: within a larger one the compiler may keep the value in memory, and a
 /// step then takes twice as long.
 template <class R, class T, class Step>
-[[gnu::noinline]] R fold_run(const T* elements, std::size_t length, R value, Step step) {
+[[gnu::noinline]] R fold_row(const T* elements, std::size_t length, R value, Step step) {
   for (std::size_t i = 0; i < length; ++i) value = step(value, elements[i]);
   return value;
 }
 
-/// Folds `runs` runs of `length` elements, one behind the other, side by side.
-template <std::size_t runs, class R, class T, class Step>
-void fold_runs(const T* elements, std::size_t length, R start, Step step, R* folded) {
-  R chains[runs];
-  for (R& chain : chains) chain = start;
+/// Folds `rows` consecutive rows of `length` elements, interleaved, one accumulator per row.
+template <std::size_t rows, class R, class T, class Step>
+void fold_rows(const T* elements, std::size_t length, R start, Step step, R* folded) {
+  R accumulators[rows];
+  for (R& accumulator : accumulators) accumulator = start;
   for (std::size_t i = 0; i < length; ++i)
-    for (std::size_t run = 0; run < runs; ++run) chains[run] = step(chains[run], elements[run * length + i]);
-  for (std::size_t run = 0; run < runs; ++run) folded[run] = chains[run];
+    for (std::size_t row = 0; row < rows; ++row)
+      accumulators[row] = step(accumulators[row], elements[row * length + i]);
+  for (std::size_t row = 0; row < rows; ++row) folded[row] = accumulators[row];
 }
 
-/// Folds `count` elements, whole runs of `length`, into `merger`: `runs` side by side, then fewer.
-template <std::size_t runs, class R, class T, class Step, class Merge>
-void merge_runs(const T* elements, std::size_t count, std::size_t length, R start, Step step,
-                RunMerger<R, Merge>& merger) {
-  R folded[runs];
-  for (; count >= runs * length; elements += runs * length, count -= runs * length) {
-    fold_runs<runs>(elements, length, start, step, folded);
+/// Folds `count` elements, whole rows of `length`, into `merger`: `rows` side by side, then fewer.
+template <std::size_t rows, class R, class T, class Step, class Merge>
+void merge_rows(const T* elements, std::size_t count, std::size_t length, R start, Step step,
+                RowMerger<R, Merge>& merger) {
+  R folded[rows];
+  for (; count >= rows * length; elements += rows * length, count -= rows * length) {
+    fold_rows<rows>(elements, length, start, step, folded);
     for (const R value : folded) merger.add(value);
   }
-  if constexpr (runs > 2)
-    merge_runs<runs / 2>(elements, count, length, start, step, merger);
+  if constexpr (rows > 2)
+    merge_rows<rows / 2>(elements, count, length, start, step, merger);
   else if (count > 0)
-    merger.add(fold_run(elements, length, start, step));
+    merger.add(fold_row(elements, length, start, step));
 }
 
-/// The elements folded in no particular order. The start changes no value that it is merged with.
+/// The elements folded in no particular order: cut into parts, which are folded side by side. The start changes no
+/// value that it is merged with.
 template <class R, class T, class Step, class Merge>
 R fold_freely(const T* elements, std::size_t count, R start, Step step, Merge merge) {
-  constexpr std::size_t runs = 4;
+  constexpr std::size_t parts = 4;
   constexpr std::size_t aligned = storage_alignment / sizeof(T);
-  const std::size_t length = count / (runs * aligned) * aligned;
-  R folded[runs];
-  fold_runs<runs>(elements, length, start, step, folded);
-  folded[0] = fold_run(elements + runs * length, count - runs * length, folded[0], step);
+  const std::size_t length = count / (parts * aligned) * aligned;
+  R folded[parts];
+  fold_rows<parts>(elements, length, start, step, folded);
+  folded[0] = fold_row(elements + parts * length, count - parts * length, folded[0], step);
   return merge(merge(folded[0], folded[1]), merge(folded[2], folded[3]));
 }
 
-/// The elements folded by `step(value, element)`, runs merged by `merge(value, value)`. Without elements it is `start`.
-/// With integer values both are one wrapping operation, sum or product. Throws std::bad_alloc when the extents claim
-/// other elements than there are.
+/// The elements folded by `step(value, element)`, rows merged by `merge(value, value)`. Without elements it is `start`.
+/// With integer values both are one wrapping operation, sum or product. Throws std::bad_alloc when the product of the
+/// extents is not the number of stored elements.
 template <class R, class T, class Step, class Merge>
 R ordered_fold(const xarray_of<T>& array, R start, Step step, Merge merge) {
   const auto& elements = array.storage();
@@ -106,9 +107,9 @@ R ordered_fold(const xarray_of<T>& array, R start, Step step, Merge merge) {
     return fold_freely(elements.data(), elements.size(), start, step, merge);
   } else {
     const Shape& extents = array.shape();
-    if (extents.size() < 2) return fold_run(elements.data(), elements.size(), start, step);
-    RunMerger<R, Merge> merger(extents, merge);
-    merge_runs<8>(elements.data(), elements.size(), extents.back(), start, step, merger);
+    if (extents.size() < 2) return fold_row(elements.data(), elements.size(), start, step);
+    RowMerger<R, Merge> merger(extents, merge);
+    merge_rows<8>(elements.data(), elements.size(), extents.back(), start, step, merger);
     return merger.whole();
   }
 }

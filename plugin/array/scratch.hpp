@@ -1,4 +1,4 @@
-// array/scratch.hpp: memory for a while
+// array/scratch.hpp: temporary buffers
 
 #pragma once
 
@@ -10,7 +10,8 @@
 
 namespace arrayfold {
 
-/// Memory for `count` elements, not set, from where all elements have theirs. Throws std::bad_alloc.
+/// A temporary buffer for `count` elements, not initialised, from the allocator of array storage. Throws
+/// std::bad_alloc.
 template <class T>
 class Scratch {
  public:

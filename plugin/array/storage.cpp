@@ -9,7 +9,7 @@
 
 #include <sys/mman.h>
 
-// Under the address sanitizer blocks are of their exact size: an access one element beyond the end is then seen.
+// Under the address sanitizer blocks have their exact size, so that an access one element beyond the end is seen.
 #if defined(__SANITIZE_ADDRESS__)
 #define ARRAYFOLD_EXACT_STORAGE
 #elif defined(__has_feature)
@@ -24,11 +24,11 @@ namespace {
 constexpr std::size_t largest_size = PTRDIFF_MAX;
 constexpr std::size_t page = 4096;
 constexpr std::size_t huge_page = std::size_t{2} << 20;
-constexpr std::size_t least_for_huge_pages = std::size_t{4} << 20;
+constexpr std::size_t minimum_for_huge_pages = std::size_t{4} << 20;
 
 bool has_zero(const Shape& extents) { return std::find(extents.begin(), extents.end(), 0u) != extents.end(); }
 
-/// The product of nonzero extents; nothing when it does not fit.
+/// The product of nonzero extents; nothing when 64 bits do not hold it.
 std::optional<std::size_t> product(const Shape& extents) {
   std::size_t count = 1;
   for (const std::size_t extent : extents)
@@ -39,7 +39,7 @@ std::optional<std::size_t> product(const Shape& extents) {
 }  // namespace
 
 void advise_huge_pages(void* memory, std::size_t bytes) noexcept {
-  if (bytes < least_for_huge_pages) return;
+  if (bytes < minimum_for_huge_pages) return;
   // Whole pages only: from the first page boundary in the block on.
   void* start = memory;
   std::size_t space = bytes;
@@ -61,8 +61,8 @@ namespace {
 void* allocate_aligned(std::size_t bytes) { return ::operator new (bytes, std::align_val_t{storage_alignment}); }
 void free_aligned(void* memory) { ::operator delete (memory, std::align_val_t{storage_alignment}); }
 #else
-// The C library's aligned allocation passes its cache of freed blocks by and costs several times a plain one. A plain
-// block is taken instead, larger by one alignment, and its address kept in the word before the elements.
+// The C library's aligned allocation bypasses malloc's thread cache and costs several times a plain one. A plain block
+// is allocated instead, larger by one alignment, and its address is kept in the word before the elements.
 void* allocate_aligned(std::size_t bytes) {
   void* block = ::operator new(bytes + storage_alignment);
   void* memory = static_cast<void**>(block) + 1;

@@ -1,8 +1,8 @@
 // array/storage.hpp: the one place that makes arrays
 //
-// Extents are checked before anything is claimed, and elements are left unset for whoever fills them. A container is
-// built where it stays: beyond four dimensions its shape lives on the heap, and moving one would allocate where no
-// exception may pass.
+// Extents are checked before memory is allocated. Elements are not initialised; the caller fills them. A container is
+// built where it stays: beyond four dimensions its shape lives on the heap, and moving one would allocate in a function
+// from which no exception may pass.
 
 #pragma once
 
@@ -18,14 +18,15 @@ namespace arrayfold {
 /// A number of a script as an extent: sign-extended, so that a negative one is far too large for any array.
 inline std::size_t extent_of(int number) { return static_cast<std::size_t>(std::int64_t{number}); }
 
-/// Asks for huge pages under fresh memory of any allocator. Advice only: failing changes nothing.
+/// Asks for huge pages for memory of any allocator, before its first write. It is advice: a failure changes nothing.
 void advise_huge_pages(void* memory, std::size_t bytes) noexcept;
 
-/// The product of `extents`. Throws std::bad_alloc when an extent is a negative number in disguise, or when that many
-/// elements of `element_size` bytes could not be addressed.
+/// The product of `extents`. Throws std::bad_alloc when an extent is a negative number converted to unsigned, or when
+/// that many elements of `element_size` bytes cannot be addressed.
 std::size_t checked_size(const Shape& extents, std::size_t element_size);
 
-/// A container of `extents` whose elements are not set. Throws std::bad_alloc for extents that cannot be.
+/// A container of `extents`, its elements not initialised. Throws std::bad_alloc as `checked_size` does, and without
+/// memory.
 template <class T>
 std::unique_ptr<xarray_of<T>> make_container(const Shape& extents) {
   checked_size(extents, sizeof(T));
@@ -40,12 +41,20 @@ std::unique_ptr<ArrayOf<Kind>> make_array(const Shape& extents) {
   return array;
 }
 
-/// An array of one dimension.
+/// A one-dimensional array.
 template <class Kind>
-std::unique_ptr<ArrayOf<Kind>> make_row(std::size_t count) {
+std::unique_ptr<ArrayOf<Kind>> make_vector(std::size_t count) {
   Shape extents;
   extents.push_back(count);
   return make_array<Kind>(extents);
+}
+
+/// A zero-dimensional array.
+template <class Kind>
+std::unique_ptr<ArrayOf<Kind>> make_scalar(typename Kind::element value) {
+  auto made = make_array<Kind>({});
+  made->array->storage()[0] = value;
+  return made;
 }
 
 /// True when the product of `extents`, without wrapping, is `count`.
@@ -67,8 +76,8 @@ inline bool same_shape(const Shape& left, const Shape& right) noexcept {
   return true;
 }
 
-/// Throws std::bad_alloc when the extents claim another number of elements than the storage holds, which `reshape` can
-/// bring about. Comes before any walk along the extents.
+/// Throws std::bad_alloc when the product of the extents is not the number of stored elements, which `reshape` can
+/// cause. Required before any walk along the extents.
 template <class T>
 void check_extents(const xarray_of<T>& array) {
   if (!extents_cover(array.shape(), array.storage().size())) throw std::bad_alloc();

@@ -10,7 +10,7 @@
 
 namespace arrayfold {
 
-/// Makes `value` a new table; the table. Throws std::bad_alloc when the host makes none.
+/// Makes `value` a new table and returns the table. Throws std::bad_alloc when the host makes none.
 inline HostHash* force_table(HostContext ctx, HostValue* value, int capacity) {
   HVM_ForceTable(ctx, value, capacity);
   auto* table = load<HostHash*>(value->payload);
@@ -18,7 +18,7 @@ inline HostHash* force_table(HostContext ctx, HostValue* value, int capacity) {
   return table;
 }
 
-/// Fills a table under the keys 0, 1, 2, ...
+/// Fills a table under the keys 0, 1, 2 and so on.
 struct KeySequence {
   std::uint32_t next_key;
   HostHash* hash;

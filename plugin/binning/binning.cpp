@@ -1,7 +1,7 @@
 // binning/binning.cpp: xhistogram, xhistogram_bin_edges, xbincount, xdigitize, xsearchsorted
 //
 // This family takes its arrays through an ArrayRef, int first.
-// required: here an object without numeric elements, and a kind that the function does not serve, is a failure.
+// required: here a call fails for an object without numeric elements, and for a kind that the function does not take.
 
 #include <algorithm>
 #include <limits>
@@ -9,15 +9,16 @@
 
 #include "array/arguments.hpp"
 #include "array/extremes.hpp"
-#include "array/runs.hpp"
+#include "array/rows.hpp"
 #include "array/scratch.hpp"
-#include "kernels/spacing.hpp"
+#include "array/spacing.hpp"
 #include "array/storage.hpp"
 
 namespace arrayfold {
 namespace {
 
-/// The smallest and the largest of some numbers, NaN passed over. Of none they are the largest and the lowest there is.
+/// The smallest and the largest of some numbers, NaN passed over. For no elements: low is the type's maximum, high its
+/// lowest value.
 template <class T>
 struct Bounds {
   T low = std::numeric_limits<T>::max();
@@ -36,13 +37,13 @@ Bounds<T> bounds_of(const xarray_of<T>& array) {
   return {extreme(none.low, Smaller{}), extreme(none.high, Larger{})};
 }
 
-/// The elements that are looked at, from the first on, and how often each.
+/// The first `count` elements are read, each counted `times` times.
 struct Reads {
   std::size_t count;
   std::int64_t times;
 };
 
-/// required: where the last extent is 1 the first element is looked at in the place of every other one.
+/// required: where the last extent is 1 the first element is read in place of every other one.
 template <class T>
 Reads reads_of(const xarray_of<T>& array) {
   const std::size_t count = array.storage().size();
@@ -52,11 +53,11 @@ Reads reads_of(const xarray_of<T>& array) {
 
 // ---- Histograms
 
-/// The smallest and the largest edge of `bins` bins of equal width. Edges round: where the bounds are no more than a
-/// few numbers apart, an edge in between may lie beyond the last one, which is the upper bound itself.
-template <class T>
-Bounds<T> edge_bounds(const Bounds<T>& bounds, std::size_t bins) {
-  const Spacing<T> edges(bounds.low, bounds.high, bins + 1);
+/// The smallest and the largest edge of `bins` bins of equal width. Edges round: where the bounds are only a few
+/// representable numbers apart, an edge in between may exceed the last one, which is the upper bound itself.
+template <class Kind, class T>
+Bounds<T> edge_bounds(Kind, const Bounds<T>& bounds, std::size_t bins) {
+  const Spacing<Kind> edges(bounds.low, bounds.high, bins + 1);
   Bounds<T> of;
   const auto include = [&of](T edge) { of = {Smaller{}(of.low, edge), Larger{}(of.high, edge)}; };
   for (std::size_t i = 0; i < bins; ++i) include(edges[i]);
@@ -64,8 +65,8 @@ Bounds<T> edge_bounds(const Bounds<T>& bounds, std::size_t bins) {
   return of;
 }
 
-/// Adds each element between the bounds to the count of its bin; the last bin includes the upper bound. The last count,
-/// one more than there are bins, is of those beyond the bounds.
+/// Adds each element between the bounds to the count of its bin; the last bin includes the upper bound. One more count
+/// follows the bins: that of the elements outside the bounds.
 template <class T>
 void count_by_bin(const xarray_of<T>& array, const Bounds<double>& bounds, std::int64_t* counts, std::size_t bins) {
   constexpr std::size_t block = 256;
@@ -90,12 +91,12 @@ void count_by_bin(const xarray_of<T>& array, const Bounds<double>& bounds, std::
   }
 }
 
-template <class T>
-std::unique_ptr<ArrayOf<XTDouble>> histogram(const xarray_of<T>& array, std::size_t bins) {
+template <class Kind, class T>
+std::unique_ptr<ArrayOf<XTDouble>> histogram(Kind kind, const xarray_of<T>& array, std::size_t bins) {
   const Bounds<T> bounds = bounds_of(array);
-  auto made = make_row<XTDouble>(bins);
+  auto made = make_vector<XTDouble>(bins);
   if (bins == 0) return made;
-  const Bounds<T> edges = edge_bounds(bounds, bins);
+  const Bounds<T> edges = edge_bounds(kind, bounds, bins);
   const Scratch<std::int64_t> counts(bins + 1);
   std::fill_n(counts.data(), bins + 1, 0);
   count_by_bin(array, {static_cast<double>(edges.low), static_cast<double>(edges.high)}, counts.data(), bins);
@@ -104,14 +105,14 @@ std::unique_ptr<ArrayOf<XTDouble>> histogram(const xarray_of<T>& array, std::siz
 }
 
 /// The eleven edges of ten bins.
-template <class T>
-std::unique_ptr<ArrayOf<XTDouble>> ten_bin_edges(const xarray_of<T>& array) {
+template <class Kind, class T>
+std::unique_ptr<ArrayOf<XTDouble>> ten_bin_edges(Kind, const xarray_of<T>& array) {
   constexpr std::size_t bins = 10;
   const Bounds<T> bounds = bounds_of(array);
-  const Spacing<T> spacing(bounds.low, bounds.high, bins + 1);
-  auto made = make_row<XTDouble>(bins + 1);
+  const Spacing<Kind> spacing(bounds.low, bounds.high, bins + 1);
+  auto made = make_vector<XTDouble>(bins + 1);
   auto& edges = made->array->storage();
-  // The length is asked of the array: in a loop of a constant length GCC 12 leaves the last two edges of floats unrounded.
+  // The length comes from the array: in a loop of constant length GCC 12 leaves the last two edges of floats unrounded.
   const std::size_t last = edges.size() - 1;
   for (std::size_t i = 0; i < last; ++i) edges[i] = spacing[i];
   edges[last] = bounds.high;
@@ -120,15 +121,15 @@ std::unique_ptr<ArrayOf<XTDouble>> ten_bin_edges(const xarray_of<T>& array) {
 
 // ---- Counts of integers
 
-/// How often each number from 0 to the largest element occurs. Throws std::runtime_error on a negative element, and
-/// std::bad_alloc where there is no element, or where the largest one is the largest of its type.
+/// How often each number from 0 to the largest element occurs. Throws std::runtime_error for a negative element, and
+/// std::bad_alloc without elements or when the largest element is the maximum of its type.
 template <class Kind, class T>
-std::unique_ptr<ArrayOf<Kind>> occurrences(const xarray_of<T>& array) {
+std::unique_ptr<ArrayOf<Kind>> occurrences(Kind, const xarray_of<T>& array) {
   const auto [low, high] = bounds_of(array);
   if (low < 0) throw std::runtime_error("Data argument for bincount can only contain positive integers!");
   // required: one more than the largest wraps in the width of the elements; a negative size is far too large.
-  const T size = high + 1;
-  auto made = make_row<Kind>(static_cast<std::size_t>(std::int64_t{size}));
+  const auto size = static_cast<T>(high + 1);
+  auto made = make_vector<Kind>(static_cast<std::size_t>(std::int64_t{size}));
   auto& counts = made->array->storage();
   std::fill(counts.begin(), counts.end(), T{0});
   const T* const elements = array.storage().data();
@@ -146,8 +147,8 @@ std::size_t place_of(T x, const Edge* edges, std::size_t count) {
   return static_cast<std::size_t>(std::upper_bound(edges, edges + count, x) - edges);
 }
 
-/// The same of many elements for edges that ascend, of which there is at least one. All take a step before any takes
-/// the next, and no step is one that a processor could guess wrong.
+/// The same for many elements and at least one edge; the edges ascend. All elements of a block take a step of the
+/// search before any takes the next, and no step is a branch that the processor could mispredict.
 template <class T, class Edge>
 void look_up_in_ascending(const T* elements, std::size_t size, const Edge* edges, std::size_t count, double* out) {
   constexpr std::size_t block = 64;
@@ -172,8 +173,8 @@ bool ascend(const Edge* edges, std::size_t count) {
   return count > 0;
 }
 
-/// The place of each element among the edges, as reals in the shape of `array`.
-/// required: with a last extent of 1 only the first element is looked up; the others are 0.
+/// The place of each element among the edges, as doubles in the shape of `array`.
+/// required: with a last extent of 1 only the first element is looked up; the other places are 0.
 template <class T, class Edge>
 std::unique_ptr<ArrayOf<XTDouble>> places(const xarray_of<T>& array, const xarray_of<Edge>& edge_array) {
   check_extents(array);
@@ -183,7 +184,7 @@ std::unique_ptr<ArrayOf<XTDouble>> places(const xarray_of<T>& array, const xarra
   auto& out = made->array->storage();
   const std::size_t looked_up = reads_of(array).count;
   std::fill(out.begin() + static_cast<std::ptrdiff_t>(looked_up), out.end(), 0.0);
-  // Looking at all edges first pays where they are fewer than the elements.
+  // Checking all edges first pays where they are no more than the elements.
   if (edges.size() <= looked_up && ascend(edges.data(), edges.size()))
     look_up_in_ascending(elements.data(), looked_up, edges.data(), edges.size(), out.data());
   else
@@ -202,44 +203,38 @@ Outcome xhistogram(const Call& call) {
     if (!is_number(call, 1)) return Outcome::failed;
     bins = HVM_AsInt64(call.args + 1);
   }
-  return serve_reals(*array, [&](const auto& data) {
-    give_array<XTDouble>(call.ctx, call.result, histogram(*data.array, static_cast<std::size_t>(bins)));
+  return visit_floating(*array, [&](auto kind, const auto& data) {
+    give_array(call, histogram(kind, data, static_cast<std::size_t>(bins)));
   });
 }
 
-// required: ten bins whatever follows; the second array is looked at for its kind alone.
+// required: always ten bins; only the kind of the second array is checked.
 Outcome xhistogram_bin_edges(const Call& call) {
   const auto array = numeric_argument(call, 0);
   if (!array || !numeric_argument(call, 1)) return Outcome::failed;
-  return serve_reals(
-      *array, [&](const auto& data) { give_array<XTDouble>(call.ctx, call.result, ten_bin_edges(*data.array)); });
+  return visit_floating(*array, [&](auto kind, const auto& data) { give_array(call, ten_bin_edges(kind, data)); });
 }
 
 Outcome xbincount(const Call& call) {
   const auto array = numeric_argument(call, 0);
   if (!array) return Outcome::failed;
-  return xtl::visit(
-      [&](const auto* boxed) {
-        using Kind = typename std::decay_t<decltype(*boxed)>::tag;
-        if constexpr (std::is_integral_v<typename Kind::element>) {
-          give_array<Kind>(call.ctx, call.result, occurrences<Kind>(*boxed->array));
-          return Outcome::handled;
-        }
-        return Outcome::failed;
-      },
-      *array);
+  return visit_ref(*array, [&](auto kind, const auto& data) {
+    if constexpr (std::is_integral_v<typename decltype(kind)::element>) {
+      give_array(call, occurrences(kind, data));
+      return Outcome::handled;
+    }
+    return Outcome::failed;
+  });
 }
 
-// required: the places are reals.
+// required: the places are doubles.
 Outcome xdigitize(const Call& call) {
   const auto array = numeric_argument(call, 0);
   if (!array) return Outcome::failed;
   const auto edges = numeric_argument(call, 1);
   if (!edges) return Outcome::failed;
-  return serve_reals(*array, [&](const auto& data) {
-    xtl::visit(
-        [&](const auto* boxed) { give_array<XTDouble>(call.ctx, call.result, places(*data.array, *boxed->array)); },
-        *edges);
+  return visit_floating(*array, [&](auto, const auto& data) {
+    visit_ref(*edges, [&](auto, const auto& edge_array) { give_array(call, places(data, edge_array)); });
   });
 }
 

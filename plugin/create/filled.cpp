@@ -30,7 +30,7 @@ Outcome xeye(const Call& call) {
   auto& storage = array->array->storage();
   zeros(storage.data(), storage.size());
   for (std::size_t i = 0; i < std::min(extents[0], extents[1]); ++i) storage[i * extents[1] + i] = 1.0;
-  give_array<XTDouble>(call.ctx, call.result, std::move(array));
+  give_array(call, std::move(array));
   return Outcome::handled;
 }
 

@@ -1,7 +1,7 @@
 // create/filled.hpp: arrays of doubles made from extents alone
 //
-// An extent is the 32-bit integer that the host reads in a number; a negative one is far too large and ends in
-// std::bad_alloc before anything is claimed.
+// An extent is the 32-bit integer that the host reads in a number. A negative extent is far too large: std::bad_alloc
+// is thrown before memory is allocated.
 
 #pragma once
 
@@ -18,7 +18,8 @@ inline bool read_extent(const Call& call, int n, Shape& extents) {
   return true;
 }
 
-/// A new array with one dimension for each argument, its elements written by `fill(first, count)`.
+/// Gives a new array with one extent per argument, its elements written by `fill(first, count)`. Fails when an argument
+/// is no number.
 template <class Fill>
 Outcome make_filled(const Call& call, Fill fill) {
   Shape extents;
@@ -27,7 +28,7 @@ Outcome make_filled(const Call& call, Fill fill) {
   auto array = make_array<XTDouble>(extents);
   auto& storage = array->array->storage();
   fill(storage.data(), storage.size());
-  give_array<XTDouble>(call.ctx, call.result, std::move(array));
+  give_array(call, std::move(array));
   return Outcome::handled;
 }
 

@@ -1,7 +1,7 @@
 // create/random.cpp: xrand, xrandn, xrandint, xchoice, xshuffle, xpermutation
 //
-// All draw from one engine, the array library's MT19937 with its default seed, which lives for the process: every
-// process sees the same numbers, and any draw moves the stream on for all scripts. Nothing seeds it anew.
+// All draw from one engine, the array library's MT19937 with its default seed, which lives as long as the process.
+// Every process sees the same numbers, and each draw advances the engine for all scripts. Nothing seeds it again.
 
 #include <algorithm>
 #include <cmath>
@@ -42,7 +42,7 @@ struct CirclePoints {
     const auto coordinate = [&] {
       return 2.0 * std::generate_canonical<double, std::numeric_limits<double>::digits>(drawn_from) - 1.0;
     };
-    // A point that does not count is overwritten by the next.
+    // A point that is not accepted is overwritten by the next.
     for (std::size_t n = 0; n < count;) {
       x[n] = coordinate();
       y[n] = coordinate();
@@ -52,9 +52,9 @@ struct CirclePoints {
   }
 };
 
-/// The deviates of std::normal_distribution as GNU's library computes them: its polar method gives two for each point,
-/// the one from y first. A block of points is drawn before roots and logarithms are taken, so that these do not wait
-/// for each other.
+/// The deviates of std::normal_distribution as libstdc++ computes them: its polar method gives two for each point, the
+/// one from y first. A block of points is drawn before roots and logarithms are taken, so that the processor computes
+/// several of these at once.
 void fill_normal(double* first, std::size_t count) {
   CirclePoints points;
   while (count > 0) {
@@ -62,7 +62,7 @@ void fill_normal(double* first, std::size_t count) {
     points.draw(pairs);
     for (std::size_t n = 0; n < pairs; ++n) {
       const double scale = std::sqrt(-2.0 * std::log(points.square[n]) / points.square[n]);
-      // The mean is added, as the distribution does: it takes the sign off a zero.
+      // The distribution adds its mean of 0, which makes a negative zero positive.
       first[0] = points.y[n] * scale + 0.0;
       // required: the second deviate of an odd count is lost, a later call draws afresh.
       if (2 * n + 1 < count) first[1] = points.x[n] * scale + 0.0;
@@ -82,7 +82,8 @@ void shuffle_rows(std::size_t rows, Exchange exchange) {
   for (std::size_t i = rows; i-- > 1;) exchange(i, std::uniform_int_distribution<std::size_t>(0, i)(drawn_from));
 }
 
-/// The first extent, along which a shuffle goes. An array of no dimension has one row.
+/// The number of rows that a shuffle exchanges: the first extent, and 1 for a zero-dimensional array. Here a row is
+/// everything under one first index.
 template <class T>
 std::size_t rows_of(const xarray_of<T>& array) {
   check_extents(array);
@@ -94,16 +95,16 @@ std::size_t rows_of(const xarray_of<T>& array) {
 Outcome xrand(const Call& call) { return make_filled(call, fill_uniform); }
 Outcome xrandn(const Call& call) { return make_filled(call, fill_normal); }
 
-// required: with an argument it succeeds, whatever that is, and gives no value.
+// required: with any argument it succeeds and gives no value.
 Outcome xrandint(const Call&) { return Outcome::handled; }
 
-// required: succeeds with no argument, too.
+// required: it also succeeds without arguments.
 Outcome xchoice(const Call&) { return Outcome::handled; }
 
 Outcome xshuffle(const Call& call) {
-  return visit_first(real_first{}, call, [&](auto& array) {
-    auto& elements = array.array->storage();
-    const std::size_t rows = rows_of(*array.array);
+  return visit_first(double_first{}, call, [&](auto, auto& array) {
+    auto& elements = array.storage();
+    const std::size_t rows = rows_of(array);
     const std::size_t length = rows == 0 ? 0 : elements.size() / rows;
     const auto row = [&](std::size_t n) { return elements.data() + n * length; };
     shuffle_rows(rows, [&](std::size_t i, std::size_t j) {
@@ -113,11 +114,11 @@ Outcome xshuffle(const Call& call) {
   });
 }
 
-// required: the script gets 0 and no permuted array, and its own array stays as it was. What remains of the permutation
-// of a copy is that the engine has moved on, so that no copy is made.
+// required: the script gets 0 and no permuted array, and its own array stays as it was. All that can be seen of the
+// permutation of a copy is the engine's advance, so no copy is made.
 Outcome xpermutation(const Call& call) {
-  return visit_first(real_first{}, call, [&](const auto& array) {
-    shuffle_rows(rows_of(*array.array), [](std::size_t, std::size_t) {});
+  return visit_first(double_first{}, call, [&](auto, const auto& array) {
+    shuffle_rows(rows_of(array), [](std::size_t, std::size_t) {});
     give(call, 0);
   });
 }

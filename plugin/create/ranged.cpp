@@ -7,9 +7,8 @@
 #include <cmath>
 
 #include "array/boxing.hpp"
-#include "kernels/spacing.hpp"
+#include "array/spacing.hpp"
 #include "array/storage.hpp"
-#include "host/entry.hpp"
 
 namespace arrayfold {
 namespace {
@@ -22,9 +21,9 @@ struct IntRange {
   int step = 1;
 };
 
-/// The count of start, start + step, ... before stop, in wrapping 32-bit arithmetic.
-/// required: a step of 0 is the processor's division fault, which no sanitizer is to get ahead of, and a count that
-/// wraps below zero no array at all.
+/// How many of start, start + step and so on come before stop, in wrapping 32-bit arithmetic.
+/// required: a step of 0 raises the processor's division fault, so the sanitizer's check is switched off; a count that
+/// wraps below zero ends in std::bad_alloc.
 __attribute__((no_sanitize("integer-divide-by-zero"))) int count_of(const IntRange& range) {
   const auto [start, stop, step] = range;
   if ((stop - start) / step <= 0) return 0;
@@ -32,7 +31,7 @@ __attribute__((no_sanitize("integer-divide-by-zero"))) int count_of(const IntRan
   return (start - stop - step - 1) / -step;
 }
 
-/// Reads one to three numbers. Every argument is checked before the outcome counts.
+/// Reads one to three numbers. False when one of them is no number; all of them are checked first.
 bool read_range(const Call& call, IntRange& range) {
   bool numbers = true;
   for (int n = 0; n < call.nargs; ++n) numbers &= is_number(call, n);
@@ -43,7 +42,8 @@ bool read_range(const Call& call, IntRange& range) {
   return true;
 }
 
-/// Writes start, start + step, ... in wrapping 32-bit arithmetic. Adding the step keeps eight numbers in one register.
+/// Writes start, start + step and so on in wrapping 32-bit arithmetic. Adding the step keeps eight numbers in one
+/// register.
 void count_up(double* elements, std::size_t count, const IntRange& range) {
   auto number = static_cast<unsigned>(range.start);
   const auto step = static_cast<unsigned>(range.step);
@@ -52,37 +52,34 @@ void count_up(double* elements, std::size_t count, const IntRange& range) {
 
 // ---- xlinspace and xlogspace ----
 
-int read_end(XTInt, HostValue* value) { return HVM_AsInt(value); }
-std::int64_t read_end(XTInt64, HostValue* value) { return HVM_AsInt64(value); }
-double read_end(XTDouble, HostValue* value) { return HVM_AsDouble(value); }
+constexpr auto as_it_is = [](auto, auto number) { return number; };
 
-constexpr auto as_it_is = [](auto number) { return number; };
-
-/// required: in the integer forms the exponent is an integer already, and the power loses its fraction once more.
-constexpr auto power_of_ten = [](auto exponent) {
-  return stored_as<decltype(exponent)>(std::pow(10.0, static_cast<double>(exponent)));
+/// required: in the integer forms the exponent is an integer already, and the power is truncated once more.
+constexpr auto power_of_ten = [](auto kind, auto exponent) {
+  return decltype(kind)::from_double(std::pow(10.0, static_cast<double>(exponent)));
 };
 
-/// Writes `map` of `count` evenly spaced numbers.
-template <class T, class Map>
-void space_evenly(T start, T stop, int count, Map map, T* elements) {
-  const Spacing<T> spacing(start, stop, extent_of(count));
-  for (int i = 0; i < count; ++i) elements[i] = map(spacing[i]);
-  if (count >= 2) elements[count - 1] = map(stop);
+/// Writes `map(kind, number)` of `count` evenly spaced numbers.
+template <class Kind, class T, class Map>
+void space_evenly(Kind kind, T start, T stop, int count, Map map, T* elements) {
+  const Spacing<Kind> spacing(start, stop, extent_of(count));
+  for (int i = 0; i < count; ++i) elements[i] = map(kind, spacing[i]);
+  if (count >= 2) elements[count - 1] = map(kind, stop);
 }
 
 template <class Kind, class Map>
 Outcome make_spaced(Kind kind, const Call& call, int count, Map map) {
   if (!is_number(call, 0) || !is_number(call, 1)) return Outcome::failed;
-  const auto start = read_end(kind, call.args);
-  const auto stop = read_end(kind, call.args + 1);
-  auto array = make_row<Kind>(extent_of(count));
-  space_evenly(start, stop, count, map, array->array->storage().data());
-  give_array<Kind>(call.ctx, call.result, std::move(array));
+  const auto start = Kind::read(call.args);
+  const auto stop = Kind::read(call.args + 1);
+  auto array = make_vector<Kind>(extent_of(count));
+  space_evenly(kind, start, stop, count, map, array->array->storage().data());
+  give_array(call, std::move(array));
   return Outcome::handled;
 }
 
-/// Two ends and a count, 50 unless given. The first argument's tag alone decides the kind.
+/// Gives evenly spaced numbers between two ends: a count of 50 unless it is given. The tag of the first argument
+/// decides the kind.
 template <class Map>
 Outcome make_spaced(const Call& call, Map map) {
   int count = 50;
@@ -115,7 +112,7 @@ Outcome xarange(const Call& call) {
     array->array = make_container<double>(extents);
     count_up(array->array->storage().data(), extents[0], range);
   }
-  give_array<XTDouble>(call.ctx, call.result, std::move(array));
+  give_array(call, std::move(array));
   return Outcome::handled;
 }
 

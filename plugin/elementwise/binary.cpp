@@ -1,11 +1,10 @@
 // elementwise/binary.cpp: xminimum, xmaximum; xremainder, xclip, xfma, xinterp, xpow
 //
 // The first two combine two arrays of one kind under the broadcasting rule and give doubles. The others are finished as
-// they stand: each checks its arguments, computes nothing and leaves the result alone.
+// they stand: each checks its arguments, computes nothing and leaves the result untouched.
 
 #include "array/combination.hpp"
 #include "array/kind_frames.hpp"
-#include "host/entry.hpp"
 
 namespace arrayfold {
 namespace {
@@ -25,16 +24,15 @@ struct Maximum {
   }
 };
 
-/// Two arrays of the same kind, compared in it; what is chosen is stored as a double. Pairs of other kinds count as
-/// handled and give nothing.
+/// Gives the doubles that `choice` picks from two arrays of the same kind, compared in that kind. Pairs of other kinds
+/// count as handled and give nothing.
 template <class Choice>
 Outcome choose(const Call& call, Choice choice) {
   if (!is_object(call, 0) || !is_object(call, 1)) return Outcome::failed;
   const HostAny* left = object(call, 0);
   const HostAny* right = object(call, 1);
-  visit_same_kind(real_first{}, left, right, [&](const auto& a, const auto& b) {
-    give_array<XTDouble>(call.ctx, call.result, combined<XTDouble>(*a.array, *b.array, choice));
-  });
+  visit_same_kind(double_first{}, left, right,
+                  [&](auto, const auto& a, const auto& b) { give_array(call, combined<XTDouble>(a, b, choice)); });
   return Outcome::handled;
 }
 
@@ -43,12 +41,12 @@ Outcome choose(const Call& call, Choice choice) {
 Outcome xminimum(const Call& call) { return choose(call, Minimum{}); }
 Outcome xmaximum(const Call& call) { return choose(call, Maximum{}); }
 
-// required: two objects are asked for and neither is fetched, unlike in the four below.
+// required: two objects are checked and neither is fetched, unlike in the four below.
 Outcome xremainder(const Call& call) {
   return is_object(call, 0) && is_object(call, 1) ? Outcome::handled : Outcome::failed;
 }
 
-// required: only the first argument is looked at.
+// required: only the first argument is checked.
 Outcome xclip(const Call& call) { return check_one_object(call); }
 Outcome xfma(const Call& call) { return check_one_object(call); }
 Outcome xinterp(const Call& call) { return check_one_object(call); }

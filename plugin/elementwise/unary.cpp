@@ -1,7 +1,7 @@
 // elementwise/unary.cpp: the 26 functions of one array
 //
-// Each gives a new array of the operand's shape, its elements doubles but for `xabs` of integers. Integers are
-// converted to double first, but for `xabs`, `xsquare` and `xcube`, which work in the element's own width. A float
+// Each gives a new array of the operand's shape. Its elements are doubles, except for `xabs` of integers. Integers are
+// converted to double first, except in `xabs`, `xsquare` and `xcube`, which compute in the element's own width. A float
 // operand is computed in 32 bits and stored as doubles. An object of another kind (bool, foreign) counts as handled and
 // gives nothing.
 
@@ -18,33 +18,36 @@ namespace {
 
 // ---- The frame
 
-/// A new array of the operand's shape, filled by `map(in, out, count)`, stored as `Stored` under the name of `Named`.
-template <class Named, class Stored, class T, class Map>
-void give_mapped(const Call& call, const xarray_of<T>& operand, Map map) {
+/// A new array of the operand's shape, stored as `Stored`, filled by `map(in, out, count)`.
+template <class Stored, class T, class Map>
+auto mapped(const xarray_of<T>& operand, Map map) {
   check_extents(operand);
   auto made = make_array<Stored>(operand.shape());
   auto& out = made->array->storage();
   map(operand.storage().data(), out.data(), out.size());
-  give_array<Named>(call.ctx, call.result, std::move(made));
+  return made;
 }
 
-/// Maps an operand of one of the kinds to doubles.
-template <class Kinds, class Map>
-Outcome map_kinds(Kinds kinds_in_order, const Call& call, Map map) {
-  return visit_first(kinds_in_order, call,
-                     [&](const auto& array) { give_mapped<XTDouble, XTDouble>(call, *array.array, map); });
-}
-
+/// Maps an operand of any numeric kind to doubles.
 template <class Map>
 Outcome map_unary(const Call& call, Map map) {
-  return map_kinds(real_first{}, call, map);
+  return give_made(double_first{}, call, [&](auto, const auto& array) { return mapped<XTDouble>(array, map); });
+}
+
+/// Maps an operand of one of the kinds to the kind in which its results are stored, under the operand's own name.
+template <class Kinds, class Map>
+Outcome map_in_kind(Kinds kinds_in_order, const Call& call, Map map) {
+  return visit_first(kinds_in_order, call, [&](auto kind, const auto& array) {
+    give_array(call, kind, mapped<typename decltype(kind)::stored>(array, map));
+  });
 }
 
 // ---- Ways to compute an element
 //
-// Loops of one or two instructions are unrolled: within the first cache the loop's own instructions would cost as much.
+// Loops of one or two instructions are unrolled: for operands in the first-level cache the loop's own instructions
+// would cost as much.
 
-/// Every kind by `function` on its own elements.
+/// Applies `function` to the elements in their own kind.
 template <class Function>
 auto in_its_kind(Function function) {
   return [function](const auto* in, auto* __restrict out, std::size_t count) {
@@ -53,7 +56,7 @@ auto in_its_kind(Function function) {
   };
 }
 
-/// Doubles by `vectors`, floats by `function` in 32 bits, integers converted to double first, a block at a time.
+/// Applies `vectors` to doubles and `function` to floats, in 32 bits. Integers are converted to double, block by block.
 template <class Function>
 struct ByVectors {
   VectorFunction vectors;
@@ -85,19 +88,19 @@ ByVectors<Function> by_vectors(VectorFunction vectors, Function function) {
   return {vectors, function};
 }
 
-/// Doubles and floats by `function`, integers converted to double first.
+/// Applies `function` to doubles and floats; integers are converted to double first.
 template <class Function>
-auto in_reals(Function function) {
+auto in_floating(Function function) {
   return [function](const auto* in, double* __restrict out, std::size_t count) {
     using T = std::decay_t<decltype(*in)>;
-    using Real = std::conditional_t<std::is_same_v<T, float>, float, double>;
+    using Floating = std::conditional_t<std::is_same_v<T, float>, float, double>;
 #pragma GCC unroll 4
-    for (std::size_t i = 0; i < count; ++i) out[i] = function(static_cast<Real>(in[i]));
+    for (std::size_t i = 0; i < count; ++i) out[i] = function(static_cast<Floating>(in[i]));
   };
 }
 
-/// Doubles and floats by `test`, a truth stored as 1 or 0.
-/// required: of integers no element is read, the answer is known.
+/// Applies `test` to doubles and floats; true is stored as 1, false as 0.
+/// required: integers are not read, since their result is known.
 template <class Test>
 auto classified(double of_integers, Test test) {
   return [of_integers, test](const auto* in, double* __restrict out, std::size_t count) {
@@ -111,34 +114,35 @@ auto classified(double of_integers, Test test) {
   };
 }
 
-// ---- The functions, where the C library's are not meant as they stand
+// ---- Scalar functions that <cmath> does not give in this form
 
-template <class Real>
-constexpr Real pi = static_cast<Real>(3.141592653589793238L);
+template <class Floating>
+constexpr Floating pi = static_cast<Floating>(3.141592653589793238L);
 
-/// The smallest integer stays itself.
+/// Integers wrap in their width: the smallest one stays itself.
 constexpr auto magnitude = [](auto x) {
-  if constexpr (std::is_integral_v<decltype(x)>)
-    return x < 0 ? -x : x;
+  using T = decltype(x);
+  if constexpr (std::is_integral_v<T>)
+    return x < 0 ? static_cast<T>(-x) : x;
   else
     return std::abs(x);
 };
 constexpr auto signum = [](auto x) {
-  using Real = decltype(x);
-  if (x != x) return std::numeric_limits<Real>::quiet_NaN();
-  return std::copysign(x == 0 ? Real{0} : Real{1}, x);
+  using Floating = decltype(x);
+  if (x != x) return std::numeric_limits<Floating>::quiet_NaN();
+  return std::copysign(x == 0 ? Floating{0} : Floating{1}, x);
 };
 // The multiplication comes first: the other order rounds otherwise.
 constexpr auto degrees = [](auto x) { return x * decltype(x){180} / pi<decltype(x)>; };
 constexpr auto radians = [](auto x) { return x * pi<decltype(x)> / decltype(x){180}; };
 /// Integers wrap in their width before they become doubles.
-constexpr auto square = [](auto x) { return x * x; };
-constexpr auto cube = [](auto x) { return x * x * x; };
+constexpr auto square = [](auto x) { return static_cast<decltype(x)>(x * x); };
+constexpr auto cube = [](auto x) { return static_cast<decltype(x)>(square(x) * x); };
 
 constexpr auto square_root = [](auto x) { return std::sqrt(x); };
 constexpr auto gamma_function = [](auto x) { return std::tgamma(x); };
 
-/// required: on doubles these two are the host's, on floats the C library's.
+/// required: for doubles these two call the host's functions, for floats the C library's.
 constexpr auto host_erf = [](auto x) { return std::erf(x); };
 constexpr auto host_lgamma = [](auto x) { return std::lgamma(x); };
 
@@ -151,29 +155,17 @@ constexpr auto is_finite = [](auto x) { return std::isfinite(x); };
 // ---- The entries
 
 // required: the result is of the operand's kind, under the float name for floats.
-Outcome xabs(const Call& call) {
-  return visit_first(real_first{}, call, [&](const auto& array) {
-    using Kind = typename std::decay_t<decltype(array)>::tag;
-    using Stored = std::conditional_t<std::is_same_v<Kind, XTFloat>, XTDouble, Kind>;
-    give_mapped<Kind, Stored>(call, *array.array, in_its_kind(magnitude));
-  });
-}
+Outcome xabs(const Call& call) { return map_in_kind(double_first{}, call, in_its_kind(magnitude)); }
+// required: integers give nothing, and floats give a result under the float name.
+Outcome xsign(const Call& call) { return map_in_kind(kinds<XTDouble, XTFloat>{}, call, in_its_kind(signum)); }
 
-// required: integers are not served, and floats give a result under the float name.
-Outcome xsign(const Call& call) {
-  return visit_first(kinds<XTDouble, XTFloat>{}, call, [&](const auto& array) {
-    using Kind = typename std::decay_t<decltype(array)>::tag;
-    give_mapped<Kind, XTDouble>(call, *array.array, in_its_kind(signum));
-  });
-}
-
-Outcome xrad2deg(const Call& call) { return map_unary(call, in_reals(degrees)); }
-Outcome xdegrees(const Call& call) { return map_unary(call, in_reals(degrees)); }
-Outcome xdeg2rad(const Call& call) { return map_unary(call, in_reals(radians)); }
-Outcome xradians(const Call& call) { return map_unary(call, in_reals(radians)); }
+Outcome xrad2deg(const Call& call) { return map_unary(call, in_floating(degrees)); }
+Outcome xdegrees(const Call& call) { return map_unary(call, in_floating(degrees)); }
+Outcome xdeg2rad(const Call& call) { return map_unary(call, in_floating(radians)); }
+Outcome xradians(const Call& call) { return map_unary(call, in_floating(radians)); }
 Outcome xsquare(const Call& call) { return map_unary(call, in_its_kind(square)); }
 Outcome xcube(const Call& call) { return map_unary(call, in_its_kind(cube)); }
-Outcome xsqrt(const Call& call) { return map_unary(call, in_reals(square_root)); }
+Outcome xsqrt(const Call& call) { return map_unary(call, in_floating(square_root)); }
 Outcome xexp(const Call& call) { return map_unary(call, by_vectors(vector_exp, ::expf)); }
 Outcome xexpm1(const Call& call) { return map_unary(call, by_vectors(vector_expm1, ::expm1f)); }
 Outcome xlog(const Call& call) { return map_unary(call, by_vectors(vector_log, ::logf)); }
@@ -185,9 +177,9 @@ Outcome xtan(const Call& call) { return map_unary(call, by_vectors(vector_tan, :
 Outcome xsinh(const Call& call) { return map_unary(call, by_vectors(vector_sinh, ::sinhf)); }
 Outcome xcosh(const Call& call) { return map_unary(call, by_vectors(vector_cosh, ::coshf)); }
 Outcome xtanh(const Call& call) { return map_unary(call, by_vectors(vector_tanh, ::tanhf)); }
-Outcome xerf(const Call& call) { return map_unary(call, in_reals(host_erf)); }
-Outcome xtgamma(const Call& call) { return map_unary(call, in_reals(gamma_function)); }
-Outcome xlgamma(const Call& call) { return map_unary(call, in_reals(host_lgamma)); }
+Outcome xerf(const Call& call) { return map_unary(call, in_floating(host_erf)); }
+Outcome xtgamma(const Call& call) { return map_unary(call, in_floating(gamma_function)); }
+Outcome xlgamma(const Call& call) { return map_unary(call, in_floating(host_lgamma)); }
 Outcome xisnan(const Call& call) { return map_unary(call, classified(0.0, is_nan)); }
 Outcome xisinf(const Call& call) { return map_unary(call, classified(0.0, is_infinite)); }
 Outcome xisfinite(const Call& call) { return map_unary(call, classified(1.0, is_finite)); }

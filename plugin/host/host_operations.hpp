@@ -34,10 +34,12 @@ using PackageInit = int (*)(void* host, RegisterFunctions register_functions);
 using CreateCallback = void* (*)();
 /// Ends the content of a dying object; it may be null.
 using DestroyCallback = void (*)(HostContext ctx, void* content);
-/// A method call. `args` points at pointers, unlike the records of an entry function. False: declined.
+/// A method call. `args` points at pointers, unlike the records of an entry function. Returns false for a call
+/// that the type does not serve.
 using MethodCallback = HostBool (*)(HostContext ctx, HostValue* self, const char* name, HostValue** args, int nargs,
                                     HostValue* result, int flag);
-/// An operator with an object among its operands, either of which may be null. False: declined.
+/// An operator with an object among its operands, either of which may be null. Returns false for operands that the type
+/// does not combine.
 using OperatorCallback = HostBool (*)(HostContext ctx, int opcode, HostValue* left, HostValue* right,
                                       HostValue* result);
 

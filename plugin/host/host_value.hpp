@@ -1,8 +1,8 @@
 // host/host_value.hpp: the records that the host and a module exchange, byte for byte
 //
-// Every record is little-endian and stands in memory without alignment: an array of values is walked in steps of 18
-// bytes. The fields are therefore bytes, read and written whole through `load` and `store`, and each record carries
-// the assertions of its size and offsets. A host is written from this file and host_operations.hpp alone.
+// Every record is little-endian and unaligned: an array of values is walked in steps of 18 bytes. The fields are
+// therefore bytes, read and written whole through `load` and `store`, and each record carries the assertions of its
+// size and offsets. A host is written from this file and host_operations.hpp alone.
 
 #pragma once
 
@@ -69,7 +69,7 @@ enum class ValueTag : std::uint8_t {
 enum class Lifetime : std::uint8_t {
   none = 0,       // nothing to release
   temporary = 1,  // released by whoever drops the record
-  plain = 2,      // bitwise record, copied as it stands
+  plain = 2,      // bitwise record, copied as it is
 };
 
 /// The host's tagged value: 18 bytes, copied whole.
@@ -245,7 +245,7 @@ struct HostIndexList {
 };
 static_assert(offsetof(HostIndexList, packed_size) == 0 && offsetof(HostIndexList, entries) == 8);
 
-/// The operator numbers that a type's operator callback may serve.
+/// The operator numbers that a host passes to a type's operator callback.
 enum class Opcode : int {
   less_equal = 81,
   greater_equal = 82,

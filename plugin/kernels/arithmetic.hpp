@@ -1,8 +1,8 @@
 // kernels/arithmetic.hpp: operations on two elements, and their loops
 //
-// Integers wrap in their width; their division is the processor's, with its fault. Reals are IEEE. The loops take
-// pointers that do not overlap, or one that is changed in place, so that the compiler keeps several elements in a
-// register.
+// Integers wrap in their width; their division is the processor's, with its fault. Floating-point numbers follow IEEE
+// 754. The loops take pointers that do not overlap, or one that is changed in place, so that the compiler keeps several
+// elements in a register.
 
 #pragma once
 
@@ -18,9 +18,9 @@
 
 namespace arrayfold {
 
-// required: an integer division that faults is the processor's to refuse. The divisor is hidden from the compiler,
-// which would otherwise fold a division whose divisor it knows something about, and its fault with it (x / x to 1, a
-// divisor that is 0 or -1 to a negation); no sanitizer is to get ahead of the fault either.
+// required: an integer division that faults raises the processor's own fault. The divisor is hidden from the compiler:
+// it would otherwise fold a division whose divisor it knows something about, and remove the fault (x / x becomes 1, a
+// division by -1 a negation). The sanitizer's check is switched off, because it would report before the fault.
 #define ARRAYFOLD_FAULTING __attribute__((no_sanitize("integer-divide-by-zero")))
 
 template <class T>
@@ -54,8 +54,9 @@ using Greater = std::greater<>;
 
 // ---- Division of 32-bit integers
 //
-// A quotient of doubles, truncated, is exact for them: it lies at least 2^-31 of itself away from the next integer.
-// Blocks are looked through first, and one in which something would fault goes to the processor's own division.
+// The truncated quotient of two doubles is exact for them: a quotient that is not an integer differs from the next
+// integer by at least 2^-31 of itself. Blocks are checked first; one in which a division would fault goes to the
+// processor's own division.
 
 template <class Operation>
 struct ExactInDoubles;
@@ -71,9 +72,9 @@ struct ExactInDoubles<Remainder> {
   std::int32_t operator()(std::int32_t a, std::int32_t b) const { return a - ExactInDoubles<Quotient>{}(a, b) * b; }
 };
 
-/// The same by one number for all, other than 0 and -1: a product with the reciprocal, taken a step away from zero. An
-/// exact quotient so never falls short of its integer. The product is too large by less than 2^-20 / number, and any
-/// other quotient lies at least 1 / number below the next integer.
+/// Division of every element by one divisor (not 0 or -1): multiplies by the reciprocal, rounded one step away from
+/// zero so that exact quotients never truncate too low. The product exceeds the quotient by less than 2^-20 / divisor,
+/// and a quotient that is not an integer lies at least 1 / divisor below the next one.
 template <class Operation>
 class ByNumber {
  public:
@@ -95,7 +96,7 @@ template <class Operation, class T>
 constexpr bool divides_int32 = std::is_same_v<T, std::int32_t> &&
                                (std::is_same_v<Operation, Quotient> || std::is_same_v<Operation, Remainder>);
 
-// ---- Loops. An operand is a pointer to elements, or one number for all.
+// ---- Loops. An operand is a pointer to elements, or one number that is used for all of them.
 
 template <class T>
 T element(const T* elements, std::size_t i) {
@@ -125,8 +126,8 @@ bool any_division_faults(Left left, Right right, std::size_t count) {
   return found != 0;
 }
 
-/// Calls `run(operation, first, count)`: once for all, or, for the division of 32-bit integers, once a block with the
-/// division that suits it.
+/// Calls `run(operation, first, count)` once for all elements or, for the division of 32-bit integers, once per block
+/// with the division that suits it.
 template <class T, class Operation, class Left, class Right, class Run>
 void in_blocks(Operation operation, Left left, Right right, std::size_t count, Run run) {
   if constexpr (divides_int32<Operation, T>) {
@@ -145,53 +146,52 @@ void in_blocks(Operation operation, Left left, Right right, std::size_t count, R
   }
 }
 
-// Four steps a turn: the counting of the loop costs as much as the arithmetic otherwise.
+// Unrolled by four: the loop counter would otherwise cost as much as the arithmetic.
 template <class Operation, class Left, class Right, class R>
-void combine_run(Operation operation, Left left, Right right, R* __restrict out, std::size_t count) {
+void combine_all(Operation operation, Left left, Right right, R* __restrict out, std::size_t count) {
 #pragma GCC unroll 4
   for (std::size_t i = 0; i < count; ++i) out[i] = operation(element(left, i), element(right, i));
 }
 
 template <class Operation, class T, class Right>
-void change_run(Operation operation, T* __restrict elements, Right right, std::size_t count) {
+void change_all(Operation operation, T* __restrict elements, Right right, std::size_t count) {
 #pragma GCC unroll 4
   for (std::size_t i = 0; i < count; ++i) elements[i] = operation(elements[i], element(right, i));
 }
 
-// ---- The same loops in registers of eight doubles, for what is slower than the memory it goes to
+// ---- The same loops for AVX-512, for operations that are slower than memory
 
 template <class Operation, class Left, class Right, class R>
-ARRAYFOLD_EIGHT_LANES void combine_run_on_eight(Operation operation, Left left, Right right, R* __restrict out,
-                                                std::size_t count) {
+ARRAYFOLD_AVX512 void combine_on_avx512(Operation operation, Left left, Right right, R* __restrict out,
+                                        std::size_t count) {
 #pragma GCC unroll 4
   for (std::size_t i = 0; i < count; ++i) out[i] = operation(element(left, i), element(right, i));
 }
 
 template <class Operation, class T, class Right>
-ARRAYFOLD_EIGHT_LANES void change_run_on_eight(Operation operation, T* __restrict elements, Right right,
-                                               std::size_t count) {
+ARRAYFOLD_AVX512 void change_on_avx512(Operation operation, T* __restrict elements, Right right, std::size_t count) {
 #pragma GCC unroll 4
   for (std::size_t i = 0; i < count; ++i) elements[i] = operation(elements[i], element(right, i));
 }
 
-/// Divisions in doubles, products of 64 bits and comparisons with a number. Sums, and comparisons of two arrays, wait
-/// for memory.
+/// Divisions in doubles, products of 64-bit integers and comparisons with a number. Sums and comparisons of two arrays
+/// are bound by memory.
 template <class T, class R, class Operation, class Right>
-constexpr bool gains_from_eight = divides_int32<Operation, T> ||
-                                  (std::is_same_v<Operation, Quotient> && std::is_same_v<T, double>) ||
-                                  (std::is_same_v<Operation, Product> && std::is_same_v<T, std::int64_t>) ||
-                                  (std::is_same_v<R, bool> && std::is_same_v<Right, T>);
-/// Fewer elements are left to the narrower loops, whose last turns take less.
-constexpr std::size_t least_on_eight = 64;
+constexpr bool gains_from_avx512 = divides_int32<Operation, T> ||
+                                   (std::is_same_v<Operation, Quotient> && std::is_same_v<T, double>) ||
+                                   (std::is_same_v<Operation, Product> && std::is_same_v<T, std::int64_t>) ||
+                                   (std::is_same_v<R, bool> && std::is_same_v<Right, T>);
+/// Fewer elements go to the AVX2 loops, whose remainders are shorter.
+constexpr std::size_t minimum_for_avx512 = 64;
 
-/// out[i] = operation(left, right), into memory of its own.
+/// out[i] = operation(left, right). `out` overlaps neither operand.
 template <class T, class Operation, class Left, class Right, class R>
 void combine(Operation operation, Left left, Right right, R* out, std::size_t count) {
   in_blocks<T>(operation, left, right, count, [=](auto suited, std::size_t first, std::size_t size) {
-    if constexpr (gains_from_eight<T, R, Operation, Right>)
-      if (size >= least_on_eight && has_eight_lanes())
-        return combine_run_on_eight(suited, behind(left, first), behind(right, first), out + first, size);
-    combine_run(suited, behind(left, first), behind(right, first), out + first, size);
+    if constexpr (gains_from_avx512<T, R, Operation, Right>)
+      if (size >= minimum_for_avx512 && has_avx512())
+        return combine_on_avx512(suited, behind(left, first), behind(right, first), out + first, size);
+    combine_all(suited, behind(left, first), behind(right, first), out + first, size);
   });
 }
 
@@ -200,10 +200,10 @@ template <class T, class Operation, class Right>
 void change(Operation operation, T* elements, Right right, std::size_t count) {
   in_blocks<T>(operation, static_cast<const T*>(elements), right, count,
                [=](auto suited, std::size_t first, std::size_t size) {
-                 if constexpr (gains_from_eight<T, T, Operation, Right>)
-                   if (size >= least_on_eight && has_eight_lanes())
-                     return change_run_on_eight(suited, elements + first, behind(right, first), size);
-                 change_run(suited, elements + first, behind(right, first), size);
+                 if constexpr (gains_from_avx512<T, T, Operation, Right>)
+                   if (size >= minimum_for_avx512 && has_avx512())
+                     return change_on_avx512(suited, elements + first, behind(right, first), size);
+                 change_all(suited, elements + first, behind(right, first), size);
                });
 }
 

@@ -1,10 +1,9 @@
-// kernels/conversion.hpp: from reals to elements
+// kernels/conversion.hpp: from floating-point numbers to integers
 
 #pragma once
 
 #include <cstdint>
 #include <limits>
-#include <type_traits>
 
 namespace arrayfold {
 
@@ -12,20 +11,11 @@ namespace arrayfold {
 template <class Integer>
 constexpr Integer truncated(double x) {
   using Limits = std::numeric_limits<Integer>;
-  // Both bounds are exact doubles; 32 bits also hold what lies within one below the smallest value.
-  constexpr double beyond = -2.0 * static_cast<double>(Limits::min() / 2);
+  // Both bounds are exact doubles; types of fewer than 64 bits also hold what lies within one below the smallest value.
+  constexpr double beyond = 2.0 * static_cast<double>(Limits::max() / 2 + 1);
   constexpr double lowest = static_cast<double>(Limits::min());
   const bool fits = sizeof(Integer) < 8 ? x > lowest - 1.0 : x >= lowest;
   return fits && x < beyond ? static_cast<Integer>(x) : Limits::min();
-}
-
-/// A real as an element: integers without its fraction.
-template <class T>
-constexpr T stored_as(double x) {
-  if constexpr (std::is_integral_v<T>)
-    return truncated<T>(x);
-  else
-    return static_cast<T>(x);
 }
 
 }  // namespace arrayfold

@@ -1,4 +1,4 @@
-// kernels/vector_math.cpp: the C library's vector functions, four or eight doubles at a time
+// kernels/vector_math.cpp: the C library's vector functions, for AVX2 and AVX-512
 
 #include "kernels/vector_math.hpp"
 
@@ -17,9 +17,9 @@
 
 #include <immintrin.h>
 
-// The names are the C library's: d for AVX2 and four lanes, e for AVX-512 and eight.
-#define ARRAYFOLD_DECLARE(name)         \
-  __m256d _ZGVdN4v_##name(__m256d);     \
+// The names are the C library's: d stands for AVX2, e for AVX-512.
+#define ARRAYFOLD_DECLARE(name)     \
+  __m256d _ZGVdN4v_##name(__m256d); \
   __attribute__((target("avx512f"))) __m512d _ZGVeN8v_##name(__m512d);
 extern "C" {
 ARRAYFOLD_DECLARE(exp)
@@ -39,9 +39,9 @@ ARRAYFOLD_DECLARE(tanh)
 namespace arrayfold {
 namespace {
 
-using FourAtATime = __m256d (*)(__m256d);
+using Avx2Function = __m256d (*)(__m256d);
 
-/// Runs `run(in, out)` over whole vectors, and over what is left in a vector padded with its last element.
+/// Calls `run(in, out)` for whole vectors, and for the remainder in a vector padded with its last element.
 template <std::size_t lanes, class Run>
 inline __attribute__((always_inline)) void over_vectors(const double* in, double* out, std::size_t count, Run run) {
   std::size_t i = 0;
@@ -54,39 +54,37 @@ inline __attribute__((always_inline)) void over_vectors(const double* in, double
   std::memcpy(out + i, padded, left * sizeof(double));
 }
 
-template <FourAtATime function>
-void four_at_a_time(const double* in, double* out, std::size_t count) {
-  over_vectors<4>(in, out, count, [](const double* from, double* to) {
-    _mm256_storeu_pd(to, function(_mm256_loadu_pd(from)));
-  });
+template <Avx2Function function>
+void on_avx2(const double* in, double* out, std::size_t count) {
+  over_vectors<4>(in, out, count,
+                  [](const double* from, double* to) { _mm256_storeu_pd(to, function(_mm256_loadu_pd(from))); });
 }
 
 }  // namespace
 
-// The loop of eight stands in a function of its own target: only there may its vectors be named.
-#define ARRAYFOLD_VECTOR_FUNCTION(name)                                                                          \
-  __attribute__((target("avx512f"))) static void eight_at_a_time_##name(const double* in, double* out,           \
-                                                                        std::size_t count) {                     \
-    std::size_t i = 0;                                                                                           \
-    for (; i + 8 <= count; i += 8) _mm512_storeu_pd(out + i, _ZGVeN8v_##name(_mm512_loadu_pd(in + i)));          \
-    const auto left = static_cast<unsigned>(count - i);                                                          \
-    if (left == 0) return;                                                                                       \
-    const auto lanes = static_cast<__mmask8>((1u << left) - 1);                                                  \
-    const __m512d padding = _mm512_set1_pd(in[count - 1]);                                                       \
-    _mm512_mask_storeu_pd(out + i, lanes, _ZGVeN8v_##name(_mm512_mask_loadu_pd(padding, lanes, in + i)));        \
-  }                                                                                                              \
-  void vector_##name(const double* in, double* out, std::size_t count) {                                         \
-    if (has_eight_lanes()) return eight_at_a_time_##name(in, out, count);                                        \
-    four_at_a_time<&_ZGVdN4v_##name>(in, out, count);                                                            \
+// The AVX-512 loop stands in a function of its own target: only there may its vectors be named.
+#define ARRAYFOLD_VECTOR_FUNCTION(name)                                                                               \
+  __attribute__((target("avx512f"))) static void on_avx512_##name(const double* in, double* out, std::size_t count) { \
+    std::size_t i = 0;                                                                                                \
+    for (; i + 8 <= count; i += 8) _mm512_storeu_pd(out + i, _ZGVeN8v_##name(_mm512_loadu_pd(in + i)));               \
+    const auto left = static_cast<unsigned>(count - i);                                                               \
+    if (left == 0) return;                                                                                            \
+    const auto lanes = static_cast<__mmask8>((1u << left) - 1);                                                       \
+    const __m512d padding = _mm512_set1_pd(in[count - 1]);                                                            \
+    _mm512_mask_storeu_pd(out + i, lanes, _ZGVeN8v_##name(_mm512_mask_loadu_pd(padding, lanes, in + i)));             \
+  }                                                                                                                   \
+  void vector_##name(const double* in, double* out, std::size_t count) {                                              \
+    if (has_avx512()) return on_avx512_##name(in, out, count);                                                        \
+    on_avx2<&_ZGVdN4v_##name>(in, out, count);                                                                        \
   }
 
 #else
 
 namespace arrayfold {
 
-#define ARRAYFOLD_VECTOR_FUNCTION(name)                                           \
-  void vector_##name(const double* in, double* out, std::size_t count) {          \
-    for (std::size_t i = 0; i < count; ++i) out[i] = std::name(in[i]);            \
+#define ARRAYFOLD_VECTOR_FUNCTION(name)                                  \
+  void vector_##name(const double* in, double* out, std::size_t count) { \
+    for (std::size_t i = 0; i < count; ++i) out[i] = std::name(in[i]);   \
   }
 
 #endif

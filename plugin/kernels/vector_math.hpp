@@ -1,8 +1,8 @@
 // kernels/vector_math.hpp: mathematical functions over many doubles at once
 //
-// On x86-64 the C library's own vector functions, four or eight at a time as the processor has them; elsewhere its scalar
-// ones. The value of an element does not depend on its neighbours or its place: what is left over at the end is padded to
-// one more vector. Errors stay below 4 units in the last place; special values are those of the scalar functions.
+// On x86-64 these are the C library's own vector functions, for AVX2 or AVX-512; elsewhere its scalar ones. The value
+// of an element does not depend on its neighbours or its position: the remainder at the end is padded to one more
+// vector. Errors stay below 4 units in the last place; special values are those of the scalar functions.
 
 #pragma once
 

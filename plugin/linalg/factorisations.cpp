@@ -1,13 +1,13 @@
 // linalg/factorisations.cpp: xcholesky, xqr, xsvd
 
-#include "array/arguments.hpp"
-#include "linalg/library.hpp"
 #include "linalg/matrix.hpp"
 
 namespace arrayfold {
 namespace {
 
-/// Sets what the routine has left of the operand to 0.
+// ---- xcholesky
+
+/// Sets the elements above the diagonal, which LAPACK leaves as they were, to 0.
 template <class T>
 void clear_above_diagonal(ColumnMajor<T>& matrix) {
   const std::size_t n = matrix.shape()[0];
@@ -15,82 +15,53 @@ void clear_above_diagonal(ColumnMajor<T>& matrix) {
   for (std::size_t j = 0; j < n; ++j, column += n) std::fill_n(column, j, T{0});
 }
 
-/// The factors of a singular value decomposition: the left vectors by columns, the values, the right vectors by rows.
-struct SingularFactors {
-  std::unique_ptr<ArrayOf<XTDouble>> left;
-  std::unique_ptr<ArrayOf<XTDouble>> values;
-  std::unique_ptr<ArrayOf<XTDouble>> right;
+constexpr auto lower_factor = [](auto kind, const auto& array) {
+  auto factor = square_by_columns(array);
+  if (xt::lapack::potr(factor, 'L') > 0) throw std::runtime_error("Cholesky decomposition failed.");
+  clear_above_diagonal(factor);
+  return stored(kind, factor);
 };
 
+// ---- xqr
+
+/// Q and R; Q has as many columns as R has rows, the smaller extent. Without elements that is 0.
+constexpr auto orthogonal_factors = [](auto kind, const auto& matrix) {
+  using T = typename decltype(kind)::element;
+  require_matrix(matrix);
+  if (matrix.storage().empty())
+    return std::tuple{filled({matrix.shape()[0], 0}, 0.0), filled({0, matrix.shape()[1]}, 0.0)};
+  const auto [q, r] = xt::linalg::qr(by_columns<T>(matrix));
+  return std::tuple{stored(kind, q), stored(kind, r)};
+};
+
+// ---- xsvd
+
 std::unique_ptr<ArrayOf<XTDouble>> identity(std::size_t n) {
-  auto made = filled<XTDouble>({n, n}, 0.0);
+  auto made = filled({n, n}, 0.0);
   for (std::size_t i = 0; i < n; ++i) made->array->storage()[i * (n + 1)] = 1.0;
   return made;
 }
 
-template <class T, class Kind>
-SingularFactors singular_factors(const XTArray<T, Kind>& array) {
-  const auto& matrix = *array.array;
+/// The left singular vectors by columns, the singular values, the right singular vectors by rows.
+constexpr auto singular_factors = [](auto kind, const auto& matrix) {
+  using T = typename decltype(kind)::element;
   require_matrix(matrix);
   const std::size_t rows = matrix.shape()[0];
   const std::size_t columns = matrix.shape()[1];
-  if (matrix.storage().empty()) return {identity(rows), filled<XTDouble>({0}, 0.0), identity(columns)};
+  if (matrix.storage().empty()) return std::tuple{identity(rows), filled({0}, 0.0), identity(columns)};
   if (!all_finite(matrix)) {
     constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-    return {filled<XTDouble>({rows, rows}, nan), filled<XTDouble>({std::min(rows, columns)}, nan),
-            filled<XTDouble>({columns, columns}, nan)};
+    return std::tuple{filled({rows, rows}, nan), filled({std::min(rows, columns)}, nan),
+                      filled({columns, columns}, nan)};
   }
   const auto [left, values, right] = xt::linalg::svd(by_columns<T>(matrix));
-  return {stored<Kind>(left), stored<Kind>(values), stored<Kind>(right)};
-}
-
-struct OrthogonalFactors {
-  std::unique_ptr<ArrayOf<XTDouble>> q;
-  std::unique_ptr<ArrayOf<XTDouble>> r;
+  return std::tuple{stored(kind, left), stored(kind, values), stored(kind, right)};
 };
-
-/// Q with as many columns as R has rows: the smaller extent. Without elements that is 0.
-template <class T, class Kind>
-OrthogonalFactors orthogonal_factors(const XTArray<T, Kind>& array) {
-  const auto& matrix = *array.array;
-  require_matrix(matrix);
-  if (matrix.storage().empty())
-    return {filled<XTDouble>({matrix.shape()[0], 0}, 0.0), filled<XTDouble>({0, matrix.shape()[1]}, 0.0)};
-  const auto [q, r] = xt::linalg::qr(by_columns<T>(matrix));
-  return {stored<Kind>(q), stored<Kind>(r)};
-}
 
 }  // namespace
 
-Outcome xcholesky(const Call& call) {
-  return serve_first_reals(call, [&](const auto& array) {
-    using Kind = typename std::decay_t<decltype(array)>::tag;
-    auto factor = square_by_columns(*array.array);
-    if (xt::lapack::potr(factor, 'L') > 0) throw std::runtime_error("Cholesky decomposition failed.");
-    clear_above_diagonal(factor);
-    give_array<Kind>(call.ctx, call.result, stored<Kind>(factor));
-  });
-}
-
-Outcome xqr(const Call& call) {
-  return serve_first_reals(call, [&](const auto& array) {
-    using Kind = typename std::decay_t<decltype(array)>::tag;
-    auto [q, r] = orthogonal_factors(array);
-    auto table = give_table(call);
-    give_array<Kind>(call.ctx, table.next_slot(), std::move(q));
-    give_array<Kind>(call.ctx, table.next_slot(), std::move(r));
-  });
-}
-
-Outcome xsvd(const Call& call) {
-  return serve_first_reals(call, [&](const auto& array) {
-    using Kind = typename std::decay_t<decltype(array)>::tag;
-    auto factors = singular_factors(array);
-    auto table = give_table(call);
-    give_array<Kind>(call.ctx, table.next_slot(), std::move(factors.left));
-    give_array<Kind>(call.ctx, table.next_slot(), std::move(factors.values));
-    give_array<Kind>(call.ctx, table.next_slot(), std::move(factors.right));
-  });
-}
+Outcome xcholesky(const Call& call) { return give_computed(call, lower_factor); }
+Outcome xqr(const Call& call) { return give_computed(call, orthogonal_factors); }
+Outcome xsvd(const Call& call) { return give_computed(call, singular_factors); }
 
 }  // namespace arrayfold

@@ -2,13 +2,12 @@
 
 #pragma once
 
-#include "linalg/library.hpp"
 #include "linalg/matrix.hpp"
 
 namespace arrayfold {
 
-/// The factors in one matrix by columns, the rows exchanged at each step, counted from 1, and what the routine says: 0,
-/// or the place of the first zero on the diagonal.
+/// The factors in one matrix by columns, the row exchanged at each step, counted from 1, and LAPACK's info: 0, or the
+/// position of the first zero on the diagonal.
 template <class T>
 struct LuFactors {
   ColumnMajor<T> matrix;
@@ -23,7 +22,7 @@ LuFactors<T> lu_factors(const xarray_of<T>& array) {
   return factors;
 }
 
-/// How often rows were exchanged.
+/// The number of row exchanges.
 template <class T>
 std::size_t exchanges(const LuFactors<T>& factors) {
   std::size_t count = 0;
@@ -36,7 +35,7 @@ template <class T>
 ColumnMajor<T> inverse_by_columns(const xarray_of<T>& array) {
   auto factors = lu_factors(array);
   if (factors.info > 0) throw std::runtime_error("Singular matrix not invertible (getrf).");
-  // Of no row the routine would complain aloud.
+  // LAPACK prints an error for n = 0.
   if (factors.pivots.size() > 0 && xt::lapack::getri(factors.matrix, factors.pivots) > 0)
     throw std::runtime_error("Singular matrix not invertible (getri).");
   return std::move(factors.matrix);

@@ -1,7 +1,7 @@
-// linalg/matrix.hpp: from operands to what the routines take
+// linalg/matrix.hpp: from operands to what LAPACK takes
 //
-// The routines read a matrix by columns and overwrite it, so that each gets a copy. Operands that they would read out
-// of bounds, or never come back from, are told apart here.
+// LAPACK reads a matrix by columns and overwrites it, so each routine gets a copy. Operands for which LAPACK would read
+// out of bounds or not return (NaN, infinities) are detected here.
 
 #pragma once
 
@@ -21,7 +21,7 @@ namespace arrayfold {
 template <class T>
 using ColumnMajor = xt::xarray<T, xt::layout_type::column_major>;
 
-/// Throws std::runtime_error when the last two extents differ, or when there are no two.
+/// Throws std::runtime_error when the last two extents differ, or when there are fewer than two.
 template <class T>
 void require_square(const xarray_of<T>& array) {
   const Shape& extents = array.shape();
@@ -30,8 +30,7 @@ void require_square(const xarray_of<T>& array) {
     throw std::runtime_error("Last 2 dimensions of the array must be square.");
 }
 
-/// Throws std::bad_alloc when there are elements and the routines, which count in 32 bits, could not count them along a
-/// dimension.
+/// Throws std::bad_alloc when an array with elements has more of them along an axis than LAPACK can count in 32 bits.
 template <class T>
 void require_counts(const xarray_of<T>& array) {
   constexpr std::size_t most = std::numeric_limits<std::int32_t>::max();
@@ -40,8 +39,8 @@ void require_counts(const xarray_of<T>& array) {
       if (extent > most) throw std::bad_alloc();
 }
 
-/// Throws xt::broadcast_error for another number of dimensions than two, as a conversion to a matrix does, and
-/// std::bad_alloc when the extents claim other elements than there are.
+/// Throws xt::broadcast_error for any number of dimensions but two, as a conversion to a matrix does, and
+/// std::bad_alloc when the product of the extents is not the number of stored elements.
 template <class T>
 void require_matrix(const xarray_of<T>& array) {
   if (array.dimension() != 2) xt::throw_broadcast_error(array.shape(), Shape{});
@@ -55,12 +54,12 @@ ColumnMajor<R> by_columns(const xarray_of<T>& matrix) {
   const std::size_t rows = matrix.shape()[0];
   const std::size_t columns = matrix.shape()[1];
   auto copy = ColumnMajor<R>::from_shape({rows, columns});
-  // What lies there by rows is the transposed matrix by columns.
+  // A row-major matrix is its transposed matrix in column-major order.
   transpose(matrix.storage().data(), columns, rows, copy.storage().data());
   return copy;
 }
 
-/// The copy that a routine for square matrices takes.
+/// A copy of a square matrix by columns. Throws as `require_square` and `require_matrix` do.
 template <class T>
 ColumnMajor<T> square_by_columns(const xarray_of<T>& array) {
   require_square(array);
@@ -68,7 +67,7 @@ ColumnMajor<T> square_by_columns(const xarray_of<T>& array) {
   return by_columns<T>(array);
 }
 
-/// Is there neither an infinity nor NaN? Some routines do not return from those.
+/// True when there is neither NaN nor an infinity.
 template <class T>
 bool all_finite(const xarray_of<T>& array) {
   bool finite = true;
@@ -76,10 +75,9 @@ bool all_finite(const xarray_of<T>& array) {
   return finite;
 }
 
-/// A new array of the kind in which results of `Kind` are stored, each element `value`.
-template <class Kind>
-auto filled(const Shape& extents, double value) {
-  auto made = make_array<StoredKind<Kind>>(extents);
+/// A new array of doubles, each element `value`.
+inline std::unique_ptr<ArrayOf<XTDouble>> filled(const Shape& extents, double value) {
+  auto made = make_array<XTDouble>(extents);
   auto& elements = made->array->storage();
   std::fill(elements.begin(), elements.end(), value);
   return made;

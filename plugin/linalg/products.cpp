@@ -1,10 +1,10 @@
 // linalg/products.cpp: xdot, xvdot, xouter, xkron, xmatrix_power
 //
 // A product of any two kinds is computed in the type common to both, and stored in the kind of the first.
-// required: so the kinds do not commute: integers times reals lose the fractions, reals times integers keep them.
+// required: products of different kinds therefore do not commute: integers times doubles lose the fractions, doubles
+// times integers keep them.
 //
-// Two double or two float arrays go to the BLAS routines. All other pairs add up from 0 in the order of the inner
-// index.
+// Two double or two float arrays go to BLAS. All other pairs are added from 0 in the order of the inner index.
 
 #include <algorithm>
 #include <limits>
@@ -12,10 +12,8 @@
 #include <stdexcept>
 #include <type_traits>
 
-#include "array/arguments.hpp"
-#include "array/runs.hpp"
+#include "array/rows.hpp"
 #include "array/scratch.hpp"
-#include "linalg/library.hpp"
 #include "linalg/result.hpp"
 
 namespace arrayfold {
@@ -23,20 +21,21 @@ namespace {
 
 // ---- The frame
 
-/// The outcome of `visit(first, second)` for two numeric arrays.
+/// The outcome of `visit(kind, first, second)` for two numeric arrays; the kind is the first one's.
 template <class Visit>
 Outcome visit_pair(const Call& call, Visit visit) {
   const auto arrays = two_numeric_arguments(call);
   if (!arrays) return Outcome::failed;
-  return xtl::visit([&](const auto* a, const auto* b) { return visit(*a, *b); }, arrays->first, arrays->second);
+  return visit_ref(arrays->first, [&](auto kind, const auto& a) {
+    return visit_ref(arrays->second, [&](auto, const auto& b) { return visit(kind, a, b); });
+  });
 }
 
-/// Gives the array `multiply(first, second)` under the name of the first's kind.
+/// Gives the array `multiply(kind, first, second)` under the name of the first's kind.
 template <class Multiply>
 Outcome give_product(const Call& call, Multiply multiply) {
-  return visit_pair(call, [&](const auto& a, const auto& b) {
-    using Kind = typename std::decay_t<decltype(a)>::tag;
-    give_array<Kind>(call.ctx, call.result, multiply(a, *b.array));
+  return visit_pair(call, [&](auto kind, const auto& a, const auto& b) {
+    give_array(call, kind, multiply(kind, a, b));
     return Outcome::handled;
   });
 }
@@ -44,30 +43,31 @@ Outcome give_product(const Call& call, Multiply multiply) {
 template <class A, class B>
 using CommonType = std::common_type_t<A, B>;
 
-/// Do the routines compute products of these types?
+/// Does BLAS compute products of these types?
 template <class A, class B>
-constexpr bool for_routines = std::is_same_v<A, B>&& std::is_floating_point_v<A>;
+constexpr bool for_blas = std::is_same_v<A, B>&& std::is_floating_point_v<A>;
 
-/// A new array of the stored kind of `Kind`, its elements computed as R by `compute(out)`, which sets them all.
+/// A new array of the kind in which results of `Kind` are stored. `compute(out)` sets all its elements, as numbers of
+/// type R.
 template <class Kind, class R, class Compute>
 auto computed(const Shape& extents, Compute compute) {
-  using Stored = typename StoredKind<Kind>::element;
-  auto made = make_array<StoredKind<Kind>>(extents);
+  using Stored = typename Kind::stored;
+  auto made = make_array<Stored>(extents);
   auto& elements = made->array->storage();
-  if constexpr (std::is_same_v<Stored, R>) {
+  if constexpr (std::is_same_v<typename Stored::element, R>) {
     compute(elements.data());
   } else {
     const Scratch<R> scratch(elements.size());
     compute(scratch.data());
     std::transform(scratch.data(), scratch.data() + elements.size(), elements.begin(),
-                   [](R x) { return converted<Stored>(x); });
+                   [](R x) { return element_from<Stored>(x); });
   }
   return made;
 }
 
-using Count = xt::blas_index_t;  // what the routines count in
+using Count = xt::blas_index_t;  // the counts of BLAS
 
-/// Throws std::bad_alloc for more than they can.
+/// Throws std::bad_alloc for a count that BLAS cannot take.
 Count count_of(std::size_t n) {
   if (n > static_cast<std::size_t>(std::numeric_limits<Count>::max())) throw std::bad_alloc();
   return static_cast<Count>(n);
@@ -79,15 +79,15 @@ Count count_of(std::size_t n) {
 template <class A, class B>
 CommonType<A, B> inner_product(std::size_t count, const A* a, std::size_t a_step, const B* b, std::size_t b_step) {
   CommonType<A, B> sum{0};
-  if constexpr (for_routines<A, B>)
+  if constexpr (for_blas<A, B>)
     cxxblas::dot<Count>(count_of(count), a, count_of(a_step), b, count_of(b_step), sum);
   else
     for (std::size_t i = 0; i < count; ++i) sum += a[i * a_step] * b[i * b_step];
   return sum;
 }
 
-/// Any two arrays of at least one dimension as matrices: the rows of the first, times each of the second's `matrices`,
-/// which lie one behind the other.
+/// Two arrays of at least one dimension as matrices: the rows of the first, times each of the second's consecutive
+/// `matrices`.
 struct DotForm {
   std::size_t rows;
   std::size_t inner;
@@ -149,8 +149,8 @@ void multiply_by_inner_products(const DotForm& form, const A* a, const B* b, R* 
 }
 
 template <class T>
-void multiply_by_routines(const DotForm& form, const T* a, std::size_t a_dimensions, const T* b,
-                          std::size_t b_dimensions, T* out) {
+void multiply_by_blas(const DotForm& form, const T* a, std::size_t a_dimensions, const T* b, std::size_t b_dimensions,
+                      T* out) {
   const Count rows = count_of(form.rows), inner = count_of(form.inner), columns = count_of(form.columns);
   if (a_dimensions > 2 || b_dimensions > 2 || (a_dimensions == 1 && b_dimensions == 1))
     return multiply_by_inner_products(form, a, b, out);
@@ -164,41 +164,42 @@ void multiply_by_routines(const DotForm& form, const T* a, std::size_t a_dimensi
     cxxblas::gemv<Count>(cxxblas::RowMajor, cxxblas::Trans, inner, columns, T{1}, b, columns, a, 1, T{0}, out, 1);
 }
 
-template <class A, class AKind, class B>
-auto dot(const XTArray<A, AKind>& first, const xarray_of<B>& b) {
+constexpr auto dot = [](auto kind, const auto& a, const auto& b) {
+  using Kind = decltype(kind);
+  using A = typename std::decay_t<decltype(a)>::value_type;
+  using B = typename std::decay_t<decltype(b)>::value_type;
   using R = CommonType<A, B>;
-  const auto& a = *first.array;
   check_extents(a);
   check_extents(b);
   const A* const left = a.storage().data();
   const B* const right = b.storage().data();
-  // One number for all of the other array's elements.
+  // A zero-dimensional array multiplies each element of the other.
   if (a.dimension() == 0)
-    return computed<AKind, R>(b.shape(), [&](R* out) {
+    return computed<Kind, R>(b.shape(), [&](R* out) {
       for (std::size_t i = 0; i < b.storage().size(); ++i) out[i] = *left * right[i];
     });
   if (b.dimension() == 0)
-    return computed<AKind, R>(a.shape(), [&](R* out) {
+    return computed<Kind, R>(a.shape(), [&](R* out) {
       for (std::size_t i = 0; i < a.storage().size(); ++i) out[i] = left[i] * *right;
     });
   const DotForm form = dot_form(a.shape(), b.shape());
-  return computed<AKind, R>(form.extents, [&](R* out) {
+  return computed<Kind, R>(form.extents, [&](R* out) {
     const std::size_t size = form.rows * form.matrices * form.columns;
     if (form.inner == 0 || size == 0) return std::fill_n(out, size, R{0}), void();
-    if constexpr (for_routines<A, B>)
-      multiply_by_routines(form, left, a.dimension(), right, b.dimension(), out);
+    if constexpr (for_blas<A, B>)
+      multiply_by_blas(form, left, a.dimension(), right, b.dimension(), out);
     else if (form.columns == 1)
       multiply_by_inner_products(form, left, right, out);
     else
       multiply_by_loops(form, left, right, out);
   });
-}
+};
 
-// ---- xvdot and xouter walk the first dimension
+// ---- xvdot and xouter walk the first axis
 
-/// The elements along the first dimension. An array of no dimension has one.
+/// The elements along the first axis. A zero-dimensional array has one.
 template <class T>
-struct FirstDimension {
+struct FirstAxis {
   const T* elements;
   std::size_t extent = 1;
   std::size_t stride = 1;
@@ -207,7 +208,7 @@ struct FirstDimension {
 };
 
 template <class T>
-FirstDimension<T> first_dimension(const xarray_of<T>& array) {
+FirstAxis<T> first_axis(const xarray_of<T>& array) {
   const T* const elements = array.storage().data();
   if (array.dimension() == 0) return {elements};
   // A stride of 0 stands for an extent of 1.
@@ -215,7 +216,7 @@ FirstDimension<T> first_dimension(const xarray_of<T>& array) {
   return {elements, array.shape().front(), stride == 0 ? 1 : stride};
 }
 
-/// Do `count` elements, a stride apart, lie within the array?
+/// True when `count` elements, a stride apart, lie within the array.
 template <class T>
 bool holds(const xarray_of<T>& array, std::size_t count, std::size_t stride) {
   const std::size_t size = array.storage().size();
@@ -223,8 +224,8 @@ bool holds(const xarray_of<T>& array, std::size_t count, std::size_t stride) {
 }
 
 template <class A, class B, class R>
-void multiply_outer(const FirstDimension<A>& a, const FirstDimension<B>& b, R* out) {
-  if constexpr (for_routines<A, B>) {
+void multiply_outer(const FirstAxis<A>& a, const FirstAxis<B>& b, R* out) {
+  if constexpr (for_blas<A, B>) {
     cxxblas::ger<Count>(cxxblas::RowMajor, count_of(a.extent), count_of(b.extent), R{1}, a.elements, count_of(a.stride),
                         b.elements, count_of(b.stride), out, count_of(b.extent));
   } else {
@@ -233,24 +234,26 @@ void multiply_outer(const FirstDimension<A>& a, const FirstDimension<B>& b, R* o
   }
 }
 
-template <class A, class AKind, class B>
-auto outer(const XTArray<A, AKind>& first, const xarray_of<B>& second) {
+constexpr auto outer = [](auto kind, const auto& first, const auto& second) {
+  using Kind = decltype(kind);
+  using A = typename std::decay_t<decltype(first)>::value_type;
+  using B = typename std::decay_t<decltype(second)>::value_type;
   using R = CommonType<A, B>;
-  check_extents(*first.array);
+  check_extents(first);
   check_extents(second);
-  const auto a = first_dimension(*first.array);
-  const auto b = first_dimension(second);
-  return computed<AKind, R>({a.extent, b.extent}, [&](R* out) {
+  const auto a = first_axis(first);
+  const auto b = first_axis(second);
+  return computed<Kind, R>({a.extent, b.extent}, [&](R* out) {
     std::fill_n(out, a.extent * b.extent, R{0});
-    // Without elements, in whatever dimension, there is nothing to add.
-    if (!first.array->storage().empty() && !second.storage().empty()) multiply_outer(a, b, out);
+    // An operand without elements adds nothing.
+    if (!first.storage().empty() && !second.storage().empty()) multiply_outer(a, b, out);
   });
-}
+};
 
 // ---- xkron
 
-/// What xkron takes of an array: its first two extents and the strides of its last two dimensions. A vector is a matrix
-/// of one row, a number one of one element.
+/// What xkron takes of an array: its first two extents and the strides of its last two axes. A vector is a matrix of
+/// one row, a number a matrix of one element.
 struct KronForm {
   std::size_t rows = 1;
   std::size_t columns = 1;
@@ -266,25 +269,27 @@ KronForm kron_form(const xarray_of<T>& array) {
   return {extents[0], extents[1], static_cast<std::size_t>(array.strides()[extents.size() - 2]), last_stride(array)};
 }
 
-/// Throws std::bad_alloc when it does not fit.
+/// Throws std::bad_alloc when 64 bits do not hold the product.
 std::size_t extents_product(std::size_t a, std::size_t b) {
   if (__builtin_mul_overflow(a, b, &a)) throw std::bad_alloc();
   return a;
 }
 
-/// Each element of the first, times all of the second in its place.
-template <class A, class AKind, class B>
-auto kron(const XTArray<A, AKind>& first, const xarray_of<B>& second) {
+/// Each element of the first, multiplied by all of the second, in its place.
+constexpr auto kron = [](auto kind, const auto& first, const auto& second) {
+  using Kind = decltype(kind);
+  using A = typename std::decay_t<decltype(first)>::value_type;
+  using B = typename std::decay_t<decltype(second)>::value_type;
   using R = CommonType<A, B>;
-  check_extents(*first.array);
+  check_extents(first);
   check_extents(second);
-  const KronForm a = kron_form(*first.array);
+  const KronForm a = kron_form(first);
   const KronForm b = kron_form(second);
-  const A* const left = first.array->storage().data();
+  const A* const left = first.storage().data();
   const B* const right = second.storage().data();
   const std::size_t rows = extents_product(a.rows, b.rows), columns = extents_product(a.columns, b.columns);
-  return computed<AKind, R>({rows, columns}, [&](R* out) {
-    const bool nothing = first.array->storage().empty() || second.storage().empty();
+  return computed<Kind, R>({rows, columns}, [&](R* out) {
+    const bool nothing = first.storage().empty() || second.storage().empty();
     if (nothing) return std::fill_n(out, rows * columns, R{0}), void();
     for (std::size_t i = 0; i < a.rows; ++i)
       for (std::size_t k = 0; k < b.rows; ++k)
@@ -294,40 +299,31 @@ auto kron(const XTArray<A, AKind>& first, const xarray_of<B>& second) {
           for (std::size_t h = 0; h < b.columns; ++h) *out++ = factor * static_cast<R>(row[h * b.column_stride]);
         }
   });
-}
+};
 
 }  // namespace
 
-Outcome xdot(const Call& call) {
-  return give_product(call, [](const auto& a, const auto& b) { return dot(a, b); });
-}
+Outcome xdot(const Call& call) { return give_product(call, dot); }
 
-// required: the first operand alone decides how many elements count.
+// required: the first operand alone decides how many elements are multiplied.
 Outcome xvdot(const Call& call) {
-  return visit_pair(call, [&](const auto& a, const auto& b) {
-    using Kind = typename std::decay_t<decltype(a)>::tag;
-    const auto left = first_dimension(*a.array);
-    const auto right = first_dimension(*b.array);
-    // An operand that ends before is refused.
-    if (!holds(*a.array, left.extent, left.stride) || !holds(*b.array, left.extent, right.stride))
-      return Outcome::failed;
+  return visit_pair(call, [&](auto kind, const auto& a, const auto& b) {
+    using Stored = typename decltype(kind)::stored;
+    const auto left = first_axis(a);
+    const auto right = first_axis(b);
+    // The call fails when an operand has fewer.
+    if (!holds(a, left.extent, left.stride) || !holds(b, left.extent, right.stride)) return Outcome::failed;
     // The stride of a single element may be anything.
     const bool walks = left.extent > 1;
     const auto product =
         inner_product(left.extent, left.elements, walks ? left.stride : 1, right.elements, walks ? right.stride : 1);
-    using Stored = StoredKind<Kind>;
-    give_array<Kind>(call.ctx, call.result, make_scalar<Stored>(converted<typename Stored::element>(product)));
+    give_array(call, kind, stored_scalar(kind, element_from<Stored>(product)));
     return Outcome::handled;
   });
 }
 
-Outcome xouter(const Call& call) {
-  return give_product(call, [](const auto& a, const auto& b) { return outer(a, b); });
-}
-
-Outcome xkron(const Call& call) {
-  return give_product(call, [](const auto& a, const auto& b) { return kron(a, b); });
-}
+Outcome xouter(const Call& call) { return give_product(call, outer); }
+Outcome xkron(const Call& call) { return give_product(call, kron); }
 
 // required: finished as it stands; no exponent is read and no power computed.
 Outcome xmatrix_power(const Call& call) { return check_one_object(call); }

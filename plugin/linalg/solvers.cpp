@@ -1,20 +1,20 @@
 // linalg/solvers.cpp: xinv, xpinv, xsolve, xlstsq
 
-#include "array/arguments.hpp"
 #include "linalg/lu.hpp"
 
 namespace arrayfold {
 namespace {
 
-/// The pseudo-inverse: singular values up to 1e-15 of the largest count as zeros.
-template <class T, class Kind>
-auto pseudo_inverse(const XTArray<T, Kind>& array) {
-  const auto& matrix = *array.array;
+constexpr auto inverse = [](auto kind, const auto& array) { return stored(kind, inverse_by_columns(array)); };
+
+/// The pseudo-inverse: singular values up to 1e-15 times the largest one count as zeros.
+constexpr auto pseudo_inverse = [](auto kind, const auto& matrix) {
+  using T = typename decltype(kind)::element;
   require_matrix(matrix);
   if (matrix.storage().empty() || !all_finite(matrix))
-    return filled<Kind>({matrix.shape()[1], matrix.shape()[0]}, std::numeric_limits<double>::quiet_NaN());
-  return stored<Kind>(xt::linalg::pinv(by_columns<T>(matrix), 1e-15));
-}
+    return filled({matrix.shape()[1], matrix.shape()[0]}, std::numeric_limits<double>::quiet_NaN());
+  return stored(kind, xt::linalg::pinv(by_columns<T>(matrix), 1e-15));
+};
 
 // ---- xsolve
 
@@ -25,8 +25,8 @@ ColumnMajor<R> sides_by_columns(const xarray_of<T>& b) {
   return b;
 }
 
-/// Does the routine find `rows` numbers for each side? It takes the columns of a matrix, and what lies before the last
-/// dimension of an array with more; of a single side the first extent tells it how many there are.
+/// Does each right-hand side hold `rows` numbers? LAPACK takes as many as the extents before the last one say; the
+/// library passes it the first extent where there is a single right-hand side.
 template <class T>
 bool sides_hold(const xarray_of<T>& b, std::size_t rows) {
   if (b.dimension() == 0) return false;
@@ -37,7 +37,8 @@ bool sides_hold(const xarray_of<T>& b, std::size_t rows) {
   return before >= rows;
 }
 
-/// Solves for each side in its place. False for a singular matrix, which is all that is asked where there is no side.
+/// Solves for each right-hand side in its place. False for a singular matrix. Without right-hand sides the matrix is
+/// only factorised to learn that.
 template <class T>
 bool solve_in_place(ColumnMajor<T>& matrix, ColumnMajor<T>& sides) {
   if (!sides.storage().empty()) return xt::lapack::gesv(matrix, sides) == 0;
@@ -45,42 +46,37 @@ bool solve_in_place(ColumnMajor<T>& matrix, ColumnMajor<T>& sides) {
   return xt::lapack::getrf(matrix, pivots) == 0;
 }
 
-/// The right-hand sides, each with its first numbers replaced by the solution. Throws std::runtime_error where they are
+/// The right-hand sides, each with its first numbers replaced by the solution. Throws std::runtime_error when they are
 /// too short, and for a singular matrix.
-template <class T, class Kind>
-auto solution(const XTArray<T, Kind>& a, const XTArray<T, Kind>& b) {
-  auto matrix = square_by_columns(*a.array);
-  const auto& sides = *b.array;
+template <class Kind, class T>
+auto solution(Kind kind, const xarray_of<T>& a, const xarray_of<T>& sides) {
+  auto matrix = square_by_columns(a);
   check_extents(sides);
   const std::size_t rows = matrix.shape()[0];
   require_counts(sides);
   const bool holds = sides_hold(sides, rows);
-  if (rows == 0 && holds) return stored<Kind>(sides);
+  if (rows == 0 && holds) return stored(kind, sides);
   auto solved = sides_by_columns<T>(sides);
   if (!holds || !solve_in_place(matrix, solved)) throw std::runtime_error("The solution could not be computed");
-  return stored<Kind>(solved);
+  return stored(kind, solved);
 }
 
 // ---- xlstsq
 
+using Doubles = std::unique_ptr<ArrayOf<XTDouble>>;
+
 /// What a least-squares problem gives: the solutions by columns, the sums of squared residuals where the rank is full
 /// and there are more rows than columns, the rank and the singular values.
-struct LeastSquares {
-  std::unique_ptr<ArrayOf<XTDouble>> solutions;
-  std::unique_ptr<ArrayOf<XTDouble>> residuals;
-  std::unique_ptr<ArrayOf<XTDouble>> rank;
-  std::unique_ptr<ArrayOf<XTDouble>> singular_values;
-};
+using LeastSquares = std::tuple<Doubles, Doubles, Doubles, Doubles>;
 
-/// Where there is nothing to compute, or no number to compute with, every solution and singular value is `value`.
+/// The results for operands without elements or with NaN or infinities: rank 0, and `value` for every solution and
+/// singular value.
 LeastSquares without_rank(const Shape& solutions, std::size_t singular_values, double value) {
-  return {filled<XTDouble>(solutions, value), filled<XTDouble>({0}, 0.0), make_scalar<XTDouble>(0.0),
-          filled<XTDouble>({singular_values}, value)};
+  return {filled(solutions, value), filled({0}, 0.0), make_scalar<XTDouble>(0.0), filled({singular_values}, value)};
 }
 
-template <class T, class Kind, class Side>
-LeastSquares least_squares(const XTArray<T, Kind>& a, const xarray_of<Side>& b) {
-  const auto& matrix = *a.array;
+template <class Kind, class T, class Side>
+LeastSquares least_squares(Kind kind, const xarray_of<T>& matrix, const xarray_of<Side>& b) {
   require_matrix(matrix);
   if (b.dimension() > 2) throw std::runtime_error("Expected 1- or 2D expression for A.");
   const std::size_t rows = matrix.shape()[0];
@@ -93,40 +89,29 @@ LeastSquares least_squares(const XTArray<T, Kind>& a, const xarray_of<Side>& b) 
   const std::size_t values = std::min(rows, columns);
   if (matrix.storage().empty() || b.storage().empty()) return without_rank(solutions, values, 0.0);
   if (!all_finite(matrix)) return without_rank(solutions, values, std::numeric_limits<double>::quiet_NaN());
-  const auto solved = xt::linalg::lstsq(by_columns<T>(matrix), sides_by_columns<T>(b), -1.0);
-  LeastSquares result{stored<Kind>(std::get<0>(solved)), stored<Kind>(std::get<1>(solved)),
-                      make_scalar<XTDouble>(std::get<2>(solved)), stored<Kind>(std::get<3>(solved))};
+  const auto [solution, residuals, rank, singular_values] =
+      xt::linalg::lstsq(by_columns<T>(matrix), sides_by_columns<T>(b), -1.0);
+  auto solved = stored(kind, solution);
   // The library drops every extent of 1, also that of a single column.
-  result.solutions->array->reshape(solutions);
-  return result;
+  solved->array->reshape(solutions);
+  return {std::move(solved), stored(kind, residuals), stored_scalar(kind, rank), stored(kind, singular_values)};
 }
 
 }  // namespace
 
-Outcome xinv(const Call& call) {
-  return serve_first_reals(call, [&](const auto& array) {
-    using Kind = typename std::decay_t<decltype(array)>::tag;
-    give_array<Kind>(call.ctx, call.result, stored<Kind>(inverse_by_columns(*array.array)));
-  });
-}
+Outcome xinv(const Call& call) { return give_computed(call, inverse); }
+Outcome xpinv(const Call& call) { return give_computed(call, pseudo_inverse); }
 
-Outcome xpinv(const Call& call) {
-  return serve_first_reals(call, [&](const auto& array) {
-    using Kind = typename std::decay_t<decltype(array)>::tag;
-    give_array<Kind>(call.ctx, call.result, pseudo_inverse(array));
-  });
-}
-
-// required: a float array and a double array are no pair for it, unlike for xlstsq.
+// required: it fails for a float array with a double array, unlike xlstsq.
 Outcome xsolve(const Call& call) {
   const auto arrays = two_numeric_arguments(call);
   if (!arrays) return Outcome::failed;
   Outcome outcome = Outcome::failed;
-  serve_reals(arrays->first, [&](const auto& a) {
-    serve_reals(arrays->second, [&](const auto& b) {
-      using Kind = typename std::decay_t<decltype(a)>::tag;
-      if constexpr (std::is_same_v<decltype(a), decltype(b)>) {
-        give_array<Kind>(call.ctx, call.result, solution(a, b));
+  visit_floating(arrays->first, [&](auto kind, const auto& a) {
+    using Kind = decltype(kind);
+    visit_floating(arrays->second, [&](auto other_kind, const auto& b) {
+      if constexpr (std::is_same_v<decltype(other_kind), Kind>) {
+        give_result(call, kind, solution(kind, a, b));
         outcome = Outcome::handled;
       }
     });
@@ -134,19 +119,14 @@ Outcome xsolve(const Call& call) {
   return outcome;
 }
 
-// required: the first operand decides the precision, and the second is converted to it.
+// required: the kind of the first operand decides the precision; the second is converted to it.
 Outcome xlstsq(const Call& call) {
   const auto arrays = two_numeric_arguments(call);
   if (!arrays) return Outcome::failed;
   Outcome outcome = Outcome::failed;
-  serve_reals(arrays->first, [&](const auto& a) {
-    outcome = serve_reals(arrays->second, [&](const auto& b) {
-      using Kind = typename std::decay_t<decltype(a)>::tag;
-      auto result = least_squares(a, *b.array);
-      auto table = give_table(call);
-      for (auto* part : {&result.solutions, &result.residuals, &result.rank, &result.singular_values})
-        give_array<Kind>(call.ctx, table.next_slot(), std::move(*part));
-    });
+  visit_floating(arrays->first, [&](auto kind, const auto& a) {
+    outcome = visit_floating(arrays->second,
+                             [&](auto, const auto& b) { give_result(call, kind, least_squares(kind, a, b)); });
   });
   return outcome;
 }

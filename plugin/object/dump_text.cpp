@@ -1,8 +1,9 @@
 // object/dump_text.cpp: the writer behind `dump`
 //
 // The JSON library's own serializer needs a tree of all elements and reads past its buffer of blanks from an indent of
-// 1025 on. Elements are therefore written straight into the text: reals by the library's own number formatter, so that
-// the bytes are the same, and the brackets by an odometer over the outer dimensions, so that depth costs no stack.
+// 1025 on. Elements are therefore written straight into the text. Floating-point numbers are written by the library's
+// own formatter, so that the bytes are the same. The brackets come from an odometer over the outer axes, so that depth
+// needs no stack.
 
 #include "object/dump_text.hpp"
 
@@ -47,15 +48,16 @@ void DumpText::check_size() const {
 
 namespace {
 
-/// What the text of a scalar usually takes. Reals of full length fit without growing: room that is not written costs
-/// nothing, while growing copies, and makes the C library give the memory of every big text back to the system.
+/// The usual length of a scalar's text. Floating-point numbers of full length fit without growing: room that is not
+/// written costs nothing, while growing copies, and makes the C library give the memory of big texts back to the
+/// system.
 template <class T>
 constexpr std::size_t usual_scalar_room = std::is_floating_point_v<T> ? 20 : 8;
 
 char* write_word(char* out, std::string_view word) { return std::copy(word.begin(), word.end(), out); }
 
 char* write_scalar(char* out, bool x) { return write_word(out, x ? "true" : "false"); }
-/// The sign goes without a branch: that of random numbers is guessed wrong every other time.
+/// The sign is written without a branch: that of random numbers is mispredicted every other time.
 template <class Integer>
 char* write_scalar(char* out, Integer x) {
   using Bits = std::make_unsigned_t<Integer>;
@@ -73,7 +75,7 @@ template <class T>
 T element_at(const T* elements, std::size_t i) {
   return elements[i];
 }
-/// A stored truth is a byte, and true when any bit of it is set.
+/// A stored truth value is a byte, and true when any bit of it is set.
 bool element_at(const bool* elements, std::size_t i) {
   return *static_cast<const unsigned char*>(static_cast<const void*>(elements + i)) != 0;
 }
@@ -143,7 +145,7 @@ class NestedText {
   void write_row(std::size_t first, std::size_t count, WriteItem write_item) {
     const std::size_t depth = extents_.size();
     const std::size_t room = 1 + break_.size(depth) + item_room_;
-    // The ends stay in registers: what is written here may not be thought to change them.
+    // Local copies stay in registers: the compiler must otherwise assume that writing text changes the members.
     char* out = write_item(text_.room(item_room_), first);
     const char* end = text_.end();
     for (std::size_t i = 1; i < count; ++i) {
@@ -159,7 +161,8 @@ class NestedText {
     text_.commit(out);
   }
 
-  /// Steps the indices outside the row; the answer is the level of the one that moved, 0 when all came to their end.
+  /// Advances the indices outside the row. Returns the level of the one that advanced, 0 when all have reached their
+  /// end.
   std::size_t advance() {
     for (std::size_t level = extents_.size() - 1; level > 0; --level) {
       if (++at_[level - 1] < extents_[level - 1]) return level;
@@ -200,8 +203,11 @@ class NestedText {
 
 }  // namespace
 
-template <class T>
-DumpText dump_text(const xarray_of<T>& array, int indent) {
+namespace {
+
+template <class Kind>
+DumpText write_dump(const xarray_of<typename Kind::element>& array, int indent) {
+  using T = typename Kind::element;
   const T* elements = array.storage().data();
   const auto write_element = [elements](char* out, std::size_t i) {
     return write_scalar(out, element_at(elements, i));
@@ -222,9 +228,12 @@ DumpText dump_text(const xarray_of<T>& array, int indent) {
   return text;
 }
 
-template DumpText dump_text(const xarray_of<bool>& array, int indent);
-template DumpText dump_text(const xarray_of<std::int32_t>& array, int indent);
-template DumpText dump_text(const xarray_of<std::int64_t>& array, int indent);
-template DumpText dump_text(const xarray_of<double>& array, int indent);
+constexpr auto dump_of_each = [](auto... kind) {
+  return KindTable<registered_kinds, DumpFunction>(&write_dump<decltype(kind)>...);
+};
+
+}  // namespace
+
+constexpr KindTable<registered_kinds, DumpFunction> dump_functions = for_kinds(registered_kinds{}, dump_of_each);
 
 }  // namespace arrayfold

@@ -38,19 +38,21 @@ class DumpText {
   std::size_t capacity_ = 0;
 };
 
-/// The elements of `array` in nested JSON arrays, a level for each dimension; a bare scalar without dimensions. Below a
-/// dimension of extent 0 nothing is written. With a negative `indent` there is no white space; otherwise every element
-/// stands on its own line, `indent` blanks deeper for each level. Bools are words, reals the shortest text that reads
-/// back, NaN and infinities null.
-///
-/// The text is that of nlohmann::json for the same values. The extents must cover the storage: `check_extents` comes
-/// first. Throws std::bad_alloc when the text would be longer than INT_MAX bytes.
-template <class T>
-DumpText dump_text(const xarray_of<T>& array, int indent);
+template <class Kind>
+using DumpFunction = DumpText (*)(const xarray_of<typename Kind::element>& array, int indent);
 
-extern template DumpText dump_text(const xarray_of<bool>& array, int indent);
-extern template DumpText dump_text(const xarray_of<std::int32_t>& array, int indent);
-extern template DumpText dump_text(const xarray_of<std::int64_t>& array, int indent);
-extern template DumpText dump_text(const xarray_of<double>& array, int indent);
+/// For each kind the elements of `array` in nested JSON arrays, a level per axis; a zero-dimensional array is a bare
+/// scalar. Below an axis of extent 0 nothing is written. With a negative `indent` there is no white space; otherwise
+/// each element stands on its own line, `indent` blanks deeper for each level. Bools are words, floating-point numbers
+/// the shortest text that reads back, NaN and infinities null.
+///
+/// The text is that of nlohmann::json for the same values. Requires: the product of the extents is the number of stored
+/// elements (`check_extents`). Throws std::bad_alloc when the text would be longer than INT_MAX bytes.
+extern const KindTable<registered_kinds, DumpFunction> dump_functions;
+
+template <class Kind>
+DumpText dump_text(Kind, const xarray_of<typename Kind::element>& array, int indent) {
+  return dump_functions.of<Kind>()(array, indent);
+}
 
 }  // namespace arrayfold

@@ -1,13 +1,14 @@
 // object/methods.cpp: dump, shape and reshape
 //
-// Elements are read and written through operators, never by a method, so the two names under which a host may ask for
-// that are declined.
+// Elements are read and written through operators, never by a method: the two names under which a host may ask for that
+// return false.
 
 #include "object/methods.hpp"
 
 #include <stdexcept>
 #include <string_view>
 
+#include "array/table_slots.hpp"
 #include "object/dump_text.hpp"
 
 namespace arrayfold {
@@ -26,7 +27,7 @@ bool dump(const Array& receiver, const MethodCall& call) {
   check_extents(array);
   // required: the indent is not checked to be a number; it is whatever the host reads in it.
   const int indent = call.nargs != 0 ? HVM_AsInt(call.args[0]) : -1;
-  const DumpText text = dump_text(array, indent);
+  const DumpText text = dump_text(typename Array::tag{}, array, indent);
   HVM_SetStringEx(call.ctx, call.result, text.data(), text.size());
   return true;
 }
@@ -34,12 +35,8 @@ bool dump(const Array& receiver, const MethodCall& call) {
 template <class Array>
 bool shape(const Array& receiver, const MethodCall& call) {
   const Shape extents = receiver.array->shape();
-  HVM_ForceTable(call.ctx, call.result, static_cast<int>(extents.size()));
-  auto* table = load<HostHash*>(call.result->payload);
-  for (std::size_t axis = 0; axis < extents.size(); ++axis) {
-    HostValue* slot = HVM_HashSetInt(call.ctx, table, static_cast<int>(axis));
-    HVM_SetInt64(call.ctx, slot, static_cast<std::int64_t>(extents[axis]));
-  }
+  KeySequence table{0, force_table(call.ctx, call.result, static_cast<int>(extents.size())), call.ctx};
+  for (const std::size_t extent : extents) table.add(static_cast<std::int64_t>(extent));
   return true;
 }
 
@@ -52,13 +49,13 @@ bool read_extents(const MethodCall& call, Shape& extents) {
   return true;
 }
 
-/// Gives an array back its shape when a reshape ends halfway, with more dimensions than there was memory for.
+/// Restores the shape of an array when a reshape throws halfway, with more dimensions than there was memory for.
 template <class T>
 class ShapeKeeper {
  public:
   explicit ShapeKeeper(xarray_of<T>& array) : array_(array), extents_(array.shape()) {}
   ~ShapeKeeper() {
-    // Room for the former dimensions is still there: nothing is allocated.
+    // There is still room for the former extents: nothing is allocated.
     if (!released_) array_.reshape(extents_, xt::layout_type::row_major);
   }
   ShapeKeeper(const ShapeKeeper&) = delete;
@@ -78,7 +75,7 @@ bool reshape(Array& receiver, const MethodCall& call) {
   if (!read_extents(call, extents)) return false;
   auto& array = *receiver.array;
   ShapeKeeper keeper(array);
-  // required: the one catch of the module. A wrong element count is declined; whatever else happens passes.
+  // required: the one catch of the module. A wrong element count returns false; any other exception passes.
   try {
     // required: no extent is inferred, -1 is a very large one, and the product of the extents may wrap.
     array.reshape(extents, xt::layout_type::row_major);
@@ -89,8 +86,6 @@ bool reshape(Array& receiver, const MethodCall& call) {
   keeper.release();
   return true;
 }
-
-}  // namespace
 
 template <class Array>
 bool call_method(Array& receiver, HostContext ctx, const char* name, HostValue** args, int nargs, HostValue* result,
@@ -106,9 +101,12 @@ bool call_method(Array& receiver, HostContext ctx, const char* name, HostValue**
   return false;
 }
 
-template bool call_method(ArrayOf<XTBool>&, HostContext, const char*, HostValue**, int, HostValue*, int);
-template bool call_method(ArrayOf<XTInt>&, HostContext, const char*, HostValue**, int, HostValue*, int);
-template bool call_method(ArrayOf<XTInt64>&, HostContext, const char*, HostValue**, int, HostValue*, int);
-template bool call_method(ArrayOf<XTDouble>&, HostContext, const char*, HostValue**, int, HostValue*, int);
+constexpr auto handler_of_each = [](auto... kind) {
+  return KindTable<registered_kinds, MethodHandler>(&call_method<ArrayOf<decltype(kind)>>...);
+};
+
+}  // namespace
+
+constexpr KindTable<registered_kinds, MethodHandler> method_handlers = for_kinds(registered_kinds{}, handler_of_each);
 
 }  // namespace arrayfold

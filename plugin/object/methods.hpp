@@ -7,15 +7,13 @@
 
 namespace arrayfold {
 
-/// Serves `dump`, `shape` and `reshape`; false for any other name, with the result record as it was. `args` are `nargs`
-/// pointers to records. Exceptions pass, but for the std::runtime_error of a `reshape` to another element count.
-template <class Array>
-bool call_method(Array& receiver, HostContext ctx, const char* name, HostValue** args, int nargs, HostValue* result,
-                 int flag);
+template <class Kind>
+using MethodHandler = bool (*)(ArrayOf<Kind>& receiver, HostContext ctx, const char* name, HostValue** args, int nargs,
+                               HostValue* result, int flag);
 
-extern template bool call_method(ArrayOf<XTBool>&, HostContext, const char*, HostValue**, int, HostValue*, int);
-extern template bool call_method(ArrayOf<XTInt>&, HostContext, const char*, HostValue**, int, HostValue*, int);
-extern template bool call_method(ArrayOf<XTInt64>&, HostContext, const char*, HostValue**, int, HostValue*, int);
-extern template bool call_method(ArrayOf<XTDouble>&, HostContext, const char*, HostValue**, int, HostValue*, int);
+/// For each kind the methods `dump`, `shape` and `reshape`. Returns false for any other name, with the result record as
+/// it was. `args` are `nargs` pointers to records. Exceptions pass, except the std::runtime_error of a `reshape` to
+/// another element count.
+extern const KindTable<registered_kinds, MethodHandler> method_handlers;
 
 }  // namespace arrayfold

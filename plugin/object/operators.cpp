@@ -1,7 +1,7 @@
 // object/operators.cpp: arithmetic, comparison and whole-array tests
 //
-// An array combines with a number, or with an array of the very same kind; kinds are never mixed. What each kind
-// serves:
+// An array combines with a number, or with an array of the same kind; kinds are never mixed. The operators of each
+// kind:
 //
 //              + - * /     %              <= >= < >     == !=        element access
 //     int      both        both           both          arrays       yes
@@ -19,16 +19,13 @@
 #include "array/boxing.hpp"
 #include "array/combination.hpp"
 #include "array/storage.hpp"
+#include "kernels/arithmetic.hpp"
 #include "object/element_access.hpp"
 
 namespace arrayfold {
 namespace {
 
-int number_in(XTInt, HostValue* value) { return HVM_AsInt(value); }
-std::int64_t number_in(XTInt64, HostValue* value) { return HVM_AsInt64(value); }
-double number_in(XTDouble, HostValue* value) { return HVM_AsDouble(value); }
-
-/// An operator at work: `self` holds `array` and is one of the two operands, `other` is the other one.
+/// One application of an operator: `self` holds `array` and is one of the two operands, `other` is the other one.
 template <class Array>
 struct Application {
   using Kind = typename Array::tag;
@@ -45,10 +42,11 @@ struct Application {
   const xarray_of<Element>& elements() const { return *array.array; }
 };
 
-/// Whether an operator changes its left operand when that is also the result, and may do so from either side.
+/// What happens when the result record is the array's own (`a += b`): nothing special; in place; in place, but only
+/// with the array on the left.
 enum class InPlace { never, from_either_side, from_the_left };
 
-// required: an operator that asks for its side, in place from the right, ends the process.
+// required: an operator that works in place only from the left ends the process when the array is on the right.
 void check_side(bool self_is_left, InPlace in_place) {
   if (in_place == InPlace::from_the_left && !self_is_left) std::terminate();
 }
@@ -71,7 +69,7 @@ void give_with_number(const Application<Array>& at, typename Array::element numb
   auto made = make_array<ResultKind>(elements.shape());
   combine<typename Array::element>(operation, elements.storage().data(), number, made->array->storage().data(),
                                    elements.storage().size());
-  give_array<ResultKind>(at.ctx, at.result, std::move(made));
+  hand_over(ResultKind{}, at.ctx, at.result, std::move(made));
 }
 
 template <class Array, class Operation>
@@ -88,11 +86,11 @@ void give_with_array(const Application<Array>& at, const Array& other, Operation
   const auto& theirs = *other.array;
   auto made =
       at.self_is_left ? combined<ResultKind>(mine, theirs, operation) : combined<ResultKind>(theirs, mine, operation);
-  give_array<ResultKind>(at.ctx, at.result, std::move(made));
+  hand_over(ResultKind{}, at.ctx, at.result, std::move(made));
 }
 
-/// Equal shapes need one pass and no temporary; whatever is broadcast is computed first and then taken over, so that
-/// the array may grow.
+/// Equal shapes need one pass and no temporary. A broadcast result is computed first and then replaces the array's
+/// container, so that the array can grow.
 template <class Array, class Operation>
 void change_by_array(const Application<Array>& at, const Array& other, Operation operation) {
   auto& mine = *at.array.array;
@@ -110,7 +108,7 @@ void change_by_array(const Application<Array>& at, const Array& other, Operation
 
 // ---- The two paths
 
-/// Arithmetic and comparison. False for operands that the kind does not combine with.
+/// Arithmetic and comparison. Returns false for operands that the kind does not combine with.
 template <class ResultKind, class Array, class Operation>
 bool serve(const Application<Array>& at, InPlace with_number, InPlace with_array, Operation operation) {
   using Kind = typename Array::tag;
@@ -129,7 +127,7 @@ bool serve(const Application<Array>& at, InPlace with_number, InPlace with_array
     return true;
   }
   if (!HVM_NumberCheck(other)) return false;
-  const auto number = number_in(Kind{}, other);
+  const auto number = Kind::read(other);
   if constexpr (std::is_same_v<ResultKind, Kind>)
     if (with_number != InPlace::never && at.in_place()) {
       check_side(at.self_is_left, with_number);
@@ -155,8 +153,8 @@ bool calculate(const Application<Array>& at, InPlace with_number, InPlace with_a
 template <class T>
 bool all_equal(const T* left, const T* right, std::size_t count) {
   if constexpr (std::is_integral_v<T>) return count == 0 || std::memcmp(left, right, count * sizeof(T)) == 0;
-  // Blocks are compared without a branch; the test ends with the first that differs. NaN equals nothing. The word is as
-  // wide as an element, and the block too long to be unrolled whole, so that the compiler keeps four in a register.
+  // Blocks are compared without a branch; the test ends with the first that differs. NaN equals nothing. The flag is as
+  // wide as an element and the block too long to be unrolled completely, so that the compiler vectorises the loop.
   constexpr std::size_t block = 32;
   std::size_t i = 0;
   for (; i + block <= count; i += block) {
@@ -185,14 +183,14 @@ bool test_equality(const Application<Array>& at, bool wanted) {
 
 // ---- What the kinds do not share
 
-/// required: doubles have no remainder. With any numeric array it counts as served, and nothing is done.
+/// required: doubles have no remainder. With any numeric array it returns true and does nothing.
 bool pass_over_remainder(HostValue* other) {
   if (other == nullptr || !holds_object(other)) return false;
   const HostAny* any = HVM_GetAny(other);
   return any != nullptr && unbox_numeric(any).has_value();
 }
 
-/// required: the one operator of bools is the product with a number, and only in place does it do anything.
+/// required: the one operator of bools is the product with a number, and only in place does it have an effect.
 bool multiply_truths(const Application<ArrayOf<XTBool>>& at) {
   HostValue* other = at.other;
   if (other == nullptr || other->tag == ValueTag::table) return false;
@@ -231,7 +229,7 @@ bool apply_to_numbers(const Application<Array>& at, Opcode opcode) {
     case Opcode::subtract:
       return calculate(at, left, left, Difference{});
     case Opcode::multiply:
-      // required: with an array it asks for its side, with a number it does not.
+      // required: in place, an array on the right ends the process, a number on the left does not.
       return calculate(at, either, left, Product{});
     case Opcode::divide:
       return calculate(at, left, left, Quotient{});
@@ -245,32 +243,34 @@ bool apply_to_numbers(const Application<Array>& at, Opcode opcode) {
   }
 }
 
-}  // namespace
-
-template <class Array>
-bool apply_operator(Array& array, HostContext ctx, HostValue* self, Opcode opcode, HostValue* left, HostValue* right,
-                    HostValue* result) {
+template <class Kind>
+bool apply_operator(ArrayOf<Kind>& array, HostContext ctx, HostValue* self, Opcode opcode, HostValue* left,
+                    HostValue* right, HostValue* result) {
   switch (opcode) {
     case Opcode::read_one_index:
-      return read_at_index(array, ctx, right, result);
+      return read_at_index(Kind{}, array, ctx, right, result);
     case Opcode::read_element:
-      return read_element(array, ctx, index_list_in(right), result);
+      return read_element(Kind{}, array, ctx, index_list_in(right), result);
     case Opcode::write_element:
-      return write_element(array, index_list_in(right), result);
+      return write_element(Kind{}, array, index_list_in(right), result);
     default:
       break;
   }
   const bool self_is_left = self == left;
-  const Application<Array> at{array, ctx, self, self_is_left ? right : left, result, self_is_left};
-  if constexpr (std::is_same_v<typename Array::tag, XTBool>)
+  const Application<ArrayOf<Kind>> at{array, ctx, self, self_is_left ? right : left, result, self_is_left};
+  if constexpr (std::is_same_v<Kind, XTBool>)
     return opcode == Opcode::multiply && multiply_truths(at);
   else
     return apply_to_numbers(at, opcode);
 }
 
-template bool apply_operator(ArrayOf<XTBool>&, HostContext, HostValue*, Opcode, HostValue*, HostValue*, HostValue*);
-template bool apply_operator(ArrayOf<XTInt>&, HostContext, HostValue*, Opcode, HostValue*, HostValue*, HostValue*);
-template bool apply_operator(ArrayOf<XTInt64>&, HostContext, HostValue*, Opcode, HostValue*, HostValue*, HostValue*);
-template bool apply_operator(ArrayOf<XTDouble>&, HostContext, HostValue*, Opcode, HostValue*, HostValue*, HostValue*);
+constexpr auto handler_of_each = [](auto... kind) {
+  return KindTable<registered_kinds, OperatorHandler>(&apply_operator<decltype(kind)>...);
+};
+
+}  // namespace
+
+constexpr KindTable<registered_kinds, OperatorHandler> operator_handlers =
+    for_kinds(registered_kinds{}, handler_of_each);
 
 }  // namespace arrayfold

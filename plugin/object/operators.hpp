@@ -7,19 +7,12 @@
 
 namespace arrayfold {
 
-/// Serves an operator on `array`, the one in `self`, which is `left` or `right`. False: declined, with the result
-/// record as it was.
-template <class Array>
-bool apply_operator(Array& array, HostContext ctx, HostValue* self, Opcode opcode, HostValue* left, HostValue* right,
-                    HostValue* result);
+template <class Kind>
+using OperatorHandler = bool (*)(ArrayOf<Kind>& array, HostContext ctx, HostValue* self, Opcode opcode, HostValue* left,
+                                 HostValue* right, HostValue* result);
 
-extern template bool apply_operator(ArrayOf<XTBool>&, HostContext, HostValue*, Opcode, HostValue*, HostValue*,
-                                    HostValue*);
-extern template bool apply_operator(ArrayOf<XTInt>&, HostContext, HostValue*, Opcode, HostValue*, HostValue*,
-                                    HostValue*);
-extern template bool apply_operator(ArrayOf<XTInt64>&, HostContext, HostValue*, Opcode, HostValue*, HostValue*,
-                                    HostValue*);
-extern template bool apply_operator(ArrayOf<XTDouble>&, HostContext, HostValue*, Opcode, HostValue*, HostValue*,
-                                    HostValue*);
+/// For each kind the operators of `array`, the one in `self`, which is `left` or `right`. Returns false, with the
+/// result record as it was, for operands that the kind does not combine with.
+extern const KindTable<registered_kinds, OperatorHandler> operator_handlers;
 
 }  // namespace arrayfold

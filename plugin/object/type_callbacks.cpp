@@ -1,7 +1,7 @@
 // object/type_callbacks.cpp: create, destroy, method and operator of each type
 //
-// The host calls these with whatever a script wrote. They find the array behind a record and hand it to the kind's
-// method or operator handler; what holds no array is declined.
+// The host calls these with whatever a script wrote. They find the array behind a record and pass it to the kind's
+// method or operator handler; they return false for a record that holds no array.
 
 #include "object/type_callbacks.hpp"
 
@@ -34,16 +34,18 @@ struct Callbacks {
   static HostBool method(HostContext ctx, HostValue* self, const char* name, HostValue** args, int nargs,
                          HostValue* result, int flag) {
     ArrayOf<Kind>* array = array_in(content_of(self));
-    return array != nullptr && call_method(*array, ctx, name, args, nargs, result, flag);
+    return array != nullptr && method_handlers.of<Kind>()(*array, ctx, name, args, nargs, result, flag);
   }
 
-  // The left operand's object goes first. Neither is checked to be of this type: the host asks the type of the object.
+  // The left operand's object comes first. Neither is checked to be of this type: the host calls the callback of the
+  // object's type.
   static HostBool op(HostContext ctx, int opcode, HostValue* left, HostValue* right, HostValue* result) {
     const bool on_left = content_of(left) != nullptr;
-    if (!on_left && takes_index_list(static_cast<Opcode>(opcode))) return false;  // no operand stands on the right
+    if (!on_left && takes_index_list(static_cast<Opcode>(opcode))) return false;  // the right record is no operand
     HostValue* self = on_left ? left : right;
     ArrayOf<Kind>* array = array_in(content_of(self));
-    return array != nullptr && apply_operator(*array, ctx, self, static_cast<Opcode>(opcode), left, right, result);
+    return array != nullptr &&
+           operator_handlers.of<Kind>()(*array, ctx, self, static_cast<Opcode>(opcode), left, right, result);
   }
 
   static ArrayOf<Kind>* array_in(void* content) {
@@ -59,6 +61,6 @@ constexpr auto types_of = [](auto... kind) {
 
 }  // namespace
 
-constexpr std::array<ObjectType, 4> object_types = for_kinds(registered_kinds{}, types_of);
+constexpr std::array<ObjectType, count_of(registered_kinds{})> object_types = for_kinds(registered_kinds{}, types_of);
 
 }  // namespace arrayfold

@@ -1,10 +1,10 @@
-// object/type_callbacks.hpp: the four object types, as they are registered with the host
+// object/type_callbacks.hpp: the object types, as they are registered with the host
 
 #pragma once
 
 #include <array>
 
-#include "host/host_operations.hpp"
+#include "array/element_kind.hpp"
 
 namespace arrayfold {
 
@@ -18,6 +18,6 @@ struct ObjectType {
 };
 
 /// In the order of registration.
-extern const std::array<ObjectType, 4> object_types;
+extern const std::array<ObjectType, count_of(registered_kinds{})> object_types;
 
 }  // namespace arrayfold

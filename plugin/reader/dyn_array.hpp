@@ -10,7 +10,8 @@
 
 namespace arrayfold {
 
-/// Plain elements in memory of the host's, which doubles when they outgrow it. Throws std::bad_alloc without memory.
+/// Plain elements in memory of the host, whose capacity doubles when it is exceeded. Throws std::bad_alloc without
+/// memory.
 template <class T>
 class DynArray {
   static_assert(std::is_trivially_copyable_v<T>);
@@ -23,7 +24,7 @@ class DynArray {
     if (data_ == nullptr) throw std::bad_alloc();
   }
   virtual ~DynArray() { HVM_Free(data_); }
-  /// Called after the memory has grown; for classes that keep something beside it.
+  /// Called after the memory has grown, for derived classes that keep a parallel structure.
   virtual void grown(std::int64_t /*old_bytes*/, std::int64_t /*new_bytes*/) {}
 
   DynArray(const DynArray&) = delete;
@@ -38,7 +39,7 @@ class DynArray {
     if (count_ + 1 > byte_capacity_ / static_cast<std::int64_t>(sizeof(T))) grow();
     data_[count_++] = element;
   }
-  /// Takes the element at `index` out; those behind it move down by one.
+  /// Removes the element at `index`; the elements after it move down by one.
   void remove(std::int64_t index) {
     std::memmove(data_ + index, data_ + index + 1, static_cast<std::size_t>(count_ - index - 1) * sizeof(T));
     --count_;

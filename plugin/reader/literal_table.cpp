@@ -1,23 +1,25 @@
-// reader/literal_table.cpp: the table that an array literal writes down
+// reader/literal_table.cpp: building the table of an array literal
+
+#include "reader/literal_table.hpp"
 
 #include <cmath>
 #include <new>
 
 #include "reader/dyn_array.hpp"
-#include "reader/expression_reader.hpp"
+#include "reader/expression_nodes.hpp"
 
 namespace arrayfold {
 namespace {
 
 constexpr std::int64_t deepest_nesting = 102400;
 
-/// The table that an array literal writes down. The literal is flat: opening and closing items stand in one chain, and
-/// two stacks keep the open tables and the next key of each.
+/// The table of an array literal. The literal is flat: opening and closing items stand in one chain, and two stacks
+/// keep the open tables and the next key of each.
 class LiteralTable {
  public:
   LiteralTable(HostContext ctx, HostValue* result) : ctx_(ctx), tables_(512), counts_(256) { open_in(result); }
 
-  /// Takes an item of the chain. False: the literal is not read any further.
+  /// Takes an item of the chain. False: the literal ends there.
   bool take(const HostCodeNode* item) {
     switch (item->kind) {
       case NodeKind::literal_open:
@@ -53,7 +55,7 @@ class LiteralTable {
     tables_.back() = table;
   }
 
-  /// required: at this depth the literal ends, silently, with what is built.
+  /// required: at this depth the literal ends silently; the tables built so far stay.
   bool may_open() const { return tables_.count() < deepest_nesting; }
 
   bool open_next() {
@@ -90,7 +92,7 @@ class LiteralTable {
     read_part(item, key);
     advance_past(*key.record());
     if (node_in(item->value, NodeKind::literal_open) != nullptr) {
-      // A table without a key has no place that is known to last: what follows in it could not be built.
+      // Without a key its slot may move when the table grows, so nothing can be built inside it.
       if (!may_open() || key.record()->tag == ValueTag::nil) return false;
       open_in(emptied(HVM_HashSet(ctx_, tables_.back(), key.record())));
       return true;
@@ -103,7 +105,7 @@ class LiteralTable {
     return true;
   }
 
-  /// required: a real key that is the next automatic one advances it, an integer key does not.
+  /// required: a real key equal to the next automatic key advances it, an integer key does not.
   void advance_past(const HostValue& key) {
     if (key.tag != ValueTag::real) return;
     if (std::trunc(load<double>(key.payload)) == counts_.back()) ++counts_.back();

@@ -5,14 +5,14 @@
 namespace arrayfold {
 namespace {
 
-/// Text of a length that the host tells; nothing when the length is negative or the text missing.
+/// Text of a length that the host gives; nothing when the length is negative or the text null.
 template <class Char>
 std::basic_string_view<Char> counted_text(const Char* text, int length) {
   if (text == nullptr || length <= 0) return {};
   return {text, static_cast<std::size_t>(length)};
 }
 
-/// The tags that a slot loses without a release.
+/// Tags whose values need no release before they are overwritten.
 bool needs_no_release(ValueTag tag) {
   switch (tag) {
     case ValueTag::integer:
@@ -38,7 +38,7 @@ bool has_content(ValueTag tag) {
 
 constexpr int last_tag = 81;
 
-/// Narrow literal text: only a recorded length is trusted, and only text of a recorded length is referred to.
+/// Narrow literal text: only a recorded length is trusted, and only text of a recorded length is stored by reference.
 void write_text(HostContext ctx, HostValue* destination, const HostCodeSlot& slot, bool copy) {
   const auto* text = load<const char*>(slot.payload);
   const std::uint32_t length = slot.length;
@@ -165,7 +165,7 @@ void TemporaryValue::pass_to(HostContext ctx, HostValue* destination, bool copy)
     case ValueTag::integer:
     case ValueTag::real:
     case ValueTag::two_words: {
-      // The payload passes with its tag; who releases the slot stays the slot's affair.
+      // The payload passes with its tag; the slot keeps its own lifetime.
       const Lifetime lifetime = destination->lifetime;
       *destination = record_;
       destination->lifetime = lifetime;

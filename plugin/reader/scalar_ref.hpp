@@ -1,4 +1,4 @@
-// reader/scalar_ref.hpp: the value of one expression, and the rules by which host values are read, written and passed on
+// reader/scalar_ref.hpp: the value of an expression, and how host values are read, written and passed on
 
 #pragma once
 
@@ -9,12 +9,12 @@
 
 namespace arrayfold {
 
-/// The value of an expression: false when it cannot be read, a number, a host value, or text. Views and host values
-/// belong to somebody else: to the tree, to the variable, or to the evaluator that made the record.
+/// The value of an expression: false when it cannot be read, a number, a host value, or text. Views and host values are
+/// not owned: they belong to the tree, to the variable, or to the evaluator that made the record.
 using ScalarRef =
     std::variant<bool, std::int32_t, std::int64_t, double, HostValue*, std::u16string_view, std::string_view>;
 
-/// The places of the alternatives, by which readers tell them apart.
+/// The indices of the alternatives.
 enum ScalarIndex : std::size_t {
   unreadable_scalar = 0,
   int_scalar = 1,
@@ -34,7 +34,7 @@ void write_scalar(HostContext ctx, HostValue* destination, const ScalarRef& scal
 /// Writes the literal in `slot` into `destination`; what is no literal leaves it as it was.
 void write_literal(HostContext ctx, HostValue* destination, const HostCodeSlot& slot);
 
-/// A record of the module's own that holds a value for a while: nil at first, dropped at the end.
+/// A temporary record of the module's own: nil at first, dropped at the end of the scope.
 class TemporaryValue {
  public:
   TemporaryValue();
@@ -50,13 +50,8 @@ class TemporaryValue {
   HostValue record_{};
 };
 
-/// The characters of narrow text at `text`, up to its terminator; none for null.
-inline std::string_view text_at(const char* text) { return text == nullptr ? std::string_view() : text; }
-/// The same for 16-bit characters.
-inline std::u16string_view wide_text_at(const char16_t* text) { return text == nullptr ? std::u16string_view() : text; }
-
-/// Releases what a slot of a table holds before something else is written there, and leaves nil: the host may leave the
-/// tag behind, and what is released once must not look like content.
+/// Releases the content of a table's slot before something else is written there, and leaves nil: the host may keep the
+/// tag, and released content must not be released again.
 inline void free_content(HostContext ctx, HostValue* slot) {
   if (slot->tag == ValueTag::nil) return;
   HVM_FreeObjectContent(ctx, slot);

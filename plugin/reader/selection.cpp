@@ -1,58 +1,25 @@
-// reader/selection.cpp: what a selection takes out of a table
+// reader/selection.cpp: what selectors choose from a table
+
+#include "reader/selection.hpp"
 
 #include <new>
 #include <vector>
 
-#include "reader/expression_reader.hpp"
-#include "reader/table_cursor.hpp"
 #include "array/table_slots.hpp"
 #include "array/xt_object.hpp"
+#include "reader/table_cursor.hpp"
 
 namespace arrayfold {
-namespace {
 
-/// A selector of one level: a key, or the two ends of a range.
-struct SelectorPair {
-  HostValue* first = nullptr;
-  HostValue* second = nullptr;
-};
-using SelectorPairs = xt::svector<SelectorPair, 4>;
-
-/// A new record with the value of a selector's slot; nil, an open end, where there is none.
-HostValue* selector_in(ExpressionEvaluator& evaluator, const HostCodeSlot& slot) {
-  const HostContext ctx = evaluator.ctx();
-  HostValue* record = evaluator.new_object();
-  if (slot.tag == SlotTag::variable)
-    write_scalar(ctx, record, read_value(evaluator.variable(load<std::uint32_t>(slot.payload))));
-  else if (const HostCodeNode* node = node_in(slot))
-    write_scalar(ctx, record,
-                 node->kind == NodeKind::name ? evaluate_slot(evaluator, &slot) : evaluate_node(evaluator, node));
-  else
-    write_literal(ctx, record, slot);
-  return record;
-}
-
-/// The pair that a selector cell stands for. Two ends come from a range, or from a cell that is followed by another
-/// kind of node; otherwise there is one key.
-SelectorPair pair_in(ExpressionEvaluator& evaluator, const HostCodeNode* cell) {
-  if (const HostCodeNode* range = node_in(cell->link, NodeKind::range)) {
-    HostValue* first = selector_in(evaluator, range->link);
-    return {first, selector_in(evaluator, range->value)};
-  }
-  HostValue* first = selector_in(evaluator, cell->link);
-  const HostCodeNode* next = node_in(cell->value);
-  if (next == nullptr || next->kind == NodeKind::list_cell) return {first, nullptr};
-  return {first, selector_in(evaluator, next->value)};
-}
-
-/// The table that a value holds. Throws invalid_array_object when it holds none.
 HostHash* table_in(const HostValue* value) {
   if (value == nullptr || value->tag != ValueTag::table) throw invalid_array_object();
   return load<HostHash*>(value->payload);
 }
 
-/// Takes what the pairs choose, one for each level of nesting. Levels are kept on a stack of its own: their number is
-/// the script's, and the thread's stack is not.
+namespace {
+
+/// Applies the pairs, one for each level of nesting. The levels are kept on a stack of their own, since a script
+/// decides their number.
 class Selection {
  public:
   Selection(HostContext ctx, const SelectorPairs& pairs) : ctx_(ctx), pairs_(pairs) {}
@@ -100,8 +67,8 @@ class Selection {
     open_.push_back({cursor, pair, made, KeySequence{0, made, ctx_}});
   }
 
-  /// required: below the last level integer keys are counted anew and string keys are kept ... A key of any other kind
-  /// has no place in the result: its entry is passed over.
+  /// required: above the last level integer keys are renumbered and string keys are kept. A key of any other kind has
+  /// no place in the result: its entry is passed over.
   HostValue* slot_for(OpenLevel& level) const {
     HostValue* key = &level.cursor.item()->key;
     if (key->tag == ValueTag::integer) return level.keys.next_slot();
@@ -111,7 +78,7 @@ class Selection {
     return slot;
   }
 
-  /// required: ... and at the last level every key is counted anew.
+  /// required: at the last level every key is renumbered, string keys too.
   void take_all(TableCursor& cursor, HostValue* destination) const {
     KeySequence keys{0, force_table(ctx_, destination, cursor.capacity()), ctx_};
     while (cursor.next()) HVM_DupObject(ctx_, keys.next_slot(), &cursor.item()->value, 1);
@@ -124,20 +91,12 @@ class Selection {
 
 }  // namespace
 
-void build_selection(ExpressionEvaluator& evaluator, const HostCodeNode* node, HostValue* result) {
-  if (node == nullptr) return;
-  SelectorPairs pairs;
-  for (const HostCodeNode* cell = node_in(node->value); cell != nullptr && cell->kind == NodeKind::list_cell;
-       cell = node_in(cell->value))
-    pairs.push_back(pair_in(evaluator, cell));
-  // The table last: a selector may run script code, and the variable hold something else afterwards.
-  HostHash* table = table_in(
-      node->link.tag == SlotTag::variable ? evaluator.variable(load<std::uint32_t>(node->link.payload)) : nullptr);
+void select_entries(HostContext ctx, HostHash* table, const SelectorPairs& pairs, HostValue* result) {
   if (pairs.empty()) return;
-  if (pairs.size() > 1) return Selection(evaluator.ctx(), pairs).select(table, result);
-  // required: one selector gives its first match alone, a range too.
+  if (pairs.size() > 1) return Selection(ctx, pairs).select(table, result);
+  // required: a single selector gives its first match alone, even when it is a range.
   TableCursor cursor(table, pairs[0].first, pairs[0].second);
-  if (cursor.next() && cursor.item() != nullptr) HVM_DupObject(evaluator.ctx(), result, &cursor.item()->value, 1);
+  if (cursor.next() && cursor.item() != nullptr) HVM_DupObject(ctx, result, &cursor.item()->value, 1);
 }
 
 }  // namespace arrayfold

@@ -1,15 +1,17 @@
 // reader/table_conversion.hpp: gathering elements and shape from host tables and data literals
 //
-// Shape is not verified: each depth records the count of the last table or row that was visited there, numbers and
-// nested tables may mix, and the elements are whatever came, in their order. Fitting them to the shape is the caller's.
+// The shape is not verified: each depth records the count of the last table or row that was visited there, numbers and
+// nested tables may mix, and the elements are whatever was found, in their order. The caller fits them to the shape.
 
 #pragma once
 
+#include <algorithm>
 #include <optional>
 #include <vector>
 
-#include "array/element_kind.hpp"
-#include "reader/expression_reader.hpp"
+#include "array/storage.hpp"
+#include "reader/evaluation.hpp"
+#include "reader/expression_nodes.hpp"
 #include "reader/table_cursor.hpp"
 
 namespace arrayfold {
@@ -22,74 +24,181 @@ struct ArrayData {
   std::vector<T> values;         // in order of arrival
 };
 
-/// How the elements of a kind are read from a host value, and what tells a script's author when they cannot be. The
-/// elements are those that `xarray` stores: doubles under the float name.
+template <class T>
+void enter_depth(ArrayData<T>& data, std::size_t depth) {
+  if (depth == data.shape.size()) data.shape.push_back(0);
+}
+
+// ---- Tables
+
+/// A table on the way to the innermost one, and the number of its entries so far.
+struct OpenTable {
+  explicit OpenTable(HostHash* hash) : cursor(hash) {}
+  TableCursor cursor;
+  int count = 0;
+};
+
+/// Makes room for the entries of a table that is entered, so that a long one is not copied as it grows. Room comes in
+/// powers of two, as it does by growing.
+template <class T>
+void make_room(std::vector<T>& values, std::size_t more) {
+  const std::size_t minimum = values.size() + more;
+  if (minimum <= values.capacity()) return;
+  std::size_t room = 8;
+  while (room < minimum) room *= 2;
+  values.reserve(room);
+  if constexpr (!std::is_same_v<T, bool>) advise_huge_pages(values.data(), values.capacity() * sizeof(T));
+}
+
+/// Appends numbers until the table ends. Returns null at its end, else the value that is no number.
 template <class Kind>
-struct Reading;
+HostValue* take_numbers(OpenTable& table, std::vector<StoredElement<Kind>>& values) {
+  HostHashItem** const ordered = table.cursor.ordered_rest();
+  const int left = table.cursor.ordered_left();
+  for (int n = 0; n < left; ++n) {
+    HostValue* value = &ordered[n]->value;
+    if (value->tag == ValueTag::table || !HVM_NumberCheck(value)) {
+      table.cursor.pass_ordered(n + 1);
+      table.count += n;
+      return value;
+    }
+    values.push_back(Kind::stored::read(value));
+  }
+  table.cursor.pass_ordered(left);
+  table.count += left;
+  while (table.cursor.next()) {
+    HostValue* value = &table.cursor.item()->value;
+    if (value->tag == ValueTag::table || !HVM_NumberCheck(value)) return value;
+    values.push_back(Kind::stored::read(value));
+    ++table.count;
+  }
+  return nullptr;
+}
 
-template <>
-struct Reading<XTBool> {
-  using element = bool;
-  static constexpr ScalarIndex taken = unreadable_scalar;
-  static constexpr char message[] = "初始化数组类型不对，必须是bool类型";
-  static bool read(HostValue* value) { return HVM_AsBool(value) != 0; }
-};
-
-template <>
-struct Reading<XTInt> {
-  using element = std::int32_t;
-  static constexpr ScalarIndex taken = int_scalar;
-  static constexpr char message[] = "初始化数据数组不对，必须是int类型";
-  static std::int32_t read(HostValue* value) { return HVM_AsInt(value); }
-};
-
-template <>
-struct Reading<XTInt64> {
-  using element = std::int64_t;
-  static constexpr ScalarIndex taken = int64_scalar;
-  static constexpr char message[] = "初始化数据数组不对，必须是int64类型";
-  static std::int64_t read(HostValue* value) { return HVM_AsInt64(value); }
-};
-
-template <>
-struct Reading<XTDouble> {
-  using element = double;
-  static constexpr ScalarIndex taken = real_scalar;
-  static constexpr char message[] = "初始化数据数组不对，必须是double类型";
-  static double read(HostValue* value) { return HVM_AsDouble(value); }
-};
-
-template <>
-struct Reading<XTFloat> : Reading<XTDouble> {
-  static constexpr char message[] = "初始化数据数组不对，必须是float类型";
-};
-
-/// Gathers from `hash` and the tables in it, from `depth` on. 0 at the first leaf that is no number: what was gathered
-/// stands. `message` is the kind's, handed from level to level and never shown. Tables may nest however deep.
+/// Gathers from `hash` and the tables in it, from `depth` on. Returns 0 at the first leaf that is not a number; the
+/// elements read so far are kept. `message` is the kind's, handed from level to level and never shown. The tables
+/// around the innermost one are kept on a stack of their own, since a script decides their depth.
 template <class Kind>
-int read_table_data(ArrayData<typename Reading<Kind>::element>& data, HostContext ctx, HostHash* hash,
-                    const char* message, std::size_t depth);
+int read_table_data(ArrayData<StoredElement<Kind>>& data, HostContext, HostHash* hash, const char* /*message*/,
+                    std::size_t depth) {
+  std::vector<OpenTable> outer;
+  OpenTable innermost(hash);
+  const auto enter = [&] {
+    enter_depth(data, depth + outer.size());
+    make_room(data.values, innermost.cursor.most_left());
+  };
+  enter();
+  while (true) {
+    HostValue* other = take_numbers<Kind>(innermost, data.values);
+    if (other == nullptr) {
+      data.shape[depth + outer.size()] = innermost.count;
+      if (outer.empty()) return 1;
+      innermost = outer.back();
+      outer.pop_back();
+      ++innermost.count;
+    } else if (other->tag == ValueTag::table) {
+      outer.push_back(innermost);
+      innermost = OpenTable(load<HostHash*>(other->payload));
+      enter();
+    } else {
+      return 0;
+    }
+  }
+}
 
-/// Gathers from a row of a data literal and the rows in it. Always true: a row that cannot be read ends early.
+// ---- Data literals
+
+/// Takes the element in a cell of a row. False: the row ends there.
+/// required: a scalar of another form adds no element, and its cell counts all the same.
 template <class Kind>
-bool read_code_data(HostContext ctx, ExpressionEvaluator& evaluator, const HostCodeNode* node,
-                    ArrayData<typename Reading<Kind>::element>& data, std::size_t depth);
+bool take_cell(const ScalarRef& scalar, ArrayData<StoredElement<Kind>>& data) {
+  if (const auto* literal = std::get_if<typename Kind::literal>(&scalar)) {
+    data.values.push_back(static_cast<StoredElement<Kind>>(*literal));
+  } else if (scalar.index() == value_scalar) {
+    HostValue* value = std::get<value_scalar>(scalar);
+    if (!HVM_NumberCheck(value)) return false;
+    data.values.push_back(Kind::stored::read(value));
+  }
+  return true;
+}
+
+/// A node that data literals are made of: its value slot leads to the next one, whatever the tag there says.
+inline bool is_row(const HostCodeNode* node) {
+  return node->kind == NodeKind::data_row || node->kind == NodeKind::list_cell;
+}
+
+/// The elements of a row, cell by cell. A node of another kind that begins the row is a cell, too; from there on only
+/// slots of the node tag lead to a next one.
+template <class Kind>
+void read_elements(ExpressionEvaluator& evaluator, const HostCodeNode* row, ArrayData<StoredElement<Kind>>& data) {
+  const bool of_rows = is_row(row);
+  std::uint32_t cells = 0;
+  for (const HostCodeNode* cell = row; cell != nullptr;
+       cell = of_rows ? load<const HostCodeNode*>(cell->value.payload) : node_in(cell->value)) {
+    if (!take_cell<Kind>(evaluate_slot(evaluator, &cell->link), data)) return;
+    ++cells;
+  }
+  data.cell_count = cells;
+}
+
+/// Rows that are being read: the cell of the one that was entered last, and how many there are so far.
+struct OpenRows {
+  const HostCodeNode* cell = nullptr;
+  int count = 0;
+};
+
+/// The row that a cell's link leads to. Null for what leads nowhere, and for a node of another kind whose value slot
+/// has another tag than that of a node: these count as a row and add nothing.
+inline const HostCodeNode* row_in(const HostCodeSlot& link) {
+  const HostCodeNode* node = node_in(link);
+  return node == nullptr || is_row(node) || node->value.tag == SlotTag::node ? node : nullptr;
+}
+
+/// Gathers from a row of a data literal and the rows in it. Always true: a row that cannot be read ends early. Like
+/// nested tables, nested rows need none of the thread's stack.
+template <class Kind>
+bool read_code_data(HostContext, ExpressionEvaluator& evaluator, const HostCodeNode* node,
+                    ArrayData<StoredElement<Kind>>& data, std::size_t depth) {
+  xt::svector<OpenRows, 8> open;
+  for (const HostCodeNode* row = node; row != nullptr;) {
+    const std::size_t row_depth = depth + open.size();
+    enter_depth(data, row_depth);
+    if (const HostCodeNode* first = node_in(row->link, NodeKind::data_row)) {
+      open.push_back({row, 1});
+      row = first;
+      continue;
+    }
+    read_elements<Kind>(evaluator, row, data);
+    data.shape[row_depth] = static_cast<int>(data.cell_count);
+    row = nullptr;
+    while (row == nullptr && !open.empty()) {
+      OpenRows& innermost = open.back();
+      const HostCodeNode* cell = node_in(innermost.cell->value, NodeKind::list_cell);
+      if (cell == nullptr) {
+        data.shape[depth + open.size() - 1] = innermost.count;
+        open.resize(open.size() - 1);
+      } else {
+        innermost = {cell, innermost.count + 1};
+        row = row_in(cell->link);
+      }
+    }
+  }
+  return true;
+}
 
 /// Gathers from the data literal in `value`; nothing when it holds none.
 template <class Kind>
-std::optional<ArrayData<typename Reading<Kind>::element>> read_code_value(HostContext ctx, HostValue* value);
-
-#define ARRAYFOLD_TABLE_CONVERSION(prefix, Kind)                                                                     \
-  prefix template int read_table_data<Kind>(ArrayData<Reading<Kind>::element>&, HostContext, HostHash*, const char*, \
-                                            std::size_t);                                                            \
-  prefix template bool read_code_data<Kind>(HostContext, ExpressionEvaluator&, const HostCodeNode*,                  \
-                                            ArrayData<Reading<Kind>::element>&, std::size_t);                        \
-  prefix template std::optional<ArrayData<Reading<Kind>::element>> read_code_value<Kind>(HostContext, HostValue*);
-
-ARRAYFOLD_TABLE_CONVERSION(extern, XTBool)
-ARRAYFOLD_TABLE_CONVERSION(extern, XTInt)
-ARRAYFOLD_TABLE_CONVERSION(extern, XTInt64)
-ARRAYFOLD_TABLE_CONVERSION(extern, XTFloat)
-ARRAYFOLD_TABLE_CONVERSION(extern, XTDouble)
+std::optional<ArrayData<StoredElement<Kind>>> read_code_value(HostContext ctx, HostValue* value) {
+  if (value->tag != ValueTag::code) return std::nullopt;
+  const auto* code = load<const HostCode*>(value->payload);
+  if (code == nullptr || code->root.get() == nullptr) return std::nullopt;
+  if (code->root.get()->kind != NodeKind::quotation) return std::nullopt;
+  const HostCodeNode* row = node_in(code->root.get()->link, NodeKind::data_row);
+  if (row == nullptr) return std::nullopt;
+  std::optional<ArrayData<StoredElement<Kind>>> data(std::in_place);
+  ExpressionEvaluator evaluator(ctx, code->frame_base);
+  read_code_data<Kind>(ctx, evaluator, row, *data, 0);
+  return data;
+}
 
 }  // namespace arrayfold

@@ -9,7 +9,7 @@ bool is_nil(const HostValue* value) { return value != nullptr && value->tag == V
 bool is_number(HostValue* value) { return value != nullptr && HVM_NumberCheck(value) != 0; }
 bool is_text(HostValue* value) { return value != nullptr && HVM_StringCheckAll(value) != 0; }
 
-/// Stands for a missing table: empty, and never shown to the host, whose tables are larger than their head.
+/// An empty table in place of a missing one. It is never passed to the host, whose tables are longer than this head.
 HostHash no_table{};
 
 HostHash* table_or_none(HostHash* hash) { return hash == nullptr ? &no_table : hash; }

@@ -1,28 +1,28 @@
 // reduce/block_scan.hpp: one pass over the elements, a register at a time
 //
 // A scan folds each block of one AVX register pairwise across its lanes, then the block's value into the accumulator,
-// then what is left behind the last whole block one by one. The order is part of the results: sums of reals round by
-// it, and it decides between zeros of both signs and what NaN hides.
+// then the elements behind the last whole block one by one. The order is part of the results: sums of floating-point
+// numbers round by it, and it decides which of two zeros of different sign is returned.
 
 #pragma once
 
 #include <cstddef>
 #include <type_traits>
 
-#include "kernels/arithmetic.hpp"
 #include "array/extremes.hpp"
 #include "array/ordered_fold.hpp"
-#include "array/runs.hpp"
+#include "array/rows.hpp"
+#include "kernels/arithmetic.hpp"
 
 namespace arrayfold {
 
 template <class T>
 constexpr std::size_t block_length = storage_alignment / sizeof(T);
 
-/// Halves of the block first, then halves of what that leaves: (b0 + b2) + (b1 + b3) for four lanes and a sum.
+/// Halves of the block first, then halves of what that leaves: (b0 + b2) + (b1 + b3) for four elements and a sum.
 template <class T, class Fold>
 T fold_block(const T* b, Fold fold) {
-  static_assert(block_length<T> == 4 || block_length<T> == 8);
+  static_assert(block_length<T> == 4 || block_length<T> == 8, "the pairs of a block are written out for these lengths");
   if constexpr (block_length<T> == 4)
     return fold(fold(b[0], b[2]), fold(b[1], b[3]));
   else
@@ -37,9 +37,9 @@ R fold_blocks(const T* elements, std::size_t count, R accumulated, Fold fold) {
   return accumulated;
 }
 
-/// The scan: `fold_whole(elements, count, start)` takes the whole blocks, `fold` what is left.
-/// required: the elements behind the last whole block are found by the stride of the last dimension. It is 0 where the
-/// last extent is 1, and each of them then is element 0 once more.
+/// The scan: `fold_whole(elements, count, start)` takes the whole blocks, `fold` the elements behind them.
+/// required: the elements behind the last whole block are found by the stride of the last axis. It is 0 where the last
+/// extent is 1: element 0 is then folded in once for each of them.
 template <class R, class T, class FoldWhole, class Fold>
 R scan_blocks(const xarray_of<T>& array, R start, FoldWhole fold_whole, Fold fold) {
   const auto& elements = array.storage();
@@ -68,24 +68,32 @@ R block_sum(const xarray_of<T>& array) {
 
 // ---- Extremes
 
-/// The extreme of whole blocks of reals. The order matters only where a chunk holds NaN, or where its extreme is a
-/// zero, which may have either sign: such a chunk is folded in order, unless there was a zero before.
-template <class T, class Choose>
-T real_extreme(const T* elements, std::size_t count, T accumulated, Choose choose) {
-  constexpr std::size_t chunk = 64 * block_length<T>;
-  static_assert(chunk % chunk_step<T> == 0);
-  std::size_t i = 0;
-  for (; i + chunk <= count; i += chunk) {
-    const auto found = chunk_extreme(elements + i, chunk, accumulated, choose);
-    if (found.nan || (found.value == 0 && accumulated != 0))
-      accumulated = fold_blocks(elements + i, chunk, accumulated, choose);
-    else
-      accumulated = choose(accumulated, found.value);
-  }
-  return fold_blocks(elements + i, count - i, accumulated, choose);
+/// `choose` between the elements of a block: of a pair with a NaN the other element counts.
+template <class Choose>
+auto passing_over_nan(Choose choose) {
+  return [choose](auto a, auto b) { return a != a ? b : choose(a, b); };
 }
 
-/// The extreme of `start` and the elements.
+/// The extreme of `accumulated`, which is not NaN, and whole blocks of floating-point numbers. NaN is passed over. The
+/// order matters only where the extreme of a chunk is a zero, which may have either sign: such a chunk is folded in
+/// order, unless there was a zero before.
+template <class T, class Choose>
+T floating_extreme(const T* elements, std::size_t count, T accumulated, Choose choose) {
+  constexpr std::size_t chunk = 64 * block_length<T>;
+  static_assert(chunk % chunk_step<T> == 0, "chunks are compared register by register");
+  const auto in_order = passing_over_nan(choose);
+  std::size_t i = 0;
+  for (; i + chunk <= count; i += chunk) {
+    const T extreme = chunk_extreme(elements + i, chunk, accumulated, choose);
+    if (extreme == 0 && accumulated != 0)
+      accumulated = fold_blocks(elements + i, chunk, accumulated, in_order);
+    else
+      accumulated = choose(accumulated, extreme);
+  }
+  return fold_blocks(elements + i, count - i, accumulated, in_order);
+}
+
+/// The extreme of `start` and the elements. NaN is passed over.
 template <class T, class Choose>
 T block_extreme(const xarray_of<T>& array, T start, Choose choose) {
   const auto choose_whole = [choose](const T* elements, std::size_t count, T extreme) {
@@ -93,7 +101,7 @@ T block_extreme(const xarray_of<T>& array, T start, Choose choose) {
     if constexpr (std::is_integral_v<T>)
       return fold_freely(elements, count, extreme, choose, choose);
     else
-      return real_extreme(elements, count, extreme, choose);
+      return floating_extreme(elements, count, extreme, choose);
   };
   return scan_blocks(array, start, choose_whole, choose);
 }

@@ -1,9 +1,10 @@
 // reduce/median.hpp: the element in the middle of all
 //
-// The elements are partitioned at the middle, as the array library does. A long array needs no partition as a whole:
-// two elements of a sample that the middle lies between, almost surely, leave a small share to partition, and
-// one pass finds that share and counts what lies below. Where the partition's own arrangement could show in the result,
-// with NaN or with zeros of both signs, and where the sample misled, the whole is partitioned.
+// The elements are partitioned at the middle, as the array library does. A long array needs no partition as a whole: a
+// sample gives two values that almost surely bracket the median, and one pass counts the elements around the bracket
+// and gathers those inside it; only the gathered ones are partitioned. The whole array is partitioned where the
+// partition's own arrangement could show in the result, with NaN or with zeros of both signs, and where the sample
+// misled.
 
 #pragma once
 
@@ -34,8 +35,8 @@ struct MiddleRanks {
 };
 constexpr MiddleRanks middle_ranks(std::size_t count) { return {(count - 1) / 2, count / 2}; }
 
-/// Partitions at the higher rank first, then what is left of it at the lower one. NaN has no rank; GNU's library stays
-/// within the elements wherever it stands.
+/// Partitions at the higher rank first, then the elements before it at the lower one. NaN violates the ordering that
+/// std::nth_element requires; libstdc++ does not read out of bounds for it.
 template <class T>
 Middle<T> partition_middle(T* elements, std::size_t count, const MiddleRanks& ranks) {
   std::nth_element(elements, elements + ranks.high, elements + count);
@@ -52,15 +53,15 @@ Middle<T> middle_of_copy(const T* elements, std::size_t count) {
 
 // ---- Long arrays
 
-/// Two elements between which the middle is looked for.
+/// Two elements between which the middle is expected.
 template <class T>
 struct Bracket {
   T low;
   T high;
 };
 
-/// The bracket by a sample of evenly strided elements: about three standard errors of the sample's middle to both
-/// sides. Its size is what makes the work on the sample and the work inside the bracket about the same. Nothing when
+/// The bracket by a sample of evenly strided elements: about three standard errors of the sample's middle on both
+/// sides. The sample's size makes the work on the sample about the same as the work inside the bracket. Nothing when
 /// there is a NaN in the sample.
 template <class T>
 std::optional<Bracket<T>> sampled_bracket(const T* elements, std::size_t count) {
@@ -74,17 +75,16 @@ std::optional<Bracket<T>> sampled_bracket(const T* elements, std::size_t count) 
   return Bracket<T>{low, high};
 }
 
-/// How many elements are below the bracket, up to its ends, and NaN; those strictly inside are gathered.
-struct Shares {
+/// The numbers of elements around the bracket.
+struct BracketCounts {
   std::size_t below = 0;
-  std::size_t to_low = 0;
-  std::size_t inside = 0;
-  std::size_t to_high = 0;
+  std::size_t at_most_low = 0;
+  std::size_t inside = 0;  // strictly: these are gathered
+  std::size_t at_most_high = 0;
   std::size_t nan = 0;
 };
 
-/// Writes the elements strictly inside the bracket one behind the other, and gives their number. `gathered` has room
-/// for all.
+/// Copies the elements strictly inside the bracket to `gathered`, which has room for all. Returns their number.
 template <class T>
 std::size_t gather_inside(const T* elements, std::size_t count, const Bracket<T>& bracket, T* gathered) {
   using Register = xsimd::batch<T>;
@@ -108,20 +108,20 @@ std::size_t gather_inside(const T* elements, std::size_t count, const Bracket<T>
   return inside;
 }
 
-/// Adds a block to the shares. `gathered` has room for all of it.
+/// Adds a block to the counts. `gathered` has room for all of it.
 template <class T>
-void share_out(const T* elements, std::size_t count, const Bracket<T>& bracket, Shares& shares, T* gathered) {
-  shares.inside += gather_inside(elements, count, bracket, gathered);
-  using Count = std::conditional_t<sizeof(T) == 4, std::int32_t, std::int64_t>;
+void count_block(const T* elements, std::size_t count, const Bracket<T>& bracket, BracketCounts& counts, T* gathered) {
+  counts.inside += gather_inside(elements, count, bracket, gathered);
+  using Count = std::conditional_t<sizeof(T) <= 4, std::int32_t, std::int64_t>;
   const auto [low, high] = bracket;
-  Count below = 0, to_low = 0, to_high = 0, nan = 0;
+  Count below = 0, at_most_low = 0, at_most_high = 0, nan = 0;
   for (std::size_t i = 0; i < count; ++i) {
     below += elements[i] < low;
-    to_low += elements[i] <= low;
-    to_high += elements[i] <= high;
+    at_most_low += elements[i] <= low;
+    at_most_high += elements[i] <= high;
     nan += elements[i] != elements[i];
   }
-  shares.below += below, shares.to_low += to_low, shares.to_high += to_high, shares.nan += nan;
+  counts.below += below, counts.at_most_low += at_most_low, counts.at_most_high += at_most_high, counts.nan += nan;
 }
 
 template <class T>
@@ -138,19 +138,19 @@ std::optional<Middle<T>> middle_in_bracket(const T* elements, std::size_t count)
   const std::size_t room = count / 2 + block;
   const Scratch<T> gathered(room);
   T* const inside = gathered.data();
-  Shares shares;
+  BracketCounts counts;
   for (std::size_t first = 0; first < count; first += block) {
-    if (room - shares.inside < block) return std::nullopt;
-    share_out(elements + first, std::min(block, count - first), *bracket, shares, inside + shares.inside);
+    if (room - counts.inside < block) return std::nullopt;
+    count_block(elements + first, std::min(block, count - first), *bracket, counts, inside + counts.inside);
   }
   const MiddleRanks ranks = middle_ranks(count);
-  if (shares.nan != 0 || ranks.low < shares.below || ranks.high >= shares.to_high) return std::nullopt;
+  if (counts.nan != 0 || ranks.low < counts.below || ranks.high >= counts.at_most_high) return std::nullopt;
 
-  std::size_t unsorted = shares.inside;
+  std::size_t unsorted = counts.inside;
   const auto at = [&](std::size_t rank) {
-    if (rank < shares.to_low) return bracket->low;
-    if (rank >= shares.to_low + shares.inside) return bracket->high;
-    rank -= shares.to_low;
+    if (rank < counts.at_most_low) return bracket->low;
+    if (rank >= counts.at_most_low + counts.inside) return bracket->high;
+    rank -= counts.at_most_low;
     std::nth_element(inside, inside + rank, inside + unsorted);
     unsorted = rank + 1;
     return inside[rank];
@@ -167,14 +167,14 @@ std::optional<Middle<T>> middle_in_bracket(const T* elements, std::size_t count)
 /// Integers wrap in the sum and are halved toward zero. Without elements it is NaN, and 0 for integers.
 template <class T>
 T median_of(const xarray_of<T>& array) {
-  constexpr std::size_t least_for_bracket = 1024;
+  constexpr std::size_t minimum_for_bracket = 1024;
   const auto& elements = array.storage();
   const std::size_t count = elements.size();
   if (count == 0) return std::numeric_limits<T>::quiet_NaN();  // 0 for integers
   std::optional<Middle<T>> middle;
-  if (count >= least_for_bracket) middle = middle_in_bracket(elements.data(), count);
+  if (count >= minimum_for_bracket) middle = middle_in_bracket(elements.data(), count);
   if (!middle) middle = middle_of_copy(elements.data(), count);
-  return count % 2 != 0 ? middle->low : (middle->low + middle->high) / T{2};
+  return count % 2 != 0 ? middle->low : static_cast<T>(static_cast<T>(middle->low + middle->high) / T{2});
 }
 
 }  // namespace arrayfold

@@ -1,23 +1,23 @@
 // reduce/moments.hpp: mean and variance of all elements
 //
-// Both are textbook formulas in two passes, rounded in the order of the fold. Without elements both are NaN, as 0
-// divided by 0 is.
+// Both are textbook formulas in two passes, rounded in the order of the fold. Without elements both are 0 / 0, which is
+// NaN.
 
 #pragma once
 
-#include "kernels/arithmetic.hpp"
 #include "array/ordered_fold.hpp"
+#include "kernels/arithmetic.hpp"
 
 namespace arrayfold {
 
-/// The sum in the element's own type, where integers wrap, divided by the count in 64-bit reals.
+/// The sum in the element's own type, where integers wrap, divided by the count in doubles.
 template <class T>
 double mean_of(const xarray_of<T>& array) {
   const T sum = ordered_fold(array, T{0}, Sum{}, Sum{});
   return static_cast<double>(sum) / static_cast<double>(array.storage().size());
 }
 
-/// The mean of the squared distances from the mean, all in 64-bit reals: the variance of a whole population.
+/// The mean of the squared distances from the mean, all in doubles: the variance of a whole population.
 template <class T>
 double variance_of(const xarray_of<T>& array) {
   const double mean = mean_of(array);

@@ -1,4 +1,4 @@
-// cli/elf_file.cpp: what the head of a library file says, before anything of it runs
+// cli/elf_file.cpp: reading the head of a library file without loading it
 
 #include "cli/elf_file.hpp"
 
@@ -66,7 +66,7 @@ class ElfImage {
 
   void check_identity() {
     const bool is_elf = bytes_.size() >= sizeof(FileHeader) && std::memcmp(bytes_.data(), ELFMAG, SELFMAG) == 0;
-    if (!is_elf) throw ElfError("it is no ELF shared object");
+    if (!is_elf) throw ElfError("it is not an ELF shared object");
     header_ = at<FileHeader>(0);
     const FileHeader own = own_header();
     const bool is_for_this_machine =

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string_view>
 
-#include "script/diagnostics.hpp"
+#include "script/syntax/diagnostics.hpp"
 
 namespace hvm {
 namespace {
@@ -26,7 +26,7 @@ bool take(std::string_view& text, std::string_view front) {
   return true;
 }
 
-/// The expectation behind `# expect`; nothing when the words there are none.
+/// The expectation behind `# expect`; no value when the words are not one.
 std::optional<Expectation> read(std::string_view rest) {
   Expectation expectation;
   if (take(rest, " error:")) {
@@ -44,7 +44,7 @@ std::optional<Expectation> read(std::string_view rest) {
   return expectation;
 }
 
-/// Text cut into numbers and what stands between them.
+/// Text cut into numbers and the text between them.
 struct Pieces {
   std::vector<double> numbers;
   std::string between;
@@ -80,7 +80,7 @@ bool are_close(double got, double expected, double tolerance) {
 bool are_numbers_met(const Expectation& expectation, const std::string& printed) {
   const Pieces expected = pieces_of(expectation.text);
   const Pieces got = pieces_of(printed);
-  // Bare numbers are compared as numbers alone; with anything between them, that must be the same too.
+  // Bare numbers are compared as numbers alone; with any text between them, that must be equal too.
   const bool has_frame = expected.between.find_first_not_of('#') != std::string::npos;
   if (has_frame && expected.between != got.between) return false;
   if (expected.numbers.size() != got.numbers.size() || expected.numbers.empty()) return false;
@@ -115,7 +115,7 @@ std::map<std::size_t, Expectation> expectations_of(const SourcePtr& source, cons
     if (!expectation)
       throw ScriptError("an expectation is '# expect: text', '# expect ~tolerance: numbers' or '# expect error: text'",
                         source, comment.span);
-    const std::size_t line = comment.stands_alone ? code_line : source->line(comment.span.begin);
+    const std::size_t line = comment.is_alone ? code_line : source->line(comment.span.begin);
     const auto [entry, is_new] = found.try_emplace(line, *expectation);
     if (!is_new) entry->second.text += " " + expectation->text;
   }

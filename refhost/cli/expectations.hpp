@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "script/lexer.hpp"
+#include "script/syntax/lexer.hpp"
 
 namespace hvm {
 
@@ -24,16 +24,16 @@ struct Expectation {
 ///     print(str(x))         # expect ~1e-12: 0.333333333333
 ///     xamax(7)              # expect error: xamax: the call failed
 ///
-/// A comment that stands alone belongs to the line of the last code before it; further `expect:` there go on with the
-/// text. Throws `ScriptError` for a comment that begins like an expectation and is none.
+/// A comment on a line of its own belongs to the line of the last code before it; further `expect:` there continue the
+/// text. Throws `ScriptError` for a comment that begins like an expectation and is not one.
 std::map<std::size_t, Expectation> expectations_of(const SourcePtr& source, const TokenList& words);
 
-/// Whether printed text is what was expected. Every row of blanks and line ends counts as one blank.
+/// Whether printed text is what was expected. Successive blanks and line ends count as one blank.
 bool is_met(const Expectation& expectation, const std::string& printed);
 /// Whether the message of an error contains the expected text.
 bool is_met_by_error(const Expectation& expectation, const std::string& message);
 
-/// `text` with every row of blanks and line ends as one blank, and none at its ends.
+/// `text` with one blank for successive blanks and line ends, and none at its ends.
 std::string with_single_blanks(const std::string& text);
 
 }  // namespace hvm

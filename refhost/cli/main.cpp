@@ -1,23 +1,27 @@
 // cli/main.cpp: the program hvm
 //
-// Exit status: 0, 1 after a script error or a failed test, 2 for wrong usage, 3 when the module cannot be loaded.
+// Exit status: 0; 1 after a script error, a failed test, or when the output cannot be written; 2 for wrong usage; 3
+// when the module cannot be loaded.
 
 #include <fmt/format.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <cstdio>
-#include <filesystem>
+#include <sstream>
 
-#include "cli/expectation_runner.hpp"
 #include "cli/module_loader.hpp"
 #include "cli/repl.hpp"
-#include "cli/script_file.hpp"
-#include "script/fault_report.hpp"
-#include "script/interpreter.hpp"
+#include "cli/streams.hpp"
+#include "cli/test_runner.hpp"
+#include "script/library/script_file.hpp"
+#include "script/module/array_module.hpp"
+#include "script/module/fault_report.hpp"
+#include "script/run/interpreter.hpp"
 
 namespace hvm {
 namespace {
+
+constexpr double longest_time_limit = 1e6;
 
 enum ExitStatus { done = 0, script_failed = 1, wrong_usage = 2, no_module = 3 };
 
@@ -25,6 +29,7 @@ struct Settings {
   std::string code;
   bool has_code = false;
   std::string test_directory;
+  double time_limit = 60;  // seconds
   std::string module_path;
   bool lists = false;
   bool shows_version = false;
@@ -35,29 +40,22 @@ struct Settings {
 
 Value arguments_table(const std::vector<std::string>& arguments) {
   std::vector<Value> values;
+  values.reserve(arguments.size());
   for (const std::string& argument : arguments) values.emplace_back(std::string_view(argument));
   return Value::table_of(values);
-}
-
-void put_line(const std::string& text) { fmt::print("{}\n", text); }
-
-void put_warning(const std::string& report) {
-  std::fflush(stdout);
-  fmt::print(stderr, "{}", report);
 }
 
 int run_source(Interpreter& interpreter, const SourcePtr& source) {
   try {
     interpreter.run(interpreter.parse(source));
   } catch (const ScriptError& error) {
-    std::fflush(stdout);
-    fmt::print(stderr, "{}", error.report());
+    put_error({error.report()});
     return script_failed;
   }
   return done;
 }
 
-/// The script that the settings name; null stands for the REPL.
+/// The script that the settings name; null for the REPL.
 SourcePtr chosen_source(const Settings& settings) {
   if (settings.has_code) return std::make_shared<SourceText>("<command line>", settings.code);
   if (!settings.rest.empty() && settings.rest.front() != "-") return read_script(settings.rest.front());
@@ -66,50 +64,50 @@ SourcePtr chosen_source(const Settings& settings) {
 }
 
 int run_scripts(const Settings& settings, const Module& module) {
-  const bool has_guards = !settings.is_unchecked;
   const SourcePtr source = chosen_source(settings);
   const std::size_t names = settings.has_code || settings.rest.empty() ? 0 : 1;
   const std::vector<std::string> arguments(settings.rest.begin() + static_cast<std::ptrdiff_t>(names),
                                            settings.rest.end());
   Interpreter interpreter(
       module.functions,
-      {has_guards, [](const std::string& text, const SourceText&, std::size_t) { put_line(text); }, put_warning});
+      {!settings.is_unchecked, [](const std::string& text, const SourceText&, std::size_t) { put(text + "\n"); },
+       [](const std::string& warning) { put_error({warning}); }});
   interpreter.set_global("args", arguments_table(arguments));
   if (source) return run_source(interpreter, source);
   run_repl(interpreter);
   return done;
 }
 
-/// Whether everything that came since `before` has gone again; says what has not.
+/// Whether everything made since `before` has been freed; reports what has not.
 bool report_leaks(const Counts& before) {
   const Counts now = counts();
-  fmt::print(stderr, "left behind: {} objects, {} tables, {} strings, {} blocks, {} records, {} pieces\n",
-             now.objects - before.objects, now.tables - before.tables, now.strings - before.strings,
-             now.blocks - before.blocks, now.records - before.records, now.pieces - before.pieces);
+  put_error({fmt::format("left behind: {} objects, {} tables, {} strings, {} blocks, {} records, {} pieces\n",
+                         now.objects - before.objects, now.tables - before.tables, now.strings - before.strings,
+                         now.blocks - before.blocks, now.records - before.records, now.pieces - before.pieces)});
   return now == before;
 }
 
 int run_tests(const Settings& settings, const Module& module) {
   const Counts before = counts();
   const auto ends_well = [&] { return !settings.counts_leaks || report_leaks(before); };
-  const bool passed =
-      run_expectations_below(settings.test_directory, module.functions, !settings.is_unchecked, ends_well);
+  const bool passed = run_tests_below(settings.test_directory, module.functions,
+                                      {!settings.is_unchecked, settings.time_limit, ends_well});
   return passed ? done : script_failed;
 }
 
 void list(const Module& module) {
-  for (const std::string& name : module.functions.names()) fmt::print("function {}\n", name);
-  for (const RegisteredType& type : registered_types()) fmt::print("type {}\n", type.name);
+  for (const std::string& name : module.functions.names()) put(fmt::format("function {}\n", name));
+  for (const RegisteredType& type : registered_types()) put(fmt::format("type {}\n", type.name));
 }
 
 void show_libraries(const Module& module) {
-  fmt::print("module {}\n", module.path);
+  put(fmt::format("module {}\n", module.path));
   for (const std::string& library : module.libraries)
-    if (library != module.path) fmt::print("  with {}\n", library);
+    if (library != module.path) put(fmt::format("  with {}\n", library));
 }
 
 int run(const Settings& settings) {
-  if (settings.shows_version) fmt::print("hvm {}\n", HVM_VERSION);
+  if (settings.shows_version) put(fmt::format("hvm {}\n", HVM_VERSION));
   const Module module = load_module(settings.module_path.empty() ? default_module_path() : settings.module_path);
   if (settings.shows_version) return show_libraries(module), done;
   if (settings.lists) return list(module), done;
@@ -123,15 +121,23 @@ int run(const Settings& settings) {
 void describe(CLI::App& app, Settings& settings) {
   app.footer(
       "A script and its arguments follow the options: hvm [options] script.hvm [args], hvm [options] -e CODE [args].\n"
-      "Without a script hvm reads one from the standard input, or talks to you at a terminal.\n"
-      "Exit status: 0; 1 after a script error; 2 for wrong usage; 3 when the module cannot be loaded.");
+      "Without a script hvm reads one from the standard input; at a terminal it is a prompt.\n"
+      "Exit status: 0; 1 after a script error, a failed test, or when the output cannot be written; 2 for wrong "
+      "usage;\n"
+      "3 when the module cannot be loaded.");
   app.prefix_command();
   app.set_help_flag("--help,-h", "say this and end");
   const auto code = app.add_option("-e", settings.code, "run this code")->type_name("CODE");
   const auto test = app.add_option("--test", settings.test_directory, "run every *.hvm below a directory as a test")
                         ->type_name("DIR")
                         ->check(CLI::ExistingDirectory);
-  app.add_option("--module", settings.module_path, "the module; otherwise arrayfold.so beside hvm or in ../lib")
+  app.add_option("--time-limit", settings.time_limit, "seconds for each script of --test; 0: any time")
+      ->type_name("SECONDS")
+      ->capture_default_str()
+      ->check(CLI::Range(0.0, longest_time_limit).description(""))
+      ->needs(test);
+  app.add_option("--module", settings.module_path,
+                 fmt::format("the module; otherwise {} beside hvm or in ../lib", array_module_file))
       ->type_name("PATH");
   const auto list_flag = app.add_flag("--list", settings.lists, "list the functions and types of the module");
   app.add_flag("--unchecked", settings.is_unchecked, "leave out the checks that the module itself does not make");
@@ -147,45 +153,58 @@ bool looks_like_option(const std::vector<std::string>& rest) {
   return !rest.empty() && rest.front().size() > 1 && rest.front()[0] == '-';
 }
 
-/// Reads the command line. Gives the exit status where that is all there is to do.
+/// Reads the command line. Returns the exit status when there is nothing else to do.
 std::optional<int> parse_command_line(int argc, char** argv, Settings& settings) {
   CLI::App app("hvm: runs scripts over a module", "hvm");
   describe(app, settings);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? done : wrong_usage;
+    std::ostringstream out;
+    std::ostringstream err;
+    const bool is_help = app.exit(error, out, err) == 0;
+    put(out.str());
+    put_error({err.str()});
+    return is_help ? done : wrong_usage;
   }
   settings.has_code = app.count("-e") > 0;
   settings.rest = app.remaining();
   const bool has_separator = !settings.rest.empty() && settings.rest.front() == "--";
   if (has_separator) settings.rest.erase(settings.rest.begin());
   if (!has_separator && looks_like_option(settings.rest)) {
-    fmt::print(stderr, "hvm: there is no option {}; hvm --help lists them\n", settings.rest.front());
+    put_error({"hvm: there is no option ", settings.rest.front(), "; hvm --help lists them\n"});
     return wrong_usage;
   }
   const bool takes_no_script = settings.lists || settings.shows_version || !settings.test_directory.empty();
   if (takes_no_script && !settings.rest.empty()) {
-    fmt::print(stderr, "hvm: {} is one argument too many\n", settings.rest.front());
+    put_error({"hvm: ", settings.rest.front(), " is one argument too many\n"});
     return wrong_usage;
   }
   return std::nullopt;
 }
 
-int guarded_main(int argc, char** argv) {
+int run(int argc, char** argv) {
   Settings settings;
-  if (const auto status = parse_command_line(argc, argv, settings)) return *status;
+  const auto status = parse_command_line(argc, argv, settings);
+  return status ? *status : run(settings);
+}
+
+/// Runs hvm and returns its exit status, whatever happens. A run whose output is lost fails.
+int guarded_run(int argc, char** argv) noexcept {
+  const auto failed = [](const std::exception& error, ExitStatus status) {
+    put_error({"hvm: ", error.what(), "\n"});
+    return status;
+  };
   try {
-    return run(settings);
+    const int status = run(argc, argv);
+    finish_output();
+    return status;
   } catch (const ModuleError& error) {
-    fmt::print(stderr, "hvm: {}\n", error.what());
-    return no_module;
+    return failed(error, no_module);
   } catch (const FileError& error) {
-    fmt::print(stderr, "hvm: {}\n", error.what());
-    return wrong_usage;
+    return failed(error, wrong_usage);
   } catch (const std::exception& error) {
-    fmt::print(stderr, "hvm: {}\n", error.what());
-    return script_failed;
+    return failed(error, script_failed);
   }
 }
 
@@ -193,8 +212,7 @@ int guarded_main(int argc, char** argv) {
 }  // namespace hvm
 
 int main(int argc, char** argv) {
-  // Lines are written as they come, so that none is lost when a module ends the process.
-  std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
+  hvm::prepare_streams();
   hvm::install_fault_report();
-  return hvm::guarded_main(argc, argv);
+  return hvm::guarded_run(argc, argv);
 }

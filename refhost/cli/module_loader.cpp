@@ -2,19 +2,18 @@
 
 #include "cli/module_loader.hpp"
 
-#include <cxxabi.h>
 #include <dlfcn.h>
 #include <fmt/format.h>
 #include <link.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
-#include <typeinfo>
 
 #include "cli/elf_file.hpp"
 #include "host/host_operations.hpp"
-#include "script/fault_report.hpp"
+#include "script/module/array_module.hpp"
+#include "script/module/exception_text.hpp"
+#include "script/module/fault_report.hpp"
 
 namespace hvm {
 namespace {
@@ -60,7 +59,7 @@ bool has_version_node(void* library) {
 }
 
 /// Without the version node, the module's lgamma and erf would bind to the C library's. The library that is opened
-/// here stays, and is the one that the module then gets.
+/// here stays open, and the module gets the same one.
 void check_interpreter(const std::string& module) {
   void* library = dlopen(interpreter_library, RTLD_NOW | RTLD_LOCAL);
   if (!library) library = dlopen((fs::path(module).parent_path() / interpreter_library).c_str(), RTLD_NOW | RTLD_LOCAL);
@@ -74,7 +73,7 @@ void check_file(const std::string& path) {
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
   if (!fs::exists(status)) fail(path, "there is no such file");
-  if (!fs::is_regular_file(status)) fail(path, "it is no regular file");
+  if (!fs::is_regular_file(status)) fail(path, "it is not a regular file");
   try {
     const std::vector<std::string> needed = needed_libraries(path);
     if (std::find(needed.begin(), needed.end(), interpreter_library) != needed.end()) check_interpreter(path);
@@ -83,25 +82,14 @@ void check_file(const std::string& path) {
   }
 }
 
-std::string demangled(const char* name) {
-  int status = 0;
-  char* text = abi::__cxa_demangle(name, nullptr, nullptr, &status);
-  std::string result = text ? text : name;
-  std::free(text);
-  return result;
-}
-
-/// The module's own beginning, contained like every other call of it.
+/// Calls `PKG_Init`. What it throws becomes a `ModuleError`.
 int initialized(arrayfold::PackageInit init, Module& module) {
   const SourceText place(module.path, "");
   const RunningMark mark({&place, 0, true});
   try {
     return init(&module.functions, &ModuleFunctions::register_rows);
-  } catch (const std::exception& error) {
-    fail(module.path, fmt::format("PKG_Init threw {}: {}", demangled(typeid(error).name()), error.what()));
   } catch (...) {
-    const std::type_info* type = abi::__cxa_current_exception_type();
-    fail(module.path, fmt::format("PKG_Init threw {}", type ? demangled(type->name()) : "something unknown"));
+    fail(module.path, fmt::format("PKG_Init threw {}", current_exception_text()));
   }
 }
 
@@ -121,7 +109,7 @@ Module load_module(const std::string& path) {
   const std::vector<std::string> before = loaded_libraries();
   check_file(module.path);
   const arrayfold::PackageInit init = opened(module.path);
-  if (initialized(init, module) == 0) fail(module.path, "PKG_Init answers 0: the module refuses to start");
+  if (initialized(init, module) == 0) fail(module.path, "PKG_Init returns 0: the module does not start");
   for (const std::string& library : loaded_libraries())
     if (std::find(before.begin(), before.end(), library) == before.end())
       module.libraries.push_back(fs::weakly_canonical(library));
@@ -129,13 +117,12 @@ Module load_module(const std::string& path) {
 }
 
 std::string default_module_path() {
-  constexpr const char* name = "arrayfold.so";
   std::error_code error;
   const fs::path home = fs::read_symlink("/proc/self/exe", error).parent_path();
-  for (const fs::path& candidate : {home / name, home.parent_path() / "lib" / name})
+  for (const fs::path& candidate : {home / array_module_file, home.parent_path() / "lib" / array_module_file})
     if (fs::exists(candidate, error)) return candidate;
-  throw ModuleError(fmt::format("there is no {0} in {1} or {2}; name a module with --module", name, home.string(),
-                                (home.parent_path() / "lib").string()));
+  throw ModuleError(fmt::format("there is no {0} in {1} or {2}; name a module with --module", array_module_file,
+                                home.string(), (home.parent_path() / "lib").string()));
 }
 
 }  // namespace hvm

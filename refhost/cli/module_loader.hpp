@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "script/module_functions.hpp"
+#include "script/module/module_functions.hpp"
 
 namespace hvm {
 
-/// Why a module cannot be loaded; the words name its path.
+/// Why a module cannot be loaded; the message names its path.
 class ModuleError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -26,8 +26,7 @@ struct Module {
 /// Checks the file and the interpreter library under it, loads it, and lets it register. Throws `ModuleError`.
 Module load_module(const std::string& path);
 
-/// The module that stands beside the running program, or in `../lib` from there. Throws `ModuleError` when neither is
-/// there.
+/// The module beside the running program, or in `../lib` from there. Throws `ModuleError` when there is neither.
 std::string default_module_path();
 
 }  // namespace hvm

@@ -1,26 +1,32 @@
-// cli/repl.cpp: a dialogue at a terminal
+// cli/repl.cpp: the prompt at a terminal
 
 #include "cli/repl.hpp"
 
 #include <editline/readline.h>
 #include <fmt/format.h>
+#include <langinfo.h>
+#include <locale.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <optional>
+
+#include "cli/streams.hpp"
 
 namespace hvm {
 namespace {
 
-/// A line without its end; nothing at the end of file.
+/// A line without its end; no value at the end of file.
 std::optional<std::string> read_line(const char* prompt) {
   const std::unique_ptr<char, decltype(&std::free)> line(readline(prompt), &std::free);
   return line ? std::optional<std::string>(line.get()) : std::nullopt;
 }
 
-void show_error(const ScriptError& error) {
-  std::fflush(stdout);
-  fmt::print(stderr, "{}", error.report());
+/// Makes the line editor read UTF-8, also when the user's locale has only ASCII.
+void use_unicode() {
+  const bool has_locale = setlocale(LC_CTYPE, "") != nullptr;
+  if (!has_locale || std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0) setlocale(LC_CTYPE, "C.UTF-8");
 }
 
 class Repl {
@@ -34,7 +40,7 @@ class Repl {
       pending_ += *line + "\n";
       take_pending();
     }
-    fmt::print("\n");
+    put("\n");
     if (!pending_.empty()) report_unfinished();
   }
 
@@ -49,10 +55,10 @@ class Repl {
     } catch (const ScriptError& error) {
       if (error.is_incomplete()) return;
       finish_input();
-      show_error(error);
+      put_error({error.report()});
     } catch (const std::bad_alloc&) {
       finish_input();
-      fmt::print(stderr, "error: out of memory\n");
+      put_error({"error: out of memory\n"});
     }
   }
 
@@ -70,7 +76,7 @@ class Repl {
         continue;
       }
       const Value value = interpreter_.evaluate(*expression->expression, program.source);
-      if (!value.is_nil()) fmt::print("{}\n", interpreter_.shown(value, program.source, statement.span));
+      if (!value.is_nil()) put(interpreter_.shown(value, program.source, statement.span) + "\n");
     }
   }
 
@@ -78,7 +84,7 @@ class Repl {
     try {
       interpreter_.parse(source());
     } catch (const ScriptError& error) {
-      show_error(error);
+      put_error({error.report()});
     }
   }
 
@@ -89,6 +95,9 @@ class Repl {
 
 }  // namespace
 
-void run_repl(Interpreter& interpreter) { Repl(interpreter).run(); }
+void run_repl(Interpreter& interpreter) {
+  use_unicode();
+  Repl(interpreter).run();
+}
 
 }  // namespace hvm

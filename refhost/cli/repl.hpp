@@ -1,13 +1,13 @@
-// cli/repl.hpp: a dialogue at a terminal
+// cli/repl.hpp: the prompt at a terminal
 
 #pragma once
 
-#include "script/interpreter.hpp"
+#include "script/run/interpreter.hpp"
 
 namespace hvm {
 
-/// Reads inputs until the end of file, runs each, and shows the value of an expression. An open block or bracket goes
-/// on in the next line. Errors are reported and end nothing. The history lasts as long as the dialogue.
+/// Reads inputs until the end of file, runs each, and shows the value of an expression. An open block or bracket
+/// continues in the next line. Errors are reported and end only their own input. The history lasts until the end.
 void run_repl(Interpreter& interpreter);
 
 }  // namespace hvm

@@ -1,6 +1,7 @@
 // interp/interp.cpp: the interpreter library's lgamma and erf
 //
-// Both give the C library's values. Inside this library the names are its own, so neither can be called by its name.
+// Both give the C library's values. Inside this library their names mean its own functions, so neither calls the C
+// library's by name.
 
 #include <dlfcn.h>
 #include <gnu/lib-names.h>

@@ -6,7 +6,7 @@
 namespace hvm {
 namespace {
 
-// A context as the host keeps it: outsiders see the record at its front.
+// A context as the host keeps it: others see the record at its front.
 struct OwnContext : HostContextRecord {
   void* user;
   OwnContext* older;

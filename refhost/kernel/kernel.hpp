@@ -39,8 +39,8 @@ using arrayfold::ValueTag;
 
 // ---- Contexts
 
-/// Owns a context from its making to its end. Until told otherwise it has a frame of zeros, every call fails, and every
-/// slot reads as nil, so a module may be driven without an interpreter.
+/// Owns a context. At first it has a frame of zeros, every call fails, and every slot reads as nil, so a module can run
+/// without an interpreter.
 class Context {
  public:
   Context();
@@ -177,8 +177,8 @@ bool is_key(const HostValue& key) noexcept;
 HostValue* find(const HostHash* table, const HostValue& key) noexcept;
 HostValue* find(const HostHash* table, int key) noexcept;
 HostValue* find(const HostHash* table, std::string_view key) noexcept;
-/// The slot of a key, made as nil when absent; null when the key is none or memory is missing. A slot with an integer
-/// key of the ordered part lasts as long as the table; any other until a new key comes into the same table.
+/// The slot of a key, made as nil when absent; null for what is not a key, or when memory is missing. A slot with an
+/// integer key of the ordered part lasts as long as the table; any other until a new key comes into the same table.
 HostValue* slot(HostHash* table, const HostValue& key) noexcept;
 HostValue* slot(HostHash* table, int key) noexcept;
 HostValue* slot(HostHash* table, std::string_view key) noexcept;
@@ -241,9 +241,9 @@ void forget_type(const char* name) noexcept;
 /// Appends the text of an object.
 using ObjectText = std::function<void(std::string& out, const HostValue& object)>;
 /// The text of any value: numbers in the shortest form that reads back (reals keep a point or an exponent), a string as
-/// it stands, a table as `[1, "a": 2.5, [3]]` with strings quoted, nil as `nil`. A table inside itself shows as
-/// `[...]`. Does not recurse, however deep the tables are. Without `object_text` an object shows as its type's name in
-/// angle brackets.
+/// it is, a table as `[1, "a": 2.5, [3]]` with strings quoted, nil as `nil`. A table inside itself is
+/// shown as `[...]`. Does not recurse, however deep the tables are. Without `object_text` an object shows as its type's
+/// name in angle brackets.
 std::string printed(const HostValue& value, const ObjectText& object_text = {});
 
 // ---- Instruments
@@ -261,15 +261,15 @@ bool operator==(const Counts& a, const Counts& b) noexcept;
 bool operator!=(const Counts& a, const Counts& b) noexcept;
 Counts counts() noexcept;
 
-/// While set, `HVM_NewAny` and `HVM_NewAnyMan` make nothing and answer null.
+/// While set, `HVM_NewAny` and `HVM_NewAnyMan` make nothing and return null.
 void refuse_new_objects(bool refuse) noexcept;
 
 /// Lets the n-th allocation from now on fail, once; 0 takes that back. All memory of the host counts: its `HVM_Malloc`
 /// family, texts, records, objects and tables. Then `HVM_Malloc`, `HVM_Realloc2`, `HVM_ReallocNoLeak`, `HVM_NewObject`,
-/// `HVM_NewObjects`, `HVM_NewHash` and `HVM_NewAny` answer null (the block that could not grow stays with
+/// `HVM_NewObjects`, `HVM_NewHash` and `HVM_NewAny` return null (the block that could not grow stays with
 /// `HVM_Realloc2` and is given back by `HVM_ReallocNoLeak`), a record that should hold a text, a table or a copy
 /// becomes nil with a payload of zero, a copy of a table lacks the entries that could not be copied, and `HVM_HashSet`
-/// and `HVM_HashSetInt` answer the lost slot: a record of no table, emptied when it is next handed out.
+/// and `HVM_HashSetInt` return the lost slot: a record of no table, emptied when it is next handed out.
 void fail_allocation(std::int64_t nth) noexcept;
 /// True when a failure asked for by `fail_allocation` has come since then.
 bool allocation_has_failed() noexcept;
@@ -278,8 +278,8 @@ std::int64_t allocation_count() noexcept;
 
 /// One call of an operation. `subject` is what it is about: the record, table, object, manager or memory that it was
 /// given, the type's name for those that make objects, managers and registrations, the destination for `HVM_DupObject`,
-/// null for those that only make something; `number` is its integer argument (key, count, capacity, size, length), 1 when
-/// an argument that is always zero is not, otherwise 0.
+/// null for those that only make something; `number` is its integer argument (key, count, capacity, size, length), 1
+/// when an argument that is always zero is not, otherwise 0.
 struct RecordedCall {
   const char* operation;
   const void* subject;

@@ -10,7 +10,7 @@
 namespace hvm::kernel {
 namespace {
 
-// Multiplies by an odd constant and keeps the upper half, in which every bit of the input has its say.
+// Multiplies by an odd constant and keeps the upper half, which depends on every bit of the input.
 std::uint32_t mixed(std::uint64_t bits) noexcept {
   bits ^= bits >> 32;
   bits *= 0x9E3779B97F4A7C15U;
@@ -21,7 +21,7 @@ bool fits_in_32_bits(std::int64_t x) noexcept {
   return x >= std::numeric_limits<std::int32_t>::min() && x <= std::numeric_limits<std::int32_t>::max();
 }
 
-// One key for the two zeros, one for all that is no number.
+// Both zeros are one key, and all NaN are one key.
 std::uint64_t real_bits(double x) noexcept {
   if (x == 0) x = 0.0;
   if (x != x) x = std::numeric_limits<double>::quiet_NaN();

@@ -1,4 +1,4 @@
-// kernel/keys.hpp: what of a record makes it a key
+// kernel/keys.hpp: the keys of tables, as records and as they are looked up
 //
 // A key is an integer, a real or a text. Integers of 64 bits that fit into 32 are the integer key; all forms of text
 // are the key of their UTF-8 characters. A real is another key than the integer of the same value. Nothing else is a
@@ -15,7 +15,7 @@ namespace hvm::kernel {
 
 /// A key as it is looked up. The text is not owned.
 struct Key {
-  ValueTag tag = ValueTag::nil;  // integer, integer64, real, string_record; nil for what is no key
+  ValueTag tag = ValueTag::nil;  // integer, integer64, real, string_record; nil for what is not a key
   std::uint32_t hash = 0;
   std::uint64_t bits = 0;  // the integer, or the bits of the real
   std::string_view text;

@@ -1,4 +1,4 @@
-// kernel/memory.cpp: blocks, their counters and failure switch, and HVM_Malloc and its kin
+// kernel/memory.cpp: blocks, their counters and failure switch, and the HVM_Malloc family
 
 #include "kernel/memory.hpp"
 
@@ -43,7 +43,7 @@ bool fails_now() noexcept {
   return true;
 }
 
-// A debug build overwrites what it frees and keeps the last block back, so that a stale pointer shows itself.
+// A debug build overwrites what it frees and keeps the last block, so that the use of a stale pointer is noticed.
 void free_block(BlockHead* head) noexcept {
 #ifdef HVM_POISON
   static BlockHead* kept_back = nullptr;
@@ -164,7 +164,7 @@ void* HVM_Realloc2(void* pointer, std::int64_t new_size, std::int64_t) {
   return resize_memory(pointer, new_size);
 }
 
-// The caller writes the answer over its only pointer: what cannot grow is given back, or it would be lost.
+// The caller overwrites its only pointer with the result, so a block that cannot grow is freed here.
 void* HVM_ReallocNoLeak(void* pointer, std::int64_t new_size) {
   note("HVM_ReallocNoLeak", pointer, new_size);
   void* resized = resize_memory(pointer, new_size);

@@ -1,8 +1,8 @@
 // kernel/numbers.cpp: reading and writing numbers
 //
 // Numbers are the tags 0, 1 and 20. A real becomes an integer by truncation; beyond the type's range it becomes the
-// nearest end, and NaN becomes 0. An integer of 64 bits becomes one of 32 by its low half. What is no number reads as
-// 0.
+// nearest end, and NaN becomes 0. An integer of 64 bits becomes one of 32 by its low half. Anything else reads
+// as 0.
 
 #include <limits>
 
@@ -17,11 +17,11 @@ using namespace hvm::kernel;
 template <class Integer>
 Integer truncated(double x) noexcept {
   using Limits = std::numeric_limits<Integer>;
-  // The least value is a power of two and exact as a double, the largest is not: its successor is.
-  constexpr auto least = static_cast<double>(Limits::min());
+  // The minimum is a power of two and exact as a double. The maximum is not, but its successor is.
+  constexpr auto minimum = static_cast<double>(Limits::min());
   if (x != x) return 0;
-  if (x < least) return Limits::min();
-  if (x >= -least) return Limits::max();
+  if (x < minimum) return Limits::min();
+  if (x >= -minimum) return Limits::max();
   return static_cast<Integer>(x);
 }
 
@@ -72,7 +72,7 @@ double HVM_AsDouble(HostValue* value) {
   return as_double(value);
 }
 
-// Whatever differs from zero is true, NaN too.
+// Everything but zero is true, NaN too.
 HostBool HVM_AsBool(HostValue* value) {
   note("HVM_AsBool", value);
   return as_double(value) != 0;

@@ -1,7 +1,7 @@
 // kernel/objects.cpp: making and ending objects
 //
-// An object counts its references in its first word, which is the host's. A new one has none: it floats until a record
-// takes it through HVM_SetTypeAny, and each record that takes it adds one.
+// An object counts its references in its first word, which is the host's. A new one has none
+// until a record takes it through HVM_SetTypeAny; each record that takes it adds one.
 
 #include "kernel/objects.hpp"
 
@@ -31,7 +31,7 @@ void end_object(HostAny* any, HostContext ctx) noexcept {
 
 bool new_objects_are_refused() noexcept { return new_objects_refused; }
 
-// The content is made last: it need not be destroyed when the object's memory is missing.
+// The content is made last, so that it need not be destroyed when memory for the object is missing.
 HostAny* new_object(AnyMan* man) noexcept {
   const auto create = callbacks_of(man).create;
   if (!create || new_objects_refused) return nullptr;

@@ -6,19 +6,19 @@
 
 namespace hvm::kernel {
 
-/// A manager as the host keeps it: outsiders see the name alone.
+/// A manager as the host keeps it: others see the name alone.
 struct Manager : AnyMan {
   TypeCallbacks callbacks;
   Manager* older;
 };
 
-/// A new object of a type, without a reference; null for null, and when it cannot be made or tests refuse it.
+/// A new object of a type, without a reference; null for null, when memory is missing, and while tests refuse objects.
 HostAny* new_object(AnyMan* man) noexcept;
 /// True while tests refuse objects and managers.
 bool new_objects_are_refused() noexcept;
-/// Adds a reference; null is fine.
+/// Adds a reference; null is allowed.
 void hold_object(HostAny* any) noexcept;
-/// Drops a reference; with the last one the content is destroyed and the object goes. Null is fine.
+/// Drops a reference; with the last one the content and the object are destroyed. Null is allowed.
 void drop_object(HostAny* any, HostContext ctx) noexcept;
 
 }  // namespace hvm::kernel

@@ -15,7 +15,7 @@ using namespace kernel;
 
 void print_integer(std::string& out, std::int64_t x) { out += std::to_string(x); }
 
-// The shortest digits that read back to the same real, and a mark that it is one.
+// The shortest digits that read back as the same double, with a point or an exponent.
 void print_real(std::string& out, double x) {
   char digits[32];
   const auto end = std::to_chars(digits, digits + sizeof(digits), x).ptr;
@@ -75,7 +75,7 @@ void print_leaf(std::string& out, const HostValue& value, const ObjectText& obje
   }
 }
 
-// The tables that the printing stands in, from the outermost on. Their marks go when it leaves, by an exception too.
+// The tables that are being printed, outermost first. Their marks are removed at the end, also by an exception.
 class OpenTables {
  public:
   OpenTables() = default;
@@ -156,7 +156,7 @@ class Printer {
     }
   }
 
-  // The place tells the keys of the ordered part.
+  // The position gives the keys of the ordered part.
   static bool is_in_ordered_part(const Table& table, const HostValue& key) noexcept {
     if (key.tag != ValueTag::integer) return false;
     const auto number = payload_of<std::int32_t>(key);

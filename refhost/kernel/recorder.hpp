@@ -1,6 +1,6 @@
-// kernel/recorder.hpp: the note that every operation takes of its call
+// kernel/recorder.hpp: how operations record their calls
 //
-// While the recorder is off a note costs a load and a branch.
+// While the recorder is off, that costs a load and a branch.
 
 #pragma once
 

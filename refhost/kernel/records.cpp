@@ -73,8 +73,8 @@ HostValue* new_records(std::int64_t count) noexcept {
   return records;
 }
 
-// The block knows how many records it has, so all of them are released. The counter goes by what the caller says: a
-// wrong count shows in the next comparison of counts.
+// The block knows how many records it has, so all of them are released. The counter uses the
+// caller's count, so that a wrong one shows in the next comparison of counts.
 void free_records(HostContext ctx, HostValue* records, std::int64_t named_count) noexcept {
   if (!records) return;
   const std::size_t count = size_of(records) / sizeof(HostValue);
@@ -117,7 +117,7 @@ void HVM_DupObject(HostContext ctx, HostValue* destination, HostValue* source, s
   replace(ctx, destination, source ? deep_copy(*source) : nil_record());
 }
 
-// This host makes no matrices and no streams: there is nothing that these two could end.
+// This host makes no matrices and no streams, so these two have nothing to free.
 void HVM_FreeMatrix(void* matrix) { note("HVM_FreeMatrix", matrix); }
 void HVM_DelStrm(void* stream) { note("HVM_DelStrm", stream); }
 

@@ -1,4 +1,4 @@
-// kernel/records.hpp: how a record comes to hold something, and to hold nothing
+// kernel/records.hpp: what records hold: replacing, releasing, copying
 
 #pragma once
 
@@ -6,7 +6,7 @@
 
 namespace hvm::kernel {
 
-/// Records from HVM_NewObject and HVM_NewObjects less those given back.
+/// Records from HVM_NewObject and HVM_NewObjects, minus those that were freed.
 extern std::int64_t live_records;
 
 /// A record of a tag whose payload is the bytes of a T; the rest is zero.
@@ -34,10 +34,10 @@ inline bool holds_content(const HostValue& value) noexcept {
   return value.lifetime == Lifetime::temporary && tag < 32 && (tags_with_content >> tag & 1) != 0;
 }
 
-/// Releases what `value` holds; the record itself stays as it is, with nothing behind it.
+/// Releases what `value` holds, and leaves the bytes of the record as they are.
 void release_content(const HostValue& value, HostContext ctx) noexcept;
 
-/// Writes `fresh` over `value` and releases what was there. A null `value` means that `fresh` is lost.
+/// Writes `fresh` over `value` and releases what was there. With a null `value`, `fresh` is released.
 inline void replace(HostContext ctx, HostValue* value, const HostValue& fresh) noexcept {
   if (!value) return release_content(fresh, ctx);
   if (__builtin_expect(!holds_content(*value), true)) {

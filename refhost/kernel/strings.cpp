@@ -138,14 +138,14 @@ std::basic_string_view<Char> view_of(const Char* text) noexcept {
   return text ? std::basic_string_view<Char>(text) : std::basic_string_view<Char>();
 }
 
-// A negative length is no text at all.
+// A negative length means no text.
 template <class Char>
 std::basic_string_view<Char> view_of(const Char* text, int length) noexcept {
   if (!text || length <= 0) return std::basic_string_view<Char>();
   return {text, static_cast<std::size_t>(length)};
 }
 
-// A literal without text still points at a terminator.
+// A null literal becomes an empty one, which has a terminator.
 template <class Char>
 std::basic_string_view<Char> literal_view_of(const Char* text, int length) noexcept {
   static constexpr Char nothing[1] = {};

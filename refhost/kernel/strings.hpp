@@ -2,8 +2,8 @@
 //
 // Tags 2 and 11 point at narrow characters, tag 24 at 16-bit ones, tag 6 at a record of length and characters. The
 // length of the first three stands in the last word of the record, plus one, so that 0 means that it is not recorded
-// and the terminator decides: records that others made by hand are read too. Owned text lies in a block of its own,
-// ends in a terminator, and is shared by references; an outsider gives it back with HVM_Free like the host itself.
+// and the terminator decides: so the host reads records that others made by hand, too. Owned text lies in a block of
+// its own, ends in a terminator, and is shared by references; a module frees it with HVM_Free, as the host does.
 
 #pragma once
 

@@ -39,12 +39,12 @@ void free_table(Table* table) noexcept {
 
 // ---- Copies
 
-// The tables met so far, in the order of their meeting: each knows its copy as its twin.
+// The tables found so far, in the order in which they were found. The twin of each is its copy.
 struct CopyList {
   Table* first = nullptr;
   Table* last = nullptr;
 
-  // A reference to the copy of `source`, made and put into the list when there is none yet.
+  // A reference to the copy of `source`, made and added to the list when there is none yet.
   HostHash* copy_of(Table* source) noexcept {
     if (!source) return nullptr;
     if (source->twin) return hold(source->twin);

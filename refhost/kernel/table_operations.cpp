@@ -9,7 +9,7 @@ namespace {
 
 using namespace hvm::kernel;
 
-// Whoever asks for a slot writes into it unasked, so there is always one to write into.
+// Callers write into a slot without a check, so there is always one to write into.
 HostValue* or_lost(HostValue* slot) noexcept {
   if (slot) return slot;
   hvm::release(lost_record);
@@ -20,7 +20,7 @@ HostValue* or_nil(HostValue* value) noexcept { return value ? value : global_nil
 
 }  // namespace
 
-// Always a new, empty table: a result does not show entries of what the record held before.
+// Always a new, empty table, so that a result has no entries of an older table.
 void HVM_ForceTable(HostContext ctx, HostValue* value, int capacity) {
   note("HVM_ForceTable", value, capacity);
   if (value) replace(ctx, value, table_record(new_table(capacity)));
@@ -51,7 +51,7 @@ HostValue* HVM_HashGet(HostContext, HostHash* hash, HostValue* key) {
   return or_nil(key ? hvm::find(hash, *key) : nullptr);
 }
 
-// Without an integer key the bounds are 0 and -1: a walk from the one to the other visits nothing.
+// Without an integer key the bounds are 0 and -1, so that a walk between them visits nothing.
 void HVM_HashGetBounds(HostHash* hash, int* low, int* high) {
   note("HVM_HashGetBounds", hash);
   const bool has_bounds = hash && own(hash)->has_integer_key;
@@ -64,7 +64,7 @@ HostValue* HVM_GetGlobalNilObj() {
   return global_nil();
 }
 
-// Takes back the reference that the caller had; the table goes when it was the last one.
+// Drops the caller's reference, and destroys the table with the last one.
 void HVM_GCFreeTable(HostHash* hash) {
   note("HVM_GCFreeTable", hash);
   drop_table(hash ? own(hash) : nullptr, nullptr);

@@ -15,7 +15,7 @@ namespace kernel {
 namespace {
 
 constexpr std::uint32_t empty_place = 0;
-constexpr std::uint32_t left_place = 0xFFFFFFFF;  // its item moved away; a search goes on behind it
+constexpr std::uint32_t left_place = 0xFFFFFFFF;  // its item moved away; a search continues behind it
 constexpr std::int32_t most_items = 1 << 29;
 
 std::int32_t first_capacity(const Table& table) noexcept { return std::clamp(table.capacity_hint, 4, 1024); }
@@ -46,7 +46,7 @@ bool index_has_room(Table& table) noexcept {
   return true;
 }
 
-// A piece is as large as all before it together.
+// A piece is as large as all earlier ones together.
 bool pieces_have_room(Table& table) noexcept {
   if (table.spare_count > 0) return true;
   const std::int32_t count = std::max<std::int32_t>(table.index_count, first_capacity(table));
@@ -112,8 +112,8 @@ std::uint32_t places_for(std::int32_t items) noexcept {
   return places;
 }
 
-// Moves the living items into storage for `capacity` of them. Every item that ever stood there took one place at most,
-// so with twice as many places a search always meets an empty one.
+// Moves the living items into storage for `capacity` of them. Every item, also a dead one, takes at
+// most one place, so with twice as many places a search always finds an empty one.
 bool rebuild_hashed(Table& table, std::int32_t capacity) noexcept {
   const std::uint32_t place_count = places_for(capacity);
   auto* items = static_cast<HostHashItem*>(new_piece(static_cast<std::size_t>(capacity) * sizeof(HostHashItem)));
@@ -157,7 +157,7 @@ HostHashItem* append_hashed(Table& table, const Key& key) noexcept {
   return &item_at(table, n);
 }
 
-// Takes the value of an integer key out of the hashed part; its item is no entry from then on.
+// Takes the value of an integer key out of the hashed part. Its item is no longer an entry.
 HostValue take_out(Table& table, std::uint32_t* place) noexcept {
   HostHashItem& item = item_at(table, static_cast<std::int32_t>(*place - 1));
   *place = left_place;
@@ -169,7 +169,7 @@ HostValue take_out(Table& table, std::uint32_t* place) noexcept {
   return value;
 }
 
-// Brings the keys that now follow the ordered part over from the hashed one. Where memory is missing they stay.
+// Moves the keys that now follow the ordered part over from the hashed one. They stay there when memory is missing.
 void draw_in_followers(Table& table) noexcept {
   while (table.integer_items > 0) {
     std::uint32_t* place = find_place(table, key_of(std::int64_t{table.index_count}));

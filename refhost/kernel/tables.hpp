@@ -1,10 +1,10 @@
 // kernel/tables.hpp: the host's table
 //
 // The ordered part holds the keys 0 to n - 1. Its items lie in pieces that never move, so their slots last as long as
-// the table; `index` points at them. The hashed part holds all other keys in the array `items`, in the order of their
-// coming, with an index of places beside it. An integer key that extends the ordered part moves there with all that
-// follow it, and leaves an item with a nil key behind, which is no entry. A table counts its references and starts with
-// one.
+// the table; `index` points at them. The hashed part holds all other keys in the array `items`, in the order in
+// which they came, with an index of places beside it. An integer key that extends the ordered part moves there with all
+// keys that follow it. It leaves an item with a nil key, which is not an entry. A table counts its references and
+// starts with one.
 
 #pragma once
 
@@ -13,7 +13,7 @@
 
 namespace hvm::kernel {
 
-/// A table as the host keeps it: outsiders see the record at its front.
+/// A table as the host keeps it: others see the record at its front.
 struct Table : HostHash {
   std::uint32_t references;
   std::int32_t capacity_hint;
@@ -38,7 +38,7 @@ struct Table : HostHash {
   // For the walks that do not recurse: the next table of a list, and the copy that a deep copy made.
   Table* link;
   Table* twin;
-  bool is_shown;  // printing stands inside it
+  bool is_shown;  // it is being printed
 };
 
 inline Table* own(HostHash* table) noexcept { return static_cast<Table*>(table); }
@@ -52,17 +52,19 @@ Table* new_table(std::int32_t capacity_hint) noexcept;
 HostValue table_record(HostHash* table) noexcept;
 /// The value under a key, null when absent.
 HostValue* find_value(const Table& table, const Key& key) noexcept;
-/// The slot of a key, made when absent; null when the key is none or memory is missing.
+/// The slot of a key, made when absent; null for what is not a key, or when memory is missing.
 HostValue* make_slot(Table& table, const Key& key) noexcept;
 
-/// Drops a reference; with the last one the table goes, and all that it alone held. Does not recurse. Null is fine.
+/// Drops a reference; with the last one the table is destroyed, with everything that it alone held. Does not recurse.
+/// Null is allowed.
 void drop_table(Table* table, HostContext ctx) noexcept;
-/// A deep copy. Tables that the source holds twice, or inside themselves, are so in the copy. Does not recurse.
+/// A deep copy. A table that the source holds twice, or that holds itself, does so in the copy. Does not recurse.
 HostValue copy_of_table(const HostValue& value) noexcept;
 
 /// The shared nil record.
 HostValue* global_nil() noexcept;
-/// What a slot that could not be made is written into: nobody's, and emptied when it is next handed out.
+/// The lost slot, for callers whose slot could not be made. It belongs to no table, and is emptied when it is next
+/// handed out.
 extern HostValue lost_record;
 
 }  // namespace hvm::kernel

@@ -1,7 +1,7 @@
 // kernel/types.cpp: managers, and the register of types by name
 //
-// A name is registered once; registering it again puts the new manager in the old one's place, and objects of the old
-// one keep it. Managers live as long as the library, since objects point at them.
+// A name is registered once; registering it again puts the new manager in the old one's place, and objects of
+// the old one keep it. Managers live as long as the library, since objects point at them.
 
 #include <cstdlib>
 #include <cstring>

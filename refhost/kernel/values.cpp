@@ -38,7 +38,7 @@ Value Value::object(HostAny* any) noexcept {
   return Value(any ? record_of<HostAny*>(ValueTag::object, any) : nil_record());
 }
 
-// What was held is released last: the other may lie inside it.
+// The old content is released last: the other may lie inside it.
 Value& Value::operator=(Value&& other) noexcept {
   if (this != &other) replace(nullptr, &record_, other.give_up());
   return *this;

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t kept_texts = 8;
 
-// Asked for outside the counted memory: the text is nobody's, and the next conversions write over it.
+// Allocated outside the counted memory: no record owns the text, and later conversions overwrite it.
 struct Buffer {
   char* bytes = nullptr;
   std::size_t capacity = 0;
@@ -31,7 +31,7 @@ std::size_t next_buffer = 0;
 bool is_high_surrogate(char16_t unit) noexcept { return unit >= 0xD800 && unit <= 0xDBFF; }
 bool is_low_surrogate(char16_t unit) noexcept { return unit >= 0xDC00 && unit <= 0xDFFF; }
 
-// Takes the code point at the front of `text` away.
+// Removes the code point at the front of `text` and returns it.
 char32_t take_code_point(std::u16string_view& text) noexcept {
   const char16_t first = text.front();
   text.remove_prefix(1);

@@ -1,9 +1,12 @@
 // contract/includes_test.cpp: the arrows of the source tree, read from its #include lines
 //
-// In the module: families and object -> array, kernels -> host; create -> reader -> array; kernels includes nothing else
-// of the module. The families never include each other; host/ knows no array library, but for plugin.cpp, which stands
-// above all and names the callbacks. The library's linear algebra is included in one header, which fixes its order. The
-// reference host sees the two headers of the contract and nothing else of the module.
+// In the module: families and object -> array, kernels -> host; create -> reader -> array; kernels includes nothing
+// else of the module. The families never include each other; host/ knows no array library, but for plugin.cpp, which
+// stands above all and names the callbacks. The library's linear algebra is included in one header, which fixes its
+// order.
+//
+// In the reference host: cli -> the rooms of script -> kernel; run -> library -> module -> text -> syntax. Of the
+// module it sees the two headers of the contract and nothing else.
 
 #include <filesystem>
 #include <fstream>
@@ -110,14 +113,82 @@ TEST(Includes, LinearAlgebraOfTheLibraryComesThroughOneHeader) {
   EXPECT_GT(seen, 0);
 }
 
+/// What each folder of the reference host may include besides itself.
+const std::map<std::string, std::set<std::string>> host_arrows = {
+    {"kernel", {}},
+    {"interp", {}},
+    {"script/syntax", {}},
+    {"script/text", {"kernel", "script/syntax"}},
+    {"script/module", {"kernel", "script/syntax", "script/text"}},
+    {"script/library", {"kernel", "script/syntax", "script/text", "script/module"}},
+    {"script/run", {"kernel", "script/syntax", "script/text", "script/module", "script/library"}},
+    {"cli", {"kernel", "script/syntax", "script/text", "script/module", "script/library", "script/run"}},
+};
+
+/// The folder of a file of the reference host, such as `script/run` of `script/run/calls.hpp`.
+std::string host_folder(const std::string& path) { return path.substr(0, path.rfind('/')); }
+
+bool is_contract(const std::string& header) {
+  return header == "host/host_value.hpp" || header == "host/host_operations.hpp";
+}
+
 TEST(Includes, ReferenceHostSeesTheContractAlone) {
-  const std::set<std::string> own = {"kernel", "interp", "script", "cli"};
+  int seen = 0;
   for (const auto& include : includes_below("refhost")) {
-    if (!include.quoted || include.to.find('/') == std::string::npos) continue;
-    if (own.count(first_folder(include.to))) continue;
-    EXPECT_TRUE(include.to == "host/host_value.hpp" || include.to == "host/host_operations.hpp")
+    if (!include.quoted) continue;
+    const bool is_own = host_arrows.count(host_folder(include.to)) != 0;
+    EXPECT_TRUE(is_own || is_contract(include.to)) << include.from << " includes " << include.to;
+    seen += is_contract(include.to);
+  }
+  EXPECT_GT(seen, 0);
+}
+
+TEST(Includes, ArrowsOfTheReferenceHostRunOneWay) {
+  int seen = 0;
+  for (const auto& include : includes_below("refhost")) {
+    if (!include.quoted || is_contract(include.to)) continue;
+    ++seen;
+    const std::string from = host_folder(include.from.substr(std::string("refhost/").size()));
+    const std::string to = host_folder(include.to);
+    const auto arrows = host_arrows.find(from);
+    EXPECT_TRUE(from == to || (arrows != host_arrows.end() && arrows->second.count(to) != 0))
         << include.from << " includes " << include.to;
   }
+  EXPECT_GT(seen, 100);
+}
+
+TEST(Includes, EveryFolderOfTheReferenceHostHasItsArrows) {
+  const fs::path root = fs::path(SOURCE_DIR) / "refhost";
+  std::set<std::string> folders, known;
+  for (const auto& entry : fs::recursive_directory_iterator(root))
+    if (entry.path().extension() == ".cpp" || entry.path().extension() == ".hpp")
+      folders.insert(fs::relative(entry.path().parent_path(), root).string());
+  for (const auto& [folder, arrows] : host_arrows) known.insert(folder);
+  EXPECT_EQ(folders, known);
+}
+
+/// Whether `to` can be reached from `from` by arrows.
+bool is_reached(const std::map<std::string, std::set<std::string>>& arrows, const std::string& from,
+                const std::string& to) {
+  std::set<std::string> seen;
+  std::vector<std::string> waiting{from};
+  while (!waiting.empty()) {
+    const std::string folder = waiting.back();
+    waiting.pop_back();
+    for (const std::string& next : arrows.at(folder)) {
+      if (next == to) return true;
+      if (seen.insert(next).second) waiting.push_back(next);
+    }
+  }
+  return false;
+}
+
+TEST(Includes, ArrowsFormNoCircle) {
+  for (const auto* arrows : {&module_arrows, &host_arrows})
+    for (const auto& [folder, targets] : *arrows) {
+      for (const std::string& target : targets) ASSERT_EQ(arrows->count(target), 1u) << target;
+      EXPECT_FALSE(is_reached(*arrows, folder, folder)) << folder;
+    }
 }
 
 }  // namespace

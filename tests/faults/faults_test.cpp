@@ -14,15 +14,21 @@ namespace {
 
 class Faults : public ModuleTest {
  protected:
-  /// Runs `action` on a result record; when it throws, the record is byte for byte what it was.
+  /// What may be in the result record of a call that throws.
+  enum class Left { nothing, nil_or_table };
+
+  /// Runs `action` on a result record; when it throws, the record is byte for byte what it was, unless nil or a
+  /// table may be left there.
   template <class Action>
-  static void keeping_result(Action action) {
+  static void keeping_result(Action action, Left left = Left::nothing) {
     Value result(sentinel);
     const HostValue before = result.record();
     try {
       action(result.address());
     } catch (const std::bad_alloc&) {
-      EXPECT_EQ(std::memcmp(&before, result.address(), sizeof before), 0);
+      const bool untouched = std::memcmp(&before, result.address(), sizeof before) == 0;
+      const ValueTag tag = result.record().tag;
+      EXPECT_TRUE(untouched || (left == Left::nil_or_table && (tag == ValueTag::nil || tag == ValueTag::table)));
       throw;
     }
   }
@@ -39,17 +45,17 @@ class Faults : public ModuleTest {
     EXPECT_GE(fail_each_host_allocation(action), 1) << name;
   }
 
-  void expect_method_survival(Value& self, const char* name, std::vector<Value> args, int minimum, int minimum_host) const {
+  /// Where the host makes no table or slot, the table of `shape` is left unfinished.
+  void expect_method_survival(Value& self, const char* name, std::vector<Value> args, int minimum, int minimum_host,
+                              Left left_by_host = Left::nothing) const {
     const auto callback = hvm::callbacks_of(hvm::object_of(self.record())).method;
     std::vector<HostValue*> pointers;
     for (Value& arg : args) pointers.push_back(arg.address());
-    const auto action = [&] {
-      keeping_result([&](HostValue* result) {
-        callback(ctx(), self.address(), name, pointers.data(), static_cast<int>(pointers.size()), result, 0);
-      });
+    const auto call_into = [&](HostValue* result) {
+      callback(ctx(), self.address(), name, pointers.data(), static_cast<int>(pointers.size()), result, 0);
     };
-    EXPECT_GE(fail_each_allocation(action), minimum) << name;
-    EXPECT_GE(fail_each_host_allocation(action), minimum_host) << name;
+    EXPECT_GE(fail_each_allocation([&] { keeping_result(call_into); }), minimum) << name;
+    EXPECT_GE(fail_each_host_allocation([&] { keeping_result(call_into, left_by_host); }), minimum_host) << name;
   }
 
   /// An operator with a result of its own.
@@ -183,7 +189,7 @@ TEST_F(Faults, Methods_OfEveryRank_SurviveEachFailure) {
     Value array = call("xzeros", extents(rank)).result;
     expect_method_survival(array, "dump", {}, 1, 1);
     expect_method_survival(array, "dump", {Value(2)}, 1, 1);
-    expect_method_survival(array, "shape", {}, rank <= 4 ? 0 : 1, 1);
+    expect_method_survival(array, "shape", {}, rank <= 4 ? 0 : 1, 1, Left::nil_or_table);
     expect_method_survival(array, "reshape", extents(rank), rank <= 4 ? 0 : 2, 0);
     EXPECT_EQ(shape(array), std::vector<std::int64_t>(static_cast<std::size_t>(rank), 2));
   }

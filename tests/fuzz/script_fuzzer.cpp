@@ -5,8 +5,8 @@
 #include <cstdlib>
 
 #include "fuzz/fuzz_session.hpp"
-#include "script/diagnostics.hpp"
-#include "script/parser.hpp"
+#include "script/syntax/diagnostics.hpp"
+#include "script/syntax/parser.hpp"
 
 namespace {
 

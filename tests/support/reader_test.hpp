@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "reader/expression_reader.hpp"
+#include "reader/evaluation.hpp"
 #include "support/scripted_test.hpp"
 
 namespace arrayfold::test {

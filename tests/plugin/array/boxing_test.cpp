@@ -66,10 +66,10 @@ TEST_F(Boxing, Required_UnderTheFloatName_TheHostHasNoObject) {
   EXPECT_NE(array, nullptr);
 }
 
-TEST_F(Boxing, GiveArray_WithoutAnObject_TellsTheHostOfNull) {
+TEST_F(Boxing, HandOver_WithoutAnObject_PassesNullToTheHost) {
   Value result(5);
   hvm::record_calls(true);
-  give_array<XTFloat>(ctx(), result.address(), new_array<XTDouble>());
+  hand_over(XTFloat{}, ctx(), result.address(), new_array<XTDouble>());
   hvm::record_calls(false);
   const auto operations = described(hvm::recorded_calls(), nullptr, 0, result.address());
   EXPECT_EQ(operations, (std::vector<std::string>{"NewAny", "SetTypeAny result"}));

@@ -10,13 +10,13 @@ namespace {
 /// The dtype of the array that a frame visited.
 struct DtypeOf {
   std::string* dtype;
-  template <class Array>
-  void operator()(const Array&) const {
-    *dtype = Array::tag::dtype;
+  template <class Kind>
+  void operator()(Kind, const xarray_of<typename Kind::element>&) const {
+    *dtype = Kind::dtype;
   }
-  template <class Array>
-  void operator()(const Array&, const Array&) const {
-    *dtype = std::string(Array::tag::dtype) + " pair";
+  template <class Kind>
+  void operator()(Kind, const xarray_of<typename Kind::element>&, const xarray_of<typename Kind::element>&) const {
+    *dtype = std::string(Kind::dtype) + " pair";
   }
 };
 
@@ -54,10 +54,12 @@ TEST_F(KindFrames, VisitKind_FindsTheNumericKindsAndNoOther) {
   for (const auto& [dtype, any] : objects()) {
     const bool numeric = dtype != "bool" && dtype != "foreign";
     std::string visited;
-    EXPECT_EQ(visit_kind(real_first{}, any, DtypeOf{&visited}), numeric) << dtype;
+    EXPECT_EQ(visit_kind(double_first{}, any, DtypeOf{&visited}), numeric) << dtype;
     EXPECT_EQ(visited, numeric ? dtype : "");
     visited.clear();
-    EXPECT_EQ(visit_numeric(any, DtypeOf{&visited}), numeric) << dtype;
+    const auto numbers = unbox_numeric(any);
+    EXPECT_EQ(numbers.has_value(), numeric) << dtype;
+    if (numbers) visit_ref(*numbers, DtypeOf{&visited});
     EXPECT_EQ(visited, numeric ? dtype : "");
   }
 }
@@ -74,13 +76,13 @@ TEST_F(KindFrames, VisitSameKind_FindsPairsOfOneNumericKind) {
     for (const auto& [right, right_any] : objects()) {
       const bool pair = left == right && left != "bool" && left != "foreign";
       std::string visited;
-      EXPECT_EQ(visit_same_kind(real_first{}, left_any, right_any, DtypeOf{&visited}), pair) << left << right;
+      EXPECT_EQ(visit_same_kind(double_first{}, left_any, right_any, DtypeOf{&visited}), pair) << left << right;
       EXPECT_EQ(visited, pair ? left + " pair" : "");
     }
 }
 
 TEST_F(KindFrames, Kinds_StandInTheirOrders) {
-  EXPECT_TRUE((std::is_same_v<real_first, kinds<XTDouble, XTFloat, XTInt, XTInt64>>));
+  EXPECT_TRUE((std::is_same_v<double_first, kinds<XTDouble, XTFloat, XTInt, XTInt64>>));
   EXPECT_TRUE((std::is_same_v<int_first, kinds<XTInt, XTInt64, XTFloat, XTDouble>>));
   EXPECT_TRUE((std::is_same_v<registered_kinds, kinds<XTBool, XTInt, XTInt64, XTDouble>>));
 }

@@ -2,7 +2,7 @@
 //
 // Array literals and selections have files of their own.
 
-#include "reader/expression_reader.hpp"
+#include "reader/array_spec.hpp"
 
 #include <stdexcept>
 

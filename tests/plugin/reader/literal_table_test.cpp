@@ -1,5 +1,6 @@
 // reader/literal_table_test.cpp: the tables that array literals among arguments write down
 
+#include "reader/literal_table.hpp"
 #include "support/reader_test.hpp"
 
 namespace arrayfold::test {

@@ -11,14 +11,14 @@ using Words = std::vector<std::string>;
 using Extents = std::vector<int>;
 
 template <class Kind>
-using DataOf = ArrayData<typename Reading<Kind>::element>;
+using DataOf = ArrayData<StoredElement<Kind>>;
 
 class TableData : public ScriptedTest {
  protected:
   template <class Kind = XTInt>
   DataOf<Kind> gathered(const Value& table, int expected = 1) {
     DataOf<Kind> data;
-    EXPECT_EQ(read_table_data<Kind>(data, ctx(), hvm::table_of(table.record()), Reading<Kind>::message, 0), expected);
+    EXPECT_EQ(read_table_data<Kind>(data, ctx(), hvm::table_of(table.record()), Kind::message, 0), expected);
     return data;
   }
 };
@@ -160,7 +160,7 @@ TEST_F(TableData, NumbersOfAnyTag_BecomeTheKind) {
 }
 
 TEST_F(TableData, TheMessagesOfTheKinds_AreTheseBytes) {
-  EXPECT_STREQ(Reading<XTBool>::message,
+  EXPECT_STREQ(XTBool::message,
                "\xE5\x88\x9D\xE5\xA7\x8B\xE5\x8C\x96\xE6\x95\xB0\xE7\xBB\x84\xE7\xB1\xBB\xE5\x9E\x8B\xE4\xB8\x8D\xE5"
                "\xAF\xB9\xEF\xBC\x8C\xE5\xBF\x85\xE9\xA1\xBB\xE6\x98\xAF"
                "bool"
@@ -169,10 +169,10 @@ TEST_F(TableData, TheMessagesOfTheKinds_AreTheseBytes) {
       "\xE5\x88\x9D\xE5\xA7\x8B\xE5\x8C\x96\xE6\x95\xB0\xE6\x8D\xAE\xE6\x95\xB0\xE7\xBB\x84\xE4\xB8\x8D\xE5\xAF\xB9"
       "\xEF\xBC\x8C\xE5\xBF\x85\xE9\xA1\xBB\xE6\x98\xAF";
   const std::string after = "\xE7\xB1\xBB\xE5\x9E\x8B";
-  EXPECT_EQ(Reading<XTInt>::message, before + "int" + after);
-  EXPECT_EQ(Reading<XTInt64>::message, before + "int64" + after);
-  EXPECT_EQ(Reading<XTFloat>::message, before + "float" + after);
-  EXPECT_EQ(Reading<XTDouble>::message, before + "double" + after);
+  EXPECT_EQ(XTInt::message, before + "int" + after);
+  EXPECT_EQ(XTInt64::message, before + "int64" + after);
+  EXPECT_EQ(XTFloat::message, before + "float" + after);
+  EXPECT_EQ(XTDouble::message, before + "double" + after);
 }
 
 TEST_F(TableData, OfTablesNestedDeeply_NeedsNoStack) {

@@ -1,7 +1,7 @@
 // reduce/extremes_test.cpp: xamin and xamax, NaN by NaN and zero by zero
 //
-// Blocks are folded in order: of two that compare equal, and of two of which one is NaN, the first stays. Which zero
-// comes out, and what a NaN hides, follows from that for every length.
+// NaN is skipped wherever it stands. Blocks are folded in order: of two elements that compare equal the first stays.
+// Which zero comes out follows from that for every length.
 
 #include <functional>
 #include <random>
@@ -103,7 +103,7 @@ TEST_P(RealExtremes, OfOneNaNAtEachPlace_FollowTheRule) {
       TestArray x = random_array(kind(), {length}, static_cast<unsigned>(place));
       x.set(place, NAN);
       expect_order(x, "one NaN");
-      // The extreme itself beside it, where it may be hidden.
+      // The extremes beside it.
       x.set((place + length / 2) % length, -1e30f);
       x.set((place + 1) % length, 1e30f);
       expect_order(x, "one NaN beside the extremes");
@@ -114,14 +114,20 @@ TEST_P(RealExtremes, OfOneNaNAtEachPlace_FollowTheRule) {
 
 using Extreme = ReductionTest;
 
-TEST_F(Extreme, Required_NaN_HidesTheElementThatItMeetsFirst) {
-  // b0 meets b2, b1 meets b3, and the two results each other; the second of a pair is dropped.
-  EXPECT_EQ((number_of<double, XTDouble>("xamin", {NAN, 5, 1, 7})), std::numeric_limits<double>::max());
-  EXPECT_EQ((number_of<double, XTDouble>("xamin", {1, 5, NAN, 7})), 1.0);
-  EXPECT_EQ((number_of<double, XTDouble>("xamin", {9, NAN, 8, 1})), 8.0);
-  EXPECT_EQ((number_of<double, XTDouble>("xamax", {NAN, 5, 1, 7})), std::numeric_limits<double>::min());
+TEST_F(Extreme, NaN_IsSkippedWhereverItStands) {
+  EXPECT_EQ((number_of<double, XTDouble>("xamin", {5, NAN, 7, 1})), 1.0);
+  EXPECT_EQ((number_of<double, XTDouble>("xamin", {NAN, 5, 1, 7})), 1.0);
+  EXPECT_EQ((number_of<double, XTDouble>("xamin", {9, NAN, 8, 1})), 1.0);
+  EXPECT_EQ((number_of<double, XTDouble>("xamin", {NAN, NAN, 3, NAN, 4})), 3.0);
   EXPECT_EQ((number_of<double, XTDouble>("xamin", {9, 9, 9, 9, NAN, 1})), 1.0);
+  EXPECT_EQ((number_of<double, XTDouble>("xamax", {NAN, 5, 1, 7})), 7.0);
+  EXPECT_EQ((number_of<double, XTDouble>("xamax", {5, 9, NAN, 7})), 9.0);
+}
+
+TEST_F(Extreme, OfNaNAlone_IsThatOfNoElement) {
   EXPECT_EQ((number_of<double, XTDouble>("xamin", {NAN})), std::numeric_limits<double>::max());
+  EXPECT_EQ((number_of<double, XTDouble>("xamin", {NAN, NAN, NAN, NAN})), std::numeric_limits<double>::max());
+  EXPECT_EQ((number_of<double, XTDouble>("xamax", {NAN, NAN, NAN, NAN, NAN})), std::numeric_limits<double>::min());
 }
 
 TEST_F(Extreme, Required_OfTwoZeros_TheFirstFoundStays) {

@@ -66,8 +66,9 @@ Widened<T> expected_sum(const Extents& extents, const std::vector<T>& x) {
 
 template <class T>
 T expected_min(const Extents& extents, const std::vector<T>& x) {
+  // NaN is skipped wherever it stands.
   const auto smaller = [](T a, T b) {
-    if (b < a) return b;
+    if (a != a || b < a) return b;
     return a;
   };
   return scanned(
@@ -78,7 +79,7 @@ template <class T>
 T expected_max(const Extents& extents, const std::vector<T>& x) {
   if constexpr (std::is_same_v<T, std::int64_t>) return expected_min(extents, x);
   const auto larger = [](T a, T b) {
-    if (a < b) return b;
+    if (a != a || a < b) return b;
     return a;
   };
   return scanned(

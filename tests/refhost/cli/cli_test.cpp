@@ -1,15 +1,7 @@
 // refhost/cli/cli_test.cpp: the command line of hvm, its output and its exit status
 
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "program.hpp"
 
@@ -17,72 +9,6 @@ namespace hvm::testing {
 namespace {
 
 using ::testing::HasSubstr;
-
-std::string contents(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-/// In the child: the standard streams are files, the environment has its additions, and hvm takes over.
-[[noreturn]] void become_hvm(const std::vector<std::string>& arguments, const Workplace& place,
-                             const Environment& environment) {
-  const auto redirect = [&](const char* name, int flags, int stream) {
-    dup2(open((place.path() + name).c_str(), flags, 0600), stream);
-  };
-  redirect("/in", O_RDONLY, STDIN_FILENO);
-  redirect("/out", O_WRONLY | O_CREAT, STDOUT_FILENO);
-  redirect("/err", O_WRONLY | O_CREAT, STDERR_FILENO);
-  for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
-  std::vector<char*> words{const_cast<char*>(HVM_PROGRAM)};
-  for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
-  words.push_back(nullptr);
-  execv(HVM_PROGRAM, words.data());
-  _exit(127);
-}
-
-}  // namespace
-
-Workplace::Workplace() {
-  std::string name = ::testing::TempDir() + "hvm-test-XXXXXX";
-  if (!mkdtemp(name.data())) std::abort();
-  path_ = name;
-}
-
-Workplace::~Workplace() {
-  std::error_code error;
-  std::filesystem::remove_all(path_, error);
-}
-
-std::string Workplace::write(const std::string& name, const std::string& text) const {
-  const std::filesystem::path file = std::filesystem::path(path_) / name;
-  std::filesystem::create_directories(file.parent_path());
-  std::ofstream(file, std::ios::binary) << text;
-  return file;
-}
-
-Outcome run_hvm(const std::vector<std::string>& arguments, const std::string& input, const Environment& environment) {
-  const Workplace place;
-  place.write("in", input);
-  const pid_t child = fork();
-  if (child == 0) become_hvm(arguments, place, environment);
-  int status = 0;
-  waitpid(child, &status, 0);
-  Outcome outcome;
-  outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  outcome.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
-  outcome.out = contents(place.path() + "/out");
-  outcome.err = contents(place.path() + "/err");
-  return outcome;
-}
-
-Outcome run_toy(std::vector<std::string> arguments, const std::string& input) {
-  arguments.insert(arguments.begin(), {"--module", module_path("toy_module")});
-  return run_hvm(arguments, input);
-}
-
-std::string module_path(const std::string& name) { return std::string(MODULE_DIRECTORY) + "/" + name + ".so"; }
-
-namespace {
 
 TEST(CommandLine, RunsAScriptWithItsArguments) {
   const Workplace place;
@@ -115,7 +41,7 @@ TEST(CommandLine, SyntaxError_RunsNothing) {
   const Outcome outcome = run_toy({"-e", "print(1)\nif a = b\nend"});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.out, "");
-  EXPECT_THAT(outcome.err, HasSubstr("<command line>:2:6: error: an assignment is no expression; did you mean =="));
+  EXPECT_THAT(outcome.err, HasSubstr("<command line>:2:6: error: an assignment is not an expression; did you mean =="));
 }
 
 TEST(CommandLine, WrongUsage_GivesStatusTwo) {
@@ -152,7 +78,7 @@ TEST(CommandLine, VersionNamesTheModuleAndTheLibrariesItBrought) {
   EXPECT_THAT(run_toy({"--version"}).out, ::testing::Not(HasSubstr("libHVMInterp.so")));
 }
 
-TEST(CommandLine, Unchecked_LeavesTheGuardsOut) {
+TEST(CommandLine, Unchecked_LeavesTheChecksOut) {
   EXPECT_EQ(run_toy({"-e", "print(xarange(1, 2, 3, 4))"}).status, 1);
   EXPECT_EQ(run_toy({"--unchecked", "-e", "print(xarange(1, 2, 3, 4))"}).out, "4\n");
 }
@@ -161,7 +87,7 @@ TEST(CommandLine, Warnings_GoToTheErrorStreamOnce) {
   const Outcome outcome = run_toy({"-e", "for i in range(3) do print(xarray(@double, @[1.0, 2])) end"});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.out, "2\n2\n2\n");
-  EXPECT_EQ(outcome.err.find("<command line>:1:51: warning: in a data literal of reals the integer 2"), 0u)
+  EXPECT_EQ(outcome.err.find("<command line>:1:51: warning: a data literal of reals drops the integer 2"), 0u)
       << outcome.err;
   EXPECT_EQ(outcome.err.find("warning", 30), std::string::npos) << outcome.err;
 }
@@ -173,6 +99,48 @@ TEST(CommandLine, Leaks_AreCountedAtTheEnd) {
   const Outcome leaky = run_toy({"--leaks", "-e", "toy_leak()"});
   EXPECT_EQ(leaky.status, 1);
   EXPECT_THAT(leaky.err, HasSubstr("left behind: 0 objects, 0 tables, 0 strings, 1 blocks"));
+}
+
+TEST(CommandLine, OutputThatCannotBeWritten_GivesStatusOneAndTheReason) {
+  const std::string full = "hvm: the output cannot be written: No space left on device\n";
+  const std::string module = module_path("toy_module");
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{"-e", "print(1)"},
+                                             {"-e", "for i in range(100000) do print(i) end"},
+                                             {"--list"},
+                                             {"--version"},
+                                             {"--help"}}) {
+    std::vector<std::string> all{"--module", module};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    Conditions conditions;
+    conditions.out = Stream::full;
+    const Outcome outcome = run_hvm(all, conditions);
+    EXPECT_EQ(outcome.status, 1) << arguments.front();
+    EXPECT_EQ(outcome.err, full) << arguments.front();
+  }
+}
+
+TEST(CommandLine, AReaderThatIsGone_EndsTheScript) {
+  Conditions conditions;
+  conditions.out = Stream::without_reader;
+  const Outcome outcome = run_toy({"-e", "while 1 do print(\"y\") end"}, conditions);
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "hvm: the output cannot be written: Broken pipe\n");
+}
+
+TEST(CommandLine, ErrorsThatCannotBeWritten_KeepTheirStatus) {
+  for (const Stream stream : {Stream::full, Stream::without_reader, Stream::closed}) {
+    Conditions conditions;
+    conditions.err = stream;
+    EXPECT_EQ(run_toy({"-e", "print(1)\nx = 1 / 0"}, conditions).status, 1);
+    EXPECT_EQ(run_toy({"-e", "x = ("}, conditions).status, 1);
+    EXPECT_EQ(run_toy({"--leaks", "-e", "print(1)"}, conditions).status, 0);
+    EXPECT_EQ(run_toy({"-e", "print(xarray(@double, @[1.0, 2]))"}, conditions).out, "2\n");
+    EXPECT_EQ(run_toy({"--nonsense"}, conditions).status, 2);
+    EXPECT_EQ(run_hvm({"--module", "/no/such/module.so", "--list"}, conditions).status, 3);
+    conditions.out = Stream::full;
+    EXPECT_EQ(run_toy({"-e", "print(1)"}, conditions).status, 1);
+  }
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// refhost/cli/division_test.cpp: integer divisions of the real module that the processor refuses
+// refhost/cli/division_test.cpp: integer divisions of the arrayfold module that are faults of the processor
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// refhost/cli/expectations_test.cpp: hvm --test, where it passes and where it must not
+// refhost/cli/expectations_test.cpp: the comments of a script that say what a line must print, or how it must fail
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -71,54 +71,26 @@ TEST(Expectations, ThatAreNotMet_FailWithExpectedAndGot) {
       "text'");
 }
 
+TEST(Expectations, OfABlockThatStaysOpen_AreMetByTheErrorAtTheEnd) {
+  for (const char* script :
+       {"if 1 then # expect error: 'end' for the 'if' of line 1", "if 1 then\n# expect error: 'end' for the 'if'\n",
+        "if 1 then\nprint(1) # expect error: 'end' for the 'if'\n",
+        "print(1) # expect: 1\nif 1 then # expect error: 'end' for the 'if'",
+        "print(1) # expect: 1\nx = f( # expect error: expected"})
+    expect_passed(script);
+  expect_failed(
+      "if 1 then # expect error: other",
+      "a.hvm:1: expected error: other; got error: 'end' for the 'if' of line 1 expected, but here is the end of "
+      "the script");
+  expect_failed("if 1 then\nx = ) # expect error: an expression",
+                "a.hvm:2: error: 'end' for the 'if' of line 1 expected, but here is the end of the script");
+  expect_failed("print(1) # expect: 1\nif 1 then\nx = 1 # expect error: 'end' for the 'if'",
+                "a.hvm:1: expected 1; nothing was printed");
+}
+
 TEST(Expectations, OfAnErrorInABlock_AreSoughtOnItsOwnLineFirst) {
   const Outcome outcome = tested("if 1\n  x = 1 # expect error: never\n  toy_fail() # expect error: failed\nend");
   EXPECT_EQ(outcome.out, "a.hvm:2: expected error: never; there was none\n0 passed, 1 failed\n");
-}
-
-TEST(Expectations, OfADirectory_AreCountedByScript) {
-  const Workplace place;
-  place.write("a.hvm", "print(1) # expect: 1");
-  place.write("b/c.hvm", "print(1) # expect: 2");
-  place.write("b/d.hvm", "print(1) # expect: 1");
-  place.write("b/e.txt", "no script");
-  const Outcome outcome = run_toy({"--test", place.path()});
-  EXPECT_EQ(outcome.out, place.path() + "/b/c.hvm:1: expected 2; got 1\n2 passed, 1 failed\n");
-  EXPECT_EQ(outcome.status, 1);
-}
-
-TEST(Expectations, OfAnEmptyDirectory_DoNotPass) {
-  const Workplace place;
-  EXPECT_EQ(run_toy({"--test", place.path()}).status, 1);
-}
-
-TEST(Expectations, ScriptsDoNotSeeEachOther) {
-  const Workplace place;
-  place.write("a.hvm", "x = 1");
-  place.write("b.hvm", "print(x) # expect error: there is no variable 'x'");
-  EXPECT_EQ(run_toy({"--test", place.path()}).out, "2 passed, 0 failed\n");
-}
-
-TEST(Expectations, AScriptThatEndsTheProcess_FailsAlone) {
-  const Workplace place;
-  const std::string fatal = place.write("a.hvm", "print(1) # expect: 1\ntoy_end(\"segv\")");
-  place.write("b.hvm", "print(1) # expect: 1");
-  const Outcome outcome = run_toy({"--test", place.path()});
-  EXPECT_EQ(outcome.out, fatal + ": ended by signal 11\n1 passed, 1 failed\n");
-  EXPECT_THAT(outcome.err, HasSubstr(fatal + ":2: the module ended the process: SIGSEGV"));
-  EXPECT_EQ(outcome.status, 1);
-}
-
-TEST(Expectations, WhatAScriptLeavesInTheModule_IsNotThereForTheNext) {
-  const Workplace place;
-  place.write("a.hvm", "toy_leak()");
-  place.write("b.hvm", "print(1) # expect: 1");
-  const Outcome outcome = run_toy({"--leaks", "--test", place.path()});
-  EXPECT_EQ(outcome.out, "1 passed, 1 failed\n");
-  EXPECT_THAT(outcome.err, HasSubstr("1 blocks"));
-  EXPECT_THAT(outcome.err, HasSubstr("0 blocks"));
-  EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(run_toy({"--test", place.path()}).out, "2 passed, 0 failed\n");
 }
 
 }  // namespace

@@ -16,13 +16,30 @@ struct Outcome {
   std::string err;
 };
 
-using Environment = std::vector<std::pair<std::string, std::string>>;
+/// Where a stream of a run leads.
+enum class Stream {
+  file,            // its text is in the outcome
+  full,            // a device that is full
+  without_reader,  // a pipe that nobody reads any more
+  closed
+};
 
-/// Runs hvm with these arguments and this standard input.
-Outcome run_hvm(const std::vector<std::string>& arguments, const std::string& input = "",
-                const Environment& environment = {});
+/// Under what conditions hvm runs.
+struct Conditions {
+  Conditions() = default;
+  Conditions(const char* given) : input(given) {}
+
+  std::string input;
+  std::vector<std::pair<std::string, std::string>> environment;  // what is added to it
+  Stream out = Stream::file;
+  Stream err = Stream::file;
+  bool obeys_permissions = false;  // also when root runs the test
+};
+
+/// Runs hvm with these arguments.
+Outcome run_hvm(const std::vector<std::string>& arguments, const Conditions& conditions = {});
 /// The same over the toy module.
-Outcome run_toy(std::vector<std::string> arguments, const std::string& input = "");
+Outcome run_toy(std::vector<std::string> arguments, const Conditions& conditions = {});
 
 /// The path of a stand-in module.
 std::string module_path(const std::string& name);

@@ -1,4 +1,4 @@
-// refhost/cli/repl_test.cpp: a dialogue at a pseudo-terminal
+// refhost/cli/repl_test.cpp: the prompt at a pseudo-terminal
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,7 +9,9 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
+#include <system_error>
 
 #include "program.hpp"
 
@@ -21,11 +23,14 @@ using ::testing::HasSubstr;
 /// hvm at a terminal of its own.
 class Terminal {
  public:
-  Terminal() {
+  /// `locale` is the user's, null for that of the test. Throws when there is no terminal, which ends the test.
+  explicit Terminal(const char* locale = nullptr) {
     const std::string module = module_path("toy_module");
     child_ = forkpty(&terminal_, nullptr, nullptr, nullptr);
+    if (child_ < 0) throw std::system_error(errno, std::generic_category(), "there is no pseudo-terminal");
     if (child_ == 0) {
       setenv("TERM", "dumb", 1);
+      if (locale) setenv("LC_ALL", locale, 1);
       execl(HVM_PROGRAM, HVM_PROGRAM, "--module", module.c_str(), nullptr);
       _exit(127);
     }
@@ -146,6 +151,15 @@ TEST(Repl, HistoryBringsALineBack) {
   EXPECT_THAT(terminal.answer("40 + 2"), HasSubstr("\r\n42\r\n"));
   terminal.type("\x10");  // the line before, as the arrow up does
   EXPECT_THAT(terminal.answer("0"), HasSubstr("\r\n60\r\n"));
+}
+
+TEST(Repl, CharactersBeyondAscii_ArriveInAnyLocale) {
+  for (const char* locale : {"C", "C.UTF-8", "no_SUCH.locale"}) {
+    Terminal terminal(locale);
+    terminal.wait_for("> ");
+    EXPECT_THAT(terminal.answer("\"<\xCF\x80>\""), HasSubstr("\r\n\"<\xCF\x80>\"\r\n")) << locale;
+    EXPECT_THAT(terminal.answer("len(w\"\xCF\x80\xE4\xB8\xAD\")"), HasSubstr("\r\n2\r\n")) << locale;
+  }
 }
 
 }  // namespace

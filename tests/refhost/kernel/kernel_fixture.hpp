@@ -1,4 +1,4 @@
-// tests/refhost/kernel/kernel_fixture.hpp: what every test of the kernel has around it
+// refhost/kernel/kernel_fixture.hpp: what every test of the kernel has around it
 //
 // A context, a toy type whose contents are counted, and the comparison of counts: a test that leaves anything behind
 // fails.

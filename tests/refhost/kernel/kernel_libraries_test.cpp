@@ -1,4 +1,4 @@
-// tests/refhost/kernel/kernel_libraries_test.cpp: what the two libraries export, and the values of lgamma and erf
+// refhost/kernel/kernel_libraries_test.cpp: what the two libraries export, and the values of lgamma and erf
 
 #include <dlfcn.h>
 #include <gnu/lib-names.h>

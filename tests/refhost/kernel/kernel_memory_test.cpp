@@ -1,4 +1,4 @@
-// tests/refhost/kernel/kernel_memory_test.cpp: the host's memory, its counters, and what happens when it is missing
+// refhost/kernel/kernel_memory_test.cpp: the host's memory, its counters, and what happens when it is missing
 
 #include <cstring>
 #include <limits>
@@ -93,7 +93,7 @@ TEST_F(KernelMemory, Counts_CompareByEveryFigure) {
   }
 }
 
-TEST_F(KernelMemory, MakersWithoutMemory_AnswerNull) {
+TEST_F(KernelMemory, MakersWithoutMemory_ReturnNull) {
   fail_allocation(1);
   EXPECT_EQ(HVM_Malloc(8), nullptr);
   fail_allocation(1);

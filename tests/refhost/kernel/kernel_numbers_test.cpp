@@ -1,4 +1,4 @@
-// tests/refhost/kernel/kernel_numbers_test.cpp: numbers are read and written as the host promises
+// refhost/kernel/kernel_numbers_test.cpp: numbers are read and written as the host promises
 
 #include <cmath>
 #include <limits>

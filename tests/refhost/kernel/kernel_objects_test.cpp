@@ -1,4 +1,4 @@
-// tests/refhost/kernel/kernel_objects_test.cpp: objects count their references, and types are known by name
+// refhost/kernel/kernel_objects_test.cpp: objects count their references, and types are known by name
 
 #include "kernel_fixture.hpp"
 

@@ -1,4 +1,4 @@
-// tests/refhost/kernel/kernel_printing_test.cpp: the text of every kind of value
+// refhost/kernel/kernel_printing_test.cpp: the text of every kind of value
 
 #include <limits>
 #include <stdexcept>

@@ -1,4 +1,4 @@
-// tests/refhost/kernel/kernel_recorder_test.cpp: every operation leaves its name, subject and number, and only while
+// refhost/kernel/kernel_recorder_test.cpp: every operation leaves its name, subject and number, and only while
 // asked to
 
 #include "kernel_fixture.hpp"

@@ -1,4 +1,4 @@
-// tests/refhost/kernel/kernel_records_test.cpp: records on the heap, their owners, and the copying rules
+// refhost/kernel/kernel_records_test.cpp: records on the heap, their owners, and the copying rules
 
 #include <cstring>
 #include <memory>

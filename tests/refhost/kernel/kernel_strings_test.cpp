@@ -1,4 +1,4 @@
-// tests/refhost/kernel/kernel_strings_test.cpp: text in its four forms, who owns it and how long it is
+// refhost/kernel/kernel_strings_test.cpp: text in its four forms, who owns it and how long it is
 
 #include <cstring>
 #include <set>

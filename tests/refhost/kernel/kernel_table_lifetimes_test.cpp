@@ -1,4 +1,4 @@
-// tests/refhost/kernel/kernel_table_lifetimes_test.cpp: tables are shared, copied and ended, also very deep ones
+// refhost/kernel/kernel_table_lifetimes_test.cpp: tables are shared, copied and ended, also very deep ones
 
 #include "kernel_fixture.hpp"
 
@@ -165,6 +165,25 @@ TEST_F(KernelTableLifetimes, SlotOfALiteralTable_OwnsWhatIsMovedIn) {
   temporary.record().lifetime = Lifetime::none;
   temporary = Value();
   EXPECT_EQ(text_of(*find(table_of(root.record()), 0)), "text");
+}
+
+TEST_F(KernelTableLifetimes, SlotOfALiteralTable_OwnsEveryTableThatIsWrittenIntoIt) {
+  const Counts before = counts();
+  {
+    Value root;
+    HVM_ForceTable(ctx(), root.address(), 4);
+    HVM_SetInt(ctx(), HVM_HashSet(ctx(), table_of(root.record()), Value("key").address()), 5);
+    for (HostValue* slot : {HVM_HashSetInt(ctx(), table_of(root.record()), 0),
+                            HVM_HashSet(ctx(), table_of(root.record()), Value("key").address())})
+      for (int i = 0; i < 3; ++i) {
+        HVM_FreeObjectContent(ctx(), slot);
+        EXPECT_EQ(slot->lifetime, Lifetime::temporary);
+        slot->tag = ValueTag::table;
+        arrayfold::store<HostHash*>(slot->payload, HVM_NewHash(ctx(), 4));
+      }
+    EXPECT_EQ(counts().tables, before.tables + 3);
+  }
+  EXPECT_TRUE(counts() == before);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// tests/refhost/kernel/kernel_tables_test.cpp: keys, slots, the two parts of a table, and what an outsider reads of
+// refhost/kernel/kernel_tables_test.cpp: keys, slots, the two parts of a table, and what an outsider reads of
 // them
 
 #include <cmath>
@@ -235,7 +235,7 @@ TEST_F(KernelTables, SlotOfNoTable_TakesAnythingAndKeepsNothing) {
   EXPECT_EQ(Toy::live, 0);
 }
 
-TEST_F(KernelTables, Bounds_AreTheLeastAndTheLargestIntegerKey) {
+TEST_F(KernelTables, Bounds_AreTheMinimumAndTheMaximumOfTheIntegerKeys) {
   int low = 77, high = 77;
   HVM_HashGetBounds(table(), &low, &high);
   EXPECT_EQ(low, 0);

@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "script/interpreter.hpp"
+#include "script/run/interpreter.hpp"
 #include "toy_module.hpp"
 
 namespace hvm::testing {

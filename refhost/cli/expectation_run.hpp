@@ -1,0 +1,19 @@
+// cli/expectation_run.hpp: a script against the comments that say what it must print
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "script/module/module_functions.hpp"
+#include "script/syntax/source_text.hpp"
+
+namespace hvm {
+
+/// Runs a script statement by statement against its expectations. A statement that fails as a comment on one of its
+/// lines expects is left unfinished, and the script continues behind it; any other error ends the script. A script
+/// whose last line expects the error of a block that stays open runs nothing. Returns a sentence for each expectation
+/// that was not met, none for a script that passed.
+std::vector<std::string> unmet_expectations(const SourcePtr& source, const ModuleFunctions& functions, bool has_checks);
+
+}  // namespace hvm

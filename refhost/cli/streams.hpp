@@ -1,0 +1,32 @@
+// cli/streams.hpp: writing to the standard output and the error output
+//
+// Output that is lost is an error; an error message that is lost is not.
+
+#pragma once
+
+#include <initializer_list>
+#include <stdexcept>
+#include <string_view>
+
+namespace hvm {
+
+/// The standard output cannot be written; the message gives the reason.
+class OutputError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// Makes each line go out at once, so that none is lost when a module ends the process. A pipe without a reader becomes
+/// an error of writing instead of a signal that ends the process.
+void prepare_streams() noexcept;
+
+/// Writes text to the standard output. Throws `OutputError`.
+void put(std::string_view text);
+
+/// Writes everything that waits in the standard output. Throws `OutputError`, also for text that was lost earlier.
+void finish_output();
+
+/// Flushes the standard output, then writes these texts to the error output. What cannot be written is lost.
+void put_error(std::initializer_list<std::string_view> texts) noexcept;
+
+}  // namespace hvm

@@ -1,0 +1,47 @@
+// script/library/script_file.cpp: scripts from files and from the standard input
+
+#include "script/library/script_file.hpp"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <new>
+
+namespace hvm {
+namespace {
+
+SourcePtr source_of(const std::string& name, std::istream& input) {
+  return std::make_shared<SourceText>(name, std::string{std::istreambuf_iterator<char>(input), {}});
+}
+
+/// Runs `read`, and names the script when memory runs out.
+template <class Read>
+SourcePtr named(const std::string& name, Read read) {
+  try {
+    return read();
+  } catch (const std::bad_alloc&) {
+    throw std::runtime_error(name + ": out of memory while the script is read");
+  }
+}
+
+}  // namespace
+
+SourcePtr read_script(const std::string& path) {
+  return named(path, [&] {
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error))
+      throw FileError(fmt::format("{} is a directory, not a script", path));
+    std::ifstream file(path, std::ios::binary);
+    if (!file) throw FileError(fmt::format("the script {} cannot be opened", path));
+    return source_of(path, file);
+  });
+}
+
+SourcePtr read_standard_input() {
+  return named("<stdin>", [] { return source_of("<stdin>", std::cin); });
+}
+
+}  // namespace hvm

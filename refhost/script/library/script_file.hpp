@@ -1,0 +1,23 @@
+// script/library/script_file.hpp: scripts from files and from the standard input
+
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+#include "script/syntax/source_text.hpp"
+
+namespace hvm {
+
+/// A script that cannot be read.
+class FileError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// The script in a file. Throws `FileError`, or `std::runtime_error` when memory runs out.
+SourcePtr read_script(const std::string& path);
+/// The script that comes through the standard input. Throws `std::runtime_error` when memory runs out.
+SourcePtr read_standard_input();
+
+}  // namespace hvm

@@ -1,0 +1,21 @@
+// script/library/truth.cpp: whether a condition holds
+
+#include "script/library/truth.hpp"
+
+#include <fmt/format.h>
+
+#include "script/syntax/diagnostics.hpp"
+#include "script/text/value_kinds.hpp"
+
+namespace hvm {
+
+bool truth(const Value& value) {
+  if (value.is_nil()) return false;
+  HostValue record = value.record();
+  if (value.is_number()) return HVM_AsBool(&record) != 0;
+  if (value.is_object())
+    throw Failure(fmt::format("a condition must be a number, and {} is an array or another object", kind_name(value)));
+  throw Failure(fmt::format("a condition must be a number, not {}", kind_in_words(value)));
+}
+
+}  // namespace hvm

@@ -1,0 +1,268 @@
+// script/module/array_module.cpp: all that the host knows of the module with the arrays
+
+#include "script/module/array_module.hpp"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <limits>
+#include <string_view>
+
+#include "script/syntax/diagnostics.hpp"
+#include "script/text/number_text.hpp"
+#include "script/text/value_kinds.hpp"
+
+namespace hvm {
+namespace {
+
+constexpr std::string_view int_array = "$xintarray";
+constexpr std::string_view int64_array = "$xint64array";
+
+// More elements than any memory holds: the product of such extents has wrapped around.
+constexpr std::int64_t most_elements = std::int64_t{1} << 48;
+// An array without elements may still have rows, which the module walks one by one.
+constexpr std::int64_t most_empty_rows = std::int64_t{1} << 20;
+
+std::string type_name(const Value& object) { return type_name_of(object_of(object.record())); }
+
+std::string in_parentheses(const Extents& extents) { return fmt::format("({})", fmt::join(extents, ", ")); }
+
+/// The kind in the name of an array type; no value for the name of another type.
+std::optional<std::string> array_kind(const std::string& name) {
+  constexpr std::string_view front = "$x";
+  constexpr std::string_view back = "array";
+  const bool is_array = name.size() > front.size() + back.size() && name.rfind(front, 0) == 0 &&
+                        name.compare(name.size() - back.size(), back.size(), back) == 0;
+  if (!is_array) return std::nullopt;
+  return name.substr(front.size(), name.size() - front.size() - back.size());
+}
+
+// ---- Extents
+
+/// The product of the extents that are not zero; no value when one is negative or the product is more than `limit`.
+std::optional<std::int64_t> limited_product(const Extents& extents, std::int64_t limit) {
+  std::int64_t product = 1;
+  for (const std::int64_t extent : extents) {
+    if (extent < 0) return std::nullopt;
+    if (extent > 0 && __builtin_mul_overflow(product, extent, &product)) return std::nullopt;
+    if (product > limit) return std::nullopt;
+  }
+  return product;
+}
+
+bool is_empty(const Extents& extents) { return std::find(extents.begin(), extents.end(), 0) != extents.end(); }
+
+std::int64_t element_count(const Extents& extents) {
+  return is_empty(extents) ? 0 : limited_product(extents, most_elements).value_or(0);
+}
+
+bool are_sound(const Extents& extents) {
+  return limited_product(extents, is_empty(extents) ? most_empty_rows : most_elements).has_value();
+}
+
+void require_sound(const Extents& extents) {
+  if (are_sound(extents)) return;
+  throw Failure(fmt::format("an array cannot have the extents {}", in_parentheses(extents)));
+}
+
+/// Whether two shapes have, counted from the last, equal extents wherever neither has 1.
+bool broadcast(const Extents& left, const Extents& right) {
+  const std::size_t common = std::min(left.size(), right.size());
+  return std::equal(left.rbegin(), left.rbegin() + static_cast<std::ptrdiff_t>(common), right.rbegin(),
+                    [](std::int64_t a, std::int64_t b) { return a == b || a == 1 || b == 1; });
+}
+
+// ---- Operators
+
+/// What to do instead, where the kinds of the operands tell; begins with a colon.
+std::string advice(BinaryOperator op, const std::optional<std::string>& left, const std::optional<std::string>& right) {
+  if (left == "bool" || right == "bool") return ": a bool array takes '*=' with a number, and no other operator";
+  if (!left && !right) return "";
+  if (op == BinaryOperator::equal || op == BinaryOperator::not_equal)
+    return ": it compares whole arrays of one kind; '<=' and '>=' compare element by element, with a number as well";
+  const bool has_doubles = left == "double" || right == "double";
+  if (op == BinaryOperator::remainder && has_doubles) return ": doubles have no remainder";
+  return "";
+}
+
+/// The number that an integer array reads from an operand.
+std::int64_t as_read(std::string_view type, Value& number) {
+  return type == int_array ? HVM_AsInt(number.address()) : HVM_AsInt64(number.address());
+}
+
+void check_zero(BinaryOperator op, const Value& array, Value& number) {
+  if (!array.is_object() || !number.is_number()) return;
+  const std::string type = type_name(array);
+  const bool is_integer_array = type == int_array || type == int64_array;
+  if (is_integer_array && as_read(type, number) == 0)
+    throw Failure(fmt::format("'{}' of an integer array with zero", spelling(op)));
+}
+
+// ---- Data literals
+
+const Expression* first_integer(const Expression& data) {
+  if (std::holds_alternative<IntegerLiteral>(data.form) || std::holds_alternative<Integer64Literal>(data.form))
+    return &data;
+  const auto* row = std::get_if<TableLiteral>(&data.form);
+  if (!row) return nullptr;
+  for (const TableEntry& entry : row->entries)
+    if (const Expression* found = first_integer(*entry.value)) return found;
+  return nullptr;
+}
+
+// ---- Arguments
+
+bool are_numbers(const std::vector<Value>& values) {
+  return std::all_of(values.begin(), values.end(), [](const Value& value) { return value.is_number(); });
+}
+
+void check_reshape(const ModuleCaller& caller, Value& self, std::vector<Value>& arguments) {
+  const auto present = shape_of(caller, self);
+  if (!present || !are_numbers(arguments)) return;
+  Extents requested;
+  for (Value& argument : arguments) requested.push_back(HVM_AsInt(argument.address()));
+  const std::string text = in_parentheses(requested);
+  for (const std::int64_t extent : requested)
+    if (extent < 0) throw Failure(fmt::format("reshape: the extents {} are negative", text));
+  const std::int64_t count = element_count(*present);
+  if (is_empty(requested) && !are_sound(requested))
+    throw Failure(fmt::format("reshape: an array cannot have the extents {}", text));
+  if (!is_empty(requested) && !limited_product(requested, std::max<std::int64_t>(count, 1)))
+    throw Failure(fmt::format("reshape: the extents {} need more elements than the {} of the array", text, count));
+}
+
+void check_index(const Extents& extents, std::size_t axis, Value& index) {
+  const std::int64_t at = HVM_AsInt(index.address());
+  if (at >= 0 && at < extents[axis]) return;
+  throw Failure(fmt::format("index {} is outside of axis {}, which has {} elements (shape {})", at, axis, extents[axis],
+                            in_parentheses(extents)));
+}
+
+}  // namespace
+
+std::optional<std::string> kind_of_array(const Value& value) {
+  return value.is_object() ? array_kind(type_name(value)) : std::nullopt;
+}
+
+std::optional<Extents> shape_of(const ModuleCaller& caller, Value& object) {
+  std::vector<Value> none;
+  Value table;
+  try {
+    if (!call_method(caller, object, "shape", none, table) || !table.is_table()) return std::nullopt;
+  } catch (const Failure&) {
+    return std::nullopt;
+  }
+  Extents extents;
+  TableWalk walk(table_of(table.record()));
+  while (const Entry entry = walk.next()) {
+    if (!HVM_NumberCheck(entry.value)) return std::nullopt;
+    extents.push_back(HVM_AsInt64(entry.value));
+  }
+  return extents;
+}
+
+std::optional<std::string> dump_of(const ModuleCaller& caller, Value& object) {
+  std::vector<Value> none;
+  Value text;
+  if (!call_method(caller, object, "dump", none, text) || !text.is_string()) return std::nullopt;
+  return std::string(text_of(text.record()));
+}
+
+std::optional<std::string> element_text(const ModuleCaller& caller, Value& object, const Extents& position) {
+  std::vector<Value> indices;
+  for (const std::int64_t index : position) indices.emplace_back(static_cast<int>(index));
+  // The module reads no element without an index; one index reaches the element of a zero-dimensional array.
+  if (indices.empty()) indices.emplace_back(0);
+  const auto element = read_element(caller, object, indices);
+  if (!element || !element->is_number()) return std::nullopt;
+  HostValue record = element->record();
+  // The elements of a bool array come as the integers 0 and 1, and are shown as its dump shows them.
+  if (kind_of_array(object) == "bool") return HVM_AsBool(&record) ? "true" : "false";
+  if (element->tag() == ValueTag::real) return real_text(HVM_AsDouble(&record), Detail::brief);
+  return fmt::format("{}", HVM_AsInt64(&record));
+}
+
+std::string described(const ModuleCaller& caller, Value& value) {
+  if (!value.is_object()) return kind_in_words(value);
+  const auto shape = shape_of(caller, value);
+  return shape ? fmt::format("{} {}", type_name(value), in_parentheses(*shape)) : type_name(value);
+}
+
+std::string undefined_operator(const ModuleCaller& caller, const std::string& name, BinaryOperator op, Value& left,
+                               Value& right) {
+  const auto left_kind = kind_of_array(left);
+  const auto right_kind = kind_of_array(right);
+  if (left_kind && right_kind && left_kind != right_kind)
+    return fmt::format("{} array {} {} array: the kinds differ, and only arrays of one kind combine", *left_kind, name,
+                       *right_kind);
+  return fmt::format("'{}' is not defined for {} and {}{}", name, described(caller, left), described(caller, right),
+                     advice(op, left_kind, right_kind));
+}
+
+std::string thrown_operator(const ModuleCaller& caller, const std::string& message, Value& left, Value& right) {
+  if (left.is_object() && right.is_object()) {
+    const auto left_shape = shape_of(caller, left);
+    const auto right_shape = shape_of(caller, right);
+    if (left_shape && right_shape && !broadcast(*left_shape, *right_shape))
+      return fmt::format("the shapes {} and {} do not broadcast; {}", in_parentheses(*left_shape),
+                         in_parentheses(*right_shape), message);
+  }
+  return fmt::format("{} (operands: {} and {})", message, described(caller, left), described(caller, right));
+}
+
+const Expression* dropped_element(const std::string& function, const Quotation& dtype, const Quotation& data) {
+  if (function != "xarray" || data.form != Quotation::Form::data || dtype.form == Quotation::Form::data) return nullptr;
+  const std::string& name = std::get<Variable>(dtype.subject->form).name;
+  return name == "double" || name == "float" ? first_integer(*data.subject) : nullptr;
+}
+
+void ArrayChecks::call(const std::string& function, std::vector<Value>& arguments) const {
+  if (!are_on_ || function != "xarange") return;
+  if (arguments.size() > 3) throw Failure("xarange: it takes at most three arguments (start, stop, step)");
+  if (arguments.size() < 3 || !are_numbers(arguments)) return;
+  const auto number = [&](std::size_t i) { return HVM_AsInt(arguments[i].address()); };
+  if (number(2) == 0) throw Failure("xarange: the step is zero as an integer");
+  const auto length =
+      static_cast<std::int32_t>(static_cast<std::uint32_t>(number(1)) - static_cast<std::uint32_t>(number(0)));
+  if (number(2) == -1 && length == std::numeric_limits<std::int32_t>::min())
+    throw Failure("xarange: the range has more than 2147483647 elements");
+}
+
+void ArrayChecks::method(const ModuleCaller& caller, Value& self, const std::string& name,
+                         std::vector<Value>& arguments) const {
+  if (!are_on_ || name == "shape") return;
+  if (name == "reshape") return check_reshape(caller, self, arguments);
+  extents(caller, self);
+}
+
+void ArrayChecks::operation(const ModuleCaller& caller, BinaryOperator op, Value& left, Value& right) const {
+  if (!are_on_) return;
+  if (op == BinaryOperator::divide || op == BinaryOperator::remainder) {
+    check_zero(op, left, right);
+    // The module does not look at which operand is the number: it computes 0 / a as a / 0.
+    check_zero(op, right, left);
+  }
+  if (left.is_object()) extents(caller, left);
+  if (right.is_object()) extents(caller, right);
+}
+
+void ArrayChecks::indices(const ModuleCaller& caller, Value& object, std::vector<Value>& indices) const {
+  if (!are_on_) return;
+  for (const Value& index : indices)
+    if (!index.is_number()) throw Failure(fmt::format("an index must be a number, not {}", kind_in_words(index)));
+  const auto extents = shape_of(caller, object);
+  if (!extents) return;
+  require_sound(*extents);
+  const std::size_t aligned = std::min(indices.size(), extents->size());
+  for (std::size_t i = 0; i < aligned; ++i)
+    check_index(*extents, extents->size() - aligned + i, indices[indices.size() - aligned + i]);
+  if (is_empty(*extents)) throw Failure(fmt::format("the array has no elements (shape {})", in_parentheses(*extents)));
+}
+
+void ArrayChecks::extents(const ModuleCaller& caller, Value& object) const {
+  if (!are_on_) return;
+  if (const auto extents = shape_of(caller, object)) require_sound(*extents);
+}
+
+}  // namespace hvm

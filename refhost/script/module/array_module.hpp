@@ -1,0 +1,77 @@
+// script/module/array_module.hpp: all that the host knows of the module with the arrays
+//
+// A host knows a module by what it registers, and an object by its type's name and its methods; it never looks inside.
+// What hvm knows beyond that of this very module is here and nowhere else: its file, the names of its types and of a
+// few functions and methods, what it does not check itself, and which of its failures need an explanation.
+
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "script/module/module_calls.hpp"
+#include "script/syntax/tree.hpp"
+#include "script/text/array_layout.hpp"
+
+namespace hvm {
+
+/// The file that is loaded when none is named.
+inline constexpr const char* array_module_file = "arrayfold.so";
+
+/// The kind of an array, such as `double` of `$xdoublearray`; no value for anything else.
+std::optional<std::string> kind_of_array(const Value& value);
+
+/// The extents that the method `shape` gives; no value when it fails, throws, or gives no table of integers.
+std::optional<Extents> shape_of(const ModuleCaller& caller, Value& object);
+
+/// The text that the method `dump` gives; no value when it fails or gives no string. Throws `Failure` when it throws.
+std::optional<std::string> dump_of(const ModuleCaller& caller, Value& object);
+
+/// The text of an element as its array shows it, with six significant digits for a floating-point number; no value when
+/// the array does not read it. Throws `Failure`.
+std::optional<std::string> element_text(const ModuleCaller& caller, Value& object, const Extents& position);
+
+/// The value in words for messages: `an int`, `a table`, `$xintarray (2, 3)`.
+std::string described(const ModuleCaller& caller, Value& value);
+
+/// Explains why the type of an object returns false for an operator. `name` is the operator as it is written.
+std::string undefined_operator(const ModuleCaller& caller, const std::string& name, BinaryOperator op, Value& left,
+                               Value& right);
+
+/// `message`, which is of an exception from an operator, with the reason when it lies in the shapes of the operands.
+std::string thrown_operator(const ModuleCaller& caller, const std::string& message, Value& left, Value& right);
+
+/// The first integer literal of a data literal that a call of `function` drops, because it makes an array of
+/// floating-point numbers and takes no integer as an element; null when there is none.
+const Expression* dropped_element(const std::string& function, const Quotation& dtype, const Quotation& data);
+
+/// Checks what the module does not. It trusts its host with indices, extents and divisors, and would read beyond its
+/// memory or end the process. Each check throws a `Failure` instead. Switched off, it does nothing.
+class ArrayChecks {
+ public:
+  explicit ArrayChecks(bool are_on) : are_on_(are_on) {}
+
+  /// `xarange` with more than three arguments, with a step of zero, or over a range that its division cannot take.
+  void call(const std::string& function, std::vector<Value>& arguments) const;
+
+  /// `reshape` to extents that are negative or need more elements than the array has, and every other method but
+  /// `shape` on an array that already has such extents.
+  void method(const ModuleCaller& caller, Value& self, const std::string& name, std::vector<Value>& arguments) const;
+
+  /// An integer array under `/` or `%` with a number that it reads as zero, and an operand with extents that fail the
+  /// check `extents`.
+  void operation(const ModuleCaller& caller, BinaryOperator op, Value& left, Value& right) const;
+
+  /// Indices that are not numbers, or lie outside of the extents that they meet. Indices align with the last extents;
+  /// leading indices beyond the number of extents pass.
+  void indices(const ModuleCaller& caller, Value& object, std::vector<Value>& indices) const;
+
+  /// An array with extents that are negative, or whose product is more than an array can hold.
+  void extents(const ModuleCaller& caller, Value& object) const;
+
+ private:
+  bool are_on_;
+};
+
+}  // namespace hvm

@@ -1,0 +1,16 @@
+// script/module/exception_text.hpp: what a module throws, in words
+
+#pragma once
+
+#include <string>
+
+namespace hvm {
+
+/// The type of the exception that is being handled, as in C++ source. Requires: an exception is being handled.
+std::string current_exception_type();
+
+/// The type, and of a `std::exception` its words: `std::runtime_error: some words`. Requires: an exception is being
+/// handled.
+std::string current_exception_text();
+
+}  // namespace hvm

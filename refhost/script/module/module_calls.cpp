@@ -1,0 +1,138 @@
+// script/module/module_calls.cpp: the host's side of every call into a module
+
+#include "script/module/module_calls.hpp"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <cstddef>
+
+#include "script/module/exception_text.hpp"
+#include "script/module/fault_report.hpp"
+#include "script/syntax/diagnostics.hpp"
+#include "script/text/value_kinds.hpp"
+
+namespace hvm {
+namespace {
+
+using arrayfold::HostIndexEntry;
+using arrayfold::HostIndexList;
+
+/// Runs `call` as the module's; what it throws becomes a `Failure` that begins with `name`.
+template <class Call>
+auto translated(const ModuleCaller& caller, const std::string& name, Call call) {
+  const RunningMark mark({caller.source, caller.offset, true});
+  try {
+    return call();
+  } catch (...) {
+    throw Failure(fmt::format("{}: the module threw {}", name, current_exception_text()));
+  }
+}
+
+void throw_kept(const ModuleCaller& caller) {
+  if (!caller.kept_error || !*caller.kept_error) return;
+  ScriptError error = std::move(**caller.kept_error);
+  caller.kept_error->reset();
+  throw error;
+}
+
+/// The same, but an error that was kept while the module ran takes precedence over what the module throws.
+template <class Call>
+auto contained(const ModuleCaller& caller, const std::string& name, Call call) {
+  try {
+    const auto returned = translated(caller, name, call);
+    throw_kept(caller);
+    return returned;
+  } catch (const Failure&) {
+    throw_kept(caller);
+    throw;
+  }
+}
+
+/// An index list over `indices`, which must outlive it. A few entries lie in the list itself, more on the heap.
+class IndexList {
+ public:
+  explicit IndexList(std::vector<Value>& indices) {
+    const bool fits = indices.size() <= most_inside;
+    if (!fits) elsewhere_.resize(indices.size());
+    HostIndexEntry* entries = fits ? list_.inside : elsewhere_.data();
+    for (std::size_t i = 0; i < indices.size(); ++i) entries[i].value = indices[i].address();
+    if (!fits) arrayfold::store<HostIndexEntry*>(list_.inside, entries);
+    list_.packed_size = indices.size() * 2 + (fits ? 0 : 1);
+  }
+  IndexList(const IndexList&) = delete;
+  IndexList& operator=(const IndexList&) = delete;
+
+  /// The list in the place of a right operand, as the element opcodes take it.
+  HostValue* as_operand() { return static_cast<HostValue*>(static_cast<void*>(&list_)); }
+
+ private:
+  static constexpr std::size_t most_inside = 4;
+  /// `HostIndexList` with room for entries. A pointer to entries elsewhere takes the place of the first one.
+  struct List {
+    arrayfold::Field<std::uint64_t> packed_size;
+    HostIndexEntry inside[most_inside];
+  };
+  static_assert(offsetof(List, inside) == offsetof(HostIndexList, entries));
+
+  List list_ = {};
+  std::vector<HostIndexEntry> elsewhere_;
+};
+
+/// The kinds of the arguments of a call that failed.
+std::string given(const std::vector<Value>& arguments) {
+  if (arguments.empty()) return "without arguments";
+  std::vector<std::string> kinds;
+  kinds.reserve(arguments.size());
+  for (const Value& argument : arguments) kinds.push_back(kind_in_words(argument));
+  return fmt::format("with {}", fmt::join(kinds, ", "));
+}
+
+}  // namespace
+
+Value call_function(const ModuleCaller& caller, const std::string& name, arrayfold::EntryFunction function,
+                    std::vector<Value>& arguments) {
+  Value result;
+  const int status = contained(caller, name, [&] {
+    return function(caller.ctx, records_of(arguments), static_cast<int>(arguments.size()), result.address());
+  });
+  if (status == 0) throw Failure(fmt::format("{}: the call failed {}", name, given(arguments)));
+  return result;
+}
+
+bool call_method(const ModuleCaller& caller, Value& self, const std::string& name, std::vector<Value>& arguments,
+                 Value& result) {
+  const auto method = callbacks_of(object_of(self.record())).method;
+  if (!method) return false;
+  std::vector<HostValue*> pointers;
+  pointers.reserve(arguments.size());
+  for (Value& argument : arguments) pointers.push_back(argument.address());
+  return contained(caller, name, [&] {
+    const int count = static_cast<int>(pointers.size());
+    return method(caller.ctx, self.address(), name.c_str(), pointers.data(), count, result.address(), 0) != 0;
+  });
+}
+
+bool call_operator(const ModuleCaller& caller, const std::string& name, Opcode opcode, HostValue* left,
+                   HostValue* right, HostValue* result) {
+  const HostAny* object = object_of(*left);
+  if (!object && right) object = object_of(*right);
+  const auto op = callbacks_of(object).op;
+  if (!op) return false;
+  return contained(caller, name, [&] { return op(caller.ctx, static_cast<int>(opcode), left, right, result) != 0; });
+}
+
+std::optional<Value> read_element(const ModuleCaller& caller, Value& object, std::vector<Value>& indices) {
+  IndexList list(indices);
+  Value element;
+  const bool is_read =
+      call_operator(caller, "[]", Opcode::read_element, object.address(), list.as_operand(), element.address());
+  return is_read ? std::optional(std::move(element)) : std::nullopt;
+}
+
+bool write_element(const ModuleCaller& caller, Value& object, std::vector<Value>& indices, Value& value) {
+  IndexList list(indices);
+  return call_operator(caller, "[]", Opcode::write_element, object.address(), list.as_operand(), value.address());
+}
+
+}  // namespace hvm

@@ -1,0 +1,53 @@
+// script/module/module_calls.hpp: the host's side of every call into a module
+//
+// No exception of a module passes these functions: each becomes a `Failure` with its type and its message. No exception
+// of the host passes through a module: an error in a call out of it is kept, and thrown when the module has returned,
+// whatever the module did with the failed call.
+
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "kernel/kernel.hpp"
+#include "script/syntax/diagnostics.hpp"
+#include "script/syntax/source_text.hpp"
+
+namespace hvm {
+
+using arrayfold::Opcode;
+
+/// The first error in the calls out of a running module.
+using KeptError = std::optional<ScriptError>;
+
+/// From where a module is called: what it receives as its context, and the place of the script.
+struct ModuleCaller {
+  HostContext ctx;
+  const SourceText* source;
+  std::size_t offset;
+  KeptError* kept_error = nullptr;
+};
+
+/// Calls a registered function. Throws `Failure` when it returns 0 or throws.
+Value call_function(const ModuleCaller& caller, const std::string& name, arrayfold::EntryFunction function,
+                    std::vector<Value>& arguments);
+
+/// Calls a method of the object in `self` and returns what it returns; false when the type has no methods. Throws
+/// `Failure` when it throws.
+bool call_method(const ModuleCaller& caller, Value& self, const std::string& name, std::vector<Value>& arguments,
+                 Value& result);
+
+/// Calls the operator callback of the left operand's type when that is an object, otherwise the right one's, and
+/// returns what it returns; false when the type has no operators. `right` is what the opcode asks for. Throws `Failure`
+/// with `name` in front when the callback throws.
+bool call_operator(const ModuleCaller& caller, const std::string& name, Opcode opcode, HostValue* left,
+                   HostValue* right, HostValue* result);
+
+/// The element at `indices`; no value when the type returns false. Throws `Failure`.
+std::optional<Value> read_element(const ModuleCaller& caller, Value& object, std::vector<Value>& indices);
+/// Writes `value` to the element at `indices`. Returns false when the type does. Throws `Failure`.
+bool write_element(const ModuleCaller& caller, Value& object, std::vector<Value>& indices, Value& value);
+
+}  // namespace hvm

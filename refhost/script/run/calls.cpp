@@ -1,0 +1,72 @@
+// script/run/calls.cpp: calls of fns, built-in functions, module functions and methods
+
+#include "script/run/calls.hpp"
+
+#include <fmt/format.h>
+
+#include "script/run/statements.hpp"
+#include "script/text/number_text.hpp"
+#include "script/text/value_kinds.hpp"
+
+namespace hvm {
+
+Value Calls::call(const std::string& name, std::vector<Value> arguments, Span span) {
+  if (const auto function = functions_.fn(name)) return call_fn(*function, std::move(arguments), span);
+  if (const Builtin* builtin = find_builtin(name)) {
+    const ModuleCaller caller = site_.caller(span);
+    return site_.placed(span, [&] { return call_builtin(*builtin, {caller, span, checks_, print_, arguments}); });
+  }
+  return call_module(name, arguments, span);
+}
+
+Value Calls::call_module(const std::string& name, std::vector<Value>& arguments, Span span) {
+  const arrayfold::EntryFunction function = functions_.of_module(name);
+  if (!function) fail_unknown(name, span);
+  quotations_.require_live(arguments, span);
+  quotations_.warn_of_dropped_elements(name, arguments);
+  return site_.placed(span, [&] {
+    checks_.call(name, arguments);
+    return call_function(site_.caller(span), name, function, arguments);
+  });
+}
+
+void Calls::fail_unknown(const std::string& name, Span span) const {
+  if (scopes_.is_set_global(name)) site_.fail(fmt::format("'{}' is a variable, not a function", name), span);
+  site_.fail(fmt::format("there is no function '{}'{}", name, functions_.nearest(name)), span);
+}
+
+Value Calls::call_fn(const Function& function, std::vector<Value> arguments, Span span) {
+  if (arguments.size() != function.parameter_count)
+    site_.fail(fmt::format("{}: it takes {}, not {}", function.name,
+                           counted(function.parameter_count, "argument", "arguments"), arguments.size()),
+               span);
+  require_room(span);
+  try {
+    return run_fn(function, std::move(arguments));
+  } catch (ScriptError& error) {
+    error.add_call(function.name, *site_.source(), span);
+    throw;
+  }
+}
+
+Value Calls::run_fn(const Function& function, std::vector<Value> arguments) {
+  const CallDepth::Level level(depth_);
+  const CallScope scope(scopes_, function, std::move(arguments));
+  const SourceScope source(site_, function.source);
+  return statements_.run_body(function.body);
+}
+
+Value Calls::method(Value& self, const std::string& name, std::vector<Value> arguments, Span span) {
+  if (!self.is_object()) site_.fail(fmt::format("{} has no methods", kind_in_words(self)), span);
+  quotations_.require_live(arguments, span);
+  Value result;
+  site_.placed(span, [&] {
+    const ModuleCaller caller = site_.caller(span);
+    checks_.method(caller, self, name, arguments);
+    if (!call_method(caller, self, name, arguments, result))
+      throw Failure(fmt::format("{}: the call failed on {}", name, described(caller, self)));
+  });
+  return result;
+}
+
+}  // namespace hvm

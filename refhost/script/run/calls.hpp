@@ -1,0 +1,53 @@
+// script/run/calls.hpp: calls of fns, built-in functions, module functions and methods
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "script/library/builtins.hpp"
+#include "script/run/call_depth.hpp"
+#include "script/run/quotations.hpp"
+
+namespace hvm {
+
+class Statements;
+
+/// Calls functions by name: a fn of the script before a built-in function, and that before one of the module.
+/// Everything that fails is a `ScriptError` at the call.
+class Calls {
+ public:
+  Calls(Site& site, Scopes& scopes, const Functions& functions, Quotations& quotations, const ArrayChecks& checks,
+        const PrintLine& print, Statements& statements)
+      : site_(site),
+        scopes_(scopes),
+        functions_(functions),
+        quotations_(quotations),
+        checks_(checks),
+        print_(print),
+        statements_(statements),
+        depth_(site) {}
+
+  Value call(const std::string& name, std::vector<Value> arguments, Span span);
+  /// A method of the object `self`.
+  Value method(Value& self, const std::string& name, std::vector<Value> arguments, Span span);
+  /// Fails when calls nest too deeply for another one.
+  void require_room(Span span) const { depth_.require_room(span); }
+
+ private:
+  Value call_fn(const Function& function, std::vector<Value> arguments, Span span);
+  Value run_fn(const Function& function, std::vector<Value> arguments);
+  Value call_module(const std::string& name, std::vector<Value>& arguments, Span span);
+  [[noreturn]] void fail_unknown(const std::string& name, Span span) const;
+
+  Site& site_;
+  Scopes& scopes_;
+  const Functions& functions_;
+  Quotations& quotations_;
+  const ArrayChecks& checks_;
+  const PrintLine& print_;
+  Statements& statements_;
+  CallDepth depth_;
+};
+
+}  // namespace hvm

@@ -1,0 +1,97 @@
+// script/run/elements.cpp: the entries of tables and the elements of objects
+
+#include "script/run/elements.hpp"
+
+#include <fmt/format.h>
+
+#include <unordered_set>
+
+#include "script/text/number_text.hpp"
+#include "script/text/value_kinds.hpp"
+
+namespace hvm {
+namespace {
+
+/// Whether `table` is `value` or lies anywhere in it.
+bool holds_table(const Value& value, const HostHash* table) {
+  const HostHash* outermost = table_of(value.record());
+  if (!outermost) return false;
+  std::unordered_set<const HostHash*> seen{outermost};
+  std::vector<const HostHash*> waiting{outermost};
+  while (!waiting.empty()) {
+    const HostHash* current = waiting.back();
+    waiting.pop_back();
+    if (current == table) return true;
+    TableWalk walk(current);
+    while (const Entry entry = walk.next()) {
+      const HostHash* inner = table_of(*entry.value);
+      if (inner && seen.insert(inner).second) waiting.push_back(inner);
+    }
+  }
+  return false;
+}
+
+std::string index_count(const std::vector<Value>& indices) { return counted(indices.size(), "index", "indices"); }
+
+}  // namespace
+
+Value Elements::read(Value& container, std::vector<Value>& indices, Span span) const {
+  if (container.is_table()) {
+    require_one_key(indices, span);
+    const HostValue* found = find(table_of(container.record()), indices[0].record());
+    return found ? Value::sharing(*found) : Value();
+  }
+  if (!container.is_object()) site_.fail(fmt::format("{} has no elements", kind_in_words(container)), span);
+  return site_.placed(span, [&] {
+    const ModuleCaller caller = site_.caller(span);
+    checks_.indices(caller, container, indices);
+    if (auto element = read_element(caller, container, indices)) return std::move(*element);
+    throw Failure(fmt::format("{} gives no element with {}", described(caller, container), index_count(indices)));
+  });
+}
+
+void Elements::write(const ElementAssignment& form, Value& container, std::vector<Value>& indices, Value& value) const {
+  const Span span = form.index_span;
+  if (container.is_table()) {
+    require_one_key(indices, span);
+    require_no_circle(form, container, value);
+    return write_entry(container, indices[0], value, span);
+  }
+  if (!container.is_object())
+    site_.fail(fmt::format("{} has no elements to assign to", kind_in_words(container)), form.container->span);
+  site_.placed(span, [&] {
+    const ModuleCaller caller = site_.caller(span);
+    checks_.indices(caller, container, indices);
+    if (write_element(caller, container, indices, value)) return;
+    if (!value.is_number())
+      throw Failure(
+          fmt::format("{} takes numbers as elements, not {}", described(caller, container), described(caller, value)));
+    throw Failure(
+        fmt::format("{} has no element to write with {}", described(caller, container), index_count(indices)));
+  });
+}
+
+void Elements::write_entry(Value& table, const Value& key, const Value& value, Span key_span) const {
+  if (!is_key(key.record())) site_.fail(fmt::format("{} is not a key of a table", kind_in_words(key)), key_span);
+  HostValue* entry = slot(table_of(table.record()), key.record());
+  if (!entry) site_.fail("out of memory", key_span);
+  assign(*entry, value.record());
+}
+
+void Elements::require_one_key(const std::vector<Value>& indices, Span span) const {
+  if (indices.size() != 1) site_.fail("a table takes one key", span);
+  if (!is_key(indices[0].record()))
+    site_.fail(fmt::format("{} is not a key of a table", kind_in_words(indices[0])), span);
+}
+
+void Elements::require_no_circle(const ElementAssignment& form, const Value& table, const Value& value) const {
+  const HostHash* hash = table_of(table.record());
+  // A variable's table with two references, the variable's and the one of `table`, lies in no other table.
+  const bool is_variable = std::holds_alternative<Variable>(form.container->form);
+  const bool may_lie_in_value = !is_variable || references(hash) > 2;
+  const bool is_value = table_of(value.record()) == hash;
+  if (is_value || (may_lie_in_value && holds_table(value, hash)))
+    site_.fail("a table cannot hold itself", form.value->span);
+}
+
+}  // namespace hvm

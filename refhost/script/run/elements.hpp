@@ -1,0 +1,33 @@
+// script/run/elements.hpp: the entries of tables and the elements of objects
+
+#pragma once
+
+#include <vector>
+
+#include "script/module/array_module.hpp"
+#include "script/run/site.hpp"
+#include "script/syntax/tree.hpp"
+
+namespace hvm {
+
+/// Reads and writes entries and elements. Everything that fails is a `ScriptError`.
+class Elements {
+ public:
+  Elements(Site& site, const ArrayChecks& checks) : site_(site), checks_(checks) {}
+
+  /// `container[indices]`, whose brackets are at `span`. An absent entry of a table is nil.
+  Value read(Value& container, std::vector<Value>& indices, Span span) const;
+  /// `container[indices] = value`, as `form` writes it.
+  void write(const ElementAssignment& form, Value& container, std::vector<Value>& indices, Value& value) const;
+  /// Writes an entry of a table. `key_span` is the place of the key.
+  void write_entry(Value& table, const Value& key, const Value& value, Span key_span) const;
+
+ private:
+  void require_one_key(const std::vector<Value>& indices, Span span) const;
+  void require_no_circle(const ElementAssignment& form, const Value& table, const Value& value) const;
+
+  Site& site_;
+  const ArrayChecks& checks_;
+};
+
+}  // namespace hvm

@@ -1,0 +1,96 @@
+// script/run/evaluator.cpp: the values of expressions
+
+#include "script/run/evaluator.hpp"
+
+#include "script/library/truth.hpp"
+#include "script/run/calls.hpp"
+
+namespace hvm {
+
+Value Evaluator::evaluate(const Expression& expression) {
+  return std::visit([&](const auto& form) { return evaluate(form, expression.span); }, expression.form);
+}
+
+std::vector<Value> Evaluator::evaluate(const Expressions& expressions) {
+  std::vector<Value> values;
+  values.reserve(expressions.size());
+  for (const ExpressionPtr& expression : expressions) values.push_back(evaluate(*expression));
+  return values;
+}
+
+bool Evaluator::holds(const Expression& condition) {
+  const Value value = evaluate(condition);
+  return site_.placed(condition.span, [&] { return truth(value); });
+}
+
+// ---- Literals
+
+Value Evaluator::evaluate(const IntegerLiteral& form, Span) { return Value(static_cast<int>(form.value)); }
+Value Evaluator::evaluate(const Integer64Literal& form, Span) { return Value(form.value); }
+Value Evaluator::evaluate(const RealLiteral& form, Span) { return Value(form.value); }
+Value Evaluator::evaluate(const StringLiteral& form, Span) { return Value(std::string_view(form.text)); }
+Value Evaluator::evaluate(const WideStringLiteral& form, Span) { return Value(std::u16string_view(form.text)); }
+
+Value Evaluator::evaluate(const TableLiteral& form, Span span) {
+  Value table = Value::table();
+  int position = 0;
+  for (const TableEntry& entry : form.entries) {
+    const Value key = entry.key ? evaluate(*entry.key) : Value(position++);
+    const Value value = evaluate(*entry.value);
+    elements_.write_entry(table, key, value, entry.key ? entry.key->span : span);
+  }
+  return table;
+}
+
+Value Evaluator::evaluate(const QuotationLiteral& form, Span) { return quotations_.value_of(form); }
+
+// ---- Names, calls and brackets
+
+Value Evaluator::evaluate(const Variable& form, Span span) { return variables_.read(form, span); }
+
+Value Evaluator::evaluate(const Call& form, Span span) {
+  return calls_.call(form.name, evaluate(form.arguments), span);
+}
+
+Value Evaluator::evaluate(const Postfix& form, Span) {
+  Value value = evaluate(*form.operand);
+  for (const Suffix& suffix : form.suffixes) {
+    if (const auto* method = std::get_if<MethodCall>(&suffix.form)) {
+      value = calls_.method(value, method->name, evaluate(method->arguments), joined(form.operand->span, suffix.span));
+      continue;
+    }
+    std::vector<Value> indices = evaluate(std::get<Index>(suffix.form).indices);
+    value = elements_.read(value, indices, suffix.span);
+  }
+  return value;
+}
+
+Value Evaluator::evaluate(const KeyRange&, Span span) {
+  site_.fail("a range of keys is allowed in quotations only", span);
+}
+
+// ---- Operators
+
+Value Evaluator::evaluate(const Chain& form, Span) {
+  Value value = evaluate(*form.first);
+  for (const Link& link : form.links) {
+    Value operand = evaluate(*link.operand);
+    value = operators_.binary(link.op, value, operand, link.op_span);
+  }
+  return value;
+}
+
+Value Evaluator::evaluate(const Negation& form, Span span) {
+  Value operand = evaluate(*form.operand);
+  return operators_.negated(operand, span);
+}
+
+Value Evaluator::evaluate(const Not& form, Span) { return Value(holds(*form.operand) ? 0 : 1); }
+
+Value Evaluator::evaluate(const Logic& form, Span) {
+  for (const ExpressionPtr& operand : form.operands)
+    if (holds(*operand) != form.is_and) return Value(form.is_and ? 0 : 1);
+  return Value(form.is_and ? 1 : 0);
+}
+
+}  // namespace hvm

@@ -1,0 +1,37 @@
+// script/run/functions.hpp: the functions that a script can call, by name
+
+#pragma once
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+#include "script/module/module_functions.hpp"
+#include "script/syntax/tree.hpp"
+
+namespace hvm {
+
+/// Finds functions by name: the fns of the script, the built-in functions and those of the module.
+class Functions {
+ public:
+  /// `module` must outlive this.
+  explicit Functions(const ModuleFunctions& module) : module_(module) {}
+
+  /// Adds the fns of a program; a later one of the same name replaces an earlier one.
+  void define(const Program& program);
+
+  /// The fn of a name, null when there is none. The caller holds it while it runs: another input may replace it.
+  std::shared_ptr<const Function> fn(const std::string& name) const;
+  /// The module's function of a name, null when there is none.
+  arrayfold::EntryFunction of_module(const std::string& name) const { return module_.find(name); }
+  /// Whether there is a function of this name: a fn, a built-in one or the module's.
+  bool has(const std::string& name) const;
+  /// ` (did you mean 'xsum'?)` with the function whose name is nearest; empty when none is near.
+  std::string nearest(const std::string& name) const;
+
+ private:
+  const ModuleFunctions& module_;
+  std::unordered_map<std::string, std::shared_ptr<const Function>> fns_;
+};
+
+}  // namespace hvm

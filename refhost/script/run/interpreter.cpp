@@ -1,0 +1,96 @@
+// script/run/interpreter.cpp: running scripts
+
+#include "script/run/interpreter.hpp"
+
+#include <new>
+
+#include "script/module/object_text.hpp"
+#include "script/run/calls.hpp"
+#include "script/run/evaluator.hpp"
+#include "script/run/module_callbacks.hpp"
+#include "script/run/statements.hpp"
+#include "script/syntax/parser.hpp"
+#include "script/text/printer.hpp"
+
+namespace hvm {
+
+/// The parts, each of which knows those that it is given. Expressions, calls and statements know each other.
+struct Interpreter::Parts {
+  Parts(const ModuleFunctions& module, InterpreterOptions chosen)
+      : options(std::move(chosen)),
+        checks(options.has_checks),
+        site(context.handle()),
+        scopes(context),
+        functions(module),
+        variables(site, scopes, functions),
+        quotations(site, scopes, variables, options.warn),
+        elements(site, checks),
+        operators(site, checks),
+        evaluator(site, variables, elements, operators, quotations, calls),
+        statements(site, scopes, functions, variables, elements, operators, evaluator),
+        calls(site, scopes, functions, quotations, checks, options.print, statements),
+        callbacks(context, site, scopes, calls, evaluator) {}
+
+  InterpreterOptions options;
+  ArrayChecks checks;
+  Context context;
+  Site site;
+  Scopes scopes;
+  Functions functions;
+  Variables variables;
+  Quotations quotations;
+  Elements elements;
+  Operators operators;
+  Evaluator evaluator;
+  Statements statements;
+  Calls calls;
+  ModuleCallbacks callbacks;
+};
+
+Interpreter::Interpreter(const ModuleFunctions& functions, InterpreterOptions options)
+    : parts_(std::make_unique<Parts>(functions, std::move(options))) {}
+
+Interpreter::~Interpreter() = default;
+
+Program Interpreter::parse(const SourcePtr& source) {
+  try {
+    Program program = hvm::parse(source, parts_->scopes.global_names());
+    parts_->scopes.make_room();
+    return program;
+  } catch (const std::bad_alloc&) {
+    throw ScriptError("out of memory while the script is read", source, {});
+  }
+}
+
+void Interpreter::define(const Program& program) { parts_->functions.define(program); }
+
+void Interpreter::run(const Statement& statement, const SourcePtr& source) {
+  const SourceScope scope(parts_->site, source);
+  try {
+    parts_->statements.run(statement);
+  } catch (const std::bad_alloc&) {
+    throw ScriptError("out of memory", source, statement.span);
+  }
+}
+
+void Interpreter::run(const Program& program) {
+  define(program);
+  for (const Statement& statement : program.statements) run(statement, program.source);
+}
+
+Value Interpreter::evaluate(const Expression& expression, const SourcePtr& source) {
+  const SourceScope scope(parts_->site, source);
+  return parts_->evaluator.evaluate(expression);
+}
+
+void Interpreter::set_global(const std::string& name, Value value) {
+  parts_->scopes.set_global(name, std::move(value));
+}
+
+std::string Interpreter::shown(const Value& value, const SourcePtr& source, Span span) {
+  const SourceScope scope(parts_->site, source);
+  const ObjectText objects = object_text(parts_->site.caller(span), parts_->checks, Detail::brief);
+  return parts_->site.placed(span, [&] { return Printer(Detail::brief, objects).text_in_table(value); });
+}
+
+}  // namespace hvm

@@ -1,0 +1,50 @@
+// script/run/interpreter.hpp: running scripts
+//
+// An interpreter holds global variables and functions: those of one script, or all that is typed into a
+// REPL. Its trees may come from several sources. Everything that goes wrong is a `ScriptError`.
+
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "script/library/builtins.hpp"
+#include "script/module/module_functions.hpp"
+#include "script/run/quotations.hpp"
+#include "script/syntax/tree.hpp"
+
+namespace hvm {
+
+struct InterpreterOptions {
+  bool has_checks = true;  // check what the module does not
+  PrintLine print;         // where `print` goes
+  Warn warn = {};          // where warnings go; they are lost without it
+};
+
+class Interpreter {
+ public:
+  /// `functions` must outlive the interpreter.
+  Interpreter(const ModuleFunctions& functions, InterpreterOptions options);
+  ~Interpreter();
+  Interpreter(const Interpreter&) = delete;
+  Interpreter& operator=(const Interpreter&) = delete;
+
+  Program parse(const SourcePtr& source);
+  /// Makes the functions of a program known; a later one of the same name replaces an earlier one.
+  void define(const Program& program);
+  /// Runs one statement of a program. What it leaves behind after an error stays.
+  void run(const Statement& statement, const SourcePtr& source);
+  /// Defines the functions of a program and runs its statements.
+  void run(const Program& program);
+  Value evaluate(const Expression& expression, const SourcePtr& source);
+
+  void set_global(const std::string& name, Value value);
+  /// `value` as in a printed table, for a REPL.
+  std::string shown(const Value& value, const SourcePtr& source, Span span);
+
+ private:
+  struct Parts;
+  std::unique_ptr<Parts> parts_;
+};
+
+}  // namespace hvm

@@ -1,0 +1,65 @@
+// script/run/module_callbacks.cpp: what a module asks for when it reads a quotation
+
+#include "script/run/module_callbacks.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <new>
+
+#include "script/module/fault_report.hpp"
+
+namespace hvm {
+
+ModuleCallbacks::ModuleCallbacks(Context& context, Site& site, Scopes& scopes, Calls& calls, Evaluator& evaluator)
+    : site_(site), scopes_(scopes), calls_(calls), evaluator_(evaluator) {
+  context.carry(this);
+  context.call_through(call_function);
+  context.read_through(read_slot);
+}
+
+HostValue* ModuleCallbacks::read_slot(HostContext ctx, int slot) {
+  return static_cast<ModuleCallbacks*>(user_of(ctx))->scopes_.numbered(slot);
+}
+
+int ModuleCallbacks::call_function(const void* callee, HostContext ctx, HostValue* args, int nargs, HostValue* result) {
+  auto& callbacks = *static_cast<ModuleCallbacks*>(user_of(ctx));
+  const auto& called = *static_cast<const Callee*>(static_cast<const arrayfold::HostSymbol*>(callee));
+  return callbacks.call(called, args, nargs, *result) ? 1 : 0;
+}
+
+bool ModuleCallbacks::call(const Callee& callee, HostValue* args, int nargs, HostValue& result) {
+  KeptError& kept = site_.kept_error();
+  if (kept) return false;
+  const auto keep = [&](const char* message) {
+    kept.emplace(message, callee.code->source, callee.expression ? callee.expression->span : Span{});
+  };
+  // Nothing may be thrown from here through the module.
+  try {
+    assign(result, value_of(callee, args, nargs).record());
+    return true;
+  } catch (ScriptError& error) {
+    kept.emplace(std::move(error));
+  } catch (const std::bad_alloc&) {
+    keep("out of memory");
+  } catch (const std::exception& error) {
+    keep(error.what());
+  }
+  return false;
+}
+
+Value ModuleCallbacks::value_of(const Callee& callee, HostValue* args, int nargs) {
+  const FrameScope frame(scopes_, callee.code->frame);
+  const SourceScope source(site_, callee.code->source);
+  const Expression* expression = callee.expression;
+  if (!expression) site_.fail(fmt::format("'{}' names no function here", callee.text.get()), {});
+  const RunningMark mark({site_.source().get(), expression->span.begin, false});
+  calls_.require_room(expression->span);
+  if (!callee.takes_arguments) return evaluator_.evaluate(*expression);
+  std::vector<Value> arguments;
+  arguments.reserve(static_cast<std::size_t>(std::max(nargs, 0)));
+  for (int i = 0; i < nargs; ++i) arguments.push_back(Value::sharing(args[i]));
+  return calls_.call(std::get<Call>(expression->form).name, std::move(arguments), expression->span);
+}
+
+}  // namespace hvm

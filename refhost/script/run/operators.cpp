@@ -1,0 +1,49 @@
+// script/run/operators.cpp: the choice between operators on objects and plain ones
+
+#include "script/run/operators.hpp"
+
+#include <fmt/format.h>
+
+#include "script/module/object_operators.hpp"
+#include "script/text/value_kinds.hpp"
+
+namespace hvm {
+namespace {
+
+Value plain_negated(const Value& operand) {
+  if (!operand.is_number()) throw Failure(fmt::format("'-' cannot take {}", kind_in_words(operand)));
+  HostValue record = operand.record();
+  if (operand.tag() == ValueTag::real) return Value(-HVM_AsDouble(&record));
+  return plain_binary(BinaryOperator::multiply, operand, Value(-1));
+}
+
+}  // namespace
+
+Value Operators::binary(BinaryOperator op, Value& left, Value& right, Span span) const {
+  return site_.placed(span, [&] {
+    if (!left.is_object() && !right.is_object()) return plain_binary(op, left, right);
+    checks_.operation(site_.caller(span), op, left, right);
+    return object_binary(site_.caller(span), op, left, right);
+  });
+}
+
+void Operators::compound(BinaryOperator op, Value& variable, Value& right, Span span) const {
+  site_.placed(span, [&] {
+    if (!variable.is_object() && !right.is_object()) {
+      variable = plain_binary(op, variable, right);
+      return;
+    }
+    checks_.operation(site_.caller(span), op, variable, right);
+    object_compound(site_.caller(span), op, variable, right);
+  });
+}
+
+Value Operators::negated(Value& operand, Span span) const {
+  return site_.placed(span, [&] {
+    if (!operand.is_object()) return plain_negated(operand);
+    checks_.extents(site_.caller(span), operand);
+    return object_negated(site_.caller(span), operand);
+  });
+}
+
+}  // namespace hvm

@@ -1,0 +1,150 @@
+// script/run/plain_operators.cpp: operators on numbers and strings
+
+#include <fmt/format.h>
+
+#include <cmath>
+#include <limits>
+
+#include "script/run/operators.hpp"
+#include "script/syntax/diagnostics.hpp"
+#include "script/syntax/unicode.hpp"
+#include "script/text/value_kinds.hpp"
+
+namespace hvm {
+namespace {
+
+/// A number of a script as the host reckons with it.
+struct Number {
+  ValueTag tag;  // integer, integer64 or real
+  std::int64_t whole = 0;
+  double real = 0;
+};
+
+Number number_of(const Value& value) {
+  HostValue record = value.record();
+  if (value.tag() == ValueTag::integer || value.tag() == ValueTag::integer64) {
+    const std::int64_t whole = HVM_AsInt64(&record);
+    return {value.tag(), whole, static_cast<double>(whole)};
+  }
+  return {ValueTag::real, 0, HVM_AsDouble(&record)};
+}
+
+bool fits_32_bits(std::int64_t x) {
+  return x >= std::numeric_limits<std::int32_t>::min() && x <= std::numeric_limits<std::int32_t>::max();
+}
+
+Value integer_result(const Number& left, const Number& right, std::int64_t x) {
+  const bool is_short = left.tag == ValueTag::integer && right.tag == ValueTag::integer && fits_32_bits(x);
+  return is_short ? Value(static_cast<int>(x)) : Value(x);
+}
+
+[[noreturn]] void fail_overflow(BinaryOperator op) {
+  throw Failure(fmt::format("the result of '{}' does not fit in 64 bits", spelling(op)));
+}
+
+/// The quotient or remainder; the divisor is tested here, since the processor's own division would end the process.
+std::int64_t divided(BinaryOperator op, std::int64_t a, std::int64_t b) {
+  if (b == 0) throw Failure(fmt::format("'{}' by the integer zero", spelling(op)));
+  const bool is_remainder = op == BinaryOperator::remainder;
+  if (b == -1 && is_remainder) return 0;
+  if (b == -1 && a == std::numeric_limits<std::int64_t>::min()) fail_overflow(op);
+  return is_remainder ? a % b : a / b;
+}
+
+Value whole_arithmetic(BinaryOperator op, const Number& left, const Number& right) {
+  std::int64_t x = 0;
+  bool has_overflown = false;
+  switch (op) {
+    case BinaryOperator::add:
+      has_overflown = __builtin_add_overflow(left.whole, right.whole, &x);
+      break;
+    case BinaryOperator::subtract:
+      has_overflown = __builtin_sub_overflow(left.whole, right.whole, &x);
+      break;
+    case BinaryOperator::multiply:
+      has_overflown = __builtin_mul_overflow(left.whole, right.whole, &x);
+      break;
+    default:
+      x = divided(op, left.whole, right.whole);
+  }
+  if (has_overflown) fail_overflow(op);
+  return integer_result(left, right, x);
+}
+
+Value real_arithmetic(BinaryOperator op, double a, double b) {
+  switch (op) {
+    case BinaryOperator::add:
+      return Value(a + b);
+    case BinaryOperator::subtract:
+      return Value(a - b);
+    case BinaryOperator::multiply:
+      return Value(a * b);
+    case BinaryOperator::divide:
+      return Value(a / b);
+    default:
+      return Value(std::fmod(a, b));
+  }
+}
+
+template <class T>
+bool compared(BinaryOperator op, const T& a, const T& b) {
+  switch (op) {
+    case BinaryOperator::less_equal:
+      return a <= b;
+    case BinaryOperator::greater_equal:
+      return a >= b;
+    case BinaryOperator::not_equal:
+      return a != b;
+    case BinaryOperator::less:
+      return a < b;
+    case BinaryOperator::greater:
+      return a > b;
+    default:
+      return a == b;
+  }
+}
+
+bool is_comparison(BinaryOperator op) { return op >= BinaryOperator::less_equal; }
+
+Value on_numbers(BinaryOperator op, const Number& left, const Number& right) {
+  const bool are_whole = left.tag != ValueTag::real && right.tag != ValueTag::real;
+  if (!is_comparison(op))
+    return are_whole ? whole_arithmetic(op, left, right) : real_arithmetic(op, left.real, right.real);
+  if (are_whole) return Value(compared(op, left.whole, right.whole) ? 1 : 0);
+  // A long double holds every 64-bit integer, so that a comparison with a real is exact.
+  const auto exact = [](const Number& x) {
+    return x.tag == ValueTag::real ? static_cast<long double>(x.real) : static_cast<long double>(x.whole);
+  };
+  return Value(compared(op, exact(left), exact(right)) ? 1 : 0);
+}
+
+std::u16string as_wide(const Value& value) {
+  return value.tag() == ValueTag::wide_string ? std::u16string(wide_text_of(value.record()))
+                                              : wide_text(text_of(value.record()));
+}
+
+Value joined_strings(const Value& left, const Value& right) {
+  if (left.tag() == ValueTag::wide_string || right.tag() == ValueTag::wide_string)
+    return Value(as_wide(left) + as_wide(right));
+  return Value(std::string(text_of(left.record())).append(text_of(right.record())));
+}
+
+}  // namespace
+
+Value plain_binary(BinaryOperator op, const Value& left, const Value& right) {
+  if (left.is_number() && right.is_number()) return on_numbers(op, number_of(left), number_of(right));
+  if (left.is_string() && right.is_string()) {
+    if (is_comparison(op)) return Value(compared(op, text_of(left.record()), text_of(right.record())) ? 1 : 0);
+    if (op == BinaryOperator::add) return joined_strings(left, right);
+  }
+  const bool has_table = left.is_table() || right.is_table();
+  const bool is_equality = op == BinaryOperator::equal || op == BinaryOperator::not_equal;
+  if (is_equality && !has_table) {
+    const bool are_equal = left.is_nil() && right.is_nil();
+    return Value(are_equal == (op == BinaryOperator::equal) ? 1 : 0);
+  }
+  throw Failure(
+      fmt::format("'{}' is not defined for {} and {}", spelling(op), kind_in_words(left), kind_in_words(right)));
+}
+
+}  // namespace hvm

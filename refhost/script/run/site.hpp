@@ -1,0 +1,58 @@
+// script/run/site.hpp: the source that runs, and errors with a place in it
+
+#pragma once
+
+#include <string>
+#include <utility>
+
+#include "script/module/module_calls.hpp"
+#include "script/syntax/diagnostics.hpp"
+
+namespace hvm {
+
+/// Knows the source to which the spans of the running expressions belong.
+class Site {
+ public:
+  /// `context` is what modules receive.
+  explicit Site(HostContext context) : context_(context) {}
+
+  const SourcePtr& source() const { return source_; }
+  /// What a call of the module from `span` needs to know.
+  ModuleCaller caller(Span span) { return {context_, source_.get(), span.begin, &kept_error_}; }
+  /// The first error in the calls out of the running module.
+  KeptError& kept_error() { return kept_error_; }
+
+  [[noreturn]] void fail(std::string message, Span span) const { throw ScriptError(std::move(message), source_, span); }
+
+  /// Runs `action`. Its `Failure` becomes a `ScriptError` at `span`.
+  template <class Action>
+  decltype(auto) placed(Span span, Action action) const {
+    try {
+      return action();
+    } catch (const Failure& failure) {
+      fail(failure.message(), span);
+    }
+  }
+
+ private:
+  friend class SourceScope;
+
+  HostContext context_;
+  SourcePtr source_;
+  KeptError kept_error_;
+};
+
+/// Makes another source the running one, and the old one again at the end.
+class SourceScope {
+ public:
+  SourceScope(Site& site, SourcePtr source) : site_(site), outer_(std::exchange(site.source_, std::move(source))) {}
+  ~SourceScope() { site_.source_ = std::move(outer_); }
+  SourceScope(const SourceScope&) = delete;
+  SourceScope& operator=(const SourceScope&) = delete;
+
+ private:
+  Site& site_;
+  SourcePtr outer_;
+};
+
+}  // namespace hvm

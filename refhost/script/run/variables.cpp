@@ -1,0 +1,29 @@
+// script/run/variables.cpp: reading variables, and the error of one without a value
+
+#include "script/run/variables.hpp"
+
+#include <fmt/format.h>
+
+namespace hvm {
+
+const Value& Variables::read(const Variable& variable, Span span) const {
+  const Slot& slot = scopes_.slot_of(variable);
+  if (!slot.is_set) fail_unset(variable, span);
+  return slot.value;
+}
+
+VariableState Variables::state(const Variable& variable) const {
+  const Slot& slot = scopes_.slot_of(variable);
+  if (!slot.is_set) return VariableState::unset;
+  return slot.value.is_table() ? VariableState::table : VariableState::set;
+}
+
+void Variables::fail_unset(const Variable& variable, Span span) const {
+  const std::string& name = variable.name;
+  if (variable.is_local) site_.fail(fmt::format("'{}' has no value yet in this fn", name), span);
+  if (functions_.has(name))
+    site_.fail(fmt::format("'{0}' is a function; it is called with parentheses: {0}()", name), span);
+  site_.fail(fmt::format("there is no variable '{}'{}", name, suggestion(name, scopes_.visible_names())), span);
+}
+
+}  // namespace hvm

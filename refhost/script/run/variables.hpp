@@ -1,0 +1,30 @@
+// script/run/variables.hpp: reading variables, and the error of one without a value
+
+#pragma once
+
+#include "script/run/functions.hpp"
+#include "script/run/scopes.hpp"
+#include "script/run/site.hpp"
+
+namespace hvm {
+
+/// The variables that the running scope sees.
+class Variables final : public VariableView {
+ public:
+  Variables(const Site& site, const Scopes& scopes, const Functions& functions)
+      : site_(site), scopes_(scopes), functions_(functions) {}
+
+  /// The value of a variable. Throws `ScriptError` when it has none.
+  const Value& read(const Variable& variable, Span span) const;
+
+  VariableState state(const Variable& variable) const override;
+  std::uint32_t slot(const Variable& variable) const override { return scopes_.tree_slot(variable); }
+  [[noreturn]] void fail_unset(const Variable& variable, Span span) const override;
+
+ private:
+  const Site& site_;
+  const Scopes& scopes_;
+  const Functions& functions_;
+};
+
+}  // namespace hvm

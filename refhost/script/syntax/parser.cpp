@@ -1,0 +1,244 @@
+// script/syntax/parser.cpp: statements and functions, by recursive descent
+
+#include "script/syntax/parser.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "script/syntax/expression_parser.hpp"
+
+namespace hvm {
+namespace {
+
+bool ends_block(TokenKind kind) {
+  return kind == TokenKind::kw_end || kind == TokenKind::kw_else || kind == TokenKind::kw_elseif;
+}
+
+std::optional<BinaryOperator> operator_of(TokenKind assignment) {
+  switch (assignment) {
+    case TokenKind::plus_assign:
+      return BinaryOperator::add;
+    case TokenKind::minus_assign:
+      return BinaryOperator::subtract;
+    case TokenKind::star_assign:
+      return BinaryOperator::multiply;
+    case TokenKind::slash_assign:
+      return BinaryOperator::divide;
+    case TokenKind::percent_assign:
+      return BinaryOperator::remainder;
+    default:
+      return std::nullopt;
+  }
+}
+
+class Parser {
+ public:
+  Parser(const SourcePtr& source, NameTable& globals)
+      : cursor_(source, lex(source).tokens), expressions_(cursor_, depth_), globals_(globals) {}
+
+  Program program() {
+    Program program;
+    program.source = cursor_.source();
+    for (cursor_.skip_separators(); !cursor_.is_at(TokenKind::end_of_source); cursor_.skip_separators()) {
+      if (cursor_.is_at(TokenKind::kw_fn))
+        program.functions.push_back(function());
+      else
+        program.statements.push_back(statement());
+      end_of_statement();
+    }
+    resolve_globally();
+    return program;
+  }
+
+ private:
+  // ---- Blocks
+
+  /// Statements up to a keyword that ends a block, which is not taken. `opening` is the block's first token, for
+  /// messages.
+  Block block(const Token& opening) {
+    const NestingLevel level(depth_, cursor_);
+    Block statements;
+    for (cursor_.skip_separators(); !ends_block(cursor_.current().kind); cursor_.skip_separators()) {
+      if (cursor_.is_at(TokenKind::end_of_source)) fail_unclosed(opening);
+      if (cursor_.is_at(TokenKind::kw_fn)) cursor_.fail("a fn is allowed at the outermost level only");
+      statements.push_back(statement());
+      end_of_statement();
+    }
+    return statements;
+  }
+
+  [[noreturn]] void fail_unclosed(const Token& opening) {
+    const std::size_t line = cursor_.source()->line(opening.span.begin);
+    cursor_.fail_expected(fmt::format("'end' for the {} of line {}", described(opening.kind), line));
+  }
+
+  Block block_with_end(const Token& opening) {
+    Block body = block(opening);
+    cursor_.expect(TokenKind::kw_end, fmt::format("for {}", described(opening.kind)).c_str());
+    return body;
+  }
+
+  void end_of_statement() {
+    const TokenKind kind = cursor_.current().kind;
+    const bool is_end = kind == TokenKind::newline || kind == TokenKind::semicolon || kind == TokenKind::end_of_source;
+    if (is_end || (depth_ > 0 && ends_block(kind))) return;
+    cursor_.fail_expected("the end of the statement");
+  }
+
+  // ---- Statements
+
+  Statement statement() {
+    const std::size_t begin = cursor_.current().span.begin;
+    Statement parsed{{}, form()};
+    parsed.span = {begin, cursor_.previous().span.end};
+    return parsed;
+  }
+
+  decltype(Statement::form) form() {
+    switch (cursor_.current().kind) {
+      case TokenKind::kw_if:
+        return conditional();
+      case TokenKind::kw_while:
+        return loop();
+      case TokenKind::kw_for:
+        return iteration();
+      case TokenKind::kw_return:
+        return return_form();
+      case TokenKind::kw_end:
+      case TokenKind::kw_else:
+      case TokenKind::kw_elseif:
+        cursor_.fail(fmt::format("{} without a block", described(cursor_.current().kind)));
+      default:
+        return expression_or_assignment();
+    }
+  }
+
+  ExpressionPtr condition() {
+    ExpressionPtr parsed = expressions_.expression();
+    const bool has_word = cursor_.accept(TokenKind::kw_then) || cursor_.accept(TokenKind::kw_do);
+    const bool has_end = cursor_.is_at(TokenKind::newline) || cursor_.is_at(TokenKind::semicolon);
+    if (!has_word && !has_end) cursor_.fail_expected("the end of the line, ';', 'then' or 'do'");
+    return parsed;
+  }
+
+  If conditional() {
+    If parsed;
+    Token opening = cursor_.current();
+    do {
+      opening = cursor_.take();
+      ExpressionPtr tested = condition();
+      parsed.arms.push_back({std::move(tested), block(opening)});
+    } while (cursor_.is_at(TokenKind::kw_elseif));
+    if (cursor_.accept(TokenKind::kw_else)) parsed.otherwise = block(opening);
+    cursor_.expect(TokenKind::kw_end, "for 'if'");
+    return parsed;
+  }
+
+  While loop() {
+    const Token opening = cursor_.take();
+    ExpressionPtr tested = condition();
+    return {std::move(tested), block_with_end(opening)};
+  }
+
+  For iteration() {
+    const Token opening = cursor_.take();
+    For parsed;
+    parsed.variable = expressions_.variable();
+    make_local(*parsed.variable);
+    cursor_.expect(TokenKind::kw_in, "behind the variable");
+    parsed.sequence = condition();
+    parsed.body = block_with_end(opening);
+    return parsed;
+  }
+
+  Return return_form() {
+    const Token word = cursor_.take();
+    if (!locals_) cursor_.fail("return is allowed in a fn only", word.span);
+    const TokenKind kind = cursor_.current().kind;
+    const bool is_bare = kind == TokenKind::newline || kind == TokenKind::semicolon || ends_block(kind);
+    return {is_bare ? nullptr : expressions_.expression()};
+  }
+
+  decltype(Statement::form) expression_or_assignment() {
+    ExpressionPtr target = expressions_.expression();
+    if (!is_assignment(cursor_.current().kind)) return ExpressionStatement{std::move(target)};
+    const Token sign = cursor_.take();
+    const auto op = operator_of(sign.kind);
+    if (std::holds_alternative<Variable>(target->form)) {
+      make_local(*target);
+      ExpressionPtr value = expressions_.expression();
+      return VariableAssignment{std::move(target), op, std::move(value)};
+    }
+    return element_assignment(std::move(target), op, sign);
+  }
+
+  ElementAssignment element_assignment(ExpressionPtr target, std::optional<BinaryOperator> op, const Token& sign) {
+    auto* postfix = std::get_if<Postfix>(&target->form);
+    Index* index = postfix ? std::get_if<Index>(&postfix->suffixes.back().form) : nullptr;
+    if (!index) cursor_.fail("only a variable or an element can be assigned to", sign.span);
+    ElementAssignment parsed{nullptr, std::move(*index), postfix->suffixes.back().span, op, nullptr};
+    postfix->suffixes.pop_back();
+    parsed.container = postfix->suffixes.empty() ? std::move(postfix->operand) : std::move(target);
+    parsed.value = expressions_.expression();
+    return parsed;
+  }
+
+  // ---- Functions and names
+
+  std::shared_ptr<const Function> function() {
+    const Token opening = cursor_.take();
+    resolve_globally();
+    locals_.emplace();
+    Function parsed;
+    Token name = cursor_.expect(TokenKind::name, "for the fn");
+    parsed.name = std::move(name.text);
+    parameters(parsed);
+    parsed.body = block_with_end(opening);
+    parsed.source = cursor_.source();
+    resolve_locally(parsed);
+    return std::make_shared<const Function>(std::move(parsed));
+  }
+
+  void parameters(Function& function) {
+    cursor_.expect(TokenKind::left_paren, "behind the name of the fn");
+    while (!cursor_.is_at(TokenKind::right_paren)) {
+      const Token name = cursor_.expect(TokenKind::name, "for a parameter");
+      if (locals_->find(name.text)) cursor_.fail(fmt::format("two parameters are called '{}'", name.text), name.span);
+      locals_->slot_of(name.text);
+      if (!cursor_.accept(TokenKind::comma)) break;
+    }
+    cursor_.expect(TokenKind::right_paren, "or ',' behind the parameter");
+    function.parameter_count = locals_->size();
+  }
+
+  void make_local(const Expression& target) {
+    if (locals_) locals_->slot_of(std::get<Variable>(target.form).name);
+  }
+
+  void resolve_globally() {
+    for (Variable* variable : expressions_.take_variables()) variable->slot = globals_.slot_of(variable->name);
+  }
+
+  void resolve_locally(Function& function) {
+    for (Variable* variable : expressions_.take_variables()) {
+      const auto local = locals_->find(variable->name);
+      variable->is_local = local.has_value();
+      variable->slot = local ? *local : globals_.slot_of(variable->name);
+    }
+    for (std::size_t slot = 0; slot < locals_->size(); ++slot) function.locals.push_back(locals_->name(slot));
+    locals_.reset();
+  }
+
+  TokenCursor cursor_;
+  int depth_ = 0;
+  ExpressionParser expressions_;
+  NameTable& globals_;
+  std::optional<NameTable> locals_;  // of the fn that is being read
+};
+
+}  // namespace
+
+Program parse(const SourcePtr& source, NameTable& globals) { return Parser(source, globals).program(); }
+
+}  // namespace hvm

@@ -1,0 +1,107 @@
+// script/syntax/unicode.cpp: characters in UTF-8 and UTF-16
+
+#include "script/syntax/unicode.hpp"
+
+#include <locale.h>
+#include <wchar.h>
+
+namespace hvm {
+namespace {
+
+bool is_continuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
+bool is_high_surrogate(char32_t c) { return c >= 0xD800 && c <= 0xDBFF; }
+bool is_low_surrogate(char32_t c) { return c >= 0xDC00 && c <= 0xDFFF; }
+
+/// The length of the UTF-8 sequence at the front of `text`, which is not empty; 0 when there is no valid one.
+std::size_t sequence_length(std::string_view text) {
+  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+  const unsigned char lead = byte(0);
+  if (lead < 0x80) return 1;
+  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+  if (lead < 0xC2 || lead > 0xF4 || text.size() < length) return 0;
+  for (std::size_t i = 1; i < length; ++i)
+    if (!is_continuation(byte(i))) return 0;
+  const bool is_overlong = (lead == 0xE0 && byte(1) < 0xA0) || (lead == 0xF0 && byte(1) < 0x90);
+  const bool encodes_surrogate = lead == 0xED && byte(1) > 0x9F;
+  const bool is_beyond = lead == 0xF4 && byte(1) > 0x8F;
+  return is_overlong || encodes_surrogate || is_beyond ? 0 : length;
+}
+
+/// A locale with the widths of all characters, independent of the user's; null when the system has none.
+locale_t unicode_locale() {
+  static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+  return locale;
+}
+
+template <class Text>
+std::size_t counted_characters(Text text) {
+  std::size_t count = 0;
+  for (; !text.empty(); ++count) take_character(text);
+  return count;
+}
+
+}  // namespace
+
+std::size_t first_invalid_utf8(std::string_view text) {
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t length = sequence_length(text.substr(at));
+    if (length == 0) return at;
+    at += length;
+  }
+  return std::string_view::npos;
+}
+
+char32_t take_character(std::string_view& text) {
+  const auto lead = static_cast<unsigned char>(text.front());
+  const std::size_t length = sequence_length(text);
+  if (length <= 1) return text.remove_prefix(1), lead;
+  char32_t c = lead & (0xFFU >> (length + 1));
+  for (std::size_t i = 1; i < length; ++i) c = (c << 6) | (static_cast<unsigned char>(text[i]) & 0x3F);
+  text.remove_prefix(length);
+  return c;
+}
+
+char32_t take_character(std::u16string_view& text) {
+  const char32_t first = text.front();
+  text.remove_prefix(1);
+  if (!is_high_surrogate(first) || text.empty() || !is_low_surrogate(text.front())) return first;
+  const char32_t second = text.front();
+  text.remove_prefix(1);
+  return 0x10000 + ((first - 0xD800) << 10) + (second - 0xDC00);
+}
+
+void append_utf8(std::string& text, char32_t c) {
+  const auto byte = [&](char32_t value) { text += static_cast<char>(static_cast<unsigned char>(value)); };
+  if (c < 0x80) return byte(c);
+  if (c < 0x800) return byte(0xC0 | (c >> 6)), byte(0x80 | (c & 0x3F));
+  if (c < 0x10000) return byte(0xE0 | (c >> 12)), byte(0x80 | ((c >> 6) & 0x3F)), byte(0x80 | (c & 0x3F));
+  byte(0xF0 | (c >> 18)), byte(0x80 | ((c >> 12) & 0x3F)), byte(0x80 | ((c >> 6) & 0x3F)), byte(0x80 | (c & 0x3F));
+}
+
+std::size_t character_count(std::string_view text) { return counted_characters(text); }
+std::size_t character_count(std::u16string_view text) { return counted_characters(text); }
+
+std::size_t display_width(char32_t c) {
+  if (c < 0x80) return 1;
+  // The C library's widths are those of the locale that the thread uses.
+  const locale_t outer = uselocale(unicode_locale());
+  const int width = wcwidth(static_cast<wchar_t>(c));
+  uselocale(outer);
+  return width < 0 ? 1 : static_cast<std::size_t>(width);
+}
+
+std::u16string wide_text(std::string_view text) {
+  std::u16string wide;
+  while (!text.empty()) {
+    const char32_t c = take_character(text);
+    if (c < 0x10000) {
+      wide += static_cast<char16_t>(c);
+    } else {
+      wide += static_cast<char16_t>(0xD800 + ((c - 0x10000) >> 10));
+      wide += static_cast<char16_t>(0xDC00 + ((c - 0x10000) & 0x3FF));
+    }
+  }
+  return wide;
+}
+
+}  // namespace hvm

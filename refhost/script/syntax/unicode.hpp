@@ -1,0 +1,33 @@
+// script/syntax/unicode.hpp: characters in UTF-8 and UTF-16
+
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace hvm {
+
+/// The offset of the first byte that is not valid UTF-8; `std::string_view::npos` when all of it is.
+std::size_t first_invalid_utf8(std::string_view text);
+
+/// Removes the first character of `text` and returns it. A byte that begins no valid sequence (from `\xHH`) counts as
+/// the character of its number. Requires: `text` is not empty.
+char32_t take_character(std::string_view& text);
+/// The same for UTF-16. A surrogate without its partner counts as a character.
+char32_t take_character(std::u16string_view& text);
+
+/// Appends the UTF-8 form of `c`.
+void append_utf8(std::string& text, char32_t c);
+
+/// The number of characters, as `take_character` counts them.
+std::size_t character_count(std::string_view text);
+std::size_t character_count(std::u16string_view text);
+
+/// The columns of a terminal that `c` takes up: 2 for wide East Asian characters, 0 for combining ones, otherwise 1.
+std::size_t display_width(char32_t c);
+
+/// UTF-8 as UTF-16.
+std::u16string wide_text(std::string_view text);
+
+}  // namespace hvm

@@ -1,0 +1,30 @@
+// script/text/array_layout.hpp: the elements of an array in nested brackets
+
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace hvm {
+
+/// The number of positions on each axis, first axis first.
+using Extents = std::vector<std::int64_t>;
+
+/// Gives the text of the element at a position, which has an index for each axis.
+using ElementText = std::function<std::string(const Extents& position)>;
+
+/// The most elements that a brief text shows.
+inline constexpr std::int64_t most_shown = 1000;
+
+/// How many positions to show at each end of every axis: the largest of 3, 2 and 1 with which at most `most_shown`
+/// elements are shown, and 1 where none is small enough.
+std::int64_t edge_of(const Extents& extents);
+
+/// `[[1, 2], [3, 4]]` in one line when it fits, otherwise with a line for each row of the last axis, the first one
+/// after a line end. Of an axis with more than twice `edge` positions it shows `edge` at each end and `...` between
+/// them; an `edge` of 0 shows every position.
+std::string bracketed(const Extents& extents, std::int64_t edge, const ElementText& element);
+
+}  // namespace hvm

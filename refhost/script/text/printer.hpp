@@ -1,0 +1,31 @@
+// script/text/printer.hpp: any value as text
+
+#pragma once
+
+#include <string>
+
+#include "kernel/kernel.hpp"
+#include "script/text/number_text.hpp"
+
+namespace hvm {
+
+/// Writes values as text; the text of an object comes from `object_text`.
+class Printer {
+ public:
+  Printer(Detail detail, ObjectText object_text) : detail_(detail), object_text_(std::move(object_text)) {}
+
+  /// A string as it is, everything else as in a table. Tables are written `[1, "a": 2]`; a table inside itself is
+  /// `[...]`. Does not recurse, however deep the tables are. Throws what `object_text` throws.
+  std::string text(const Value& value) const;
+  /// As `text`, but with strings in quotation marks.
+  std::string text_in_table(const Value& value) const;
+
+ private:
+  void append_leaf(std::string& out, const HostValue& record) const;
+  std::string table(const HostHash* outermost) const;
+
+  Detail detail_;
+  ObjectText object_text_;
+};
+
+}  // namespace hvm

@@ -1,0 +1,85 @@
+# tests/contract/standalone.py: every source and every header of the module and the reference host compiles alone
+#
+# Usage: standalone.py BUILD_DIRECTORY PROJECT_DIRECTORY
+#
+# A build may use a precompiled header, and a header may profit from what its includer has included before. Here each
+# source is checked by its own command from compile_commands.json without the precompiled header, and each header as
+# the only line of a source, by the command of a source beside it.
+
+import concurrent.futures
+import json
+import os
+import pathlib
+import shlex
+import subprocess
+import sys
+import tempfile
+
+FOLDERS = ["plugin", "refhost"]
+
+
+def checking(command, source):
+    """The command as one that checks the syntax of `source` alone."""
+    words, checked = iter(shlex.split(command)), []
+    for word in words:
+        if word in ("-o", "-MF", "-MT", "-MQ"):
+            next(words)
+        elif word == "-include":
+            header = next(words)
+            if "cmake_pch" not in header:
+                checked += [word, header]
+        elif word not in ("-c", "-MD", "-Winvalid-pch"):
+            checked.append(word)
+    checked.pop()  # the source of the command
+    if checked and os.path.basename(checked[0]).startswith("ccache"):
+        checked.pop(0)
+    return checked + ["-fsyntax-only", source]
+
+
+def nearest(folder, commands):
+    """The command of a source in `folder`, or in the closest folder above it that has one below."""
+    while True:
+        for source, command in commands.items():
+            if source.is_relative_to(folder):
+                return command
+        folder = folder.parent
+
+
+def checks(build, project):
+    """Each file to check with its command."""
+    listed = json.loads((build / "compile_commands.json").read_text())
+    commands = {pathlib.Path(entry["file"]).resolve(): entry["command"] for entry in listed}
+    for folder in FOLDERS:
+        for path in sorted((project / folder).rglob("*")):
+            if path.suffix in (".cpp", ".c"):
+                if path not in commands:
+                    raise SystemExit(f"{path}: no target compiles it")
+                yield path, checking(commands[path], str(path))
+            elif path.suffix in (".hpp", ".h"):
+                yield path, checking(nearest(path.parent, commands), path)
+
+
+def failure_of(check):
+    """What the compiler says of a file; nothing when it compiles."""
+    path, command = check
+    with tempfile.NamedTemporaryFile("w", suffix=".cpp") as includer:
+        if path.suffix in (".hpp", ".h"):
+            includer.write(f'#include "{path}"\n')
+            includer.flush()
+            command = command[:-1] + [includer.name]
+        run = subprocess.run(command, capture_output=True, text=True)
+    return f"{path}\n{run.stderr}" if run.returncode != 0 else ""
+
+
+def main():
+    build, project = (pathlib.Path(argument).resolve() for argument in sys.argv[1:3])
+    files = list(checks(build, project))
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        failures = [failure for failure in pool.map(failure_of, files) if failure]
+    print("\n".join(failures), end="")
+    print(f"{len(files)} files checked, {len(failures)} do not compile alone")
+    return 1 if failures or len(files) < 50 else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

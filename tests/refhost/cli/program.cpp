@@ -1,0 +1,110 @@
+// refhost/cli/program.cpp: runs hvm as a process of its own
+
+#include "program.hpp"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <linux/capability.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace hvm::testing {
+namespace {
+
+std::string contents(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// ---- In the child
+
+void redirect(Stream stream, const std::string& path, int descriptor) {
+  int pipe_ends[2] = {-1, -1};
+  switch (stream) {
+    case Stream::file:
+      dup2(open(path.c_str(), O_WRONLY | O_CREAT, 0600), descriptor);
+      break;
+    case Stream::full:
+      dup2(open("/dev/full", O_WRONLY), descriptor);
+      break;
+    case Stream::without_reader:
+      if (pipe(pipe_ends) != 0) _exit(127);
+      dup2(pipe_ends[1], descriptor);
+      close(pipe_ends[0]);
+      close(pipe_ends[1]);
+      break;
+    case Stream::closed:
+      close(descriptor);
+      break;
+  }
+}
+
+/// The standard streams are as `conditions` say, the environment has its additions, and hvm takes over.
+[[noreturn]] void become_hvm(const std::vector<std::string>& arguments, const Workplace& place,
+                             const Conditions& conditions) {
+  dup2(open((place.path() + "/in").c_str(), O_RDONLY), STDIN_FILENO);
+  redirect(conditions.out, place.path() + "/out", STDOUT_FILENO);
+  redirect(conditions.err, place.path() + "/err", STDERR_FILENO);
+  for (const auto& [name, value] : conditions.environment) setenv(name.c_str(), value.c_str(), 1);
+  if (conditions.obeys_permissions) {
+    // Root reads everything; without these two rights it is a user like any other. Other users cannot drop them.
+    prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE, 0, 0, 0);
+    prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH, 0, 0, 0);
+  }
+  std::vector<char*> words{const_cast<char*>(HVM_PROGRAM)};
+  for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
+  words.push_back(nullptr);
+  execv(HVM_PROGRAM, words.data());
+  _exit(127);
+}
+
+}  // namespace
+
+Workplace::Workplace() {
+  std::string name = ::testing::TempDir() + "hvm-test-XXXXXX";
+  if (!mkdtemp(name.data())) std::abort();
+  path_ = name;
+}
+
+Workplace::~Workplace() {
+  std::error_code error;
+  std::filesystem::remove_all(path_, error);
+}
+
+std::string Workplace::write(const std::string& name, const std::string& text) const {
+  const std::filesystem::path file = std::filesystem::path(path_) / name;
+  std::filesystem::create_directories(file.parent_path());
+  std::ofstream(file, std::ios::binary) << text;
+  return file;
+}
+
+Outcome run_hvm(const std::vector<std::string>& arguments, const Conditions& conditions) {
+  const Workplace place;
+  place.write("in", conditions.input);
+  const pid_t child = fork();
+  if (child == 0) become_hvm(arguments, place, conditions);
+  int status = 0;
+  waitpid(child, &status, 0);
+  Outcome outcome;
+  outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  outcome.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+  outcome.out = contents(place.path() + "/out");
+  outcome.err = contents(place.path() + "/err");
+  return outcome;
+}
+
+Outcome run_toy(std::vector<std::string> arguments, const Conditions& conditions) {
+  arguments.insert(arguments.begin(), {"--module", module_path("toy_module")});
+  return run_hvm(arguments, conditions);
+}
+
+std::string module_path(const std::string& name) { return std::string(MODULE_DIRECTORY) + "/" + name + ".so"; }
+
+}  // namespace hvm::testing
