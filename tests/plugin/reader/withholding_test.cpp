@@ -104,7 +104,7 @@ TEST_F(WithholdingHost, WithoutATableOrASlotForResults_MemoryIsOut) {
     const EntryFunction function = Module::loaded().entry(row.name);
     std::vector<Value> args = {matrix};
     const auto ends_with_bad_alloc = [&](Withheld what, int nth) {
-      Value result;
+      Value result(sentinel);  // no pointer, whatever reads it as one
       const Withholding withholding(what, nth);
       EXPECT_THROW(function(ctx(), hvm::records_of(args), 1, result.address()), std::bad_alloc) << row.name << nth;
       EXPECT_TRUE(Withholding::has_come()) << "the module asks the host itself";
