@@ -12,9 +12,7 @@
 namespace arrayfold::test {
 namespace {
 
-TestArray places(const Extents& extents, const Numbers& numbers) {
-  return TestArray(Kind::float64, extents, numbers);
-}
+TestArray places(const Extents& extents, const Numbers& numbers) { return TestArray(Kind::float64, extents, numbers); }
 
 /// Elements of the first kind among edges of the second.
 class Digitize : public OverPairs<ArrayResultTest> {
@@ -189,7 +187,7 @@ TEST_F(ArrayResultTest, Required_XdigitizeGivesReals_AndAnElementOnAnEdgeGoesRig
 }
 
 TEST_F(ArrayResultTest, XdigitizeAmongInt64EdgesBeyondTheReals_TakesThemRounded) {
-  const std::int64_t beyond = (std::int64_t{1} << 53) + 1;  // halfway between two reals, the lower one is even
+  const std::int64_t beyond = (std::int64_t{1} << 53) + 1;  // halfway between two doubles, the lower one is even
   const Value x = array_of<XTDouble>(ctx(), {2}, {0x1p53, 0x1p53 + 2});
   EXPECT_EQ(given(call("xdigitize", {x, array_of<XTInt64>(ctx(), {1}, {beyond})}), Kind::float64), places({2}, {1, 1}));
   const Value least = array_of<XTDouble>(ctx(), {2}, {-0x1p63, 0x1p63});

@@ -151,8 +151,6 @@ Reals with_nonsense_above(Reals a, std::size_t n) {
   return a;
 }
 
-Reals rounded(Kind kind, const Reals& numbers) {
-  return TestArray(kind, {numbers.size()}, numbers).as_doubles();
-}
+Reals rounded(Kind kind, const Reals& numbers) { return TestArray(kind, {numbers.size()}, numbers).as_doubles(); }
 
 }  // namespace arrayfold::test

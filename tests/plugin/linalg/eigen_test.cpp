@@ -74,8 +74,7 @@ TEST_P(Eigenproblems, TheLowerTriangleAloneIsRead) {
   for (const std::size_t n : {2u, 3u, 10u, 40u}) {
     const Reals a = positive_definite(n, 14);
     const Value whole = of({n, n}, a), below = of({n, n}, with_nonsense_above(a, n));
-    EXPECT_EQ(doubles_of(kind(), "xeigvalsh", {below}),
-              doubles_of(kind(), "xeigvalsh", {whole}));
+    EXPECT_EQ(doubles_of(kind(), "xeigvalsh", {below}), doubles_of(kind(), "xeigvalsh", {whole}));
     const auto of_below = table("xeigh", {below}), of_whole = table("xeigh", {whole});
     for (std::size_t key = 0; key < 2; ++key)
       EXPECT_EQ(contents_of(of_below.at(key), kind()), contents_of(of_whole.at(key), kind())) << n;

@@ -160,7 +160,7 @@ TEST_F(Hostile, MatricesOfMoreRowsThanLapackCounts_WithoutElements_EndAsKnown) {
   EXPECT_EQ(shape(solution), (std::vector<std::int64_t>{4294967294, 0}));
 }
 
-/// Matrices that routines do not love.
+/// Matrices that LAPACK may not come back from.
 std::vector<Reals> bad_matrices(std::size_t n) {
   const Reals random = random_reals(n * n, 3);
   std::vector<Reals> made = {Reals(n * n, 0), Reals(n * n, 1), Reals(n * n, not_a_number), Reals(n * n, infinity),

@@ -117,8 +117,7 @@ void IntegerProducts::expect_triple_loop(std::size_t m, std::size_t k, std::size
 
 TEST_P(IntegerProducts, AreTheWrappingTripleLoop) {
   std::mt19937_64 engine(17);
-  for (int turn = 0; turn < 60; ++turn)
-    expect_triple_loop(extent(), extent(), turn % 7 == 0 ? 1 : extent(), engine);
+  for (int turn = 0; turn < 60; ++turn) expect_triple_loop(extent(), extent(), turn % 7 == 0 ? 1 : extent(), engine);
 }
 
 TEST_P(IntegerProducts, WithEveryNumberOfRowsLeftOver_AreTheWrappingTripleLoop) {

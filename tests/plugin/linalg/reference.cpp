@@ -82,9 +82,8 @@ auto with_real(Kind kind, Use use) {
 TestArray library_product(const std::string& name, const TestArray& left, const TestArray& right) {
   return with_element(left.kind(), [&](auto zero) {
     const auto a = container_with<decltype(zero)>(left);
-    return with_element(right.kind(), [&](auto other) {
-      return product(name, a, container_with<decltype(other)>(right));
-    });
+    return with_element(right.kind(),
+                        [&](auto other) { return product(name, a, container_with<decltype(other)>(right)); });
   });
 }
 

@@ -99,7 +99,7 @@ TEST_F(DumpText, LongerThanAHostRecordTakes_ThrowsBadAlloc) {
 }
 
 TEST_F(DumpText, OfCountlessEmptyRows_ThrowsBeforeItWrites) {
-  // Their number times the least text of each is one less than what wraps to nothing.
+  // Their number times the minimum length of each text is one less than what wraps to nothing.
   Value rows = array_of<XTDouble>(ctx(), {14002645, 65537, 6700417, 0}, {});
   const auto before = allocations().made;
   Value indent(0), result;

@@ -178,8 +178,9 @@ TEST_F(OrderFrame, Required_XsetdiffOfTwoArrays_LooksTwiceAtTheFirstAndFails) {
   FloatObject floats({2}, {1, 2});
   const Value hollow = Value::object(ctx(), "$xintarray");
   const Value null_array = call("xarange", {Value(1), Value(2), Value(3), Value(4)}).result;
-  const std::vector<Value> objects = {twos(),         twos(Kind::int32),   twos(Kind::int64), twos(Kind::boolean),
-                                      floats.value(), foreign.value(), hollow,          null_array};
+  const std::vector<Value> objects = {
+      twos(), twos(Kind::int32), twos(Kind::int64), twos(Kind::boolean), floats.value(), foreign.value(),
+      hollow, null_array};
   for (const Value& left : objects)
     for (const Value& right : objects) {
       expect_nothing(call("xsetdiff1d", {left, right}), 0, operations, "two");

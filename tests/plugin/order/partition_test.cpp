@@ -10,7 +10,7 @@
 namespace arrayfold::test {
 namespace {
 
-/// An element as an int: reals without their fraction, wide integers without their upper half.
+/// An element as an int: a floating-point number without its fraction, a wide integer without its upper half.
 std::int32_t as_int(const Number& x) {
   if (x.is_integer) return static_cast<std::int32_t>(static_cast<std::uint32_t>(x.integer));
   if (!(x.real > -2147483649.0 && x.real < 2147483648.0)) return INT32_MIN;

@@ -68,8 +68,7 @@ TEST_P(Sorts, OfNoElements_AreEmptyInTheSameShape) {
 
 TEST_P(Sorts, WorkRowByRow) {
   Operand operand(ctx(), kind(), {2, 3}, {3, 1, 2, 9, 8, 7});
-  EXPECT_EQ(given(call("xsort", {operand.value()}), kind()),
-            TestArray(kind(), {2, 3}, {1, 2, 3, 7, 8, 9}));
+  EXPECT_EQ(given(call("xsort", {operand.value()}), kind()), TestArray(kind(), {2, 3}, {1, 2, 3, 7, 8, 9}));
   EXPECT_EQ(given(call("xargsort", {operand.value()}), Kind::int32),
             TestArray(Kind::int32, {2, 3}, {1, 2, 0, 2, 1, 0}));
 }
@@ -77,15 +76,14 @@ TEST_P(Sorts, WorkRowByRow) {
 TEST_P(Sorts, Required_ASecondArgument_IsNoAxis) {
   Operand operand(ctx(), kind(), {2, 2}, {4, 3, 2, 1});
   for (const int axis : {0, 1, -1})
-    EXPECT_EQ(given(call("xsort", {operand.value(), Value(axis)}), kind()),
-              TestArray(kind(), {2, 2}, {3, 4, 1, 2}));
+    EXPECT_EQ(given(call("xsort", {operand.value(), Value(axis)}), kind()), TestArray(kind(), {2, 2}, {3, 4, 1, 2}));
 }
 
-// The vectorised sort for reals that others take loses elements here: some become the infinity, others vanish.
+// A vectorised sort of doubles loses elements here: some become the infinity, others vanish.
 TEST_F(OrderingTest, XsortOfFewDistinctRealsWithInfinities_KeepsEachElement) {
   constexpr double infinity = std::numeric_limits<double>::infinity();
   const Numbers sets[] = {{infinity, 0, 1},  {infinity, -infinity, 2}, {infinity, 5},
-                                      {-infinity, 5, 6}, {infinity, -infinity},    {infinity, 1, 2, 3, 4, 5, 6, 7}};
+                          {-infinity, 5, 6}, {infinity, -infinity},    {infinity, 1, 2, 3, 4, 5, 6, 7}};
   for (const auto& few : sets)
     for (std::size_t length = 256; length <= 1000; ++length) {
       const TestArray array = drawn_from(Kind::float64, length, few);
@@ -103,6 +101,20 @@ TEST_F(OrderingTest, XargsortOfZerosOfBothSigns_TakesThemAsEqual) {
     EXPECT_EQ(given(call("xargsort", {array_of<XTDouble>(ctx(), {length}, x)}), Kind::int32),
               TestArray(Kind::int32, {length}, expected));
   }
+}
+
+// Keys of 64 bits are cut so that a position fits beside them: neighbours may differ in what is cut off alone.
+TEST_F(OrderingTest, XargsortOfNeighboursUnderEveryWidthOfKeys_PutsThemInOrder) {
+  for (const std::size_t length : {256u, 257u, 1000u})
+    for (int width = 50; width < 63; ++width) {
+      std::vector<std::int64_t> x(length);
+      for (std::size_t i = 0; i < length; ++i) x[i] = static_cast<std::int64_t>(i ^ 1);  // 1, 0, 3, 2, ...
+      x.back() = std::int64_t{1} << width;
+      const TestArray array(Extents{length}, x);
+      const TestArray found = given(call("xargsort", {to_host(ctx(), array)}), Kind::int32);
+      EXPECT_TRUE(put_in_order(found, array)) << length << " of " << width << " bits";
+      EXPECT_EQ(difference(found, expected_positions(array)), "") << length << " of " << width << " bits";
+    }
 }
 
 TEST_F(OrderingTest, Required_XargsortOfInt64_Gives32BitPositions) {

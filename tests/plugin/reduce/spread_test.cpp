@@ -92,7 +92,7 @@ TEST_F(Spread, Required_TrapezoidsOfMoreDimensions_AreThoseOfTheFirstRun) {
   EXPECT_EQ(of_all_kinds("xtrapz", {3, 2}, {1, 2, 3, 10, 20, 30}), 1.5);
   EXPECT_EQ(of_all_kinds("xtrapz", {2, 1, 3}, {1, 2, 3, 10, 20, 30}), 4.0);
   EXPECT_EQ(of_all_kinds("xtrapz", {1, 1, 1, 1, 1, 1, 1, 2, 3}, {1, 2, 3, 10, 20, 30}), 4.0);
-  // What stands in the other runs does not count, either.
+  // The elements of the other rows do not count, either.
   EXPECT_EQ((number_of<double, XTDouble>("xtrapz", {2, 2}, {1, 2, NAN, infinity})), 1.5);
 }
 
