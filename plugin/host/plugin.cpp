@@ -28,7 +28,7 @@ extern "C" __attribute__((visibility("default"))) int PKG_Init(void* host,
                                                                arrayfold::RegisterFunctions register_functions) {
   using namespace arrayfold;
   register_functions(host, function_count, function_table);
-  for (const ObjectType& type : object_types) {
+  for (const ObjectType& type : object_types()) {
     AnyMan* man = HVM_NewAnyMan(type.name, type.create, type.destroy, type.method, type.op, nullptr);
     HVM_RegisterAnyMan(type.name, man);
   }

@@ -10,6 +10,7 @@
 
 #include "array/table_slots.hpp"
 #include "object/dump_text.hpp"
+#include "object/receiver.hpp"
 
 namespace arrayfold {
 namespace {
@@ -87,26 +88,28 @@ bool reshape(Array& receiver, const MethodCall& call) {
   return true;
 }
 
-template <class Array>
-bool call_method(Array& receiver, HostContext ctx, const char* name, HostValue** args, int nargs, HostValue* result,
-                 int flag) {
-  if (name == nullptr) return false;
+template <class Kind>
+HostBool method_callback(HostContext ctx, HostValue* self, const char* name, HostValue** args, int nargs,
+                         HostValue* result, int flag) {
+  ArrayOf<Kind>* array = array_in<Kind>(content_of(self));
+  if (array == nullptr || name == nullptr) return false;
   const std::string_view method = name;
   const MethodCall call{ctx, args, nargs, result};
   if (flag != 0 && method == "__set_item") return false;
   if (method == "__get_item") return false;
-  if (method == "dump") return dump(receiver, call);
-  if (method == "shape") return shape(receiver, call);
-  if (method == "reshape") return reshape(receiver, call);
+  if (method == "dump") return dump(*array, call);
+  if (method == "shape") return shape(*array, call);
+  if (method == "reshape") return reshape(*array, call);
   return false;
 }
 
-constexpr auto handler_of_each = [](auto... kind) {
-  return KindTable<registered_kinds, MethodHandler>(&call_method<ArrayOf<decltype(kind)>>...);
+constexpr auto callback_of_each = [](auto... kind) {
+  return KindTable<registered_kinds, MethodCallbackOf>(&method_callback<decltype(kind)>...);
 };
 
 }  // namespace
 
-constexpr KindTable<registered_kinds, MethodHandler> method_handlers = for_kinds(registered_kinds{}, handler_of_each);
+constexpr KindTable<registered_kinds, MethodCallbackOf> method_callbacks =
+    for_kinds(registered_kinds{}, callback_of_each);
 
 }  // namespace arrayfold

@@ -3,17 +3,15 @@
 #pragma once
 
 #include "array/xt_object.hpp"
-#include "host/host_operations.hpp"
 
 namespace arrayfold {
 
 template <class Kind>
-using MethodHandler = bool (*)(ArrayOf<Kind>& receiver, HostContext ctx, const char* name, HostValue** args, int nargs,
-                               HostValue* result, int flag);
+using MethodCallbackOf = MethodCallback;
 
-/// For each kind the methods `dump`, `shape` and `reshape`. Returns false for any other name, with the result record as
-/// it was. `args` are `nargs` pointers to records. Exceptions pass, except the std::runtime_error of a `reshape` to
-/// another element count.
-extern const KindTable<registered_kinds, MethodHandler> method_handlers;
+/// For each kind the callback of its type, with the methods `dump`, `shape` and `reshape`. Returns false for any other
+/// name, and when `self` holds no array, with the result record as it was. Exceptions pass, except the
+/// std::runtime_error of a `reshape` to another element count.
+extern const KindTable<registered_kinds, MethodCallbackOf> method_callbacks;
 
 }  // namespace arrayfold

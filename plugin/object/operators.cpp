@@ -21,6 +21,7 @@
 #include "array/storage.hpp"
 #include "kernels/arithmetic.hpp"
 #include "object/element_access.hpp"
+#include "object/receiver.hpp"
 
 namespace arrayfold {
 namespace {
@@ -264,13 +265,29 @@ bool apply_operator(ArrayOf<Kind>& array, HostContext ctx, HostValue* self, Opco
     return apply_to_numbers(at, opcode);
 }
 
+bool takes_index_list(Opcode opcode) { return opcode == Opcode::read_element || opcode == Opcode::write_element; }
+
+template <class Kind>
+HostBool operator_callback(HostContext ctx, int opcode, HostValue* left, HostValue* right, HostValue* result) {
+  const bool on_left = content_of(left) != nullptr;
+  if (!on_left && takes_index_list(static_cast<Opcode>(opcode))) return false;  // the right record is no operand
+  HostValue* self = on_left ? left : right;
+  ArrayOf<Kind>* array = array_in<Kind>(content_of(self));
+  return array != nullptr && apply_operator<Kind>(*array, ctx, self, static_cast<Opcode>(opcode), left, right, result);
+}
+
 constexpr auto handler_of_each = [](auto... kind) {
   return KindTable<registered_kinds, OperatorHandler>(&apply_operator<decltype(kind)>...);
+};
+constexpr auto callback_of_each = [](auto... kind) {
+  return KindTable<registered_kinds, OperatorCallbackOf>(&operator_callback<decltype(kind)>...);
 };
 
 }  // namespace
 
 constexpr KindTable<registered_kinds, OperatorHandler> operator_handlers =
     for_kinds(registered_kinds{}, handler_of_each);
+constexpr KindTable<registered_kinds, OperatorCallbackOf> operator_callbacks =
+    for_kinds(registered_kinds{}, callback_of_each);
 
 }  // namespace arrayfold

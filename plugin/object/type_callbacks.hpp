@@ -17,7 +17,7 @@ struct ObjectType {
   OperatorCallback op;
 };
 
-/// In the order of registration.
-extern const std::array<ObjectType, kind_count(registered_kinds{})> object_types;
+/// The types in the order of registration.
+std::array<ObjectType, kind_count(registered_kinds{})> object_types();
 
 }  // namespace arrayfold
