@@ -16,7 +16,8 @@ namespace {
 template <class T>
 T frobenius_norm(const xarray_of<T>& matrix) {
   const auto add_square = [](double sum, T x) { return sum + static_cast<double>(x) * static_cast<double>(x); };
-  return static_cast<T>(std::sqrt(ordered_fold(matrix, 0.0, add_square, Sum{})));
+  const auto add = [](double sum, double row) { return sum + row; };
+  return static_cast<T>(std::sqrt(ordered_fold(matrix, 0.0, add_square, add)));
 }
 
 /// A vector has the Euclidean norm, a matrix that of Frobenius. Throws std::runtime_error for other dimensions.
