@@ -9,7 +9,7 @@ class Eigenproblems : public OverKinds<AlgebraTest> {
  protected:
   Value of(const Extents& extents, const Reals& numbers) { return made(kind(), extents, numbers); }
 };
-INSTANTIATE_TEST_SUITE_P(Kinds, Eigenproblems, ::testing::ValuesIn(real_kinds), KindName());
+INSTANTIATE_TEST_SUITE_P(Kinds, Eigenproblems, ::testing::ValuesIn(floating_kinds), KindName());
 
 TEST_P(Eigenproblems, Required_XeigGivesAnEmptyTable) {
   for (const Reals& elements : {Reals{2, 0, 0, 3}, {0, -1, 1, 0}, {1, 1, 0, 1}, {0, 0, 0, 0}, {1e-30, 1e30, 0, 1}}) {

@@ -18,7 +18,7 @@ class Factorisations : public OverKinds<AlgebraTest> {
     return 8 * static_cast<double>(n + 1) * rounding_of(kind()) * size;
   }
 };
-INSTANTIATE_TEST_SUITE_P(Kinds, Factorisations, ::testing::ValuesIn(real_kinds), KindName());
+INSTANTIATE_TEST_SUITE_P(Kinds, Factorisations, ::testing::ValuesIn(floating_kinds), KindName());
 
 constexpr std::pair<std::size_t, std::size_t> sizes[] = {{1, 1}, {1, 4},  {4, 1},  {2, 3},  {3, 2},
                                                          {5, 5}, {17, 9}, {9, 17}, {40, 33}};

@@ -49,7 +49,7 @@ class LibraryMatrices : public OverKinds<AlgebraTest> {
   }
   static TestArray plain(const TestArray& array) { return array.with_one_nan(); }
 };
-INSTANTIATE_TEST_SUITE_P(Kinds, LibraryMatrices, ::testing::ValuesIn(real_kinds), KindName());
+INSTANTIATE_TEST_SUITE_P(Kinds, LibraryMatrices, ::testing::ValuesIn(floating_kinds), KindName());
 
 TEST_P(LibraryMatrices, Factors_AreTheLibrarys) {
   for_matrices([&](const TestArray& matrix) {

@@ -30,7 +30,7 @@ class Solvers : public OverKinds<AlgebraTest> {
     return least_squares(of(a, matrix), of(b, sides));
   }
 };
-INSTANTIATE_TEST_SUITE_P(Kinds, Solvers, ::testing::ValuesIn(real_kinds), KindName());
+INSTANTIATE_TEST_SUITE_P(Kinds, Solvers, ::testing::ValuesIn(floating_kinds), KindName());
 
 /// Far from singular: random, with a strong diagonal.
 Reals regular(std::size_t n, unsigned seed) {

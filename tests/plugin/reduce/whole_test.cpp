@@ -218,7 +218,7 @@ TEST_F(Whole, Required_LastExtentOne_ReadsTheFirstElementForTheTail) {
 }
 
 TEST_F(Whole, Required_LastExtentOne_OfEveryCountAndKind) {
-  for (const Kind kind : all_kinds) expect_scans_of_last_extent_one(kind);
+  for (const Kind kind : numeric_kinds) expect_scans_of_last_extent_one(kind);
 }
 
 }  // namespace
