@@ -7,8 +7,6 @@
 namespace arrayfold::test {
 namespace {
 
-using Words = std::vector<std::string>;
-
 class Stubs : public ModuleTest {
  protected:
   Value array() const { return array_of<XTDouble>(ctx(), {2}, {1.0, 2.0}); }

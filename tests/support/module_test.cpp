@@ -196,9 +196,24 @@ Answer ModuleTest::apply_into(HostValue* result, const char* type_name, int opco
   return answer;
 }
 
+void ModuleTest::expect_no_result(const Answer& answer, int returned, const std::string& what) {
+  EXPECT_EQ(answer.returned, returned) << what;
+  EXPECT_TRUE(answer.untouched) << what;
+}
+
+void ModuleTest::expect_no_result(const Answer& answer, int returned, const Words& operations,
+                                  const std::string& what) {
+  expect_no_result(answer, returned, what);
+  EXPECT_EQ(answer.operations, operations) << what;
+}
+
+void ModuleTest::expect_failure(const std::string& name, std::vector<Value> args) const {
+  expect_no_result(call(name, std::move(args)), 0, name);
+}
+
 std::string ModuleTest::dump(Value& value) const {
   const Answer answer = method(value, "dump");
-  if (answer.returned == 0) throw std::invalid_argument("dump is declined");
+  if (answer.returned == 0) throw std::invalid_argument("dump fails");
   return std::string(hvm::text_of(answer.result.record()));
 }
 

@@ -75,6 +75,12 @@ class ModuleTest : public ::testing::Test {
   /// The same into a record of the caller's: an operand, and the operator works in place.
   Answer apply_into(HostValue* result, const char* type_name, int opcode, HostValue* left, HostValue* right) const;
 
+  /// The call returned this and left the result record as it was; with the host operations, these and no others.
+  static void expect_no_result(const Answer& answer, int returned, const std::string& what = {});
+  static void expect_no_result(const Answer& answer, int returned, const Words& operations, const std::string& what);
+  /// A call of a function returns 0 and leaves the result record as it was.
+  void expect_failure(const std::string& name, std::vector<Value> args) const;
+
   /// The text of the array in `value`, by its `dump` method.
   std::string dump(Value& value) const;
   std::string dump(Value&& value) const { return dump(value); }

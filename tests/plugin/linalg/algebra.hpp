@@ -75,11 +75,6 @@ class AlgebraTest : public ModuleTest {
   std::vector<Value> table(const std::string& name, const std::vector<Value>& args) const;
   static std::vector<Value> values_of(const Value& result);
 
-  static void expect_nothing(const Answer& answer, int returned, const std::string& what) {
-    EXPECT_EQ(answer.returned, returned) << what;
-    EXPECT_TRUE(answer.untouched) << what;
-  }
-
   /// How a call ends: "0", "1", or the exception with its words. That the result record is as it was after an exception
   /// is looked at by `call`.
   std::string ending(const std::string& name, const std::vector<Value>& args) const;

@@ -228,7 +228,7 @@ TEST_P(Traces, OfMoreDimensions_LeaveTheLaterOnes) {
 TEST_P(Traces, Required_BelowTwoDimensions_AreHandledWithoutAValue) {
   for (const Extents& extents : {Extents{}, {0}, {1}, {4}}) {
     const Answer answer = call("xtrace", {made(kind(), extents, Reals(size_of(extents)))});
-    expect_nothing(answer, 1, "xtrace");
+    expect_no_result(answer, 1, "xtrace");
     EXPECT_EQ(answer.operations, (Words{"AnyCheck 0", "GetAny 0"}));
   }
 }

@@ -142,21 +142,22 @@ TEST_F(ElementAccess, OneIndex_ChecksReadsAndGives) {
 }
 
 TEST_F(ElementAccess, OneIndexThatIsNoNumber_IsDeclined) {
-  const ForeignType foreign;
-  for (const Value& index : {Value("1"), Value(), Value::table(), foreign.object(ctx()), matrix_, raw(ValueTag::code)})
+  int content = 7;
+  ForeignObject foreign("$foreign", &content);
+  for (const Value& index : {Value("1"), Value(), Value::table(), foreign.value(), matrix_, raw(ValueTag::code)})
     for (Value array : one_of_each_kind()) {
       const Answer answer = read_one(array, index);
-      expect_declined(answer);
+      expect_false(answer);
       EXPECT_EQ(answer.operations, (Words{"NumberCheck right"}));
     }
   for (Value array : one_of_each_kind())
-    expect_declined(apply(type_of(array).c_str(), static_cast<int>(Opcode::read_one_index), array.address(), nullptr));
+    expect_false(apply(type_of(array).c_str(), static_cast<int>(Opcode::read_one_index), array.address(), nullptr));
 }
 
 TEST_F(ElementAccess, OneIndexWithTheArrayOnTheRight_IsDeclined) {
   for (Value array : one_of_each_kind()) {
     const Answer answer = operate(Opcode::read_one_index, Value(0), array);
-    expect_declined(answer);
+    expect_false(answer);
     EXPECT_EQ(answer.operations, (Words{"NumberCheck right"}));
   }
 }
@@ -262,11 +263,12 @@ TEST_F(ElementAccess, TheValue_IsCheckedAndReadBeforeTheIndices) {
 }
 
 TEST_F(ElementAccess, AValueThatIsNoNumber_IsDeclinedBeforeTheIndicesAreRead) {
-  const ForeignType foreign;
+  int content = 7;
+  ForeignObject foreign("$foreign", &content);
   const std::string before = dump(matrix_);
-  for (const Value& value : {Value("1"), Value(), Value::table(), foreign.object(ctx()), matrix_}) {
+  for (const Value& value : {Value("1"), Value(), Value::table(), foreign.value(), matrix_}) {
     const Answer answer = write(matrix_, values({1, 2}), value);
-    expect_declined(answer);
+    expect_false(answer);
     EXPECT_EQ(answer.operations.size(), 1u);
     EXPECT_EQ(answer.operations.front().rfind("NumberCheck", 0), 0u);
   }
@@ -279,7 +281,7 @@ TEST_F(ElementAccess, AnEmptyList_IsDeclinedWithoutAnyOperation) {
   for (Value array : one_of_each_kind())
     for (const Entries where : both_forms) {
       for (const Answer& answer : {read(array, {}, where), write(array, {}, Value(1), where)}) {
-        expect_declined(answer);
+        expect_false(answer);
         EXPECT_TRUE(answer.operations.empty());
       }
     }
@@ -288,7 +290,7 @@ TEST_F(ElementAccess, AnEmptyList_IsDeclinedWithoutAnyOperation) {
 TEST_F(ElementAccess, AMissingList_IsDeclined) {
   for (Value array : one_of_each_kind())
     for (const Opcode opcode : {Opcode::read_element, Opcode::write_element})
-      expect_declined(apply(type_of(array).c_str(), static_cast<int>(opcode), array.address(), nullptr));
+      expect_false(apply(type_of(array).c_str(), static_cast<int>(opcode), array.address(), nullptr));
 }
 
 TEST_F(ElementAccess, Required_NineIndices_AreAllReadAndThenDeclined) {
@@ -298,10 +300,10 @@ TEST_F(ElementAccess, Required_NineIndices_AreAllReadAndThenDeclined) {
     for (const Entries where : both_forms) {
       const std::vector<Value> indices(count, Value(0));
       const Answer reading = read(deep, indices, where);
-      expect_declined(reading);
+      expect_false(reading);
       EXPECT_EQ(reading.operations, Words(count, "AsInt"));
       const Answer writing = write(deep, indices, Value(99), where);
-      expect_declined(writing);
+      expect_false(writing);
       EXPECT_EQ(writing.operations.size(), 2 + count);
     }
   EXPECT_EQ(dump(deep), before);
@@ -313,7 +315,7 @@ TEST_F(ElementAccess, AListWithoutAnArrayOnTheLeft_IsDeclinedUnread) {
   for (HostValue* left : {static_cast<HostValue*>(nullptr), number.address(), nil.address()})
     for (const int opcode : {36865, 36866}) {
       const Answer answer = apply("$xintarray", opcode, left, list.address());
-      expect_declined(answer);
+      expect_false(answer);
       EXPECT_TRUE(answer.operations.empty());
     }
 }

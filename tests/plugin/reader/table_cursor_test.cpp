@@ -10,7 +10,6 @@
 namespace arrayfold::test {
 namespace {
 
-using Words = std::vector<std::string>;
 using Mode = TableCursor::Mode;
 
 class TableCursors : public ScriptedTest {

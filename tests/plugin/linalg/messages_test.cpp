@@ -1,4 +1,4 @@
-// linalg/words_test.cpp: every word that a call can end with, to the byte, and which comes first
+// linalg/messages_test.cpp: every message that a call can end with, to the byte, and which comes first
 
 #include "algebra.hpp"
 
@@ -208,7 +208,7 @@ TEST_F(ProductWords, ExtentsOverAnEmptyStorage_AreOutOfMemory) {
     EXPECT_EQ(ending(name, {nothing, ones({1})}), "bad_alloc") << name;
     EXPECT_EQ(ending(name, {ones({}), nothing}), "bad_alloc") << name;
   }
-  expect_nothing(call("xvdot", {nothing, nothing}), 0, "xvdot");
+  expect_no_result(call("xvdot", {nothing, nothing}), 0, "xvdot");
   EXPECT_EQ(ending("xtrace", {nothing}), "bad_alloc");
 }
 

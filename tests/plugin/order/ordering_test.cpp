@@ -1,4 +1,4 @@
-// order/sort_test.cpp: xsort and xargsort beside the array library's own, bit for bit
+// order/ordering_test.cpp: xsort and xargsort beside the array library's own, bit for bit
 //
 // Runs of 256 elements and more are sorted in another way, which must give the same. Only where positions of equal
 // elements go is that way's own choice.

@@ -1,4 +1,4 @@
-// reduce/spread_test.cpp: values of xvariance, xstddev, xtrapz, xcount_nonzero
+// reduce/statistics_test.cpp: values of xvariance, xstddev, xtrapz, xcount_nonzero
 
 #include "reductions.hpp"
 

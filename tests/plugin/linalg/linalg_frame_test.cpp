@@ -1,4 +1,4 @@
-// linalg/frame_test.cpp: what the twenty-two functions ask of the host, what they accept, and how their results come
+// linalg/linalg_frame_test.cpp: what the twenty-two functions ask of the host, what they accept, and how their results come
 
 #include <cstring>
 #include <sstream>
@@ -109,7 +109,7 @@ class LinalgFrame : public AlgebraTest {
         auto args = operands(count);
         args[position] = value;
         const Answer answer = call(name, args);
-        expect_nothing(answer, 0, name + (" of " + what));
+        expect_no_result(answer, 0, name + (" of " + what));
         EXPECT_EQ(answer.operations, position == 0 ? Words{"AnyCheck 0"} : (Words{"AnyCheck 0", "AnyCheck 1"})) << name;
       }
     });
@@ -122,12 +122,21 @@ class LinalgFrame : public AlgebraTest {
         auto args = operands(count);
         args[position] = value;
         const Answer answer = call(name, args);
-        expect_nothing(answer, contains(stubs, name) ? 1 : 0, name + (" of " + what));
+        expect_no_result(answer, contains(stubs, name) ? 1 : 0, name + (" of " + what));
         EXPECT_EQ(answer.operations, looked_at(count)) << name;
       }
     });
   }
 };
+
+TEST_F(LinalgFrame, Functions_AreThoseOfTheFamily) {
+  Names names;
+  for_all_names([&](const char* name, std::size_t) { names.push_back(name); });
+  Names family = functions_of("linalg");
+  std::sort(names.begin(), names.end());
+  std::sort(family.begin(), family.end());
+  EXPECT_EQ(names, family);
+}
 
 // ---- Kinds
 
@@ -151,7 +160,7 @@ TEST_F(LinalgFrame, IntegersAreTakenByProductsAndTheTraceAlone) {
       continue;
     }
     for (const Answer& answer : {ints, longs}) {
-      expect_nothing(answer, 0, function.name);
+      expect_no_result(answer, 0, function.name);
       EXPECT_EQ(answer.operations, looked_at(function.operands)) << function.name;
     }
   }
@@ -160,7 +169,7 @@ TEST_F(LinalgFrame, IntegersAreTakenByProductsAndTheTraceAlone) {
 TEST_F(LinalgFrame, Required_IntegersCountAsHandledByXcond) {
   for (const Value& integers : {matrix(Kind::int32), matrix(Kind::int64)}) {
     const Answer answer = call("xcond", {integers});
-    expect_nothing(answer, 1, "xcond");
+    expect_no_result(answer, 1, "xcond");
     EXPECT_EQ(answer.operations, looked_at(1));
   }
 }
@@ -192,17 +201,17 @@ TEST_F(LinalgFrame, EveryPairOfKinds_OfTheSolvers) {
       if (i >= 2 && i == j)
         expect_form(functions[18], solved, names[i]);
       else
-        expect_nothing(solved, 0, "xsolve");
+        expect_no_result(solved, 0, "xsolve");
       if (i >= 2 && j >= 2)
         expect_form(functions[19], least, names[i]);
       else
-        expect_nothing(least, 0, "xlstsq");
+        expect_no_result(least, 0, "xlstsq");
     }
 }
 
 TEST_F(LinalgFrame, Required_FloatAndDouble_AreNoPairForXsolve) {
-  expect_nothing(call("xsolve", {matrix(Kind::float32), matrix()}), 0, "float, double");
-  expect_nothing(call("xsolve", {matrix(), matrix(Kind::float32)}), 0, "double, float");
+  expect_no_result(call("xsolve", {matrix(Kind::float32), matrix()}), 0, "float, double");
+  expect_no_result(call("xsolve", {matrix(), matrix(Kind::float32)}), 0, "double, float");
   // Kinds come before shapes.
   EXPECT_EQ(ending("xsolve", {ones({2, 3}), made(Kind::float32, {2}, {1, 2})}), "0");
   EXPECT_EQ(ending("xsolve", {ones({2, 3}), made(Kind::int32, {2}, {1, 2})}), "0");
@@ -307,7 +316,7 @@ TEST_F(LinalgFrame, WithTooFewArguments_AreDeclined) {
   for_all_names([&](const char* name, std::size_t count) {
     for (int nargs = -1; nargs < static_cast<int>(count); ++nargs) {
       const Answer answer = call_with_count(name, operands(2), nargs);
-      expect_nothing(answer, 0, name);
+      expect_no_result(answer, 0, name);
       EXPECT_EQ(answer.operations, Words{}) << name << nargs;
     }
   });
@@ -351,7 +360,7 @@ TEST_F(LinalgFrame, TheSecondOperand_IsFetchedButNotLookedAtWhenTheFirstIsNone) 
   for (const Function& function : functions) {
     if (function.operands < 2) continue;
     const Answer answer = call(function.name, {bools, Value::object(&without_manager)});
-    expect_nothing(answer, 0, function.name);
+    expect_no_result(answer, 0, function.name);
     EXPECT_EQ(answer.operations, looked_at(2)) << function.name;
   }
 }
@@ -364,7 +373,7 @@ TEST_F(LinalgFrameDeathTest, Required_ArraysWithoutAContainer_AreReadThroughNull
   ASSERT_EQ(type_of(hollow), "$xdoublearray");
   for (const Function& function : functions)
     EXPECT_DEATH(call(function.name, std::vector<Value>(function.operands, hollow)), "") << function.name;
-  expect_nothing(call("xmatrix_power", {hollow}), 1, "xmatrix_power");
+  expect_no_result(call("xmatrix_power", {hollow}), 1, "xmatrix_power");
 }
 
 // ---- The stub
@@ -375,7 +384,7 @@ TEST_F(LinalgFrame, Required_XmatrixPowerOfAnyObject_IsHandledWithoutAResult) {
                               array_of<XTBool>(ctx(), {2}, {true, false}), Value::object(ctx(), "$xintarray")})
     for (const std::vector<Value>& args : {std::vector<Value>{object}, {object, Value(3)}, {object, Value("x")}}) {
       const Answer answer = call("xmatrix_power", args);
-      expect_nothing(answer, 1, "xmatrix_power");
+      expect_no_result(answer, 1, "xmatrix_power");
       EXPECT_EQ(answer.operations, looked_at(1));
     }
 }

@@ -1,4 +1,4 @@
-// reduce/whole_test.cpp: values of xsum, xprod, xamin, xamax, xmean
+// reduce/reductions_test.cpp: values of xsum, xprod, xamin, xamax, xmean
 
 #include "reference.hpp"
 

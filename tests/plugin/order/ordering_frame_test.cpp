@@ -1,4 +1,4 @@
-// order/frame_test.cpp: what the functions of ordering ask of the host, what they accept, and what they leave alone
+// order/ordering_frame_test.cpp: what the functions of ordering ask of the host, what they accept, and what they leave alone
 
 #include "ordering.hpp"
 #include "support/allocations.hpp"
@@ -60,42 +60,42 @@ TEST_F(OrderFrame, FloatsWhereTheHostKnowsNoSuchName_TellItOfNull) {
 
 TEST_F(OrderFrame, WithTooFewArguments_AreDeclined) {
   for (const std::string& name : orderings) {
-    for (const int nargs : {0, -1}) expect_nothing(call_with_count(name, {twos(), Value(1)}, nargs), 0, {}, name);
-    if (reads_rank(name)) expect_nothing(call(name, {twos()}), 0, {}, name);
+    for (const int nargs : {0, -1}) expect_no_result(call_with_count(name, {twos(), Value(1)}, nargs), 0, {}, name);
+    if (reads_rank(name)) expect_no_result(call(name, {twos()}), 0, {}, name);
   }
   for (const int nargs : {1, 0, -1})
-    expect_nothing(call_with_count("xsetdiff1d", {twos(), twos()}, nargs), 0, {}, "xsetdiff1d");
+    expect_no_result(call_with_count("xsetdiff1d", {twos(), twos()}, nargs), 0, {}, "xsetdiff1d");
 }
 
 TEST_F(OrderFrame, OfWhatIsNoObject_AreDeclined) {
   for (const std::string& name : orderings)
     for (const Value& operand : no_objects())
-      expect_nothing(ask(name, operand), 0, {"AnyCheck 0"},
+      expect_no_result(ask(name, operand), 0, {"AnyCheck 0"},
                      name + " of tag " + std::to_string(static_cast<int>(operand.tag())));
 }
 
 TEST_F(OrderFrame, Required_Bools_AreHandledWithoutResult) {
   for (const std::string& name : orderings) {
-    expect_nothing(ask(name, array_of<XTBool>(ctx(), {2}, {true, false})), 1, looked_at, name);
-    expect_nothing(ask(name, array_of<XTBool>(ctx(), {0}, {})), 1, looked_at, name);
-    expect_nothing(ask(name, array_of<XTBool>(ctx(), {}, {true})), 1, looked_at, name);
+    expect_no_result(ask(name, array_of<XTBool>(ctx(), {2}, {true, false})), 1, looked_at, name);
+    expect_no_result(ask(name, array_of<XTBool>(ctx(), {0}, {})), 1, looked_at, name);
+    expect_no_result(ask(name, array_of<XTBool>(ctx(), {}, {true})), 1, looked_at, name);
   }
 }
 
 TEST_F(OrderFrame, Required_ForeignObjects_AreHandledWithoutResult) {
   for (const char* type_name : {"$foreign", "", "$xdoublearra", "$xdoublearrays", "$XINTARRAY"}) {
     ForeignObject foreign(type_name);
-    for (const std::string& name : orderings) expect_nothing(ask(name, foreign.value()), 1, looked_at, name);
+    for (const std::string& name : orderings) expect_no_result(ask(name, foreign.value()), 1, looked_at, name);
   }
   ForeignObject nameless(nullptr);
-  for (const std::string& name : orderings) expect_nothing(ask(name, nameless.value()), 1, looked_at, name);
+  for (const std::string& name : orderings) expect_no_result(ask(name, nameless.value()), 1, looked_at, name);
 }
 
 TEST_F(OrderFrame, ObjectsThatTheHostMadeAlone_AreHandledWithoutResult) {
   for (const char* type_name : {"$xdoublearray", "$xintarray", "$xint64array", "$xboolarray"}) {
     const Value bare = Value::object(ctx(), type_name);
     ASSERT_EQ(type_of(bare), type_name);
-    for (const std::string& name : orderings) expect_nothing(ask(name, bare), 1, looked_at, name);
+    for (const std::string& name : orderings) expect_no_result(ask(name, bare), 1, looked_at, name);
   }
 }
 
@@ -103,8 +103,8 @@ TEST_F(OrderFrame, Required_OfWhatHasNoOrder_TheRankIsNotRead) {
   ForeignObject foreign;
   for (const char* name : {"xpartition", "xargpartition"})
     for (const Value& rank : {Value("text"), Value(), Value(1), twos()}) {
-      expect_nothing(call(name, {array_of<XTBool>(ctx(), {1}, {true}), rank}), 1, looked_at, name);
-      expect_nothing(call(name, {foreign.value(), rank}), 1, looked_at, name);
+      expect_no_result(call(name, {array_of<XTBool>(ctx(), {1}, {true}), rank}), 1, looked_at, name);
+      expect_no_result(call(name, {foreign.value(), rank}), 1, looked_at, name);
     }
 }
 
@@ -182,16 +182,16 @@ TEST_F(OrderFrame, Required_XsetdiffOfTwoArrays_LooksTwiceAtTheFirstAndFails) {
                                       floats.value(), foreign.value(), hollow,          null_array};
   for (const Value& left : objects)
     for (const Value& right : objects) {
-      expect_nothing(call("xsetdiff1d", {left, right}), 0, operations, "two");
-      expect_nothing(call("xsetdiff1d", {left, right, Value("text"), twos()}), 0, operations, "four");
+      expect_no_result(call("xsetdiff1d", {left, right}), 0, operations, "two");
+      expect_no_result(call("xsetdiff1d", {left, right, Value("text"), twos()}), 0, operations, "four");
     }
 }
 
 TEST_F(OrderFrame, XsetdiffOfWhatIsNoObject_FailsAtTheFirst) {
   for (const Value& other : no_objects()) {
-    expect_nothing(call("xsetdiff1d", {other, twos()}), 0, {"AnyCheck 0"}, "first");
-    expect_nothing(call("xsetdiff1d", {other, other}), 0, {"AnyCheck 0"}, "both");
-    expect_nothing(call("xsetdiff1d", {twos(), other}), 0, {"AnyCheck 0", "AnyCheck 1"}, "second");
+    expect_no_result(call("xsetdiff1d", {other, twos()}), 0, {"AnyCheck 0"}, "first");
+    expect_no_result(call("xsetdiff1d", {other, other}), 0, {"AnyCheck 0"}, "both");
+    expect_no_result(call("xsetdiff1d", {twos(), other}), 0, {"AnyCheck 0", "AnyCheck 1"}, "second");
   }
 }
 

@@ -1,4 +1,4 @@
-// reduce/frame_test.cpp: what the ten functions ask of the host, what they accept, and what they leave alone
+// reduce/reduce_frame_test.cpp: what the ten functions ask of the host, what they accept, and what they leave alone
 
 #include <algorithm>
 
@@ -10,12 +10,6 @@ namespace {
 
 class ReduceFrame : public ReductionTest {
  protected:
-  void expect_nothing(const Answer& answer, int returned, const Words& operations, const std::string& what) const {
-    EXPECT_EQ(answer.returned, returned) << what;
-    EXPECT_TRUE(answer.untouched) << what;
-    EXPECT_EQ(answer.operations, operations) << what;
-  }
-
   Value doubles(const Extents& extents = {3}) const {
     return array_of<XTDouble>(ctx(), extents, std::vector<double>(size_of(extents), 2.0));
   }
@@ -61,14 +55,14 @@ TEST_F(ReduceFrame, EachKind_IsSetByOneOperation) {
 
 TEST_F(ReduceFrame, WithoutArguments_AreDeclined) {
   for (const std::string& name : reductions)
-    for (const int nargs : {0, -1}) expect_nothing(call_with_count(name, {doubles()}, nargs), 0, {}, name);
+    for (const int nargs : {0, -1}) expect_no_result(call_with_count(name, {doubles()}, nargs), 0, {}, name);
 }
 
 TEST_F(ReduceFrame, OfValuesOfEveryOtherTag_AreDeclined) {
   for (const std::string& name : reductions)
     for (int tag = 0; tag < 256; ++tag)
       if (tag != static_cast<int>(ValueTag::object))
-        expect_nothing(call(name, {raw(static_cast<ValueTag>(tag))}), 0, {"AnyCheck 0"},
+        expect_no_result(call(name, {raw(static_cast<ValueTag>(tag))}), 0, {"AnyCheck 0"},
                        name + " of tag " + std::to_string(tag));
 }
 
@@ -76,31 +70,31 @@ TEST_F(ReduceFrame, OfNumbersStringsAndTables_AreDeclined) {
   for (const std::string& name : reductions)
     for (const Value& operand : {Value(3), Value(2.5), Value(std::int64_t{3}), Value("text"), Value(u"text"),
                                  Value::table_of({Value(1), Value(2)}), Value()})
-      expect_nothing(call(name, {operand, doubles()}), 0, {"AnyCheck 0"}, name);
+      expect_no_result(call(name, {operand, doubles()}), 0, {"AnyCheck 0"}, name);
 }
 
 TEST_F(ReduceFrame, Required_Bools_AreHandledWithoutResult) {
   for (const std::string& name : reductions) {
-    expect_nothing(call(name, {array_of<XTBool>(ctx(), {2}, {true, false})}), 1, looked_at, name);
-    expect_nothing(call(name, {array_of<XTBool>(ctx(), {0}, {})}), 1, looked_at, name);
-    expect_nothing(call(name, {array_of<XTBool>(ctx(), {}, {true})}), 1, looked_at, name);
+    expect_no_result(call(name, {array_of<XTBool>(ctx(), {2}, {true, false})}), 1, looked_at, name);
+    expect_no_result(call(name, {array_of<XTBool>(ctx(), {0}, {})}), 1, looked_at, name);
+    expect_no_result(call(name, {array_of<XTBool>(ctx(), {}, {true})}), 1, looked_at, name);
   }
 }
 
 TEST_F(ReduceFrame, Required_ForeignObjects_AreHandledWithoutResult) {
   for (const char* type_name : {"$foreign", "", "$xdoublearra", "$xdoublearrays", "$XDOUBLEARRAY"}) {
     ForeignObject foreign(type_name);
-    for (const std::string& name : reductions) expect_nothing(call(name, {foreign.value()}), 1, looked_at, name);
+    for (const std::string& name : reductions) expect_no_result(call(name, {foreign.value()}), 1, looked_at, name);
   }
   ForeignObject nameless(nullptr);
-  for (const std::string& name : reductions) expect_nothing(call(name, {nameless.value()}), 1, looked_at, name);
+  for (const std::string& name : reductions) expect_no_result(call(name, {nameless.value()}), 1, looked_at, name);
 }
 
 TEST_F(ReduceFrame, ObjectsThatTheHostMadeAlone_AreHandledWithoutResult) {
   for (const char* type_name : {"$xdoublearray", "$xintarray", "$xint64array", "$xboolarray"}) {
     const Value bare = Value::object(ctx(), type_name);
     ASSERT_EQ(type_of(bare), type_name);
-    for (const std::string& name : reductions) expect_nothing(call(name, {bare}), 1, looked_at, name);
+    for (const std::string& name : reductions) expect_no_result(call(name, {bare}), 1, looked_at, name);
   }
 }
 
