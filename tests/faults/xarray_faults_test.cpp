@@ -27,9 +27,9 @@ class XarrayFaults : public ScriptedTest {
     host.define("fails", [](HostValue*, int, HostValue*) { return 0; });
   }
 
-  /// Runs a call with each allocation failing. `least` and `least_host` are how many there are at the least: a loop
+  /// Runs a call with each allocation failing. `minimum` and `minimum_host` are how many there are at least: a loop
   /// that meets none proves nothing.
-  void expect_survival(std::vector<Value> args, int least, int least_host) const {
+  void expect_survival(std::vector<Value> args, int minimum, int minimum_host) const {
     const EntryFunction function = Module::loaded().entry("xarray");
     const auto action = [&] {
       Value result(sentinel);
@@ -41,8 +41,8 @@ class XarrayFaults : public ScriptedTest {
         throw;
       }
     };
-    EXPECT_GE(fail_each_allocation(action), least);
-    EXPECT_GE(fail_each_host_allocation(action), least_host);
+    EXPECT_GE(fail_each_allocation(action), minimum);
+    EXPECT_GE(fail_each_host_allocation(action), minimum_host);
   }
 
   Value by(const std::vector<HostCodeSlot>& dimensions) { return code.quoted_call("int", dimensions); }
@@ -166,9 +166,9 @@ TEST_F(XarrayFaults, DataLiterals_SurviveEachFailure) {
   HostCodeNode* deep = row;
   for (int n = 0; n < 12; ++n) deep = code.rows({deep, deep});
   for (const char* dtype : dtypes) {
-    const int least_host = std::strcmp(dtype, "float") == 0 ? 0 : 1;
+    const int minimum_host = std::strcmp(dtype, "float") == 0 ? 0 : 1;
     for (const HostCodeNode* data : {row, code.rows({row, row}), code.row({real(1.0), integer(1), variable(2)})})
-      expect_survival({code.quoted_call(dtype), code.quoted(leads_to(data))}, of_an_array, least_host);
+      expect_survival({code.quoted_call(dtype), code.quoted(leads_to(data))}, of_an_array, minimum_host);
   }
   expect_survival({code.quoted_call("double"), code.quoted(leads_to(deep))}, of_an_array + 10, 1);
 }
@@ -186,7 +186,7 @@ TEST_F(XarrayFaults, CallsThatThrow_SurviveEachFailure) {
     }
   };
   EXPECT_GE(fail_each_host_allocation(action), 4);
-  EXPECT_GE(fail_each_allocation(action), 1);  // the exception's words
+  EXPECT_GE(fail_each_allocation(action), 1);  // the exception's message
 }
 
 }  // namespace

@@ -44,7 +44,7 @@ class ForeignObject {
   HostAny any_{};
 };
 
-/// The type of float arrays, registered with the host for a while. Its objects take doubles, as results do.
+/// The type of float arrays, registered with the host while this lives. Its objects take doubles, as results do.
 class FloatNameRegistered {
  public:
   FloatNameRegistered();

@@ -21,7 +21,7 @@ using hvm::Value;
 
 /// What came of a call into the module.
 struct Answer {
-  int returned = 0;                     // what the function or callback answered
+  int returned = 0;                     // what the function or callback returned
   Value result;                         // the result record afterwards
   bool untouched = false;               // the result record is byte for byte what it was
   std::vector<std::string> operations;  // the host operations in order: "AnyCheck 0", "SetReal result", "NewAny"
@@ -38,7 +38,7 @@ class Module {
   const std::vector<std::string>& start() const { return start_; }
   /// The host's own record of the same, without the registration of functions.
   const std::vector<hvm::RecordedCall>& start_calls() const { return start_calls_; }
-  /// Runs PKG_Init once more, for a host whose registration of functions answers `answer`.
+  /// Runs PKG_Init once more, for a host whose registration of functions returns `answer`.
   int init_again(int answer) const;
   int init_returned() const { return init_returned_; }
   /// The function of a name; the test ends when there is none.

@@ -41,9 +41,9 @@ TEST_F(Boxing, BoxArray_OfEveryRegisteredKind_TakesItsType) {
 
 TEST_F(Boxing, BoxArray_WhenTheHostHasNoObject_LeavesTheArrayWithTheCaller) {
   auto array = new_array<XTInt>();
-  hvm::refuse_new_objects(true);
+  hvm::withhold_objects(true);
   EXPECT_EQ(box_array<XTInt>(ctx(), array), nullptr);
-  hvm::refuse_new_objects(false);
+  hvm::withhold_objects(false);
   EXPECT_NE(array, nullptr);
 }
 

@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "support/module_test.hpp"
-#include "support/reals.hpp"
+#include "support/same.hpp"
 
 namespace arrayfold::test {
 namespace {

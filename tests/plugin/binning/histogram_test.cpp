@@ -9,7 +9,7 @@
 
 #include "binnings.hpp"
 #include "reference.hpp"
-#include "support/reals.hpp"
+#include "support/same.hpp"
 
 namespace arrayfold::test {
 namespace {

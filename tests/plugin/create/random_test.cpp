@@ -128,14 +128,14 @@ TEST_F(Random, AnExtent_IsTheIntegerOfAnyNumber) {
   expect_same(elements_of<XTDouble>(answer.result), expected_uniform(6));
 }
 
-TEST_F(Random, WhatIsNoNumber_IsRefusedAtTheFirst_AndNothingDrawn) {
+TEST_F(Random, WhatIsNoNumber_FailsAtTheFirst_AndNothingIsDrawn) {
   for (const char* name : by_extents) {
     expect_failure_in_step(name, {}, {});
-    for (const Value& refused :
+    for (const Value& no_number :
          {Value("a"), Value("3"), Value(), Value::table(), Value(u"3"), array_of<XTInt>(ctx(), {1}, {1})}) {
-      expect_failure_in_step(name, {refused}, {"NumberCheck 0"});
-      expect_failure_in_step(name, {refused, Value(2)}, {"NumberCheck 0"});
-      expect_failure_in_step(name, {Value(2), refused, Value(4)}, {"NumberCheck 0", "AsInt 0", "NumberCheck 1"});
+      expect_failure_in_step(name, {no_number}, {"NumberCheck 0"});
+      expect_failure_in_step(name, {no_number, Value(2)}, {"NumberCheck 0"});
+      expect_failure_in_step(name, {Value(2), no_number, Value(4)}, {"NumberCheck 0", "AsInt 0", "NumberCheck 1"});
     }
     const Answer answer = call_with_count(name, {Value(3)}, -1);
     EXPECT_EQ(answer.returned, 0);
@@ -188,9 +188,9 @@ TEST_F(Random, WithoutMemory_NothingIsDrawn) {
 
 TEST_F(Random, WithoutAnObjectOfTheHost_ResultIsNilAndTheNumbersAreDrawn) {
   for (const char* name : by_extents) {
-    hvm::refuse_new_objects(true);
+    hvm::withhold_objects(true);
     const Answer answer = call(name, {Value(3)});
-    hvm::refuse_new_objects(false);
+    hvm::withhold_objects(false);
     EXPECT_EQ(answer.returned, 1);
     EXPECT_EQ(answer.operations, (Words{"NumberCheck 0", "AsInt 0", "NewAny", "SetTypeAny result"}));
     EXPECT_TRUE(answer.result.is_nil());
@@ -349,7 +349,7 @@ TEST_F(Random, Required_XpermutationMovesTheEngineAlone) {
   expected_uniform(1);
 }
 
-TEST_F(Random, Shuffles_RefuseWhatIsNoObject) {
+TEST_F(Random, Shuffles_OfWhatIsNoObject_Fail) {
   for (const char* name : shuffles) {
     expect_failure_in_step(name, {}, {});
     const Answer answer = call_with_count(name, {array_of<XTInt>(ctx(), {2}, {1, 2})}, -1);
@@ -387,10 +387,10 @@ TEST_F(Random, Shuffles_IgnoreFurtherArguments) {
 
 TEST_F(Random, ShufflesOfExtentsBeyondTheStorage_AreOutOfMemory_AndNothingIsDrawn) {
   for (const char* name : shuffles) {
-    Value claims = array_of<XTInt>(ctx(), {6}, {1, 2, 3, 4, 5, 6});
-    ASSERT_EQ(method(claims, "reshape", {Value(-2), Value(-3)}).returned, 1);
-    EXPECT_THROW(call(name, {claims}), std::bad_alloc) << name;
-    EXPECT_EQ(elements_of<XTInt>(claims), (std::vector<std::int32_t>{1, 2, 3, 4, 5, 6}));
+    Value wrong = array_of<XTInt>(ctx(), {6}, {1, 2, 3, 4, 5, 6});
+    ASSERT_EQ(method(wrong, "reshape", {Value(-2), Value(-3)}).returned, 1);
+    EXPECT_THROW(call(name, {wrong}), std::bad_alloc) << name;
+    EXPECT_EQ(elements_of<XTInt>(wrong), (std::vector<std::int32_t>{1, 2, 3, 4, 5, 6}));
     Value none = array_of<XTInt>(ctx(), {0}, {});
     ASSERT_EQ(method(none, "reshape", {Value(65536), Value(65536), Value(65536), Value(65536)}).returned, 1);
     EXPECT_THROW(call(name, {none}), std::bad_alloc) << name;

@@ -42,7 +42,7 @@ constexpr const char* dtypes[] = {"bool", "int", "int64", "double"};
 
 // ---- The first argument
 
-TEST_F(Xarray, WithoutArguments_IsDeclined) {
+TEST_F(Xarray, WithoutArguments_Fails) {
   for (const int nargs : {0, -1, -100}) {
     const Answer answer = call_with_count("xarray", {}, nargs);
     expect_no_result(answer, 0);
@@ -50,7 +50,7 @@ TEST_F(Xarray, WithoutArguments_IsDeclined) {
   }
 }
 
-TEST_F(Xarray, OfAFirstArgumentThatIsNoQuotation_IsDeclined) {
+TEST_F(Xarray, OfAFirstArgumentThatIsNoQuotation_Fails) {
   const Value object = by_dimensions("int", {integer(2)}).result;
   for (const Value& first :
        {Value(), Value(1), Value(2.5), Value("double"), Value(u"double"), numbers({1}), object, raw(ValueTag::code),
@@ -60,7 +60,7 @@ TEST_F(Xarray, OfAFirstArgumentThatIsNoQuotation_IsDeclined) {
   }
 }
 
-TEST_F(Xarray, OfAQuotationOfNoKnownForm_IsDeclined) {
+TEST_F(Xarray, OfAQuotationOfNoKnownForm_Fails) {
   for (const HostCodeSlot& quoted : {nowhere(), integer(2), leads_to(code.row({real(1.0)}))}) {
     expect_no_result(call("xarray", {code.quoted(quoted)}), 0);
     expect_no_result(call("xarray", {code.quoted(quoted), numbers({1})}), 0);
@@ -109,11 +109,11 @@ TEST_F(Xarray, AnExtentOfOne_HasAStrideOfZero) {
   EXPECT_EQ(strides_of(answer.result), (std::vector<std::ptrdiff_t>{3, 0, 1}));
 }
 
-TEST_F(Xarray, WithoutDimensions_IsDeclined) {
+TEST_F(Xarray, WithoutDimensions_Fails) {
   for (const char* dtype : {"bool", "int", "int64", "float", "double"}) expect_no_result(by_dimensions(dtype, {}), 0);
 }
 
-TEST_F(Xarray, ADimensionThatIsNo32BitInteger_IsDeclined) {
+TEST_F(Xarray, ADimensionThatIsNo32BitInteger_Fails) {
   host[1] = Value(std::int64_t{2});
   host[2] = Value(2.0);
   host[3] = Value("2");
@@ -129,7 +129,7 @@ TEST_F(Xarray, ADimensionThatIsNo32BitInteger_IsDeclined) {
   }
 }
 
-TEST_F(Xarray, ANegativeDimensionBehindABadOne_IsDeclinedFirst) {
+TEST_F(Xarray, ANegativeDimensionBehindABadOne_FailsFirst) {
   expect_no_result(by_dimensions("int", {real(2.0), integer(-1)}), 0);
   expect_no_result(by_dimensions("int", {integer(-1), real(2.0)}), 0);
 }
@@ -163,7 +163,7 @@ TEST_F(Xarray, OfDimensionsBySelections_ReadsTheTable) {
   EXPECT_EQ(shape(by_dimensions("int", {code.selection_slot(1, {integer(1)})}).result), Shapes{3});
 }
 
-TEST_F(Xarray, OfDimensionsByAnArrayLiteral_IsDeclined) {
+TEST_F(Xarray, OfDimensionsByAnArrayLiteral_Fails) {
   expect_no_result(by_dimensions("int", {leads_to(code.array_literal({code.element(integer(2))}))}), 0);
 }
 
@@ -193,7 +193,7 @@ TEST_F(XarrayDeathTest, ATreeThatCannotBe_EndsTheProcess) {
 
 // ---- Sizes that cannot be
 
-TEST_F(Xarray, ImpossibleDimensions_EndInAnExceptionBeforeAnythingIsClaimed) {
+TEST_F(Xarray, ImpossibleDimensions_EndInAnExceptionBeforeAnythingIsAllocated) {
   const int large = INT32_MAX;
   const std::vector<std::vector<int>> impossible = {{-1},
                                                     {INT32_MIN},
@@ -225,7 +225,7 @@ TEST_F(Xarray, OfAnUnknownKind_ImpossibleDimensionsDoNotMatter) {
 
 // ---- Names
 
-TEST_F(Xarray, OfAnUnknownDtype_IsDeclinedByDimensions_AndHandledWithData) {
+TEST_F(Xarray, OfAnUnknownDtype_FailsWithDimensions_AndReturnsNoValueWithData) {
   for (const char* dtype :
        {"complex", "", "Double", "DOUBLE", "int32", "float64", " double", "double ", "boolean", "@"}) {
     expect_no_result(by_dimensions(dtype, {integer(2)}), 0);
@@ -380,7 +380,7 @@ TEST_F(Xarray, OfALiteral_ReadsVariablesInItsOwnFrame) {
   EXPECT_EQ(host.slots_read(), std::vector<int>{6});
 }
 
-TEST_F(Xarray, OfCodeThatIsNoLiteral_IsDeclined) {
+TEST_F(Xarray, OfCodeThatIsNoLiteral_Fails) {
   for (const char* dtype : {"bool", "int", "int64", "float", "double"})
     for (const Value& data : {code.quoted_call("double"), code.quoted(nowhere()), code.quoted(variable(1)),
                               code.code(nullptr), raw(ValueTag::code), code.code(code.row({real(1.0)}))})
@@ -423,7 +423,7 @@ TEST_F(Xarray, OfFloat_NamesTheFloatTypeToTheHost) {
 }
 
 TEST_F(Xarray, WithoutAnObjectOfTheHost_IsHandledAndNil) {
-  hvm::refuse_new_objects(true);
+  hvm::withhold_objects(true);
   for (const char* dtype : dtypes) {
     for (const Answer& answer :
          {by_dimensions(dtype, {integer(2)}), from(dtype, numbers({1})), from_row(dtype, code.row({real(1.0)}))}) {
@@ -431,7 +431,7 @@ TEST_F(Xarray, WithoutAnObjectOfTheHost_IsHandledAndNil) {
       EXPECT_TRUE(answer.result.is_nil());
     }
   }
-  hvm::refuse_new_objects(false);
+  hvm::withhold_objects(false);
 }
 
 // ---- The elements beside the array

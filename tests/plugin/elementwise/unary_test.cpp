@@ -1,4 +1,4 @@
-// elementwise/unary_test.cpp: kinds, results, refusals and shapes of the 26 functions of one array
+// elementwise/unary_test.cpp: kinds, results, failures and shapes of the 26 functions of one array
 
 #include <cmath>
 #include <limits>
@@ -41,7 +41,7 @@ template <class Kind>
 void Unary::expect_integers(const Function& function, const std::vector<typename Kind::element>& elements) const {
   using Unsigned = std::make_unsigned_t<typename Kind::element>;
   const Value operand = array_of<Kind>(ctx(), {elements.size()}, elements);
-  if (function.integers == Integers::refused) return expect_no_result(call(function.name, {operand}), 1, function.name);
+  if (function.integers == Integers::no_value) return expect_no_result(call(function.name, {operand}), 1, function.name);
   if (function.integers == Integers::kept) {
     const Answer answer = call(function.name, {operand});
     EXPECT_EQ(type_of(answer.result), Kind::type_name);
@@ -160,7 +160,7 @@ TEST_F(Unary, Required_Floats_AreComputedIn32BitsAndGiveDoubles) {
   for (int i = 0; i < 50; ++i) floats.push_back(static_cast<float>(i) * 0.37f - 9);
   FloatObject operand({2, floats.size() / 2}, floats);
   for (const auto& function : functions()) {
-    if (function.integers == Integers::kept || function.integers == Integers::refused) continue;
+    if (function.integers == Integers::kept || function.integers == Integers::no_value) continue;
     const auto values = doubles(function.name, operand.value());
     ASSERT_EQ(values.size(), floats.size());
     for (std::size_t i = 0; i < floats.size(); ++i)
@@ -192,9 +192,9 @@ TEST_F(Unary, Required_XabsAndXsignOfFloats_TellTheHostOfNullWhereItKnowsNoSuchN
   }
 }
 
-// ---- Refusals, and what the host is asked
+// ---- Failures, and what the host is asked
 
-TEST_F(Unary, WithoutArguments_AllAreDeclined) {
+TEST_F(Unary, WithoutArguments_AllFail) {
   for (const auto& function : functions())
     for (const int nargs : {0, -1}) {
       const Answer answer = call_with_count(function.name, {counted({2})}, nargs);
@@ -203,7 +203,7 @@ TEST_F(Unary, WithoutArguments_AllAreDeclined) {
     }
 }
 
-TEST_F(Unary, OfValuesOfEveryOtherTag_AllAreDeclined) {
+TEST_F(Unary, OfValuesOfEveryOtherTag_AllFail) {
   for (const auto& function : functions())
     for (int tag = 0; tag < 256; ++tag) {
       if (tag == static_cast<int>(ValueTag::object)) continue;
@@ -225,7 +225,7 @@ TEST_F(Unary, HostOperations_StandInOrderForEveryKind) {
   const Words given = {"AnyCheck 0", "GetAny 0", "NewAny", "SetTypeAny result"};
   const Words unserved = {"AnyCheck 0", "GetAny 0"};
   for (const auto& function : functions()) {
-    const bool integers = function.integers != Integers::refused;
+    const bool integers = function.integers != Integers::no_value;
     EXPECT_EQ(call(function.name, {counted({3})}).operations, given) << function.name;
     EXPECT_EQ(call(function.name, {array_of<XTInt>(ctx(), {1}, {1})}).operations, integers ? given : unserved);
     EXPECT_EQ(call(function.name, {array_of<XTInt64>(ctx(), {1}, {1})}).operations, integers ? given : unserved);
@@ -233,12 +233,12 @@ TEST_F(Unary, HostOperations_StandInOrderForEveryKind) {
   }
 }
 
-TEST_F(Unary, WhenTheHostHasNoObject_ItIsToldOfNullAndNothingLeaks) {
+TEST_F(Unary, WhenTheHostHasNoObject_ItGetsNullAndNothingLeaks) {
   const Value operand = counted({5});
   for (const auto& function : functions()) {
-    hvm::refuse_new_objects(true);
+    hvm::withhold_objects(true);
     const Answer answer = call(function.name, {operand});
-    hvm::refuse_new_objects(false);
+    hvm::withhold_objects(false);
     EXPECT_EQ(answer.returned, 1) << function.name;
     EXPECT_EQ(answer.operations, (Words{"AnyCheck 0", "GetAny 0", "NewAny", "SetTypeAny result"})) << function.name;
     EXPECT_EQ(type_of(answer.result), "") << function.name;
@@ -294,9 +294,9 @@ TEST_F(Unary, EveryShape_IsTheResults) {
 
 TEST_F(Unary, ExtentsBeyondTheStorage_AreOutOfMemory) {
   for (const auto& function : functions()) {
-    Value claims = counted({6});
-    ASSERT_EQ(method(claims, "reshape", {Value(-2), Value(-3)}).returned, 1);
-    EXPECT_THROW(call(function.name, {claims}), std::bad_alloc) << function.name;
+    Value wrong = counted({6});
+    ASSERT_EQ(method(wrong, "reshape", {Value(-2), Value(-3)}).returned, 1);
+    EXPECT_THROW(call(function.name, {wrong}), std::bad_alloc) << function.name;
   }
 }
 

@@ -1,4 +1,4 @@
-// kernels/conversion_test.cpp: reals to integers, at every edge
+// kernels/conversion_test.cpp: floating-point numbers to integers, at every edge
 
 #include "kernels/conversion.hpp"
 

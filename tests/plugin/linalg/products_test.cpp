@@ -116,7 +116,7 @@ TEST_P(PairsOfKinds, WithoutElements_SumsAreZero) {
               zeros(result));
 }
 
-TEST_P(PairsOfKinds, XvdotThatEndsBefore_IsRefused) {
+TEST_P(PairsOfKinds, XvdotThatEndsBefore_Fails) {
   const std::pair<Extents, Extents> short_ones[] = {{{3}, {2}},    {{3}, {0}},    {{3}, {}},     {{2}, {1}},
                                                     {{3}, {2, 2}}, {{2, 0}, {3}}, {{1}, {0}},    {{1, 0}, {1}},
                                                     {{}, {0}},     {{1}, {3, 0}}, {{3}, {1, 5}}, {{2, 0}, {2, 0}}};

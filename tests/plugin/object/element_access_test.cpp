@@ -66,7 +66,7 @@ TEST_F(ElementAccess, SurplusIndices_AreDroppedFromTheFront) {
   EXPECT_EQ(number_at(matrix_, {-7, 1000000, 9, 9, 9, 9, 2, 3}), 11);
 }
 
-TEST_F(ElementAccess, WithoutDimensions_EveryIndexReachesTheOneElement) {
+TEST_F(ElementAccess, OfAZeroDimensionalArray_EveryIndexReachesTheOneElement) {
   Value scalar = array_of<XTInt64>(ctx(), {}, {42});
   for (std::size_t count = 1; count <= 8; ++count)
     EXPECT_EQ(number_at(scalar, std::vector<int>(count, 12345)), 42) << count;
@@ -141,7 +141,7 @@ TEST_F(ElementAccess, OneIndex_ChecksReadsAndGives) {
   EXPECT_EQ(answer.operations, (Words{"NumberCheck right", "AsInt right", "SetInt64 result"}));
 }
 
-TEST_F(ElementAccess, OneIndexThatIsNoNumber_IsDeclined) {
+TEST_F(ElementAccess, OneIndexThatIsNoNumber_ReturnsFalse) {
   int content = 7;
   ForeignObject foreign("$foreign", &content);
   for (const Value& index : {Value("1"), Value(), Value::table(), foreign.value(), matrix_, raw(ValueTag::code)})
@@ -154,7 +154,7 @@ TEST_F(ElementAccess, OneIndexThatIsNoNumber_IsDeclined) {
     expect_false(apply(type_of(array).c_str(), static_cast<int>(Opcode::read_one_index), array.address(), nullptr));
 }
 
-TEST_F(ElementAccess, OneIndexWithTheArrayOnTheRight_IsDeclined) {
+TEST_F(ElementAccess, OneIndexWithTheArrayOnTheRight_ReturnsFalse) {
   for (Value array : one_of_each_kind()) {
     const Answer answer = operate(Opcode::read_one_index, Value(0), array);
     expect_false(answer);
@@ -262,7 +262,7 @@ TEST_F(ElementAccess, TheValue_IsCheckedAndReadBeforeTheIndices) {
               (Words{"NumberCheck result", "AsInt64 result", "AsInt", "AsInt"}));
 }
 
-TEST_F(ElementAccess, AValueThatIsNoNumber_IsDeclinedBeforeTheIndicesAreRead) {
+TEST_F(ElementAccess, AValueThatIsNoNumber_ReturnsFalseBeforeTheIndicesAreRead) {
   int content = 7;
   ForeignObject foreign("$foreign", &content);
   const std::string before = dump(matrix_);
@@ -275,9 +275,9 @@ TEST_F(ElementAccess, AValueThatIsNoNumber_IsDeclinedBeforeTheIndicesAreRead) {
   EXPECT_EQ(dump(matrix_), before);
 }
 
-// ---- Lists that are declined
+// ---- Lists for which the operator returns false
 
-TEST_F(ElementAccess, AnEmptyList_IsDeclinedWithoutAnyOperation) {
+TEST_F(ElementAccess, AnEmptyList_ReturnsFalseWithoutAnyOperation) {
   for (Value array : one_of_each_kind())
     for (const Entries where : both_forms) {
       for (const Answer& answer : {read(array, {}, where), write(array, {}, Value(1), where)}) {
@@ -287,13 +287,13 @@ TEST_F(ElementAccess, AnEmptyList_IsDeclinedWithoutAnyOperation) {
     }
 }
 
-TEST_F(ElementAccess, AMissingList_IsDeclined) {
+TEST_F(ElementAccess, AMissingList_ReturnsFalse) {
   for (Value array : one_of_each_kind())
     for (const Opcode opcode : {Opcode::read_element, Opcode::write_element})
       expect_false(apply(type_of(array).c_str(), static_cast<int>(opcode), array.address(), nullptr));
 }
 
-TEST_F(ElementAccess, Required_NineIndices_AreAllReadAndThenDeclined) {
+TEST_F(ElementAccess, Required_NineIndices_AreAllReadBeforeFalseIsReturned) {
   Value deep = counted({1, 2, 1, 2, 1, 2, 1, 2, 1});
   const std::string before = dump(deep);
   for (std::size_t count : {9u, 10u, 40u})
@@ -309,7 +309,7 @@ TEST_F(ElementAccess, Required_NineIndices_AreAllReadAndThenDeclined) {
   EXPECT_EQ(dump(deep), before);
 }
 
-TEST_F(ElementAccess, AListWithoutAnArrayOnTheLeft_IsDeclinedUnread) {
+TEST_F(ElementAccess, AListWithoutAnArrayOnTheLeft_ReturnsFalseUnread) {
   IndexList list(values({0}), Entries::in_place);
   Value number(1), nil;
   for (HostValue* left : {static_cast<HostValue*>(nullptr), number.address(), nil.address()})

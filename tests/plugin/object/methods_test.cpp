@@ -1,4 +1,4 @@
-// object/methods_test.cpp: dump, shape, reshape, and every name that is declined
+// object/methods_test.cpp: dump, shape, reshape, and every name for which the callback returns false
 
 #include "support/allocations.hpp"
 #include "support/module_test.hpp"
@@ -19,13 +19,13 @@ class Methods : public ModuleTest {
   }
 };
 
-TEST_F(Methods, UnknownNames_AreDeclined) {
+TEST_F(Methods, UnknownNames_ReturnFalse) {
   for (const char* name : {"", "Dump", "DUMP", "dum", "dumpx", "dump ", "shapes", "Shape", "reshap", "reshape2", "size",
                            "__get_item", "__set_item", "__get_item__"})
     for (int flag : {0, 1, -1}) expect_false(matrix_, name, {Value(1)}, flag);
 }
 
-TEST_F(Methods, AMissingName_IsDeclined) {
+TEST_F(Methods, AMissingName_ReturnsFalse) {
   Value result;
   const auto callback = hvm::callbacks_of(hvm::object_of(matrix_.record())).method;
   EXPECT_EQ(callback(ctx(), matrix_.address(), nullptr, nullptr, 0, result.address(), 0), 0);
@@ -107,7 +107,7 @@ TEST_F(Methods, Shape_GivesTheDimensionCountAsCapacityAndKeysFromZero) {
   EXPECT_EQ(numbers, (std::vector<std::int64_t>{2, 0, 1}));
 }
 
-TEST_F(Methods, Shape_WithoutDimensions_IsAnEmptyTable) {
+TEST_F(Methods, Shape_OfAZeroDimensionalArray_IsAnEmptyTable) {
   Value scalar = array_of<XTDouble>(ctx(), {}, {7.0});
   const Answer answer = method(scalar, "shape");
   EXPECT_EQ(answer.returned, 1);
@@ -180,7 +180,7 @@ TEST_F(Methods, Reshape_ToAnotherRank_Succeeds) {
   EXPECT_EQ(dump(matrix_), "[[1,2,3],[4,5,6]]");
 }
 
-TEST_F(Methods, Reshape_WithoutArguments_IsDeclined) {
+TEST_F(Methods, Reshape_WithoutArguments_ReturnsFalse) {
   expect_false(matrix_, "reshape");
   EXPECT_EQ(shape(matrix_), (Extents{2, 3}));
   // A negative count is no count.
@@ -199,7 +199,7 @@ TEST_F(Methods, Reshape_StopsAtTheFirstArgumentThatIsNoNumber) {
   EXPECT_EQ(shape(matrix_), (Extents{2, 3}));
 }
 
-TEST_F(Methods, Required_Reshape_OfWrongCount_IsDeclined) {
+TEST_F(Methods, Required_Reshape_OfWrongCount_ReturnsFalse) {
   Value five = array_of<XTInt>(ctx(), {5}, {1, 2, 3, 4, 5});
   expect_false(five, "reshape", {Value(2), Value(3)});
   expect_false(five, "reshape", {Value(0)});
@@ -289,7 +289,7 @@ TEST_F(Methods, Reshape_WhenMemoryFails_KeepsTheShape) {
   }
 }
 
-TEST_F(Methods, OfAnObjectWithoutContainer_WhatIsDeclinedIsDeclined) {
+TEST_F(Methods, OfAnObjectWithoutContainer_UnknownNamesAndBadArguments_ReturnFalse) {
   Value hollow = call("xarange", {Value(1), Value(2), Value(3), Value(4)}).result;
   expect_false(hollow, "nosuch");
   expect_false(hollow, "__get_item");

@@ -33,7 +33,7 @@ TEST_P(Differences, XdiffStaysInsideEachRow) {
   EXPECT_EQ(given_by("xdiff", {2, 2, 2}, {1, 2, 3, 5, 8, 13, 1, 0}), of_kind({2, 2, 1}, {1, 2, 5, -1}));
 }
 
-TEST_P(Differences, XdiffOfRunsOfOneAndOfNothing_IsEmpty) {
+TEST_P(Differences, XdiffOfRowsOfOneAndOfNothing_IsEmpty) {
   EXPECT_EQ(given_by("xdiff", {1}, {5}), of_kind({0}, {}));
   EXPECT_EQ(given_by("xdiff", {3, 1}, {1, 2, 3}), of_kind({3, 0}, {}));
   EXPECT_EQ(given_by("xdiff", {0}, {}), of_kind({0}, {}));

@@ -30,7 +30,7 @@ TestArray drawn_from(Kind kind, std::size_t length, const Numbers& few);
 /// All around the length from which on another way of sorting is taken, and well beyond.
 std::vector<std::size_t> lengths();
 
-/// Of one to four dimensions and of nine: with short runs and long ones, of one element and of none.
+/// Of one to four dimensions and of nine: with short rows and long ones, of one element and of none.
 inline const Extents shapes[] = {
     {7},          {1, 1},    {3, 5},    {5, 1},      {1, 300},     {7, 300},
     {300, 7},     {3, 1000}, {2, 3, 4}, {3, 1, 260}, {2, 2, 2, 5}, {2, 3, 4, 256},

@@ -1,4 +1,4 @@
-// order/ordering_frame_test.cpp: what the functions of ordering ask of the host, what they accept, and what they leave alone
+// order/ordering_frame_test.cpp: what the functions ask of the host, what they accept, and what they leave alone
 
 #include "ordering.hpp"
 #include "support/allocations.hpp"
@@ -58,7 +58,7 @@ TEST_F(OrderFrame, FloatsWhereTheHostKnowsNoSuchName_TellItOfNull) {
     EXPECT_EQ(type_of(ask(name, floats.value()).result), "$xintarray") << name;
 }
 
-TEST_F(OrderFrame, WithTooFewArguments_AreDeclined) {
+TEST_F(OrderFrame, WithTooFewArguments_Fail) {
   for (const std::string& name : orderings) {
     for (const int nargs : {0, -1}) expect_no_result(call_with_count(name, {twos(), Value(1)}, nargs), 0, {}, name);
     if (reads_rank(name)) expect_no_result(call(name, {twos()}), 0, {}, name);
@@ -67,7 +67,7 @@ TEST_F(OrderFrame, WithTooFewArguments_AreDeclined) {
     expect_no_result(call_with_count("xsetdiff1d", {twos(), twos()}, nargs), 0, {}, "xsetdiff1d");
 }
 
-TEST_F(OrderFrame, OfWhatIsNoObject_AreDeclined) {
+TEST_F(OrderFrame, OfWhatIsNoObject_Fail) {
   for (const std::string& name : orderings)
     for (const Value& operand : no_objects())
       expect_no_result(ask(name, operand), 0, {"AnyCheck 0"},
@@ -143,27 +143,27 @@ TEST_F(OrderFrame, IntoTheOperandsOwnRecord_TheNewArrayReplacesIt) {
   }
 }
 
-// ---- Extents that `reshape` lets claim other elements than there are
+// ---- Shapes whose product is not the number of stored elements, as `reshape` can leave them
 
-TEST_F(OrderFrame, ExtentsBeyondTheStorage_AreRefusedWhereRunsAreWalked) {
-  const auto expect_refusals = [&](Value claims, const std::vector<Value>& extents) {
-    ASSERT_EQ(method(claims, "reshape", extents).returned, 1);
+TEST_F(OrderFrame, ExtentsBeyondTheStorage_ThrowWhereRowsAreRead) {
+  const auto expect_throws = [&](Value wrong, const std::vector<Value>& extents) {
+    ASSERT_EQ(method(wrong, "reshape", extents).returned, 1);
     for (const std::string name : {"xsort", "xargsort", "xpartition", "xargpartition", "xdiff"})
-      EXPECT_THROW(ask(name, claims), std::bad_alloc) << name;
+      EXPECT_THROW(ask(name, wrong), std::bad_alloc) << name;
   };
-  expect_refusals(array_of<XTDouble>(ctx(), {6}, {1, 2, 3, 4, 5, 9}), {Value(-2), Value(-3)});
-  expect_refusals(array_of<XTInt>(ctx(), {6}, {1, 2, 3, 4, 5, 9}), {Value(-2), Value(-3)});
-  expect_refusals(array_of<XTInt64>(ctx(), {6}, {1, 2, 3, 4, 5, 9}), {Value(-2), Value(-3)});
+  expect_throws(array_of<XTDouble>(ctx(), {6}, {1, 2, 3, 4, 5, 9}), {Value(-2), Value(-3)});
+  expect_throws(array_of<XTInt>(ctx(), {6}, {1, 2, 3, 4, 5, 9}), {Value(-2), Value(-3)});
+  expect_throws(array_of<XTInt64>(ctx(), {6}, {1, 2, 3, 4, 5, 9}), {Value(-2), Value(-3)});
   // 65536 to the fourth wraps to 0.
-  expect_refusals(array_of<XTDouble>(ctx(), {0}, {}), std::vector<Value>(4, Value(65536)));
+  expect_throws(array_of<XTDouble>(ctx(), {0}, {}), std::vector<Value>(4, Value(65536)));
 }
 
-TEST_F(OrderFrame, ExtentsBeyondTheStorage_AreNoMatterWhereTheStorageIsWalked) {
-  Value claims = array_of<XTDouble>(ctx(), {6}, {4, 2, 9, 1, 2, 9});
-  ASSERT_EQ(method(claims, "reshape", {Value(-2), Value(-3)}).returned, 1);
-  EXPECT_EQ(given(ask("xunique", claims), Kind::float64), TestArray(Kind::float64, {4}, {1, 2, 4, 9}));
-  EXPECT_EQ(given(ask("xargmin", claims), Kind::int32), TestArray(Kind::int32, {}, {3}));
-  EXPECT_EQ(given(ask("xargmax", claims), Kind::int32), TestArray(Kind::int32, {}, {2}));
+TEST_F(OrderFrame, ExtentsBeyondTheStorage_DoNotMatterWhereTheStorageIsRead) {
+  Value wrong = array_of<XTDouble>(ctx(), {6}, {4, 2, 9, 1, 2, 9});
+  ASSERT_EQ(method(wrong, "reshape", {Value(-2), Value(-3)}).returned, 1);
+  EXPECT_EQ(given(ask("xunique", wrong), Kind::float64), TestArray(Kind::float64, {4}, {1, 2, 4, 9}));
+  EXPECT_EQ(given(ask("xargmin", wrong), Kind::int32), TestArray(Kind::int32, {}, {3}));
+  EXPECT_EQ(given(ask("xargmax", wrong), Kind::int32), TestArray(Kind::int32, {}, {2}));
   Value empty = array_of<XTDouble>(ctx(), {0}, {});
   ASSERT_EQ(method(empty, "reshape", std::vector<Value>(4, Value(65536))).returned, 1);
   EXPECT_EQ(given(ask("xunique", empty), Kind::float64), TestArray(Kind::float64, {0}, {}));

@@ -1,6 +1,6 @@
 // order/ordering_test.cpp: xsort and xargsort beside the array library's own, bit for bit
 //
-// Runs of 256 elements and more are sorted in another way, which must give the same. Only where positions of equal
+// Rows of 256 elements and more are sorted in another way, which must give the same. Only where positions of equal
 // elements go is that way's own choice.
 
 #include <algorithm>
@@ -81,8 +81,8 @@ TEST_P(Sorts, Required_ASecondArgument_IsNoAxis) {
               TestArray(kind(), {2, 2}, {3, 4, 1, 2}));
 }
 
-// The vectorised sort for reals that others take loses elements here: some become the infinity, others vanish.
-TEST_F(OrderingTest, XsortOfFewDistinctRealsWithInfinities_KeepsEachElement) {
+// The vectorised sort for doubles that others take loses elements here: some become the infinity, others vanish.
+TEST_F(OrderingTest, XsortOfFewDistinctDoublesWithInfinities_KeepsEachElement) {
   constexpr double infinity = std::numeric_limits<double>::infinity();
   const Numbers sets[] = {{infinity, 0, 1},  {infinity, -infinity, 2}, {infinity, 5},
                                       {-infinity, 5, 6}, {infinity, -infinity},    {infinity, 1, 2, 3, 4, 5, 6, 7}};

@@ -86,7 +86,7 @@ T expected_max(const Extents& extents, const std::vector<T>& x) {
       x, last_stride(extents), std::numeric_limits<T>::min(), [&](const T* b) { return halved(b, larger); }, larger);
 }
 
-// ---- Runs along the last dimension, merged dimension by dimension
+// ---- Rows along the last axis, merged dimension by dimension
 
 /// What the elements from `x` on under the extents from `axis` on give.
 template <class R, class T, class Step, class Merge>
@@ -135,7 +135,7 @@ double expected_variance(const Extents& extents, const std::vector<T>& x) {
   return squares / static_cast<double>(x.size());
 }
 
-/// Neighbours are added in their own type. The first run counts alone.
+/// Neighbours are added in their own type. The first row counts alone.
 template <class T>
 double expected_trapezoids(const Extents& extents, const std::vector<T>& x) {
   double integral = 0;
