@@ -21,7 +21,7 @@ struct Asked {
   double deviation;
 };
 
-constexpr Asked sets[] = {{"norris", 11, 11, 12},     {"pontius", 5, 11, 12},  {"noint1", 13.5, 13.5, 13.5},
+constexpr Asked sets[] = {{"norris", 11, 11, 12},     {"pontius", 5, 11, 12},    {"noint1", 13.5, 13.5, 13.5},
                           {"noint2", 14, 14, 13.5},   {"filip", 4, 6, 7},        {"longley", 9.5, 9.5, 11},
                           {"wampler1", 8, 8, 0},      {"wampler2", 9, 12, 0},    {"wampler3", 8, 8, 13},
                           {"wampler4", 6.5, 6.5, 13}, {"wampler5", 4.5, 4.5, 13}};

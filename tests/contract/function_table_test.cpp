@@ -97,9 +97,15 @@ TEST_F(FunctionTable, WithTheMinimumCount_EveryEntryLooksAtItsArguments) {
 }
 
 TEST_F(FunctionTable, Registration_ComesBeforeTheTypesInTheirOrder) {
-  const std::vector<std::string> expected = {"register " + std::to_string(function_count), "NewAnyMan",      "RegisterAnyMan",
-                                             "NewAnyMan",      "RegisterAnyMan", "NewAnyMan",
-                                             "RegisterAnyMan", "NewAnyMan",      "RegisterAnyMan"};
+  const std::vector<std::string> expected = {"register " + std::to_string(function_count),
+                                             "NewAnyMan",
+                                             "RegisterAnyMan",
+                                             "NewAnyMan",
+                                             "RegisterAnyMan",
+                                             "NewAnyMan",
+                                             "RegisterAnyMan",
+                                             "NewAnyMan",
+                                             "RegisterAnyMan"};
   EXPECT_EQ(Module::loaded().start(), expected);
   EXPECT_EQ(Module::loaded().init_returned(), 1);
   std::vector<std::string> types;

@@ -27,8 +27,7 @@ class OrderingFaults : public ArrayResultTest {
         EXPECT_EQ(function(ctx(), hvm::records_of(args), static_cast<int>(args.size()), result.address()), 1) << name;
         // Also the host's object may come from the module, which returns null.
         const bool lost = allocation_has_failed() || hvm::allocation_has_failed();
-        EXPECT_TRUE(lost ? !result.is_object() || hvm::object_of(result.record()) == nullptr
-                         : holds(result, expected))
+        EXPECT_TRUE(lost ? !result.is_object() || hvm::object_of(result.record()) == nullptr : holds(result, expected))
             << name;
       } catch (const std::bad_alloc&) {
         EXPECT_EQ(std::memcmp(&before, result.address(), sizeof before), 0) << name;
@@ -78,8 +77,7 @@ class OrderingFaults : public ArrayResultTest {
       FloatObject floats({2, 2}, {1, 20, 3, 4});
       expect_survival("xhistogram", {value});
       expect_survival("xhistogram", {value, Value(1000)});
-      for (const Value& edges :
-           {twos({2, 2, 2, 2, 2, 2}), floats.value(), twos(Kind::int32), twos(Kind::int64)}) {
+      for (const Value& edges : {twos({2, 2, 2, 2, 2, 2}), floats.value(), twos(Kind::int32), twos(Kind::int64)}) {
         expect_survival("xhistogram_bin_edges", {value, edges});
         expect_survival("xdigitize", {value, edges}, minimum);
       }

@@ -90,7 +90,8 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return 
 
 void* operator new(std::size_t size, std::align_val_t alignment) {
   using namespace arrayfold::test;
-  void* memory = withheld() ? nullptr : counted(memalign(static_cast<std::size_t>(alignment), size == 0 ? 1 : size), size);
+  void* memory =
+      withheld() ? nullptr : counted(memalign(static_cast<std::size_t>(alignment), size == 0 ? 1 : size), size);
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }

@@ -252,7 +252,8 @@ template <class Row>
 Value new_object(HostContext ctx, const TestArray& array) {
   const auto& elements = array.as<typename Row::element>();
   auto made = std::make_unique<ArrayOf<Row>>();
-  made->array = std::make_shared<xarray_of<typename Row::element>>(Shape(array.extents().begin(), array.extents().end()));
+  made->array =
+      std::make_shared<xarray_of<typename Row::element>>(Shape(array.extents().begin(), array.extents().end()));
   auto& storage = made->array->storage();
   if (storage.size() != elements.size()) throw std::invalid_argument("elements do not fill the extents");
   std::copy(elements.begin(), elements.end(), storage.begin());

@@ -34,7 +34,8 @@ class Module {
 
   const std::vector<FunctionRow>& rows() const { return rows_; }
   const FunctionRow* table() const { return table_; }
-  /// What happened during PKG_Init, in order: "register" with the count of functions, "NewAnyMan", "RegisterAnyMan", ...
+  /// What happened during PKG_Init, in order: "register" with the count of functions, "NewAnyMan", "RegisterAnyMan",
+  /// ...
   const std::vector<std::string>& start() const { return start_; }
   /// The host's own record of the same, without the registration of functions.
   const std::vector<hvm::RecordedCall>& start_calls() const { return start_calls_; }

@@ -43,8 +43,8 @@ const char* type_name_of(Kind kind) {
 }
 
 double rounding_of(Kind kind) {
-  return with_element(
-      kind, [](auto zero) { return static_cast<double>(std::numeric_limits<decltype(zero)>::epsilon()); });
+  return with_element(kind,
+                      [](auto zero) { return static_cast<double>(std::numeric_limits<decltype(zero)>::epsilon()); });
 }
 
 std::ostream& operator<<(std::ostream& out, const KindPair& pair) {
@@ -95,9 +95,8 @@ Number TestArray::operator[](std::size_t i) const {
 }
 
 void TestArray::set(std::size_t i, Number x) {
-  std::visit(
-      [&](auto& elements) { elements.at(i) = x.as<typename std::decay_t<decltype(elements)>::value_type>(); },
-      elements_);
+  std::visit([&](auto& elements) { elements.at(i) = x.as<typename std::decay_t<decltype(elements)>::value_type>(); },
+             elements_);
 }
 
 std::vector<double> TestArray::as_doubles() const {
@@ -136,7 +135,9 @@ TestArray TestArray::with_one_nan() const {
 bool operator==(const TestArray& a, const TestArray& b) {
   if (a.kind_ != b.kind_ || a.extents_ != b.extents_) return false;
   return std::visit(
-      [&](const auto& elements) { return same_bits(elements, std::get<std::decay_t<decltype(elements)>>(b.elements_)); },
+      [&](const auto& elements) {
+        return same_bits(elements, std::get<std::decay_t<decltype(elements)>>(b.elements_));
+      },
       a.elements_);
 }
 
@@ -148,7 +149,8 @@ std::ostream& operator<<(std::ostream& out, const TestArray& array) {
 
 std::string difference(const TestArray& found, const TestArray& expected) {
   if (found == expected) return "";
-  if (found.kind() != expected.kind()) return std::string(dtype_of(found.kind())) + ", not " + dtype_of(expected.kind());
+  if (found.kind() != expected.kind())
+    return std::string(dtype_of(found.kind())) + ", not " + dtype_of(expected.kind());
   if (found.extents() != expected.extents())
     return "extents " + ::testing::PrintToString(found.extents()) + ", not " +
            ::testing::PrintToString(expected.extents());
@@ -166,9 +168,8 @@ std::string difference(const TestArray& found, const TestArray& expected) {
 }
 
 TestArray random_array(Kind kind, const Extents& extents, unsigned seed) {
-  return with_element(kind, [&](auto zero) {
-    return TestArray(extents, random_elements<decltype(zero)>(size_of(extents), seed));
-  });
+  return with_element(
+      kind, [&](auto zero) { return TestArray(extents, random_elements<decltype(zero)>(size_of(extents), seed)); });
 }
 
 }  // namespace arrayfold::test

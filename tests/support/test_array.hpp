@@ -78,8 +78,8 @@ constexpr Kind code_of_element(kinds<Row...>) {
 template <class T>
 constexpr Kind kind_of = detail::code_of_element<T>(all_kinds{});
 
-/// Calls `use(T{})` with a zero of the element type of a kind of numbers, for code that is compiled once: a reference, a
-/// generator. Throws std::invalid_argument for any other kind.
+/// Calls `use(T{})` with a zero of the element type of a kind of numbers, for code that is compiled once: a reference,
+/// a generator. Throws std::invalid_argument for any other kind.
 template <class Use>
 auto with_element(Kind kind, Use use) {
   return with_row(double_first{}, kind, [&](auto row) { return use(typename decltype(row)::element{}); });

@@ -142,16 +142,14 @@ TEST(ElementKinds, MakeElementsOfFloatingPointNumbers) {
 
   EXPECT_EQ(XTInt64::from_double(4503599627370495.5), 4503599627370495);
   EXPECT_EQ(XTInt64::from_double(-2.9), -2);
-  for (const double x : {0x1p63, -0x1p64, infinity, -infinity, nan})
-    EXPECT_EQ(XTInt64::from_double(x), INT64_MIN) << x;
+  for (const double x : {0x1p63, -0x1p64, infinity, -infinity, nan}) EXPECT_EQ(XTInt64::from_double(x), INT64_MIN) << x;
 
   EXPECT_EQ(XTFloat::from_double(0.1), 0.1f);
   EXPECT_EQ(XTFloat::from_double(1e300), std::numeric_limits<float>::infinity());
   EXPECT_TRUE(same(XTFloat::from_double(-1e-300), -0.0f));
   EXPECT_TRUE(std::isnan(XTFloat::from_double(nan)));
 
-  for (const double x : {0.1, -0.0, 5e-324, 1e300, -infinity, nan})
-    EXPECT_TRUE(same(XTDouble::from_double(x), x)) << x;
+  for (const double x : {0.1, -0.0, 5e-324, 1e300, -infinity, nan}) EXPECT_TRUE(same(XTDouble::from_double(x), x)) << x;
 }
 
 // ---- The names of the kinds

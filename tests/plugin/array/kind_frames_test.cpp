@@ -25,7 +25,7 @@ class KindFrames : public ModuleTest {
   /// Every kind of object there is, by the dtype of its array.
   std::vector<std::pair<std::string, const HostAny*>> objects() const {
     const auto any = [](const Value& value) -> const HostAny* { return hvm::object_of(value.record()); };
-    return {{"bool", any(bools_)},  {"int", any(ints_)},       {"int64", any(int64s_)},
+    return {{"bool", any(bools_)},       {"int", any(ints_)},       {"int64", any(int64s_)},
             {"float", floats_.object()}, {"double", any(doubles_)}, {"foreign", foreign_.object()}};
   }
 

@@ -44,8 +44,7 @@ TEST_P(Bincount, OfRandomElements_IsTheLibrarys) {
   for (const unsigned limit : {1u, 2u, 10u, 1000u}) {
     for (std::size_t length = 1; length <= 300; ++length)
       expect_library(below({length}, limit, static_cast<unsigned>(length)));
-    for (const std::size_t length : {1000u, 5000u, 100001u})
-      expect_library(below({length}, limit, 3));
+    for (const std::size_t length : {1000u, 5000u, 100001u}) expect_library(below({length}, limit, 3));
   }
   expect_library(of_kind({2}, {1000000, 3}));
 }

@@ -12,9 +12,7 @@
 namespace arrayfold::test {
 namespace {
 
-TestArray places(const Extents& extents, const Numbers& numbers) {
-  return TestArray(Kind::float64, extents, numbers);
-}
+TestArray places(const Extents& extents, const Numbers& numbers) { return TestArray(Kind::float64, extents, numbers); }
 
 /// Elements of the first kind among edges of the second.
 class Digitize : public OverPairs<ArrayResultTest> {

@@ -116,8 +116,8 @@ TEST_P(Histogram, OfRangesThatOverflow_FollowsTheRule) {
 
 TEST_P(Histogram, OfDenormalRanges_FollowsTheRule) {
   const double tiny = limits_of(kind()).denorm_min;
-  for (const Numbers& x : std::vector<Numbers>{
-           {0, tiny, 2 * tiny}, {-tiny, 0, tiny}, {0, tiny}, {tiny, tiny}, {-tiny, -0.0, 0.0}})
+  for (const Numbers& x :
+       std::vector<Numbers>{{0, tiny, 2 * tiny}, {-tiny, 0, tiny}, {0, tiny}, {tiny, tiny}, {-tiny, -0.0, 0.0}})
     for (const std::size_t bins : {1u, 2u, 4u, 10u}) {
       expect_rule(row(x), bins, ::testing::PrintToString(x));
       expect_edges(row(x), ::testing::PrintToString(x));

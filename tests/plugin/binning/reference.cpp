@@ -67,9 +67,8 @@ TestArray on_edges(std::mt19937_64& engine, std::size_t bins) {
 }  // namespace
 
 ExpectedHistogram expected_histogram(const TestArray& array, std::size_t bins) {
-  return with_floating(array.kind(), [&](auto zero) {
-    return expected_histogram_of(container_with<decltype(zero)>(array), bins);
-  });
+  return with_floating(array.kind(),
+                       [&](auto zero) { return expected_histogram_of(container_with<decltype(zero)>(array), bins); });
 }
 
 TestArray library_histogram(const TestArray& array, std::size_t bins) {
@@ -86,8 +85,7 @@ TestArray library_edges(const TestArray& array) {
 }
 
 TestArray library_bincount(const TestArray& array) {
-  if (array.kind() == Kind::int32)
-    return array_in<std::int32_t>(xt::bincount(container_with<std::int32_t>(array)));
+  if (array.kind() == Kind::int32) return array_in<std::int32_t>(xt::bincount(container_with<std::int32_t>(array)));
   return array_in<std::int64_t>(xt::bincount(container_with<std::int64_t>(array)));
 }
 

@@ -2,7 +2,6 @@
 
 #include <cmath>
 
-
 #include "reference.hpp"
 #include "support/containers.hpp"
 

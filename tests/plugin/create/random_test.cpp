@@ -357,7 +357,8 @@ TEST_F(Random, Shuffles_OfWhatIsNoObject_Fail) {
     EXPECT_EQ(answer.operations, Words{});
     for (int tag = 0; tag < 256; ++tag)
       if (tag != static_cast<int>(ValueTag::object))
-        expect_failure_in_step(name, {raw(static_cast<ValueTag>(tag)), array_of<XTInt>(ctx(), {2}, {1, 2})}, {"AnyCheck 0"});
+        expect_failure_in_step(name, {raw(static_cast<ValueTag>(tag)), array_of<XTInt>(ctx(), {2}, {1, 2})},
+                               {"AnyCheck 0"});
   }
 }
 

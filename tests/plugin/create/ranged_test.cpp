@@ -5,7 +5,6 @@
 #include <limits>
 #include <random>
 
-
 #include "kernels/conversion.hpp"
 #include "reference.hpp"
 #include "support/containers.hpp"

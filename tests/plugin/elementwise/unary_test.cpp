@@ -41,7 +41,8 @@ template <class Kind>
 void Unary::expect_integers(const Function& function, const std::vector<typename Kind::element>& elements) const {
   using Unsigned = std::make_unsigned_t<typename Kind::element>;
   const Value operand = array_of<Kind>(ctx(), {elements.size()}, elements);
-  if (function.integers == Integers::no_value) return expect_no_result(call(function.name, {operand}), 1, function.name);
+  if (function.integers == Integers::no_value)
+    return expect_no_result(call(function.name, {operand}), 1, function.name);
   if (function.integers == Integers::kept) {
     const Answer answer = call(function.name, {operand});
     EXPECT_EQ(type_of(answer.result), Kind::type_name);

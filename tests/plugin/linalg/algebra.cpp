@@ -151,8 +151,6 @@ Doubles with_nonsense_above(Doubles a, std::size_t n) {
   return a;
 }
 
-Doubles rounded(Kind kind, const Doubles& numbers) {
-  return TestArray(kind, {numbers.size()}, numbers).as_doubles();
-}
+Doubles rounded(Kind kind, const Doubles& numbers) { return TestArray(kind, {numbers.size()}, numbers).as_doubles(); }
 
 }  // namespace arrayfold::test

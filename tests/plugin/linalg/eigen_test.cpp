@@ -12,7 +12,8 @@ class Eigenproblems : public OverKinds<AlgebraTest> {
 INSTANTIATE_TEST_SUITE_P(Kinds, Eigenproblems, ::testing::ValuesIn(floating_kinds), KindName());
 
 TEST_P(Eigenproblems, Required_XeigGivesAnEmptyTable) {
-  for (const Doubles& elements : {Doubles{2, 0, 0, 3}, {0, -1, 1, 0}, {1, 1, 0, 1}, {0, 0, 0, 0}, {1e-30, 1e30, 0, 1}}) {
+  for (const Doubles& elements :
+       {Doubles{2, 0, 0, 3}, {0, -1, 1, 0}, {1, 1, 0, 1}, {0, 0, 0, 0}, {1e-30, 1e30, 0, 1}}) {
     const auto values = table("xeig", {of({2, 2}, elements)});
     EXPECT_TRUE(values.empty());
   }
@@ -74,8 +75,7 @@ TEST_P(Eigenproblems, TheLowerTriangleAloneIsRead) {
   for (const std::size_t n : {2u, 3u, 10u, 40u}) {
     const Doubles a = positive_definite(n, 14);
     const Value whole = of({n, n}, a), below = of({n, n}, with_nonsense_above(a, n));
-    EXPECT_EQ(doubles_of(kind(), "xeigvalsh", {below}),
-              doubles_of(kind(), "xeigvalsh", {whole}));
+    EXPECT_EQ(doubles_of(kind(), "xeigvalsh", {below}), doubles_of(kind(), "xeigvalsh", {whole}));
     const auto of_below = table("xeigh", {below}), of_whole = table("xeigh", {whole});
     for (std::size_t key = 0; key < 2; ++key)
       EXPECT_EQ(contents_of(of_below.at(key), kind()), contents_of(of_whole.at(key), kind())) << n;

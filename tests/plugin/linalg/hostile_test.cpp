@@ -1,5 +1,5 @@
-// linalg/hostile_test.cpp: operands of every shape and value: each call returns soon, regularly or with a known message,
-// and writes nothing to standard output
+// linalg/hostile_test.cpp: operands of every shape and value: each call returns soon, regularly or with a known
+// message, and writes nothing to standard output
 
 #include <unistd.h>
 
@@ -163,8 +163,8 @@ TEST_F(Hostile, MatricesOfMoreRowsThanLapackCounts_WithoutElements_EndAsKnown) {
 /// Matrices that LAPACK handles badly.
 std::vector<Doubles> bad_matrices(std::size_t n) {
   const Doubles random = random_doubles(n * n, 3);
-  std::vector<Doubles> made = {Doubles(n * n, 0), Doubles(n * n, 1), Doubles(n * n, not_a_number), Doubles(n * n, infinity),
-                             Doubles(n * n, -infinity)};
+  std::vector<Doubles> made = {Doubles(n * n, 0), Doubles(n * n, 1), Doubles(n * n, not_a_number),
+                               Doubles(n * n, infinity), Doubles(n * n, -infinity)};
   for (const double value : {not_a_number, infinity, -infinity, 1e300, -1e300, 1e-300, 5e-324, 0.0})
     for (const std::size_t place : {std::size_t{0}, n * n / 2, n * n - 1}) {
       made.push_back(random);

@@ -22,7 +22,8 @@ class LibraryProducts : public OverPairs<AlgebraTest> {
   unsigned seed_ = 1;
   std::mt19937 engine_{7};
 };
-INSTANTIATE_TEST_SUITE_P(Kinds, LibraryProducts, ::testing::ValuesIn(pairs_of(numeric_kinds, numeric_kinds)), PairName());
+INSTANTIATE_TEST_SUITE_P(Kinds, LibraryProducts, ::testing::ValuesIn(pairs_of(numeric_kinds, numeric_kinds)),
+                         PairName());
 
 TEST_P(LibraryProducts, XdotOfVectorsAndMatrices_IsTheLibrarys) {
   for (int turn = 0; turn < 30; ++turn) {
@@ -117,8 +118,7 @@ void IntegerProducts::expect_triple_loop(std::size_t m, std::size_t k, std::size
 
 TEST_P(IntegerProducts, AreTheWrappingTripleLoop) {
   std::mt19937_64 engine(17);
-  for (int turn = 0; turn < 60; ++turn)
-    expect_triple_loop(extent(), extent(), turn % 7 == 0 ? 1 : extent(), engine);
+  for (int turn = 0; turn < 60; ++turn) expect_triple_loop(extent(), extent(), turn % 7 == 0 ? 1 : extent(), engine);
 }
 
 TEST_P(IntegerProducts, WithEveryNumberOfRowsLeftOver_AreTheWrappingTripleLoop) {

@@ -22,26 +22,17 @@ struct Function {
   int values = 0;  // of a table
 };
 
-constexpr Function functions[] = {{"xdot", 2, Integers::taken, Form::array},
-                                  {"xvdot", 2, Integers::taken, Form::scalar},
-                                  {"xouter", 2, Integers::taken, Form::array},
-                                  {"xkron", 2, Integers::taken, Form::array},
-                                  {"xcholesky", 1, Integers::fail, Form::array},
-                                  {"xqr", 1, Integers::fail, Form::arrays, 2},
-                                  {"xsvd", 1, Integers::fail, Form::arrays, 3},
-                                  {"xeig", 1, Integers::fail, Form::arrays, 0},
-                                  {"xeigvals", 1, Integers::fail, Form::nothing},
-                                  {"xeigh", 1, Integers::fail, Form::arrays, 2},
-                                  {"xeigvalsh", 1, Integers::fail, Form::array},
-                                  {"xnorm", 1, Integers::fail, Form::scalar},
-                                  {"xdet", 1, Integers::fail, Form::scalar},
-                                  {"xmatrix_rank", 1, Integers::fail, Form::scalar},
-                                  {"xslogdet", 1, Integers::fail, Form::numbers, 2},
-                                  {"xtrace", 1, Integers::taken, Form::scalar},
-                                  {"xinv", 1, Integers::fail, Form::array},
-                                  {"xpinv", 1, Integers::fail, Form::array},
-                                  {"xsolve", 2, Integers::fail, Form::array},
-                                  {"xlstsq", 2, Integers::fail, Form::arrays, 4}};
+constexpr Function functions[] = {
+    {"xdot", 2, Integers::taken, Form::array},         {"xvdot", 2, Integers::taken, Form::scalar},
+    {"xouter", 2, Integers::taken, Form::array},       {"xkron", 2, Integers::taken, Form::array},
+    {"xcholesky", 1, Integers::fail, Form::array},     {"xqr", 1, Integers::fail, Form::arrays, 2},
+    {"xsvd", 1, Integers::fail, Form::arrays, 3},      {"xeig", 1, Integers::fail, Form::arrays, 0},
+    {"xeigvals", 1, Integers::fail, Form::nothing},    {"xeigh", 1, Integers::fail, Form::arrays, 2},
+    {"xeigvalsh", 1, Integers::fail, Form::array},     {"xnorm", 1, Integers::fail, Form::scalar},
+    {"xdet", 1, Integers::fail, Form::scalar},         {"xmatrix_rank", 1, Integers::fail, Form::scalar},
+    {"xslogdet", 1, Integers::fail, Form::numbers, 2}, {"xtrace", 1, Integers::taken, Form::scalar},
+    {"xinv", 1, Integers::fail, Form::array},          {"xpinv", 1, Integers::fail, Form::array},
+    {"xsolve", 2, Integers::fail, Form::array},        {"xlstsq", 2, Integers::fail, Form::arrays, 4}};
 
 /// Both have no regular result: the stub, and the function that always throws.
 constexpr const char* without_result[] = {"xmatrix_power", "xcond"};

@@ -51,8 +51,7 @@ TEST_P(Endings, AnyOtherNumberOfDimensionsThanTwo_IsNoMatrix) {
 
 TEST_P(Endings, ExtentsBeyondTheStorage_AreOutOfMemory) {
   constexpr std::size_t far = std::size_t{0} - 6;
-  const Value square = with_wrong_shape({far, far}), wide = with_wrong_shape({2, 4}),
-              tall = with_wrong_shape({far, 1});
+  const Value square = with_wrong_shape({far, far}), wide = with_wrong_shape({2, 4}), tall = with_wrong_shape({far, 1});
   for (const std::string& name : of_one_matrix) {
     const bool needs_square = contains(of_squares, name);
     EXPECT_EQ(ending(name, {square}), "bad_alloc") << name;
@@ -76,10 +75,8 @@ TEST_P(Endings, OfXeigAndXeigvals_OnNaNAndInfinities_AreTheirMessages) {
     for (const std::size_t n : {1u, 2u, 3u, 10u}) {
       Doubles elements = positive_definite(n, 1);
       elements[n * n - 1] = bad;
-      EXPECT_EQ(ending("xeig", {of({n, n}, elements)}),
-                "runtime_error: Eigenvalue calculation did not converge.");
-      EXPECT_EQ(ending("xeigvals", {of({n, n}, elements)}),
-                "runtime_error: Failed to compute eigenvalue 4.");
+      EXPECT_EQ(ending("xeig", {of({n, n}, elements)}), "runtime_error: Eigenvalue calculation did not converge.");
+      EXPECT_EQ(ending("xeigvals", {of({n, n}, elements)}), "runtime_error: Failed to compute eigenvalue 4.");
     }
 }
 
@@ -161,8 +158,7 @@ TEST_P(Endings, SecondOperandsBeyondTheirStorage_AreOutOfMemory) {
   const Value wrong = with_wrong_shape({2, 4});
   EXPECT_EQ(ending("xsolve", {regular(), wrong}), "bad_alloc");
   EXPECT_EQ(ending("xlstsq", {regular(), wrong}), "bad_alloc");
-  EXPECT_EQ(ending("xlstsq", {of({1, 2}, {1, 1}), wrong}),
-            "runtime_error: Shape of 'b' for lstsq does not match.");
+  EXPECT_EQ(ending("xlstsq", {of({1, 2}, {1, 1}), wrong}), "runtime_error: Shape of 'b' for lstsq does not match.");
 }
 
 // ---- Products

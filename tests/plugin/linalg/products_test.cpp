@@ -51,8 +51,7 @@ TEST_P(PairsOfKinds, ResultsHaveTheKindOfTheFirst) {
   EXPECT_EQ(product("xdot", matrix, tall), expected({2, 2}, {22, 28, 49, 64}));
   EXPECT_EQ(inner(row, other), 14);
   EXPECT_EQ(product("xouter", row, other), expected({3, 3}, {1, 2, 3, 2, 4, 6, 3, 6, 9}));
-  EXPECT_EQ(product("xkron", a({1, 2}), b({2, 2})),
-            expected({2, 4}, {1, 2, 2, 4, 3, 4, 6, 8}));
+  EXPECT_EQ(product("xkron", a({1, 2}), b({2, 2})), expected({2, 4}, {1, 2, 2, 4, 3, 4, 6, 8}));
 }
 
 TEST_P(PairsOfKinds, XdotOfMoreThanTwoDimensions_SumsTheLastAndTheLastButOne) {
@@ -98,22 +97,16 @@ TEST_P(PairsOfKinds, WithoutElements_SumsAreZero) {
                                                         {{1, 0}, {0, 1}, {1, 1}},
                                                         {{1, 0}, {0}, {1}},
                                                         {{2, 0}, {4, 0, 3}, {2, 4, 3}}};
-  for (const auto& [left, right, result] : dots)
-    EXPECT_EQ(product("xdot", a(left), b(right)),
-              zeros(result));
+  for (const auto& [left, right, result] : dots) EXPECT_EQ(product("xdot", a(left), b(right)), zeros(result));
   const std::tuple<Extents, Extents, Extents> outers[] = {
       {{0}, {0}, {0, 0}},    {{3}, {0}, {3, 0}}, {{0}, {3}, {0, 3}}, {{2, 0}, {3}, {2, 3}},
       {{3}, {2, 0}, {3, 2}}, {{}, {0}, {1, 0}},  {{0}, {}, {0, 1}},  {{2, 0}, {2, 0}, {2, 2}}};
-  for (const auto& [left, right, result] : outers)
-    EXPECT_EQ(product("xouter", a(left), b(right)),
-              zeros(result));
+  for (const auto& [left, right, result] : outers) EXPECT_EQ(product("xouter", a(left), b(right)), zeros(result));
   const std::tuple<Extents, Extents, Extents> krons[] = {
       {{0}, {0}, {1, 0}},          {{3}, {0}, {1, 0}},         {{0}, {3}, {1, 0}}, {{2, 0}, {3, 1}, {6, 0}},
       {{0, 2}, {1, 3}, {0, 6}},    {{2, 2}, {0, 1}, {0, 2}},   {{}, {0}, {1, 0}},  {{0, 0}, {}, {0, 0}},
       {{2, 2, 0}, {1, 1}, {2, 2}}, {{1, 2}, {2, 3, 0}, {2, 6}}};
-  for (const auto& [left, right, result] : krons)
-    EXPECT_EQ(product("xkron", a(left), b(right)),
-              zeros(result));
+  for (const auto& [left, right, result] : krons) EXPECT_EQ(product("xkron", a(left), b(right)), zeros(result));
 }
 
 TEST_P(PairsOfKinds, XvdotThatEndsBefore_Fails) {
@@ -123,19 +116,15 @@ TEST_P(PairsOfKinds, XvdotThatEndsBefore_Fails) {
   for (const auto& [left, right] : short_ones) {
     // A single row of five has a first stride of its own: 0, taken as 1.
     if (right == Extents{1, 5}) {
-      EXPECT_EQ(inner(a(left), b(right)),
-                14);
+      EXPECT_EQ(inner(a(left), b(right)), 14);
       continue;
     }
-    expect_no_result(call("xvdot", {a(left), b(right)}), 0,
-                         "xvdot");
+    expect_no_result(call("xvdot", {a(left), b(right)}), 0, "xvdot");
   }
 }
 
 TEST_P(PairsOfKinds, Required_TheFirstOperandAloneDecidesTheLengthOfXvdot) {
-  const auto of = [&](const Extents& left, const Extents& right) {
-    return inner(a(left), b(right));
-  };
+  const auto of = [&](const Extents& left, const Extents& right) { return inner(a(left), b(right)); };
   EXPECT_EQ(of({2}, {5}), 5);
   EXPECT_EQ(of({1}, {5}), 1);
   EXPECT_EQ(of({0}, {5}), 0);
@@ -148,23 +137,16 @@ TEST_P(PairsOfKinds, Required_TheFirstOperandAloneDecidesTheLengthOfXvdot) {
 }
 
 TEST_P(PairsOfKinds, XouterWalksTheFirstDimensions) {
-  EXPECT_EQ(product("xouter", a({2, 2}), b({3, 2})),
-            expected({2, 3}, {1, 3, 5, 3, 9, 15}));
-  EXPECT_EQ(
-      product("xouter", a({1, 4}), b({2, 2, 2})),
-      expected({1, 2}, {1, 5}));
+  EXPECT_EQ(product("xouter", a({2, 2}), b({3, 2})), expected({2, 3}, {1, 3, 5, 3, 9, 15}));
+  EXPECT_EQ(product("xouter", a({1, 4}), b({2, 2, 2})), expected({1, 2}, {1, 5}));
 }
 
 TEST_P(PairsOfKinds, XkronTakesTheFirstTwoDimensionsOfMany_AndVectorsAsRows) {
-  EXPECT_EQ(product("xkron", a({2}), b({2})),
-            expected({1, 4}, {1, 2, 2, 4}));
-  EXPECT_EQ(product("xkron", a({2}), b({2, 1})),
-            expected({2, 2}, {1, 2, 2, 4}));
-  EXPECT_EQ(product("xkron", a({2, 1}), b({2})),
-            expected({2, 2}, {1, 2, 2, 4}));
+  EXPECT_EQ(product("xkron", a({2}), b({2})), expected({1, 4}, {1, 2, 2, 4}));
+  EXPECT_EQ(product("xkron", a({2}), b({2, 1})), expected({2, 2}, {1, 2, 2, 4}));
+  EXPECT_EQ(product("xkron", a({2, 1}), b({2})), expected({2, 2}, {1, 2, 2, 4}));
   // Two extents from the front, two strides from the back: 1 2 / 3 4 of the eight.
-  EXPECT_EQ(product("xkron", a({2, 2, 2}), b({})),
-            expected({2, 2}, {1, 2, 3, 4}));
+  EXPECT_EQ(product("xkron", a({2, 2, 2}), b({})), expected({2, 2}, {1, 2, 3, 4}));
 }
 
 // ---- What becomes of results that the first kind cannot hold

@@ -82,15 +82,14 @@ auto with_floating(Kind kind, Use use) {
 TestArray library_product(const std::string& name, const TestArray& left, const TestArray& right) {
   return with_element(left.kind(), [&](auto zero) {
     const auto a = container_with<decltype(zero)>(left);
-    return with_element(right.kind(), [&](auto other) {
-      return product(name, a, container_with<decltype(other)>(right));
-    });
+    return with_element(right.kind(),
+                        [&](auto other) { return product(name, a, container_with<decltype(other)>(right)); });
   });
 }
 
 std::vector<TestArray> library_parts(const std::string& name, const TestArray& matrix) {
   return with_floating(matrix.kind(),
-                   [&](auto zero) { return parts<decltype(zero)>(name, container_with<decltype(zero)>(matrix)); });
+                       [&](auto zero) { return parts<decltype(zero)>(name, container_with<decltype(zero)>(matrix)); });
 }
 
 std::vector<TestArray> library_parts(const std::string& name, const TestArray& matrix, const TestArray& other) {

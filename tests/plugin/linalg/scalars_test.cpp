@@ -49,7 +49,7 @@ TEST_P(Scalars, XnormOfAMatrix_IsTheRootOfTheSumOfSquares) {
     const auto exact = static_cast<double>(std::sqrt(squares));
     // A square goes through an addition for each place in its row and for each row; the root halves the error.
     const double additions = static_cast<double>(2 * n + 1) * rounding_of(Kind::float64) / 4;
-    EXPECT_NEAR(number("xnorm", {n, n + 1}, a), exact, (additions + rounding_of(kind()))*exact) << n;
+    EXPECT_NEAR(number("xnorm", {n, n + 1}, a), exact, (additions + rounding_of(kind())) * exact) << n;
   }
 }
 
@@ -144,7 +144,8 @@ TEST_P(Scalars, XdetOverflowsWhereXslogdetDoesNot) {
 
 TEST_P(Scalars, XdetIsMultipliedInTheElementsType) {
   const Doubles diagonal = {0.1, 0, 0, 0, 0.7, 0, 0, 0, 0.3};
-  const double expected = kind() == Kind::float64 ? 1.0 * 0.1 * 0.7 * 0.3 : static_cast<double>(1.f * 0.1f * 0.7f * 0.3f);
+  const double expected =
+      kind() == Kind::float64 ? 1.0 * 0.1 * 0.7 * 0.3 : static_cast<double>(1.f * 0.1f * 0.7f * 0.3f);
   EXPECT_TRUE(same(number("xdet", {3, 3}, diagonal), expected));
 }
 
@@ -184,8 +185,7 @@ TEST_P(Scalars, OfProducts_TheRankIsTheInnerExtent) {
 }
 
 TEST_P(Scalars, OfNothingNaNOrInfinities_TheRankIsZero) {
-  for (const Extents& extents : {Extents{0, 0}, {0, 3}, {3, 0}})
-    EXPECT_EQ(number("xmatrix_rank", extents, {}), 0);
+  for (const Extents& extents : {Extents{0, 0}, {0, 3}, {3, 0}}) EXPECT_EQ(number("xmatrix_rank", extents, {}), 0);
   for (const double bad : {not_a_number, infinity, -infinity})
     for (const std::size_t n : {1u, 2u, 3u, 10u}) {
       Doubles a = identity(n);
@@ -234,9 +234,9 @@ TEST_P(Traces, Required_BelowTwoDimensions_AreHandledWithoutAValue) {
 }
 
 TEST_P(Traces, OfEveryRank_AddAlongTheFirstTwo) {
-  const Extents shapes[] = {{2, 3, 4},       {3, 2, 5},       {1, 4, 3},          {4, 4, 1},       {2, 2, 3, 4},
-                            {3, 5, 1, 2},    {5, 3, 2, 1},    {2, 3, 2, 3, 2},    {4, 2, 1, 3, 1}, {2, 2, 2, 2, 2, 2},
-                            {3, 2, 1, 2, 3, 4}, {2, 4, 3, 1, 2, 1}};
+  const Extents shapes[] = {{2, 3, 4},       {3, 2, 5},          {1, 4, 3},          {4, 4, 1},
+                            {2, 2, 3, 4},    {3, 5, 1, 2},       {5, 3, 2, 1},       {2, 3, 2, 3, 2},
+                            {4, 2, 1, 3, 1}, {2, 2, 2, 2, 2, 2}, {3, 2, 1, 2, 3, 4}, {2, 4, 3, 1, 2, 1}};
   for (const Extents& extents : shapes) {
     Numbers numbers;
     for (std::size_t i = 0; i < size_of(extents); ++i) numbers.push_back(static_cast<int>(i * i % 1009) - 300);
@@ -255,12 +255,14 @@ TEST_F(TraceSums, Required_SumsOfInt64_AreHandedOverInDouble) {
   constexpr std::int64_t large = (std::int64_t{1} << 53) + 1;
   EXPECT_EQ(scalar(Kind::int64, "xtrace", {made(Kind::int64, {1, 1}, {large})}), large - 1);
   constexpr std::int64_t top = std::numeric_limits<std::int64_t>::max();
-  EXPECT_EQ(scalar(Kind::int64, "xtrace", {made(Kind::int64, {1, 1}, {top})}), std::numeric_limits<std::int64_t>::min());
+  EXPECT_EQ(scalar(Kind::int64, "xtrace", {made(Kind::int64, {1, 1}, {top})}),
+            std::numeric_limits<std::int64_t>::min());
 }
 
 TEST_F(TraceSums, IntegersWrapInTheirWidth) {
   constexpr std::int32_t top = std::numeric_limits<std::int32_t>::max();
-  EXPECT_EQ(scalar(Kind::int32, "xtrace", {made(Kind::int32, {2, 2}, {top, 0, 0, 1})}), std::numeric_limits<std::int32_t>::min());
+  EXPECT_EQ(scalar(Kind::int32, "xtrace", {made(Kind::int32, {2, 2}, {top, 0, 0, 1})}),
+            std::numeric_limits<std::int32_t>::min());
   EXPECT_EQ(scalar(Kind::int32, "xtrace", {made(Kind::int32, {2, 2}, {top, 0, 0, 0})}), top);
 }
 

@@ -115,8 +115,7 @@ TEST_P(Solvers, XsolveKeepsTheDimensionsOfTheRightHandSides) {
   const Value a = of({2, 2}, {2, 0, 0, 4});
   EXPECT_EQ(result("xsolve", {a, of({2}, {2, 8})}), (Contents{{2}, {1, 2}}));
   EXPECT_EQ(result("xsolve", {a, of({2, 1}, {2, 8})}), (Contents{{2, 1}, {1, 2}}));
-  EXPECT_EQ(result("xsolve", {a, of({2, 3}, {2, 4, 6, 8, 12, 16})}),
-            (Contents{{2, 3}, {1, 2, 3, 2, 3, 4}}));
+  EXPECT_EQ(result("xsolve", {a, of({2, 3}, {2, 4, 6, 8, 12, 16})}), (Contents{{2, 3}, {1, 2, 3, 2, 3, 4}}));
   EXPECT_EQ(result("xsolve", {a, of({2, 0}, {})}), (Contents{{2, 0}, {}}));
   EXPECT_EQ(result("xsolve", {of({1, 1}, {2}), of({1}, {6})}), (Contents{{1}, {3}}));
 }
@@ -136,8 +135,7 @@ TEST_P(Solvers, XsolveTimesTheMatrix_GivesTheRightHandSides) {
 TEST_P(Solvers, RightHandSidesLongerThanTheMatrix_KeepTheirRest) {
   const Value a = of({2, 2}, {2, 0, 0, 4});
   EXPECT_EQ(result("xsolve", {a, of({4}, {2, 8, 5, 6})}), (Contents{{4}, {1, 2, 5, 6}}));
-  EXPECT_EQ(result("xsolve", {a, of({3, 2}, {2, 4, 8, 16, 5, 6})}),
-            (Contents{{3, 2}, {1, 2, 2, 4, 5, 6}}));
+  EXPECT_EQ(result("xsolve", {a, of({3, 2}, {2, 4, 8, 16, 5, 6})}), (Contents{{3, 2}, {1, 2, 2, 4, 5, 6}}));
   EXPECT_EQ(result("xsolve", {of({0, 0}, {}), of({2}, {5, 6})}), (Contents{{2}, {5, 6}}));
   EXPECT_EQ(result("xsolve", {of({0, 0}, {}), of({0, 3}, {})}), (Contents{{0, 3}, {}}));
   EXPECT_EQ(result("xsolve", {of({0, 0}, {}), of({0}, {})}), (Contents{{0}, {}}));
@@ -146,10 +144,8 @@ TEST_P(Solvers, RightHandSidesLongerThanTheMatrix_KeepTheirRest) {
 TEST_P(Solvers, RightHandSidesOfThreeDimensions_AreColumnsOfTheirLast) {
   // The number of right-hand sides is the last extent; what lies before it, by columns, is one of them.
   const Value a = of({2, 2}, {2, 0, 0, 4});
-  EXPECT_EQ(result("xsolve", {a, of({2, 1, 2}, {2, 4, 8, 16})}),
-            (Contents{{2, 1, 2}, {1, 2, 2, 4}}));
-  EXPECT_EQ(result("xsolve", {a, of({2, 2, 1}, {2, 20, 8, 80})}),
-            (Contents{{2, 2, 1}, {1, 20, 2, 80}}));
+  EXPECT_EQ(result("xsolve", {a, of({2, 1, 2}, {2, 4, 8, 16})}), (Contents{{2, 1, 2}, {1, 2, 2, 4}}));
+  EXPECT_EQ(result("xsolve", {a, of({2, 2, 1}, {2, 20, 8, 80})}), (Contents{{2, 2, 1}, {1, 20, 2, 80}}));
 }
 
 // ---- xlstsq
@@ -250,7 +246,8 @@ TEST_F(MixedLeastSquares, Required_TheFirstOperandDecidesThePrecision) {
       EXPECT_EQ(contents_of(mixed.at(key), kind), contents_of(plain.at(key), kind)) << key;
   };
   compare(table("xlstsq", {float_a, b}), table("xlstsq", {float_a, float_b}), Kind::float32);
-  compare(table("xlstsq", {a, float_b}), table("xlstsq", {a, doubles({5}, rounded(Kind::float32, rhs))}), Kind::float64);
+  compare(table("xlstsq", {a, float_b}), table("xlstsq", {a, doubles({5}, rounded(Kind::float32, rhs))}),
+          Kind::float64);
 }
 
 }  // namespace

@@ -328,7 +328,9 @@ TEST_F(Arithmetic, AQuotientOfNaNs_IsTheDividend_AtEveryPlace) {
   for (const auto& [left, right, expected] :
        {std::array{first, second, first}, {second, first, second}, {first, 2.0, first}, {2.0, second, second}})
     for (std::size_t size = 0; size <= 300; ++size) {
-      const auto row = [](std::size_t count, double x) { return TestArray(Extents{count}, std::vector<double>(count, x)); };
+      const auto row = [](std::size_t count, double x) {
+        return TestArray(Extents{count}, std::vector<double>(count, x));
+      };
       const TestArray dividends = row(size, left), quotients = row(size, expected);
       const Value array = boxed(dividends);
       for (const Value& by : {boxed(row(size, right)), boxed(row(1, right)), Value(right)}) {

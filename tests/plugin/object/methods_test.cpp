@@ -138,10 +138,17 @@ TEST_F(Methods, Shape_IntoTheReceiversOwnRecord_ReplacesTheArrayByItsExtents) {
 // ---- reshape
 
 TEST_F(Methods, Reshape_ToExtentsWhoseProductWraps_TakesThemFromThreeOn) {
-  const std::pair<Extents, int> rows[] = {{{-1, -2, 3}, 1},     {{-1, -6, 1}, 1},     {{-1, -1, 6}, 1},
-                                          {{-1, -1, 2, 3}, 1},  {{-1, -1, -1, -6}, 1}, {{-1, -1, -1, -2, 3}, 1},
-                                          {{-1, 2, 3}, 0},      {{-1, -1, -6}, 0},     {{-1, -1, 5}, 0},
-                                          {{65536, 65536, 65536, 65536}, 0},          {{1 << 30, 1 << 30, 16, 6}, 0}};
+  const std::pair<Extents, int> rows[] = {{{-1, -2, 3}, 1},
+                                          {{-1, -6, 1}, 1},
+                                          {{-1, -1, 6}, 1},
+                                          {{-1, -1, 2, 3}, 1},
+                                          {{-1, -1, -1, -6}, 1},
+                                          {{-1, -1, -1, -2, 3}, 1},
+                                          {{-1, 2, 3}, 0},
+                                          {{-1, -1, -6}, 0},
+                                          {{-1, -1, 5}, 0},
+                                          {{65536, 65536, 65536, 65536}, 0},
+                                          {{1 << 30, 1 << 30, 16, 6}, 0}};
   for (const auto& [extents, returned] : rows) {
     Value six = array_of<XTInt>(ctx(), {6}, {1, 2, 3, 4, 5, 6});
     std::vector<Value> args;

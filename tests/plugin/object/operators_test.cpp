@@ -345,8 +345,7 @@ TEST_F(Operators, Required_InPlace_SumAndProductTakeANumberOnTheRightToo) {
 TEST_F(Operators, InPlaceFromTheRight_OfWhatIsNoNumber_ReturnsFalseForEveryOperator) {
   for (Value array : one_of_each_number_kind())
     for (const Opcode opcode : calculations)
-      for (const Value& other : {Value("5"), Value(), Value::table()})
-        expect_false(change_right(opcode, other, array));
+      for (const Value& other : {Value("5"), Value(), Value::table()}) expect_false(change_right(opcode, other, array));
 }
 
 // ---- In place

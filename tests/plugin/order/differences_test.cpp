@@ -45,7 +45,8 @@ TEST_P(Differences, XdiffOfRowsOfOneAndOfNothing_IsEmpty) {
 // ---- Single values
 
 TEST_F(OrderingTest, Required_XdiffOfIntegers_Wraps) {
-  EXPECT_EQ(given(call("xdiff", {array_of<XTInt>(ctx(), {2}, {INT32_MIN, 1})}), Kind::int32), TestArray(Kind::int32, {1}, {-2147483647}));
+  EXPECT_EQ(given(call("xdiff", {array_of<XTInt>(ctx(), {2}, {INT32_MIN, 1})}), Kind::int32),
+            TestArray(Kind::int32, {1}, {-2147483647}));
   EXPECT_EQ(given(call("xdiff", {array_of<XTInt>(ctx(), {3}, {INT32_MAX, INT32_MIN, INT32_MAX})}), Kind::int32),
             TestArray(Kind::int32, {2}, {1, -1}));
   EXPECT_EQ(given(call("xdiff", {array_of<XTInt64>(ctx(), {2}, {INT64_MIN, 1})}), Kind::int64),

@@ -102,7 +102,7 @@ std::vector<PatternOf<T>> patterns_of_numbers() {
       {"ends of the range",
        [](std::size_t count) {
          return elements_from<T>(count, {Limits::lowest(), Limits::max(), Limits::lowest() + 1, Limits::max() - 1, 0, 1,
-                                      -1, Limits::min()});
+                                         -1, Limits::min()});
        }},
       {"alike in their upper bits", [](std::size_t count) { return alike<T>(count, 1); }},
       {"alike in many groups",

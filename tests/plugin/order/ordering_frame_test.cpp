@@ -71,7 +71,7 @@ TEST_F(OrderFrame, OfWhatIsNoObject_Fail) {
   for (const std::string& name : orderings)
     for (const Value& operand : no_objects())
       expect_no_result(ask(name, operand), 0, {"AnyCheck 0"},
-                     name + " of tag " + std::to_string(static_cast<int>(operand.tag())));
+                       name + " of tag " + std::to_string(static_cast<int>(operand.tag())));
 }
 
 TEST_F(OrderFrame, Required_Bools_AreHandledWithoutResult) {
@@ -178,8 +178,9 @@ TEST_F(OrderFrame, Required_XsetdiffOfTwoArrays_LooksTwiceAtTheFirstAndFails) {
   FloatObject floats({2}, {1, 2});
   const Value hollow = Value::object(ctx(), "$xintarray");
   const Value null_array = call("xarange", {Value(1), Value(2), Value(3), Value(4)}).result;
-  const std::vector<Value> objects = {twos(),         twos(Kind::int32),   twos(Kind::int64), twos(Kind::boolean),
-                                      floats.value(), foreign.value(), hollow,          null_array};
+  const std::vector<Value> objects = {
+      twos(), twos(Kind::int32), twos(Kind::int64), twos(Kind::boolean), floats.value(), foreign.value(),
+      hollow, null_array};
   for (const Value& left : objects)
     for (const Value& right : objects) {
       expect_no_result(call("xsetdiff1d", {left, right}), 0, operations, "two");

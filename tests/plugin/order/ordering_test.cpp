@@ -68,8 +68,7 @@ TEST_P(Sorts, OfNoElements_AreEmptyInTheSameShape) {
 
 TEST_P(Sorts, WorkRowByRow) {
   Operand operand(ctx(), kind(), {2, 3}, {3, 1, 2, 9, 8, 7});
-  EXPECT_EQ(given(call("xsort", {operand.value()}), kind()),
-            TestArray(kind(), {2, 3}, {1, 2, 3, 7, 8, 9}));
+  EXPECT_EQ(given(call("xsort", {operand.value()}), kind()), TestArray(kind(), {2, 3}, {1, 2, 3, 7, 8, 9}));
   EXPECT_EQ(given(call("xargsort", {operand.value()}), Kind::int32),
             TestArray(Kind::int32, {2, 3}, {1, 2, 0, 2, 1, 0}));
 }
@@ -77,15 +76,14 @@ TEST_P(Sorts, WorkRowByRow) {
 TEST_P(Sorts, Required_ASecondArgument_IsNoAxis) {
   Operand operand(ctx(), kind(), {2, 2}, {4, 3, 2, 1});
   for (const int axis : {0, 1, -1})
-    EXPECT_EQ(given(call("xsort", {operand.value(), Value(axis)}), kind()),
-              TestArray(kind(), {2, 2}, {3, 4, 1, 2}));
+    EXPECT_EQ(given(call("xsort", {operand.value(), Value(axis)}), kind()), TestArray(kind(), {2, 2}, {3, 4, 1, 2}));
 }
 
 // The vectorised sort for doubles that others take loses elements here: some become the infinity, others vanish.
 TEST_F(OrderingTest, XsortOfFewDistinctDoublesWithInfinities_KeepsEachElement) {
   constexpr double infinity = std::numeric_limits<double>::infinity();
   const Numbers sets[] = {{infinity, 0, 1},  {infinity, -infinity, 2}, {infinity, 5},
-                                      {-infinity, 5, 6}, {infinity, -infinity},    {infinity, 1, 2, 3, 4, 5, 6, 7}};
+                          {-infinity, 5, 6}, {infinity, -infinity},    {infinity, 1, 2, 3, 4, 5, 6, 7}};
   for (const auto& few : sets)
     for (std::size_t length = 256; length <= 1000; ++length) {
       const TestArray array = drawn_from(Kind::float64, length, few);

@@ -64,9 +64,8 @@ auto with_elements(const TestArray& array, Use use) {
 }  // namespace
 
 TestArray library_result(const std::string& name, const TestArray& array) {
-  return with_element(array.kind(), [&](auto zero) {
-    return library_result_of(name, container_with<decltype(zero)>(array));
-  });
+  return with_element(array.kind(),
+                      [&](auto zero) { return library_result_of(name, container_with<decltype(zero)>(array)); });
 }
 
 TestArray library_partition(const TestArray& array, std::size_t rank) {

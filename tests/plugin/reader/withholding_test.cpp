@@ -31,9 +31,9 @@ class WithholdingHost : public ReaderTest {
 };
 
 TEST_F(WithholdingHost, WithoutSlotsForTheElementsOfALiteral_MemoryIsOut) {
-  EXPECT_EQ(expect_bad_alloc(literal({code.element(integer(1)), code.element(code.text("two"))}),
-                             Withheld::slot_by_number),
-            2);
+  EXPECT_EQ(
+      expect_bad_alloc(literal({code.element(integer(1)), code.element(code.text("two"))}), Withheld::slot_by_number),
+      2);
 }
 
 TEST_F(WithholdingHost, WithoutASlotForATableInALiteral_MemoryIsOut) {

@@ -87,8 +87,8 @@ TEST_P(Median, OfMoreDimensions_IsTheLibrarys) {
 TEST_P(Median, OfTheEndsOfTheRange_IsTheLibrarys) {
   const auto [lowest, max, min, denorm_min] = limits_of(kind());
   const auto beside = [](const Number& x, int step) { return x.is_integer ? Number(x.integer + step) : x; };
-  expect_library_everywhere(
-      "largest", [&, max = max](std::size_t i, std::size_t) { return i % 2 == 0 ? max : beside(max, -1); });
+  expect_library_everywhere("largest",
+                            [&, max = max](std::size_t i, std::size_t) { return i % 2 == 0 ? max : beside(max, -1); });
   expect_library_everywhere(
       "lowest", [&, lowest = lowest](std::size_t i, std::size_t) { return i % 2 == 0 ? lowest : beside(lowest, 1); });
   std::mt19937 engine(2);
@@ -143,9 +143,8 @@ TEST_P(FloatingMedian, OfZerosOfBothSigns_IsTheLibrarys) {
     const auto drawn = engine() % 10;
     return drawn < 5 ? zero() : static_cast<double>(drawn) - 7;
   });
-  expect_library_everywhere("zeros as the lower middle", [&](std::size_t i, std::size_t length) {
-    return i < (length + 1) / 2 ? zero() : 5.0;
-  });
+  expect_library_everywhere("zeros as the lower middle",
+                            [&](std::size_t i, std::size_t length) { return i < (length + 1) / 2 ? zero() : 5.0; });
   expect_library_everywhere("zeros as the higher middle",
                             [&](std::size_t i, std::size_t length) { return i < length / 2 ? -5.0 : zero(); });
   // One negative zero among many, where no sample meets it.
@@ -155,13 +154,11 @@ TEST_P(FloatingMedian, OfZerosOfBothSigns_IsTheLibrarys) {
 
 TEST_P(FloatingMedian, OfInfinities_IsTheLibrarys) {
   expect_library_everywhere("infinities", [&](std::size_t, std::size_t) { return INFINITY; });
-  expect_library_everywhere("both infinities", [&](std::size_t i, std::size_t length) {
-    return i < length / 2 ? INFINITY : -INFINITY;
-  });
+  expect_library_everywhere("both infinities",
+                            [&](std::size_t i, std::size_t length) { return i < length / 2 ? INFINITY : -INFINITY; });
   std::mt19937 engine(8);
   const Number choice[] = {INFINITY, -INFINITY, 1, -2, limits_of(kind()).denorm_min};
-  expect_library_everywhere("infinities among others",
-                            [&](std::size_t, std::size_t) { return choice[engine() % 5]; });
+  expect_library_everywhere("infinities among others", [&](std::size_t, std::size_t) { return choice[engine() % 5]; });
 }
 
 // ---- Single values

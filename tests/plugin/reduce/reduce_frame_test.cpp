@@ -63,7 +63,7 @@ TEST_F(ReduceFrame, OfValuesOfEveryOtherTag_Fail) {
     for (int tag = 0; tag < 256; ++tag)
       if (tag != static_cast<int>(ValueTag::object))
         expect_no_result(call(name, {raw(static_cast<ValueTag>(tag))}), 0, {"AnyCheck 0"},
-                       name + " of tag " + std::to_string(tag));
+                         name + " of tag " + std::to_string(tag));
 }
 
 TEST_F(ReduceFrame, OfNumbersStringsAndTables_Fail) {

@@ -182,19 +182,18 @@ HostNumber library_number_of(const std::string& name, const xarray_of<T>& array)
 }  // namespace
 
 HostNumber expected_number(const std::string& name, const TestArray& array) {
-  return with_element(array.kind(), [&](auto zero) {
-    return expected_number_of(name, array.extents(), array.as<decltype(zero)>());
-  });
+  return with_element(array.kind(),
+                      [&](auto zero) { return expected_number_of(name, array.extents(), array.as<decltype(zero)>()); });
 }
 
 HostNumber library_number(const std::string& name, const TestArray& array) {
-  return with_element(array.kind(), [&](auto zero) {
-    return library_number_of(name, container_with<decltype(zero)>(array));
-  });
+  return with_element(array.kind(),
+                      [&](auto zero) { return library_number_of(name, container_with<decltype(zero)>(array)); });
 }
 
 TestArray random_factors(Kind kind, const Extents& extents, unsigned seed) {
-  return with_element(kind, [&](auto zero) { return TestArray(extents, factors<decltype(zero)>(size_of(extents), seed)); });
+  return with_element(kind,
+                      [&](auto zero) { return TestArray(extents, factors<decltype(zero)>(size_of(extents), seed)); });
 }
 
 Limits limits_of(Kind kind) {
