@@ -10,7 +10,8 @@
 namespace arrayfold {
 
 /// Calls `visit(kind, array)` for the array in the first argument as the first of the kinds, in their order, that it
-/// is. Fails for anything but an object; an object of another kind (bool, foreign) counts as handled and gives nothing.
+/// is. Fails for anything but an object; an object of another kind (bool, foreign) counts as handled and gives no
+/// value.
 template <class Kinds, class Visit>
 Outcome visit_first(Kinds kinds_in_order, const Call& call, Visit visit) {
   if (!is_object(call, 0)) return Outcome::failed;

@@ -12,7 +12,7 @@
 namespace arrayfold {
 
 /// Puts `array` into a new object of the type of `Named`. Null when the host has no such object: the array then stays
-/// with the caller. Kind and type name are apart, because double arrays are also offered under the float name.
+/// with the caller. `Named` may differ from the array's kind: double arrays are also boxed under the float name.
 template <class Named, class Array>
 HostAny* box_array(HostContext ctx, std::unique_ptr<Array>& array) {
   HostAny* any = HVM_NewAny(ctx, Named::type_name, 0, 0);

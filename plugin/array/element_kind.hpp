@@ -143,7 +143,7 @@ constexpr auto for_kinds(kinds<Kind...>, Use use) {
 
 /// The number of kinds in a list.
 template <class... Kind>
-constexpr std::size_t count_of(kinds<Kind...>) {
+constexpr std::size_t kind_count(kinds<Kind...>) {
   return sizeof...(Kind);
 }
 
@@ -152,7 +152,7 @@ using registered_kinds = kinds<XTBool, XTInt, XTInt64, XTDouble>;    // in the o
 using double_first = kinds<XTDouble, XTFloat, XTInt, XTInt64>;       // the order of most entries
 using int_first = kinds<XTInt, XTInt64, XTFloat, XTDouble>;          // the order of `unbox_numeric`
 
-/// One value for each kind of a list, found by the kind: what a source offers to others of its templates.
+/// One value per kind of a list, looked up by kind. A source exports its template instances through such a table.
 template <class Kinds, template <class Kind> class Value>
 class KindTable;
 

@@ -19,8 +19,15 @@ constexpr bool is_batch = false;
 template <class T>
 constexpr bool is_batch<xsimd::batch<T>> = true;
 
-/// Returns b if b < a, else a; so a wins ties and comparisons with NaN. On registers, lane by lane: `min(b, a)` has the
-/// same rule. For 64-bit integers there is no such instruction.
+/// True where the instruction for the minimum of two registers returns its second operand for ties and NaN.
+#ifdef __x86_64__
+constexpr bool keeps_the_second = true;
+#else
+constexpr bool keeps_the_second = false;
+#endif
+
+/// Returns b if b < a, else a; so a wins ties and comparisons with NaN. On registers, lane by lane: on x86-64 `min(b,
+/// a)` has the same rule, but there is no such instruction for 64-bit integers.
 struct Smaller {
   template <class T>
   static bool beats(T b, T a) {
@@ -28,7 +35,7 @@ struct Smaller {
   }
   template <class T>
   T operator()(const T& a, const T& b) const {
-    if constexpr (std::is_same_v<T, xsimd::batch<std::int64_t>>)
+    if constexpr (is_batch<T> && (!keeps_the_second || std::is_same_v<T, xsimd::batch<std::int64_t>>))
       return xsimd::select(b < a, b, a);
     else if constexpr (is_batch<T>)
       return xsimd::min(b, a);
@@ -44,7 +51,9 @@ struct Larger {
   }
   template <class T>
   T operator()(const T& a, const T& b) const {
-    if constexpr (is_batch<T>)
+    if constexpr (is_batch<T> && !keeps_the_second)
+      return xsimd::select(a < b, b, a);
+    else if constexpr (is_batch<T>)
       return xsimd::max(b, a);
     else
       return a < b ? b : a;
@@ -90,6 +99,7 @@ const T* find_in_chunk(const T* elements, T value) {
 template <class T, class Choose>
 const T* first_extreme(const T* elements, std::size_t count, T start, Choose choose) {
   constexpr std::size_t longest = 2048;
+  static_assert(longest % chunk_step<T> == 0, "a chunk is compared in whole steps");
   const T* found = nullptr;
   std::size_t i = 0;
   // Chunk by chunk; a chunk is searched only when something in it beats all before.

@@ -82,8 +82,8 @@ void merge_rows(const T* elements, std::size_t count, std::size_t length, R star
     merger.add(fold_row(elements, length, start, step));
 }
 
-/// The elements folded in no particular order: cut into parts, which are folded side by side. The start changes no
-/// value that it is merged with.
+/// The elements folded in no particular order: cut into parts, which are folded side by side. Requires: `start` is
+/// neutral for `merge`, since every part begins with it.
 template <class R, class T, class Step, class Merge>
 R fold_freely(const T* elements, std::size_t count, R start, Step step, Merge merge) {
   constexpr std::size_t parts = 4;

@@ -1,6 +1,7 @@
 // array/xt_object.hpp: the chain of owners from a host object down to the elements
 //
-// HostAny::content is an XTObject; it owns an XTArray, which shares an xarray_of<T>. The host alone ends the chain.
+// HostAny::content is an XTObject; it owns an XTArray, which shares an xarray_of<T>. Only the host
+// destroys the XTObject.
 
 #pragma once
 
@@ -27,7 +28,7 @@ using xarray_of =
 /// move allocates, in a function from which no exception may pass.
 using Shape = xarray_of<double>::shape_type;
 
-/// An array of one kind. Created zeroed: without elements gathered and without a container.
+/// An array of one kind. A new one has no elements and no container.
 template <class T, class Tag>
 struct XTArray {
   using element = T;
@@ -52,10 +53,9 @@ class XTObject {
 
   std::unique_ptr<Array> array;  // null until `box_array` fills it
 };
-static_assert(sizeof(XTObject<ArrayOf<XTDouble>>) == 16, "a virtual destructor and one pointer");
+static_assert(sizeof(XTObject<ArrayOf<XTDouble>>) == 16, "tests and other builds of the module rely on the layout");
 
-/// A numeric array that somebody else owns. Visited through xtl::visit; valueless, that throws
-/// mpark::bad_variant_access.
+/// A numeric array, not owned. xtl::visit throws mpark::bad_variant_access when it is valueless.
 template <class... Kind>
 xtl::variant<ArrayOf<Kind>*...> array_ref_over(kinds<Kind...>);
 using ArrayRef = decltype(array_ref_over(int_first{}));

@@ -13,7 +13,7 @@
 namespace arrayfold {
 namespace {
 
-// ---- xarange ----
+// ---- xarange
 
 struct IntRange {
   int start = 0;
@@ -24,7 +24,7 @@ struct IntRange {
 /// How many of start, start + step and so on come before stop, in wrapping 32-bit arithmetic.
 /// required: a step of 0 raises the processor's division fault, so the sanitizer's check is switched off; a count that
 /// wraps below zero ends in std::bad_alloc.
-__attribute__((no_sanitize("integer-divide-by-zero"))) int count_of(const IntRange& range) {
+__attribute__((no_sanitize("integer-divide-by-zero"))) int range_length(const IntRange& range) {
   const auto [start, stop, step] = range;
   if ((stop - start) / step <= 0) return 0;
   if (stop > start) return (stop - start + step - 1) / step;
@@ -50,7 +50,7 @@ void count_up(double* elements, std::size_t count, const IntRange& range) {
   for (std::size_t i = 0; i < count; ++i, number += step) elements[i] = static_cast<int>(number);
 }
 
-// ---- xlinspace and xlogspace ----
+// ---- xlinspace and xlogspace
 
 constexpr auto as_it_is = [](auto, auto number) { return number; };
 
@@ -108,7 +108,7 @@ Outcome xarange(const Call& call) {
     IntRange range;
     if (!read_range(call, range)) return Outcome::failed;
     Shape extents;
-    extents.push_back(extent_of(count_of(range)));
+    extents.push_back(extent_of(range_length(range)));
     array->array = make_container<double>(extents);
     count_up(array->array->storage().data(), extents[0], range);
   }

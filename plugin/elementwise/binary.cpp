@@ -25,7 +25,7 @@ struct Maximum {
 };
 
 /// Gives the doubles that `choice` picks from two arrays of the same kind, compared in that kind. Pairs of other kinds
-/// count as handled and give nothing.
+/// count as handled and give no value.
 template <class Choice>
 Outcome choose(const Call& call, Choice choice) {
   if (!is_object(call, 0) || !is_object(call, 1)) return Outcome::failed;

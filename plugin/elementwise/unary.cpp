@@ -1,9 +1,9 @@
-// elementwise/unary.cpp: the 26 functions of one array
+// elementwise/unary.cpp: the functions of one array
 //
 // Each gives a new array of the operand's shape. Its elements are doubles, except for `xabs` of integers. Integers are
 // converted to double first, except in `xabs`, `xsquare` and `xcube`, which compute in the element's own width. A float
 // operand is computed in 32 bits and stored as doubles. An object of another kind (bool, foreign) counts as handled and
-// gives nothing.
+// gives no value.
 
 #include <algorithm>
 #include <cmath>
@@ -156,7 +156,7 @@ constexpr auto is_finite = [](auto x) { return std::isfinite(x); };
 
 // required: the result is of the operand's kind, under the float name for floats.
 Outcome xabs(const Call& call) { return map_in_kind(double_first{}, call, in_its_kind(magnitude)); }
-// required: integers give nothing, and floats give a result under the float name.
+// required: integers give no value, and floats give a result under the float name.
 Outcome xsign(const Call& call) { return map_in_kind(kinds<XTDouble, XTFloat>{}, call, in_its_kind(signum)); }
 
 Outcome xrad2deg(const Call& call) { return map_unary(call, in_floating(degrees)); }

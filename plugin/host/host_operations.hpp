@@ -34,8 +34,8 @@ using PackageInit = int (*)(void* host, RegisterFunctions register_functions);
 using CreateCallback = void* (*)();
 /// Ends the content of a dying object; it may be null.
 using DestroyCallback = void (*)(HostContext ctx, void* content);
-/// A method call. `args` points at pointers, unlike the records of an entry function. Returns false for a call
-/// that the type does not serve.
+/// A method call. `args` points at pointers, unlike the records of an entry function. Returns false for an
+/// unknown method, and for arguments that it cannot use.
 using MethodCallback = HostBool (*)(HostContext ctx, HostValue* self, const char* name, HostValue** args, int nargs,
                                     HostValue* result, int flag);
 /// An operator with an object among its operands, either of which may be null. Returns false for operands that the type

@@ -29,16 +29,17 @@ constexpr auto orthogonal_factors = [](auto kind, const auto& matrix) {
   using T = typename decltype(kind)::element;
   require_matrix(matrix);
   if (matrix.storage().empty())
-    return std::tuple{filled({matrix.shape()[0], 0}, 0.0), filled({0, matrix.shape()[1]}, 0.0)};
+    return std::tuple{filled(kind, {matrix.shape()[0], 0}, 0), filled(kind, {0, matrix.shape()[1]}, 0)};
   const auto [q, r] = xt::linalg::qr(by_columns<T>(matrix));
   return std::tuple{stored(kind, q), stored(kind, r)};
 };
 
 // ---- xsvd
 
-std::unique_ptr<ArrayOf<XTDouble>> identity(std::size_t n) {
-  auto made = filled({n, n}, 0.0);
-  for (std::size_t i = 0; i < n; ++i) made->array->storage()[i * (n + 1)] = 1.0;
+template <class Kind>
+auto identity(Kind kind, std::size_t n) {
+  auto made = filled(kind, {n, n}, 0);
+  for (std::size_t i = 0; i < n; ++i) made->array->storage()[i * (n + 1)] = 1;
   return made;
 }
 
@@ -48,11 +49,11 @@ constexpr auto singular_factors = [](auto kind, const auto& matrix) {
   require_matrix(matrix);
   const std::size_t rows = matrix.shape()[0];
   const std::size_t columns = matrix.shape()[1];
-  if (matrix.storage().empty()) return std::tuple{identity(rows), filled({0}, 0.0), identity(columns)};
+  if (matrix.storage().empty()) return std::tuple{identity(kind, rows), filled(kind, {0}, 0), identity(kind, columns)};
   if (!all_finite(matrix)) {
-    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-    return std::tuple{filled({rows, rows}, nan), filled({std::min(rows, columns)}, nan),
-                      filled({columns, columns}, nan)};
+    constexpr auto nan = std::numeric_limits<T>::quiet_NaN();
+    return std::tuple{filled(kind, {rows, rows}, nan), filled(kind, {std::min(rows, columns)}, nan),
+                      filled(kind, {columns, columns}, nan)};
   }
   const auto [left, values, right] = xt::linalg::svd(by_columns<T>(matrix));
   return std::tuple{stored(kind, left), stored(kind, values), stored(kind, right)};

@@ -75,9 +75,10 @@ bool all_finite(const xarray_of<T>& array) {
   return finite;
 }
 
-/// A new array of doubles, each element `value`.
-inline std::unique_ptr<ArrayOf<XTDouble>> filled(const Shape& extents, double value) {
-  auto made = make_array<XTDouble>(extents);
+/// A new array of the kind in which results of `Kind` are stored, each element `value`.
+template <class Kind>
+auto filled(Kind, const Shape& extents, StoredElement<Kind> value) {
+  auto made = make_array<typename Kind::stored>(extents);
   auto& elements = made->array->storage();
   std::fill(elements.begin(), elements.end(), value);
   return made;

@@ -73,7 +73,7 @@ auto computed(const Shape& extents, Compute compute) {
 using Count = xt::blas_index_t;  // the counts of BLAS
 
 /// Throws std::bad_alloc for a count that BLAS cannot take.
-Count count_of(std::size_t n) {
+Count blas_count(std::size_t n) {
   if (n > static_cast<std::size_t>(std::numeric_limits<Count>::max())) throw std::bad_alloc();
   return static_cast<Count>(n);
 }
@@ -85,7 +85,7 @@ template <class A, class B>
 CommonType<A, B> inner_product(std::size_t count, const A* a, std::size_t a_step, const B* b, std::size_t b_step) {
   CommonType<A, B> sum{0};
   if constexpr (for_blas<A, B>)
-    cxxblas::dot<Count>(count_of(count), a, count_of(a_step), b, count_of(b_step), sum);
+    cxxblas::dot<Count>(blas_count(count), a, blas_count(a_step), b, blas_count(b_step), sum);
   else
     for (std::size_t i = 0; i < count; ++i) sum += a[i * a_step] * b[i * b_step];
   return sum;
@@ -156,7 +156,7 @@ void multiply_by_inner_products(const DotForm& form, const A* a, const B* b, R* 
 template <class T>
 void multiply_by_blas(const DotForm& form, const T* a, std::size_t a_dimensions, const T* b, std::size_t b_dimensions,
                       T* out) {
-  const Count rows = count_of(form.rows), inner = count_of(form.inner), columns = count_of(form.columns);
+  const Count rows = blas_count(form.rows), inner = blas_count(form.inner), columns = blas_count(form.columns);
   if (a_dimensions > 2 || b_dimensions > 2 || (a_dimensions == 1 && b_dimensions == 1))
     return multiply_by_inner_products(form, a, b, out);
   if (a_dimensions == 2 && b_dimensions == 2)
@@ -228,8 +228,8 @@ bool holds(const xarray_of<T>& array, std::size_t count, std::size_t stride) {
 template <class A, class B, class R>
 void multiply_outer(const FirstAxis<A>& a, const FirstAxis<B>& b, R* out) {
   if constexpr (for_blas<A, B>) {
-    cxxblas::ger<Count>(cxxblas::RowMajor, count_of(a.extent), count_of(b.extent), R{1}, a.elements, count_of(a.stride),
-                        b.elements, count_of(b.stride), out, count_of(b.extent));
+    cxxblas::ger<Count>(cxxblas::RowMajor, blas_count(a.extent), blas_count(b.extent), R{1}, a.elements,
+                        blas_count(a.stride), b.elements, blas_count(b.stride), out, blas_count(b.extent));
   } else {
     for (std::size_t i = 0; i < a.extent; ++i, out += b.extent)
       for (std::size_t j = 0; j < b.extent; ++j) out[j] += a[i] * b[j];

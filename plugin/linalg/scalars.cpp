@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "array/ordered_fold.hpp"
+#include "kernels/arithmetic.hpp"
 #include "linalg/lu.hpp"
 
 namespace arrayfold {
@@ -15,8 +16,7 @@ namespace {
 template <class T>
 T frobenius_norm(const xarray_of<T>& matrix) {
   const auto add_square = [](double sum, T x) { return sum + static_cast<double>(x) * static_cast<double>(x); };
-  const auto add = [](double sum, double row) { return sum + row; };
-  return static_cast<T>(std::sqrt(ordered_fold(matrix, 0.0, add_square, add)));
+  return static_cast<T>(std::sqrt(ordered_fold(matrix, 0.0, add_square, Sum{})));
 }
 
 /// A vector has the Euclidean norm, a matrix that of Frobenius. Throws std::runtime_error for other dimensions.
@@ -119,7 +119,7 @@ Outcome xslogdet(const Call& call) {
   });
 }
 
-// required: an array of fewer than two dimensions has no diagonal; it counts as handled and gives nothing.
+// required: an array of fewer than two dimensions has no diagonal; it counts as handled and gives no value.
 Outcome xtrace(const Call& call) {
   const auto operand = numeric_argument(call, 0);
   if (!operand) return Outcome::failed;

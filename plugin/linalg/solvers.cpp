@@ -12,7 +12,7 @@ constexpr auto pseudo_inverse = [](auto kind, const auto& matrix) {
   using T = typename decltype(kind)::element;
   require_matrix(matrix);
   if (matrix.storage().empty() || !all_finite(matrix))
-    return filled({matrix.shape()[1], matrix.shape()[0]}, std::numeric_limits<double>::quiet_NaN());
+    return filled(kind, {matrix.shape()[1], matrix.shape()[0]}, std::numeric_limits<T>::quiet_NaN());
   return stored(kind, xt::linalg::pinv(by_columns<T>(matrix), 1e-15));
 };
 
@@ -20,7 +20,7 @@ constexpr auto pseudo_inverse = [](auto kind, const auto& matrix) {
 
 /// The right-hand sides by columns, in the element type R, with the dimensions of `b`.
 template <class R, class T>
-ColumnMajor<R> sides_by_columns(const xarray_of<T>& b) {
+ColumnMajor<R> right_hand_sides_by_columns(const xarray_of<T>& b) {
   if (b.dimension() == 2) return by_columns<R>(b);
   return b;
 }
@@ -28,7 +28,7 @@ ColumnMajor<R> sides_by_columns(const xarray_of<T>& b) {
 /// Does each right-hand side hold `rows` numbers? LAPACK takes as many as the extents before the last one say; the
 /// library passes it the first extent where there is a single right-hand side.
 template <class T>
-bool sides_hold(const xarray_of<T>& b, std::size_t rows) {
+bool are_long_enough(const xarray_of<T>& b, std::size_t rows) {
   if (b.dimension() == 0) return false;
   const Shape& extents = b.shape();
   if (b.dimension() == 1 || extents.back() == 1) return extents.front() >= rows && b.storage().size() >= rows;
@@ -54,29 +54,36 @@ auto solution(Kind kind, const xarray_of<T>& a, const xarray_of<T>& sides) {
   check_extents(sides);
   const std::size_t rows = matrix.shape()[0];
   require_counts(sides);
-  const bool holds = sides_hold(sides, rows);
+  const bool holds = are_long_enough(sides, rows);
   if (rows == 0 && holds) return stored(kind, sides);
-  auto solved = sides_by_columns<T>(sides);
+  auto solved = right_hand_sides_by_columns<T>(sides);
   if (!holds || !solve_in_place(matrix, solved)) throw std::runtime_error("The solution could not be computed");
   return stored(kind, solved);
 }
 
 // ---- xlstsq
 
-using Doubles = std::unique_ptr<ArrayOf<XTDouble>>;
-
 /// What a least-squares problem gives: the solutions by columns, the sums of squared residuals where the rank is full
 /// and there are more rows than columns, the rank and the singular values.
-using LeastSquares = std::tuple<Doubles, Doubles, Doubles, Doubles>;
+template <class Kind>
+struct LeastSquaresOf {
+  using Array = std::unique_ptr<ArrayOf<typename Kind::stored>>;
+  using Results = std::tuple<Array, Array, Array, Array>;
+};
+template <class Kind>
+using LeastSquares = typename LeastSquaresOf<Kind>::Results;
 
 /// The results for operands without elements or with NaN or infinities: rank 0, and `value` for every solution and
 /// singular value.
-LeastSquares without_rank(const Shape& solutions, std::size_t singular_values, double value) {
-  return {filled(solutions, value), filled({0}, 0.0), make_scalar<XTDouble>(0.0), filled({singular_values}, value)};
+template <class Kind>
+LeastSquares<Kind> without_rank(Kind kind, const Shape& solutions, std::size_t singular_values,
+                                StoredElement<Kind> value) {
+  return {filled(kind, solutions, value), filled(kind, {0}, 0), stored_scalar(kind, 0),
+          filled(kind, {singular_values}, value)};
 }
 
 template <class Kind, class T, class Side>
-LeastSquares least_squares(Kind kind, const xarray_of<T>& matrix, const xarray_of<Side>& b) {
+LeastSquares<Kind> least_squares(Kind kind, const xarray_of<T>& matrix, const xarray_of<Side>& b) {
   require_matrix(matrix);
   if (b.dimension() > 2) throw std::runtime_error("Expected 1- or 2D expression for A.");
   const std::size_t rows = matrix.shape()[0];
@@ -87,10 +94,10 @@ LeastSquares least_squares(Kind kind, const xarray_of<T>& matrix, const xarray_o
   Shape solutions = b.shape();
   solutions[0] = columns;
   const std::size_t values = std::min(rows, columns);
-  if (matrix.storage().empty() || b.storage().empty()) return without_rank(solutions, values, 0.0);
-  if (!all_finite(matrix)) return without_rank(solutions, values, std::numeric_limits<double>::quiet_NaN());
+  if (matrix.storage().empty() || b.storage().empty()) return without_rank(kind, solutions, values, 0);
+  if (!all_finite(matrix)) return without_rank(kind, solutions, values, std::numeric_limits<T>::quiet_NaN());
   const auto [solution, residuals, rank, singular_values] =
-      xt::linalg::lstsq(by_columns<T>(matrix), sides_by_columns<T>(b), -1.0);
+      xt::linalg::lstsq(by_columns<T>(matrix), right_hand_sides_by_columns<T>(b), -1.0);
   auto solved = stored(kind, solution);
   // The library drops every extent of 1, also that of a single column.
   solved->array->reshape(solutions);

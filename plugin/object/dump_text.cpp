@@ -134,11 +134,11 @@ class NestedText {
     std::size_t items = 1;
     for (const std::size_t extent : extents_)
       if (__builtin_mul_overflow(items, extent, &items)) throw std::bad_alloc();
-    // Each item stands behind its comma and line break, and all of them between the outer brackets.
-    std::size_t least = 0;
-    const bool too_many = __builtin_mul_overflow(items, 2 + break_.size(extents_.size()), &least);
-    if (too_many || least > INT_MAX - 1 - break_.size(0)) throw std::bad_alloc();
-    return least + items * usual_room + 2 * extents_.size();
+    // Each item takes at least one byte, a comma and its line break; the outer brackets enclose them all.
+    std::size_t minimum = 0;
+    const bool too_many = __builtin_mul_overflow(items, 2 + break_.size(extents_.size()), &minimum);
+    if (too_many || minimum > INT_MAX - 1 - break_.size(0)) throw std::bad_alloc();
+    return minimum + items * usual_room + 2 * extents_.size();
   }
 
   template <class WriteItem>
@@ -200,10 +200,6 @@ class NestedText {
   std::size_t item_room_;
   DumpText text_;
 };
-
-}  // namespace
-
-namespace {
 
 template <class Kind>
 DumpText write_dump(const xarray_of<typename Kind::element>& array, int indent) {

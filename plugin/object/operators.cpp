@@ -110,7 +110,7 @@ void change_by_array(const Application<Array>& at, const Array& other, Operation
 
 /// Arithmetic and comparison. Returns false for operands that the kind does not combine with.
 template <class ResultKind, class Array, class Operation>
-bool serve(const Application<Array>& at, InPlace with_number, InPlace with_array, Operation operation) {
+bool apply(const Application<Array>& at, InPlace with_number, InPlace with_array, Operation operation) {
   using Kind = typename Array::tag;
   HostValue* other = at.other;
   if (other == nullptr || other->tag == ValueTag::table) return false;
@@ -140,12 +140,12 @@ bool serve(const Application<Array>& at, InPlace with_number, InPlace with_array
 
 template <class Array, class Operation>
 bool compare(const Application<Array>& at, Operation operation) {
-  return serve<XTBool>(at, InPlace::never, InPlace::never, operation);
+  return apply<XTBool>(at, InPlace::never, InPlace::never, operation);
 }
 
 template <class Array, class Operation>
 bool calculate(const Application<Array>& at, InPlace with_number, InPlace with_array, Operation operation) {
-  return serve<typename Array::tag>(at, with_number, with_array, operation);
+  return apply<typename Array::tag>(at, with_number, with_array, operation);
 }
 
 // ---- Whole-array tests

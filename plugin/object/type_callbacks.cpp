@@ -61,6 +61,6 @@ constexpr auto types_of = [](auto... kind) {
 
 }  // namespace
 
-constexpr std::array<ObjectType, count_of(registered_kinds{})> object_types = for_kinds(registered_kinds{}, types_of);
+constexpr std::array<ObjectType, kind_count(registered_kinds{})> object_types = for_kinds(registered_kinds{}, types_of);
 
 }  // namespace arrayfold

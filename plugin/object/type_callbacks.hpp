@@ -18,6 +18,6 @@ struct ObjectType {
 };
 
 /// In the order of registration.
-extern const std::array<ObjectType, count_of(registered_kinds{})> object_types;
+extern const std::array<ObjectType, kind_count(registered_kinds{})> object_types;
 
 }  // namespace arrayfold

@@ -110,8 +110,8 @@ HostValue* selector_in(ExpressionEvaluator& evaluator, const HostCodeSlot& slot)
   return record;
 }
 
-/// The pair that a selector cell stands for. Two ends come from a range, or from a cell that is followed by another
-/// kind of node; otherwise there is one key.
+/// The pair of a selector cell: two ends when the cell leads to a range node, or when the node after it is not a list
+/// cell; otherwise one key.
 SelectorPair pair_in(ExpressionEvaluator& evaluator, const HostCodeNode* cell) {
   if (const HostCodeNode* range = node_in(cell->link, NodeKind::range)) {
     HostValue* first = selector_in(evaluator, range->link);

@@ -127,8 +127,8 @@ inline bool is_row(const HostCodeNode* node) {
   return node->kind == NodeKind::data_row || node->kind == NodeKind::list_cell;
 }
 
-/// The elements of a row, cell by cell. A node of another kind that begins the row is a cell, too; from there on only
-/// slots of the node tag lead to a next one.
+/// The elements of a row, cell by cell. A row may begin with a node of another kind, which is then its first cell. In
+/// such a row a value slot is followed only if its tag is that of a node.
 template <class Kind>
 void read_elements(ExpressionEvaluator& evaluator, const HostCodeNode* row, ArrayData<StoredElement<Kind>>& data) {
   const bool of_rows = is_row(row);

@@ -36,7 +36,7 @@ class TableCursor {
   HostHashItem** ordered_rest() const { return hash_->index.get() + ordered_; }
   int ordered_left() const { return std::max(0, hash_->index_count - ordered_); }
   void pass_ordered(int count) { ordered_ += count; }
-  /// No fewer than are left of a walk over everything.
+  /// An upper bound of the entries that a walk over everything has left.
   std::size_t most_left() const {
     return static_cast<std::size_t>(ordered_left()) + static_cast<std::size_t>(std::max(0, hash_->item_count - other_));
   }

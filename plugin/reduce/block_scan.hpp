@@ -81,6 +81,7 @@ auto passing_over_nan(Choose choose) {
 template <class T, class Choose>
 T floating_extreme(const T* elements, std::size_t count, T accumulated, Choose choose) {
   constexpr std::size_t step = chunk_step<T>, longest = 128 * block_length<T>;
+  static_assert(longest % step == 0, "a chunk is compared in whole steps");
   static_assert(step % block_length<T> == 0, "a chunk that is folded in order is made of whole blocks");
   const auto in_order = passing_over_nan(choose);
   std::size_t i = 0;

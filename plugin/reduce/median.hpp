@@ -14,7 +14,6 @@
 #include <limits>
 #include <optional>
 #include <type_traits>
-#include <vector>
 
 #include "array/scratch.hpp"
 #include "array/storage.hpp"
@@ -67,9 +66,9 @@ template <class T>
 std::optional<Bracket<T>> sampled_bracket(const T* elements, std::size_t count) {
   const double root = std::cbrt(static_cast<double>(count));
   const auto size = static_cast<std::size_t>(1.5 * root * root);
-  std::vector<T> sample(size);
+  const Scratch<T> sample(size);
   for (std::size_t i = 0; i < size; ++i) sample[i] = elements[i * (count / size)];
-  if (std::any_of(sample.begin(), sample.end(), [](T x) { return x != x; })) return std::nullopt;
+  if (std::any_of(sample.data(), sample.data() + size, [](T x) { return x != x; })) return std::nullopt;
   const auto reach = static_cast<std::size_t>(1.5 * std::sqrt(static_cast<double>(size)));
   const auto [low, high] = partition_middle(sample.data(), size, {size / 2 - reach, size / 2 + reach});
   return Bracket<T>{low, high};

@@ -41,13 +41,12 @@ constexpr auto nonzero_count = [](const auto& array) {
   using Count = std::conditional_t<sizeof(T) <= 4, std::int32_t, std::int64_t>;
   constexpr std::size_t block = std::size_t{1} << 16;
   const auto count_nonzero = [](Count found, T x) { return found + (x != 0); };
-  const auto add = [](Count a, Count b) { return a + b; };
   const auto& elements = array.storage();
   if (!elements.empty()) check_extents(array);
   std::int64_t found = 0;
   for (std::size_t first = 0; first < elements.size(); first += block) {
     const std::size_t count = std::min(block, elements.size() - first);
-    found += fold_freely(elements.data() + first, count, Count{0}, count_nonzero, add);
+    found += fold_freely(elements.data() + first, count, Count{0}, count_nonzero, Sum{});
   }
   return found;
 };

@@ -4,7 +4,8 @@
 #
 # A build may use a precompiled header, and a header may profit from what its includer has included before. Here each
 # source is checked by its own command from compile_commands.json without the precompiled header, and each header as
-# the only line of a source, by the command of a source beside it.
+# the only line of a source, by the command of a source beside it. Sources of tests and benchmarks are not checked, but
+# each must belong to a target.
 
 import concurrent.futures
 import json
@@ -16,6 +17,8 @@ import sys
 import tempfile
 
 FOLDERS = ["plugin", "refhost"]
+COMPILED = ["plugin", "refhost", "tests", "bench"]
+ELSEWHERE = ["tests/fuzz"]  # built with the sanitizers alone
 
 
 def checking(command, source):
@@ -45,15 +48,26 @@ def nearest(folder, commands):
         folder = folder.parent
 
 
-def checks(build, project):
-    """Each file to check with its command."""
+def commands_of(build):
+    """The command of every source that a target compiles."""
     listed = json.loads((build / "compile_commands.json").read_text())
-    commands = {pathlib.Path(entry["file"]).resolve(): entry["command"] for entry in listed}
+    return {pathlib.Path(entry["file"]).resolve(): entry["command"] for entry in listed}
+
+
+def uncompiled(commands, project):
+    """The sources that belong to no target."""
+    for folder in COMPILED:
+        for path in sorted((project / folder).rglob("*.c*")):
+            elsewhere = any(path.is_relative_to(project / other) for other in ELSEWHERE)
+            if path.suffix in (".cpp", ".c") and not elsewhere and path not in commands:
+                yield path
+
+
+def checks(commands, project):
+    """Each file to check with its command."""
     for folder in FOLDERS:
         for path in sorted((project / folder).rglob("*")):
             if path.suffix in (".cpp", ".c"):
-                if path not in commands:
-                    raise SystemExit(f"{path}: no target compiles it")
                 yield path, checking(commands[path], str(path))
             elif path.suffix in (".hpp", ".h"):
                 yield path, checking(nearest(path.parent, commands), path)
@@ -73,7 +87,10 @@ def failure_of(check):
 
 def main():
     build, project = (pathlib.Path(argument).resolve() for argument in sys.argv[1:3])
-    files = list(checks(build, project))
+    commands = commands_of(build)
+    if strays := [f"{path}: no target compiles it" for path in uncompiled(commands, project)]:
+        raise SystemExit("\n".join(strays))
+    files = list(checks(commands, project))
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         failures = [failure for failure in pool.map(failure_of, files) if failure]
     print("\n".join(failures), end="")

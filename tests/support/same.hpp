@@ -8,7 +8,7 @@
 
 namespace arrayfold::test {
 
-/// The two results are one: bit for bit, or both NaN. The second is converted to the type of the first.
+/// The two results are equal: bit for bit, or both NaN. The second is converted to the type of the first.
 template <class T>
 bool same(T a, std::common_type_t<T> b) {
   if constexpr (std::is_floating_point_v<T>)

@@ -1,4 +1,4 @@
-// support/test_array.hpp: arrays of any kind as values, for tests that run over kinds
+// support/test_array.hpp: arrays of any kind as values, for tests over kinds
 //
 //     const TestArray a(Kind::int64, {2, 2}, {1, 2, 3, 4});
 //     EXPECT_EQ(from_host(call("xsort", {to_host(ctx(), a)}).result), a);

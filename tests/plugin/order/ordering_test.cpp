@@ -103,6 +103,20 @@ TEST_F(OrderingTest, XargsortOfZerosOfBothSigns_TakesThemAsEqual) {
   }
 }
 
+// Keys of 64 bits are cut so that a position fits beside them: neighbours may differ in what is cut off alone.
+TEST_F(OrderingTest, XargsortOfNeighboursUnderEveryWidthOfKeys_PutsThemInOrder) {
+  for (const std::size_t length : {256u, 257u, 1000u})
+    for (int width = 50; width < 63; ++width) {
+      std::vector<std::int64_t> x(length);
+      for (std::size_t i = 0; i < length; ++i) x[i] = static_cast<std::int64_t>(i ^ 1);  // 1, 0, 3, 2, ...
+      x.back() = std::int64_t{1} << width;
+      const TestArray array(Extents{length}, x);
+      const TestArray found = given(call("xargsort", {to_host(ctx(), array)}), Kind::int32);
+      EXPECT_TRUE(put_in_order(found, array)) << length << " of " << width << " bits";
+      EXPECT_EQ(difference(found, expected_positions(array)), "") << length << " of " << width << " bits";
+    }
+}
+
 TEST_F(OrderingTest, Required_XargsortOfInt64_Gives32BitPositions) {
   const Value operand = array_of<XTInt64>(ctx(), {3}, {INT64_MAX, INT64_MIN, 0});
   EXPECT_EQ(given(call("xargsort", {operand}), Kind::int32), TestArray(Kind::int32, {3}, {1, 2, 0}));

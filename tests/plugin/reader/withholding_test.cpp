@@ -96,18 +96,21 @@ TEST_F(WithholdingHost, AfterARecordThatWasNotGiven_TheOthersAreGivenBackAndNoNu
 
 TEST_F(WithholdingHost, WithoutATableOrASlotForResults_MemoryIsOut) {
   const Value matrix = array_of<XTDouble>(ctx(), {2, 2}, {2, 1, 1, 3});
-  const std::pair<const char*, int> functions[] = {{"xqr", 2}, {"xsvd", 3}, {"xeigh", 2}, {"xslogdet", 2}};
-  for (const auto& [name, slots] : functions) {
-    const EntryFunction function = Module::loaded().entry(name);
+  struct Function {
+    const char* name;
+    int slots;
+  };
+  for (const Function& row : {Function{"xqr", 2}, {"xsvd", 3}, {"xeigh", 2}, {"xslogdet", 2}}) {
+    const EntryFunction function = Module::loaded().entry(row.name);
     std::vector<Value> args = {matrix};
     const auto ends_with_bad_alloc = [&](Withheld what, int nth) {
-      Value result;
+      Value result(sentinel);  // no pointer, whatever reads it as one
       const Withholding withholding(what, nth);
-      EXPECT_THROW(function(ctx(), hvm::records_of(args), 1, result.address()), std::bad_alloc) << name << nth;
+      EXPECT_THROW(function(ctx(), hvm::records_of(args), 1, result.address()), std::bad_alloc) << row.name << nth;
       EXPECT_TRUE(Withholding::has_come()) << "the module asks the host itself";
     };
     ends_with_bad_alloc(Withheld::table, 1);
-    for (int nth = 1; nth <= slots; ++nth) ends_with_bad_alloc(Withheld::slot_by_number, nth);
+    for (int nth = 1; nth <= row.slots; ++nth) ends_with_bad_alloc(Withheld::slot_by_number, nth);
   }
 }
 
