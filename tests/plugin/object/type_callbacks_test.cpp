@@ -85,9 +85,7 @@ TEST_F(TypeCallbacks, Operator_WithoutAnArrayOnTheLeft_TakesTheRightOne) {
   EXPECT_EQ(answer.returned, 1);
   EXPECT_EQ(elements_of<XTInt>(answer.result), (std::vector<int>{2, 3}));
   for (const int opcode : {81, 83, 86, 95, 99, 101}) {
-    const Answer answer = apply("$xintarray", opcode, nullptr, array.address());
-    EXPECT_EQ(answer.returned, 0);
-    EXPECT_TRUE(answer.untouched);
+    expect_no_result(apply("$xintarray", opcode, nullptr, array.address()), 0);
   }
 }
 

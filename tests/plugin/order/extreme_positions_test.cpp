@@ -44,8 +44,9 @@ TEST_P(ExtremePositions, OfManyElements_AreTheLibrarys) {
 }
 
 TEST_P(ExtremePositions, ExtremesAreFoundAtEachPlace) {
-  for (const std::size_t length : {3u, 17u, 64u, 300u, 2100u, 5000u})
-    for (std::size_t place = 0; place<length; place += length> 1000 ? 13 : 1) {
+  for (const std::size_t length : {3u, 17u, 64u, 300u, 2100u, 5000u}) {
+    const std::size_t step = length > 1000 ? 13 : 1;
+    for (std::size_t place = 0; place < length; place += step) {
       TestArray x = of_kind({length}, Numbers(length, 100));
       x.set(place, 7);
       ASSERT_EQ(OrderingTest::given_by("xargmin", x, Kind::int32), position(place));
@@ -53,6 +54,7 @@ TEST_P(ExtremePositions, ExtremesAreFoundAtEachPlace) {
       if (place + 1 < length) x.set(length - 1, 1000);  // the first of equal ones counts
       ASSERT_EQ(OrderingTest::given_by("xargmax", x, Kind::int32), position(place));
     }
+  }
 }
 
 TEST_P(ExtremePositions, PositionsAreFlatAndZeroDimensional) {
