@@ -262,7 +262,7 @@ bool operator!=(const Counts& a, const Counts& b) noexcept;
 Counts counts() noexcept;
 
 /// While set, `HVM_NewAny` and `HVM_NewAnyMan` make nothing and return null.
-void refuse_new_objects(bool refuse) noexcept;
+void withhold_objects(bool withhold) noexcept;
 
 /// Lets the n-th allocation from now on fail, once; 0 takes that back. All memory of the host counts: its `HVM_Malloc`
 /// family, texts, records, objects and tables. Then `HVM_Malloc`, `HVM_Realloc2`, `HVM_ReallocNoLeak`, `HVM_NewObject`,

@@ -13,7 +13,7 @@ namespace hvm {
 namespace kernel {
 namespace {
 
-bool new_objects_refused = false;
+bool objects_withheld = false;
 
 void count_references(HostAny* any, std::uint32_t count) noexcept {
   arrayfold::store<std::uint32_t>(any->host_word, count);
@@ -29,12 +29,12 @@ void end_object(HostAny* any, HostContext ctx) noexcept {
 
 }  // namespace
 
-bool new_objects_are_refused() noexcept { return new_objects_refused; }
+bool objects_are_withheld() noexcept { return objects_withheld; }
 
 // The content is made last, so that it need not be destroyed when memory for the object is missing.
 HostAny* new_object(AnyMan* man) noexcept {
   const auto create = callbacks_of(man).create;
-  if (!create || new_objects_refused) return nullptr;
+  if (!create || objects_withheld) return nullptr;
   auto* any = static_cast<HostAny*>(allocate(sizeof(HostAny), BlockKind::object));
   if (!any) return nullptr;
   *any = HostAny{};
@@ -60,7 +60,7 @@ void drop_object(HostAny* any, HostContext ctx) noexcept {
 
 using namespace kernel;
 
-void refuse_new_objects(bool refuse) noexcept { new_objects_refused = refuse; }
+void withhold_objects(bool withhold) noexcept { objects_withheld = withhold; }
 
 HostAny* object_of(const HostValue& value) noexcept {
   return value.tag == ValueTag::object ? payload_of<HostAny*>(value) : nullptr;

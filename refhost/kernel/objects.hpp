@@ -15,7 +15,7 @@ struct Manager : AnyMan {
 /// A new object of a type, without a reference; null for null, when memory is missing, and while tests refuse objects.
 HostAny* new_object(AnyMan* man) noexcept;
 /// True while tests refuse objects and managers.
-bool new_objects_are_refused() noexcept;
+bool objects_are_withheld() noexcept;
 /// Adds a reference; null is allowed.
 void hold_object(HostAny* any) noexcept;
 /// Drops a reference; with the last one the content and the object are destroyed. Null is allowed.

@@ -103,7 +103,7 @@ using namespace hvm::kernel;
 AnyMan* HVM_NewAnyMan(const char* name, CreateCallback create, DestroyCallback destroy, MethodCallback method,
                       OperatorCallback op, void* null) {
   note("HVM_NewAnyMan", name, null != nullptr);
-  if (new_objects_are_refused()) return nullptr;
+  if (objects_are_withheld()) return nullptr;
   void* place = std::malloc(sizeof(Manager));
   if (!place) return nullptr;
   auto* man = new (place) Manager{};

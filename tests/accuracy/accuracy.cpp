@@ -1,6 +1,6 @@
 // accuracy/accuracy.cpp: the largest error of each function, over as many random arguments as asked for
 //
-//     accuracy 10000000                  one line a function: name, error, argument, the same of four lanes
+//     accuracy 10000000                  one line a function: name, error, argument, the same with AVX2
 //     accuracy 100000 --arguments FILE   writes the arguments instead, as doubles side by side
 //
 // It ends with 1 when a function passes its bound.

@@ -19,14 +19,14 @@ using test::Value;
 /// The number behind the last colon of a comment.
 inline double certified(const std::string& line) { return std::stod(line.substr(line.rfind(':') + 1)); }
 
-/// What a function of the module gives. Throws std::runtime_error when it declines.
+/// What a function of the module gives. Throws std::runtime_error when it fails.
 inline Value called(const char* name, std::vector<Value> arguments) {
   static hvm::Context context;
   Value result;
   const int nargs = static_cast<int>(arguments.size());
   HostValue* const records = hvm::records_of(arguments);
   if (test::Module::loaded().entry(name)(context.handle(), records, nargs, result.address()) == 0)
-    throw std::runtime_error(std::string(name) + " declined");
+    throw std::runtime_error(std::string(name) + " fails");
   return result;
 }
 

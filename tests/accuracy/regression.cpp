@@ -13,7 +13,7 @@
 namespace arrayfold::accuracy {
 namespace {
 
-/// A set, and the digits that are asked for: what was reached, less one for routines that round in another order.
+/// A set, and the digits that are asked for: what was reached, less one for BLAS libraries that round in another order.
 struct Asked {
   const char* name;
   double least_squares;
@@ -21,7 +21,7 @@ struct Asked {
   double deviation;
 };
 
-constexpr Asked sets[] = {{"norris", 11, 11, 12},     {"pontius", 5, 11, 12},  {"noint1", 13.5, 13.5, 13.5},
+constexpr Asked sets[] = {{"norris", 11, 11, 12},     {"pontius", 5, 11, 12},    {"noint1", 13.5, 13.5, 13.5},
                           {"noint2", 14, 14, 13.5},   {"filip", 4, 6, 7},        {"longley", 9.5, 9.5, 11},
                           {"wampler1", 8, 8, 0},      {"wampler2", 9, 12, 0},    {"wampler3", 8, 8, 13},
                           {"wampler4", 6.5, 6.5, 13}, {"wampler5", 4.5, 4.5, 13}};
@@ -31,7 +31,7 @@ constexpr Asked sets[] = {{"norris", 11, 11, 12},     {"pontius", 5, 11, 12},  {
 struct Set {
   std::vector<double> coefficients;
   double deviation = 0;  // of the residuals, by rows less columns
-  std::vector<double> sides;
+  std::vector<double> rhs;
   std::vector<std::vector<double>> rows;  // of the design
 };
 
@@ -53,7 +53,7 @@ Set read_set(const std::string& path) {
       set.deviation = certified(line);
     } else if (line.rfind('#', 0) != 0) {
       const auto numbers = numbers_in(line);
-      set.sides.push_back(numbers.at(0));
+      set.rhs.push_back(numbers.at(0));
       set.rows.emplace_back(numbers.begin() + 1, numbers.end());
       if (set.rows.back().size() != set.coefficients.size()) throw std::runtime_error("a row too long in " + path);
     }
@@ -78,7 +78,7 @@ Value design(const Set& set) {
   return doubles(Value::table_of(rows));
 }
 
-Value sides(const Set& set) { return doubles(Value::table_of({set.sides.begin(), set.sides.end()})); }
+Value rhs(const Set& set) { return doubles(Value::table_of({set.rhs.begin(), set.rhs.end()})); }
 
 struct Fit {
   std::vector<double> coefficients;
@@ -87,7 +87,7 @@ struct Fit {
 };
 
 Fit least_squares(const Set& set) {
-  const Value fit = called("xlstsq", {design(set), sides(set)});
+  const Value fit = called("xlstsq", {design(set), rhs(set)});
   const auto squares = elements(value_at(fit, 1));
   return {elements(value_at(fit, 0)), squares.empty() ? NAN : squares[0], elements(value_at(fit, 2)).at(0)};
 }
@@ -95,7 +95,7 @@ Fit least_squares(const Set& set) {
 /// R x = y Q, which is Q transposed times y.
 std::vector<double> by_factors(const Set& set) {
   const Value factors = called("xqr", {design(set)});
-  const Value projected = called("xdot", {sides(set), value_at(factors, 0)});
+  const Value projected = called("xdot", {rhs(set), value_at(factors, 0)});
   return elements(called("xsolve", {value_at(factors, 1), projected}));
 }
 
@@ -113,11 +113,11 @@ double digits_of_all(const std::vector<double>& found, const std::vector<double>
 bool report(const Asked& asked, const Set& set) {
   const Fit fit = least_squares(set);
   const std::size_t rows = set.rows.size(), columns = set.coefficients.size();
-  const double least = digits_of_all(fit.coefficients, set.coefficients);
+  const double fitted = digits_of_all(fit.coefficients, set.coefficients);
   const double factors = digits_of_all(by_factors(set), set.coefficients);
-  std::printf("%s %zu %zu %.1f %.1f ", asked.name, rows, columns, least, factors);
+  std::printf("%s %zu %zu %.1f %.1f ", asked.name, rows, columns, fitted, factors);
   bool all_hold = holds(fit.rank == static_cast<double>(columns), asked.name, "the rank is not full");
-  all_hold &= holds(least >= asked.least_squares, asked.name, "least squares have too few digits");
+  all_hold &= holds(fitted >= asked.least_squares, asked.name, "least squares have too few digits");
   all_hold &= holds(factors >= asked.factors, asked.name, "the solution by factors has too few digits");
   if (set.deviation == 0) {
     std::printf("-\n");

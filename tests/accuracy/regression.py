@@ -12,7 +12,7 @@ BEGIN, END = "<!-- regression -->\n", "<!-- end of regression -->"
 
 
 def read_set(path):
-    """The certified coefficients, the left sides and the design."""
+    """The certified coefficients, the right-hand sides and the design."""
     with open(path) as lines:
         line = next(line for line in lines if line.startswith("# certified coefficients"))
     numbers = np.loadtxt(path)
@@ -30,13 +30,13 @@ def table(lines, folder):
            "| NumPy's `qr`, `solve` | Residual deviation: digits |")
     yield "| --- | ---: | ---: | ---: | ---: | ---: | ---: | ---: | ---: |"
     for line in lines:
-        name, rows, columns, least, factors, deviation = line.split()
-        exact, sides, design = read_set(os.path.join(folder, name + ".dat"))
+        name, rows, columns, fitted, factors, deviation = line.split()
+        exact, rhs, design = read_set(os.path.join(folder, name + ".dat"))
         # -1: singular values count down to the machine's precision, as in xlstsq.
-        peer, _, _, values = np.linalg.lstsq(design, sides, rcond=-1)
+        peer, _, _, values = np.linalg.lstsq(design, rhs, rcond=-1)
         q, r = np.linalg.qr(design)
-        by_factors = np.linalg.solve(r, q.T @ sides)
-        yield (f"| `{name}` | {rows} | {columns} | {values[0] / values[-1]:.0e} | {least} | {digits(peer, exact):.1f} "
+        by_factors = np.linalg.solve(r, q.T @ rhs)
+        yield (f"| `{name}` | {rows} | {columns} | {values[0] / values[-1]:.0e} | {fitted} | {digits(peer, exact):.1f} "
                f"| {factors} | {digits(by_factors, exact):.1f} | {deviation} |")
 
 

@@ -41,7 +41,7 @@ def errors_in_ulp(value, exact):
 
 
 def ours(program, count):
-    """name -> (error, argument, error of four lanes), as the program prints them."""
+    """name -> (error, argument, error with AVX2), as the program prints them."""
     run = subprocess.run([program, str(count)], stdout=subprocess.PIPE, text=True, check=True)
     rows = (line.split() for line in run.stdout.splitlines())
     return {name: (float(error), float(argument), float(narrow)) for name, error, argument, narrow, _ in rows}

@@ -67,7 +67,7 @@ TEST_F(FunctionTable, IsTheListThatTestsRead) {
   }
 }
 
-TEST_F(FunctionTable, BelowTheMinimumCount_AnswersZeroAndTouchesNothing) {
+TEST_F(FunctionTable, BelowTheMinimumCount_ReturnsZeroAndTouchesNothing) {
   for (const Row& row : expected_rows)
     for (int nargs = row.minimum - 1; row.minimum > 0 && nargs >= -1; --nargs) {
       const EntryFunction function = Module::loaded().entry(row.name);
@@ -83,7 +83,7 @@ TEST_F(FunctionTable, BelowTheMinimumCount_AnswersZeroAndTouchesNothing) {
 }
 
 TEST_F(FunctionTable, WithTheMinimumCount_EveryEntryLooksAtItsArguments) {
-  // A nil is neither a number nor an object nor code: whatever looks at its arguments refuses it.
+  // A nil is neither a number nor an object nor code: whatever looks at its arguments fails.
   for (const Row& row : expected_rows) {
     if (row.minimum == 0 || std::string(row.name) == "xrandint") continue;  // the two that look at nothing
     std::vector<Value> args(static_cast<std::size_t>(row.minimum), Value(0));
@@ -135,11 +135,11 @@ TEST_F(FunctionTable, TypesAreRegisteredUnderTheVeryNameOfTheirManager) {
 
 TEST_F(FunctionTable, Required_NoFailureOfRegistrationIsNoticed) {
   for (const int answer : {0, -1, 1}) {
-    hvm::refuse_new_objects(true);  // managers neither
+    hvm::withhold_objects(true);  // managers neither
     hvm::record_calls(true);
     EXPECT_EQ(Module::loaded().init_again(answer), 1);
     hvm::record_calls(false);
-    hvm::refuse_new_objects(false);
+    hvm::withhold_objects(false);
     EXPECT_EQ(hvm::recorded_calls().size(), 8u);
   }
 }

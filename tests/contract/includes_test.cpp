@@ -1,11 +1,11 @@
 // contract/includes_test.cpp: the arrows of the source tree, read from its #include lines
 //
-// In the module: families and object -> array, kernels -> host; create -> reader -> array; kernels includes nothing
-// else of the module. The families never include each other; host/ knows no array library, but for plugin.cpp, which
-// stands above all and names the callbacks. The library's linear algebra is included in one header, which fixes its
-// order.
+// In the module: families and object -> array, kernels, host; create -> reader -> array -> host, kernels; kernels
+// includes nothing of the module. The families never include each other; host/ knows no array library, but for
+// plugin.cpp, which stands above all and names the callbacks. The library's linear algebra is included in one header,
+// which fixes its order.
 //
-// In the reference host: cli -> the rooms of script -> kernel; run -> library -> module -> text -> syntax. Of the
+// In the reference host: cli -> the folders of script -> kernel; run -> library -> module -> text -> syntax. Of the
 // module it sees the two headers of the contract and nothing else.
 
 #include <filesystem>

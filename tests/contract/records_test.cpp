@@ -246,7 +246,7 @@ TEST(Records, Container_IsRowMajorWithAlignmentThirtyTwo) {
   EXPECT_TRUE((std::is_same_v<xarray_of<double>, Expected>));
 }
 
-TEST(Records, InvalidArrayObject_SaysItsWordsInQuotationMarks) {
+TEST(Records, InvalidArrayObject_HasItsMessageInQuotationMarks) {
   EXPECT_STREQ(invalid_array_object().what(), "\"object is not array\"");
 }
 

@@ -1,13 +1,11 @@
 // contract/stubs_test.cpp: the entries that check their arguments and compute nothing
 //
-// What they answer and which host operations they call is final. None of them touches the result record.
+// What they return and which host operations they call is final. None of them touches the result record.
 
 #include "support/module_test.hpp"
 
 namespace arrayfold::test {
 namespace {
-
-using Words = std::vector<std::string>;
 
 class Stubs : public ModuleTest {
  protected:
@@ -28,7 +26,7 @@ struct OneCheck {
 constexpr OneCheck one_check_stubs[] = {{"xclip", 3}, {"xfma", 3},          {"xinterp", 3},
                                         {"xpow", 2},  {"xsearchsorted", 1}, {"xmatrix_power", 1}};
 
-TEST_F(Stubs, Required_OneObjectCheck_WithAnObjectFirst_FetchesItAndAnswersOne) {
+TEST_F(Stubs, Required_OneObjectCheck_WithAnObjectFirst_FetchesItAndReturnsOne) {
   for (const auto& stub : one_check_stubs) {
     std::vector<Value> args(static_cast<std::size_t>(stub.minimum));
     args[0] = array();
@@ -36,7 +34,7 @@ TEST_F(Stubs, Required_OneObjectCheck_WithAnObjectFirst_FetchesItAndAnswersOne) 
   }
 }
 
-TEST_F(Stubs, OneObjectCheck_WithoutAnObjectFirst_AnswersZero) {
+TEST_F(Stubs, OneObjectCheck_WithoutAnObjectFirst_ReturnsZero) {
   for (const auto& stub : one_check_stubs) {
     std::vector<Value> args(static_cast<std::size_t>(stub.minimum), array());
     args[0] = Value(3);
@@ -44,7 +42,7 @@ TEST_F(Stubs, OneObjectCheck_WithoutAnObjectFirst_AnswersZero) {
   }
 }
 
-TEST_F(Stubs, Xclip_WithTwoArguments_AnswersZero) { expect("xclip", {array(), array()}, 0, {}); }
+TEST_F(Stubs, Xclip_WithTwoArguments_ReturnsZero) { expect("xclip", {array(), array()}, 0, {}); }
 
 TEST_F(Stubs, Required_Xremainder_AsksForTwoObjectsAndFetchesNone) {
   expect("xremainder", {array(), array()}, 1, {"AnyCheck 0", "AnyCheck 1"});
@@ -52,19 +50,19 @@ TEST_F(Stubs, Required_Xremainder_AsksForTwoObjectsAndFetchesNone) {
   expect("xremainder", {Value(2), array()}, 0, {"AnyCheck 0"});
 }
 
-TEST_F(Stubs, Required_Xsetdiff1d_FetchesTheFirstTwiceAndAnswersZero) {
+TEST_F(Stubs, Required_Xsetdiff1d_FetchesTheFirstTwiceAndReturnsZero) {
   expect("xsetdiff1d", {array(), array()}, 0, {"AnyCheck 0", "AnyCheck 1", "GetAny 0", "GetAny 0"});
   expect("xsetdiff1d", {array(), Value(2)}, 0, {"AnyCheck 0", "AnyCheck 1"});
   expect("xsetdiff1d", {Value(2), array()}, 0, {"AnyCheck 0"});
 }
 
-TEST_F(Stubs, Required_Xrandint_AnswersOneWithAnyArgumentAndZeroWithNone) {
+TEST_F(Stubs, Required_Xrandint_ReturnsOneWithAnyArgumentAndZeroWithNone) {
   expect("xrandint", {}, 0, {});
   expect("xrandint", {Value(1)}, 1, {});
   expect("xrandint", {Value(), Value("text"), array()}, 1, {});
 }
 
-TEST_F(Stubs, Required_Xchoice_AnswersOneWhateverTheCount) {
+TEST_F(Stubs, Required_Xchoice_ReturnsOneWhateverTheCount) {
   expect("xchoice", {}, 1, {});
   expect("xchoice", {array(), Value(7)}, 1, {});
   const Answer negative = call_with_count("xchoice", {}, -5);

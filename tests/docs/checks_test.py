@@ -80,6 +80,14 @@ class FunctionPages(unittest.TestCase):
         self.script.unlink()
         self.assert_faulty("0 scripts xzeros.hvm")
 
+    def test_a_script_in_the_folder_of_another_family_is_noticed(self):
+        self.script.rename(self.root / "tests/scripts/reduce/xzeros.hvm")
+        self.assert_faulty("xzeros.hvm: lies in another folder than that of its family, create")
+
+    def test_a_script_in_two_folders_is_noticed(self):
+        shutil.copy(self.script, self.root / "tests/scripts/reduce/xzeros.hvm")
+        self.assert_faulty("2 scripts xzeros.hvm")
+
     def test_a_script_that_calls_or_expects_nothing_is_noticed(self):
         self.script.write_text("print(1)  # xzeros(1)\n")
         self.assert_faulty("does not call xzeros")

@@ -12,7 +12,7 @@ import sys
 from extract_blocks import blocks_of
 
 SECTIONS = ["Synopsis", "Arguments", "Result", "Refusals and errors", "Examples", "See also"]
-ROW = re.compile(r"^FUNCTION\((\w+),\s*\w+,\s*\d+,\s*(\w+)\)", re.MULTILINE)
+ROW = re.compile(r"^FUNCTION\((\w+),\s*(\w+),\s*\d+,\s*(\w+)\)", re.MULTILINE)
 METHODS = ["dump", "shape", "reshape"]
 OPERATORS = {
     "add": " + ",
@@ -29,7 +29,7 @@ LINK = re.compile(r"\]\(([^)#:]+\.md)\)")
 
 
 def rows_of(listing):
-    """Name and status of every row of functions.def."""
+    """Name, family and status of every row of functions.def."""
     return ROW.findall(listing)
 
 
@@ -67,12 +67,14 @@ def faults_of_links(page):
             yield f"{page}: links to {link}, which there is not"
 
 
-def faults_of_script(scripts, name, call):
-    """A script of the name stands in one family's folder, calls what it is for, and expects something."""
+def faults_of_script(scripts, family, name, call):
+    """A script of the name lies in the family's folder and in no other, calls what it is for, and expects something."""
     found = sorted(scripts.glob(f"*/{name}.hvm"))
     if len(found) != 1:
         yield f"{scripts}: {len(found)} scripts {name}.hvm, expected one in the folder of its family"
         return
+    if found[0].parent.name != family:
+        yield f"{found[0]}: lies in another folder than that of its family, {family}"
     text = found[0].read_text()
     code = "\n".join(line.split("#")[0] for line in text.splitlines())
     if call not in code:
@@ -85,7 +87,7 @@ def faults_of_project(project):
     pages = project / "docs" / "functions"
     scripts = project / "tests" / "scripts"
     rows = rows_of((project / "plugin" / "host" / "functions.def").read_text())
-    served = [name for name, status in rows if status in ("working", "stub")]
+    served = {name: family for name, family, status in rows if status in ("working", "stub")}
     if not served:
         yield "functions.def: no function is served"
     titles = {f"{name}.md": name for name in served}
@@ -109,13 +111,13 @@ def faults_of_project(project):
         if page.name not in titles and page.name != "README.md":
             yield f"{page}: is of nothing that is served"
 
-    for name in served:
-        yield from faults_of_script(scripts, name, f"{name}(")
+    for name, family in served.items():
+        yield from faults_of_script(scripts, family, name, f"{name}(")
     for name in METHODS:
-        yield from faults_of_script(scripts, name, f".{name}(")
+        yield from faults_of_script(scripts, "object", name, f".{name}(")
     for name, sign in OPERATORS.items():
-        yield from faults_of_script(scripts, name, sign)
-    yield from faults_of_script(scripts, "element_access", "[")
+        yield from faults_of_script(scripts, "object", name, sign)
+    yield from faults_of_script(scripts, "object", "element_access", "[")
 
 
 def main(project):

@@ -1,4 +1,4 @@
-# tests/examples/embedding_sources.py: what examples/embedding claims of its sources, held against them
+# tests/examples/embedding_sources.py: what examples/embedding says of its sources, checked against them
 #
 # Usage: embedding_sources.py PROJECT_DIRECTORY
 
@@ -50,7 +50,7 @@ def main(project):
         *faults_of_build(folder / "CMakeLists.txt"),
         *faults_of_excerpts(project / "docs" / "host-contract.md", folder),
     ]
-    print("\n".join(faults) or "as claimed")
+    print("\n".join(faults) or "as stated")
     return 1 if faults else 0
 
 

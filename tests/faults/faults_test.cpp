@@ -70,7 +70,7 @@ class Faults : public ModuleTest {
     EXPECT_EQ(fail_each_host_allocation(action), 1) << static_cast<int>(opcode);
   }
 
-  /// An operator that changes an array: until it succeeds, both operands are what they were. The answer is the number
+  /// An operator that changes an array: until it succeeds, both operands are what they were. Returns the number
   /// of allocations that failed.
   template <class Kind>
   int changes_survived(Opcode opcode, Value array, Value right) const {

@@ -24,10 +24,10 @@ const Names with_tables = {"xqr", "xsvd", "xeig", "xeigh", "xslogdet", "xlstsq"}
 
 class LinalgFaults : public ModuleTest {
  protected:
-  /// How a call ends, with memory or without: its answer, or -1 with words.
+  /// How a call ends, with memory or without: its answer, or -1 with a message.
   struct Ending {
     int returned = -1;
-    std::string words;
+    std::string message;
   };
 
   Ending ending(EntryFunction function, std::vector<Value>& args, Value& result) const {
@@ -38,7 +38,7 @@ class LinalgFaults : public ModuleTest {
     }
   }
 
-  /// Runs a call with each allocation failing, then with each of the host's. The answer is how many of the former did.
+  /// Runs a call with each allocation failing, then with each of the host's. Returns how many of the former did.
   int failures_survived(const std::string& name, std::vector<Value> args) const {
     const EntryFunction function = Module::loaded().entry(name);
     Value warm;
@@ -50,7 +50,7 @@ class LinalgFaults : public ModuleTest {
       try {
         const Ending found = ending(function, args, result);
         EXPECT_EQ(found.returned, expected.returned) << name;
-        EXPECT_EQ(found.words, expected.words) << name;
+        EXPECT_EQ(found.message, expected.message) << name;
       } catch (const std::bad_alloc&) {
         EXPECT_TRUE(may_leave_table || std::memcmp(&before, result.address(), sizeof before) == 0) << name;
         throw;
@@ -80,8 +80,8 @@ TEST_F(LinalgFaults, ProductsOfEveryRank_SurviveEachFailure) {
       for (std::size_t right = 0; right <= 6; ++right) {
         const Extents a(left, 2), b(right, 2);
         const int failed = failures_survived(name, {filled(Kind::float64, a), filled(Kind::float64, b)});
-        const bool refused = name == "xvdot" && left > 0 && right == 0;
-        EXPECT_GE(failed, refused ? 0 : 3) << name << left;
+        const bool fails = name == "xvdot" && left > 0 && right == 0;
+        EXPECT_GE(failed, fails ? 0 : 3) << name << left;
         failures_survived(name, {filled(Kind::int32, a), filled(Kind::int64, b)});
         failures_survived(name, {filled(Kind::float32, a), filled(Kind::int32, b)});
         failures_survived(name, {filled(Kind::int32, a), filled(Kind::float32, b)});
@@ -128,9 +128,9 @@ TEST_F(LinalgFaults, TracesOfEveryRankAndKind_SurviveEachFailure) {
 TEST_F(LinalgFaults, SolversOfRightHandSidesOfEveryRank_SurviveEachFailure) {
   for (const std::string& name : solvers)
     for (std::size_t rank = 0; rank <= 6; ++rank) {
-      const Extents sides(rank, 3);
-      failures_survived(name, {filled(Kind::float32, {3, 3}), filled(Kind::float32, sides)});
-      const int failed = failures_survived(name, {filled(Kind::float64, {3, 3}), filled(Kind::float64, sides)});
+      const Extents rhs(rank, 3);
+      failures_survived(name, {filled(Kind::float32, {3, 3}), filled(Kind::float32, rhs)});
+      const int failed = failures_survived(name, {filled(Kind::float64, {3, 3}), filled(Kind::float64, rhs)});
       EXPECT_GE(failed, rank == 0 ? 1 : 2) << name << rank;
     }
 }
@@ -150,7 +150,7 @@ TEST_F(LinalgFaults, NaN_WhereItIsAnsweredWithoutLapack_SurvivesEachFailure) {
   EXPECT_GE(failures_survived("xlstsq", {nans, filled(Kind::float64, {3})}), 8);
 }
 
-TEST_F(LinalgFaults, RefusalsAndTheStub_NeedNoMemory) {
+TEST_F(LinalgFaults, FailuresAndTheStub_NeedNoMemory) {
   const Value ints = filled(Kind::int32, {2, 2}), bools = array_of<XTBool>(ctx(), {2, 2}, std::vector<bool>(4));
   for (const std::string& name : of_matrices) {
     EXPECT_EQ(failures_survived(name, {bools}), 0) << name;

@@ -17,7 +17,7 @@ using Extents = std::vector<std::size_t>;
 
 class ReduceFaults : public ModuleTest {
  protected:
-  /// Runs a call with each allocation failing. The answer is how many did.
+  /// Runs a call with each allocation failing. Returns how many did.
   int failures_survived(const std::string& name, const Value& operand) const {
     const EntryFunction function = Module::loaded().entry(name);
     const Value expected = call(name, {operand}).result;
@@ -61,10 +61,10 @@ TEST_F(ReduceFaults, ScansAndShufflesOfEveryKindAndRank_NeedNone) {
 TEST_F(ReduceFaults, OrderedFoldsOfEveryKindAndRank_SurviveEachFailure) {
   for (const char* name : ordered)
     for (std::size_t rank = 0; rank <= 6; ++rank) {
-      // Reals of more than a row keep what each dimension has so far; a few dimensions may do without memory.
-      const int least = rank < 6 ? 0 : 1;
-      EXPECT_GE(of_rank(Kind::float64, name, rank), least) << name << rank;
-      EXPECT_GE(of_rank(Kind::float32, name, rank), least) << name << rank;
+      // Floating-point arrays of more than a row keep what each dimension has so far; a few need no memory for it.
+      const int minimum = rank < 6 ? 0 : 1;
+      EXPECT_GE(of_rank(Kind::float64, name, rank), minimum) << name << rank;
+      EXPECT_GE(of_rank(Kind::float32, name, rank), minimum) << name << rank;
       of_rank(Kind::int32, name, rank);
       of_rank(Kind::int64, name, rank);
     }

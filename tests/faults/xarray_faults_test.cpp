@@ -186,7 +186,7 @@ TEST_F(XarrayFaults, CallsThatThrow_SurviveEachFailure) {
     }
   };
   EXPECT_GE(fail_each_host_allocation(action), 4);
-  EXPECT_GE(fail_each_allocation(action), 1);  // the exception's words
+  EXPECT_GE(fail_each_allocation(action), 1);  // the exception's message
 }
 
 }  // namespace

@@ -112,7 +112,7 @@ Value viewing(ValueTag tag, const void* payload) {
 
 namespace {
 
-bool is_refused(std::size_t size) noexcept { return is_limited && size > largest_block; }
+bool is_withheld(std::size_t size) noexcept { return is_limited && size > largest_block; }
 
 void* counted(void* memory) {
   if (memory == nullptr) throw std::bad_alloc();
@@ -131,11 +131,11 @@ void release(void* memory) noexcept {
 // All forms are replaced, since the sanitizer brings its own of each, which end the process where memory is missing.
 void* operator new(std::size_t size) {
   using namespace arrayfold::fuzz;
-  return counted(is_refused(size) ? nullptr : std::malloc(size == 0 ? 1 : size));
+  return counted(is_withheld(size) ? nullptr : std::malloc(size == 0 ? 1 : size));
 }
 void* operator new(std::size_t size, std::align_val_t alignment) {
   using namespace arrayfold::fuzz;
-  return counted(is_refused(size) ? nullptr : memalign(static_cast<std::size_t>(alignment), size == 0 ? 1 : size));
+  return counted(is_withheld(size) ? nullptr : memalign(static_cast<std::size_t>(alignment), size == 0 ? 1 : size));
 }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   try {

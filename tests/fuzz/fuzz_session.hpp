@@ -23,7 +23,7 @@ void run_checked(const std::function<void()>& action);
 /// failed or gave nothing.
 Value call(EntryFunction function, HostContext ctx, std::vector<Value>& args);
 
-/// Calls a method of the object in `self`, if it is one; false when it is not, or when the method is declined.
+/// Calls a method of the object in `self`, if it is one; false when it is not, or when the callback returns false.
 bool call_method(HostContext ctx, Value& self, const char* name, std::vector<Value> args, Value& result);
 
 /// A record that looks at something of the caller's.

@@ -478,7 +478,7 @@ void TreeDecoder::write_selector(HostCodeSlot& slot, int depth) {
 HostCodeNode* TreeDecoder::row(int depth) {
   if (depth > deepest_child) return nullptr;
   const int before = spent_;
-  // The outermost is told from the other forms of a quotation by its kind alone.
+  // The outermost is distinguished from the other forms of a quotation by its kind alone.
   HostCodeNode* row = make(depth == 0 || bytes_.pick("rx") == 'r' ? NodeKind::data_row : any_kind());
   HostCodeNode* cell = row;
   const bool holds_rows = bytes_.pick("e[") == '[';

@@ -20,7 +20,7 @@ std::int64_t until_failure = 0;
 bool failed = false;
 
 /// True when the allocation at hand is the one to fail.
-bool refused() noexcept {
+bool withheld() noexcept {
   if (until_failure == 0 || --until_failure > 0) return false;
   failed = true;
   return true;
@@ -78,7 +78,7 @@ void uncounted(const void* memory) noexcept {
 // All forms are replaced, since a sanitizer brings its own of each.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   using namespace arrayfold::test;
-  return refused() ? nullptr : counted(std::malloc(size == 0 ? 1 : size), size);
+  return withheld() ? nullptr : counted(std::malloc(size == 0 ? 1 : size), size);
 }
 void* operator new(std::size_t size) {
   void* memory = operator new(size, std::nothrow);
@@ -91,7 +91,7 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return 
 void* operator new(std::size_t size, std::align_val_t alignment) {
   using namespace arrayfold::test;
   void* memory =
-      refused() ? nullptr : counted(memalign(static_cast<std::size_t>(alignment), size == 0 ? 1 : size), size);
+      withheld() ? nullptr : counted(memalign(static_cast<std::size_t>(alignment), size == 0 ? 1 : size), size);
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }

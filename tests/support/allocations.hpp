@@ -23,7 +23,7 @@ void fail_allocation(std::int64_t nth) noexcept;
 bool allocation_has_failed() noexcept;
 
 /// Runs `action` with its first allocation failing, then its second, and so on until none fails. Each run must end
-/// regularly or with std::bad_alloc, and leave no allocation and nothing of the host behind. The answer is the number
+/// regularly or with std::bad_alloc, and leave no allocation and nothing of the host behind. Returns the number
 /// of allocations that were made to fail.
 int fail_each_allocation(const std::function<void()>& action);
 /// The same with the allocations of the host.

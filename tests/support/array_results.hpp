@@ -24,12 +24,6 @@ class ArrayResultTest : public ModuleTest {
     return array;
   }
 
-  void expect_nothing(const Answer& answer, int returned, const Words& operations, const std::string& what) const {
-    EXPECT_EQ(answer.returned, returned) << what;
-    EXPECT_TRUE(answer.untouched) << what;
-    EXPECT_EQ(answer.operations, operations) << what;
-  }
-
   /// An array of this kind whose elements are all 2.
   Value twos(Kind kind = Kind::float64, const Extents& extents = {3}) const {
     return to_host(ctx(), TestArray(kind, extents, Numbers(size_of(extents), 2)));

@@ -110,7 +110,7 @@ class CodeBuilder {
   std::deque<std::u16string> wide_texts_;
 };
 
-// ---- The host's side
+// ---- The host
 
 /// Variables and functions behind a context, for as long as it lives: one at a time. What is asked of it is kept.
 class ScriptedHost {

@@ -34,6 +34,8 @@ FloatObject::~FloatObject() = default;
 
 Value FloatObject::value() { return Value::object(&records_->any); }
 
+const HostAny* FloatObject::object() const { return &records_->any; }
+
 Operand::Operand(HostContext ctx, const TestArray& array) {
   if (array.kind() != Kind::float32) {
     value_ = to_host(ctx, array);
@@ -43,9 +45,10 @@ Operand::Operand(HostContext ctx, const TestArray& array) {
   value_ = floats_->value();
 }
 
-ForeignObject::ForeignObject(const char* type_name) {
+ForeignObject::ForeignObject(const char* type_name, void* content) {
   man_.name = type_name;
   any_.manager = &man_;
+  any_.content = content;
   hold(any_);
 }
 

@@ -23,26 +23,28 @@ class FloatObject {
   FloatObject& operator=(const FloatObject&) = delete;
   ~FloatObject();
   Value value();
+  const HostAny* object() const;
 
  private:
   struct Records;
   std::unique_ptr<Records> records_;
 };
 
-/// An object of a type with another name, which may be null, and without content.
+/// An object of a type with another name, which may be null, over content of the caller's or none.
 class ForeignObject {
  public:
-  explicit ForeignObject(const char* type_name = "$foreign");
+  explicit ForeignObject(const char* type_name = "$foreign", void* content = nullptr);
   ForeignObject(const ForeignObject&) = delete;
   ForeignObject& operator=(const ForeignObject&) = delete;
   Value value();
+  const HostAny* object() const { return &any_; }
 
  private:
   AnyMan man_{};
   HostAny any_{};
 };
 
-/// The type of float arrays, registered with the host for a while. Its objects take doubles, as results do.
+/// The type of float arrays, registered with the host while this lives. Its objects take doubles, as results do.
 class FloatNameRegistered {
  public:
   FloatNameRegistered();

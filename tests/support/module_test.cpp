@@ -196,9 +196,24 @@ Answer ModuleTest::apply_into(HostValue* result, const char* type_name, int opco
   return answer;
 }
 
+void ModuleTest::expect_no_result(const Answer& answer, int returned, const std::string& what) {
+  EXPECT_EQ(answer.returned, returned) << what;
+  EXPECT_TRUE(answer.untouched) << what;
+}
+
+void ModuleTest::expect_no_result(const Answer& answer, int returned, const Words& operations,
+                                  const std::string& what) {
+  expect_no_result(answer, returned, what);
+  EXPECT_EQ(answer.operations, operations) << what;
+}
+
+void ModuleTest::expect_failure(const std::string& name, std::vector<Value> args) const {
+  expect_no_result(call(name, std::move(args)), 0, name);
+}
+
 std::string ModuleTest::dump(Value& value) const {
   const Answer answer = method(value, "dump");
-  if (answer.returned == 0) throw std::invalid_argument("dump is declined");
+  if (answer.returned == 0) throw std::invalid_argument("dump fails");
   return std::string(hvm::text_of(answer.result.record()));
 }
 
@@ -221,9 +236,7 @@ namespace {
 template <class Use>
 bool with_container(const Value& value, Use use) {
   const auto try_as = [&](auto* container) { return container != nullptr && (use(*container), true); };
-  return try_as(container_of<XTBool>(value)) || try_as(container_of<XTInt>(value)) ||
-         try_as(container_of<XTInt64>(value)) || try_as(container_of<XTFloat>(value)) ||
-         try_as(container_of<XTDouble>(value));
+  return for_kinds(all_kinds{}, [&](auto... row) { return (try_as(container_of<decltype(row)>(value)) || ...); });
 }
 
 /// What `use(container)` gives for the array in an object.
@@ -250,18 +263,7 @@ Value new_object(HostContext ctx, const TestArray& array) {
 }  // namespace
 
 Value to_host(HostContext ctx, const TestArray& array) {
-  switch (array.kind()) {
-    case Kind::boolean:
-      return new_object<XTBool>(ctx, array);
-    case Kind::int32:
-      return new_object<XTInt>(ctx, array);
-    case Kind::int64:
-      return new_object<XTInt64>(ctx, array);
-    case Kind::float64:
-      return new_object<XTDouble>(ctx, array);
-    default:
-      return new_object<XTFloat>(ctx, array);
-  }
+  return with_row(all_kinds{}, array.kind(), [&](auto row) { return new_object<decltype(row)>(ctx, array); });
 }
 
 bool holds_array(const Value& value) {

@@ -21,7 +21,7 @@ using hvm::Value;
 
 /// What came of a call into the module.
 struct Answer {
-  int returned = 0;                     // what the function or callback answered
+  int returned = 0;                     // what the function or callback returned
   Value result;                         // the result record afterwards
   bool untouched = false;               // the result record is byte for byte what it was
   std::vector<std::string> operations;  // the host operations in order: "AnyCheck 0", "SetReal result", "NewAny"
@@ -39,7 +39,7 @@ class Module {
   const std::vector<std::string>& start() const { return start_; }
   /// The host's own record of the same, without the registration of functions.
   const std::vector<hvm::RecordedCall>& start_calls() const { return start_calls_; }
-  /// Runs PKG_Init once more, for a host whose registration of functions answers `answer`.
+  /// Runs PKG_Init once more, for a host whose registration of functions returns `answer`.
   int init_again(int answer) const;
   int init_returned() const { return init_returned_; }
   /// The function of a name; the test ends when there is none.
@@ -75,6 +75,12 @@ class ModuleTest : public ::testing::Test {
   Answer apply(const char* type_name, int opcode, HostValue* left, HostValue* right) const;
   /// The same into a record of the caller's: an operand, and the operator works in place.
   Answer apply_into(HostValue* result, const char* type_name, int opcode, HostValue* left, HostValue* right) const;
+
+  /// The call returned this and left the result record as it was; with the host operations, these and no others.
+  static void expect_no_result(const Answer& answer, int returned, const std::string& what = {});
+  static void expect_no_result(const Answer& answer, int returned, const Words& operations, const std::string& what);
+  /// A call of a function returns 0 and leaves the result record as it was.
+  void expect_failure(const std::string& name, std::vector<Value> args) const;
 
   /// The text of the array in `value`, by its `dump` method.
   std::string dump(Value& value) const;

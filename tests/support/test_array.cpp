@@ -35,33 +35,11 @@ std::size_t size_of(const Extents& extents) {
 std::size_t last_stride(const Extents& extents) { return extents.empty() || extents.back() == 1 ? 0 : 1; }
 
 const char* dtype_of(Kind kind) {
-  switch (kind) {
-    case Kind::boolean:
-      return XTBool::dtype;
-    case Kind::int32:
-      return XTInt::dtype;
-    case Kind::int64:
-      return XTInt64::dtype;
-    case Kind::float32:
-      return XTFloat::dtype;
-    default:
-      return XTDouble::dtype;
-  }
+  return with_row(all_kinds{}, kind, [](auto row) -> const char* { return decltype(row)::dtype; });
 }
 
 const char* type_name_of(Kind kind) {
-  switch (kind) {
-    case Kind::boolean:
-      return XTBool::type_name;
-    case Kind::int32:
-      return XTInt::type_name;
-    case Kind::int64:
-      return XTInt64::type_name;
-    case Kind::float32:
-      return XTFloat::type_name;
-    default:
-      return XTDouble::type_name;
-  }
+  return with_row(all_kinds{}, kind, [](auto row) -> const char* { return decltype(row)::type_name; });
 }
 
 double rounding_of(Kind kind) {
@@ -94,16 +72,13 @@ std::ostream& operator<<(std::ostream& out, const Number& x) {
 }
 
 TestArray::TestArray(Kind kind, Extents extents, const Numbers& numbers) : extents_(std::move(extents)), kind_(kind) {
-  const auto fill = [&](auto zero) {
-    std::vector<decltype(zero)> elements;
+  with_row(all_kinds{}, kind, [&](auto row) {
+    using T = typename decltype(row)::element;
+    std::vector<T> elements;
     elements.reserve(numbers.size());
-    for (const Number& x : numbers) elements.push_back(x.as<decltype(zero)>());
+    for (const Number& x : numbers) elements.push_back(x.as<T>());
     elements_ = std::move(elements);
-  };
-  if (kind == Kind::boolean)
-    fill(false);
-  else
-    with_element(kind, fill);
+  });
 }
 
 std::size_t TestArray::size() const {

@@ -10,7 +10,9 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <optional>
 #include <ostream>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <variant>
@@ -34,8 +36,8 @@ std::size_t last_stride(const Extents& extents);
 using Kind = ElementKind;
 
 /// The kinds that functions of numbers know, and the two halves of them.
-inline const std::vector<Kind> all_kinds = {Kind::float64, Kind::float32, Kind::int32, Kind::int64};
-inline const std::vector<Kind> real_kinds = {Kind::float64, Kind::float32};
+inline const std::vector<Kind> numeric_kinds = {Kind::float64, Kind::float32, Kind::int32, Kind::int64};
+inline const std::vector<Kind> floating_kinds = {Kind::float64, Kind::float32};
 inline const std::vector<Kind> integer_kinds = {Kind::int32, Kind::int64};
 
 const char* dtype_of(Kind kind);
@@ -44,31 +46,47 @@ inline bool is_integer(Kind kind) { return kind == Kind::int32 || kind == Kind::
 /// The distance from 1 to the next element; 0 for integers.
 double rounding_of(Kind kind);
 
-/// The kind of an element type.
-template <class T>
-constexpr Kind kind_of = std::is_same_v<T, bool>           ? Kind::boolean
-                         : std::is_same_v<T, std::int32_t> ? Kind::int32
-                         : std::is_same_v<T, std::int64_t> ? Kind::int64
-                         : std::is_same_v<T, float>        ? Kind::float32
-                                                           : Kind::float64;
-
-/// Calls `use(T{})` with a zero of the kind's element type. For code that is compiled once: a reference, a generator.
-template <class Use>
-auto with_element(Kind kind, Use use) {
-  switch (kind) {
-    case Kind::int32:
-      return use(std::int32_t{});
-    case Kind::int64:
-      return use(std::int64_t{});
-    case Kind::float32:
-      return use(float{});
-    default:
-      return use(double{});
+/// Calls `use(row)` with the row of a kind. Throws std::invalid_argument where no row has its code.
+template <class First, class... Row, class Use>
+auto with_row(kinds<First, Row...>, Kind kind, Use use) {
+  using Result = decltype(use(First{}));
+  const auto is_kind = [kind](auto row) { return decltype(row)::code == kind; };
+  if constexpr (std::is_void_v<Result>) {
+    const auto try_as = [&](auto row) { return is_kind(row) && (use(row), true); };
+    if (!(try_as(First{}) || ... || try_as(Row{}))) throw std::invalid_argument("no row of this kind");
+  } else {
+    std::optional<Result> result;
+    const auto try_as = [&](auto row) { return is_kind(row) && (result.emplace(use(row)), true); };
+    if (!(try_as(First{}) || ... || try_as(Row{}))) throw std::invalid_argument("no row of this kind");
+    return *std::move(result);
   }
 }
 
+namespace detail {
+
+template <class T, class... Row>
+constexpr Kind code_of_element(kinds<Row...>) {
+  static_assert((std::is_same_v<T, typename Row::element> + ...) == 1, "the element of one kind");
+  Kind kind{};
+  ((std::is_same_v<T, typename Row::element> ? void(kind = Row::code) : void()), ...);
+  return kind;
+}
+
+}  // namespace detail
+
+/// The kind of an element type.
+template <class T>
+constexpr Kind kind_of = detail::code_of_element<T>(all_kinds{});
+
+/// Calls `use(T{})` with a zero of the element type of a kind of numbers, for code that is compiled once: a reference,
+/// a generator. Throws std::invalid_argument for any other kind.
+template <class Use>
+auto with_element(Kind kind, Use use) {
+  return with_row(double_first{}, kind, [&](auto row) { return use(typename decltype(row)::element{}); });
+}
+
 /// A test over kinds: `class Sorts : public OverKinds<OrderingTest>`, then
-/// `INSTANTIATE_TEST_SUITE_P(Kinds, Sorts, ::testing::ValuesIn(all_kinds), KindName());`
+/// `INSTANTIATE_TEST_SUITE_P(Kinds, Sorts, ::testing::ValuesIn(numeric_kinds), KindName());`
 template <class Fixture>
 class OverKinds : public Fixture, public ::testing::WithParamInterface<Kind> {
  protected:

@@ -1,4 +1,4 @@
-// support/withholding_host.hpp: a host that gives no table, slot or record where it is told so
+// support/withholding_host.hpp: a host that withholds a table, slot or record on demand
 //
 // The reference host always gives a slot, though it may be a lost one. A program with withholding_host.cpp among its
 // sources puts operations of its own in front of the host's, for itself and for the loaded module.
@@ -11,8 +11,8 @@ namespace arrayfold::test {
 
 enum class Withheld { table, hash, slot_by_number, slot_by_key, record };
 
-/// From the n-th call on, the operation gives nothing: `table` leaves the value of HVM_ForceTable alone, the others are
-/// null. Until the end of this object.
+/// While this lives, the operation gives no value from its n-th call on: with `table`, HVM_ForceTable leaves the value
+/// alone; the others return null.
 class Withholding {
  public:
   explicit Withholding(Withheld what, std::int64_t nth = 1) noexcept;
@@ -20,7 +20,7 @@ class Withholding {
   Withholding(const Withholding&) = delete;
   Withholding& operator=(const Withholding&) = delete;
 
-  /// True when the operation was asked for and gave nothing.
+  /// True when the operation was asked for and gave no value.
   static bool has_come() noexcept;
 };
 

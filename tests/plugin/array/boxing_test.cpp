@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-#include "support/module_test.hpp"
+#include "support/hand_made.hpp"
 
 namespace arrayfold::test {
 namespace {
@@ -17,19 +17,6 @@ class Boxing : public ModuleTest {
     array->array = std::make_shared<xarray_of<typename Kind::element>>(Shape{2});
     return array;
   }
-};
-
-/// An object that no host made: a manager of this name over this content.
-struct HandMade {
-  HandMade(const char* name, void* content) {
-    man.name = name;
-    any.manager = &man;
-    any.content = content;
-  }
-  HandMade(const HandMade&) = delete;
-  const HostAny* object() const { return &any; }
-  AnyMan man{};
-  HostAny any{};
 };
 
 TEST_F(Boxing, BoxArray_MovesTheArrayInAndWritesTheState) {
@@ -54,9 +41,9 @@ TEST_F(Boxing, BoxArray_OfEveryRegisteredKind_TakesItsType) {
 
 TEST_F(Boxing, BoxArray_WhenTheHostHasNoObject_LeavesTheArrayWithTheCaller) {
   auto array = new_array<XTInt>();
-  hvm::refuse_new_objects(true);
+  hvm::withhold_objects(true);
   EXPECT_EQ(box_array<XTInt>(ctx(), array), nullptr);
-  hvm::refuse_new_objects(false);
+  hvm::withhold_objects(false);
   EXPECT_NE(array, nullptr);
 }
 
@@ -90,22 +77,22 @@ TEST_F(Boxing, UnboxArray_WithAnotherCopyOfTheName_MatchesByContent) {
   XTObject<ArrayOf<XTDouble>> content;
   content.array = new_array<XTDouble>();
   std::string copy = "$xdoublearray";
-  const HandMade object(copy.c_str(), &content);
+  const ForeignObject object(copy.c_str(), &content);
   ASSERT_NE(static_cast<const void*>(copy.c_str()), static_cast<const void*>(XTDouble::type_name));
-  EXPECT_EQ(unbox_array<XTDouble>(&object.any), content.array.get());
+  EXPECT_EQ(unbox_array<XTDouble>(object.object()), content.array.get());
 }
 
 TEST_F(Boxing, UnboxArray_OfNamesThatOnlyBeginAlike_IsNull) {
   XTObject<ArrayOf<XTInt>> content;
   content.array = new_array<XTInt>();
   for (const char* name : {"", "$", "$xint", "$xintarra", "$xintarray2", "$xintarray ", "$Xintarray", "xintarray"})
-    EXPECT_EQ(unbox_array<XTInt>(HandMade(name, &content).object()), nullptr) << name;
+    EXPECT_EQ(unbox_array<XTInt>(ForeignObject(name, &content).object()), nullptr) << name;
 }
 
 TEST_F(Boxing, UnboxArray_OfAnObjectWithoutContent_IsNull) {
-  EXPECT_EQ(unbox_array<XTInt>(HandMade("$xintarray", nullptr).object()), nullptr);
+  EXPECT_EQ(unbox_array<XTInt>(ForeignObject("$xintarray", nullptr).object()), nullptr);
   XTObject<ArrayOf<XTInt>> empty;
-  EXPECT_EQ(unbox_array<XTInt>(HandMade("$xintarray", &empty).object()), nullptr);
+  EXPECT_EQ(unbox_array<XTInt>(ForeignObject("$xintarray", &empty).object()), nullptr);
 }
 
 TEST_F(Boxing, UnboxNumeric_HoldsTheKindAtItsPlace) {
@@ -118,12 +105,11 @@ TEST_F(Boxing, UnboxNumeric_HoldsTheKindAtItsPlace) {
   EXPECT_EQ(index_of(array_of<XTDouble>(ctx(), {1}, {1})), 3);
   EXPECT_EQ(index_of(array_of<XTBool>(ctx(), {1}, {true})), -1);
 
-  XTObject<ArrayOf<XTFloat>> floats;
-  floats.array = new_array<XTFloat>();
-  const auto array = unbox_numeric(HandMade("$xfloatarray", &floats).object());
+  const FloatObject floats({2}, {1, 2});
+  const auto array = unbox_numeric(floats.object());
   ASSERT_TRUE(array.has_value());
   EXPECT_EQ(array->index(), 2u);
-  EXPECT_FALSE(unbox_numeric(HandMade("$foreign", &floats).object()).has_value());
+  EXPECT_FALSE(unbox_numeric(ForeignObject("$foreign", floats.object()->content).object()).has_value());
 }
 
 TEST_F(Boxing, ArrayRef_Valueless_ThrowsBadVariantAccess) {

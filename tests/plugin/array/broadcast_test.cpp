@@ -107,7 +107,7 @@ TEST(Broadcast, OfRankNine_VisitsWhatTheRuleSays) {
   EXPECT_EQ(walked(right, left), by_the_rule(right, left));
 }
 
-TEST(Broadcast, WithoutDimensions_StandsStill) {
+TEST(Broadcast, ZeroDimensional_RepeatsItsElement) {
   EXPECT_EQ(walked({}, {}), (Offsets{{0, 0}}));
   EXPECT_EQ(walked({}, {3}), (Offsets{{0, 0}, {0, 1}, {0, 2}}));
   EXPECT_EQ(walked({1, 1}, {}), (Offsets{{0, 0}}));

@@ -2,7 +2,7 @@
 
 #include "array/kind_frames.hpp"
 
-#include "support/module_test.hpp"
+#include "support/hand_made.hpp"
 
 namespace arrayfold::test {
 namespace {
@@ -22,22 +22,11 @@ struct DtypeOf {
 
 class KindFrames : public ModuleTest {
  protected:
-  KindFrames() {
-    floats_.array = std::make_unique<ArrayOf<XTFloat>>();
-    floats_.array->array = std::make_shared<xarray_of<float>>(Shape{1});
-    float_man_.name = "$xfloatarray";
-    float_any_.manager = &float_man_;
-    float_any_.content = &floats_;
-    foreign_man_.name = "$foreign";
-    foreign_any_.manager = &foreign_man_;
-    foreign_any_.content = &floats_;
-  }
-
   /// Every kind of object there is, by the dtype of its array.
   std::vector<std::pair<std::string, const HostAny*>> objects() const {
     const auto any = [](const Value& value) -> const HostAny* { return hvm::object_of(value.record()); };
-    return {{"bool", any(bools_)},  {"int", any(ints_)},       {"int64", any(int64s_)},
-            {"float", &float_any_}, {"double", any(doubles_)}, {"foreign", &foreign_any_}};
+    return {{"bool", any(bools_)},       {"int", any(ints_)},       {"int64", any(int64s_)},
+            {"float", floats_.object()}, {"double", any(doubles_)}, {"foreign", foreign_.object()}};
   }
 
  private:
@@ -45,9 +34,8 @@ class KindFrames : public ModuleTest {
   Value ints_ = array_of<XTInt>(ctx(), {1}, {1});
   Value int64s_ = array_of<XTInt64>(ctx(), {1}, {1});
   Value doubles_ = array_of<XTDouble>(ctx(), {1}, {1});
-  XTObject<ArrayOf<XTFloat>> floats_;
-  AnyMan float_man_{}, foreign_man_{};
-  HostAny float_any_{}, foreign_any_{};
+  FloatObject floats_{{1}, {1}};
+  ForeignObject foreign_{"$foreign", floats_.object()->content};  // its name alone tells it from an array
 };
 
 TEST_F(KindFrames, VisitKind_FindsTheNumericKindsAndNoOther) {

@@ -72,7 +72,7 @@ TEST(MakeArray, GivesTheExtentsStridesAndAlignedStorage) {
   EXPECT_EQ(std::align(32, 8, first, space), array->array->storage().data());
 }
 
-TEST(MakeArray, WithoutDimensions_HasOneElement) {
+TEST(MakeArray, ZeroDimensional_HasOneElement) {
   const auto array = make_array<XTInt>(Shape{});
   EXPECT_EQ(array->array->dimension(), 0u);
   EXPECT_EQ(array->array->storage().size(), 1u);

@@ -19,8 +19,8 @@ class Bincount : public OverKinds<ArrayResultTest> {
     EXPECT_EQ(difference(counts(array), library_bincount(array)), "") << ::testing::PrintToString(array.extents());
   }
 
-  /// The words of the exception that a call ends with.
-  std::string refusal(const Numbers& x) const {
+  /// The message of the exception that a call ends with.
+  std::string message_of(const Numbers& x) const {
     try {
       counts({x.size()}, x);
     } catch (const std::runtime_error& error) {
@@ -67,18 +67,18 @@ TEST_P(Bincount, Required_WithALastExtentOfOne_CountsTheFirstElementEachTime) {
   expect_library(of_kind({2, 3, 1}, {2, 0, 4, 1, 1, 7}));
 }
 
-TEST_P(Bincount, Required_OfANegativeElement_ThrowsWordsThatDenyZero) {
-  const std::string words = "Data argument for bincount can only contain positive integers!";
-  EXPECT_EQ(refusal({-1, 2}), words);
-  EXPECT_EQ(refusal({-largest() - 1, largest()}), words);
+TEST_P(Bincount, Required_OfANegativeElement_ThrowsAMessageThatDeniesZero) {
+  const std::string message = "Data argument for bincount can only contain positive integers!";
+  EXPECT_EQ(message_of({-1, 2}), message);
+  EXPECT_EQ(message_of({-largest() - 1, largest()}), message);
   for (const std::size_t length : {1u, 40u, 300u, 5000u})
     for (const std::size_t place : {std::size_t{0}, length / 2, length - 1}) {
       Numbers x(length, 3);
       x[place] = -7;
-      EXPECT_EQ(refusal(x), words) << place;
+      EXPECT_EQ(message_of(x), message) << place;
     }
-  EXPECT_EQ(refusal({0}), "none");
-  EXPECT_EQ(refusal({0, 1}), "none");
+  EXPECT_EQ(message_of({0}), "none");
+  EXPECT_EQ(message_of({0, 1}), "none");
   // It is seen, too, where only the first element is counted.
   EXPECT_THROW(counts({3, 1}, {2, 3, -1}), std::runtime_error);
 }

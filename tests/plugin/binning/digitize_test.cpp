@@ -30,7 +30,7 @@ class Digitize : public OverPairs<ArrayResultTest> {
         << what << ": " << array.size() << " among " << among.size();
   }
 
-  /// More edges than elements, fewer, and as many, on both sides of the counts at which the module goes another way.
+  /// More edges than elements, fewer, and as many, below and above the counts at which the module goes another way.
   using Draw = std::function<Number()>;
   void expect_library_everywhere(const std::string& what, const Draw& element, const Draw& edge, bool sorted) const {
     for (const std::size_t count : {1u, 2u, 3u, 10u, 100u, 1000u})
@@ -64,7 +64,7 @@ class Digitize : public OverPairs<ArrayResultTest> {
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Kinds, Digitize, ::testing::ValuesIn(pairs_of(real_kinds, all_kinds)), PairName());
+INSTANTIATE_TEST_SUITE_P(Kinds, Digitize, ::testing::ValuesIn(pairs_of(floating_kinds, numeric_kinds)), PairName());
 
 TEST_P(Digitize, AmongAscendingEdges_IsTheLibrarys) {
   expect_library_everywhere("ascending", small(first(), 1), small(second(), 2), true);
@@ -180,18 +180,18 @@ TEST_P(Digitize, EdgesOfMoreDimensions_AreSearchedFlat) {
 
 // ---- Single values
 
-TEST_F(ArrayResultTest, Required_XdigitizeGivesReals_AndAnElementOnAnEdgeGoesRight) {
+TEST_F(ArrayResultTest, Required_XdigitizeGivesDoubles_AndAnElementOnAnEdgeGoesRight) {
   const Value x = array_of<XTDouble>(ctx(), {3}, {0.5, 1.0, 2.5});
   for (const Value& edges : {array_of<XTDouble>(ctx(), {2}, {1, 2}), array_of<XTInt>(ctx(), {2}, {1, 2})})
     EXPECT_EQ(given(call("xdigitize", {x, edges}), Kind::float64), places({3}, {0, 1, 2}));
 }
 
-TEST_F(ArrayResultTest, XdigitizeAmongInt64EdgesBeyondTheReals_TakesThemRounded) {
+TEST_F(ArrayResultTest, XdigitizeAmongInt64EdgesBeyondTheDoubles_TakesThemRounded) {
   const std::int64_t beyond = (std::int64_t{1} << 53) + 1;  // halfway between two doubles, the lower one is even
   const Value x = array_of<XTDouble>(ctx(), {2}, {0x1p53, 0x1p53 + 2});
   EXPECT_EQ(given(call("xdigitize", {x, array_of<XTInt64>(ctx(), {1}, {beyond})}), Kind::float64), places({2}, {1, 1}));
-  const Value least = array_of<XTDouble>(ctx(), {2}, {-0x1p63, 0x1p63});
-  EXPECT_EQ(given(call("xdigitize", {least, array_of<XTInt64>(ctx(), {2}, {INT64_MIN, INT64_MAX})}), Kind::float64),
+  const Value wide = array_of<XTDouble>(ctx(), {2}, {-0x1p63, 0x1p63});
+  EXPECT_EQ(given(call("xdigitize", {wide, array_of<XTInt64>(ctx(), {2}, {INT64_MIN, INT64_MAX})}), Kind::float64),
             places({2}, {1, 2}));
 }
 

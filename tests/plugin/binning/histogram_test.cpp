@@ -9,7 +9,7 @@
 
 #include "binnings.hpp"
 #include "reference.hpp"
-#include "support/reals.hpp"
+#include "support/same.hpp"
 
 namespace arrayfold::test {
 namespace {
@@ -60,7 +60,7 @@ class Histogram : public OverKinds<ArrayResultTest> {
   int out_of_bounds_ = 0;
 };
 
-INSTANTIATE_TEST_SUITE_P(Kinds, Histogram, ::testing::ValuesIn(real_kinds), KindName());
+INSTANTIATE_TEST_SUITE_P(Kinds, Histogram, ::testing::ValuesIn(floating_kinds), KindName());
 
 TEST_P(Histogram, OfRandomElements_FollowsTheRule) {
   for (std::size_t length = 1; length <= 300; ++length)

@@ -15,7 +15,7 @@ namespace {
 
 /// Calls `use(T{})` for the kinds of floating-point numbers.
 template <class Use>
-auto with_real(Kind kind, Use use) {
+auto with_floating(Kind kind, Use use) {
   return kind == Kind::float32 ? use(float{}) : use(double{});
 }
 
@@ -67,18 +67,18 @@ TestArray on_edges(std::mt19937_64& engine, std::size_t bins) {
 }  // namespace
 
 ExpectedHistogram expected_histogram(const TestArray& array, std::size_t bins) {
-  return with_real(array.kind(),
-                   [&](auto zero) { return expected_histogram_of(container_with<decltype(zero)>(array), bins); });
+  return with_floating(array.kind(),
+                       [&](auto zero) { return expected_histogram_of(container_with<decltype(zero)>(array), bins); });
 }
 
 TestArray library_histogram(const TestArray& array, std::size_t bins) {
-  return with_real(array.kind(), [&](auto zero) {
+  return with_floating(array.kind(), [&](auto zero) {
     return array_in<double>(xt::histogram(container_with<decltype(zero)>(array), bins));
   });
 }
 
 TestArray library_edges(const TestArray& array) {
-  return with_real(array.kind(), [&](auto zero) {
+  return with_floating(array.kind(), [&](auto zero) {
     const auto container = container_with<decltype(zero)>(array);
     return array_in<double>(xt::histogram_bin_edges(container, container, 10));
   });
@@ -90,7 +90,7 @@ TestArray library_bincount(const TestArray& array) {
 }
 
 TestArray library_digitize(const TestArray& array, const TestArray& edges) {
-  return with_real(array.kind(), [&](auto zero) {
+  return with_floating(array.kind(), [&](auto zero) {
     const auto elements = container_with<decltype(zero)>(array);
     return with_element(edges.kind(), [&](auto other) {
       return array_in<double>(xt::digitize(elements, container_with<decltype(other)>(edges)));
@@ -99,11 +99,11 @@ TestArray library_digitize(const TestArray& array, const TestArray& edges) {
 }
 
 TestArray elements_on_edges(Kind kind, std::mt19937_64& engine, std::size_t bins) {
-  return with_real(kind, [&](auto zero) { return on_edges<decltype(zero)>(engine, bins); });
+  return with_floating(kind, [&](auto zero) { return on_edges<decltype(zero)>(engine, bins); });
 }
 
 TestArray successors(Kind kind, double first, std::size_t count) {
-  return with_real(kind, [&](auto zero) {
+  return with_floating(kind, [&](auto zero) {
     using T = decltype(zero);
     std::vector<T> x = {static_cast<T>(first)};
     while (x.size() <= count) x.push_back(std::nextafter(x.back(), std::numeric_limits<T>::infinity()));
@@ -112,7 +112,7 @@ TestArray successors(Kind kind, double first, std::size_t count) {
 }
 
 RealLimits limits_of(Kind kind) {
-  return with_real(kind, [](auto zero) -> RealLimits {
+  return with_floating(kind, [](auto zero) -> RealLimits {
     using Limits = std::numeric_limits<decltype(zero)>;
     return {static_cast<double>(Limits::max()), static_cast<double>(Limits::denorm_min())};
   });

@@ -35,7 +35,7 @@ TEST_F(CreationCost, OfASmallArray_IsSixAllocations) {
   EXPECT_EQ(cost("xlogspace", {Value(0), Value(1), Value(10)}), six);
 }
 
-TEST_F(CreationCost, OfARefusal_IsNone) {
+TEST_F(CreationCost, OfAFailure_IsNone) {
   const EntryFunction function = Module::loaded().entry("xzeros");
   std::vector<Value> args = {Value("text")};
   Value result;

@@ -1,8 +1,8 @@
 // create/engine_in_step.hpp: where the module's random engine stands
 //
-// One engine draws for all of a process and nothing tells its position. A test finds it: it draws two numbers and walks
-// an engine of its own, from the algorithm's seed on, to the place that gives the same two. From there the two go in
-// step, in whatever order tests run.
+// One engine draws for all of a process, and no function returns its position. A test finds it: it draws two numbers
+// and walks an engine of its own, from the algorithm's seed on, to the place that gives the same two. From there the
+// two go in step, in whatever order tests run.
 
 #pragma once
 
@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "support/module_test.hpp"
-#include "support/reals.hpp"
+#include "support/same.hpp"
 
 namespace arrayfold::test {
 

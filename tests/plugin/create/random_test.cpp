@@ -47,11 +47,8 @@ class Random : public RandomTest {
       EXPECT_TRUE(same(found[i], expected[i])) << i << " of " << found.size();
   }
 
-  void expect_refused(const char* name, std::vector<Value> args, const Words& operations) const {
-    const Answer answer = call(name, std::move(args));
-    EXPECT_EQ(answer.returned, 0) << name;
-    EXPECT_TRUE(answer.untouched) << name;
-    EXPECT_EQ(answer.operations, operations) << name;
+  void expect_failure_in_step(const char* name, std::vector<Value> args, const Words& operations) const {
+    expect_no_result(call(name, std::move(args)), 0, operations, name);
     expect_in_step(name);
   }
 };
@@ -131,14 +128,14 @@ TEST_F(Random, AnExtent_IsTheIntegerOfAnyNumber) {
   expect_same(elements_of<XTDouble>(answer.result), expected_uniform(6));
 }
 
-TEST_F(Random, WhatIsNoNumber_IsRefusedAtTheFirst_AndNothingDrawn) {
+TEST_F(Random, WhatIsNoNumber_FailsAtTheFirst_AndNothingIsDrawn) {
   for (const char* name : by_extents) {
-    expect_refused(name, {}, {});
-    for (const Value& refused :
+    expect_failure_in_step(name, {}, {});
+    for (const Value& no_number :
          {Value("a"), Value("3"), Value(), Value::table(), Value(u"3"), array_of<XTInt>(ctx(), {1}, {1})}) {
-      expect_refused(name, {refused}, {"NumberCheck 0"});
-      expect_refused(name, {refused, Value(2)}, {"NumberCheck 0"});
-      expect_refused(name, {Value(2), refused, Value(4)}, {"NumberCheck 0", "AsInt 0", "NumberCheck 1"});
+      expect_failure_in_step(name, {no_number}, {"NumberCheck 0"});
+      expect_failure_in_step(name, {no_number, Value(2)}, {"NumberCheck 0"});
+      expect_failure_in_step(name, {Value(2), no_number, Value(4)}, {"NumberCheck 0", "AsInt 0", "NumberCheck 1"});
     }
     const Answer answer = call_with_count(name, {Value(3)}, -1);
     EXPECT_EQ(answer.returned, 0);
@@ -191,9 +188,9 @@ TEST_F(Random, WithoutMemory_NothingIsDrawn) {
 
 TEST_F(Random, WithoutAnObjectOfTheHost_ResultIsNilAndTheNumbersAreDrawn) {
   for (const char* name : by_extents) {
-    hvm::refuse_new_objects(true);
+    hvm::withhold_objects(true);
     const Answer answer = call(name, {Value(3)});
-    hvm::refuse_new_objects(false);
+    hvm::withhold_objects(false);
     EXPECT_EQ(answer.returned, 1);
     EXPECT_EQ(answer.operations, (Words{"NumberCheck 0", "AsInt 0", "NewAny", "SetTypeAny result"}));
     EXPECT_TRUE(answer.result.is_nil());
@@ -216,7 +213,7 @@ TEST_F(Random, Required_Xrandint_IsHandledWithoutResult) {
     EXPECT_EQ(answer.operations, Words{});
     expect_in_step("xrandint");
   }
-  expect_refused("xrandint", {}, {});
+  expect_failure_in_step("xrandint", {}, {});
   EXPECT_EQ(call_with_count("xrandint", {Value(1)}, -1).returned, 0);
 }
 
@@ -281,7 +278,7 @@ class Shuffles : public OverKinds<Random> {
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Kinds, Shuffles, ::testing::ValuesIn(all_kinds), KindName());
+INSTANTIATE_TEST_SUITE_P(Kinds, Shuffles, ::testing::ValuesIn(numeric_kinds), KindName());
 
 TEST_P(Shuffles, OfOneDimension_AreTheLibrarys) {
   for (std::size_t length = 1; length <= 60; ++length) expect_both({length});
@@ -352,15 +349,16 @@ TEST_F(Random, Required_XpermutationMovesTheEngineAlone) {
   expected_uniform(1);
 }
 
-TEST_F(Random, Shuffles_RefuseWhatIsNoObject) {
+TEST_F(Random, Shuffles_OfWhatIsNoObject_Fail) {
   for (const char* name : shuffles) {
-    expect_refused(name, {}, {});
+    expect_failure_in_step(name, {}, {});
     const Answer answer = call_with_count(name, {array_of<XTInt>(ctx(), {2}, {1, 2})}, -1);
     EXPECT_EQ(answer.returned, 0);
     EXPECT_EQ(answer.operations, Words{});
     for (int tag = 0; tag < 256; ++tag)
       if (tag != static_cast<int>(ValueTag::object))
-        expect_refused(name, {raw(static_cast<ValueTag>(tag)), array_of<XTInt>(ctx(), {2}, {1, 2})}, {"AnyCheck 0"});
+        expect_failure_in_step(name, {raw(static_cast<ValueTag>(tag)), array_of<XTInt>(ctx(), {2}, {1, 2})},
+                               {"AnyCheck 0"});
   }
 }
 
@@ -390,10 +388,10 @@ TEST_F(Random, Shuffles_IgnoreFurtherArguments) {
 
 TEST_F(Random, ShufflesOfExtentsBeyondTheStorage_AreOutOfMemory_AndNothingIsDrawn) {
   for (const char* name : shuffles) {
-    Value claims = array_of<XTInt>(ctx(), {6}, {1, 2, 3, 4, 5, 6});
-    ASSERT_EQ(method(claims, "reshape", {Value(-2), Value(-3)}).returned, 1);
-    EXPECT_THROW(call(name, {claims}), std::bad_alloc) << name;
-    EXPECT_EQ(elements_of<XTInt>(claims), (std::vector<std::int32_t>{1, 2, 3, 4, 5, 6}));
+    Value wrong = array_of<XTInt>(ctx(), {6}, {1, 2, 3, 4, 5, 6});
+    ASSERT_EQ(method(wrong, "reshape", {Value(-2), Value(-3)}).returned, 1);
+    EXPECT_THROW(call(name, {wrong}), std::bad_alloc) << name;
+    EXPECT_EQ(elements_of<XTInt>(wrong), (std::vector<std::int32_t>{1, 2, 3, 4, 5, 6}));
     Value none = array_of<XTInt>(ctx(), {0}, {});
     ASSERT_EQ(method(none, "reshape", {Value(65536), Value(65536), Value(65536), Value(65536)}).returned, 1);
     EXPECT_THROW(call(name, {none}), std::bad_alloc) << name;

@@ -59,7 +59,7 @@ const std::vector<Function>& functions() {
   constexpr auto few_places = Closeness::few_places;
   static const std::vector<Function> all = {
       {"xabs", std::abs, std::abs, Integers::kept, same},
-      {"xsign", sign, sign, Integers::refused, same},
+      {"xsign", sign, sign, Integers::no_value, same},
       {"xrad2deg", degrees, degrees, Integers::converted, same},
       {"xdegrees", degrees, degrees, Integers::converted, same},
       {"xdeg2rad", radians, radians, Integers::converted, same},

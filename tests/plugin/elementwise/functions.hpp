@@ -7,7 +7,7 @@
 
 #include "support/hand_made.hpp"
 #include "support/module_test.hpp"
-#include "support/reals.hpp"
+#include "support/same.hpp"
 
 namespace arrayfold::test {
 
@@ -16,8 +16,8 @@ enum class Integers {
   converted,  // to double, then as doubles
   own_width,  // computed as they are, wrapping, then converted
   kept,       // computed as they are, and the result is of their kind
-  known,      // the answer is the same for all
-  refused,    // handled without a result
+  known,      // the result is the same for all
+  no_value,   // the call returns no value
 };
 
 /// How close doubles are to the C library's functions.

@@ -32,7 +32,7 @@ TEST_F(ElementwiseStubs, Required_OfObjectsOfAnyKind_AreHandledWithoutAResult) {
   for (const Stub& stub : elementwise_stubs)
     for (const Value& object : {twos(), twos(Kind::int32), twos(Kind::int64), twos(Kind::boolean), floats.value(),
                                 foreign.value(), Value::object(ctx(), "$xintarray")})
-      expect_nothing(call(stub.name, std::vector<Value>(stub.operands, object)), 1, stub.operations, stub.name);
+      expect_no_result(call(stub.name, std::vector<Value>(stub.operands, object)), 1, stub.operations, stub.name);
 }
 
 TEST_F(ElementwiseStubs, LeaveTheirOperandsAsTheyWere) {
@@ -47,7 +47,7 @@ TEST_F(ElementwiseStubs, LeaveTheirOperandsAsTheyWere) {
 TEST_F(ElementwiseStubs, OfWhatIsNoObject_Fail) {
   for (const Stub& stub : elementwise_stubs)
     for (const Value& other : no_objects())
-      expect_nothing(call(stub.name, std::vector<Value>(stub.operands, other)), 0, {"AnyCheck 0"}, stub.name);
+      expect_no_result(call(stub.name, std::vector<Value>(stub.operands, other)), 0, {"AnyCheck 0"}, stub.name);
 }
 
 }  // namespace

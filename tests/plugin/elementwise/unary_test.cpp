@@ -1,4 +1,4 @@
-// elementwise/unary_test.cpp: kinds, results, refusals and shapes of the 26 functions of one array
+// elementwise/unary_test.cpp: kinds, results, failures and shapes of the 26 functions of one array
 
 #include <cmath>
 #include <limits>
@@ -9,7 +9,6 @@ namespace arrayfold::test {
 namespace {
 
 using Extents = std::vector<std::int64_t>;
-using Words = std::vector<std::string>;
 
 constexpr auto smallest = std::numeric_limits<std::int32_t>::min();
 constexpr auto smallest64 = std::numeric_limits<std::int64_t>::min();
@@ -22,11 +21,6 @@ class Unary : public ModuleTest {
     EXPECT_EQ(answer.returned, 1) << name;
     EXPECT_EQ(type_of(answer.result), "$xdoublearray") << name;
     return elements_of<XTDouble>(answer.result);
-  }
-
-  void expect_nothing(const Answer& answer, int returned, const std::string& what) const {
-    EXPECT_EQ(answer.returned, returned) << what;
-    EXPECT_TRUE(answer.untouched) << what;
   }
 
   /// An integer operand of `Kind` gives what converting, wrapping, keeping or knowing gives.
@@ -47,7 +41,8 @@ template <class Kind>
 void Unary::expect_integers(const Function& function, const std::vector<typename Kind::element>& elements) const {
   using Unsigned = std::make_unsigned_t<typename Kind::element>;
   const Value operand = array_of<Kind>(ctx(), {elements.size()}, elements);
-  if (function.integers == Integers::refused) return expect_nothing(call(function.name, {operand}), 1, function.name);
+  if (function.integers == Integers::no_value)
+    return expect_no_result(call(function.name, {operand}), 1, function.name);
   if (function.integers == Integers::kept) {
     const Answer answer = call(function.name, {operand});
     EXPECT_EQ(type_of(answer.result), Kind::type_name);
@@ -137,8 +132,8 @@ TEST_F(Unary, Required_XabsOfTheSmallestInteger_IsItself) {
 }
 
 TEST_F(Unary, Required_XsignOfIntegers_IsHandledWithoutResult) {
-  expect_nothing(call("xsign", {array_of<XTInt>(ctx(), {2}, {1, -1})}), 1, "int");
-  expect_nothing(call("xsign", {array_of<XTInt64>(ctx(), {2}, {1, -1})}), 1, "int64");
+  expect_no_result(call("xsign", {array_of<XTInt>(ctx(), {2}, {1, -1})}), 1, "int");
+  expect_no_result(call("xsign", {array_of<XTInt64>(ctx(), {2}, {1, -1})}), 1, "int64");
 }
 
 TEST_F(Unary, Required_Classifiers_ReadNoInteger) {
@@ -152,12 +147,12 @@ TEST_F(Unary, Required_Classifiers_ReadNoInteger) {
 
 TEST_F(Unary, Required_Bools_AreHandledWithoutResult) {
   for (const auto& function : functions())
-    expect_nothing(call(function.name, {array_of<XTBool>(ctx(), {2}, {true, false})}), 1, function.name);
+    expect_no_result(call(function.name, {array_of<XTBool>(ctx(), {2}, {true, false})}), 1, function.name);
 }
 
 TEST_F(Unary, Required_ForeignObjects_AreHandledWithoutResult) {
   ForeignObject foreign;
-  for (const auto& function : functions()) expect_nothing(call(function.name, {foreign.value()}), 1, function.name);
+  for (const auto& function : functions()) expect_no_result(call(function.name, {foreign.value()}), 1, function.name);
 }
 
 TEST_F(Unary, Required_Floats_AreComputedIn32BitsAndGiveDoubles) {
@@ -166,7 +161,7 @@ TEST_F(Unary, Required_Floats_AreComputedIn32BitsAndGiveDoubles) {
   for (int i = 0; i < 50; ++i) floats.push_back(static_cast<float>(i) * 0.37f - 9);
   FloatObject operand({2, floats.size() / 2}, floats);
   for (const auto& function : functions()) {
-    if (function.integers == Integers::kept || function.integers == Integers::refused) continue;
+    if (function.integers == Integers::kept || function.integers == Integers::no_value) continue;
     const auto values = doubles(function.name, operand.value());
     ASSERT_EQ(values.size(), floats.size());
     for (std::size_t i = 0; i < floats.size(); ++i)
@@ -198,23 +193,23 @@ TEST_F(Unary, Required_XabsAndXsignOfFloats_TellTheHostOfNullWhereItKnowsNoSuchN
   }
 }
 
-// ---- Refusals, and what the host is asked
+// ---- Failures, and what the host is asked
 
-TEST_F(Unary, WithoutArguments_AllAreDeclined) {
+TEST_F(Unary, WithoutArguments_AllFail) {
   for (const auto& function : functions())
     for (const int nargs : {0, -1}) {
       const Answer answer = call_with_count(function.name, {counted({2})}, nargs);
-      expect_nothing(answer, 0, function.name);
+      expect_no_result(answer, 0, function.name);
       EXPECT_EQ(answer.operations, Words{});
     }
 }
 
-TEST_F(Unary, OfValuesOfEveryOtherTag_AllAreDeclined) {
+TEST_F(Unary, OfValuesOfEveryOtherTag_AllFail) {
   for (const auto& function : functions())
     for (int tag = 0; tag < 256; ++tag) {
       if (tag == static_cast<int>(ValueTag::object)) continue;
       const Answer answer = call(function.name, {raw(static_cast<ValueTag>(tag))});
-      expect_nothing(answer, 0, function.name + std::string(" of tag ") + std::to_string(tag));
+      expect_no_result(answer, 0, function.name + std::string(" of tag ") + std::to_string(tag));
       EXPECT_EQ(answer.operations, Words{"AnyCheck 0"});
     }
 }
@@ -231,7 +226,7 @@ TEST_F(Unary, HostOperations_StandInOrderForEveryKind) {
   const Words given = {"AnyCheck 0", "GetAny 0", "NewAny", "SetTypeAny result"};
   const Words unserved = {"AnyCheck 0", "GetAny 0"};
   for (const auto& function : functions()) {
-    const bool integers = function.integers != Integers::refused;
+    const bool integers = function.integers != Integers::no_value;
     EXPECT_EQ(call(function.name, {counted({3})}).operations, given) << function.name;
     EXPECT_EQ(call(function.name, {array_of<XTInt>(ctx(), {1}, {1})}).operations, integers ? given : unserved);
     EXPECT_EQ(call(function.name, {array_of<XTInt64>(ctx(), {1}, {1})}).operations, integers ? given : unserved);
@@ -239,12 +234,12 @@ TEST_F(Unary, HostOperations_StandInOrderForEveryKind) {
   }
 }
 
-TEST_F(Unary, WhenTheHostHasNoObject_ItIsToldOfNullAndNothingLeaks) {
+TEST_F(Unary, WhenTheHostHasNoObject_ItGetsNullAndNothingLeaks) {
   const Value operand = counted({5});
   for (const auto& function : functions()) {
-    hvm::refuse_new_objects(true);
+    hvm::withhold_objects(true);
     const Answer answer = call(function.name, {operand});
-    hvm::refuse_new_objects(false);
+    hvm::withhold_objects(false);
     EXPECT_EQ(answer.returned, 1) << function.name;
     EXPECT_EQ(answer.operations, (Words{"AnyCheck 0", "GetAny 0", "NewAny", "SetTypeAny result"})) << function.name;
     EXPECT_EQ(type_of(answer.result), "") << function.name;
@@ -300,9 +295,9 @@ TEST_F(Unary, EveryShape_IsTheResults) {
 
 TEST_F(Unary, ExtentsBeyondTheStorage_AreOutOfMemory) {
   for (const auto& function : functions()) {
-    Value claims = counted({6});
-    ASSERT_EQ(method(claims, "reshape", {Value(-2), Value(-3)}).returned, 1);
-    EXPECT_THROW(call(function.name, {claims}), std::bad_alloc) << function.name;
+    Value wrong = counted({6});
+    ASSERT_EQ(method(wrong, "reshape", {Value(-2), Value(-3)}).returned, 1);
+    EXPECT_THROW(call(function.name, {wrong}), std::bad_alloc) << function.name;
   }
 }
 

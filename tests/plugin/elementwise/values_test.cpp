@@ -22,7 +22,7 @@ class Values : public ModuleTest {
     return elements_of<XTDouble>(call(name, {array_of<XTDouble>(ctx(), extents, elements)}).result);
   }
 
-  /// The element alone in an array without dimensions.
+  /// The element alone in a zero-dimensional array.
   double alone(const char* name, double x) const { return map(name, {}, {x})[0]; }
 
   /// `x` at each place of arrays of each length up to 40, among `others`: the same bits everywhere.

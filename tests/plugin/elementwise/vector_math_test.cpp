@@ -1,4 +1,4 @@
-// elementwise/vector_math_test.cpp: the vector functions on four lanes, which processors without wider ones take
+// elementwise/vector_math_test.cpp: the vector functions for AVX2, which processors without AVX-512 take
 //
 // Compiled into this program with the wide ones left out, so that every machine tests them.
 
@@ -48,7 +48,7 @@ std::vector<double> drawn_and_special(std::size_t count) {
   return elements;
 }
 
-TEST(VectorMath, OnFourLanes_SpecialValuesAreThoseOfTheCLibrary) {
+TEST(VectorMath, OnAvx2_SpecialValuesAreThoseOfTheCLibrary) {
   for (const auto& [name, vectors] : all)
     for (const double x : special_values()) {
       const double value = alone(vectors, x), wanted = expected(name, x);
@@ -59,7 +59,7 @@ TEST(VectorMath, OnFourLanes_SpecialValuesAreThoseOfTheCLibrary) {
     }
 }
 
-TEST(VectorMath, OnFourLanes_EveryPlaceGivesTheSameBits) {
+TEST(VectorMath, OnAvx2_EveryPlaceGivesTheSameBits) {
   const auto elements = drawn_and_special(600);
   for (const auto& [name, vectors] : all)
     for (std::size_t length = 1; length <= longest; ++length)
@@ -72,7 +72,7 @@ TEST(VectorMath, OnFourLanes_EveryPlaceGivesTheSameBits) {
       }
 }
 
-TEST(VectorMath, OnFourLanes_InPlaceGivesTheSame) {
+TEST(VectorMath, OnAvx2_InPlaceGivesTheSame) {
   const auto elements = drawn_and_special(501);
   for (const auto& [name, vectors] : all)
     for (const std::size_t count : {std::size_t{0}, std::size_t{3}, elements.size()}) {
@@ -83,7 +83,7 @@ TEST(VectorMath, OnFourLanes_InPlaceGivesTheSame) {
     }
 }
 
-TEST(VectorMath, OnFourLanes_NothingBehindTheEndIsWritten) {
+TEST(VectorMath, OnAvx2_NothingBehindTheEndIsWritten) {
   for (const auto& [name, vectors] : all)
     for (std::size_t length = 0; length <= longest; ++length) {
       const std::vector<double> elements(length, 0.5);

@@ -1,4 +1,4 @@
-// kernels/conversion_test.cpp: floating-point numbers to integers, at every limit
+// kernels/conversion_test.cpp: floating-point numbers to integers, at every edge
 
 #include "kernels/conversion.hpp"
 

@@ -80,7 +80,7 @@ std::string AlgebraTest::ending(const std::string& name, const std::vector<Value
   }
 }
 
-Value AlgebraTest::claiming(int first, int second) {
+Value AlgebraTest::with_wrong_shape(int first, int second) {
   Value six = doubles({6}, {1, 2, 3, 4, 5, 6});
   EXPECT_EQ(method(six, "reshape", {Value(first), Value(second)}).returned, 1);
   return six;
@@ -99,36 +99,36 @@ TestArray drawn(Kind kind, const Extents& extents, unsigned seed) {
   return TestArray(kind, extents, numbers);
 }
 
-Reals random_reals(std::size_t count, unsigned seed) {
+Doubles random_doubles(std::size_t count, unsigned seed) {
   std::mt19937_64 engine(seed);
   std::normal_distribution<double> normal;
-  Reals drawn(count);
+  Doubles drawn(count);
   for (double& x : drawn) x = normal(engine);
   return drawn;
 }
 
-Reals multiplied(const Reals& a, const Reals& b, std::size_t rows, std::size_t inner, std::size_t columns) {
-  Reals product(rows * columns);
+Doubles multiplied(const Doubles& a, const Doubles& b, std::size_t rows, std::size_t inner, std::size_t columns) {
+  Doubles product(rows * columns);
   for (std::size_t i = 0; i < rows; ++i)
     for (std::size_t k = 0; k < inner; ++k)
       for (std::size_t j = 0; j < columns; ++j) product[i * columns + j] += a[i * inner + k] * b[k * columns + j];
   return product;
 }
 
-Reals transposed(const Reals& a, std::size_t rows, std::size_t columns) {
-  Reals turned(a.size());
+Doubles transposed(const Doubles& a, std::size_t rows, std::size_t columns) {
+  Doubles turned(a.size());
   for (std::size_t i = 0; i < rows; ++i)
     for (std::size_t j = 0; j < columns; ++j) turned[j * rows + i] = a[i * columns + j];
   return turned;
 }
 
-Reals identity(std::size_t n) {
-  Reals ones(n * n);
+Doubles identity(std::size_t n) {
+  Doubles ones(n * n);
   for (std::size_t i = 0; i < n; ++i) ones[i * (n + 1)] = 1;
   return ones;
 }
 
-double distance(const Reals& a, const Reals& b) {
+double distance(const Doubles& a, const Doubles& b) {
   if (a.size() != b.size()) return infinity;
   double largest = 0;
   for (std::size_t i = 0; i < a.size(); ++i) {
@@ -138,19 +138,19 @@ double distance(const Reals& a, const Reals& b) {
   return largest;
 }
 
-Reals positive_definite(std::size_t n, unsigned seed) {
-  const Reals a = random_reals(n * n, seed);
-  Reals product = multiplied(a, transposed(a, n, n), n, n, n);
+Doubles positive_definite(std::size_t n, unsigned seed) {
+  const Doubles a = random_doubles(n * n, seed);
+  Doubles product = multiplied(a, transposed(a, n, n), n, n, n);
   for (std::size_t i = 0; i < n; ++i) product[i * (n + 1)] += 1;
   return product;
 }
 
-Reals with_nonsense_above(Reals a, std::size_t n) {
+Doubles with_nonsense_above(Doubles a, std::size_t n) {
   for (std::size_t i = 0; i < n; ++i)
     for (std::size_t j = i + 1; j < n; ++j) a[i * n + j] = i + j == n - 1 ? not_a_number : 1e300 * (i + 1.0);
   return a;
 }
 
-Reals rounded(Kind kind, const Reals& numbers) { return TestArray(kind, {numbers.size()}, numbers).as_doubles(); }
+Doubles rounded(Kind kind, const Doubles& numbers) { return TestArray(kind, {numbers.size()}, numbers).as_doubles(); }
 
 }  // namespace arrayfold::test

@@ -17,24 +17,24 @@
 #include "plugin/linalg/names.hpp"
 #include "support/hand_made.hpp"
 #include "support/module_test.hpp"
-#include "support/reals.hpp"
+#include "support/same.hpp"
 
 namespace arrayfold::test {
 
-using Reals = std::vector<double>;
+using Doubles = std::vector<double>;
 
 inline constexpr double not_a_number = std::numeric_limits<double>::quiet_NaN();
 inline constexpr double infinity = std::numeric_limits<double>::infinity();
 
-inline constexpr char square_words[] = "runtime_error: Last 2 dimensions of the array must be square.";
-inline constexpr char shape_words[] =
+inline constexpr char square_message[] = "runtime_error: Last 2 dimensions of the array must be square.";
+inline constexpr char shape_message[] =
     "broadcast_error: Incompatible dimension of arrays, compile in DEBUG for more info";
-inline constexpr char unsolved_words[] = "runtime_error: The solution could not be computed";
+inline constexpr char unsolved_message[] = "runtime_error: The solution could not be computed";
 
 /// A result that holds doubles, as all do of floating-point operands. The kind is that of its name.
 struct Contents {
   Extents extents;
-  Reals elements;
+  Doubles elements;
 
   /// To the bit, but for NaN.
   friend bool operator==(const Contents& a, const Contents& b) {
@@ -75,17 +75,12 @@ class AlgebraTest : public ModuleTest {
   std::vector<Value> table(const std::string& name, const std::vector<Value>& args) const;
   static std::vector<Value> values_of(const Value& result);
 
-  static void expect_nothing(const Answer& answer, int returned, const std::string& what) {
-    EXPECT_EQ(answer.returned, returned) << what;
-    EXPECT_TRUE(answer.untouched) << what;
-  }
-
-  /// How a call ends: "0", "1", or the exception with its words. That the result record is as it was after an exception
-  /// is looked at by `call`.
+  /// How a call ends: "0", "1", or the exception with its message. `call` asserts that an exception leaves the result
+  /// record as it was.
   std::string ending(const std::string& name, const std::vector<Value>& args) const;
 
-  /// Extents whose product is not the number of the six elements.
-  Value claiming(int first, int second);
+  /// Six elements under a shape whose product is not six.
+  Value with_wrong_shape(int first, int second);
 
  private:
   FloatNameRegistered registered_;
@@ -97,18 +92,18 @@ class AlgebraTest : public ModuleTest {
 /// Elements that give sums of every rounding; integers small enough for the sums of any kind.
 TestArray drawn(Kind kind, const Extents& extents, unsigned seed);
 
-Reals random_reals(std::size_t count, unsigned seed);
+Doubles random_doubles(std::size_t count, unsigned seed);
 /// The product of a matrix of `rows` rows and one of `inner` rows.
-Reals multiplied(const Reals& a, const Reals& b, std::size_t rows, std::size_t inner, std::size_t columns);
-Reals transposed(const Reals& a, std::size_t rows, std::size_t columns);
-Reals identity(std::size_t n);
+Doubles multiplied(const Doubles& a, const Doubles& b, std::size_t rows, std::size_t inner, std::size_t columns);
+Doubles transposed(const Doubles& a, std::size_t rows, std::size_t columns);
+Doubles identity(std::size_t n);
 /// The largest distance of two elements; infinite where the sizes differ or one is NaN.
-double distance(const Reals& a, const Reals& b);
+double distance(const Doubles& a, const Doubles& b);
 /// A symmetric matrix whose eigenvalues lie above 0.
-Reals positive_definite(std::size_t n, unsigned seed);
+Doubles positive_definite(std::size_t n, unsigned seed);
 /// Nonsense above the diagonal.
-Reals with_nonsense_above(Reals a, std::size_t n);
+Doubles with_nonsense_above(Doubles a, std::size_t n);
 /// The numbers as the kind has them.
-Reals rounded(Kind kind, const Reals& numbers);
+Doubles rounded(Kind kind, const Doubles& numbers);
 
 }  // namespace arrayfold::test

@@ -7,7 +7,7 @@ namespace {
 
 class Factorisations : public OverKinds<AlgebraTest> {
  protected:
-  Value of(const Extents& extents, const Reals& numbers) { return made(kind(), extents, numbers); }
+  Value of(const Extents& extents, const Doubles& numbers) { return made(kind(), extents, numbers); }
   std::vector<Contents> arrays(const std::string& name, const Value& operand) {
     std::vector<Contents> found;
     for (const Value& value : table(name, {operand})) found.push_back(contents_of(value, kind()));
@@ -18,7 +18,7 @@ class Factorisations : public OverKinds<AlgebraTest> {
     return 8 * static_cast<double>(n + 1) * rounding_of(kind()) * size;
   }
 };
-INSTANTIATE_TEST_SUITE_P(Kinds, Factorisations, ::testing::ValuesIn(real_kinds), KindName());
+INSTANTIATE_TEST_SUITE_P(Kinds, Factorisations, ::testing::ValuesIn(floating_kinds), KindName());
 
 constexpr std::pair<std::size_t, std::size_t> sizes[] = {{1, 1}, {1, 4},  {4, 1},  {2, 3},  {3, 2},
                                                          {5, 5}, {17, 9}, {9, 17}, {40, 33}};
@@ -33,19 +33,19 @@ TEST_P(Factorisations, XcholeskyGivesTheLowerFactor) {
 
 TEST_P(Factorisations, XcholeskyTimesItsTranspose_IsTheMatrix) {
   for (const std::size_t n : {1u, 2u, 3u, 8u, 33u, 100u}) {
-    const Reals a = rounded(kind(), positive_definite(n, 5));
+    const Doubles a = rounded(kind(), positive_definite(n, 5));
     const auto factor = doubles_of(kind(), "xcholesky", {of({n, n}, a)});
     EXPECT_EQ(factor.extents, (Extents{n, n}));
     for (std::size_t i = 0; i < n; ++i)
       for (std::size_t j = i + 1; j < n; ++j) EXPECT_TRUE(same(factor.elements[i * n + j], 0.0));
-    const Reals product = multiplied(factor.elements, transposed(factor.elements, n, n), n, n, n);
+    const Doubles product = multiplied(factor.elements, transposed(factor.elements, n, n), n, n, n);
     EXPECT_LE(distance(product, a), tolerance(n, 4.0 * static_cast<double>(n))) << n;
   }
 }
 
 TEST_P(Factorisations, XcholeskyReadsTheLowerTriangleAlone) {
   for (const std::size_t n : {2u, 3u, 20u, 70u}) {
-    const Reals a = positive_definite(n, 6);
+    const Doubles a = positive_definite(n, 6);
     EXPECT_EQ(doubles_of(kind(), "xcholesky", {of({n, n}, with_nonsense_above(a, n))}),
               doubles_of(kind(), "xcholesky", {of({n, n}, a)}));
   }
@@ -60,7 +60,7 @@ TEST_P(Factorisations, XcholeskyOfNothing_IsNothing) {
 TEST_P(Factorisations, XqrIsTheReducedForm) {
   for (const auto& [rows, columns] : sizes) {
     const std::size_t k = std::min(rows, columns);
-    const Reals a = rounded(kind(), random_reals(rows * columns, 7));
+    const Doubles a = rounded(kind(), random_doubles(rows * columns, 7));
     const auto found = arrays("xqr", of({rows, columns}, a));
     ASSERT_EQ(found.size(), 2u);
     const auto &q = found[0], &r = found[1];
@@ -88,7 +88,7 @@ TEST_P(Factorisations, XqrWithoutElements_KeepsItsShapes) {
 TEST_P(Factorisations, Required_XsvdGivesFullMatrices) {
   for (const auto& [rows, columns] : sizes) {
     const std::size_t k = std::min(rows, columns);
-    const Reals a = rounded(kind(), random_reals(rows * columns, 8));
+    const Doubles a = rounded(kind(), random_doubles(rows * columns, 8));
     const auto found = arrays("xsvd", of({rows, columns}, a));
     ASSERT_EQ(found.size(), 3u);
     const auto &u = found[0], &s = found[1], &vt = found[2];
@@ -97,9 +97,9 @@ TEST_P(Factorisations, Required_XsvdGivesFullMatrices) {
     EXPECT_EQ(vt.extents, (Extents{columns, columns}));
     EXPECT_TRUE(std::is_sorted(s.elements.rbegin(), s.elements.rend()));
     EXPECT_GE(s.elements.back(), 0);
-    Reals diagonal(rows * columns);
+    Doubles diagonal(rows * columns);
     for (std::size_t i = 0; i < k; ++i) diagonal[i * columns + i] = s.elements[i];
-    const Reals us = multiplied(u.elements, diagonal, rows, rows, columns);
+    const Doubles us = multiplied(u.elements, diagonal, rows, rows, columns);
     EXPECT_LE(distance(multiplied(us, vt.elements, rows, columns, columns), a), tolerance(k, 12)) << rows;
     EXPECT_LE(distance(multiplied(transposed(u.elements, rows, rows), u.elements, rows, rows, rows), identity(rows)),
               tolerance(rows, 1));
@@ -128,12 +128,12 @@ TEST_P(Factorisations, XsvdOfNaNOrInfinities_IsNaNThroughout) {
   for (const double bad : {not_a_number, infinity, -infinity})
     for (const auto& [rows, columns] : sizes)
       for (const std::size_t place : {std::size_t{0}, rows * columns - 1}) {
-        Reals a = random_reals(rows * columns, 9);
+        Doubles a = random_doubles(rows * columns, 9);
         a[place] = bad;
         const auto found = arrays("xsvd", of({rows, columns}, a));
         ASSERT_EQ(found.size(), 3u);
         const auto nans = [](const Extents& extents) {
-          return Contents{extents, Reals(size_of(extents), not_a_number)};
+          return Contents{extents, Doubles(size_of(extents), not_a_number)};
         };
         EXPECT_EQ(found[0], nans({rows, rows}));
         EXPECT_EQ(found[1], nans({std::min(rows, columns)}));

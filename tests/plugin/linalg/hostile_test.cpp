@@ -1,5 +1,5 @@
-// linalg/hostile_test.cpp: operands of every shape and value: each call comes back soon, regularly or with known words,
-// and nothing is written to standard output
+// linalg/hostile_test.cpp: operands of every shape and value: each call returns soon, regularly or with a known
+// message, and writes nothing to standard output
 
 #include <unistd.h>
 
@@ -16,9 +16,9 @@ const Names all_functions = functions_of("linalg");
 constexpr const char* known_endings[] = {
     "0",
     "1",
-    shape_words,
-    square_words,
-    unsolved_words,
+    shape_message,
+    square_message,
+    unsolved_message,
     "runtime_error: Dot: shape mismatch.",
     "runtime_error: Cholesky decomposition failed.",
     "runtime_error: SVD decomposition failed.",
@@ -105,7 +105,7 @@ std::vector<Extents> shapes() {
 TEST_F(Hostile, EveryShapeAlone_OfEveryKind_EndsAsKnown) {
   for (const Extents& extents : shapes()) {
     const std::size_t size = size_of(extents);
-    const Reals numbers = random_reals(size, 1);
+    const Doubles numbers = random_doubles(size, 1);
     try_alone(doubles(extents, numbers));
     try_alone(floats(extents, numbers));
     try_alone(ints(extents, Numbers(size, 3)));
@@ -117,8 +117,8 @@ TEST_F(Hostile, EveryPairOfShapes_EndsAsKnown) {
   for (const Extents& left : shapes())
     for (const Extents& right : shapes()) {
       // Two arrays of 2^9 elements are enough for any product.
-      const Value a = doubles(left, random_reals(size_of(left), 1)),
-                  b = doubles(right, random_reals(size_of(right), 2));
+      const Value a = doubles(left, random_doubles(size_of(left), 1)),
+                  b = doubles(right, random_doubles(size_of(right), 2));
       for (const std::string& name : of_two) tried(name, {a, b});
     }
 }
@@ -127,7 +127,7 @@ TEST_F(Hostile, EveryPairOfShapes_OfFloatsAndIntegers_EndsAsKnown) {
   for (const Extents& left : shapes())
     for (const Extents& right : shapes()) {
       if (left.size() > 4 || right.size() > 4) continue;
-      const Reals numbers = random_reals(size_of(left), 1), others = random_reals(size_of(right), 2);
+      const Doubles numbers = random_doubles(size_of(left), 1), others = random_doubles(size_of(right), 2);
       const Value a = floats(left, numbers), b = floats(right, others);
       const Value whole = ints(right, Numbers(others.size(), 2));
       for (const std::string& name : of_two) {
@@ -138,7 +138,7 @@ TEST_F(Hostile, EveryPairOfShapes_OfFloatsAndIntegers_EndsAsKnown) {
     }
 }
 
-TEST_F(Hostile, XvdotOfStridesThatWouldWrap_IsRefused) {
+TEST_F(Hostile, XvdotOfStridesThatWouldWrap_Fails) {
   // 6 * 7870742 * 409891 * 7623851 is 4 in 64 bits.
   Value four = doubles({4}, {1, 2, 3, 4});
   ASSERT_EQ(method(four, "reshape", {Value(6), Value(7870742), Value(409891), Value(7623851)}).returned, 1);
@@ -160,11 +160,11 @@ TEST_F(Hostile, MatricesOfMoreRowsThanLapackCounts_WithoutElements_EndAsKnown) {
   EXPECT_EQ(shape(solution), (std::vector<std::int64_t>{4294967294, 0}));
 }
 
-/// Matrices that LAPACK may not come back from.
-std::vector<Reals> bad_matrices(std::size_t n) {
-  const Reals random = random_reals(n * n, 3);
-  std::vector<Reals> made = {Reals(n * n, 0), Reals(n * n, 1), Reals(n * n, not_a_number), Reals(n * n, infinity),
-                             Reals(n * n, -infinity)};
+/// Matrices that LAPACK handles badly.
+std::vector<Doubles> bad_matrices(std::size_t n) {
+  const Doubles random = random_doubles(n * n, 3);
+  std::vector<Doubles> made = {Doubles(n * n, 0), Doubles(n * n, 1), Doubles(n * n, not_a_number),
+                               Doubles(n * n, infinity), Doubles(n * n, -infinity)};
   for (const double value : {not_a_number, infinity, -infinity, 1e300, -1e300, 1e-300, 5e-324, 0.0})
     for (const std::size_t place : {std::size_t{0}, n * n / 2, n * n - 1}) {
       made.push_back(random);
@@ -176,7 +176,7 @@ std::vector<Reals> bad_matrices(std::size_t n) {
     made.push_back(random);
     for (double& x : made.back()) x *= scale;
   }
-  Reals mixed = random, half = random, nilpotent(n * n);
+  Doubles mixed = random, half = random, nilpotent(n * n);
   for (std::size_t i = 0; i < n * n; ++i) mixed[i] *= i % 2 == 0 ? 1e300 : 1e-300;
   for (std::size_t i = 0; i < n * n; i += 2) half[i] = i % 4 == 0 ? infinity : not_a_number;
   for (std::size_t i = 0; i + 1 < n; ++i) nilpotent[i * n + i + 1] = 1;
@@ -186,11 +186,11 @@ std::vector<Reals> bad_matrices(std::size_t n) {
 
 TEST_F(Hostile, BadMatrices_EndAsKnown) {
   for (const std::size_t n : {1u, 2u, 3u, 4u, 10u, 33u})
-    for (const Reals& elements : bad_matrices(n)) {
+    for (const Doubles& elements : bad_matrices(n)) {
       const Value matrix = doubles({n, n}, elements);
       try_alone(matrix);
       try_alone(floats({n, n}, elements));
-      const Value good = doubles({n, n}, positive_definite(n, 4)), row = doubles({n}, Reals(n, 1));
+      const Value good = doubles({n, n}, positive_definite(n, 4)), row = doubles({n}, Doubles(n, 1));
       for (const std::string& name : of_two)
         for (const Value& other : {good, row}) {
           tried(name, {matrix, other});
@@ -202,13 +202,13 @@ TEST_F(Hostile, BadMatrices_EndAsKnown) {
 TEST_F(Hostile, BadMatricesThatAreNotSquare_EndAsKnown) {
   for (const auto& [rows, columns] : {std::pair<std::size_t, std::size_t>{3, 5}, {5, 3}, {1, 6}, {6, 1}, {40, 7}}) {
     const std::size_t size = rows * columns, n = std::max(rows, columns);
-    for (Reals elements : bad_matrices(n)) {
+    for (Doubles elements : bad_matrices(n)) {
       elements.resize(size);
       const Value matrix = doubles({rows, columns}, elements);
       for (const std::string& name : of_any_matrix) tried(name, {matrix});
       tried("xnorm", {matrix});
       tried("xlstsq", {matrix, ones({rows})});
-      tried("xlstsq", {doubles({rows, columns}, random_reals(size, 5)), matrix});
+      tried("xlstsq", {doubles({rows, columns}, random_doubles(size, 5)), matrix});
       tried("xlstsq", {floats({rows, columns}, elements), matrix});
     }
   }
@@ -218,7 +218,7 @@ TEST_F(Hostile, LargeMatricesOfInfinitiesAndNaN_EndAsKnown) {
   const std::size_t n = 150;
   for (const double bad : {infinity, not_a_number})
     for (const bool throughout : {false, true}) {
-      Reals elements = throughout ? Reals(n * n, bad) : positive_definite(n, 6);
+      Doubles elements = throughout ? Doubles(n * n, bad) : positive_definite(n, 6);
       elements[n] = bad;
       const Value matrix = doubles({n, n}, elements), in_32_bits = floats({n, n}, elements);
       for (const std::string& name : all_functions) {
@@ -231,11 +231,11 @@ TEST_F(Hostile, LargeMatricesOfInfinitiesAndNaN_EndAsKnown) {
 
 TEST_F(Hostile, ExtentsBeyondTheStorage_EndAsKnown) {
   int out_of_memory = 0;
-  const std::pair<int, int> claims[] = {{-2, -3}, {-1, -6}, {-6, -1}};
-  for (const auto& [first, second] : claims) {
-    const Value claimed = claiming(first, second), row = ones({2});
+  const std::pair<int, int> extents[] = {{-2, -3}, {-1, -6}, {-6, -1}};
+  for (const auto& [first, second] : extents) {
+    const Value wrong = with_wrong_shape(first, second), row = ones({2});
     for (const std::string& name : all_functions)
-      for (const std::vector<Value>& args : {std::vector<Value>{claimed, claimed}, {claimed, row}, {row, claimed}})
+      for (const std::vector<Value>& args : {std::vector<Value>{wrong, wrong}, {wrong, row}, {row, wrong}})
         out_of_memory += tried(name, args, MayEnd::without_memory) == "bad_alloc";
   }
   EXPECT_GT(out_of_memory, 30);

@@ -49,7 +49,7 @@ class LibraryMatrices : public OverKinds<AlgebraTest> {
   }
   static TestArray plain(const TestArray& array) { return array.with_one_nan(); }
 };
-INSTANTIATE_TEST_SUITE_P(Kinds, LibraryMatrices, ::testing::ValuesIn(real_kinds), KindName());
+INSTANTIATE_TEST_SUITE_P(Kinds, LibraryMatrices, ::testing::ValuesIn(floating_kinds), KindName());
 
 TEST_P(LibraryMatrices, Factors_AreTheLibrarys) {
   for_matrices([&](const TestArray& matrix) {
@@ -66,15 +66,15 @@ TEST_P(LibraryMatrices, OfARowOrColumnBeyondWholeSquares_AreTheLibrarys) {
       for (const char* name : {"xqr", "xsvd"}) expect_table(name, matrix);
       expect_array("xpinv", matrix);
       expect_array("xmatrix_rank", matrix);
-      const TestArray sides = drawn(kind(), {extents[0], 17}, 14);
-      expect_table("xlstsq", {made(matrix), made(sides)}, library_parts("xlstsq", matrix, sides));
+      const TestArray rhs = drawn(kind(), {extents[0], 17}, 14);
+      expect_table("xlstsq", {made(matrix), made(rhs)}, library_parts("xlstsq", matrix, rhs));
     }
     for (const char* name : {"xcholesky", "xeigvalsh", "xinv", "xdet"}) expect_array(name, definite(n, 15));
     expect_table("xeigh", definite(n, 15));
     for (const std::size_t columns : {1u, 15u, 16u, 17u, 33u, 49u}) {
-      const TestArray matrix = definite(n, 16), sides = drawn(kind(), {n, columns}, 17);
-      EXPECT_EQ(plain(array(kind(), "xsolve", {made(matrix), made(sides)})),
-                plain(library_parts("xsolve", matrix, sides).at(0)))
+      const TestArray matrix = definite(n, 16), rhs = drawn(kind(), {n, columns}, 17);
+      EXPECT_EQ(plain(array(kind(), "xsolve", {made(matrix), made(rhs)})),
+                plain(library_parts("xsolve", matrix, rhs).at(0)))
           << n << ' ' << columns;
     }
   }
@@ -114,7 +114,7 @@ TEST_P(LibraryMatrices, ScalarsOfMatrices_AreTheLibrarys) {
 TEST_P(LibraryMatrices, RanksOfProducts_AreTheLibrarys) {
   for (const std::size_t n : {5u, 20u, 33u})
     for (std::size_t inner = 1; inner < n; ++inner) {
-      const Reals product = multiplied(random_reals(n * inner, 8), random_reals(inner * n, 9), n, inner, n);
+      const Doubles product = multiplied(random_doubles(n * inner, 8), random_doubles(inner * n, 9), n, inner, n);
       expect_array("xmatrix_rank", TestArray(kind(), {n, n}, product));
     }
 }
@@ -133,9 +133,9 @@ TEST_P(LibraryMatrices, Solutions_AreTheLibrarys) {
   for_squares([&](const TestArray& matrix) {
     const std::size_t n = matrix.extents()[0];
     for (const Extents& shape : {Extents{n}, {n, 1}, {n, 5}, {n + 2, 3}}) {
-      const TestArray sides = drawn(kind(), shape, 11);
-      EXPECT_EQ(plain(array(kind(), "xsolve", {made(matrix), made(sides)})),
-                plain(library_parts("xsolve", matrix, sides).at(0)));
+      const TestArray rhs = drawn(kind(), shape, 11);
+      EXPECT_EQ(plain(array(kind(), "xsolve", {made(matrix), made(rhs)})),
+                plain(library_parts("xsolve", matrix, rhs).at(0)));
     }
   });
 }
@@ -145,23 +145,23 @@ TEST_P(LibraryMatrices, LeastSquares_AreTheLibrarys) {
     for (const std::size_t columns : {0u, 1u, 5u}) {
       const Extents& extents = matrix.extents();
       const Extents shape = columns == 0 ? Extents{extents[0]} : Extents{extents[0], columns};
-      const TestArray sides = drawn(kind(), shape, 12);
-      auto expected = library_parts("xlstsq", matrix, sides);
+      const TestArray rhs = drawn(kind(), shape, 12);
+      auto expected = library_parts("xlstsq", matrix, rhs);
       // required: a solution has the dimensions of its right-hand sides; the library drops those of 1.
       Extents of_solution = shape;
       of_solution[0] = extents[1];
       expected.at(0) = expected.at(0).with_extents(of_solution);
-      expect_table("xlstsq", {made(matrix), made(sides)}, expected);
+      expect_table("xlstsq", {made(matrix), made(rhs)}, expected);
     }
   });
 }
 
 // ---- The other way round: what the library prints is heard
 
-TEST(LibraryComplaints, AreWrittenToStandardOutput) {
+TEST(LibraryErrors, AreWrittenToStandardOutput) {
   CapturedOutput output;
-  const TestArray square(Kind::float64, {2, 2}, {2, 0, 0, 4}), sides(Kind::float64, {1}, {1});
-  EXPECT_THROW(library_parts("xsolve", square, sides), std::runtime_error);
+  const TestArray square(Kind::float64, {2, 2}, {2, 0, 0, 4}), rhs(Kind::float64, {1}, {1});
+  EXPECT_THROW(library_parts("xsolve", square, rhs), std::runtime_error);
   EXPECT_NE(output.text(), "") << "the test of silence would not hear this library";
 }
 

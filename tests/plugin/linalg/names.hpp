@@ -1,6 +1,6 @@
 // linalg/names.hpp: the functions of linear algebra by what they take
 //
-// The lists are subsets of the family; functions_test.cpp holds that they are, and that every function is in one.
+// The lists are subsets of the family; contract/names_test.cpp asserts that, and that every function is in one.
 
 #pragma once
 

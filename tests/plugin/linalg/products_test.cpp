@@ -40,7 +40,7 @@ class PairsOfKinds : public OverPairs<AlgebraTest> {
     return TestArray(result_kind(first()), extents, numbers);
   }
 };
-INSTANTIATE_TEST_SUITE_P(Kinds, PairsOfKinds, ::testing::ValuesIn(pairs_of(all_kinds, all_kinds)), PairName());
+INSTANTIATE_TEST_SUITE_P(Kinds, PairsOfKinds, ::testing::ValuesIn(pairs_of(numeric_kinds, numeric_kinds)), PairName());
 
 TEST_P(PairsOfKinds, ResultsHaveTheKindOfTheFirst) {
   const Value row = a({3}), other = b({3});
@@ -109,7 +109,7 @@ TEST_P(PairsOfKinds, WithoutElements_SumsAreZero) {
   for (const auto& [left, right, result] : krons) EXPECT_EQ(product("xkron", a(left), b(right)), zeros(result));
 }
 
-TEST_P(PairsOfKinds, XvdotThatEndsBefore_IsRefused) {
+TEST_P(PairsOfKinds, XvdotThatEndsBefore_Fails) {
   const std::pair<Extents, Extents> short_ones[] = {{{3}, {2}},    {{3}, {0}},    {{3}, {}},     {{2}, {1}},
                                                     {{3}, {2, 2}}, {{2, 0}, {3}}, {{1}, {0}},    {{1, 0}, {1}},
                                                     {{}, {0}},     {{1}, {3, 0}}, {{3}, {1, 5}}, {{2, 0}, {2, 0}}};
@@ -119,7 +119,7 @@ TEST_P(PairsOfKinds, XvdotThatEndsBefore_IsRefused) {
       EXPECT_EQ(inner(a(left), b(right)), 14);
       continue;
     }
-    expect_nothing(call("xvdot", {a(left), b(right)}), 0, "xvdot");
+    expect_no_result(call("xvdot", {a(left), b(right)}), 0, "xvdot");
   }
 }
 

@@ -73,7 +73,7 @@ std::vector<TestArray> parts(const std::string& name, const xarray_of<T>& a, con
 
 /// Calls `use(T{})` for the kinds of floating-point numbers.
 template <class Use>
-auto with_real(Kind kind, Use use) {
+auto with_floating(Kind kind, Use use) {
   return kind == Kind::float32 ? use(float{}) : use(double{});
 }
 
@@ -88,12 +88,12 @@ TestArray library_product(const std::string& name, const TestArray& left, const 
 }
 
 std::vector<TestArray> library_parts(const std::string& name, const TestArray& matrix) {
-  return with_real(matrix.kind(),
-                   [&](auto zero) { return parts<decltype(zero)>(name, container_with<decltype(zero)>(matrix)); });
+  return with_floating(matrix.kind(),
+                       [&](auto zero) { return parts<decltype(zero)>(name, container_with<decltype(zero)>(matrix)); });
 }
 
 std::vector<TestArray> library_parts(const std::string& name, const TestArray& matrix, const TestArray& other) {
-  return with_real(matrix.kind(), [&](auto zero) {
+  return with_floating(matrix.kind(), [&](auto zero) {
     using T = decltype(zero);
     return parts<T>(name, container_with<T>(matrix), container_with<T>(other));
   });

@@ -16,8 +16,8 @@ namespace arrayfold::test {
 /// elements are those of a result of the first kind.
 TestArray library_product(const std::string& name, const TestArray& left, const TestArray& right);
 
-/// The parts that the library's function gives of one matrix of floating-point numbers, as doubles; a scalar is a part
-/// without dimensions. `xnorm` takes vectors, too; of a matrix the library squares by `pow`.
+/// The parts that the library's function gives of one matrix of floating-point numbers, as doubles; a scalar is a
+/// zero-dimensional part. `xnorm` takes vectors, too; of a matrix the library squares by `pow`.
 std::vector<TestArray> library_parts(const std::string& name, const TestArray& matrix);
 /// The same of two: xsolve and xlstsq.
 std::vector<TestArray> library_parts(const std::string& name, const TestArray& matrix, const TestArray& other);

@@ -9,7 +9,7 @@ namespace {
 
 class Solvers : public OverKinds<AlgebraTest> {
  protected:
-  Value of(const Extents& extents, const Reals& numbers) { return made(kind(), extents, numbers); }
+  Value of(const Extents& extents, const Doubles& numbers) { return made(kind(), extents, numbers); }
   Contents result(const std::string& name, const std::vector<Value>& args) { return doubles_of(kind(), name, args); }
 
   struct LeastSquares {
@@ -26,15 +26,15 @@ class Solvers : public OverKinds<AlgebraTest> {
     return {contents_of(values[0], kind()), contents_of(values[1], kind()), rank.elements.at(0),
             contents_of(values.at(3), kind())};
   }
-  LeastSquares least_squares(const Extents& a, const Reals& matrix, const Extents& b, const Reals& sides) {
-    return least_squares(of(a, matrix), of(b, sides));
+  LeastSquares least_squares(const Extents& a, const Doubles& matrix, const Extents& b, const Doubles& rhs) {
+    return least_squares(of(a, matrix), of(b, rhs));
   }
 };
-INSTANTIATE_TEST_SUITE_P(Kinds, Solvers, ::testing::ValuesIn(real_kinds), KindName());
+INSTANTIATE_TEST_SUITE_P(Kinds, Solvers, ::testing::ValuesIn(floating_kinds), KindName());
 
 /// Far from singular: random, with a strong diagonal.
-Reals regular(std::size_t n, unsigned seed) {
-  Reals a = random_reals(n * n, seed);
+Doubles regular(std::size_t n, unsigned seed) {
+  Doubles a = random_doubles(n * n, seed);
   for (std::size_t i = 0; i < n; ++i) a[i * (n + 1)] += 3 * std::sqrt(static_cast<double>(n));
   return a;
 }
@@ -43,7 +43,7 @@ Reals regular(std::size_t n, unsigned seed) {
 
 TEST_P(Solvers, XinvOfTheIdentity_IsTheIdentity) {
   // But for the sign of zeros.
-  const auto expect_inverse = [&](std::size_t n, const Reals& matrix, const Reals& inverse) {
+  const auto expect_inverse = [&](std::size_t n, const Doubles& matrix, const Doubles& inverse) {
     const auto found = result("xinv", {of({n, n}, matrix)});
     EXPECT_EQ(found.extents, (Extents{n, n}));
     EXPECT_EQ(found.elements, inverse);
@@ -55,7 +55,7 @@ TEST_P(Solvers, XinvOfTheIdentity_IsTheIdentity) {
 
 TEST_P(Solvers, XinvTimesTheMatrix_IsTheIdentity) {
   for (const std::size_t n : {1u, 2u, 5u, 16u, 33u, 100u}) {
-    const Reals a = rounded(kind(), regular(n, 31));
+    const Doubles a = rounded(kind(), regular(n, 31));
     const auto inverse = result("xinv", {of({n, n}, a)});
     EXPECT_EQ(inverse.extents, (Extents{n, n}));
     EXPECT_LE(distance(multiplied(inverse.elements, a, n, n, n), identity(n)),
@@ -68,10 +68,10 @@ TEST_P(Solvers, XinvTimesTheMatrix_IsTheIdentity) {
 
 TEST_P(Solvers, XpinvHasTheTransposedShape_AndTheFourProperties) {
   for (const auto& [m, n] : {std::pair<std::size_t, std::size_t>{2, 3}, {3, 2}, {1, 1}, {1, 5}, {9, 4}, {20, 33}}) {
-    const Reals a = rounded(kind(), random_reals(m * n, 32));
+    const Doubles a = rounded(kind(), random_doubles(m * n, 32));
     const auto pseudo = result("xpinv", {of({m, n}, a)});
     EXPECT_EQ(pseudo.extents, (Extents{n, m}));
-    const Reals ap = multiplied(a, pseudo.elements, m, n, m), pa = multiplied(pseudo.elements, a, n, m, n);
+    const Doubles ap = multiplied(a, pseudo.elements, m, n, m), pa = multiplied(pseudo.elements, a, n, m, n);
     const double tolerance = 60 * static_cast<double>(m + n) * rounding_of(kind());
     EXPECT_LE(distance(multiplied(ap, a, m, m, n), a), tolerance * 3);
     EXPECT_LE(distance(multiplied(pa, pseudo.elements, n, n, m), pseudo.elements), tolerance * 3);
@@ -81,9 +81,9 @@ TEST_P(Solvers, XpinvHasTheTransposedShape_AndTheFourProperties) {
 }
 
 TEST_P(Solvers, XpinvOfZeros_IsZeroInTheTransposedShape) {
-  const auto found = result("xpinv", {of({2, 3}, Reals(6, 0))});
+  const auto found = result("xpinv", {of({2, 3}, Doubles(6, 0))});
   EXPECT_EQ(found.extents, (Extents{3, 2}));
-  EXPECT_EQ(distance(found.elements, Reals(6, 0)), 0);
+  EXPECT_EQ(distance(found.elements, Doubles(6, 0)), 0);
 }
 
 TEST_P(Solvers, XpinvOfNothing_IsNothing) {
@@ -95,9 +95,9 @@ TEST_P(Solvers, XpinvOfNothing_IsNothing) {
 TEST_P(Solvers, XpinvOfNaNOrInfinities_IsNaNThroughout) {
   for (const double bad : {not_a_number, infinity, -infinity})
     for (const std::size_t place : {0u, 5u, 11u}) {
-      Reals a = random_reals(12, 33);
+      Doubles a = random_doubles(12, 33);
       a[place] = bad;
-      EXPECT_EQ(result("xpinv", {of({4, 3}, a)}), (Contents{{3, 4}, Reals(12, not_a_number)}));
+      EXPECT_EQ(result("xpinv", {of({4, 3}, a)}), (Contents{{3, 4}, Doubles(12, not_a_number)}));
     }
 }
 
@@ -111,7 +111,7 @@ TEST_P(Solvers, XpinvCutsSingularValuesOff_At1e15thOfTheLargest) {
 
 // ---- xsolve
 
-TEST_P(Solvers, XsolveKeepsTheDimensionsOfTheSides) {
+TEST_P(Solvers, XsolveKeepsTheDimensionsOfTheRightHandSides) {
   const Value a = of({2, 2}, {2, 0, 0, 4});
   EXPECT_EQ(result("xsolve", {a, of({2}, {2, 8})}), (Contents{{2}, {1, 2}}));
   EXPECT_EQ(result("xsolve", {a, of({2, 1}, {2, 8})}), (Contents{{2, 1}, {1, 2}}));
@@ -120,19 +120,19 @@ TEST_P(Solvers, XsolveKeepsTheDimensionsOfTheSides) {
   EXPECT_EQ(result("xsolve", {of({1, 1}, {2}), of({1}, {6})}), (Contents{{1}, {3}}));
 }
 
-TEST_P(Solvers, XsolveTimesTheMatrix_GivesTheSides) {
+TEST_P(Solvers, XsolveTimesTheMatrix_GivesTheRightHandSides) {
   for (const std::size_t n : {1u, 2u, 5u, 16u, 33u, 100u})
-    for (const std::size_t sides : {1u, 3u, 40u}) {
-      const Reals a = rounded(kind(), regular(n, 34)), b = rounded(kind(), random_reals(n * sides, 35));
-      const auto solved = result("xsolve", {of({n, n}, a), of({n, sides}, b)});
-      EXPECT_EQ(solved.extents, (Extents{n, sides}));
-      EXPECT_LE(distance(multiplied(a, solved.elements, n, n, sides), b),
+    for (const std::size_t rhs : {1u, 3u, 40u}) {
+      const Doubles a = rounded(kind(), regular(n, 34)), b = rounded(kind(), random_doubles(n * rhs, 35));
+      const auto solved = result("xsolve", {of({n, n}, a), of({n, rhs}, b)});
+      EXPECT_EQ(solved.extents, (Extents{n, rhs}));
+      EXPECT_LE(distance(multiplied(a, solved.elements, n, n, rhs), b),
                 30 * static_cast<double>(n) * rounding_of(kind()))
-          << n << ' ' << sides;
+          << n << ' ' << rhs;
     }
 }
 
-TEST_P(Solvers, SidesLongerThanTheMatrix_KeepTheirRest) {
+TEST_P(Solvers, RightHandSidesLongerThanTheMatrix_KeepTheirRest) {
   const Value a = of({2, 2}, {2, 0, 0, 4});
   EXPECT_EQ(result("xsolve", {a, of({4}, {2, 8, 5, 6})}), (Contents{{4}, {1, 2, 5, 6}}));
   EXPECT_EQ(result("xsolve", {a, of({3, 2}, {2, 4, 8, 16, 5, 6})}), (Contents{{3, 2}, {1, 2, 2, 4, 5, 6}}));
@@ -141,8 +141,8 @@ TEST_P(Solvers, SidesLongerThanTheMatrix_KeepTheirRest) {
   EXPECT_EQ(result("xsolve", {of({0, 0}, {}), of({0}, {})}), (Contents{{0}, {}}));
 }
 
-TEST_P(Solvers, SidesOfThreeDimensions_AreColumnsOfTheirLast) {
-  // The number of sides is the last extent; what lies before it, by columns, is one side.
+TEST_P(Solvers, RightHandSidesOfThreeDimensions_AreColumnsOfTheirLast) {
+  // The number of right-hand sides is the last extent; what lies before it, by columns, is one of them.
   const Value a = of({2, 2}, {2, 0, 0, 4});
   EXPECT_EQ(result("xsolve", {a, of({2, 1, 2}, {2, 4, 8, 16})}), (Contents{{2, 1, 2}, {1, 2, 2, 4}}));
   EXPECT_EQ(result("xsolve", {a, of({2, 2, 1}, {2, 20, 8, 80})}), (Contents{{2, 2, 1}, {1, 20, 2, 80}}));
@@ -162,7 +162,7 @@ TEST_P(Solvers, XlstsqOfMoreRowsThanColumns_HasResiduals) {
   EXPECT_LE(distance(found.singular_values.elements, {2.6762432933, 0.9152723646}), 1e-6);
 }
 
-TEST_P(Solvers, XlstsqOfSeveralSides_SolvesEach) {
+TEST_P(Solvers, XlstsqOfSeveralRightHandSides_SolvesEach) {
   const auto found = least_squares({3, 2}, {1, 0, 1, 1, 1, 2}, {3, 2}, {1, 2, 3, 4, 4, 6});
   EXPECT_EQ(found.solution.extents, (Extents{2, 2}));
   EXPECT_LE(distance(found.solution.elements, {7.0 / 6, 2, 1.5, 2}), 30 * rounding_of(kind()));
@@ -176,7 +176,7 @@ TEST_P(Solvers, XlstsqShapes_FollowTheOperands) {
       {{2, 3}, {2, 1}, {3, 1}}, {{1, 1}, {1}, {1}},       {{1, 1}, {1, 1}, {1, 1}}, {{4, 1}, {4}, {1}},
       {{4, 1}, {4, 2}, {1, 2}}, {{1, 4}, {1}, {4}},       {{1, 4}, {1, 1}, {4, 1}}};
   for (const auto& [a, b, solution] : shapes) {
-    const auto found = least_squares(a, random_reals(size_of(a), 41), b, random_reals(size_of(b), 42));
+    const auto found = least_squares(a, random_doubles(size_of(a), 41), b, random_doubles(size_of(b), 42));
     EXPECT_EQ(found.solution.extents, solution);
     EXPECT_EQ(found.singular_values.extents, Extents{std::min(a[0], a[1])});
     EXPECT_EQ(found.rank, static_cast<double>(std::min(a[0], a[1])));
@@ -199,12 +199,12 @@ TEST_P(Solvers, XlstsqOfTooFewRows_IsTheShortestSolution) {
 
 TEST_P(Solvers, XlstsqLeavesARestThatIsOrthogonal) {
   for (const auto& [m, n] : {std::pair<std::size_t, std::size_t>{5, 3}, {33, 17}, {100, 40}}) {
-    const Reals a = rounded(kind(), random_reals(m * n, 43)), b = rounded(kind(), random_reals(m, 44));
+    const Doubles a = rounded(kind(), random_doubles(m * n, 43)), b = rounded(kind(), random_doubles(m, 44));
     const auto found = least_squares({m, n}, a, {m}, b);
-    Reals rest = multiplied(a, found.solution.elements, m, n, 1);
+    Doubles rest = multiplied(a, found.solution.elements, m, n, 1);
     double squares = 0;
     for (std::size_t i = 0; i < m; ++i) rest[i] -= b[i], squares += rest[i] * rest[i];
-    EXPECT_LE(distance(multiplied(transposed(a, m, n), rest, n, m, 1), Reals(n, 0)),
+    EXPECT_LE(distance(multiplied(transposed(a, m, n), rest, n, m, 1), Doubles(n, 0)),
               20 * static_cast<double>(m) * rounding_of(kind()));
     EXPECT_NEAR(found.residuals.elements.at(0), squares, 100 * rounding_of(kind()) * squares);
   }
@@ -215,38 +215,38 @@ TEST_P(Solvers, XlstsqWithoutElements_IsZeroOfRankZero) {
       {{0, 3}, {0}, {3}, 0},       {{3, 0}, {3}, {0}, 0},       {{0, 0}, {0}, {0}, 0},      {{0, 3}, {0, 2}, {3, 2}, 0},
       {{3, 2}, {3, 0}, {2, 0}, 2}, {{3, 0}, {3, 2}, {0, 2}, 0}, {{0, 3}, {0, 0}, {3, 0}, 0}};
   for (const auto& [a, b, solution, values] : shapes) {
-    const auto found = least_squares(a, Reals(size_of(a), 1), b, Reals(size_of(b), 1));
-    EXPECT_EQ(found.solution, (Contents{solution, Reals(size_of(solution))}));
+    const auto found = least_squares(a, Doubles(size_of(a), 1), b, Doubles(size_of(b), 1));
+    EXPECT_EQ(found.solution, (Contents{solution, Doubles(size_of(solution))}));
     EXPECT_EQ(found.residuals, (Contents{{0}, {}}));
     EXPECT_EQ(found.rank, 0);
-    EXPECT_EQ(found.singular_values, (Contents{{values}, Reals(values)}));
+    EXPECT_EQ(found.singular_values, (Contents{{values}, Doubles(values)}));
   }
 }
 
 TEST_P(Solvers, XlstsqOfNaNOrInfinitiesInTheFirst_IsNaNOfRankZero) {
   for (const double bad : {not_a_number, infinity, -infinity}) {
-    Reals a = random_reals(12, 45);
+    Doubles a = random_doubles(12, 45);
     a[7] = bad;
-    const auto found = least_squares({4, 3}, a, {4, 2}, Reals(8, 1));
-    EXPECT_EQ(found.solution, (Contents{{3, 2}, Reals(6, not_a_number)}));
+    const auto found = least_squares({4, 3}, a, {4, 2}, Doubles(8, 1));
+    EXPECT_EQ(found.solution, (Contents{{3, 2}, Doubles(6, not_a_number)}));
     EXPECT_EQ(found.residuals, (Contents{{0}, {}}));
     EXPECT_EQ(found.rank, 0);
-    EXPECT_EQ(found.singular_values, (Contents{{3}, Reals(3, not_a_number)}));
+    EXPECT_EQ(found.singular_values, (Contents{{3}, Doubles(3, not_a_number)}));
   }
 }
 
 class MixedLeastSquares : public AlgebraTest {};
 
 TEST_F(MixedLeastSquares, Required_TheFirstOperandDecidesThePrecision) {
-  const Reals matrix = random_reals(20, 46), sides = random_reals(5, 47);
-  const Value a = doubles({5, 4}, matrix), b = doubles({5}, sides);
-  const Value float_a = made(Kind::float32, {5, 4}, matrix), float_b = made(Kind::float32, {5}, sides);
+  const Doubles matrix = random_doubles(20, 46), rhs = random_doubles(5, 47);
+  const Value a = doubles({5, 4}, matrix), b = doubles({5}, rhs);
+  const Value float_a = made(Kind::float32, {5, 4}, matrix), float_b = made(Kind::float32, {5}, rhs);
   const auto compare = [&](const std::vector<Value>& mixed, const std::vector<Value>& plain, Kind kind) {
     for (std::size_t key = 0; key < 4; ++key)
       EXPECT_EQ(contents_of(mixed.at(key), kind), contents_of(plain.at(key), kind)) << key;
   };
   compare(table("xlstsq", {float_a, b}), table("xlstsq", {float_a, float_b}), Kind::float32);
-  compare(table("xlstsq", {a, float_b}), table("xlstsq", {a, doubles({5}, rounded(Kind::float32, sides))}),
+  compare(table("xlstsq", {a, float_b}), table("xlstsq", {a, doubles({5}, rounded(Kind::float32, rhs))}),
           Kind::float64);
 }
 

@@ -143,7 +143,7 @@ class Arithmetic : public OperatorTest {
     expect_same(other, right, opcode);
   }
 
-  /// An array and a number on either side, into a new array and in place.
+  /// An array and a number, in either order, into a new array and in place.
   void check_number(Opcode opcode, const TestArray& left, const Number& right) const {
     const TestArray expected = plain_result(opcode, left, TestArray(left.kind(), {}, {right}));
     const Value other = number(left.kind(), right);
@@ -293,9 +293,9 @@ TEST_F(Arithmetic, DivisionOf32Bits_IsTheProcessors) {
   }
 }
 
-// ---- Reals
+// ---- Doubles
 
-TEST_F(Arithmetic, Reals_AreIeee) {
+TEST_F(Arithmetic, Doubles_AreIeee) {
   const double infinity = std::numeric_limits<double>::infinity();
   const double nan = std::numeric_limits<double>::quiet_NaN();
   const auto at = [&](Opcode opcode, double left, double right) {

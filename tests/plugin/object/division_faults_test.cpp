@@ -1,4 +1,4 @@
-// object/division_faults_test.cpp: integer divisions that the processor refuses, and those that it does not
+// object/division_faults_test.cpp: integer divisions for which the processor faults, and those for which it does not
 
 #include <csignal>
 #include <cstdint>
@@ -36,9 +36,9 @@ class DivisionFaultsDeathTest : public OperatorTest {
 };
 
 TEST_F(DivisionFaultsDeathTest, Required_OfInts_ByZero) { expect_faults<XTInt>(7, 0); }
-TEST_F(DivisionFaultsDeathTest, Required_OfInts_LeastByMinusOne) { expect_faults<XTInt>(INT32_MIN, -1); }
+TEST_F(DivisionFaultsDeathTest, Required_OfInts_MinimumByMinusOne) { expect_faults<XTInt>(INT32_MIN, -1); }
 TEST_F(DivisionFaultsDeathTest, Required_OfInt64s_ByZero) { expect_faults<XTInt64>(7, 0); }
-TEST_F(DivisionFaultsDeathTest, Required_OfInt64s_LeastByMinusOne) { expect_faults<XTInt64>(INT64_MIN, -1); }
+TEST_F(DivisionFaultsDeathTest, Required_OfInt64s_MinimumByMinusOne) { expect_faults<XTInt64>(INT64_MIN, -1); }
 
 TEST_F(DivisionFaultsDeathTest, Required_OfAnArrayByItself) {
   std::vector<int> elements(1037, 5);

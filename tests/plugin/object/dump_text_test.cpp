@@ -40,13 +40,13 @@ TEST_F(DumpText, OfEachKind_IsAsTheKindWritesIt) {
   EXPECT_EQ(dump(array_of<XTDouble>(ctx(), {2}, {infinity, -infinity})), "[null,null]");
 }
 
-TEST_F(DumpText, OfReals_IsTheShortestThatReadsBack) {
+TEST_F(DumpText, OfDoubles_IsTheShortestThatReadsBack) {
   EXPECT_EQ(
       dump(array_of<XTDouble>(ctx(), {8}, {-0.0, 0.1, 1e16, 1e-7, 5e-324, 1.7976931348623157e308, 1.0 / 3, 1e14})),
       "[-0.0,0.1,1e+16,1e-07,5e-324,1.7976931348623157e+308,0.3333333333333333,100000000000000.0]");
 }
 
-TEST_F(DumpText, WithoutDimensions_IsABareScalar) {
+TEST_F(DumpText, OfAZeroDimensionalArray_IsABareScalar) {
   EXPECT_EQ(dump(array_of<XTInt>(ctx(), {}, {-5})), "-5");
   EXPECT_EQ(dump(array_of<XTBool>(ctx(), {}, {true})), "true");
   EXPECT_EQ(dump(array_of<XTDouble>(ctx(), {}, {2})), "2.0");
@@ -99,7 +99,7 @@ TEST_F(DumpText, LongerThanAHostRecordTakes_ThrowsBadAlloc) {
 }
 
 TEST_F(DumpText, OfCountlessEmptyRows_ThrowsBeforeItWrites) {
-  // Their number times the minimum length of each text is one less than what wraps to nothing.
+  // Their number times the minimum length of each is one less than what wraps to 0.
   Value rows = array_of<XTDouble>(ctx(), {14002645, 65537, 6700417, 0}, {});
   const auto before = allocations().made;
   Value indent(0), result;

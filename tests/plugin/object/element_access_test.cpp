@@ -66,7 +66,7 @@ TEST_F(ElementAccess, SurplusIndices_AreDroppedFromTheFront) {
   EXPECT_EQ(number_at(matrix_, {-7, 1000000, 9, 9, 9, 9, 2, 3}), 11);
 }
 
-TEST_F(ElementAccess, WithoutDimensions_EveryIndexReachesTheOneElement) {
+TEST_F(ElementAccess, OfAZeroDimensionalArray_EveryIndexReachesTheOneElement) {
   Value scalar = array_of<XTInt64>(ctx(), {}, {42});
   for (std::size_t count = 1; count <= 8; ++count)
     EXPECT_EQ(number_at(scalar, std::vector<int>(count, 12345)), 42) << count;
@@ -141,22 +141,23 @@ TEST_F(ElementAccess, OneIndex_ChecksReadsAndGives) {
   EXPECT_EQ(answer.operations, (Words{"NumberCheck right", "AsInt right", "SetInt64 result"}));
 }
 
-TEST_F(ElementAccess, OneIndexThatIsNoNumber_IsDeclined) {
-  const ForeignType foreign;
-  for (const Value& index : {Value("1"), Value(), Value::table(), foreign.object(ctx()), matrix_, raw(ValueTag::code)})
+TEST_F(ElementAccess, OneIndexThatIsNoNumber_ReturnsFalse) {
+  int content = 7;
+  ForeignObject foreign("$foreign", &content);
+  for (const Value& index : {Value("1"), Value(), Value::table(), foreign.value(), matrix_, raw(ValueTag::code)})
     for (Value array : one_of_each_kind()) {
       const Answer answer = read_one(array, index);
-      expect_declined(answer);
+      expect_false(answer);
       EXPECT_EQ(answer.operations, (Words{"NumberCheck right"}));
     }
   for (Value array : one_of_each_kind())
-    expect_declined(apply(type_of(array).c_str(), static_cast<int>(Opcode::read_one_index), array.address(), nullptr));
+    expect_false(apply(type_of(array).c_str(), static_cast<int>(Opcode::read_one_index), array.address(), nullptr));
 }
 
-TEST_F(ElementAccess, OneIndexWithTheArrayOnTheRight_IsDeclined) {
+TEST_F(ElementAccess, OneIndexWithTheArrayOnTheRight_ReturnsFalse) {
   for (Value array : one_of_each_kind()) {
     const Answer answer = operate(Opcode::read_one_index, Value(0), array);
-    expect_declined(answer);
+    expect_false(answer);
     EXPECT_EQ(answer.operations, (Words{"NumberCheck right"}));
   }
 }
@@ -261,59 +262,60 @@ TEST_F(ElementAccess, TheValue_IsCheckedAndReadBeforeTheIndices) {
               (Words{"NumberCheck result", "AsInt64 result", "AsInt", "AsInt"}));
 }
 
-TEST_F(ElementAccess, AValueThatIsNoNumber_IsDeclinedBeforeTheIndicesAreRead) {
-  const ForeignType foreign;
+TEST_F(ElementAccess, AValueThatIsNoNumber_ReturnsFalseBeforeTheIndicesAreRead) {
+  int content = 7;
+  ForeignObject foreign("$foreign", &content);
   const std::string before = dump(matrix_);
-  for (const Value& value : {Value("1"), Value(), Value::table(), foreign.object(ctx()), matrix_}) {
+  for (const Value& value : {Value("1"), Value(), Value::table(), foreign.value(), matrix_}) {
     const Answer answer = write(matrix_, values({1, 2}), value);
-    expect_declined(answer);
+    expect_false(answer);
     EXPECT_EQ(answer.operations.size(), 1u);
     EXPECT_EQ(answer.operations.front().rfind("NumberCheck", 0), 0u);
   }
   EXPECT_EQ(dump(matrix_), before);
 }
 
-// ---- Lists that are declined
+// ---- Lists for which the operator returns false
 
-TEST_F(ElementAccess, AnEmptyList_IsDeclinedWithoutAnyOperation) {
+TEST_F(ElementAccess, AnEmptyList_ReturnsFalseWithoutAnyOperation) {
   for (Value array : one_of_each_kind())
     for (const Entries where : both_forms) {
       for (const Answer& answer : {read(array, {}, where), write(array, {}, Value(1), where)}) {
-        expect_declined(answer);
+        expect_false(answer);
         EXPECT_TRUE(answer.operations.empty());
       }
     }
 }
 
-TEST_F(ElementAccess, AMissingList_IsDeclined) {
+TEST_F(ElementAccess, AMissingList_ReturnsFalse) {
   for (Value array : one_of_each_kind())
     for (const Opcode opcode : {Opcode::read_element, Opcode::write_element})
-      expect_declined(apply(type_of(array).c_str(), static_cast<int>(opcode), array.address(), nullptr));
+      expect_false(apply(type_of(array).c_str(), static_cast<int>(opcode), array.address(), nullptr));
 }
 
-TEST_F(ElementAccess, Required_NineIndices_AreAllReadAndThenDeclined) {
+TEST_F(ElementAccess, Required_NineIndices_AreAllReadBeforeFalseIsReturned) {
   Value deep = counted({1, 2, 1, 2, 1, 2, 1, 2, 1});
   const std::string before = dump(deep);
   for (std::size_t count : {9u, 10u, 40u})
     for (const Entries where : both_forms) {
       const std::vector<Value> indices(count, Value(0));
       const Answer reading = read(deep, indices, where);
-      expect_declined(reading);
+      expect_false(reading);
       EXPECT_EQ(reading.operations, Words(count, "AsInt"));
       const Answer writing = write(deep, indices, Value(99), where);
-      expect_declined(writing);
+      expect_false(writing);
       EXPECT_EQ(writing.operations.size(), 2 + count);
     }
   EXPECT_EQ(dump(deep), before);
 }
 
-TEST_F(ElementAccess, AListWithoutAnArrayOnTheLeft_IsDeclinedUnread) {
+TEST_F(ElementAccess, AListWithoutAnArrayOnTheLeft_ReturnsFalseUnread) {
   IndexList list(values({0}), Entries::in_place);
   Value number(1), nil;
   for (HostValue* left : {static_cast<HostValue*>(nullptr), number.address(), nil.address()})
     for (const int opcode : {36865, 36866}) {
       const Answer answer = apply("$xintarray", opcode, left, list.address());
-      expect_declined(answer);
+      expect_false(answer);
       EXPECT_TRUE(answer.operations.empty());
     }
 }

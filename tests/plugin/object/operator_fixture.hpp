@@ -7,11 +7,9 @@
 #include <vector>
 
 #include "support/allocations.hpp"
-#include "support/module_test.hpp"
+#include "support/hand_made.hpp"
 
 namespace arrayfold::test {
-
-using Words = std::vector<std::string>;
 
 constexpr Opcode comparisons[] = {Opcode::less_equal, Opcode::greater_equal, Opcode::less, Opcode::greater};
 constexpr Opcode calculations[] = {Opcode::add, Opcode::subtract, Opcode::multiply, Opcode::divide, Opcode::remainder};
@@ -48,33 +46,12 @@ class OperatorTest : public ModuleTest {
     return arrays;
   }
 
-  static void expect_declined(const Answer& answer) {
-    EXPECT_EQ(answer.returned, 0);
-    EXPECT_TRUE(answer.untouched);
-  }
+  static void expect_false(const Answer& answer) { expect_no_result(answer, 0); }
   /// The text of what the operator gave.
   std::string given(Answer answer) const {
     EXPECT_EQ(answer.returned, 1);
     return dump(answer.result);
   }
-};
-
-/// An object of a type that is none of the module's.
-class ForeignType {
- public:
-  ForeignType() {
-    AnyMan* man = HVM_NewAnyMan(
-        "$foreign", [] { return static_cast<void*>(new int(7)); }, destroy, nullptr, nullptr, nullptr);
-    HVM_RegisterAnyMan("$foreign", man);
-  }
-  ~ForeignType() { hvm::forget_type("$foreign"); }
-  ForeignType(const ForeignType&) = delete;
-  ForeignType& operator=(const ForeignType&) = delete;
-
-  Value object(HostContext ctx) const { return Value::object(ctx, "$foreign"); }
-
- private:
-  static void destroy(HostContext, void* content) { delete static_cast<int*>(content); }
 };
 
 }  // namespace arrayfold::test

@@ -1,4 +1,4 @@
-// object/operators_test.cpp: which operands combine, on which side, in place or not, and what the host sees of it
+// object/operators_test.cpp: which operands combine, in which order, in place or not, and what the host sees of it
 
 #include <csignal>
 #include <cstdint>
@@ -17,7 +17,7 @@ namespace {
 using Extents = std::vector<std::int64_t>;
 
 constexpr const char* type_names[] = {"$xboolarray", "$xintarray", "$xint64array", "$xdoublearray"};
-constexpr const char* broadcast_words = "Incompatible dimension of arrays, compile in DEBUG for more info";
+constexpr const char* broadcast_message = "Incompatible dimension of arrays, compile in DEBUG for more info";
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
 class Operators : public OperatorTest {
@@ -27,14 +27,15 @@ class Operators : public OperatorTest {
   }
   /// An int array of nine dimensions with 2 elements.
   Value deep() const { return matrix({1, 1, 1, 1, 2, 1, 1, 1, 1}, {1, 2}); }
-  /// Six elements under extents that claim another number of them.
+  /// Six elements under a shape whose product is not six.
   Value overdrawn() const {
     Value array = ints({1, 2, 3, 4, 5, 6});
     EXPECT_EQ(method(array, "reshape", {Value(-2), Value(-3)}).returned, 1);
     return array;
   }
 
-  ForeignType foreign_;
+  int content_ = 7;
+  ForeignObject foreign_{"$foreign", &content_};
 };
 
 // ---- The table
@@ -44,34 +45,34 @@ bool is_served_opcode(int opcode) {
          opcode == 36866;
 }
 
-TEST_F(Operators, EveryOpcodeWithoutAnEntry_IsDeclined) {
+TEST_F(Operators, EveryOpcodeWithoutAnEntry_ReturnsFalse) {
   std::vector<Value> arrays = one_of_each_kind();
   std::vector<Value> others = one_of_each_kind();
   for (Value other :
-       {Value(1), Value(std::int64_t{1}), Value(1.5), Value::table(), Value("text"), Value(), foreign_.object(ctx())})
+       {Value(1), Value(std::int64_t{1}), Value(1.5), Value::table(), Value("text"), Value(), foreign_.value()})
     others.push_back(other);
   const Value before(sentinel);
   Value result(sentinel);
-  const auto declines = [&](int opcode, std::size_t kind, HostValue* left, HostValue* right) {
+  const auto returns_false = [&](int opcode, std::size_t kind, HostValue* left, HostValue* right) {
     const auto callback = hvm::callbacks_of(hvm::type_named(type_names[kind])).op;
     return callback(ctx(), opcode, left, right, result.address()) == 0 &&
            std::memcmp(&before, &result, sizeof before) == 0;
   };
-  const auto expect_declined_everywhere = [&](int opcode) {
+  const auto expect_false_everywhere = [&](int opcode) {
     bool all = true;
     for (std::size_t kind = 0; kind < arrays.size(); ++kind) {
       HostValue* self = arrays[kind].address();
-      all = all && declines(opcode, kind, self, nullptr) && declines(opcode, kind, nullptr, self);
+      all = all && returns_false(opcode, kind, self, nullptr) && returns_false(opcode, kind, nullptr, self);
       for (Value& other : others)
-        all = all && declines(opcode, kind, self, other.address()) &&
-              (other.is_object() || declines(opcode, kind, other.address(), self));
+        all = all && returns_false(opcode, kind, self, other.address()) &&
+              (other.is_object() || returns_false(opcode, kind, other.address(), self));
     }
     EXPECT_TRUE(all) << opcode;
   };
   hvm::record_calls(true);
   for (int opcode = 0; opcode <= 40000; ++opcode)
-    if (!is_served_opcode(opcode)) expect_declined_everywhere(opcode);
-  for (const int opcode : {-1, -81, -95, INT32_MIN, INT32_MAX, 65536 + 95, 0x5F00}) expect_declined_everywhere(opcode);
+    if (!is_served_opcode(opcode)) expect_false_everywhere(opcode);
+  for (const int opcode : {-1, -81, -95, INT32_MIN, INT32_MAX, 65536 + 95, 0x5F00}) expect_false_everywhere(opcode);
   hvm::record_calls(false);
   EXPECT_TRUE(hvm::recorded_calls().empty());
 }
@@ -97,7 +98,7 @@ TEST_F(Operators, EachKind_ServesTheOperandsOfItsRow) {
       std::pair<Other, Value> others[] = {{Other::number, Value(1)},      {Other::number, Value(std::int64_t{1})},
                                           {Other::number, Value(1.5)},    {Other::text, Value("1")},
                                           {Other::text, Value(u"1")},     {Other::nil, Value()},
-                                          {Other::table, Value::table()}, {Other::foreign, foreign_.object(ctx())},
+                                          {Other::table, Value::table()}, {Other::foreign, foreign_.value()},
                                           {Other::boolean, arrays[0]},    {Other::int32, arrays[1]},
                                           {Other::int64, arrays[2]},      {Other::real, arrays[3]}};
       for (auto& row : others) {
@@ -111,8 +112,8 @@ TEST_F(Operators, EachKind_ServesTheOperandsOfItsRow) {
         check(apply(type_names[kind], opcode, self.address(), other.address()));
         if (!other.is_object()) check(apply(type_names[kind], opcode, other.address(), self.address()));
       }
-      expect_declined(apply(type_names[kind], opcode, self.address(), nullptr));
-      expect_declined(apply(type_names[kind], opcode, nullptr, self.address()));
+      expect_false(apply(type_names[kind], opcode, self.address(), nullptr));
+      expect_false(apply(type_names[kind], opcode, nullptr, self.address()));
       EXPECT_EQ(dump(self), dump(one_of_each_kind()[kind]));
     }
 }
@@ -145,7 +146,7 @@ TEST_F(Operators, HostOperations_AreTheSameForEveryKind) {
       EXPECT_EQ(operate(opcode, array, array).operations, (Words{"GetAny right", "NewAny", "SetTypeAny result"}));
       EXPECT_EQ(operate(opcode, array, Value("2")).operations, (Words{"NumberCheck right"}));
       EXPECT_EQ(operate(opcode, array, Value()).operations, (Words{"NumberCheck right"}));
-      EXPECT_EQ(operate(opcode, array, foreign_.object(ctx())).operations, (Words{"GetAny right"}));
+      EXPECT_EQ(operate(opcode, array, foreign_.value()).operations, (Words{"GetAny right"}));
       EXPECT_EQ(operate(opcode, array, bools({true})).operations, (Words{"GetAny right"}));
       EXPECT_EQ(operate(opcode, array, Value::table()).operations, Words{});
     }
@@ -167,11 +168,11 @@ TEST_F(Operators, WithoutAnObjectOfTheHost_ResultIsNilAndHandled) {
       for (const Opcode opcode : {Opcode::add, Opcode::less}) {
         const auto callback = hvm::callbacks_of(hvm::object_of(array.record())).op;
         Value result(sentinel), right(other);
-        hvm::refuse_new_objects(true);
+        hvm::withhold_objects(true);
         const auto alive = allocations().alive;
         EXPECT_EQ(callback(ctx(), static_cast<int>(opcode), array.address(), right.address(), result.address()), 1);
         EXPECT_EQ(allocations().alive, alive);
-        hvm::refuse_new_objects(false);
+        hvm::withhold_objects(false);
         EXPECT_TRUE(result.is_nil());
       }
 }
@@ -209,7 +210,7 @@ TEST_F(Operators, ANewArray_SharesNothingWithItsOperands) {
   }
 }
 
-// ---- Numbers and sides
+// ---- Numbers on the left and on the right
 
 TEST_F(Operators, ANumber_IsReadByTheKindOfTheArray) {
   EXPECT_EQ(given(operate(Opcode::add, ints({1, 2}), Value(1.9))), "[2,3]");
@@ -232,7 +233,7 @@ TEST_F(Operators, Required_ANumber_IsAlwaysTheRightOperand) {
   EXPECT_EQ(given(operate(Opcode::greater, Value(5), ints({4, 5, 6}))), "[false,false,true]");
 }
 
-TEST_F(Operators, Required_AComparison_IsTheSameFromEitherSide) {
+TEST_F(Operators, Required_AComparison_IsTheSameInEitherOrder) {
   for (Value array : one_of_each_number_kind())
     for (const Opcode opcode : comparisons)
       EXPECT_EQ(given(operate(opcode, Value(2), array)), given(operate(opcode, array, Value(2))));
@@ -329,7 +330,7 @@ TEST_F(OperatorsDeathTest, Required_AnArrayWithoutContainer_IsReadThroughNull) {
   EXPECT_DEATH(operate(Opcode::read_one_index, hollow, Value(0)), "");
 }
 
-TEST_F(Operators, Required_InPlace_SumAndProductTakeANumberFromTheRightSideToo) {
+TEST_F(Operators, Required_InPlace_SumAndProductTakeANumberOnTheRightToo) {
   const char* const sums[] = {"[6,7,8]", "[6,7,8]", "[6.0,7.0,8.0]"};
   const char* const products[] = {"[12,14,16]", "[12,14,16]", "[12.0,14.0,16.0]"};
   std::vector<Value> arrays = one_of_each_number_kind();
@@ -341,11 +342,10 @@ TEST_F(Operators, Required_InPlace_SumAndProductTakeANumberFromTheRightSideToo) 
   }
 }
 
-TEST_F(Operators, InPlaceFromTheRight_DeclinesBeforeItAsksForTheSide) {
+TEST_F(Operators, InPlaceFromTheRight_OfWhatIsNoNumber_ReturnsFalseForEveryOperator) {
   for (Value array : one_of_each_number_kind())
     for (const Opcode opcode : calculations)
-      for (const Value& other : {Value("5"), Value(), Value::table()})
-        expect_declined(change_right(opcode, other, array));
+      for (const Value& other : {Value("5"), Value(), Value::table()}) expect_false(change_right(opcode, other, array));
 }
 
 // ---- In place
@@ -513,14 +513,14 @@ TEST_F(Operators, EqualAndNotEqual_GiveOneInteger) {
 TEST_F(Operators, Equal_FindsADifferenceAnywhere) {
   for (std::size_t size : {1u, 15u, 16u, 17u, 31u, 32u, 33u, 100u})
     for (std::size_t at = 0; at < size; ++at) {
-      std::vector<double> reals(size, 0.25);
+      std::vector<double> x(size, 0.25);
       std::vector<std::int64_t> longs(size, -1);
-      const Value same_reals = doubles(reals), same_longs = int64s(longs);
-      reals[at] = nan;
+      const Value same_doubles = doubles(x), same_longs = int64s(longs);
+      x[at] = nan;
       longs[at] = 0;
-      EXPECT_EQ(load<std::int32_t>(operate(Opcode::equal, same_reals, doubles(reals)).result.record().payload), 0);
+      EXPECT_EQ(load<std::int32_t>(operate(Opcode::equal, same_doubles, doubles(x)).result.record().payload), 0);
       EXPECT_EQ(load<std::int32_t>(operate(Opcode::equal, same_longs, int64s(longs)).result.record().payload), 0);
-      EXPECT_EQ(load<std::int32_t>(operate(Opcode::equal, doubles(reals), doubles(reals)).result.record().payload), 0);
+      EXPECT_EQ(load<std::int32_t>(operate(Opcode::equal, doubles(x), doubles(x)).result.record().payload), 0);
       EXPECT_EQ(load<std::int32_t>(operate(Opcode::equal, int64s(longs), int64s(longs)).result.record().payload), 1);
     }
 }
@@ -538,13 +538,13 @@ TEST_F(Operators, Required_TheRemainderOfDoubles_IsServedAndDoesNothing) {
     EXPECT_EQ(dump(array), "[7.0,8.0]");
   }
   for (const Value& other : {Value(3), Value(0.5), Value("3"), Value(), Value::table(), bools({true})}) {
-    expect_declined(operate(Opcode::remainder, array, other));
-    expect_declined(change(Opcode::remainder, array, other));
+    expect_false(operate(Opcode::remainder, array, other));
+    expect_false(change(Opcode::remainder, array, other));
   }
   for (Value array_of_integers : {ints({7}), int64s({7})})
-    expect_declined(operate(Opcode::remainder, array_of_integers, array));
-  expect_declined(operate(Opcode::remainder, Value(3), array));
-  expect_declined(change_right(Opcode::remainder, Value(3), array));
+    expect_false(operate(Opcode::remainder, array_of_integers, array));
+  expect_false(operate(Opcode::remainder, Value(3), array));
+  expect_false(change_right(Opcode::remainder, Value(3), array));
 }
 
 TEST_F(Operators, Required_TheProductOfTruths_ActsInPlaceOnly) {
@@ -555,8 +555,8 @@ TEST_F(Operators, Required_TheProductOfTruths_ActsInPlaceOnly) {
           on_right ? operate(Opcode::multiply, number, truths) : operate(Opcode::multiply, truths, number);
       EXPECT_EQ(answer.returned, 1);
       EXPECT_TRUE(answer.untouched);
-      const std::string side = on_right ? " left" : " right";
-      EXPECT_EQ(answer.operations, (Words{"NumberCheck" + side, "AsBool" + side}));
+      const std::string operand = on_right ? " left" : " right";
+      EXPECT_EQ(answer.operations, (Words{"NumberCheck" + operand, "AsBool" + operand}));
     }
   EXPECT_EQ(dump(truths), "[true,false,true]");
   EXPECT_EQ(change(Opcode::multiply, truths, Value(-0.25)).returned, 1);
@@ -579,25 +579,25 @@ TEST_F(Operators, TheProductOfTruths_OfAnyLengthAndByte) {
   }
 }
 
-TEST_F(Operators, TheProductOfTruths_DeclinesWhatIsNoNumber) {
+TEST_F(Operators, TheProductOfTruths_WithWhatIsNoNumber_ReturnsFalse) {
   Value truths = bools({true, false});
   const std::pair<Value, Words> others[] = {
       {Value::table(), {}},       {Value("1"), {"NumberCheck right"}}, {Value(), {"NumberCheck right"}},
-      {truths, {"GetAny right"}}, {ints({0, 0}), {"GetAny right"}},    {foreign_.object(ctx()), {"GetAny right"}}};
+      {truths, {"GetAny right"}}, {ints({0, 0}), {"GetAny right"}},    {foreign_.value(), {"GetAny right"}}};
   for (const auto& [other, operations] : others) {
     for (const Answer& answer : {operate(Opcode::multiply, truths, other), change(Opcode::multiply, truths, other)}) {
-      expect_declined(answer);
+      expect_false(answer);
       EXPECT_EQ(answer.operations, operations);
     }
   }
   EXPECT_EQ(dump(truths), "[true,false]");
 }
 
-TEST_F(Operators, OtherOperatorsOfTruths_AreDeclinedUnseen) {
+TEST_F(Operators, OtherOperatorsOfTruths_ReturnFalseWithoutALook) {
   for (const Value& other : {Value(1), Value(0.5), bools({true}), ints({1}), Value("text")})
     for (const int opcode : {81, 82, 83, 84, 85, 86, 95, 96, 98, 99}) {
       const Answer answer = operate(static_cast<Opcode>(opcode), bools({true}), other);
-      expect_declined(answer);
+      expect_false(answer);
       EXPECT_TRUE(answer.operations.empty());
     }
 }
@@ -609,7 +609,7 @@ TEST_F(Operators, AFloatArray_CountsForTheRemainderOfDoublesAndForNothingElse) {
   const Answer remainder = served(99);
   EXPECT_EQ(remainder.returned, 1);
   EXPECT_TRUE(remainder.untouched);
-  for (const int opcode : {81, 82, 83, 84, 85, 86, 95, 96, 97, 98}) expect_declined(served(opcode));
+  for (const int opcode : {81, 82, 83, 84, 85, 86, 95, 96, 97, 98}) expect_false(served(opcode));
 }
 
 TEST_F(Operators, InPlace_GrowthGivesTheStridesOfTheNewShape) {
@@ -637,7 +637,7 @@ TEST_F(Operators, ShapesThatDoNotFit_ThrowAndChangeNothing) {
                    : operate(static_cast<Opcode>(opcode), left, right);
           ADD_FAILURE() << "no error";
         } catch (const xt::broadcast_error& error) {
-          EXPECT_STREQ(error.what(), broadcast_words);
+          EXPECT_STREQ(error.what(), broadcast_message);
         }
         EXPECT_EQ(dump(left) + dump(right), before);
       }
@@ -681,13 +681,13 @@ TEST_F(Operators, ExtentsBeyondTheStorage_DoNotMatterToANumberInPlace) {
 }
 
 TEST_F(Operators, AResultThatNoMemoryHolds_EndsInBadAlloc) {
-  const std::size_t side = std::size_t{1} << 23;
-  const Value row = array_of<XTInt>(ctx(), {side}, std::vector<int>(side, 1));
-  const Value column = array_of<XTInt>(ctx(), {side, 1}, std::vector<int>(side, 1));
+  const std::size_t extent = std::size_t{1} << 23;
+  const Value row = array_of<XTInt>(ctx(), {extent}, std::vector<int>(extent, 1));
+  const Value column = array_of<XTInt>(ctx(), {extent, 1}, std::vector<int>(extent, 1));
   Value changed = row;
   EXPECT_THROW(operate(Opcode::add, row, column), std::bad_alloc);
   EXPECT_THROW(change(Opcode::add, changed, column), std::bad_alloc);
-  EXPECT_EQ(shape(changed), (Extents{static_cast<std::int64_t>(side)}));
+  EXPECT_EQ(shape(changed), (Extents{static_cast<std::int64_t>(extent)}));
 }
 
 // ---- Every shape of operand

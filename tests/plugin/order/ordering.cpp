@@ -123,7 +123,7 @@ std::vector<PatternOf<T>> patterns_of_numbers() {
 
 /// What only floating-point numbers have.
 template <class T>
-std::vector<PatternOf<T>> patterns_of_reals() {
+std::vector<PatternOf<T>> floating_patterns() {
   using Limits = std::numeric_limits<T>;
   constexpr T infinity = Limits::infinity(), nan = Limits::quiet_NaN(), tiny = Limits::denorm_min();
   const auto few = [](const std::vector<T>& values) {
@@ -164,7 +164,7 @@ template <class T>
 std::vector<PatternOf<T>> patterns_of() {
   auto all = patterns_of_numbers<T>();
   if constexpr (std::is_floating_point_v<T>)
-    for (auto& pattern : patterns_of_reals<T>()) all.push_back(pattern);
+    for (auto& pattern : floating_patterns<T>()) all.push_back(pattern);
   return all;
 }
 

@@ -29,12 +29,12 @@ template <class T>
 TestArray expected_positions_of(const std::vector<T>& elements, std::size_t length, const TestArray& of_library) {
   auto expected = of_library.as<std::int32_t>();
   for (std::size_t first = 0; length >= long_run && first < elements.size(); first += length) {
-    const T* const run = elements.data() + first;
-    if (std::is_same_v<T, float> || std::any_of(run, run + length, [](T x) { return x != x; })) continue;
+    const T* const row = elements.data() + first;
+    if (std::is_same_v<T, float> || std::any_of(row, row + length, [](T x) { return x != x; })) continue;
     const auto begin = expected.begin() + static_cast<std::ptrdiff_t>(first);
     const auto end = begin + static_cast<std::ptrdiff_t>(length);
     std::iota(begin, end, 0);
-    std::stable_sort(begin, end, [run](std::int32_t a, std::int32_t b) { return run[a] < run[b]; });
+    std::stable_sort(begin, end, [row](std::int32_t a, std::int32_t b) { return row[a] < row[b]; });
   }
   return TestArray(of_library.extents(), std::move(expected));
 }
@@ -43,13 +43,13 @@ template <class T>
 bool positions_put_in_order(const std::vector<std::int32_t>& positions, const std::vector<T>& elements,
                             std::size_t length) {
   for (std::size_t first = 0; first < positions.size(); first += length) {
-    const T* const run = elements.data() + first;
+    const T* const row = elements.data() + first;
     std::vector<bool> seen(length);
     for (std::size_t i = 0; i < length; ++i) {
       const auto at = static_cast<std::size_t>(positions[first + i]);
       if (at >= length || seen[at]) return false;
       seen[at] = true;
-      if (i > 0 && run[at] < run[positions[first + i - 1]]) return false;
+      if (i > 0 && row[at] < row[positions[first + i - 1]]) return false;
     }
   }
   return true;

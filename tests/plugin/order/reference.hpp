@@ -10,7 +10,7 @@
 
 namespace arrayfold::test {
 
-/// Runs of this many elements and more are sorted in another way than the library's.
+/// Rows of this many elements and more are sorted in another way than the library's.
 inline constexpr std::size_t long_run = 256;
 
 /// What the library's function under the name of the module's gives: xsort, xargsort, xunique, xdiff, xargmin, xargmax.
@@ -18,11 +18,11 @@ inline constexpr std::size_t long_run = 256;
 TestArray library_result(const std::string& name, const TestArray& array);
 TestArray library_partition(const TestArray& array, std::size_t rank);
 
-/// The positions of xargsort: the library's own, or in long runs those of a stable sort.
+/// The positions of xargsort: the library's own, or in long rows those of a stable sort.
 TestArray expected_positions(const TestArray& array);
-/// Whether positions bring each run into order, and each occurs once.
+/// Whether positions bring each row into order, and each occurs once.
 bool put_in_order(const TestArray& positions, const TestArray& array);
-/// The array sorted as one run by std::sort.
+/// The array sorted as one row by std::sort.
 TestArray sorted(const TestArray& array);
 /// Whether the two hold the same elements, in whatever order.
 bool is_permutation(const TestArray& a, const TestArray& b);

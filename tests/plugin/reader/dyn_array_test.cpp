@@ -9,8 +9,6 @@
 namespace arrayfold::test {
 namespace {
 
-using Words = std::vector<std::string>;
-
 class DynArrays : public ModuleTest {};
 
 template <class T>

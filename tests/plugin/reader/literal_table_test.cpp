@@ -6,8 +6,6 @@
 namespace arrayfold::test {
 namespace {
 
-using Words = std::vector<std::string>;
-
 class LiteralTables : public ReaderTest {
  protected:
   /// The table of a literal, as it prints.

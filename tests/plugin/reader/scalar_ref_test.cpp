@@ -9,8 +9,6 @@
 namespace arrayfold::test {
 namespace {
 
-using Words = std::vector<std::string>;
-
 class ScalarRefs : public ScriptedTest {};
 
 ValueTag tag(int number) { return static_cast<ValueTag>(number); }

@@ -7,8 +7,6 @@
 namespace arrayfold::test {
 namespace {
 
-using Words = std::vector<std::string>;
-
 class Selections : public ReaderTest {
  protected:
   static constexpr std::uint32_t t = 3;

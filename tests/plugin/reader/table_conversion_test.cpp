@@ -7,7 +7,6 @@
 namespace arrayfold::test {
 namespace {
 
-using Words = std::vector<std::string>;
 using Extents = std::vector<int>;
 
 template <class Kind>

@@ -10,7 +10,6 @@
 namespace arrayfold::test {
 namespace {
 
-using Words = std::vector<std::string>;
 using Mode = TableCursor::Mode;
 
 class TableCursors : public ScriptedTest {
@@ -92,7 +91,7 @@ TEST_F(TableCursors, KeysAndValues_AreThoseOfTheItem) {
   EXPECT_FALSE(cursor.next());
 }
 
-TEST_F(TableCursors, AnEmptyTable_AndNone_GiveNothing) {
+TEST_F(TableCursors, AnEmptyTable_AndNone_GiveNoValue) {
   HandmadeTable table({}, {});
   TableCursor empty(&table.hash), none(nullptr);
   EXPECT_EQ(walk(empty), Words{});
@@ -100,7 +99,7 @@ TEST_F(TableCursors, AnEmptyTable_AndNone_GiveNothing) {
   EXPECT_EQ(none.capacity(), 0);
 }
 
-TEST_F(TableCursors, ANullTable_GivesNothingUnderAnySelector) {
+TEST_F(TableCursors, ANullTable_GivesNoValueUnderAnySelector) {
   Value key(1), text("k"), nil, table = Value::table();
   Value no_table = raw(ValueTag::table);
   for (Value* first : {&key, &text, &nil}) {
@@ -157,7 +156,7 @@ TEST_F(TableCursors, TheSelectors_DecideTheMode) {
     EXPECT_EQ(TableCursor(hvm::table_of(table.record()), row.first, row.second).mode(), row.mode) << "row " << n++;
 }
 
-TEST_F(TableCursors, SelectorsThatFitNoMode_GiveNothing) {
+TEST_F(TableCursors, SelectorsThatFitNoMode_GiveNoValue) {
   Value table = some_table(), odd = raw(static_cast<ValueTag>(13));
   TableCursor cursor(hvm::table_of(table.record()), odd.address(), nullptr);
   EXPECT_EQ(walk(cursor), Words{});

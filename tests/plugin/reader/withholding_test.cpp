@@ -10,7 +10,7 @@ namespace {
 
 class WithholdingHost : public ReaderTest {
  protected:
-  /// The argument is evaluated with the operation giving nothing from its n-th call on, for each n until it is not
+  /// The argument is evaluated with the operation giving no value from its n-th call on, for each n until it is not
   /// called that often. Returns how many calls there were.
   int expect_bad_alloc(const HostCodeSlot& argument, Withheld what) {
     const HostCodeSlot list = code.list({argument});

@@ -11,13 +11,13 @@
 
 #include "support/functions.hpp"
 #include "support/hand_made.hpp"
-#include "support/reals.hpp"
+#include "support/same.hpp"
 
 namespace arrayfold::test {
 
 inline const std::vector<std::string> reductions = functions_of("reduce");
 
-/// A number as the host is told it: by one operation of three.
+/// A number as the host gets it: by one operation of three.
 struct HostNumber {
   const char* setter;  // "SetReal result", "SetInt result" or "SetInt64 result"
   Number value;
@@ -32,7 +32,7 @@ struct HostNumber {
   }
 };
 
-/// What the host is told a number of this type through.
+/// The operation through which the host gets a number of this type.
 template <class T>
 HostNumber host_number(T x) {
   if constexpr (std::is_floating_point_v<T>) return {"SetReal result", static_cast<double>(x)};

@@ -86,7 +86,7 @@ T expected_max(const Extents& extents, const std::vector<T>& x) {
       x, last_stride(extents), std::numeric_limits<T>::min(), [&](const T* b) { return halved(b, larger); }, larger);
 }
 
-// ---- Runs along the last dimension, merged dimension by dimension
+// ---- Rows along the last axis, merged dimension by dimension
 
 /// What the elements from `x` on under the extents from `axis` on give.
 template <class R, class T, class Step, class Merge>

@@ -42,7 +42,7 @@ TEST(Loading, FileThatIsNoSharedObject_CannotBeLoaded) {
 
 TEST(Loading, CutOrForeignLibrary_CannotBeLoaded) {
   const Workplace place;
-  const std::string whole = bytes_of(module_path("module_refusing"));
+  const std::string whole = bytes_of(module_path("module_failing"));
   expect_unloadable(place.write("cut.so", whole.substr(0, 100)), "its ELF structure is cut off");
   std::string foreign = whole;
   foreign[18] = static_cast<char>(foreign[18] ^ 0x55);
@@ -57,7 +57,7 @@ TEST(Loading, LibraryWithoutPkgInit_CannotBeLoaded) {
 }
 
 TEST(Loading, ModuleWhoseInitFails_CannotBeLoaded) {
-  expect_unloadable(module_path("module_refusing"), "PKG_Init returns 0");
+  expect_unloadable(module_path("module_failing"), "PKG_Init returns 0");
 }
 
 TEST(Loading, ModuleThatThrows_CannotBeLoaded) {

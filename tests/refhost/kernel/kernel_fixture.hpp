@@ -50,7 +50,7 @@ class KernelTest : public ::testing::Test {
 
   ~KernelTest() override {
     forget_type(Toy::name);
-    refuse_new_objects(false);
+    withhold_objects(false);
     fail_allocation(0);
     record_calls(false);
     EXPECT_EQ(Toy::live, 0) << "contents of objects are left";

@@ -34,12 +34,12 @@ TEST_F(KernelObjects, NewAny_WithoutContent_IsNull) {
   EXPECT_EQ(counts(), before_);
 }
 
-TEST_F(KernelObjects, NewAny_Refused_IsNull) {
-  refuse_new_objects(true);
+TEST_F(KernelObjects, NewAny_Withheld_IsNull) {
+  withhold_objects(true);
   EXPECT_EQ(HVM_NewAny(ctx(), Toy::name, 0, 0), nullptr);
   EXPECT_TRUE(new_toy().is_nil());
   EXPECT_EQ(Toy::live, 0);
-  refuse_new_objects(false);
+  withhold_objects(false);
   EXPECT_TRUE(new_toy().is_object());
 }
 

@@ -1,4 +1,4 @@
-// reduce/spread_test.cpp: values of xvariance, xstddev, xtrapz, xcount_nonzero
+// reduce/statistics_test.cpp: values of xvariance, xstddev, xtrapz, xcount_nonzero
 
 #include "reductions.hpp"
 
@@ -12,7 +12,7 @@ const Extents empty_extents[] = {{0}, {0, 3}, {3, 0}, {2, 0, 1, 2, 1, 2}};
 
 class Spread : public ReductionTest {
  protected:
-  /// A real of elements that every kind can hold; the same for all four.
+  /// The double that comes of elements that every kind can hold; the same for all four.
   double of_all_kinds(const char* name, const Extents& extents, const std::vector<double>& x) const {
     const double found = number_of<double, XTDouble>(name, extents, x);
     const auto expect_same = [&](double other, const char* kind) {
@@ -87,16 +87,16 @@ TEST_F(Spread, Trapezoids_AreOneWide) {
   EXPECT_EQ(of_all_kinds("xtrapz", {5}, {0, -1, 4, 2, 1}), 5.5);
 }
 
-TEST_F(Spread, Required_TrapezoidsOfMoreDimensions_AreThoseOfTheFirstRun) {
+TEST_F(Spread, Required_TrapezoidsOfMoreDimensions_AreThoseOfTheFirstRow) {
   EXPECT_EQ(of_all_kinds("xtrapz", {2, 3}, {1, 2, 3, 10, 20, 30}), 4.0);
   EXPECT_EQ(of_all_kinds("xtrapz", {3, 2}, {1, 2, 3, 10, 20, 30}), 1.5);
   EXPECT_EQ(of_all_kinds("xtrapz", {2, 1, 3}, {1, 2, 3, 10, 20, 30}), 4.0);
   EXPECT_EQ(of_all_kinds("xtrapz", {1, 1, 1, 1, 1, 1, 1, 2, 3}, {1, 2, 3, 10, 20, 30}), 4.0);
-  // The elements of the other rows do not count, either.
+  // The other rows do not count, either.
   EXPECT_EQ((number_of<double, XTDouble>("xtrapz", {2, 2}, {1, 2, NAN, infinity})), 1.5);
 }
 
-TEST_F(Spread, TrapezoidsWithoutTwoInARun_AreZero) {
+TEST_F(Spread, TrapezoidsWithoutTwoInARow_AreZero) {
   for (const Extents& extents : {Extents{1}, Extents{1, 1}, Extents{}})
     EXPECT_TRUE(same(of_all_kinds("xtrapz", extents, {7}), 0.0));
   EXPECT_TRUE(same(of_all_kinds("xtrapz", {3, 1}, {7, 8, 9}), 0.0));
@@ -156,7 +156,7 @@ TEST_F(Spread, CountsOfLongArrays_LeaveOutZeros) {
   }
 }
 
-TEST_F(Spread, CountsWithoutDimensionsAndWithoutElements_AreOneOrZero) {
+TEST_F(Spread, CountsOfZeroDimensionalAndOfEmptyArrays_AreOneOrZero) {
   EXPECT_EQ((number_of<std::int64_t, XTDouble>("xcount_nonzero", {}, {2})), 1);
   EXPECT_EQ((number_of<std::int64_t, XTInt>("xcount_nonzero", {}, {0})), 0);
   for (const Extents& extents : empty_extents) {

@@ -1,4 +1,4 @@
-// refhost/cli/module_refusing.c: a module whose PKG_Init fails
+// refhost/cli/module_failing.c: a module whose PKG_Init fails
 
 __attribute__((visibility("default"))) int PKG_Init(void* host, void* functions) {
   (void)host;

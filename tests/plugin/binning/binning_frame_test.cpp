@@ -1,4 +1,4 @@
-// binning/frame_test.cpp: what the functions of binning ask of the host, what they accept, and what they leave alone
+// binning/binning_frame_test.cpp: what the functions ask of the host, what they accept, and what they leave alone
 
 #include "binnings.hpp"
 #include "support/allocations.hpp"
@@ -56,27 +56,27 @@ TEST_F(BinningFrame, EachKindServed_GivesItsArrayByTheSameOperations) {
 
 TEST_F(BinningFrame, Required_KindsNotServed_FailWithoutResult) {
   for (const char* name : {"xhistogram", "xhistogram_bin_edges", "xdigitize"}) {
-    expect_nothing(ask(name, twos(Kind::int32)), 0, looked_at(name), name);
-    expect_nothing(ask(name, twos(Kind::int64)), 0, looked_at(name), name);
+    expect_no_result(ask(name, twos(Kind::int32)), 0, looked_at(name), name);
+    expect_no_result(ask(name, twos(Kind::int64)), 0, looked_at(name), name);
   }
-  expect_nothing(ask("xbincount", twos(Kind::float64)), 0, fetched_first, "xbincount");
-  expect_nothing(ask("xbincount", floats_.value()), 0, fetched_first, "xbincount");
+  expect_no_result(ask("xbincount", twos(Kind::float64)), 0, fetched_first, "xbincount");
+  expect_no_result(ask("xbincount", floats_.value()), 0, fetched_first, "xbincount");
 }
 
-TEST_F(BinningFrame, WithTooFewArguments_AreDeclined) {
+TEST_F(BinningFrame, WithTooFewArguments_Fail) {
   for (const std::string& name : binnings) {
-    for (const int nargs : {0, -1}) expect_nothing(call_with_count(name, {twos(), edges_}, nargs), 0, {}, name);
-    if (reads_second_array(name)) expect_nothing(call(name, {twos()}), 0, {}, name);
+    for (const int nargs : {0, -1}) expect_no_result(call_with_count(name, {twos(), edges_}, nargs), 0, {}, name);
+    if (reads_second_array(name)) expect_no_result(call(name, {twos()}), 0, {}, name);
   }
-  for (const int nargs : {0, -1}) expect_nothing(call_with_count("xsearchsorted", {twos()}, nargs), 0, {}, "search");
+  for (const int nargs : {0, -1}) expect_no_result(call_with_count("xsearchsorted", {twos()}, nargs), 0, {}, "search");
 }
 
-TEST_F(BinningFrame, OfWhatIsNoObject_AreDeclined) {
+TEST_F(BinningFrame, OfWhatIsNoObject_Fail) {
   for (const std::string& name : binnings)
     for (const Value& other : no_objects()) {
-      expect_nothing(ask(name, other), 0, {"AnyCheck 0"}, name);
+      expect_no_result(ask(name, other), 0, {"AnyCheck 0"}, name);
       if (reads_second_array(name))
-        expect_nothing(call(name, {twos(), other}), 0, {"AnyCheck 0", "GetAny 0", "AnyCheck 1"}, name);
+        expect_no_result(call(name, {twos(), other}), 0, {"AnyCheck 0", "GetAny 0", "AnyCheck 1"}, name);
     }
 }
 
@@ -96,10 +96,10 @@ TEST_F(BinningFrame, Required_BoolsForeignObjectsAndThoseOfTheHostAlone_Fail) {
   for (const std::string& name : binnings)
     for (const Value& operand : without_numbers) {
       ASSERT_TRUE(operand.is_object());
-      expect_nothing(ask(name, operand), 0, fetched_first, name);
-      if (reads_second_array(name)) expect_nothing(call(name, {twos(), operand}), 0, looked_at(name), name);
+      expect_no_result(ask(name, operand), 0, fetched_first, name);
+      if (reads_second_array(name)) expect_no_result(call(name, {twos(), operand}), 0, looked_at(name), name);
       // The bins stay unread.
-      expect_nothing(call("xhistogram", {operand, Value(5)}), 0, fetched_first, "bins");
+      expect_no_result(call("xhistogram", {operand, Value(5)}), 0, fetched_first, "bins");
     }
 }
 
@@ -114,7 +114,7 @@ TEST_F(BinningFrame, SecondArrays_MayBeOfEachKindWithNumbers) {
 
 // ---- Bins
 
-TEST_F(BinningFrame, Bins_AreReadAs64BitsBeforeTheKindIsRefused) {
+TEST_F(BinningFrame, Bins_AreReadAs64BitsBeforeAnotherKindFails) {
   const Words read = {"AnyCheck 0", "GetAny 0", "NumberCheck 1", "AsInt64 1"};
   Words served = read;
   served.insert(served.end(), {"NewAny", "SetTypeAny result"});
@@ -122,8 +122,8 @@ TEST_F(BinningFrame, Bins_AreReadAs64BitsBeforeTheKindIsRefused) {
     const Answer answer = call("xhistogram", {twos(), bins});
     EXPECT_EQ(answer.operations, served);
     EXPECT_EQ(given(answer, Kind::float64), TestArray(Kind::float64, {5}, {0, 0, 0, 0, 3}));
-    expect_nothing(call("xhistogram", {twos(Kind::int32), bins}), 0, read, "int");
-    expect_nothing(call("xhistogram", {twos(Kind::int64), bins}), 0, read, "int64");
+    expect_no_result(call("xhistogram", {twos(Kind::int32), bins}), 0, read, "int");
+    expect_no_result(call("xhistogram", {twos(Kind::int64), bins}), 0, read, "int64");
   }
 }
 
@@ -134,16 +134,16 @@ TEST_F(BinningFrame, BinsThatAreNoNumber_Fail) {
     if (!other.is_number()) no_numbers.push_back(other);
   ASSERT_GT(no_numbers.size(), 200u);
   for (const Value& bins : no_numbers)
-    for (const Value& operand : numeric()) expect_nothing(call("xhistogram", {operand, bins}), 0, read, "no number");
+    for (const Value& operand : numeric()) expect_no_result(call("xhistogram", {operand, bins}), 0, read, "no number");
 }
 
 // ---- What is not read
 
 TEST_F(BinningFrame, FurtherArguments_AreNotReadAndNotChecked) {
-  const Value reals = array_of<XTDouble>(ctx(), {3}, {0.5, 1.0, 2.5}), ints = array_of<XTInt>(ctx(), {3}, {0, 2, 2});
-  const std::vector<std::pair<std::string, std::vector<Value>>> calls = {{"xhistogram", {reals, Value(3)}},
-                                                                         {"xhistogram_bin_edges", {reals, edges_}},
-                                                                         {"xdigitize", {reals, edges_}},
+  const Value doubles = array_of<XTDouble>(ctx(), {3}, {0.5, 1.0, 2.5}), ints = array_of<XTInt>(ctx(), {3}, {0, 2, 2});
+  const std::vector<std::pair<std::string, std::vector<Value>>> calls = {{"xhistogram", {doubles, Value(3)}},
+                                                                         {"xhistogram_bin_edges", {doubles, edges_}},
+                                                                         {"xdigitize", {doubles, edges_}},
                                                                          {"xbincount", {ints}}};
   for (const auto& [name, args] : calls) {
     const Answer alone = call(name, args);
@@ -162,10 +162,10 @@ TEST_F(BinningFrame, FurtherArguments_AreNotReadAndNotChecked) {
 
 TEST_F(BinningFrame, Operands_StayAsTheyWere) {
   const TestArray array(Kind::float64, {2, 3}, {3, 1, 2, 9, 8, 7});
-  const Value reals = to_host(ctx(), array), ints = array_of<XTInt>(ctx(), {3}, {3, 1, 2});
+  const Value doubles = to_host(ctx(), array), ints = array_of<XTInt>(ctx(), {3}, {3, 1, 2});
   for (const std::string& name : binnings) {
-    ask(name, name == "xbincount" ? ints : reals);
-    EXPECT_EQ(from_host(reals), array) << name;
+    ask(name, name == "xbincount" ? ints : doubles);
+    EXPECT_EQ(from_host(doubles), array) << name;
     EXPECT_EQ(elements_of<XTInt>(ints), (std::vector<std::int32_t>{3, 1, 2})) << name;
     EXPECT_EQ(elements_of<XTDouble>(edges_), (std::vector<double>{1, 3})) << name;
   }
@@ -181,7 +181,7 @@ TEST_F(BinningFrame, IntoTheOperandsOwnRecord_TheNewArrayReplacesIt) {
   }
 }
 
-// ---- Arrays without a container, and extents that claim other elements than there are
+// ---- Arrays without a container, and shapes whose product is not the number of stored elements
 
 using BinningFrameDeathTest = BinningFrame;
 
@@ -193,32 +193,32 @@ TEST_F(BinningFrameDeathTest, ArraysWithoutAContainer_EndTheProcess) {
     EXPECT_DEATH(ask(name, empty), "") << name;
   EXPECT_DEATH(call("xdigitize", {twos(), empty}), "");
   // Where only its kind counts, it does not.
-  expect_nothing(ask("xbincount", empty), 0, fetched_first, "xbincount");
+  expect_no_result(ask("xbincount", empty), 0, fetched_first, "xbincount");
   EXPECT_EQ(call("xhistogram_bin_edges", {twos(), empty}).returned, 1);
 }
 
-TEST_F(BinningFrame, ExtentsBeyondTheStorage_AreRefused) {
-  const auto claiming = [&](Value claims, const std::vector<Value>& extents) {
-    EXPECT_EQ(method(claims, "reshape", extents).returned, 1);
-    return claims;
+TEST_F(BinningFrame, ExtentsBeyondTheStorage_Throw) {
+  const auto with_wrong_shape = [&](Value wrong, const std::vector<Value>& extents) {
+    EXPECT_EQ(method(wrong, "reshape", extents).returned, 1);
+    return wrong;
   };
   const std::vector<Value> negative = {Value(-2), Value(-3)}, wrapping(4, Value(65536));
   for (const std::string name : {"xhistogram", "xhistogram_bin_edges", "xdigitize"}) {
-    EXPECT_THROW(ask(name, claiming(twos({6}), negative)), std::bad_alloc) << name;
-    EXPECT_THROW(ask(name, claiming(twos({0}), wrapping)), std::bad_alloc) << name;
+    EXPECT_THROW(ask(name, with_wrong_shape(twos({6}), negative)), std::bad_alloc) << name;
+    EXPECT_THROW(ask(name, with_wrong_shape(twos({0}), wrapping)), std::bad_alloc) << name;
   }
-  EXPECT_THROW(ask("xbincount", claiming(twos(Kind::int32, {6}), negative)), std::bad_alloc);
-  EXPECT_THROW(ask("xbincount", claiming(twos(Kind::int64, {6}), negative)), std::bad_alloc);
-  EXPECT_THROW(ask("xbincount", claiming(twos(Kind::int32, {0}), wrapping)), std::bad_alloc);
+  EXPECT_THROW(ask("xbincount", with_wrong_shape(twos(Kind::int32, {6}), negative)), std::bad_alloc);
+  EXPECT_THROW(ask("xbincount", with_wrong_shape(twos(Kind::int64, {6}), negative)), std::bad_alloc);
+  EXPECT_THROW(ask("xbincount", with_wrong_shape(twos(Kind::int32, {0}), wrapping)), std::bad_alloc);
   // Edges are searched as they lie.
-  EXPECT_EQ(given(call("xdigitize", {twos({1}), claiming(twos({6}), negative)}), Kind::float64),
+  EXPECT_EQ(given(call("xdigitize", {twos({1}), with_wrong_shape(twos({6}), negative)}), Kind::float64),
             TestArray(Kind::float64, {1}, {6}));
-  EXPECT_EQ(call("xhistogram_bin_edges", {twos(), claiming(twos({6}), negative)}).returned, 1);
+  EXPECT_EQ(call("xhistogram_bin_edges", {twos(), with_wrong_shape(twos({6}), negative)}).returned, 1);
 }
 
 // ---- The sorted search, which is none
 
-TEST_F(BinningFrame, Required_XsearchsortedOfAnyObject_LooksAtItAndGivesNothing) {
+TEST_F(BinningFrame, Required_XsearchsortedOfAnyObject_LooksAtItAndReturnsNoValue) {
   ForeignObject foreign;
   auto objects = numeric();
   objects.push_back(foreign.value());
@@ -226,18 +226,18 @@ TEST_F(BinningFrame, Required_XsearchsortedOfAnyObject_LooksAtItAndGivesNothing)
   objects.push_back(Value::object(ctx(), "$xintarray"));
   objects.push_back(call("xarange", {Value(1), Value(2), Value(3), Value(4)}).result);
   for (const Value& object : objects) {
-    expect_nothing(call("xsearchsorted", {object}), 1, fetched_first, "one");
-    expect_nothing(call("xsearchsorted", {object, Value(2)}), 1, fetched_first, "two");
-    expect_nothing(call("xsearchsorted", {object, object, Value("text")}), 1, fetched_first, "three");
+    expect_no_result(call("xsearchsorted", {object}), 1, fetched_first, "one");
+    expect_no_result(call("xsearchsorted", {object, Value(2)}), 1, fetched_first, "two");
+    expect_no_result(call("xsearchsorted", {object, object, Value("text")}), 1, fetched_first, "three");
     for (const Value& other : no_objects())
-      expect_nothing(call("xsearchsorted", {object, other}), 1, fetched_first, "other");
+      expect_no_result(call("xsearchsorted", {object, other}), 1, fetched_first, "other");
   }
 }
 
 TEST_F(BinningFrame, XsearchsortedOfWhatIsNoObject_Fails) {
   for (const Value& other : no_objects()) {
-    expect_nothing(call("xsearchsorted", {other}), 0, {"AnyCheck 0"}, "one");
-    expect_nothing(call("xsearchsorted", {other, twos()}), 0, {"AnyCheck 0"}, "two");
+    expect_no_result(call("xsearchsorted", {other}), 0, {"AnyCheck 0"}, "one");
+    expect_no_result(call("xsearchsorted", {other, twos()}), 0, {"AnyCheck 0"}, "two");
   }
 }
 

@@ -1,4 +1,4 @@
-// support/reals.hpp: when two results are equal
+// support/same.hpp: when two results are equal
 
 #pragma once
 

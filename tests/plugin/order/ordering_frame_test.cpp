@@ -1,4 +1,4 @@
-// order/frame_test.cpp: what the functions of ordering ask of the host, what they accept, and what they leave alone
+// order/ordering_frame_test.cpp: what the functions ask of the host, what they accept, and what they leave alone
 
 #include "ordering.hpp"
 #include "support/allocations.hpp"
@@ -58,44 +58,44 @@ TEST_F(OrderFrame, FloatsWhereTheHostKnowsNoSuchName_TellItOfNull) {
     EXPECT_EQ(type_of(ask(name, floats.value()).result), "$xintarray") << name;
 }
 
-TEST_F(OrderFrame, WithTooFewArguments_AreDeclined) {
+TEST_F(OrderFrame, WithTooFewArguments_Fail) {
   for (const std::string& name : orderings) {
-    for (const int nargs : {0, -1}) expect_nothing(call_with_count(name, {twos(), Value(1)}, nargs), 0, {}, name);
-    if (reads_rank(name)) expect_nothing(call(name, {twos()}), 0, {}, name);
+    for (const int nargs : {0, -1}) expect_no_result(call_with_count(name, {twos(), Value(1)}, nargs), 0, {}, name);
+    if (reads_rank(name)) expect_no_result(call(name, {twos()}), 0, {}, name);
   }
   for (const int nargs : {1, 0, -1})
-    expect_nothing(call_with_count("xsetdiff1d", {twos(), twos()}, nargs), 0, {}, "xsetdiff1d");
+    expect_no_result(call_with_count("xsetdiff1d", {twos(), twos()}, nargs), 0, {}, "xsetdiff1d");
 }
 
-TEST_F(OrderFrame, OfWhatIsNoObject_AreDeclined) {
+TEST_F(OrderFrame, OfWhatIsNoObject_Fail) {
   for (const std::string& name : orderings)
     for (const Value& operand : no_objects())
-      expect_nothing(ask(name, operand), 0, {"AnyCheck 0"},
-                     name + " of tag " + std::to_string(static_cast<int>(operand.tag())));
+      expect_no_result(ask(name, operand), 0, {"AnyCheck 0"},
+                       name + " of tag " + std::to_string(static_cast<int>(operand.tag())));
 }
 
 TEST_F(OrderFrame, Required_Bools_AreHandledWithoutResult) {
   for (const std::string& name : orderings) {
-    expect_nothing(ask(name, array_of<XTBool>(ctx(), {2}, {true, false})), 1, looked_at, name);
-    expect_nothing(ask(name, array_of<XTBool>(ctx(), {0}, {})), 1, looked_at, name);
-    expect_nothing(ask(name, array_of<XTBool>(ctx(), {}, {true})), 1, looked_at, name);
+    expect_no_result(ask(name, array_of<XTBool>(ctx(), {2}, {true, false})), 1, looked_at, name);
+    expect_no_result(ask(name, array_of<XTBool>(ctx(), {0}, {})), 1, looked_at, name);
+    expect_no_result(ask(name, array_of<XTBool>(ctx(), {}, {true})), 1, looked_at, name);
   }
 }
 
 TEST_F(OrderFrame, Required_ForeignObjects_AreHandledWithoutResult) {
   for (const char* type_name : {"$foreign", "", "$xdoublearra", "$xdoublearrays", "$XINTARRAY"}) {
     ForeignObject foreign(type_name);
-    for (const std::string& name : orderings) expect_nothing(ask(name, foreign.value()), 1, looked_at, name);
+    for (const std::string& name : orderings) expect_no_result(ask(name, foreign.value()), 1, looked_at, name);
   }
   ForeignObject nameless(nullptr);
-  for (const std::string& name : orderings) expect_nothing(ask(name, nameless.value()), 1, looked_at, name);
+  for (const std::string& name : orderings) expect_no_result(ask(name, nameless.value()), 1, looked_at, name);
 }
 
 TEST_F(OrderFrame, ObjectsThatTheHostMadeAlone_AreHandledWithoutResult) {
   for (const char* type_name : {"$xdoublearray", "$xintarray", "$xint64array", "$xboolarray"}) {
     const Value bare = Value::object(ctx(), type_name);
     ASSERT_EQ(type_of(bare), type_name);
-    for (const std::string& name : orderings) expect_nothing(ask(name, bare), 1, looked_at, name);
+    for (const std::string& name : orderings) expect_no_result(ask(name, bare), 1, looked_at, name);
   }
 }
 
@@ -103,8 +103,8 @@ TEST_F(OrderFrame, Required_OfWhatHasNoOrder_TheRankIsNotRead) {
   ForeignObject foreign;
   for (const char* name : {"xpartition", "xargpartition"})
     for (const Value& rank : {Value("text"), Value(), Value(1), twos()}) {
-      expect_nothing(call(name, {array_of<XTBool>(ctx(), {1}, {true}), rank}), 1, looked_at, name);
-      expect_nothing(call(name, {foreign.value(), rank}), 1, looked_at, name);
+      expect_no_result(call(name, {array_of<XTBool>(ctx(), {1}, {true}), rank}), 1, looked_at, name);
+      expect_no_result(call(name, {foreign.value(), rank}), 1, looked_at, name);
     }
 }
 
@@ -143,27 +143,27 @@ TEST_F(OrderFrame, IntoTheOperandsOwnRecord_TheNewArrayReplacesIt) {
   }
 }
 
-// ---- Extents that `reshape` lets claim other elements than there are
+// ---- Shapes whose product is not the number of stored elements, as `reshape` can leave them
 
-TEST_F(OrderFrame, ExtentsBeyondTheStorage_AreRefusedWhereRunsAreWalked) {
-  const auto expect_refusals = [&](Value claims, const std::vector<Value>& extents) {
-    ASSERT_EQ(method(claims, "reshape", extents).returned, 1);
+TEST_F(OrderFrame, ExtentsBeyondTheStorage_ThrowWhereRowsAreRead) {
+  const auto expect_throws = [&](Value wrong, const std::vector<Value>& extents) {
+    ASSERT_EQ(method(wrong, "reshape", extents).returned, 1);
     for (const std::string name : {"xsort", "xargsort", "xpartition", "xargpartition", "xdiff"})
-      EXPECT_THROW(ask(name, claims), std::bad_alloc) << name;
+      EXPECT_THROW(ask(name, wrong), std::bad_alloc) << name;
   };
-  expect_refusals(array_of<XTDouble>(ctx(), {6}, {1, 2, 3, 4, 5, 9}), {Value(-2), Value(-3)});
-  expect_refusals(array_of<XTInt>(ctx(), {6}, {1, 2, 3, 4, 5, 9}), {Value(-2), Value(-3)});
-  expect_refusals(array_of<XTInt64>(ctx(), {6}, {1, 2, 3, 4, 5, 9}), {Value(-2), Value(-3)});
+  expect_throws(array_of<XTDouble>(ctx(), {6}, {1, 2, 3, 4, 5, 9}), {Value(-2), Value(-3)});
+  expect_throws(array_of<XTInt>(ctx(), {6}, {1, 2, 3, 4, 5, 9}), {Value(-2), Value(-3)});
+  expect_throws(array_of<XTInt64>(ctx(), {6}, {1, 2, 3, 4, 5, 9}), {Value(-2), Value(-3)});
   // 65536 to the fourth wraps to 0.
-  expect_refusals(array_of<XTDouble>(ctx(), {0}, {}), std::vector<Value>(4, Value(65536)));
+  expect_throws(array_of<XTDouble>(ctx(), {0}, {}), std::vector<Value>(4, Value(65536)));
 }
 
-TEST_F(OrderFrame, ExtentsBeyondTheStorage_AreNoMatterWhereTheStorageIsWalked) {
-  Value claims = array_of<XTDouble>(ctx(), {6}, {4, 2, 9, 1, 2, 9});
-  ASSERT_EQ(method(claims, "reshape", {Value(-2), Value(-3)}).returned, 1);
-  EXPECT_EQ(given(ask("xunique", claims), Kind::float64), TestArray(Kind::float64, {4}, {1, 2, 4, 9}));
-  EXPECT_EQ(given(ask("xargmin", claims), Kind::int32), TestArray(Kind::int32, {}, {3}));
-  EXPECT_EQ(given(ask("xargmax", claims), Kind::int32), TestArray(Kind::int32, {}, {2}));
+TEST_F(OrderFrame, ExtentsBeyondTheStorage_DoNotMatterWhereTheStorageIsRead) {
+  Value wrong = array_of<XTDouble>(ctx(), {6}, {4, 2, 9, 1, 2, 9});
+  ASSERT_EQ(method(wrong, "reshape", {Value(-2), Value(-3)}).returned, 1);
+  EXPECT_EQ(given(ask("xunique", wrong), Kind::float64), TestArray(Kind::float64, {4}, {1, 2, 4, 9}));
+  EXPECT_EQ(given(ask("xargmin", wrong), Kind::int32), TestArray(Kind::int32, {}, {3}));
+  EXPECT_EQ(given(ask("xargmax", wrong), Kind::int32), TestArray(Kind::int32, {}, {2}));
   Value empty = array_of<XTDouble>(ctx(), {0}, {});
   ASSERT_EQ(method(empty, "reshape", std::vector<Value>(4, Value(65536))).returned, 1);
   EXPECT_EQ(given(ask("xunique", empty), Kind::float64), TestArray(Kind::float64, {0}, {}));
@@ -183,16 +183,16 @@ TEST_F(OrderFrame, Required_XsetdiffOfTwoArrays_LooksTwiceAtTheFirstAndFails) {
       hollow, null_array};
   for (const Value& left : objects)
     for (const Value& right : objects) {
-      expect_nothing(call("xsetdiff1d", {left, right}), 0, operations, "two");
-      expect_nothing(call("xsetdiff1d", {left, right, Value("text"), twos()}), 0, operations, "four");
+      expect_no_result(call("xsetdiff1d", {left, right}), 0, operations, "two");
+      expect_no_result(call("xsetdiff1d", {left, right, Value("text"), twos()}), 0, operations, "four");
     }
 }
 
 TEST_F(OrderFrame, XsetdiffOfWhatIsNoObject_FailsAtTheFirst) {
   for (const Value& other : no_objects()) {
-    expect_nothing(call("xsetdiff1d", {other, twos()}), 0, {"AnyCheck 0"}, "first");
-    expect_nothing(call("xsetdiff1d", {other, other}), 0, {"AnyCheck 0"}, "both");
-    expect_nothing(call("xsetdiff1d", {twos(), other}), 0, {"AnyCheck 0", "AnyCheck 1"}, "second");
+    expect_no_result(call("xsetdiff1d", {other, twos()}), 0, {"AnyCheck 0"}, "first");
+    expect_no_result(call("xsetdiff1d", {other, other}), 0, {"AnyCheck 0"}, "both");
+    expect_no_result(call("xsetdiff1d", {twos(), other}), 0, {"AnyCheck 0", "AnyCheck 1"}, "second");
   }
 }
 

@@ -1,4 +1,4 @@
-// reduce/frame_test.cpp: what the ten functions ask of the host, what they accept, and what they leave alone
+// reduce/reduce_frame_test.cpp: what the ten functions ask of the host, what they accept, and what they leave alone
 
 #include <algorithm>
 
@@ -10,12 +10,6 @@ namespace {
 
 class ReduceFrame : public ReductionTest {
  protected:
-  void expect_nothing(const Answer& answer, int returned, const Words& operations, const std::string& what) const {
-    EXPECT_EQ(answer.returned, returned) << what;
-    EXPECT_TRUE(answer.untouched) << what;
-    EXPECT_EQ(answer.operations, operations) << what;
-  }
-
   Value doubles(const Extents& extents = {3}) const {
     return array_of<XTDouble>(ctx(), extents, std::vector<double>(size_of(extents), 2.0));
   }
@@ -59,48 +53,48 @@ TEST_F(ReduceFrame, EachKind_IsSetByOneOperation) {
   }
 }
 
-TEST_F(ReduceFrame, WithoutArguments_AreDeclined) {
+TEST_F(ReduceFrame, WithoutArguments_Fail) {
   for (const std::string& name : reductions)
-    for (const int nargs : {0, -1}) expect_nothing(call_with_count(name, {doubles()}, nargs), 0, {}, name);
+    for (const int nargs : {0, -1}) expect_no_result(call_with_count(name, {doubles()}, nargs), 0, {}, name);
 }
 
-TEST_F(ReduceFrame, OfValuesOfEveryOtherTag_AreDeclined) {
+TEST_F(ReduceFrame, OfValuesOfEveryOtherTag_Fail) {
   for (const std::string& name : reductions)
     for (int tag = 0; tag < 256; ++tag)
       if (tag != static_cast<int>(ValueTag::object))
-        expect_nothing(call(name, {raw(static_cast<ValueTag>(tag))}), 0, {"AnyCheck 0"},
-                       name + " of tag " + std::to_string(tag));
+        expect_no_result(call(name, {raw(static_cast<ValueTag>(tag))}), 0, {"AnyCheck 0"},
+                         name + " of tag " + std::to_string(tag));
 }
 
-TEST_F(ReduceFrame, OfNumbersStringsAndTables_AreDeclined) {
+TEST_F(ReduceFrame, OfNumbersStringsAndTables_Fail) {
   for (const std::string& name : reductions)
     for (const Value& operand : {Value(3), Value(2.5), Value(std::int64_t{3}), Value("text"), Value(u"text"),
                                  Value::table_of({Value(1), Value(2)}), Value()})
-      expect_nothing(call(name, {operand, doubles()}), 0, {"AnyCheck 0"}, name);
+      expect_no_result(call(name, {operand, doubles()}), 0, {"AnyCheck 0"}, name);
 }
 
 TEST_F(ReduceFrame, Required_Bools_AreHandledWithoutResult) {
   for (const std::string& name : reductions) {
-    expect_nothing(call(name, {array_of<XTBool>(ctx(), {2}, {true, false})}), 1, looked_at, name);
-    expect_nothing(call(name, {array_of<XTBool>(ctx(), {0}, {})}), 1, looked_at, name);
-    expect_nothing(call(name, {array_of<XTBool>(ctx(), {}, {true})}), 1, looked_at, name);
+    expect_no_result(call(name, {array_of<XTBool>(ctx(), {2}, {true, false})}), 1, looked_at, name);
+    expect_no_result(call(name, {array_of<XTBool>(ctx(), {0}, {})}), 1, looked_at, name);
+    expect_no_result(call(name, {array_of<XTBool>(ctx(), {}, {true})}), 1, looked_at, name);
   }
 }
 
 TEST_F(ReduceFrame, Required_ForeignObjects_AreHandledWithoutResult) {
   for (const char* type_name : {"$foreign", "", "$xdoublearra", "$xdoublearrays", "$XDOUBLEARRAY"}) {
     ForeignObject foreign(type_name);
-    for (const std::string& name : reductions) expect_nothing(call(name, {foreign.value()}), 1, looked_at, name);
+    for (const std::string& name : reductions) expect_no_result(call(name, {foreign.value()}), 1, looked_at, name);
   }
   ForeignObject nameless(nullptr);
-  for (const std::string& name : reductions) expect_nothing(call(name, {nameless.value()}), 1, looked_at, name);
+  for (const std::string& name : reductions) expect_no_result(call(name, {nameless.value()}), 1, looked_at, name);
 }
 
 TEST_F(ReduceFrame, ObjectsThatTheHostMadeAlone_AreHandledWithoutResult) {
   for (const char* type_name : {"$xdoublearray", "$xintarray", "$xint64array", "$xboolarray"}) {
     const Value bare = Value::object(ctx(), type_name);
     ASSERT_EQ(type_of(bare), type_name);
-    for (const std::string& name : reductions) expect_nothing(call(name, {bare}), 1, looked_at, name);
+    for (const std::string& name : reductions) expect_no_result(call(name, {bare}), 1, looked_at, name);
   }
 }
 
@@ -150,38 +144,38 @@ TEST_F(ReduceFrame, IntoTheOperandsOwnRecord_TheNumberReplacesTheArray) {
   }
 }
 
-// ---- Extents that claim other elements than there are
+// ---- Shapes whose product is not the number of stored elements
 
-TEST_F(ReduceFrame, ExtentsBeyondTheStorage_AreOutOfMemoryWhereTheyAreWalked) {
+TEST_F(ReduceFrame, ExtentsBeyondTheStorage_AreOutOfMemoryWhereTheyAreFollowed) {
   for (const char* name : {"xprod", "xmean", "xvariance", "xstddev", "xtrapz", "xcount_nonzero"})
     for (const auto& [first, second] : {std::pair{-2, -3}, {-1, -6}, {-6, -1}}) {
-      Value claims = doubles({6});
-      ASSERT_EQ(method(claims, "reshape", {Value(first), Value(second)}).returned, 1);
-      EXPECT_THROW(call(name, {claims}), std::bad_alloc) << name;
+      Value wrong = doubles({6});
+      ASSERT_EQ(method(wrong, "reshape", {Value(first), Value(second)}).returned, 1);
+      EXPECT_THROW(call(name, {wrong}), std::bad_alloc) << name;
     }
 }
 
-TEST_F(ReduceFrame, ExtentsBeyondTheStorage_AreNoMatterWhereTheStorageIsWalked) {
-  Value claims = array_of<XTDouble>(ctx(), {6}, {1, 2, 3, 4, 5, 9});
-  ASSERT_EQ(method(claims, "reshape", {Value(-2), Value(-3)}).returned, 1);
-  EXPECT_EQ(number<double>("xsum", claims), 24.0);
-  EXPECT_EQ(number<double>("xamin", claims), 1.0);
-  EXPECT_EQ(number<double>("xamax", claims), 9.0);
-  EXPECT_EQ(number<double>("xmedian", claims), 3.5);
+TEST_F(ReduceFrame, ExtentsBeyondTheStorage_DoNotMatterWhereTheStorageIsRead) {
+  Value wrong = array_of<XTDouble>(ctx(), {6}, {1, 2, 3, 4, 5, 9});
+  ASSERT_EQ(method(wrong, "reshape", {Value(-2), Value(-3)}).returned, 1);
+  EXPECT_EQ(number<double>("xsum", wrong), 24.0);
+  EXPECT_EQ(number<double>("xamin", wrong), 1.0);
+  EXPECT_EQ(number<double>("xamax", wrong), 9.0);
+  EXPECT_EQ(number<double>("xmedian", wrong), 3.5);
 }
 
 TEST_F(ReduceFrame, ExtentsOverAnEmptyStorage_GiveTheEmptyAnswers) {
   // 65536 to the fourth wraps to 0.
-  Value claims = array_of<XTDouble>(ctx(), {0}, {});
-  ASSERT_EQ(method(claims, "reshape", {Value(65536), Value(65536), Value(65536), Value(65536)}).returned, 1);
-  EXPECT_EQ(number<double>("xsum", claims), 0.0);
-  EXPECT_EQ(number<double>("xprod", claims), 1.0);
-  EXPECT_EQ(number<double>("xamin", claims), std::numeric_limits<double>::max());
-  EXPECT_EQ(number<double>("xamax", claims), std::numeric_limits<double>::min());
+  Value wrong = array_of<XTDouble>(ctx(), {0}, {});
+  ASSERT_EQ(method(wrong, "reshape", {Value(65536), Value(65536), Value(65536), Value(65536)}).returned, 1);
+  EXPECT_EQ(number<double>("xsum", wrong), 0.0);
+  EXPECT_EQ(number<double>("xprod", wrong), 1.0);
+  EXPECT_EQ(number<double>("xamin", wrong), std::numeric_limits<double>::max());
+  EXPECT_EQ(number<double>("xamax", wrong), std::numeric_limits<double>::min());
   for (const char* name : {"xmean", "xvariance", "xstddev", "xmedian"})
-    EXPECT_TRUE(std::isnan(number<double>(name, claims))) << name;
-  EXPECT_EQ(number<double>("xtrapz", claims), 0.0);
-  EXPECT_EQ(number<std::int64_t>("xcount_nonzero", claims), 0);
+    EXPECT_TRUE(std::isnan(number<double>(name, wrong))) << name;
+  EXPECT_EQ(number<double>("xtrapz", wrong), 0.0);
+  EXPECT_EQ(number<std::int64_t>("xcount_nonzero", wrong), 0);
 }
 
 // ---- Memory

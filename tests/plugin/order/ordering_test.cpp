@@ -1,6 +1,6 @@
-// order/sort_test.cpp: xsort and xargsort beside the array library's own, bit for bit
+// order/ordering_test.cpp: xsort and xargsort beside the array library's own, bit for bit
 //
-// Runs of 256 elements and more are sorted in another way, which must give the same. Only where positions of equal
+// Rows of 256 elements and more are sorted in another way, which must give the same. Only where positions of equal
 // elements go is that way's own choice.
 
 #include <algorithm>
@@ -28,7 +28,7 @@ class Sorts : public OverKinds<OrderingTest> {
   FloatKindRegistered registered_;
 };
 
-INSTANTIATE_TEST_SUITE_P(Kinds, Sorts, ::testing::ValuesIn(all_kinds), KindName());
+INSTANTIATE_TEST_SUITE_P(Kinds, Sorts, ::testing::ValuesIn(numeric_kinds), KindName());
 
 TEST_P(Sorts, OfEveryPatternLengthAndShape_AreTheLibrarys) {
   for_each_array(kind(), [&](const Value& operand, const TestArray& array, const std::string& what) {
@@ -79,8 +79,8 @@ TEST_P(Sorts, Required_ASecondArgument_IsNoAxis) {
     EXPECT_EQ(given(call("xsort", {operand.value(), Value(axis)}), kind()), TestArray(kind(), {2, 2}, {3, 4, 1, 2}));
 }
 
-// A vectorised sort of doubles loses elements here: some become the infinity, others vanish.
-TEST_F(OrderingTest, XsortOfFewDistinctRealsWithInfinities_KeepsEachElement) {
+// The vectorised sort for doubles that others take loses elements here: some become the infinity, others vanish.
+TEST_F(OrderingTest, XsortOfFewDistinctDoublesWithInfinities_KeepsEachElement) {
   constexpr double infinity = std::numeric_limits<double>::infinity();
   const Numbers sets[] = {{infinity, 0, 1},  {infinity, -infinity, 2}, {infinity, 5},
                           {-infinity, 5, 6}, {infinity, -infinity},    {infinity, 1, 2, 3, 4, 5, 6, 7}};

@@ -1,4 +1,4 @@
-// linalg/frame_test.cpp: what the twenty-two functions ask of the host, what they accept, and how their results come
+// linalg/linalg_frame_test.cpp: what the functions ask of the host, what they accept, and how results come
 
 #include <cstring>
 #include <sstream>
@@ -12,7 +12,7 @@ namespace {
 enum class Form { array, scalar, arrays, numbers, nothing };
 
 /// What becomes of integers, in whatever position.
-enum class Integers { taken, refused };
+enum class Integers { taken, fail };
 
 struct Function {
   const char* name;
@@ -22,26 +22,17 @@ struct Function {
   int values = 0;  // of a table
 };
 
-constexpr Function functions[] = {{"xdot", 2, Integers::taken, Form::array},
-                                  {"xvdot", 2, Integers::taken, Form::scalar},
-                                  {"xouter", 2, Integers::taken, Form::array},
-                                  {"xkron", 2, Integers::taken, Form::array},
-                                  {"xcholesky", 1, Integers::refused, Form::array},
-                                  {"xqr", 1, Integers::refused, Form::arrays, 2},
-                                  {"xsvd", 1, Integers::refused, Form::arrays, 3},
-                                  {"xeig", 1, Integers::refused, Form::arrays, 0},
-                                  {"xeigvals", 1, Integers::refused, Form::nothing},
-                                  {"xeigh", 1, Integers::refused, Form::arrays, 2},
-                                  {"xeigvalsh", 1, Integers::refused, Form::array},
-                                  {"xnorm", 1, Integers::refused, Form::scalar},
-                                  {"xdet", 1, Integers::refused, Form::scalar},
-                                  {"xmatrix_rank", 1, Integers::refused, Form::scalar},
-                                  {"xslogdet", 1, Integers::refused, Form::numbers, 2},
-                                  {"xtrace", 1, Integers::taken, Form::scalar},
-                                  {"xinv", 1, Integers::refused, Form::array},
-                                  {"xpinv", 1, Integers::refused, Form::array},
-                                  {"xsolve", 2, Integers::refused, Form::array},
-                                  {"xlstsq", 2, Integers::refused, Form::arrays, 4}};
+constexpr Function functions[] = {
+    {"xdot", 2, Integers::taken, Form::array},         {"xvdot", 2, Integers::taken, Form::scalar},
+    {"xouter", 2, Integers::taken, Form::array},       {"xkron", 2, Integers::taken, Form::array},
+    {"xcholesky", 1, Integers::fail, Form::array},     {"xqr", 1, Integers::fail, Form::arrays, 2},
+    {"xsvd", 1, Integers::fail, Form::arrays, 3},      {"xeig", 1, Integers::fail, Form::arrays, 0},
+    {"xeigvals", 1, Integers::fail, Form::nothing},    {"xeigh", 1, Integers::fail, Form::arrays, 2},
+    {"xeigvalsh", 1, Integers::fail, Form::array},     {"xnorm", 1, Integers::fail, Form::scalar},
+    {"xdet", 1, Integers::fail, Form::scalar},         {"xmatrix_rank", 1, Integers::fail, Form::scalar},
+    {"xslogdet", 1, Integers::fail, Form::numbers, 2}, {"xtrace", 1, Integers::taken, Form::scalar},
+    {"xinv", 1, Integers::fail, Form::array},          {"xpinv", 1, Integers::fail, Form::array},
+    {"xsolve", 2, Integers::fail, Form::array},        {"xlstsq", 2, Integers::fail, Form::arrays, 4}};
 
 /// Both have no regular result: the stub, and the function that always throws.
 constexpr const char* without_result[] = {"xmatrix_power", "xcond"};
@@ -102,32 +93,41 @@ class LinalgFrame : public AlgebraTest {
     for (const char* name : without_result) visit(name, std::size_t{1});
   }
 
-  /// With each of the values in each position, the others being matrices: refused, once it was looked at.
-  void expect_refused_without_fetching(const Value& value, const std::string& what) {
+  /// With the value in each position, the others being matrices: the call fails once it has looked at the value.
+  void expect_failure_without_fetching(const Value& value, const std::string& what) {
     for_all_names([&](const char* name, std::size_t count) {
       for (std::size_t position = 0; position < count; ++position) {
         auto args = operands(count);
         args[position] = value;
         const Answer answer = call(name, args);
-        expect_nothing(answer, 0, name + (" of " + what));
+        expect_no_result(answer, 0, name + (" of " + what));
         EXPECT_EQ(answer.operations, position == 0 ? Words{"AnyCheck 0"} : (Words{"AnyCheck 0", "AnyCheck 1"})) << name;
       }
     });
   }
 
-  /// The same with an object that is no numeric array: refused, once both are fetched. The stub takes any object.
-  void expect_refused_after_fetching(const Value& value, const std::string& what) {
+  /// The same with an object that is no numeric array: the call fails once both are fetched. The stub takes any object.
+  void expect_failure_after_fetching(const Value& value, const std::string& what) {
     for_all_names([&](const char* name, std::size_t count) {
       for (std::size_t position = 0; position < count; ++position) {
         auto args = operands(count);
         args[position] = value;
         const Answer answer = call(name, args);
-        expect_nothing(answer, contains(stubs, name) ? 1 : 0, name + (" of " + what));
+        expect_no_result(answer, contains(stubs, name) ? 1 : 0, name + (" of " + what));
         EXPECT_EQ(answer.operations, looked_at(count)) << name;
       }
     });
   }
 };
+
+TEST_F(LinalgFrame, Functions_AreThoseOfTheFamily) {
+  Names names;
+  for_all_names([&](const char* name, std::size_t) { names.push_back(name); });
+  Names family = functions_of("linalg");
+  std::sort(names.begin(), names.end());
+  std::sort(family.begin(), family.end());
+  EXPECT_EQ(names, family);
+}
 
 // ---- Kinds
 
@@ -151,7 +151,7 @@ TEST_F(LinalgFrame, IntegersAreTakenByProductsAndTheTraceAlone) {
       continue;
     }
     for (const Answer& answer : {ints, longs}) {
-      expect_nothing(answer, 0, function.name);
+      expect_no_result(answer, 0, function.name);
       EXPECT_EQ(answer.operations, looked_at(function.operands)) << function.name;
     }
   }
@@ -160,12 +160,12 @@ TEST_F(LinalgFrame, IntegersAreTakenByProductsAndTheTraceAlone) {
 TEST_F(LinalgFrame, Required_IntegersCountAsHandledByXcond) {
   for (const Value& integers : {matrix(Kind::int32), matrix(Kind::int64)}) {
     const Answer answer = call("xcond", {integers});
-    expect_nothing(answer, 1, "xcond");
+    expect_no_result(answer, 1, "xcond");
     EXPECT_EQ(answer.operations, looked_at(1));
   }
 }
 
-TEST_F(LinalgFrame, IntegersInAnyShape_AreRefusedByKindAlone) {
+TEST_F(LinalgFrame, IntegersInAnyShape_FailByKindAlone) {
   const Extents shapes[] = {{}, {0}, {3}, {2, 3}, {0, 0}, {2, 2, 2}};
   for (const Extents& extents : shapes) {
     const Value whole = ints(extents, Numbers(size_of(extents), 1));
@@ -186,23 +186,23 @@ TEST_F(LinalgFrame, EveryPairOfKinds_OfTheSolvers) {
   for (std::size_t i = 0; i < 4; ++i)
     for (std::size_t j = 0; j < 4; ++j) {
       const Answer solved = call("xsolve", {kinds[i], kinds[j]});
-      const Answer least = call("xlstsq", {kinds[i], kinds[j]});
+      const Answer fitted = call("xlstsq", {kinds[i], kinds[j]});
       EXPECT_EQ(solved.operations, i >= 2 && i == j ? operations_of(functions[18]) : looked_at(2)) << i << j;
-      EXPECT_EQ(least.operations, i >= 2 && j >= 2 ? operations_of(functions[19]) : looked_at(2)) << i << j;
+      EXPECT_EQ(fitted.operations, i >= 2 && j >= 2 ? operations_of(functions[19]) : looked_at(2)) << i << j;
       if (i >= 2 && i == j)
         expect_form(functions[18], solved, names[i]);
       else
-        expect_nothing(solved, 0, "xsolve");
+        expect_no_result(solved, 0, "xsolve");
       if (i >= 2 && j >= 2)
-        expect_form(functions[19], least, names[i]);
+        expect_form(functions[19], fitted, names[i]);
       else
-        expect_nothing(least, 0, "xlstsq");
+        expect_no_result(fitted, 0, "xlstsq");
     }
 }
 
 TEST_F(LinalgFrame, Required_FloatAndDouble_AreNoPairForXsolve) {
-  expect_nothing(call("xsolve", {matrix(Kind::float32), matrix()}), 0, "float, double");
-  expect_nothing(call("xsolve", {matrix(), matrix(Kind::float32)}), 0, "double, float");
+  expect_no_result(call("xsolve", {matrix(Kind::float32), matrix()}), 0, "float, double");
+  expect_no_result(call("xsolve", {matrix(), matrix(Kind::float32)}), 0, "double, float");
   // Kinds come before shapes.
   EXPECT_EQ(ending("xsolve", {ones({2, 3}), made(Kind::float32, {2}, {1, 2})}), "0");
   EXPECT_EQ(ending("xsolve", {ones({2, 3}), made(Kind::int32, {2}, {1, 2})}), "0");
@@ -245,7 +245,7 @@ TEST_F(LinalgFrame, ATableThatWasThere_KeepsNothing) {
 }
 
 TEST_F(LinalgFrame, Required_TheTableIsForcedOnlyAfterTheOperationSucceeded) {
-  const Value bad = doubles({3, 3}, Reals(9, not_a_number)), wide = ones({2, 3}), row = ones({3});
+  const Value bad = doubles({3, 3}, Doubles(9, not_a_number)), wide = ones({2, 3}), row = ones({3});
   const auto expect_no_table = [&](const char* name, const std::vector<Value>& args) {
     EXPECT_ANY_THROW(call(name, args)) << name;  // `call` looks at the result record
     for (const auto& recorded : hvm::recorded_calls()) EXPECT_STRNE(recorded.operation, "HVM_ForceTable") << name;
@@ -278,9 +278,9 @@ TEST_F(LinalgFrame, WithoutATableOfTheHost_MemoryIsOut) {
 TEST_F(LinalgFrame, WithoutObjectsOfTheHost_ResultsAreNil) {
   for (const Function& function : functions) {
     const auto args = operands(function.operands);
-    hvm::refuse_new_objects(true);
+    hvm::withhold_objects(true);
     const Answer answer = call(function.name, args);
-    hvm::refuse_new_objects(false);
+    hvm::withhold_objects(false);
     EXPECT_EQ(answer.returned, 1) << function.name;
     EXPECT_EQ(answer.operations, operations_of(function)) << function.name;
     EXPECT_EQ(answer.result.is_nil(), gives_object(function)) << function.name;
@@ -301,47 +301,47 @@ TEST_F(LinalgWithoutFloatName, Required_ResultsOfFloats_TellTheHostOfNull) {
   }
 }
 
-// ---- Refusals
+// ---- Failures
 
-TEST_F(LinalgFrame, WithTooFewArguments_AreDeclined) {
+TEST_F(LinalgFrame, WithTooFewArguments_Fail) {
   for_all_names([&](const char* name, std::size_t count) {
     for (int nargs = -1; nargs < static_cast<int>(count); ++nargs) {
       const Answer answer = call_with_count(name, operands(2), nargs);
-      expect_nothing(answer, 0, name);
+      expect_no_result(answer, 0, name);
       EXPECT_EQ(answer.operations, Words{}) << name << nargs;
     }
   });
 }
 
-TEST_F(LinalgFrame, ValuesOfEveryOtherTag_AreDeclinedInEveryPosition) {
+TEST_F(LinalgFrame, ValuesOfEveryOtherTag_FailInEveryPosition) {
   for (int tag = 0; tag < 256; ++tag)
     if (tag != static_cast<int>(ValueTag::object))
-      expect_refused_without_fetching(raw(static_cast<ValueTag>(tag)), "tag " + std::to_string(tag));
+      expect_failure_without_fetching(raw(static_cast<ValueTag>(tag)), "tag " + std::to_string(tag));
 }
 
-TEST_F(LinalgFrame, NumbersStringsAndTables_AreDeclinedInEveryPosition) {
+TEST_F(LinalgFrame, NumbersStringsAndTables_FailInEveryPosition) {
   for (const Value& value : {Value(3), Value(2.5), Value(std::int64_t{3}), Value("text"), Value(u"text"),
                              Value::table_of({Value(1), Value(2)}), Value()})
-    expect_refused_without_fetching(value, "a value");
+    expect_failure_without_fetching(value, "a value");
 }
 
-TEST_F(LinalgFrame, Bools_AreDeclinedInEveryPosition) {
+TEST_F(LinalgFrame, Bools_FailInEveryPosition) {
   for (const Extents& extents : {Extents{2, 2}, Extents{0}, Extents{}, Extents{3}})
-    expect_refused_after_fetching(array_of<XTBool>(ctx(), extents, std::vector<bool>(size_of(extents), true)), "bools");
+    expect_failure_after_fetching(array_of<XTBool>(ctx(), extents, std::vector<bool>(size_of(extents), true)), "bools");
 }
 
-TEST_F(LinalgFrame, ForeignObjects_AreDeclinedInEveryPosition) {
+TEST_F(LinalgFrame, ForeignObjects_FailInEveryPosition) {
   for (const char* type_name : {"$foreign", "", "$xdoublearra", "$xdoublearrays", "$XDOUBLEARRAY"}) {
     ForeignObject foreign(type_name);
-    expect_refused_after_fetching(foreign.value(), type_name);
+    expect_failure_after_fetching(foreign.value(), type_name);
   }
   ForeignObject nameless(nullptr);
-  expect_refused_after_fetching(nameless.value(), "no name");
+  expect_failure_after_fetching(nameless.value(), "no name");
 }
 
-TEST_F(LinalgFrame, ObjectsThatTheHostMadeAlone_AreDeclinedInEveryPosition) {
+TEST_F(LinalgFrame, ObjectsThatTheHostMadeAlone_FailInEveryPosition) {
   for (const char* type_name : {"$xdoublearray", "$xintarray", "$xint64array", "$xboolarray"})
-    expect_refused_after_fetching(Value::object(ctx(), type_name), type_name);
+    expect_failure_after_fetching(Value::object(ctx(), type_name), type_name);
 }
 
 TEST_F(LinalgFrame, TheSecondOperand_IsFetchedButNotLookedAtWhenTheFirstIsNone) {
@@ -351,7 +351,7 @@ TEST_F(LinalgFrame, TheSecondOperand_IsFetchedButNotLookedAtWhenTheFirstIsNone) 
   for (const Function& function : functions) {
     if (function.operands < 2) continue;
     const Answer answer = call(function.name, {bools, Value::object(&without_manager)});
-    expect_nothing(answer, 0, function.name);
+    expect_no_result(answer, 0, function.name);
     EXPECT_EQ(answer.operations, looked_at(2)) << function.name;
   }
 }
@@ -364,7 +364,7 @@ TEST_F(LinalgFrameDeathTest, Required_ArraysWithoutAContainer_AreReadThroughNull
   ASSERT_EQ(type_of(hollow), "$xdoublearray");
   for (const Function& function : functions)
     EXPECT_DEATH(call(function.name, std::vector<Value>(function.operands, hollow)), "") << function.name;
-  expect_nothing(call("xmatrix_power", {hollow}), 1, "xmatrix_power");
+  expect_no_result(call("xmatrix_power", {hollow}), 1, "xmatrix_power");
 }
 
 // ---- The stub
@@ -375,7 +375,7 @@ TEST_F(LinalgFrame, Required_XmatrixPowerOfAnyObject_IsHandledWithoutAResult) {
                               array_of<XTBool>(ctx(), {2}, {true, false}), Value::object(ctx(), "$xintarray")})
     for (const std::vector<Value>& args : {std::vector<Value>{object}, {object, Value(3)}, {object, Value("x")}}) {
       const Answer answer = call("xmatrix_power", args);
-      expect_nothing(answer, 1, "xmatrix_power");
+      expect_no_result(answer, 1, "xmatrix_power");
       EXPECT_EQ(answer.operations, looked_at(1));
     }
 }
@@ -413,7 +413,7 @@ TEST_F(LinalgFrame, FurtherArguments_AreNotReadAndNotChecked) {
 }
 
 TEST_F(LinalgFrame, Operands_StayAsTheyWere) {
-  const Reals elements = {2, 1, 1, 3};
+  const Doubles elements = {2, 1, 1, 3};
   const auto expect_kept = [&](const char* name, std::size_t count) {
     const auto args = operands(count);
     const void* container = container_address(args[0]);
