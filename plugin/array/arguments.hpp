@@ -31,19 +31,35 @@ inline std::optional<ArrayRef> numeric_argument(const Call& call, int n) {
   return unbox_numeric(object(call, n));
 }
 
+/// Calls `visit(kind, array)` for an array whose elements are of a type that `Takes` holds for. Fails for the other
+/// kinds, whose arrays are not touched: `xarange` can make one without a container.
+template <template <class> class Takes, class Visit>
+Outcome visit_taken(const ArrayRef& ref, Visit visit) {
+  return xtl::visit(
+      [&](auto* boxed) {
+        using Kind = typename std::decay_t<decltype(*boxed)>::tag;
+        if constexpr (Takes<typename Kind::element>::value) {
+          visit(Kind{}, *boxed->array);
+          return Outcome::handled;
+        }
+        return Outcome::failed;
+      },
+      ref);
+}
+
 /// Calls `visit(kind, array)` for an array of floating-point numbers; fails for the other kinds.
 template <class Visit>
 Outcome visit_floating(const ArrayRef& ref, Visit visit) {
-  return visit_ref(ref, [&](auto kind, const auto& array) {
-    if constexpr (std::is_floating_point_v<typename decltype(kind)::element>) {
-      visit(kind, array);
-      return Outcome::handled;
-    }
-    return Outcome::failed;
-  });
+  return visit_taken<std::is_floating_point>(ref, visit);
 }
 
-/// The same for the first argument.
+/// Calls `visit(kind, array)` for an array of integers; fails for the other kinds.
+template <class Visit>
+Outcome visit_integers(const ArrayRef& ref, Visit visit) {
+  return visit_taken<std::is_integral>(ref, visit);
+}
+
+/// The same as `visit_floating` for the first argument.
 template <class Visit>
 Outcome visit_first_floating(const Call& call, Visit visit) {
   const auto array = numeric_argument(call, 0);

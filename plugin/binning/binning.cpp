@@ -218,13 +218,7 @@ Outcome xhistogram_bin_edges(const Call& call) {
 Outcome xbincount(const Call& call) {
   const auto array = numeric_argument(call, 0);
   if (!array) return Outcome::failed;
-  return visit_ref(*array, [&](auto kind, const auto& data) {
-    if constexpr (std::is_integral_v<typename decltype(kind)::element>) {
-      give_array(call, occurrences(kind, data));
-      return Outcome::handled;
-    }
-    return Outcome::failed;
-  });
+  return visit_integers(*array, [&](auto kind, const auto& data) { give_array(call, occurrences(kind, data)); });
 }
 
 // required: the places are doubles.
