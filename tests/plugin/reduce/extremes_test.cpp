@@ -53,6 +53,16 @@ TEST_P(Extremes, AtEachPlace_AreFound) {
     }
 }
 
+TEST_P(Extremes, OfLongArrays_AreFoundAtEachEnd) {
+  for (const std::size_t length : {65536u, 65537u, 131072u, 131073u, 200001u})
+    for (const std::size_t place : {std::size_t{0}, length / 4, length / 2 + 1, length - 1}) {
+      TestArray x(kind(), {length}, Numbers(length, 100));
+      x.set(place, 7);
+      x.set(length - 1 - place, 1000);
+      expect_order(x, "one small and one large");
+    }
+}
+
 class FloatingExtremes : public Extremes {};
 INSTANTIATE_TEST_SUITE_P(Kinds, FloatingExtremes, ::testing::ValuesIn(floating_kinds), KindName());
 
