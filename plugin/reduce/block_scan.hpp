@@ -97,8 +97,8 @@ T floating_extreme(const T* elements, std::size_t count, T accumulated, Choose c
   return fold_blocks(elements + i, count - i, accumulated, in_order);
 }
 
-/// The extreme of `accumulated` and integers. Integers that compare equal are the same, so any order will do. Beyond the
-/// second-level cache they are read in several places at once, which keeps more loads from memory in flight.
+/// The extreme of `accumulated` and integers. Integers that compare equal are the same, so any order will do. Beyond
+/// the second-level cache they are read in several places at once, which keeps more loads from memory in flight.
 template <class T, class Choose>
 T integer_extreme(const T* elements, std::size_t count, T accumulated, Choose choose) {
   constexpr std::size_t cached = (std::size_t{512} << 10) / sizeof(T);
