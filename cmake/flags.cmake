@@ -1,6 +1,7 @@
-# Compiler flags, as two interface targets.
+# Compiler flags, as interface targets.
 #
 #   project_flags    everything: warnings, NDEBUG, sanitizers
+#   arithmetic_flags the kernels and the module: fixed arithmetic
 #   arrayfold_flags  the module, and whatever includes its array headers: one instruction set, fixed arithmetic
 
 find_package(Threads REQUIRED)
@@ -22,6 +23,13 @@ endif()
 add_library(arrayfold_contract INTERFACE)
 target_include_directories(arrayfold_contract INTERFACE ${PROJECT_SOURCE_DIR}/plugin)
 
+# Fixed arithmetic, for the module and its kernels.
+add_library(arithmetic_flags INTERFACE)
+target_compile_options(arithmetic_flags INTERFACE
+  -ffp-contract=off  # fixed orders and roundings are part of what the module promises
+  -fwrapv)           # integers wrap
+
+find_package(hwy CONFIG REQUIRED)
 find_package(xtensor REQUIRED)
 find_package(nlohmann_json REQUIRED)
 
@@ -31,9 +39,8 @@ target_include_directories(arrayfold_flags SYSTEM INTERFACE ${xtensor_INCLUDE_DI
 target_link_libraries(arrayfold_flags INTERFACE nlohmann_json::nlohmann_json)
 # Every source that sees an array agrees on this macro: it is part of what the containers are.
 target_compile_definitions(arrayfold_flags INTERFACE XTENSOR_USE_XSIMD)
+target_link_libraries(arrayfold_flags INTERFACE arithmetic_flags)
 target_compile_options(arrayfold_flags INTERFACE
-  -ffp-contract=off       # fixed orders and roundings are part of what the module promises
-  -fwrapv                 # integers wrap
   -fno-builtin-erf -fno-builtin-lgamma)  # these two are the host's
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
   # Not an instruction set of the machine at hand: 32-byte containers are the array type.

@@ -12,41 +12,35 @@
 
 namespace arrayfold {
 
-template <class Operation, class T, class R>
-void combine_rows(Operation operation, const T* left, const T* right, const BroadcastRows& rows, R* out) {
-  const auto advancing = [](const T* elements) { return elements; };
-  const auto repeated = [](const T* elements) { return *elements; };
-  const auto for_each_row = [&](auto left_of, auto right_of) {
-    for (std::size_t row = 0; row < rows.count; ++row)
-      combine<T>(operation, left_of(left + rows.left + row * rows.left_stride),
-                 right_of(right + rows.right + row * rows.right_stride), out + row * rows.length, rows.length);
-  };
-  if (rows.left_step != 0 && rows.right_step != 0) return for_each_row(advancing, advancing);
-  if (rows.left_step != 0) return for_each_row(advancing, repeated);
-  if (rows.right_step != 0) return for_each_row(repeated, advancing);
-  for_each_row(repeated, repeated);
-}
+/// One row of `count` elements, in which both operands advance or the right one repeats a number.
+inline OperandRows one_row(std::size_t count) { return {count, 1, 0, 0}; }
 
-/// A new array of `operation(left, right)` for each element of the broadcast shape. Throws std::bad_alloc when the
+/// A new array of the operation's result for each element of the broadcast shape. Throws std::bad_alloc when the
 /// product of an operand's extents is not the number of its elements, and xt::broadcast_error when the shapes do not
 /// fit.
-template <class ResultKind, class T, class Operation>
+template <class ResultKind, class T>
 std::unique_ptr<ArrayOf<ResultKind>> combined(const xarray_of<T>& left, const xarray_of<T>& right,
-                                              Operation operation) {
+                                              const Operation<T, typename ResultKind::element>& operation) {
   check_extents(left);
   check_extents(right);
   const T* left_elements = left.storage().data();
   const T* right_elements = right.storage().data();
   if (same_shape(left.shape(), right.shape())) {
     auto made = make_array<ResultKind>(left.shape());
-    combine<T>(operation, left_elements, right_elements, made->array->storage().data(), left.storage().size());
+    operation.both_advance(left_elements, right_elements, made->array->storage().data(),
+                           one_row(left.storage().size()));
     return made;
   }
   const BroadcastWalk walk(left.shape(), right.shape());
   auto made = make_array<ResultKind>(walk.extents());
   auto* out = made->array->storage().data();
   walk.for_each_rows([&](const BroadcastRows& rows) {
-    combine_rows(operation, left_elements, right_elements, rows, out);
+    // Where neither advances, the result is a single element.
+    const auto loop = rows.left_step == rows.right_step ? operation.both_advance
+                      : rows.left_step != 0             ? operation.left_advances
+                                                        : operation.right_advances;
+    loop(left_elements + rows.left, right_elements + rows.right, out,
+         {rows.length, rows.count, rows.left_stride, rows.right_stride});
     out += rows.count * rows.length;
   });
   return made;

@@ -9,37 +9,32 @@
 namespace arrayfold {
 namespace {
 
-// required: the second operand is chosen where the comparison fails: for NaN in either, and for equal elements, the two
-// zeros among them.
-struct Minimum {
-  template <class T>
-  T operator()(T a, T b) const {
-    return a < b ? a : b;
-  }
+constexpr auto smaller = [](const auto& array) {
+  return arithmetic<typename std::decay_t<decltype(array)>::value_type>().minimum;
 };
-struct Maximum {
-  template <class T>
-  T operator()(T a, T b) const {
-    return b < a ? a : b;
-  }
+constexpr auto larger = [](const auto& array) {
+  return arithmetic<typename std::decay_t<decltype(array)>::value_type>().maximum;
 };
 
-/// Gives the doubles that `choice` picks from two arrays of the same kind, compared in that kind. Pairs of other kinds
-/// count as handled and give no value.
+/// Gives the doubles that `choice_of(array)` picks from two arrays of the same kind, compared in that kind. Pairs of
+/// other kinds count as handled and give no value.
 template <class Choice>
-Outcome choose(const Call& call, Choice choice) {
+Outcome choose(const Call& call, Choice choice_of) {
   if (!is_object(call, 0) || !is_object(call, 1)) return Outcome::failed;
   const HostAny* left = object(call, 0);
   const HostAny* right = object(call, 1);
-  visit_same_kind(double_first{}, left, right,
-                  [&](auto, const auto& a, const auto& b) { give_array(call, combined<XTDouble>(a, b, choice)); });
+  visit_same_kind(double_first{}, left, right, [&](auto, const auto& a, const auto& b) {
+    give_array(call, combined<XTDouble>(a, b, choice_of(a)));
+  });
   return Outcome::handled;
 }
 
 }  // namespace
 
-Outcome xminimum(const Call& call) { return choose(call, Minimum{}); }
-Outcome xmaximum(const Call& call) { return choose(call, Maximum{}); }
+// required: the second operand is chosen where the comparison fails: for NaN in either, and for equal elements, the two
+// zeros among them.
+Outcome xminimum(const Call& call) { return choose(call, smaller); }
+Outcome xmaximum(const Call& call) { return choose(call, larger); }
 
 // required: two objects are checked and neither is fetched, unlike in the four below.
 Outcome xremainder(const Call& call) {

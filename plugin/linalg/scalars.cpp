@@ -6,7 +6,6 @@
 #include <cmath>
 
 #include "array/ordered_fold.hpp"
-#include "kernels/arithmetic.hpp"
 #include "linalg/lu.hpp"
 
 namespace arrayfold {

@@ -61,28 +61,35 @@ ArrayOf<Kind>* array_of_kind(HostValue* value) {
   return any == nullptr ? nullptr : unbox_array<Kind>(any);
 }
 
+/// An operation on the elements of an array with results of a kind.
+template <class ResultKind, class Array>
+using OperationOf = Operation<typename Array::element, typename ResultKind::element>;
+
 // ---- With a number. required: the array stays on the left, so 5 - a computes a - 5.
 
-template <class ResultKind, class Array, class Operation>
-void give_with_number(const Application<Array>& at, typename Array::element number, Operation operation) {
+template <class ResultKind, class Array>
+void give_with_number(const Application<Array>& at, typename Array::element number,
+                      const OperationOf<ResultKind, Array>& operation) {
   const auto& elements = at.elements();
   check_extents(elements);
   auto made = make_array<ResultKind>(elements.shape());
-  combine<typename Array::element>(operation, elements.storage().data(), number, made->array->storage().data(),
-                                   elements.storage().size());
+  operation.left_advances(elements.storage().data(), &number, made->array->storage().data(),
+                          one_row(elements.storage().size()));
   hand_over(ResultKind{}, at.ctx, at.result, std::move(made));
 }
 
-template <class Array, class Operation>
-void change_by_number(const Application<Array>& at, typename Array::element number, Operation operation) {
+template <class Array>
+void change_by_number(const Application<Array>& at, typename Array::element number,
+                      const OperationOf<typename Array::tag, Array>& operation) {
   auto& storage = at.array.array->storage();
-  change(operation, storage.data(), number, storage.size());
+  operation.left_advances(storage.data(), &number, storage.data(), one_row(storage.size()));
 }
 
 // ---- With an array of the same kind
 
-template <class ResultKind, class Array, class Operation>
-void give_with_array(const Application<Array>& at, const Array& other, Operation operation) {
+template <class ResultKind, class Array>
+void give_with_array(const Application<Array>& at, const Array& other,
+                     const OperationOf<ResultKind, Array>& operation) {
   const auto& mine = at.elements();
   const auto& theirs = *other.array;
   auto made =
@@ -92,8 +99,9 @@ void give_with_array(const Application<Array>& at, const Array& other, Operation
 
 /// Equal shapes need one pass and no temporary. A broadcast result is computed first and then replaces the array's
 /// container, so that the array can grow.
-template <class Array, class Operation>
-void change_by_array(const Application<Array>& at, const Array& other, Operation operation) {
+template <class Array>
+void change_by_array(const Application<Array>& at, const Array& other,
+                     const OperationOf<typename Array::tag, Array>& operation) {
   auto& mine = *at.array.array;
   const auto& theirs = *other.array;
   if (!same_shape(mine.shape(), theirs.shape())) {
@@ -102,16 +110,15 @@ void change_by_array(const Application<Array>& at, const Array& other, Operation
   }
   check_extents(mine);
   auto* elements = mine.storage().data();
-  if (&mine == &theirs) return change_by_itself(operation, elements, mine.storage().size());
-  change(operation, elements, static_cast<const typename Array::element*>(theirs.storage().data()),
-         mine.storage().size());
+  operation.both_advance(elements, theirs.storage().data(), elements, one_row(mine.storage().size()));
 }
 
 // ---- The two paths
 
 /// Arithmetic and comparison. Returns false for operands that the kind does not combine with.
-template <class ResultKind, class Array, class Operation>
-bool apply(const Application<Array>& at, InPlace with_number, InPlace with_array, Operation operation) {
+template <class ResultKind, class Array>
+bool apply(const Application<Array>& at, InPlace with_number, InPlace with_array,
+           const OperationOf<ResultKind, Array>& operation) {
   using Kind = typename Array::tag;
   HostValue* other = at.other;
   if (other == nullptr || other->tag == ValueTag::table) return false;
@@ -139,33 +146,26 @@ bool apply(const Application<Array>& at, InPlace with_number, InPlace with_array
   return true;
 }
 
-template <class Array, class Operation>
-bool compare(const Application<Array>& at, Operation operation) {
+template <class Array>
+bool compare(const Application<Array>& at, const OperationOf<XTBool, Array>& operation) {
   return apply<XTBool>(at, InPlace::never, InPlace::never, operation);
 }
 
-template <class Array, class Operation>
-bool calculate(const Application<Array>& at, InPlace with_number, InPlace with_array, Operation operation) {
+template <class Array>
+bool calculate(const Application<Array>& at, InPlace with_number, InPlace with_array,
+               const OperationOf<typename Array::tag, Array>& operation) {
   return apply<typename Array::tag>(at, with_number, with_array, operation);
 }
 
 // ---- Whole-array tests
 
+/// Integers are equal where their bytes are; of doubles NaN equals nothing.
 template <class T>
-bool all_equal(const T* left, const T* right, std::size_t count) {
-  if constexpr (std::is_integral_v<T>) return count == 0 || std::memcmp(left, right, count * sizeof(T)) == 0;
-  // Blocks are compared without a branch; the test ends with the first that differs. NaN equals nothing. The flag is as
-  // wide as an element and the block too long to be unrolled completely, so that the compiler vectorises the loop.
-  constexpr std::size_t block = 32;
-  std::size_t i = 0;
-  for (; i + block <= count; i += block) {
-    std::int64_t differs = 0;
-    for (std::size_t j = 0; j < block; ++j) differs |= left[i + j] == right[i + j] ? 0 : 1;
-    if (differs != 0) return false;
-  }
-  for (; i < count; ++i)
-    if (!(left[i] == right[i])) return false;
-  return true;
+bool equal_elements(const T* left, const T* right, std::size_t count) {
+  if constexpr (std::is_integral_v<T>)
+    return count == 0 || std::memcmp(left, right, count * sizeof(T)) == 0;
+  else
+    return all_equal(left, right, count);
 }
 
 /// Gives 1 when equality is as `wanted`, else 0. Shapes that differ are unequal, without any broadcasting.
@@ -177,7 +177,7 @@ bool test_equality(const Application<Array>& at, bool wanted) {
   const auto& mine = at.elements();
   const auto& theirs = *other->array;
   const bool equal = same_shape(mine.shape(), theirs.shape()) &&
-                     all_equal(mine.storage().data(), theirs.storage().data(), mine.storage().size());
+                     equal_elements(mine.storage().data(), theirs.storage().data(), mine.storage().size());
   HVM_SetInt(at.ctx, at.result, equal == wanted ? 1 : 0);
   return true;
 }
@@ -212,31 +212,32 @@ template <class Array>
 bool apply_to_numbers(const Application<Array>& at, Opcode opcode) {
   constexpr auto either = InPlace::from_either_side;
   constexpr auto left = InPlace::from_the_left;
+  const auto& with = arithmetic<typename Array::element>();
   switch (opcode) {
     case Opcode::less_equal:
-      return compare(at, LessEqual{});
+      return compare(at, with.less_equal);
     case Opcode::greater_equal:
-      return compare(at, GreaterEqual{});
+      return compare(at, with.greater_equal);
     case Opcode::less:
-      return compare(at, Less{});
+      return compare(at, with.less);
     case Opcode::greater:
-      return compare(at, Greater{});
+      return compare(at, with.greater);
     case Opcode::equal:
       return test_equality(at, true);
     case Opcode::not_equal:
       return test_equality(at, false);
     case Opcode::add:
-      return calculate(at, either, either, Sum{});
+      return calculate(at, either, either, with.sum);
     case Opcode::subtract:
-      return calculate(at, left, left, Difference{});
+      return calculate(at, left, left, with.difference);
     case Opcode::multiply:
       // required: in place, an array on the right ends the process, a number on the left does not.
-      return calculate(at, either, left, Product{});
+      return calculate(at, either, left, with.product);
     case Opcode::divide:
-      return calculate(at, left, left, Quotient{});
+      return calculate(at, left, left, with.quotient);
     case Opcode::remainder:
       if constexpr (std::is_integral_v<typename Array::element>)
-        return calculate(at, left, left, Remainder{});
+        return calculate(at, left, left, with.remainder);
       else
         return pass_over_remainder(at.other);
     default:

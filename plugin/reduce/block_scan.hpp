@@ -8,12 +8,12 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <functional>
 #include <type_traits>
 
 #include "array/extremes.hpp"
 #include "array/ordered_fold.hpp"
 #include "array/rows.hpp"
-#include "kernels/arithmetic.hpp"
 
 namespace arrayfold {
 
@@ -56,7 +56,7 @@ R scan_blocks(const xarray_of<T>& array, R start, FoldWhole fold_whole, Fold fol
 /// The sum of the elements, in the type R.
 template <class R, class T>
 R block_sum(const xarray_of<T>& array) {
-  const Sum add;
+  const std::plus<> add;
   const auto add_whole = [add](const T* elements, std::size_t count, R sum) {
     // Integers wrap, in whatever order.
     if constexpr (std::is_integral_v<T>)

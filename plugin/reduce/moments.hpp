@@ -5,15 +5,16 @@
 
 #pragma once
 
+#include <functional>
+
 #include "array/ordered_fold.hpp"
-#include "kernels/arithmetic.hpp"
 
 namespace arrayfold {
 
 /// The sum in the element's own type, where integers wrap, divided by the count in doubles.
 template <class T>
 double mean_of(const xarray_of<T>& array) {
-  const T sum = ordered_fold(array, T{0}, Sum{}, Sum{});
+  const T sum = ordered_fold(array, T{0}, std::plus<>{}, std::plus<>{});
   return static_cast<double>(sum) / static_cast<double>(array.storage().size());
 }
 
@@ -25,7 +26,7 @@ double variance_of(const xarray_of<T>& array) {
     const double distance = static_cast<double>(x) - mean;
     return sum + distance * distance;
   };
-  return ordered_fold(array, 0.0, add_square, Sum{}) / static_cast<double>(array.storage().size());
+  return ordered_fold(array, 0.0, add_square, std::plus<>{}) / static_cast<double>(array.storage().size());
 }
 
 }  // namespace arrayfold

@@ -3,6 +3,7 @@
 // Each folds a whole array, of any shape, into one host number of the element's type; xmean gives a double for all
 // kinds. Integers wrap in their width.
 
+#include <functional>
 #include <limits>
 
 #include "reduce/block_scan.hpp"
@@ -21,7 +22,7 @@ constexpr auto sum = [](const auto& array) {
 
 constexpr auto product = [](const auto& array) {
   using T = typename std::decay_t<decltype(array)>::value_type;
-  return ordered_fold(array, T{1}, Product{}, Product{});
+  return ordered_fold(array, T{1}, std::multiplies<>{}, std::multiplies<>{});
 };
 
 constexpr auto minimum = [](const auto& array) {

@@ -46,7 +46,7 @@ constexpr auto nonzero_count = [](const auto& array) {
   std::int64_t found = 0;
   for (std::size_t first = 0; first < elements.size(); first += block) {
     const std::size_t count = std::min(block, elements.size() - first);
-    found += fold_freely(elements.data() + first, count, Count{0}, count_nonzero, Sum{});
+    found += fold_freely(elements.data() + first, count, Count{0}, count_nonzero, std::plus<>{});
   }
   return found;
 };

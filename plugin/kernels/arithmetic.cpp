@@ -1,0 +1,234 @@
+// kernels/arithmetic.cpp: operations on two elements, for each processor target
+
+#include "kernels/arithmetic.hpp"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "kernels/arithmetic.cpp"
+#include <hwy/foreach_target.h>
+
+#include "kernels/element_types.hpp"
+#include "kernels/integer_division-inl.hpp"
+#include "kernels/registers-inl.hpp"
+
+HWY_BEFORE_NAMESPACE();
+namespace arrayfold {
+namespace HWY_NAMESPACE {
+
+// ---- The operations on registers
+
+struct Sum {
+  template <class D, class V>
+  HWY_INLINE V operator()(D, V a, V b) const {
+    return hn::Add(a, b);
+  }
+};
+struct Difference {
+  template <class D, class V>
+  HWY_INLINE V operator()(D, V a, V b) const {
+    return hn::Sub(a, b);
+  }
+};
+struct Product {
+  template <class D, class V>
+  HWY_INLINE V operator()(D tag, V a, V b) const {
+    if constexpr (std::is_same_v<hn::TFromD<D>, std::int64_t>)
+      return product_of_64_bits(tag, a, b);
+    else
+      return hn::Mul(a, b);
+  }
+};
+struct Quotient {
+  template <class D, class V>
+  HWY_INLINE V operator()(D, V a, V b) const {
+    return hn::Div(a, b);
+  }
+};
+struct Minimum {
+  template <class D, class V>
+  HWY_INLINE V operator()(D, V a, V b) const {
+    return hn::IfThenElse(hn::Lt(a, b), a, b);
+  }
+};
+struct Maximum {
+  template <class D, class V>
+  HWY_INLINE V operator()(D, V a, V b) const {
+    return hn::IfThenElse(hn::Lt(b, a), a, b);
+  }
+};
+
+struct Less {
+  template <class D, class V>
+  HWY_INLINE hn::Mask<D> operator()(D, V a, V b) const {
+    return hn::Lt(a, b);
+  }
+};
+struct Greater {
+  template <class D, class V>
+  HWY_INLINE hn::Mask<D> operator()(D, V a, V b) const {
+    return hn::Gt(a, b);
+  }
+};
+// Integers that are not greater are less or equal; with NaN floating-point numbers are neither.
+struct LessEqual {
+  template <class D, class V>
+  HWY_INLINE hn::Mask<D> operator()(D, V a, V b) const {
+    if constexpr (std::is_integral_v<hn::TFromD<D>>)
+      return hn::Not(hn::Gt(a, b));
+    else
+      return hn::Le(a, b);
+  }
+};
+struct GreaterEqual {
+  template <class D, class V>
+  HWY_INLINE hn::Mask<D> operator()(D, V a, V b) const {
+    if constexpr (std::is_integral_v<hn::TFromD<D>>)
+      return hn::Not(hn::Lt(a, b));
+    else
+      return hn::Ge(a, b);
+  }
+};
+
+// ---- The loops
+
+/// An operand that advances with the result.
+template <class T>
+struct Advancing {
+  const T* elements;
+
+  template <class D>
+  HWY_INLINE hn::Vec<D> operator()(D tag, std::size_t i) const {
+    return hn::LoadU(tag, elements + i);
+  }
+};
+
+/// An operand that repeats one element.
+template <class T>
+struct Repeating {
+  T element;
+
+  template <class D>
+  HWY_INLINE hn::Vec<D> operator()(D tag, std::size_t) const {
+    return hn::Set(tag, element);
+  }
+};
+
+template <class D, class M>
+HWY_INLINE void store_result(D tag, M mask, bool* out) {
+  store_truths(tag, mask, out);
+}
+template <class D, class R>
+HWY_INLINE void store_result(D tag, hn::Vec<D> lanes, R* out) {
+  store(tag, lanes, out);
+}
+
+template <class Apply, class T, class R, class Left, class Right>
+HWY_INLINE void combine_row(Left left, Right right, R* out, std::size_t length) {
+  for_each_register(TagFor<T, R>(), length, [=](auto tag, std::size_t i) HWY_ATTR {
+    store_result(tag, Apply()(tag, left(tag, i), right(tag, i)), out + i);
+  });
+}
+
+/// The loops of an operation that is one of registers.
+template <class Apply, class T, class R>
+struct Loops {
+  static void both_advance(const T* left, const T* right, R* out, const OperandRows& rows) {
+    for (std::size_t row = 0; row < rows.count; ++row, left += rows.left_stride, right += rows.right_stride)
+      combine_row<Apply, T>(Advancing<T>{left}, Advancing<T>{right}, out + row * rows.length, rows.length);
+  }
+  static void left_advances(const T* left, const T* right, R* out, const OperandRows& rows) {
+    for (std::size_t row = 0; row < rows.count; ++row, left += rows.left_stride, right += rows.right_stride)
+      combine_row<Apply, T>(Advancing<T>{left}, Repeating<T>{*right}, out + row * rows.length, rows.length);
+  }
+  static void right_advances(const T* left, const T* right, R* out, const OperandRows& rows) {
+    for (std::size_t row = 0; row < rows.count; ++row, left += rows.left_stride, right += rows.right_stride)
+      combine_row<Apply, T>(Repeating<T>{*left}, Advancing<T>{right}, out + row * rows.length, rows.length);
+  }
+};
+
+template <class Apply, class T, class R>
+constexpr Operation<T, R> operation{&Loops<Apply, T, R>::both_advance, &Loops<Apply, T, R>::left_advances,
+                                    &Loops<Apply, T, R>::right_advances};
+
+template <class T>
+constexpr Arithmetic<T> arithmetic_of() {
+  Arithmetic<T> all{};
+  all.sum = operation<Sum, T, T>;
+  all.difference = operation<Difference, T, T>;
+  all.product = operation<Product, T, T>;
+  if constexpr (std::is_integral_v<T>) {
+    all.quotient = integer_division<IntegerQuotient, T>;
+    all.remainder = integer_division<IntegerRemainder, T>;
+  } else {
+    all.quotient = operation<Quotient, T, T>;
+  }
+  all.less_equal = operation<LessEqual, T, bool>;
+  all.greater_equal = operation<GreaterEqual, T, bool>;
+  all.less = operation<Less, T, bool>;
+  all.greater = operation<Greater, T, bool>;
+  all.minimum = operation<Minimum, T, double>;
+  all.maximum = operation<Maximum, T, double>;
+  return all;
+}
+
+const ForElementTypes<Arithmetic>& all_arithmetic() {
+  static constexpr ForElementTypes<Arithmetic> all(arithmetic_of<double>(), arithmetic_of<float>(),
+                                                   arithmetic_of<std::int32_t>(), arithmetic_of<std::int64_t>());
+  return all;
+}
+
+// ---- Equality
+
+/// Blocks are compared without a branch; the test ends with the first that differs.
+template <class T>
+bool equal_throughout(const T* left, const T* right, std::size_t count) {
+  const hn::ScalableTag<T> tag;
+  constexpr std::size_t lanes = hn::MaxLanes(tag), block = 4 * lanes;
+  const auto equal_at = [=](std::size_t i)
+                            HWY_ATTR { return hn::Eq(hn::LoadU(tag, left + i), hn::LoadU(tag, right + i)); };
+  std::size_t i = 0;
+  for (; count - i >= block; i += block) {
+    const auto equal =
+        hn::And(hn::And(equal_at(i), equal_at(i + lanes)), hn::And(equal_at(i + 2 * lanes), equal_at(i + 3 * lanes)));
+    if (!hn::AllTrue(tag, equal)) return false;
+  }
+  for (; i < count; ++i)
+    if (!(left[i] == right[i])) return false;
+  return true;
+}
+
+bool equal_doubles(const double* left, const double* right, std::size_t count) {
+  return equal_throughout(left, right, count);
+}
+bool equal_floats(const float* left, const float* right, std::size_t count) {
+  return equal_throughout(left, right, count);
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace arrayfold
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace arrayfold {
+
+HWY_EXPORT(all_arithmetic);
+HWY_EXPORT(equal_doubles);
+HWY_EXPORT(equal_floats);
+
+template <class T>
+const Arithmetic<T>& arithmetic() {
+  return HWY_DYNAMIC_DISPATCH(all_arithmetic)().template of<T>();
+}
+template const Arithmetic<double>& arithmetic();
+template const Arithmetic<float>& arithmetic();
+template const Arithmetic<std::int32_t>& arithmetic();
+template const Arithmetic<std::int64_t>& arithmetic();
+
+bool all_equal(const double* left, const double* right, std::size_t count) {
+  return HWY_DYNAMIC_DISPATCH(equal_doubles)(left, right, count);
+}
+bool all_equal(const float* left, const float* right, std::size_t count) {
+  return HWY_DYNAMIC_DISPATCH(equal_floats)(left, right, count);
+}
+
+}  // namespace arrayfold
+#endif

@@ -1,0 +1,163 @@
+// kernels/integer_division-inl.hpp: quotients and remainders of integers
+//
+// required: an integer division that faults raises the processor's own fault.
+//
+// 32-bit integers are divided in doubles. The truncated quotient of two doubles is exact for them: a quotient that is
+// not an integer differs from the next integer by at least 2^-31 of itself. Blocks are checked first; one in which a
+// division would fault goes to the processor's own division. Kernel sources include this header for each target.
+
+#if defined(ARRAYFOLD_INTEGER_DIVISION_INL) == defined(HWY_TARGET_TOGGLE)
+#ifdef ARRAYFOLD_INTEGER_DIVISION_INL
+#undef ARRAYFOLD_INTEGER_DIVISION_INL
+#else
+#define ARRAYFOLD_INTEGER_DIVISION_INL
+#endif
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+#include "kernels/arithmetic.hpp"
+#include "kernels/registers-inl.hpp"
+
+HWY_BEFORE_NAMESPACE();
+namespace arrayfold {
+namespace HWY_NAMESPACE {
+
+// ---- By the processor
+
+/// The divisor, hidden from the compiler: it would otherwise fold a division whose divisor it knows something about,
+/// and remove the fault (x / x becomes 1, a division by -1 a negation).
+template <class T>
+HWY_INLINE T hidden(T divisor) {
+  asm volatile("" : "+r"(divisor));
+  return divisor;
+}
+
+// The sanitizer's check is switched off, because it would report before the fault.
+#define ARRAYFOLD_FAULTING __attribute__((no_sanitize("integer-divide-by-zero")))
+
+/// `from_quotient` gives the result of a division whose truncated quotient is known.
+struct IntegerQuotient {
+  template <class T>
+  ARRAYFOLD_FAULTING static T divide(T a, T b) {
+    return a / hidden(b);
+  }
+  template <class V>
+  static HWY_INLINE V from_quotient(V quotient, V, V) {
+    return quotient;
+  }
+};
+struct IntegerRemainder {
+  template <class T>
+  ARRAYFOLD_FAULTING static T divide(T a, T b) {
+    return a % hidden(b);
+  }
+  template <class V>
+  static HWY_INLINE V from_quotient(V quotient, V a, V b) {
+    return hn::Sub(a, hn::Mul(quotient, b));
+  }
+};
+
+#undef ARRAYFOLD_FAULTING
+
+/// Divides each element on the left by the one on the right. A step of 0 repeats an element.
+template <class Division, class T>
+void divide_by_processor(const T* left, std::size_t left_step, const T* right, std::size_t right_step, T* out,
+                         std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) out[i] = Division::divide(left[i * left_step], right[i * right_step]);
+}
+
+// ---- In doubles
+
+using Ints = TagFor<std::int32_t, double>;
+
+template <class D>
+using DoublesOf = hn::Rebind<double, D>;
+
+/// Elements, or one element repeated where the step is 0.
+template <std::size_t step, class D>
+HWY_INLINE hn::Vec<D> operand_at(D tag, const std::int32_t* elements, std::size_t i) {
+  if constexpr (step == 0)
+    return hn::Set(tag, *elements);
+  else
+    return hn::LoadU(tag, elements + i);
+}
+
+template <std::size_t left_step, std::size_t right_step>
+bool any_division_faults(const std::int32_t* left, const std::int32_t* right, std::size_t count) {
+  bool found = false;
+  for_each_register(hn::ScalableTag<std::int32_t>(), count, [&](auto tag, std::size_t i) HWY_ATTR {
+    const auto a = operand_at<left_step>(tag, left, i), b = operand_at<right_step>(tag, right, i);
+    const auto smallest = hn::Set(tag, std::numeric_limits<std::int32_t>::min());
+    const auto beyond = hn::And(hn::Eq(b, hn::Set(tag, -1)), hn::Eq(a, smallest));
+    found |= !hn::AllFalse(tag, hn::Or(hn::Eq(b, hn::Zero(tag)), beyond));
+  });
+  return found;
+}
+
+template <class Division, std::size_t left_step, std::size_t right_step>
+void divide_in_doubles(const std::int32_t* left, const std::int32_t* right, std::int32_t* out, std::size_t count) {
+  for_each_register(Ints(), count, [=](auto tag, std::size_t i) HWY_ATTR {
+    const DoublesOf<decltype(tag)> doubles;
+    const auto a = operand_at<left_step>(tag, left, i), b = operand_at<right_step>(tag, right, i);
+    const auto quotient = hn::DemoteTo(tag, hn::Div(hn::PromoteTo(doubles, a), hn::PromoteTo(doubles, b)));
+    hn::StoreU(Division::from_quotient(quotient, a, b), tag, out + i);
+  });
+}
+
+template <class Division, std::size_t left_step, std::size_t right_step>
+void divide_in_blocks(const std::int32_t* left, const std::int32_t* right, std::int32_t* out, std::size_t count) {
+  constexpr std::size_t block = 512;
+  for (std::size_t first = 0; first < count; first += block) {
+    const std::size_t size = std::min(block, count - first);
+    const std::int32_t *const a = left + first * left_step, *const b = right + first * right_step;
+    if (any_division_faults<left_step, right_step>(a, b, size))
+      divide_by_processor<Division>(a, left_step, b, right_step, out + first, size);
+    else
+      divide_in_doubles<Division, left_step, right_step>(a, b, out + first, size);
+  }
+}
+
+/// Division by one divisor, not 0 or -1: multiplies by the reciprocal, rounded one step away from zero so that exact
+/// quotients never truncate too low. The product exceeds the quotient by less than 2^-20 / divisor, and a quotient that
+/// is not an integer lies at least 1 / divisor below the next one.
+template <class Division>
+void divide_by_number(const std::int32_t* left, std::int32_t divisor, std::int32_t* out, std::size_t count) {
+  const double reciprocal = std::nextafter(1.0 / divisor, divisor < 0 ? -1.0 : 2.0);
+  for_each_register(Ints(), count, [=](auto tag, std::size_t i) HWY_ATTR {
+    const DoublesOf<decltype(tag)> doubles;
+    const auto a = hn::LoadU(tag, left + i);
+    const auto quotient = hn::DemoteTo(tag, hn::Mul(hn::PromoteTo(doubles, a), hn::Set(doubles, reciprocal)));
+    hn::StoreU(Division::from_quotient(quotient, a, hn::Set(tag, divisor)), tag, out + i);
+  });
+}
+
+// ---- The loops
+
+template <class Division, class T, std::size_t left_step, std::size_t right_step>
+void divide_rows(const T* left, const T* right, T* out, const OperandRows& rows) {
+  for (std::size_t row = 0; row < rows.count; ++row) {
+    if constexpr (!std::is_same_v<T, std::int32_t>)
+      divide_by_processor<Division>(left, left_step, right, right_step, out, rows.length);
+    else if (right_step == 0 && *right != 0 && *right != -1)
+      divide_by_number<Division>(left, *right, out, rows.length);
+    else
+      divide_in_blocks<Division, left_step, right_step>(left, right, out, rows.length);
+    left += rows.left_stride;
+    right += rows.right_stride;
+    out += rows.length;
+  }
+}
+
+template <class Division, class T>
+constexpr Operation<T, T> integer_division{&divide_rows<Division, T, 1, 1>, &divide_rows<Division, T, 1, 0>,
+                                           &divide_rows<Division, T, 0, 1>};
+
+}  // namespace HWY_NAMESPACE
+}  // namespace arrayfold
+HWY_AFTER_NAMESPACE();
+
+#endif

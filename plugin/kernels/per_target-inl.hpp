@@ -1,0 +1,66 @@
+// kernels/per_target-inl.hpp: what has to be written for each processor target
+//
+// Everything else in the kernels is written once. Kernel sources include this header through registers-inl.hpp.
+
+#if defined(ARRAYFOLD_PER_TARGET_INL) == defined(HWY_TARGET_TOGGLE)
+#ifdef ARRAYFOLD_PER_TARGET_INL
+#undef ARRAYFOLD_PER_TARGET_INL
+#else
+#define ARRAYFOLD_PER_TARGET_INL
+#endif
+
+#include <cstdint>
+
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace arrayfold {
+namespace HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+/// A mask of lanes as bytes of 0 or 1. `bytes` is the tag of as many bytes.
+template <class D, class Bytes, class M>
+HWY_INLINE hn::Vec<Bytes> bytes_of_mask(D tag, Bytes bytes, M mask) {
+#if HWY_TARGET == HWY_AVX3
+  // Masks are bits in registers of their own, one a lane whatever its size.
+  (void)tag;
+  hn::Mask<Bytes> chosen;
+  chosen.raw = static_cast<decltype(chosen.raw)>(mask.raw);
+  return hn::IfThenElseZero(chosen, hn::Set(bytes, 1));
+#else
+  const hn::RebindToUnsigned<D> wide;
+  return hn::TruncateTo(bytes, hn::And(hn::BitCast(wide, hn::VecFromMask(tag, mask)), hn::Set(wide, 1)));
+#endif
+}
+
+/// The low 64 bits of products of 64-bit integers.
+template <class D, class V>
+HWY_INLINE V product_of_64_bits(D tag, V a, V b) {
+#if HWY_TARGET == HWY_AVX3
+  (void)tag;
+  if constexpr (sizeof(a.raw) == 64)
+    return V{_mm512_mullo_epi64(a.raw, b.raw)};
+  else if constexpr (sizeof(a.raw) == 32)
+    return V{_mm256_mullo_epi64(a.raw, b.raw)};
+  else
+    return V{_mm_mullo_epi64(a.raw, b.raw)};
+#elif HWY_TARGET == HWY_SCALAR
+  (void)tag;
+  return V{static_cast<std::int64_t>(static_cast<std::uint64_t>(a.raw) * static_cast<std::uint64_t>(b.raw))};
+#else
+  // Of the products of 32-bit halves, that of both upper halves lies beyond.
+  const hn::RepartitionToNarrow<hn::RebindToUnsigned<D> > halves;
+  const auto low_a = hn::BitCast(halves, a), low_b = hn::BitCast(halves, b);
+  const auto high_a = hn::BitCast(halves, hn::ShiftRight<32>(hn::BitCast(hn::RebindToUnsigned<D>(), a)));
+  const auto high_b = hn::BitCast(halves, hn::ShiftRight<32>(hn::BitCast(hn::RebindToUnsigned<D>(), b)));
+  const auto crossed = hn::Add(hn::MulEven(low_a, high_b), hn::MulEven(high_a, low_b));
+  return hn::BitCast(tag, hn::Add(hn::MulEven(low_a, low_b), hn::ShiftLeft<32>(crossed)));
+#endif
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace arrayfold
+HWY_AFTER_NAMESPACE();
+
+#endif

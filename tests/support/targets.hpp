@@ -1,0 +1,42 @@
+// support/targets.hpp: every processor target that the machine supports
+//
+// The kernels are compiled for several targets, and Highway chooses among them at run time. Its choice is one for the
+// whole process, the module under test included.
+
+#pragma once
+
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <hwy/targets.h>
+
+namespace arrayfold::test {
+
+/// Makes the kernels run on one target as long as it lives.
+class OnTarget {
+ public:
+  explicit OnTarget(std::int64_t target) : trace_(__FILE__, __LINE__, hwy::TargetName(target)) { choose(target); }
+  ~OnTarget() { choose(0); }
+  OnTarget(const OnTarget&) = delete;
+  OnTarget& operator=(const OnTarget&) = delete;
+
+ private:
+  /// 0 brings the machine's own choice back.
+  static void choose(std::int64_t targets) {
+    hwy::SetSupportedTargetsForTest(targets);
+    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+  }
+
+  testing::ScopedTrace trace_;
+};
+
+/// Calls `run()` on each target in turn, the best one first.
+template <class Run>
+void on_each_target(Run run) {
+  for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) {
+    const OnTarget chosen(target);
+    run();
+  }
+}
+
+}  // namespace arrayfold::test
