@@ -138,23 +138,18 @@ void divide_by_number(const std::int32_t* left, std::int32_t divisor, std::int32
 // ---- The loops
 
 template <class Division, class T, std::size_t left_step, std::size_t right_step>
-void divide_rows(const T* left, const T* right, T* out, const OperandRows& rows) {
-  for (std::size_t row = 0; row < rows.count; ++row) {
-    if constexpr (!std::is_same_v<T, std::int32_t>)
-      divide_by_processor<Division>(left, left_step, right, right_step, out, rows.length);
-    else if (right_step == 0 && *right != 0 && *right != -1)
-      divide_by_number<Division>(left, *right, out, rows.length);
-    else
-      divide_in_blocks<Division, left_step, right_step>(left, right, out, rows.length);
-    left += rows.left_stride;
-    right += rows.right_stride;
-    out += rows.length;
-  }
+void divide(const T* left, const T* right, T* out, std::size_t count) {
+  if constexpr (!std::is_same_v<T, std::int32_t>)
+    divide_by_processor<Division>(left, left_step, right, right_step, out, count);
+  else if (right_step == 0 && *right != 0 && *right != -1)
+    divide_by_number<Division>(left, *right, out, count);
+  else
+    divide_in_blocks<Division, left_step, right_step>(left, right, out, count);
 }
 
 template <class Division, class T>
-constexpr Operation<T, T> integer_division{&divide_rows<Division, T, 1, 1>, &divide_rows<Division, T, 1, 0>,
-                                           &divide_rows<Division, T, 0, 1>};
+constexpr Operation<T, T> integer_division{&divide<Division, T, 1, 1>, &divide<Division, T, 1, 0>,
+                                           &divide<Division, T, 0, 1>};
 
 }  // namespace HWY_NAMESPACE
 }  // namespace arrayfold
