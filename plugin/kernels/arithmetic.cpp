@@ -181,7 +181,7 @@ bool equal_throughout(const T* left, const T* right, std::size_t count) {
   const auto equal_at = [=](std::size_t i)
                             HWY_ATTR { return hn::Eq(hn::LoadU(tag, left + i), hn::LoadU(tag, right + i)); };
   std::size_t i = 0;
-  for (; count - i >= block; i += block) {
+  for (; i + block <= count; i += block) {
     const auto equal =
         hn::And(hn::And(equal_at(i), equal_at(i + lanes)), hn::And(equal_at(i + 2 * lanes), equal_at(i + 3 * lanes)));
     if (!hn::AllTrue(tag, equal)) return false;

@@ -50,13 +50,13 @@ template <class D, class Step>
 HWY_INLINE void for_each_register(D tag, std::size_t count, const Step& step) {
   constexpr std::size_t lanes = hn::MaxLanes(tag);
   std::size_t first = 0;
-  for (; count - first >= 4 * lanes; first += 4 * lanes) {
+  for (; first + 4 * lanes <= count; first += 4 * lanes) {
     step(tag, first);
     step(tag, first + lanes);
     step(tag, first + 2 * lanes);
     step(tag, first + 3 * lanes);
   }
-  for (; count - first >= lanes; first += lanes) step(tag, first);
+  for (; first + lanes <= count; first += lanes) step(tag, first);
   for_each_narrower(tag, first, count, step);
 }
 
