@@ -194,9 +194,11 @@ void call_products(DigestedCalls& calls) {
         for (const Content content : all_contents) {
           Operand left(calls.ctx(), fixed_array(first, a, content)),
               right(calls.ctx(), fixed_array(second, b, content, 2));
-          const bool by_library = first == second && !is_integer(first);
-          for (const std::string& function : products)
-            if (!by_library || function == "xkron") calls.call(function, {left.value(), right.value()});
+          const bool is_own = first != second || is_integer(first);
+          for (const char* function : {"xdot", "xvdot", "xouter"})
+            if (is_own) calls.call(function, {left.value(), right.value()});
+          // Every element times every other.
+          if (size_of(a) * size_of(b) < 20'000) calls.call("xkron", {left.value(), right.value()});
         }
 }
 
