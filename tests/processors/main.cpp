@@ -20,22 +20,9 @@
 namespace arrayfold::test {
 namespace {
 
-/// The module's loops are not compiled for these.
-constexpr std::int64_t unused_targets = HWY_AVX3_DL | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128;
-
-/// The bits of the targets, the best one first. The last one has no vector instructions.
-std::vector<std::int64_t> targets() {
-  std::vector<std::int64_t> found;
-  for (std::int64_t left = hwy::SupportedTargets() & ~(unused_targets | HWY_SCALAR | HWY_EMU128); left != 0;
-       left &= left - 1)
-    found.push_back(left & -left);
-  found.push_back(HWY_SCALAR);
-  return found;
-}
-
 /// Makes all loops on Highway in this process use one target.
 void use_target(const char* name) {
-  for (const std::int64_t target : targets())
+  for (const std::int64_t target : hwy::SupportedAndGeneratedTargets())
     if (std::strcmp(hwy::TargetName(target), name) == 0) {
       hwy::SetSupportedTargetsForTest(target);
       hwy::GetChosenTarget().Update(target);
@@ -64,7 +51,7 @@ void print_digests() {
 
 void run(int argc, char** argv) {
   if (argc == 2 && std::strcmp(argv[1], "--targets") == 0) {
-    for (const std::int64_t target : targets()) std::printf("%s\n", hwy::TargetName(target));
+    for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) std::printf("%s\n", hwy::TargetName(target));
     return;
   }
   Module::loaded();
