@@ -32,10 +32,7 @@ struct Difference {
 struct Product {
   template <class D, class V>
   HWY_INLINE V operator()(D tag, V a, V b) const {
-    if constexpr (std::is_same_v<hn::TFromD<D>, std::int64_t>)
-      return product_of_64_bits(tag, a, b);
-    else
-      return hn::Mul(a, b);
+    return product(tag, a, b);
   }
 };
 struct Quotient {

@@ -13,10 +13,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <type_traits>
 
 #include <hwy/highway.h>
 
+#include "kernels/conversion.hpp"
 #include "kernels/per_target-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
@@ -26,6 +28,17 @@ namespace HWY_NAMESPACE {
 /// The tag of registers whose lanes are T, as many as fit the widest register in the wider of T and R.
 template <class T, class R = T>
 using TagFor = hn::Rebind<T, hn::ScalableTag<std::conditional_t<(sizeof(R) > sizeof(T)), R, T>>>;
+
+// ---- Products
+
+/// The product of lanes; integers wrap in their width.
+template <class D, class V>
+HWY_INLINE V product(D tag, V a, V b) {
+  if constexpr (std::is_same_v<hn::TFromD<D>, std::int64_t>)
+    return product_of_64_bits(tag, a, b);
+  else
+    return hn::Mul(a, b);
+}
 
 // ---- Walks
 
@@ -60,21 +73,57 @@ HWY_INLINE void for_each_register(D tag, std::size_t count, const Step& step) {
   for_each_narrower(tag, first, count, step);
 }
 
+// ---- Lanes of one type as lanes of another
+
+/// 32-bit numbers and 64-bit integers as doubles, rounded as a cast rounds. Doubles stay what they are.
+template <class D, class V>
+HWY_INLINE hn::Vec<hn::Rebind<double, D>> as_doubles(D, V lanes) {
+  using T = hn::TFromD<D>;
+  const hn::Rebind<double, D> doubles;
+  if constexpr (std::is_same_v<T, double>)
+    return lanes;
+  else if constexpr (sizeof(T) == sizeof(double))
+    return hn::ConvertTo(doubles, lanes);
+  else
+    return hn::PromoteTo(doubles, lanes);
+}
+
+/// Doubles as lanes of `tag`: rounded to float, and `truncated` to integers. Single lanes are cast: Highway's fallback
+/// never rounds to infinity, and gives the smallest integer for what lies between that and the next one.
+template <class D, class V>
+HWY_INLINE hn::Vec<D> from_doubles(D tag, V doubles) {
+  using T = hn::TFromD<D>;
+  if constexpr (std::is_same_v<T, double>) {
+    return doubles;
+  } else if constexpr (hn::MaxLanes(tag) == 1) {
+    if constexpr (std::is_integral_v<T>)
+      return hn::Set(tag, truncated<T>(hn::GetLane(doubles)));
+    else
+      return hn::Set(tag, static_cast<T>(hn::GetLane(doubles)));
+  } else if constexpr (std::is_integral_v<T>) {
+    // Highway saturates: only what is beyond the largest integer, and NaN, differ from `truncated`.
+    const hn::Rebind<double, D> wide;
+    constexpr auto lowest = static_cast<double>(std::numeric_limits<T>::min());
+    const auto fitting = hn::IfThenElse(hn::Lt(doubles, hn::Set(wide, -lowest)), doubles, hn::Set(wide, lowest));
+    if constexpr (sizeof(T) == sizeof(double))
+      return hn::ConvertTo(tag, fitting);
+    else
+      return hn::DemoteTo(tag, fitting);
+  } else {
+    return hn::DemoteTo(tag, doubles);
+  }
+}
+
 // ---- Lanes to memory of another type
 
 /// Stores each lane as a T: integers and 32-bit numbers are widened to double.
 template <class D, class V, class R>
 HWY_INLINE void store(D tag, V lanes, R* out) {
-  using T = hn::TFromD<D>;
-  if constexpr (std::is_same_v<T, R>) {
+  if constexpr (std::is_same_v<hn::TFromD<D>, R>) {
     hn::StoreU(lanes, tag, out);
   } else {
     static_assert(std::is_same_v<R, double>, "lanes are stored as they are or as doubles");
-    const hn::Rebind<double, D> doubles;
-    if constexpr (std::is_same_v<T, std::int64_t>)
-      hn::StoreU(hn::ConvertTo(doubles, lanes), doubles, out);
-    else
-      hn::StoreU(hn::PromoteTo(doubles, lanes), doubles, out);
+    hn::StoreU(as_doubles(tag, lanes), hn::Rebind<double, D>(), out);
   }
 }
 
