@@ -160,6 +160,7 @@ template <class T>
 void expect_divisions_by(T divisor) {
   SCOPED_TRACE(divisor);
   auto left = mixed_values<T>(1030, 5);
+  left.insert(left.end(), {std::numeric_limits<T>::min() + 1, std::numeric_limits<T>::max() - 1});
   for (T& x : left) x = divisor == -1 && x == std::numeric_limits<T>::min() ? 0 : x;
   Memory<T> a(left, 1), number(std::vector<T>{divisor}), quotients(left.size(), 1), remainders(left.size());
   const std::size_t length = left.size();
