@@ -30,11 +30,26 @@ void count_up_doubles(double* out, std::size_t count, std::int32_t start, std::i
 
 template <class T>
 void spaced(T* out, std::size_t count, double first, double step) {
-  for_each_register(hn::ScalableTag<double>(), count, [=](auto tag, std::size_t i) HWY_ATTR {
-    const auto positions = hn::Add(hn::Iota(tag, 0), hn::Set(tag, static_cast<double>(i)));
+  const hn::ScalableTag<double> whole;
+  constexpr std::size_t lanes = hn::MaxLanes(whole);
+  const auto write = [=](auto tag, auto positions, std::size_t i) HWY_ATTR {
     const auto numbers = hn::Add(hn::Set(tag, first), hn::Mul(positions, hn::Set(tag, step)));
     const hn::Rebind<T, decltype(tag)> elements;
     hn::StoreU(from_doubles(elements, numbers), elements, out + i);
+  };
+  // Counting in a register takes fewer instructions than converting a position for each register.
+  auto positions = hn::Iota(whole, 0);
+  const auto beyond = [&](std::size_t n)
+                          HWY_ATTR { return hn::Add(positions, hn::Set(whole, static_cast<double>(n))); };
+  std::size_t i = 0;
+  for (; count - i >= 4 * lanes; i += 4 * lanes, positions = beyond(4 * lanes)) {
+    write(whole, positions, i);
+    write(whole, beyond(lanes), i + lanes);
+    write(whole, beyond(2 * lanes), i + 2 * lanes);
+    write(whole, beyond(3 * lanes), i + 3 * lanes);
+  }
+  for_each_register(whole, count - i, [=](auto tag, std::size_t k) HWY_ATTR {
+    write(tag, hn::Add(hn::Iota(tag, 0), hn::Set(tag, static_cast<double>(i + k))), i + k);
   });
 }
 

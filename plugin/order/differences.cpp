@@ -1,16 +1,16 @@
 // order/differences.cpp: xdiff
 
+#include "kernels/differences.hpp"
 #include "array/arguments.hpp"
 #include "array/rows.hpp"
 #include "array/storage.hpp"
-#include "kernels/arithmetic.hpp"
 
 namespace arrayfold {
 namespace {
 
 /// Each element of a row but the first, minus the one before it. Integers wrap. The last extent shrinks by one, and is
 /// 0 where there is no element; a zero-dimensional array gives one dimension without elements.
-constexpr auto differences = [](auto kind, const auto& array) {
+constexpr auto between_neighbours = [](auto kind, const auto& array) {
   check_extents(array);
   const auto& elements = array.storage();
   Shape extents = array.shape();
@@ -18,18 +18,14 @@ constexpr auto differences = [](auto kind, const auto& array) {
   if (extents.empty()) extents.push_back(1);
   extents.back() = elements.empty() ? 0 : length - 1;
   auto made = make_array<decltype(kind)>(extents);
-  auto* out = made->array->storage().data();
-  const auto subtract = arithmetic<typename decltype(kind)::element>().difference.both_advance;
-  for_each_row(array.shape(), elements.size(), [&](std::size_t first, std::size_t) {
-    const auto* row = elements.data() + first;
-    subtract(row + 1, row, out, length - 1);
-    out += length - 1;
-  });
+  if (!elements.empty())
+    differences<typename decltype(kind)::element>().of_rows(elements.data(), made->array->storage().data(), length,
+                                                            elements.size() / length);
   return made;
 };
 
 }  // namespace
 
-Outcome xdiff(const Call& call) { return give_made(double_first{}, call, differences); }
+Outcome xdiff(const Call& call) { return give_made(double_first{}, call, between_neighbours); }
 
 }  // namespace arrayfold

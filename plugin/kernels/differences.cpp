@@ -1,0 +1,46 @@
+// kernels/differences.cpp: elements minus their neighbours, for each processor target
+
+#include "kernels/differences.hpp"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "kernels/differences.cpp"
+#include <hwy/foreach_target.h>
+
+#include "kernels/registers-inl.hpp"
+
+HWY_BEFORE_NAMESPACE();
+namespace arrayfold {
+namespace HWY_NAMESPACE {
+
+template <class T>
+void subtract_neighbours(const T* rows, T* out, std::size_t length, std::size_t count) {
+  const hn::ScalableTag<T> whole;
+  constexpr std::size_t lanes = hn::MaxLanes(whole);
+  const std::size_t width = length - 1;
+  const auto subtract = [&](auto tag, std::size_t i) HWY_ATTR {
+    hn::StoreU(hn::Sub(hn::LoadU(tag, rows + i + 1), hn::LoadU(tag, rows + i)), tag, out + i);
+  };
+  for (std::size_t row = 0; row < count; ++row, rows += length, out += width) {
+    // A register may reach into the rows that follow, whose results are written later.
+    const std::size_t left = (count - row) * width, whole_registers = (width + lanes - 1) / lanes * lanes;
+    if (whole_registers <= left)
+      for (std::size_t i = 0; i < width; i += lanes) subtract(whole, i);
+    else
+      for_each_register(whole, width, subtract);
+  }
+}
+
+constexpr ForElementTypes<Differences> all_differences({&subtract_neighbours}, {&subtract_neighbours},
+                                                       {&subtract_neighbours}, {&subtract_neighbours});
+
+}  // namespace HWY_NAMESPACE
+}  // namespace arrayfold
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace arrayfold {
+
+ARRAYFOLD_EXPORT(differences_by_target, all_differences);
+
+}  // namespace arrayfold
+#endif
