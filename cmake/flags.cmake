@@ -30,9 +30,6 @@ target_compile_options(arithmetic_flags INTERFACE
   -fwrapv)           # integers wrap
 
 find_package(hwy CONFIG REQUIRED)
-if(ARRAYFOLD_KERNELS_ONLY)
-  return()
-endif()
 find_package(xtensor REQUIRED)
 find_package(nlohmann_json REQUIRED)
 

@@ -117,6 +117,7 @@ void access_elements(DigestedCalls& calls) {
         calls.read(array, indices);
         calls.write(array, indices, place % 2 == 0 ? Value(static_cast<int>(place)) : Value(-1.75));
         calls.read(array, {indices.back()});
+        calls.operate("element read", Opcode::read_one_index, array, indices.back());
       }
       calls.add("element written", array);
     }
