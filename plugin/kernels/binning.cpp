@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <type_traits>
 
-#include "kernels/element_types.hpp"
 #include "kernels/registers-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
@@ -76,11 +75,8 @@ void place(const T* elements, std::size_t size, const Edge* edges, std::size_t c
 template <class Edge>
 constexpr Placings<Edge> placings_among{&place<double, Edge>, &place<float, Edge>};
 
-const ForElementTypes<Placings>& all_placings() {
-  static constexpr ForElementTypes<Placings> all(placings_among<double>, placings_among<float>,
+constexpr ForElementTypes<Placings> all_placings(placings_among<double>, placings_among<float>,
                                                  placings_among<std::int32_t>, placings_among<std::int64_t>);
-  return all;
-}
 
 }  // namespace HWY_NAMESPACE
 }  // namespace arrayfold
@@ -89,27 +85,18 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace arrayfold {
 
-HWY_EXPORT(count_doubles);
-HWY_EXPORT(count_floats);
-HWY_EXPORT(all_placings);
+ARRAYFOLD_EXPORT(count_doubles_by_target, count_doubles);
+ARRAYFOLD_EXPORT(count_floats_by_target, count_floats);
+ARRAYFOLD_EXPORT(placings_by_target, all_placings);
 
 void count_by_bin(const double* elements, std::size_t size, const EqualBins& bins, std::int64_t times,
                   std::int64_t* counts) {
-  HWY_DYNAMIC_DISPATCH(count_doubles)(elements, size, bins, times, counts);
+  count_doubles_by_target[target_index()](elements, size, bins, times, counts);
 }
 void count_by_bin(const float* elements, std::size_t size, const EqualBins& bins, std::int64_t times,
                   std::int64_t* counts) {
-  HWY_DYNAMIC_DISPATCH(count_floats)(elements, size, bins, times, counts);
+  count_floats_by_target[target_index()](elements, size, bins, times, counts);
 }
-
-template <class Edge>
-const Placings<Edge>& placings() {
-  return HWY_DYNAMIC_DISPATCH(all_placings)().template of<Edge>();
-}
-template const Placings<double>& placings();
-template const Placings<float>& placings();
-template const Placings<std::int32_t>& placings();
-template const Placings<std::int64_t>& placings();
 
 }  // namespace arrayfold
 #endif

@@ -5,6 +5,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "kernels/dispatch.hpp"
+#include "kernels/element_types.hpp"
+
 namespace arrayfold {
 
 /// At least one bin, all of equal width, from `low` to `high`.
@@ -33,8 +36,12 @@ struct Placings {
   Placing<float, Edge> floats;
 };
 
+extern const ForElementTypes<Placings>* const placings_by_target[];
+
 /// For double, float, std::int32_t and std::int64_t.
 template <class Edge>
-const Placings<Edge>& placings();
+const Placings<Edge>& placings() {
+  return placings_by_target[target_index()]->of<Edge>();
+}
 
 }  // namespace arrayfold

@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <limits>
 
-#include "kernels/element_types.hpp"
 #include "kernels/registers-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
@@ -153,10 +152,7 @@ void pack_whole_keys(const T* elements, std::size_t count, hwy::uint128_t* numbe
 template <class T>
 constexpr SortKeys<T> keys{&range_of_keys<T>, &pack_keys<T>, &pack_whole_keys<T>};
 
-const ForElementTypes<SortKeys>& all_sort_keys() {
-  static constexpr ForElementTypes<SortKeys> all(keys<double>, {}, keys<std::int32_t>, keys<std::int64_t>);
-  return all;
-}
+constexpr ForElementTypes<SortKeys> all_sort_keys(keys<double>, {}, keys<std::int32_t>, keys<std::int64_t>);
 
 void positions_of(const std::uint64_t* numbers, std::size_t count, const KeyPacking& packing, std::int32_t* positions) {
   const std::uint64_t mask = packing.position_in(~std::uint64_t{0});
@@ -172,40 +168,32 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace arrayfold {
 
-HWY_EXPORT(any_nan);
-HWY_EXPORT(all_in_order);
-HWY_EXPORT(turn);
-HWY_EXPORT(to_64_bits);
-HWY_EXPORT(to_32_bits);
-HWY_EXPORT(all_sort_keys);
-HWY_EXPORT(positions_of);
+ARRAYFOLD_EXPORT(any_nan_by_target, any_nan);
+ARRAYFOLD_EXPORT(all_in_order_by_target, all_in_order);
+ARRAYFOLD_EXPORT(turn_by_target, turn);
+ARRAYFOLD_EXPORT(to_64_bits_by_target, to_64_bits);
+ARRAYFOLD_EXPORT(to_32_bits_by_target, to_32_bits);
+ARRAYFOLD_EXPORT(sort_keys_by_target, all_sort_keys);
+ARRAYFOLD_EXPORT(positions_by_target, positions_of);
 
-bool has_nan(const double* elements, std::size_t count) { return HWY_DYNAMIC_DISPATCH(any_nan)(elements, count); }
+bool has_nan(const double* elements, std::size_t count) { return any_nan_by_target[target_index()](elements, count); }
 
 bool in_total_order(const double* elements, std::size_t count) {
-  return HWY_DYNAMIC_DISPATCH(all_in_order)(elements, count);
+  return all_in_order_by_target[target_index()](elements, count);
 }
 
-void turn_negatives(double* elements, std::size_t count) { HWY_DYNAMIC_DISPATCH(turn)(elements, count); }
+void turn_negatives(double* elements, std::size_t count) { turn_by_target[target_index()](elements, count); }
 
 void widen(const std::int32_t* elements, std::size_t count, std::int64_t* wide) {
-  HWY_DYNAMIC_DISPATCH(to_64_bits)(elements, count, wide);
+  to_64_bits_by_target[target_index()](elements, count, wide);
 }
 void narrow(const std::int64_t* wide, std::size_t count, std::int32_t* elements) {
-  HWY_DYNAMIC_DISPATCH(to_32_bits)(wide, count, elements);
+  to_32_bits_by_target[target_index()](wide, count, elements);
 }
-
-template <class T>
-const SortKeys<T>& sort_keys() {
-  return HWY_DYNAMIC_DISPATCH(all_sort_keys)().template of<T>();
-}
-template const SortKeys<double>& sort_keys();
-template const SortKeys<std::int32_t>& sort_keys();
-template const SortKeys<std::int64_t>& sort_keys();
 
 void unpack_positions(const std::uint64_t* numbers, std::size_t count, const KeyPacking& packing,
                       std::int32_t* positions) {
-  HWY_DYNAMIC_DISPATCH(positions_of)(numbers, count, packing, positions);
+  positions_by_target[target_index()](numbers, count, packing, positions);
 }
 
 }  // namespace arrayfold

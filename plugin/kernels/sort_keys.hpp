@@ -11,6 +11,9 @@
 
 #include <hwy/base.h>
 
+#include "kernels/dispatch.hpp"
+#include "kernels/element_types.hpp"
+
 namespace arrayfold {
 
 bool has_nan(const double* elements, std::size_t count);
@@ -50,9 +53,13 @@ struct SortKeys {
   void (*pack_whole)(const T* elements, std::size_t count, hwy::uint128_t* numbers);
 };
 
+extern const ForElementTypes<SortKeys>* const sort_keys_by_target[];
+
 /// For double, std::int32_t and std::int64_t.
 template <class T>
-const SortKeys<T>& sort_keys();
+const SortKeys<T>& sort_keys() {
+  return sort_keys_by_target[target_index()]->of<T>();
+}
 
 /// The positions in packed numbers, each cut to its low 32 bits.
 void unpack_positions(const std::uint64_t* numbers, std::size_t count, const KeyPacking& packing,
