@@ -132,40 +132,13 @@ bool ascend(const Edge* edges, std::size_t count) {
   return count > 0;
 }
 
-/// By comparison with every edge; the edges ascend.
+/// The place of each element among edges that ascend.
 template <class T, class Edge>
-Placing<T, Edge> place_among_few() {
+Placing<T, Edge> placing() {
   if constexpr (std::is_same_v<T, double>)
     return placings<Edge>().doubles;
   else
     return placings<Edge>().floats;
-}
-
-/// By a search for many elements and at least one edge; the edges ascend. All elements of a block take a step before
-/// any takes the next, and no step is a branch that the processor could mispredict.
-template <class T, class Edge>
-void place_by_search(const T* elements, std::size_t size, const Edge* edges, std::size_t count, double* out) {
-  constexpr std::size_t block = 64;
-  for (std::size_t start = 0; start < size; start += block) {
-    const std::size_t together = std::min(block, size - start);
-    const T* const x = elements + start;
-    std::size_t first[block] = {};
-    const auto step = [&](std::size_t probe, std::size_t passed) {
-      for (std::size_t j = 0; j < together; ++j)
-        first[j] += passed & (static_cast<std::size_t>(x[j] < edges[first[j] + probe]) - 1);
-    };
-    for (std::size_t left = count; left > 1; left -= left / 2) step(left / 2 - 1, left / 2);
-    step(0, 1);
-    for (std::size_t j = 0; j < together; ++j) out[start + j] = static_cast<double>(first[j]);
-  }
-}
-
-/// The same for many elements and at least one edge; the edges ascend.
-template <class T, class Edge>
-void place_among_ascending(const T* elements, std::size_t size, const Edge* edges, std::size_t count, double* out) {
-  constexpr std::size_t few = 32;
-  const auto place = count <= few ? place_among_few<T, Edge>() : &place_by_search<T, Edge>;
-  place(elements, size, edges, count, out);
 }
 
 /// The place of each element among the edges, as doubles in the shape of `array`.
@@ -181,7 +154,7 @@ std::unique_ptr<ArrayOf<XTDouble>> places(const xarray_of<T>& array, const xarra
   std::fill(out.begin() + static_cast<std::ptrdiff_t>(looked_up), out.end(), 0.0);
   // Checking all edges first pays where they are no more than the elements.
   if (edges.size() <= looked_up && ascend(edges.data(), edges.size()))
-    place_among_ascending(elements.data(), looked_up, edges.data(), edges.size(), out.data());
+    placing<T, Edge>()(elements.data(), looked_up, edges.data(), edges.size(), out.data());
   else
     for (std::size_t i = 0; i < looked_up; ++i)
       out[i] = static_cast<double>(place_of(elements[i], edges.data(), edges.size()));

@@ -56,10 +56,11 @@ void count_floats(const float* elements, std::size_t size, const EqualBins& bins
   count_in_blocks(elements, size, bins, times, counts);
 }
 
-// ---- Places among few edges
+// ---- Places among edges
 
+/// Compares every element with every edge.
 template <class T, class Edge>
-void place(const T* elements, std::size_t size, const Edge* edges, std::size_t count, double* places) {
+void place_among_few(const T* elements, std::size_t size, const Edge* edges, std::size_t count, double* places) {
   using Common = std::common_type_t<T, Edge>;
   for_each_register(TagFor<Common, double>(), size, [=](auto tag, std::size_t i) HWY_ATTR {
     const auto x = load_as(tag, elements + i), one = hn::Set(tag, Common{1});
@@ -70,6 +71,58 @@ void place(const T* elements, std::size_t size, const Edge* edges, std::size_t c
     }
     store(tag, place, places + i);
   });
+}
+
+/// One edge for each lane, in the type that it is compared in, as doubles.
+template <class Common, class D, class Edge>
+HWY_INLINE hn::Vec<D> edges_at(D tag, const Edge* edges, const std::int64_t* positions) {
+  if constexpr (sizeof(Edge) == 8 && std::is_same_v<Common, double>) {
+    const hn::Rebind<Edge, D> stored;
+    return as_doubles(stored, hn::GatherIndex(stored, edges, hn::LoadU(hn::RebindToSigned<D>(), positions)));
+  } else {
+    double found[hn::MaxLanes(tag)];
+    for (std::size_t lane = 0; lane < hn::MaxLanes(tag); ++lane)
+      found[lane] = static_cast<double>(static_cast<Common>(edges[positions[lane]]));
+    return hn::LoadU(tag, found);
+  }
+}
+
+/// Searches by halving. All elements of a block take a step of the search before any takes the next. Doubles compare as
+/// the floats that they were. Lanes behind the last element search, too.
+template <class T, class Edge>
+void place_by_search(const T* elements, std::size_t size, const Edge* edges, std::size_t count, double* places) {
+  using Common = std::common_type_t<T, Edge>;
+  const hn::ScalableTag<double> tag;
+  const hn::RebindToSigned<decltype(tag)> integers;
+  constexpr std::size_t block = 64, lanes = hn::MaxLanes(tag);
+  static_assert(block % lanes == 0, "blocks are whole registers");
+  double x[block] = {};
+  std::int64_t first[block];
+  for (std::size_t start = 0; start < size; start += block) {
+    const std::size_t together = std::min(block, size - start);
+    std::copy_n(elements + start, together, x);
+    std::fill_n(first, block, 0);
+    const auto step = [&](std::size_t probe, std::size_t passed) HWY_ATTR {
+      for (std::size_t j = 0; j < together; j += lanes) {
+        const auto is_less = hn::Lt(hn::LoadU(tag, x + j), edges_at<Common>(tag, edges + probe, first + j));
+        const auto gain = hn::Set(integers, static_cast<std::int64_t>(passed));
+        const auto at = hn::LoadU(integers, first + j);
+        hn::StoreU(hn::Add(at, hn::IfThenZeroElse(hn::RebindMask(integers, is_less), gain)), integers, first + j);
+      }
+    };
+    for (std::size_t left = count; left > 1; left -= left / 2) step(left / 2 - 1, left / 2);
+    step(0, 1);
+    std::copy_n(first, together, places + start);
+  }
+}
+
+template <class T, class Edge>
+void place(const T* elements, std::size_t size, const Edge* edges, std::size_t count, double* places) {
+  constexpr std::size_t few = 32;
+  if (count <= few)
+    place_among_few(elements, size, edges, count, places);
+  else
+    place_by_search(elements, size, edges, count, places);
 }
 
 template <class Edge>

@@ -24,9 +24,8 @@ void count_by_bin(const double* elements, std::size_t size, const EqualBins& bin
 void count_by_bin(const float* elements, std::size_t size, const EqualBins& bins, std::int64_t times,
                   std::int64_t* counts);
 
-/// The place of each of `size` elements among `count` edges that ascend: how many of them come before the first one
-/// greater than the element, compared in the type common to both. Every element is compared with every edge, so that
-/// few edges take less time than a search.
+/// The place of each of `size` elements among `count` edges, at least one, that ascend: how many of them come before
+/// the first one greater than the element, compared in the type common to both.
 template <class T, class Edge>
 using Placing = void (*)(const T* elements, std::size_t size, const Edge* edges, std::size_t count, double* places);
 

@@ -73,12 +73,6 @@ HWY_INLINE void store_low_bits(D, V lanes, std::int32_t* out) {
   hn::StoreU(hn::BitCast(ints, hn::TruncateTo(low, hn::BitCast(hn::RebindToUnsigned<D>(), lanes))), ints, out);
 }
 
-void to_32_bits(const std::int64_t* wide, std::size_t count, std::int32_t* elements) {
-  for_each_register(hn::ScalableTag<std::int64_t>(), count, [=](auto tag, std::size_t i) HWY_ATTR {
-    store_low_bits(tag, hn::LoadU(tag, wide + i), elements + i);
-  });
-}
-
 // ---- Keys
 
 template <class D>
@@ -172,7 +166,6 @@ ARRAYFOLD_EXPORT(any_nan_by_target, any_nan);
 ARRAYFOLD_EXPORT(all_in_order_by_target, all_in_order);
 ARRAYFOLD_EXPORT(turn_by_target, turn);
 ARRAYFOLD_EXPORT(to_64_bits_by_target, to_64_bits);
-ARRAYFOLD_EXPORT(to_32_bits_by_target, to_32_bits);
 ARRAYFOLD_EXPORT(sort_keys_by_target, all_sort_keys);
 ARRAYFOLD_EXPORT(positions_by_target, positions_of);
 
@@ -186,9 +179,6 @@ void turn_negatives(double* elements, std::size_t count) { turn_by_target[target
 
 void widen(const std::int32_t* elements, std::size_t count, std::int64_t* wide) {
   to_64_bits_by_target[target_index()](elements, count, wide);
-}
-void narrow(const std::int64_t* wide, std::size_t count, std::int32_t* elements) {
-  to_32_bits_by_target[target_index()](wide, count, elements);
 }
 
 void unpack_positions(const std::uint64_t* numbers, std::size_t count, const KeyPacking& packing,

@@ -26,8 +26,6 @@ bool in_total_order(const double* elements, std::size_t count);
 void turn_negatives(double* elements, std::size_t count);
 
 void widen(const std::int32_t* elements, std::size_t count, std::int64_t* wide);
-/// Cuts numbers to their low 32 bits.
-void narrow(const std::int64_t* wide, std::size_t count, std::int32_t* elements);
 
 /// The smallest and the largest key of some elements.
 struct KeyRange {

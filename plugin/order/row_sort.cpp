@@ -10,6 +10,7 @@
 #include <hwy/contrib/sort/vqsort.h>
 
 #include "array/scratch.hpp"
+#include "kernels/conversion.hpp"
 #include "kernels/sort_keys.hpp"
 
 namespace arrayfold {
@@ -35,7 +36,7 @@ void sort_by_vectors(std::int32_t* elements, std::size_t count) {
   const Scratch<std::int64_t> wide(count);
   widen(elements, count, wide.data());
   sort_by_vectors(wide.data(), count);
-  narrow(wide.data(), count, elements);
+  convert(wide.data(), elements, count);
 }
 
 /// True when a sort by vectors gives the bits that std::sort gives. Integers always are in such an order.

@@ -75,7 +75,7 @@ void expect_places(Placing<T, Edge> place, std::size_t edge_count) {
 
 template <class Edge>
 void expect_places_among() {
-  for (const std::size_t edge_count : {1u, 2u, 10u, 32u}) {
+  for (const std::size_t edge_count : {1u, 2u, 10u, 32u, 33u, 100u, 1023u}) {
     expect_places<double, Edge>(placings<Edge>().doubles, edge_count);
     expect_places<float, Edge>(placings<Edge>().floats, edge_count);
   }
