@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <limits>
 #include <stdexcept>
+#include <type_traits>
 
 #include "array/arguments.hpp"
 #include "array/extremes.hpp"
@@ -13,6 +14,7 @@
 #include "array/scratch.hpp"
 #include "array/spacing.hpp"
 #include "array/storage.hpp"
+#include "kernels/binning.hpp"
 
 namespace arrayfold {
 namespace {
@@ -65,32 +67,6 @@ Bounds<T> edge_bounds(Kind, const Bounds<T>& bounds, std::size_t bins) {
   return of;
 }
 
-/// Adds each element between the bounds to the count of its bin; the last bin includes the upper bound. One more count
-/// follows the bins: that of the elements outside the bounds.
-template <class T>
-void count_by_bin(const xarray_of<T>& array, const Bounds<double>& bounds, std::int64_t* counts, std::size_t bins) {
-  constexpr std::size_t block = 256;
-  const auto [low, high] = bounds;
-  const double beyond = static_cast<double>(bins), last = beyond - 1.0;
-  const double norm = 1.0 / (high - low);
-  const auto bin_of = [=, lowest = low, highest = high](double x) {
-    double place = (x - lowest) * beyond * norm;
-    // The product may round up to the number of bins, and is NaN or infinite where the norm is.
-    place = place > 0.0 ? place : 0.0;
-    place = place < last ? place : last;
-    place = x == highest ? last : place;
-    return ((x >= lowest) & (x <= highest)) ? place : beyond;
-  };
-  const T* const elements = array.storage().data();
-  const auto [count, times] = reads_of(array);
-  double found[block];
-  for (std::size_t i = 0; i < count; i += block) {
-    const std::size_t size = std::min(block, count - i);
-    for (std::size_t j = 0; j < size; ++j) found[j] = bin_of(elements[i + j]);
-    for (std::size_t j = 0; j < size; ++j) counts[static_cast<std::int64_t>(found[j])] += times;
-  }
-}
-
 template <class Kind, class T>
 std::unique_ptr<ArrayOf<XTDouble>> histogram(Kind kind, const xarray_of<T>& array, std::size_t bins) {
   const Bounds<T> bounds = bounds_of(array);
@@ -99,7 +75,9 @@ std::unique_ptr<ArrayOf<XTDouble>> histogram(Kind kind, const xarray_of<T>& arra
   const Bounds<T> edges = edge_bounds(kind, bounds, bins);
   const Scratch<std::int64_t> counts(bins + 1);
   std::fill_n(counts.data(), bins + 1, 0);
-  count_by_bin(array, {static_cast<double>(edges.low), static_cast<double>(edges.high)}, counts.data(), bins);
+  const auto [count, times] = reads_of(array);
+  const EqualBins range{static_cast<double>(edges.low), static_cast<double>(edges.high), bins};
+  count_by_bin(array.storage().data(), count, range, times, counts.data());
   std::copy_n(counts.data(), bins, made->array->storage().data());
   return made;
 }
@@ -147,30 +125,20 @@ std::size_t place_of(T x, const Edge* edges, std::size_t count) {
   return static_cast<std::size_t>(std::upper_bound(edges, edges + count, x) - edges);
 }
 
-/// The same for many elements and at least one edge; the edges ascend. All elements of a block take a step of the
-/// search before any takes the next, and no step is a branch that the processor could mispredict.
-template <class T, class Edge>
-void look_up_in_ascending(const T* elements, std::size_t size, const Edge* edges, std::size_t count, double* out) {
-  constexpr std::size_t block = 64;
-  for (std::size_t start = 0; start < size; start += block) {
-    const std::size_t together = std::min(block, size - start);
-    const T* const x = elements + start;
-    std::size_t first[block] = {};
-    const auto step = [&](std::size_t probe, std::size_t passed) {
-      for (std::size_t j = 0; j < together; ++j)
-        first[j] += passed & (static_cast<std::size_t>(x[j] < edges[first[j] + probe]) - 1);
-    };
-    for (std::size_t left = count; left > 1; left -= left / 2) step(left / 2 - 1, left / 2);
-    step(0, 1);
-    for (std::size_t j = 0; j < together; ++j) out[start + j] = static_cast<double>(first[j]);
-  }
-}
-
 template <class Edge>
 bool ascend(const Edge* edges, std::size_t count) {
   for (std::size_t i = 1; i < count; ++i)
     if (!(edges[i - 1] <= edges[i])) return false;
   return count > 0;
+}
+
+/// The place of each element among edges that ascend.
+template <class T, class Edge>
+Placing<T, Edge> placing() {
+  if constexpr (std::is_same_v<T, double>)
+    return placings<Edge>().doubles;
+  else
+    return placings<Edge>().floats;
 }
 
 /// The place of each element among the edges, as doubles in the shape of `array`.
@@ -186,7 +154,7 @@ std::unique_ptr<ArrayOf<XTDouble>> places(const xarray_of<T>& array, const xarra
   std::fill(out.begin() + static_cast<std::ptrdiff_t>(looked_up), out.end(), 0.0);
   // Checking all edges first pays where they are no more than the elements.
   if (edges.size() <= looked_up && ascend(edges.data(), edges.size()))
-    look_up_in_ascending(elements.data(), looked_up, edges.data(), edges.size(), out.data());
+    placing<T, Edge>()(elements.data(), looked_up, edges.data(), edges.size(), out.data());
   else
     for (std::size_t i = 0; i < looked_up; ++i)
       out[i] = static_cast<double>(place_of(elements[i], edges.data(), edges.size()));

@@ -114,6 +114,31 @@ HWY_INLINE hn::Vec<D> from_doubles(D tag, V doubles) {
   }
 }
 
+// ---- Lanes from memory of another type
+
+/// As many elements as `tag` has lanes, each converted to the type of the lanes.
+template <class D, class T>
+HWY_INLINE hn::Vec<D> load_as(D tag, const T* elements) {
+  using R = hn::TFromD<D>;
+  if constexpr (std::is_same_v<T, R>) {
+    return hn::LoadU(tag, elements);
+  } else if constexpr (sizeof(T) > sizeof(R)) {
+    // Registers have no conversion to a narrower type that rounds once.
+    R converted[hn::MaxLanes(tag)];
+    for (std::size_t lane = 0; lane < hn::MaxLanes(tag); ++lane) converted[lane] = static_cast<R>(elements[lane]);
+    return hn::LoadU(tag, converted);
+  } else {
+    const hn::Rebind<T, D> stored;
+    const auto lanes = hn::LoadU(stored, elements);
+    if constexpr (std::is_same_v<R, double>)
+      return as_doubles(stored, lanes);
+    else if constexpr (sizeof(T) == sizeof(R))
+      return hn::ConvertTo(tag, lanes);
+    else
+      return hn::PromoteTo(tag, lanes);
+  }
+}
+
 // ---- Lanes to memory of another type
 
 /// Stores each lane as a T: integers and 32-bit numbers are widened to double.

@@ -15,6 +15,7 @@
 #include "array/rows.hpp"
 #include "array/scratch.hpp"
 #include "kernels/conversion.hpp"
+#include "kernels/products.hpp"
 #include "linalg/result.hpp"
 
 namespace arrayfold {
@@ -70,6 +71,15 @@ auto computed(const Shape& extents, Compute compute) {
   return made;
 }
 
+/// The factors of a product are read some at a time.
+constexpr std::size_t factors_together = 256;
+
+/// Reads `count` factors, a step apart, as numbers of type R.
+template <class A, class R>
+void read_factors(const A* elements, std::size_t step, std::size_t count, R* factors) {
+  for (std::size_t i = 0; i < count; ++i) factors[i] = static_cast<R>(elements[i * step]);
+}
+
 using Count = xt::blas_index_t;  // the counts of BLAS
 
 /// Throws std::bad_alloc for a count that BLAS cannot take.
@@ -84,10 +94,13 @@ Count blas_count(std::size_t n) {
 template <class A, class B>
 CommonType<A, B> inner_product(std::size_t count, const A* a, std::size_t a_step, const B* b, std::size_t b_step) {
   CommonType<A, B> sum{0};
-  if constexpr (for_blas<A, B>)
+  if constexpr (for_blas<A, B>) {
     cxxblas::dot<Count>(blas_count(count), a, blas_count(a_step), b, blas_count(b_step), sum);
-  else
-    for (std::size_t i = 0; i < count; ++i) sum += a[i * a_step] * b[i * b_step];
+    return sum;
+  }
+  if constexpr (std::is_same_v<A, B> && std::is_integral_v<A>)
+    if (a_step == 1 && b_step == 1) return integer_product(a, b, count);
+  for (std::size_t i = 0; i < count; ++i) sum += a[i * a_step] * b[i * b_step];
   return sum;
 }
 
@@ -120,27 +133,30 @@ DotForm dot_form(const Shape& a, const Shape& b) {
   return form;
 }
 
-/// out += a * b by rows. Each element adds up in the order of the inner index; four rows of `a` share each row of `b`.
-template <std::size_t rows, class A, class B, class R>
-void add_rows(const A* a, const B* b, const DotForm& form, std::size_t out_step, R* __restrict out) {
-  for (std::size_t k = 0; k < form.inner; ++k, b += form.columns) {
-    R factors[rows];
-    for (std::size_t row = 0; row < rows; ++row) factors[row] = static_cast<R>(a[row * form.inner + k]);
-    for (std::size_t j = 0; j < form.columns; ++j)
-      for (std::size_t row = 0; row < rows; ++row) out[row * out_step + j] += factors[row] * static_cast<R>(b[j]);
-  }
-}
-
+/// Each element adds up in the order of the inner index.
 template <class A, class B, class R>
-void multiply_by_loops(const DotForm& form, const A* a, const B* b, R* out) {
-  constexpr std::size_t together = 4;
+void multiply_by_rows(const DotForm& form, const A* a, const B* b, R* out) {
   const std::size_t out_step = form.matrices * form.columns;
   std::fill_n(out, form.rows * out_step, R{0});
-  for (std::size_t n = 0; n < form.matrices; ++n, b += form.inner * form.columns, out += form.columns) {
-    std::size_t row = 0;
-    for (; row + together <= form.rows; row += together)
-      add_rows<together>(a + row * form.inner, b, form, out_step, out + row * out_step);
-    for (; row < form.rows; ++row) add_rows<1>(a + row * form.inner, b, form, out_step, out + row * out_step);
+  // Adds the products of `inner` factors in each of `rows` rows.
+  const auto add = [&](const R* factors, std::size_t row, std::size_t rows, std::size_t k, std::size_t inner) {
+    for (std::size_t n = 0; n < form.matrices; ++n)
+      products<B, R>().add(factors, rows, inner, b + (n * form.inner + k) * form.columns, form.columns,
+                           out + row * out_step + n * form.columns, out_step);
+  };
+  if constexpr (std::is_same_v<A, R>) {
+    add(a, 0, form.rows, 0, form.inner);
+  } else {
+    constexpr std::size_t rows_together = 16, inner_together = 64;
+    R factors[rows_together * inner_together];
+    for (std::size_t row = 0; row < form.rows; row += rows_together)
+      for (std::size_t k = 0; k < form.inner; k += inner_together) {
+        const std::size_t rows = std::min(rows_together, form.rows - row);
+        const std::size_t inner = std::min(inner_together, form.inner - k);
+        for (std::size_t i = 0; i < rows; ++i)
+          read_factors(a + (row + i) * form.inner + k, 1, inner, factors + i * inner);
+        add(factors, row, rows, k, inner);
+      }
   }
 }
 
@@ -178,11 +194,13 @@ constexpr auto dot = [](auto kind, const auto& a, const auto& b) {
   // A zero-dimensional array multiplies each element of the other.
   if (a.dimension() == 0)
     return computed<decltype(kind), R>(b.shape(), [&](R* out) {
-      for (std::size_t i = 0; i < b.storage().size(); ++i) out[i] = *left * right[i];
+      const auto factor = static_cast<R>(*left);
+      products<B, R>().spread(&factor, 1, right, b.storage().size(), out);
     });
   if (b.dimension() == 0)
     return computed<decltype(kind), R>(a.shape(), [&](R* out) {
-      for (std::size_t i = 0; i < a.storage().size(); ++i) out[i] = left[i] * *right;
+      const auto factor = static_cast<R>(*right);
+      products<A, R>().spread(&factor, 1, left, a.storage().size(), out);
     });
   const DotForm form = dot_form(a.shape(), b.shape());
   return computed<decltype(kind), R>(form.extents, [&](R* out) {
@@ -193,7 +211,7 @@ constexpr auto dot = [](auto kind, const auto& a, const auto& b) {
     else if (form.columns == 1)
       multiply_by_inner_products(form, left, right, out);
     else
-      multiply_by_loops(form, left, right, out);
+      multiply_by_rows(form, left, right, out);
   });
 };
 
@@ -225,11 +243,19 @@ bool holds(const xarray_of<T>& array, std::size_t count, std::size_t stride) {
   return count == 0 || (size > 0 && count - 1 <= (size - 1) / stride);
 }
 
+/// Adds the products to `out`, which is 0: a product of -0 thereby becomes 0.
 template <class A, class B, class R>
 void multiply_outer(const FirstAxis<A>& a, const FirstAxis<B>& b, R* out) {
   if constexpr (for_blas<A, B>) {
     cxxblas::ger<Count>(cxxblas::RowMajor, blas_count(a.extent), blas_count(b.extent), R{1}, a.elements,
                         blas_count(a.stride), b.elements, blas_count(b.stride), out, blas_count(b.extent));
+  } else if (b.stride == 1) {
+    R factors[factors_together];
+    for (std::size_t i = 0; i < a.extent; i += factors_together) {
+      const std::size_t rows = std::min(factors_together, a.extent - i);
+      read_factors(&a[i], a.stride, rows, factors);
+      products<B, R>().add(factors, rows, 1, b.elements, b.extent, out + i * b.extent, b.extent);
+    }
   } else {
     for (std::size_t i = 0; i < a.extent; ++i, out += b.extent)
       for (std::size_t j = 0; j < b.extent; ++j) out[j] += a[i] * b[j];
@@ -272,6 +298,14 @@ std::size_t extents_product(std::size_t a, std::size_t b) {
   return a;
 }
 
+/// Each of `count` factors in turn times the elements of a row, a step apart.
+template <class B, class R>
+void spread(const R* factors, std::size_t count, const B* row, std::size_t step, std::size_t length, R* out) {
+  if (step == 1) return products<B, R>().spread(factors, count, row, length, out);
+  for (std::size_t j = 0; j < count; ++j)
+    for (std::size_t h = 0; h < length; ++h) *out++ = factors[j] * static_cast<R>(row[h * step]);
+}
+
 /// Each element of the first, multiplied by all of the second, in its place.
 constexpr auto kron = [](auto kind, const auto& first, const auto& second) {
   using R = CommonType<ElementOf<decltype(first)>, ElementOf<decltype(second)>>;
@@ -283,13 +317,15 @@ constexpr auto kron = [](auto kind, const auto& first, const auto& second) {
   return computed<decltype(kind), R>({rows, columns}, [&](R* out) {
     const bool nothing = first.storage().empty() || second.storage().empty();
     if (nothing) return std::fill_n(out, rows * columns, R{0}), void();
+    R factors[factors_together];
     for (std::size_t i = 0; i < a.rows; ++i)
-      for (std::size_t k = 0; k < b.rows; ++k)
-        for (std::size_t j = 0; j < a.columns; ++j) {
-          const auto factor = static_cast<R>(left[i * a.row_stride + j * a.column_stride]);
-          const auto* const row = right + k * b.row_stride;
-          for (std::size_t h = 0; h < b.columns; ++h) *out++ = factor * static_cast<R>(row[h * b.column_stride]);
-        }
+      for (std::size_t j = 0; j < a.columns; j += factors_together) {
+        const std::size_t count = std::min(factors_together, a.columns - j);
+        read_factors(left + i * a.row_stride + j * a.column_stride, a.column_stride, count, factors);
+        for (std::size_t k = 0; k < b.rows; ++k)
+          spread(factors, count, right + k * b.row_stride, b.column_stride, b.columns,
+                 out + (i * b.rows + k) * columns + j * b.columns);
+      }
   });
 };
 

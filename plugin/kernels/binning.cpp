@@ -1,0 +1,155 @@
+// kernels/binning.cpp: elements counted in bins, or placed among edges, for each processor target
+
+#include "kernels/binning.hpp"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "kernels/binning.cpp"
+#include <hwy/foreach_target.h>
+
+#include <algorithm>
+#include <type_traits>
+
+#include "kernels/registers-inl.hpp"
+
+HWY_BEFORE_NAMESPACE();
+namespace arrayfold {
+namespace HWY_NAMESPACE {
+
+// ---- Bins
+
+/// The bin of each element, as doubles.
+template <class T>
+void find_bins(const T* elements, std::size_t size, const EqualBins& bins, double* found) {
+  const double beyond = static_cast<double>(bins.count), last = beyond - 1.0;
+  const double low = bins.low, high = bins.high, norm = 1.0 / (high - low);
+  for_each_register(hn::ScalableTag<double>(), size, [=](auto tag, std::size_t i) HWY_ATTR {
+    const auto x = load_as(tag, elements + i);
+    const auto lowest = hn::Set(tag, low), highest = hn::Set(tag, high), last_bin = hn::Set(tag, last);
+    auto place = hn::Mul(hn::Mul(hn::Sub(x, lowest), hn::Set(tag, beyond)), hn::Set(tag, norm));
+    // The product may round up to the number of bins, and is NaN or infinite where the norm is.
+    place = hn::IfThenElseZero(hn::Gt(place, hn::Zero(tag)), place);
+    place = hn::IfThenElse(hn::Lt(place, last_bin), place, last_bin);
+    place = hn::IfThenElse(hn::Eq(x, highest), last_bin, place);
+    const auto is_inside = hn::And(hn::Ge(x, lowest), hn::Le(x, highest));
+    hn::StoreU(hn::IfThenElse(is_inside, place, hn::Set(tag, beyond)), tag, found + i);
+  });
+}
+
+template <class T>
+HWY_INLINE void count_in_blocks(const T* elements, std::size_t size, const EqualBins& bins, std::int64_t times,
+                                std::int64_t* counts) {
+  constexpr std::size_t block = 256;
+  double found[block];
+  for (std::size_t i = 0; i < size; i += block) {
+    const std::size_t together = std::min(block, size - i);
+    find_bins(elements + i, together, bins, found);
+    for (std::size_t j = 0; j < together; ++j) counts[static_cast<std::int64_t>(found[j])] += times;
+  }
+}
+
+void count_doubles(const double* elements, std::size_t size, const EqualBins& bins, std::int64_t times,
+                   std::int64_t* counts) {
+  count_in_blocks(elements, size, bins, times, counts);
+}
+void count_floats(const float* elements, std::size_t size, const EqualBins& bins, std::int64_t times,
+                  std::int64_t* counts) {
+  count_in_blocks(elements, size, bins, times, counts);
+}
+
+// ---- Places among edges
+
+/// Compares every element with every edge.
+template <class T, class Edge>
+void place_among_few(const T* elements, std::size_t size, const Edge* edges, std::size_t count, double* places) {
+  using Common = std::common_type_t<T, Edge>;
+  for_each_register(TagFor<Common, double>(), size, [=](auto tag, std::size_t i) HWY_ATTR {
+    const auto x = load_as(tag, elements + i), one = hn::Set(tag, Common{1});
+    auto place = hn::Zero(tag);
+    for (std::size_t k = 0; k < count; ++k) {
+      const auto edge = hn::Set(tag, static_cast<Common>(edges[k]));
+      place = hn::IfThenElse(hn::Lt(x, edge), place, hn::Add(place, one));
+    }
+    store(tag, place, places + i);
+  });
+}
+
+/// One edge for each lane, in the type that it is compared in, as doubles.
+template <class Common, class D, class Edge>
+HWY_INLINE hn::Vec<D> edges_at(D tag, const Edge* edges, const std::int64_t* positions) {
+  if constexpr (sizeof(Edge) == 8 && std::is_same_v<Common, double>) {
+    const hn::Rebind<Edge, D> stored;
+    return as_doubles(stored, hn::GatherIndex(stored, edges, hn::LoadU(hn::RebindToSigned<D>(), positions)));
+  } else {
+    double found[hn::MaxLanes(tag)];
+    for (std::size_t lane = 0; lane < hn::MaxLanes(tag); ++lane)
+      found[lane] = static_cast<double>(static_cast<Common>(edges[positions[lane]]));
+    return hn::LoadU(tag, found);
+  }
+}
+
+/// Searches by halving. All elements of a block take a step of the search before any takes the next. Doubles compare as
+/// the floats that they were. Lanes behind the last element search, too.
+template <class T, class Edge>
+void place_by_search(const T* elements, std::size_t size, const Edge* edges, std::size_t count, double* places) {
+  using Common = std::common_type_t<T, Edge>;
+  const hn::ScalableTag<double> tag;
+  const hn::RebindToSigned<decltype(tag)> integers;
+  constexpr std::size_t block = 64, lanes = hn::MaxLanes(tag);
+  static_assert(block % lanes == 0, "blocks are whole registers");
+  double x[block] = {};
+  std::int64_t first[block];
+  for (std::size_t start = 0; start < size; start += block) {
+    const std::size_t together = std::min(block, size - start);
+    std::copy_n(elements + start, together, x);
+    std::fill_n(first, block, 0);
+    const auto step = [&](std::size_t probe, std::size_t passed) HWY_ATTR {
+      for (std::size_t j = 0; j < together; j += lanes) {
+        const auto is_less = hn::Lt(hn::LoadU(tag, x + j), edges_at<Common>(tag, edges + probe, first + j));
+        const auto gain = hn::Set(integers, static_cast<std::int64_t>(passed));
+        const auto at = hn::LoadU(integers, first + j);
+        hn::StoreU(hn::Add(at, hn::IfThenZeroElse(hn::RebindMask(integers, is_less), gain)), integers, first + j);
+      }
+    };
+    for (std::size_t left = count; left > 1; left -= left / 2) step(left / 2 - 1, left / 2);
+    step(0, 1);
+    std::copy_n(first, together, places + start);
+  }
+}
+
+template <class T, class Edge>
+void place(const T* elements, std::size_t size, const Edge* edges, std::size_t count, double* places) {
+  constexpr std::size_t few = 32;
+  if (count <= few)
+    place_among_few(elements, size, edges, count, places);
+  else
+    place_by_search(elements, size, edges, count, places);
+}
+
+template <class Edge>
+constexpr Placings<Edge> placings_among{&place<double, Edge>, &place<float, Edge>};
+
+constexpr ForElementTypes<Placings> all_placings(placings_among<double>, placings_among<float>,
+                                                 placings_among<std::int32_t>, placings_among<std::int64_t>);
+
+}  // namespace HWY_NAMESPACE
+}  // namespace arrayfold
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace arrayfold {
+
+ARRAYFOLD_EXPORT(count_doubles_by_target, count_doubles);
+ARRAYFOLD_EXPORT(count_floats_by_target, count_floats);
+ARRAYFOLD_EXPORT(placings_by_target, all_placings);
+
+void count_by_bin(const double* elements, std::size_t size, const EqualBins& bins, std::int64_t times,
+                  std::int64_t* counts) {
+  count_doubles_by_target[target_index()](elements, size, bins, times, counts);
+}
+void count_by_bin(const float* elements, std::size_t size, const EqualBins& bins, std::int64_t times,
+                  std::int64_t* counts) {
+  count_floats_by_target[target_index()](elements, size, bins, times, counts);
+}
+
+}  // namespace arrayfold
+#endif

@@ -1,0 +1,190 @@
+// kernels/sort_keys.cpp: elements as integers that sort like them, for each processor target
+
+#include "kernels/sort_keys.hpp"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "kernels/sort_keys.cpp"
+#include <hwy/foreach_target.h>
+
+#include <algorithm>
+#include <limits>
+
+#include "kernels/registers-inl.hpp"
+
+HWY_BEFORE_NAMESPACE();
+namespace arrayfold {
+namespace HWY_NAMESPACE {
+
+using Doubles = hn::ScalableTag<double>;
+template <class D>
+using SignedOf = hn::RebindToSigned<D>;
+
+// ---- Doubles as they are
+
+/// True when `is_it(tag, lanes)` holds for some element.
+template <class IsIt>
+HWY_INLINE bool any_of(const double* elements, std::size_t count, IsIt is_it) {
+  bool found = false;
+  for_each_register(Doubles(), count, [&](auto tag, std::size_t i) HWY_ATTR {
+    found |= !hn::AllFalse(tag, is_it(tag, hn::LoadU(tag, elements + i)));
+  });
+  return found;
+}
+
+bool any_nan(const double* elements, std::size_t count) {
+  return any_of(elements, count, [](auto, auto x) HWY_ATTR { return hn::IsNaN(x); });
+}
+
+bool all_in_order(const double* elements, std::size_t count) {
+  return !any_of(elements, count, [](auto tag, auto x) HWY_ATTR {
+    const SignedOf<decltype(tag)> integers;
+    const auto negative_zero = hn::Set(integers, std::numeric_limits<std::int64_t>::min());
+    const auto is_negative_zero = hn::Eq(hn::BitCast(integers, x), negative_zero);
+    return hn::Or(hn::IsNaN(x), hn::RebindMask(tag, is_negative_zero));
+  });
+}
+
+void turn(double* elements, std::size_t count) {
+  for_each_register(Doubles(), count, [=](auto tag, std::size_t i) HWY_ATTR {
+    const SignedOf<decltype(tag)> integers;
+    const auto bits = hn::BitCast(integers, hn::LoadU(tag, elements + i));
+    const auto value_bits = hn::Set(integers, std::numeric_limits<std::int64_t>::max());
+    const auto turned = hn::Xor(bits, hn::And(hn::BroadcastSignBit(bits), value_bits));
+    hn::StoreU(hn::BitCast(tag, turned), tag, elements + i);
+  });
+}
+
+// ---- Widths
+
+using Ints = TagFor<std::int32_t, std::int64_t>;
+
+void to_64_bits(const std::int32_t* elements, std::size_t count, std::int64_t* wide) {
+  for_each_register(Ints(), count, [=](auto tag, std::size_t i) HWY_ATTR {
+    const hn::Rebind<std::int64_t, decltype(tag)> integers;
+    hn::StoreU(hn::PromoteTo(integers, hn::LoadU(tag, elements + i)), integers, wide + i);
+  });
+}
+
+/// Stores the low 32 bits of each lane.
+template <class D, class V>
+HWY_INLINE void store_low_bits(D, V lanes, std::int32_t* out) {
+  const hn::Rebind<std::int32_t, D> ints;
+  const hn::RebindToUnsigned<decltype(ints)> low;
+  hn::StoreU(hn::BitCast(ints, hn::TruncateTo(low, hn::BitCast(hn::RebindToUnsigned<D>(), lanes))), ints, out);
+}
+
+// ---- Keys
+
+template <class D>
+using KeysOf = hn::Rebind<std::uint64_t, D>;
+
+template <class D, class V>
+HWY_INLINE hn::Vec<KeysOf<D>> keys_of(D tag, V elements) {
+  using T = hn::TFromD<D>;
+  const KeysOf<D> keys;
+  if constexpr (std::is_same_v<T, double>) {
+    const SignedOf<D> integers;
+    const auto sign = hn::Set(integers, std::numeric_limits<std::int64_t>::min());
+    // Adding 0 makes zeros of both signs equal.
+    const auto bits = hn::BitCast(integers, hn::Add(elements, hn::Zero(tag)));
+    return hn::BitCast(keys, hn::Xor(bits, hn::Or(hn::BroadcastSignBit(bits), sign)));
+  } else {
+    const auto turned = hn::Xor(elements, hn::Set(tag, std::numeric_limits<T>::min()));
+    if constexpr (std::is_same_v<T, std::int32_t>)
+      return hn::PromoteTo(keys, hn::BitCast(hn::RebindToUnsigned<D>(), turned));
+    else
+      return hn::BitCast(keys, turned);
+  }
+}
+
+template <class T>
+std::uint64_t key_of(T element) {
+  const hn::CappedTag<T, 1> one;
+  return hn::GetLane(keys_of(one, hn::Set(one, element)));
+}
+
+/// Keys are ordered like their elements, so those of the extremes suffice.
+template <class T>
+KeyRange range_of_keys(const T* elements, std::size_t count) {
+  const hn::ScalableTag<T> tag;
+  constexpr std::size_t lanes = hn::MaxLanes(tag);
+  auto lows = hn::Set(tag, *elements), highs = lows;
+  std::size_t i = 0;
+  for (; count - i >= lanes; i += lanes) {
+    const auto x = hn::LoadU(tag, elements + i);
+    lows = hn::Min(lows, x), highs = hn::Max(highs, x);
+  }
+  T extremes[2 * lanes];
+  hn::StoreU(lows, tag, extremes);
+  hn::StoreU(highs, tag, extremes + lanes);
+  T low = *elements, high = low;
+  const auto include = [&](const T* first, const T* end) {
+    for (; first != end; ++first) low = std::min(low, *first), high = std::max(high, *first);
+  };
+  include(extremes, extremes + 2 * lanes);
+  include(elements + i, elements + count);
+  return {key_of(low), key_of(high)};
+}
+
+template <class T>
+void pack_keys(const T* elements, std::size_t count, const KeyPacking& packing, std::uint64_t* numbers) {
+  const auto [low, left_out, position_width] = packing;
+  for_each_register(TagFor<T, std::uint64_t>(), count,
+                    [=, lowest = low, cut = left_out, width = position_width](auto tag, std::size_t i) HWY_ATTR {
+                      const KeysOf<decltype(tag)> keys;
+                      const auto key = hn::Sub(keys_of(tag, hn::LoadU(tag, elements + i)), hn::Set(keys, lowest));
+                      const auto upper = hn::ShiftLeftSame(hn::ShiftRightSame(key, cut), width);
+                      hn::StoreU(hn::Or(upper, hn::Iota(keys, i)), keys, numbers + i);
+                    });
+}
+
+template <class T>
+void pack_whole_keys(const T* elements, std::size_t count, hwy::uint128_t* numbers) {
+  for (std::size_t i = 0; i < count; ++i) numbers[i] = {i, key_of(elements[i])};
+}
+
+template <class T>
+constexpr SortKeys<T> keys{&range_of_keys<T>, &pack_keys<T>, &pack_whole_keys<T>};
+
+constexpr ForElementTypes<SortKeys> all_sort_keys(keys<double>, {}, keys<std::int32_t>, keys<std::int64_t>);
+
+void positions_of(const std::uint64_t* numbers, std::size_t count, const KeyPacking& packing, std::int32_t* positions) {
+  const std::uint64_t mask = packing.position_in(~std::uint64_t{0});
+  for_each_register(hn::ScalableTag<std::uint64_t>(), count, [=](auto tag, std::size_t i) HWY_ATTR {
+    store_low_bits(tag, hn::And(hn::LoadU(tag, numbers + i), hn::Set(tag, mask)), positions + i);
+  });
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace arrayfold
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace arrayfold {
+
+ARRAYFOLD_EXPORT(any_nan_by_target, any_nan);
+ARRAYFOLD_EXPORT(all_in_order_by_target, all_in_order);
+ARRAYFOLD_EXPORT(turn_by_target, turn);
+ARRAYFOLD_EXPORT(to_64_bits_by_target, to_64_bits);
+ARRAYFOLD_EXPORT(sort_keys_by_target, all_sort_keys);
+ARRAYFOLD_EXPORT(positions_by_target, positions_of);
+
+bool has_nan(const double* elements, std::size_t count) { return any_nan_by_target[target_index()](elements, count); }
+
+bool in_total_order(const double* elements, std::size_t count) {
+  return all_in_order_by_target[target_index()](elements, count);
+}
+
+void turn_negatives(double* elements, std::size_t count) { turn_by_target[target_index()](elements, count); }
+
+void widen(const std::int32_t* elements, std::size_t count, std::int64_t* wide) {
+  to_64_bits_by_target[target_index()](elements, count, wide);
+}
+
+void unpack_positions(const std::uint64_t* numbers, std::size_t count, const KeyPacking& packing,
+                      std::int32_t* positions) {
+  positions_by_target[target_index()](numbers, count, packing, positions);
+}
+
+}  // namespace arrayfold
+#endif
