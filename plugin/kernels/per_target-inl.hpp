@@ -34,6 +34,26 @@ HWY_INLINE hn::Vec<Bytes> bytes_of_mask(D tag, Bytes bytes, M mask) {
 #endif
 }
 
+/// `a` where it is less than `b`, otherwise `b`: also where they are equal, and with NaN. The instructions for the
+/// smaller and the larger of x86 have this rule.
+template <class D, class V>
+HWY_INLINE V first_if_less(D, V a, V b) {
+#if HWY_ARCH_X86 && HWY_TARGET != HWY_SCALAR
+  return hn::Min(a, b);
+#else
+  return hn::IfThenElse(hn::Lt(a, b), a, b);
+#endif
+}
+/// `a` where it is greater than `b`, otherwise `b`, by the same rules.
+template <class D, class V>
+HWY_INLINE V first_if_greater(D, V a, V b) {
+#if HWY_ARCH_X86 && HWY_TARGET != HWY_SCALAR
+  return hn::Max(a, b);
+#else
+  return hn::IfThenElse(hn::Lt(b, a), a, b);
+#endif
+}
+
 /// The low 64 bits of products of 64-bit integers.
 template <class D, class V>
 HWY_INLINE V product_of_64_bits(D tag, V a, V b) {

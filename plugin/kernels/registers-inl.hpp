@@ -27,6 +27,11 @@ namespace HWY_NAMESPACE {
 template <class T, class R = T>
 using TagFor = hn::Rebind<T, hn::ScalableTag<std::conditional_t<(sizeof(R) > sizeof(T)), R, T>>>;
 
+/// The tag of registers of at most 32 bytes, to which the elements of arrays are aligned. Wider ones cross the lines of
+/// the cache with every second load, which costs more than they gain where nothing is stored.
+template <class T>
+using FoldTag = hn::CappedTag<T, 32 / sizeof(T)>;
+
 // ---- Walks
 
 /// Calls `step(tag, first)` for the elements behind the last whole register of D: registers of half the lanes, a
@@ -58,6 +63,73 @@ HWY_INLINE void for_each_register(D tag, std::size_t count, const Step& step) {
   }
   for (; count - first >= lanes; first += lanes) step(tag, first);
   for_each_narrower(tag, first, count, step);
+}
+
+/// The same, but the four registers of a turn come from the four quarters of the elements, which keeps more loads from
+/// memory in flight.
+template <class D, class Step>
+HWY_INLINE void for_each_register_in_quarters(D tag, std::size_t count, const Step& step) {
+  constexpr std::size_t lanes = hn::MaxLanes(tag);
+  const std::size_t quarter = count / (4 * lanes) * lanes;
+  for (std::size_t first = 0; first < quarter; first += lanes) {
+    step(tag, first);
+    step(tag, first + quarter);
+    step(tag, first + 2 * quarter);
+    step(tag, first + 3 * quarter);
+  }
+  std::size_t first = 4 * quarter;
+  for (; count - first >= lanes; first += lanes) step(tag, first);
+  for_each_narrower(tag, first, count, step);
+}
+
+// ---- Folds in no particular order
+
+/// Where the four accumulators of a fold read: next to each other, or each its own quarter of the elements.
+enum class Reading { together, in_quarters };
+
+/// Folds `folded` and the elements behind the last whole register into one number. Halves first, so a narrower register
+/// of elements joins where it fits.
+template <class Fold, class D>
+HWY_INLINE hn::TFromD<D> fold_lanes(D tag, hn::Vec<D> folded, const hn::TFromD<D>* elements, std::size_t count) {
+  if constexpr (hn::MaxLanes(tag) == 1) {
+    return hn::GetLane(folded);
+  } else {
+    const hn::Half<D> half;
+    constexpr std::size_t lanes = hn::MaxLanes(half);
+    // A single lane has no upper half: the name is found by its argument.
+    auto halves = Fold()(half, hn::LowerHalf(half, folded), UpperHalf(half, folded));
+    if ((count & lanes) != 0) {
+      halves = Fold()(half, halves, hn::LoadU(half, elements));
+      elements += lanes;
+    }
+    return fold_lanes<Fold>(half, halves, elements, count);
+  }
+}
+
+/// Folds the elements by `Fold()(tag, a, b)`, in any order; `start` may be folded in several times. Four accumulators
+/// take whole registers.
+template <class Fold, Reading reading, class T>
+HWY_INLINE T fold_freely(const T* elements, std::size_t count, T start) {
+  const FoldTag<T> tag;
+  using V = hn::Vec<decltype(tag)>;
+  constexpr std::size_t lanes = hn::MaxLanes(tag);
+  const Fold fold;
+  const std::size_t turns = count / (4 * lanes);
+  const std::size_t apart = reading == Reading::together ? lanes : turns * lanes;
+  const std::size_t step = reading == Reading::together ? 4 * lanes : lanes;
+  V a = hn::Set(tag, start);
+  if (turns != 0) {
+    V b = a, c = a, d = a;
+    for (std::size_t turn = 0; turn < turns; ++turn) {
+      const T* const from = elements + turn * step;
+      a = fold(tag, a, hn::LoadU(tag, from)), b = fold(tag, b, hn::LoadU(tag, from + apart));
+      c = fold(tag, c, hn::LoadU(tag, from + 2 * apart)), d = fold(tag, d, hn::LoadU(tag, from + 3 * apart));
+    }
+    a = fold(tag, fold(tag, a, b), fold(tag, c, d));
+  }
+  std::size_t i = turns * 4 * lanes;
+  for (; count - i >= lanes; i += lanes) a = fold(tag, a, hn::LoadU(tag, elements + i));
+  return fold_lanes<Fold>(tag, a, elements + i, count - i);
 }
 
 // ---- Lanes to memory of another type
