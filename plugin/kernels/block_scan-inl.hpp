@@ -14,7 +14,7 @@
 
 #include <cstddef>
 
-#include <hwy/highway.h>
+#include "kernels/registers-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
 namespace arrayfold {
@@ -23,21 +23,28 @@ namespace HWY_NAMESPACE {
 template <class T>
 constexpr std::size_t block_length = 32 / sizeof(T);
 
-/// Halves of the block first, then halves of what that leaves: (b0 + b2) + (b1 + b3) for four elements and a sum.
-template <class T, class Fold>
-HWY_INLINE T fold_block(const T* b, Fold fold) {
-  static_assert(block_length<T> == 4 || block_length<T> == 8, "the pairs of a block are written out for these lengths");
-  if constexpr (block_length<T> == 4)
-    return fold(fold(b[0], b[2]), fold(b[1], b[3]));
+/// The lanes of D, from a block that is folded halves first until `length` elements are left of it; `b` is where these
+/// lanes begin in the first of them.
+template <class Fold, std::size_t length, class D>
+HWY_INLINE hn::Vec<D> folded_to(D tag, const hn::TFromD<D>* b) {
+  if constexpr (length == block_length<hn::TFromD<D>>)
+    return hn::LoadU(tag, b);
   else
-    return fold(fold(fold(b[0], b[4]), fold(b[2], b[6])), fold(fold(b[1], b[5]), fold(b[3], b[7])));
+    return Fold()(tag, folded_to<Fold, 2 * length>(tag, b), folded_to<Fold, 2 * length>(tag, b + length));
 }
 
-/// Folds `count` elements, whole blocks, into `accumulated`.
-template <class R, class T, class Fold>
-HWY_INLINE R fold_blocks(const T* elements, std::size_t count, R accumulated, Fold fold) {
+/// Halves of the block first, then halves of what that leaves: (b0 + b2) + (b1 + b3) for four elements and a sum.
+template <class Fold, class T>
+HWY_INLINE T fold_block(const T* b) {
+  const FoldTag<T> tag;
+  return fold_lanes<Fold>(tag, folded_to<Fold, hn::MaxLanes(tag)>(tag, b), b, 0);
+}
+
+/// Folds `count` elements, whole blocks, into `accumulated`: their lanes by `Fold`, their values by `fold`.
+template <class Fold, class R, class T, class FoldValue>
+HWY_INLINE R fold_blocks(const T* elements, std::size_t count, R accumulated, FoldValue fold) {
   for (std::size_t i = 0; i < count; i += block_length<T>)
-    accumulated = fold(accumulated, R{fold_block(elements + i, fold)});
+    accumulated = fold(accumulated, R{fold_block<Fold>(elements + i)});
   return accumulated;
 }
 

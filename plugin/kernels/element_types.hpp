@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace arrayfold {
@@ -28,5 +29,8 @@ class ForElementTypes {
 
   Rows rows_;
 };
+
+/// True for so few elements that to choose among the loops of several targets takes longer than to use any of them.
+constexpr bool are_few(std::size_t count) { return count < 16; }
 
 }  // namespace arrayfold

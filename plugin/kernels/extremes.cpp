@@ -90,9 +90,9 @@ const T* first_extreme(const T* elements, std::size_t count, T start) {
 /// `Choose` between the elements of a block: of a pair with a NaN the other element counts.
 template <class Choose>
 struct PassingOverNan {
-  template <class T>
-  HWY_INLINE T operator()(T a, T b) const {
-    return a != a ? b : Choose()(a, b);
+  template <class D, class V>
+  HWY_INLINE V operator()(D tag, V a, V b) const {
+    return hn::IfThenElse(hn::Eq(a, a), Choose()(tag, a, b), b);
   }
 };
 
@@ -105,7 +105,7 @@ T floating_extreme(const T* elements, std::size_t whole, T accumulated) {
     const std::size_t size = std::min(longest, whole - i);
     const T extreme = fold_freely<Choose, Reading::together>(elements + i, size, accumulated);
     if (extreme == 0 && accumulated != 0)
-      accumulated = fold_blocks(elements + i, size, accumulated, PassingOverNan<Choose>());
+      accumulated = fold_blocks<PassingOverNan<Choose>>(elements + i, size, accumulated, Choose());
     else
       accumulated = Choose()(accumulated, extreme);
   }
@@ -161,6 +161,15 @@ template const Extremes<double>& extremes();
 template const Extremes<float>& extremes();
 template const Extremes<std::int32_t>& extremes();
 template const Extremes<std::int64_t>& extremes();
+
+template <class T>
+const Extremes<T>& extremes(std::size_t count) {
+  return are_few(count) ? HWY_STATIC_DISPATCH(all_extremes)().template of<T>() : extremes<T>();
+}
+template const Extremes<double>& extremes(std::size_t);
+template const Extremes<float>& extremes(std::size_t);
+template const Extremes<std::int32_t>& extremes(std::size_t);
+template const Extremes<std::int64_t>& extremes(std::size_t);
 
 }  // namespace arrayfold
 #endif

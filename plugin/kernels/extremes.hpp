@@ -30,4 +30,8 @@ struct Extremes {
 template <class T>
 const Extremes<T>& extremes();
 
+/// Those for `count` elements: a few are done before the processor's loops would be chosen.
+template <class T>
+const Extremes<T>& extremes(std::size_t count);
+
 }  // namespace arrayfold

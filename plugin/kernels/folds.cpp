@@ -59,8 +59,8 @@ struct AddingSquaredDistance {
 
 // ---- Chains, from left to right
 //
-// Each step waits for the one before. The chains are written with registers of one lane: from numbers compilers make
-// wider registers, which they take apart again for each step.
+// Each step waits for the one before. The chains are written with registers of one lane, or of two for two rows: from
+// numbers compilers make wider registers, which they take apart again for each step.
 
 template <class R>
 using OneLane = hn::CappedTag<R, 1>;
@@ -73,16 +73,27 @@ HWY_INLINE hn::Vec<OneLane<R>> load_one(const T* element) {
     return hn::Set(OneLane<R>(), static_cast<R>(*element));
 }
 
+/// One element of each of as many rows as D has lanes; rows are `length` elements apart.
+template <class D, class T>
+HWY_INLINE hn::Vec<D> load_column(D tag, const T* element, std::size_t length) {
+  using R = hn::TFromD<D>;
+  if constexpr (hn::MaxLanes(tag) == 1)
+    return load_one<R>(element);
+  else  // found by its arguments: a single lane is combined with none
+    return Combine(tag, load_one<R>(element + length), load_one<R>(element));
+}
+
 /// Folds `together` rows, interleaved, one accumulator a row.
 template <std::size_t together, class R, class T, class Step>
 HWY_INLINE void fold_interleaved(const T* elements, std::size_t length, R start, Step step, R* folded) {
-  const OneLane<R> tag;
-  hn::Vec<OneLane<R>> accumulators[together];
+  const hn::CappedTag<R, together == 1 ? 1 : 2> tag;
+  constexpr std::size_t lanes = hn::MaxLanes(tag), registers = together / lanes;
+  hn::Vec<decltype(tag)> accumulators[registers];
   for (auto& accumulator : accumulators) accumulator = hn::Set(tag, start);
   for (std::size_t i = 0; i < length; ++i)
-    for (std::size_t row = 0; row < together; ++row)
-      accumulators[row] = step(tag, accumulators[row], load_one<R>(elements + row * length + i));
-  for (std::size_t row = 0; row < together; ++row) folded[row] = hn::GetLane(accumulators[row]);
+    for (std::size_t n = 0; n < registers; ++n)
+      accumulators[n] = step(tag, accumulators[n], load_column(tag, elements + n * lanes * length + i, length));
+  for (std::size_t n = 0; n < registers; ++n) hn::StoreU(accumulators[n], tag, folded + n * lanes);
 }
 
 /// Rows do not depend on each other, so `together` are folded side by side, then fewer.
@@ -120,7 +131,7 @@ BlockSum<T> sum_by_blocks(const T* elements, std::size_t count, std::size_t stri
     if constexpr (std::is_integral_v<T>)
       return fold_freely<Adding, Reading::in_quarters>(blocks, whole, sum);
     else
-      return fold_blocks(blocks, whole, sum, Adding());
+      return fold_blocks<Adding>(blocks, whole, sum, Adding());
   };
   return scan_blocks(elements, count, stride, BlockSum<T>{0}, add_whole, Adding());
 }
@@ -139,7 +150,7 @@ double trapezoids(const T* elements, std::size_t count) {
 template <class T>
 std::size_t count_of_zeros(const T* elements, std::size_t count) {
   std::size_t found = 0;
-  for_each_register_in_quarters(FoldTag<T>(), count, [&](auto tag, std::size_t i) HWY_ATTR {
+  for_each_register_in_quarters(hn::ScalableTag<T>(), elements, count, [&](auto tag, std::size_t i) HWY_ATTR {
     found += hn::CountTrue(tag, hn::Eq(hn::LoadU(tag, elements + i), hn::Zero(tag)));
   });
   return found;
@@ -147,8 +158,12 @@ std::size_t count_of_zeros(const T* elements, std::size_t count) {
 
 template <class T>
 constexpr Folds<T> folds_of() {
-  return {&fold_each_row<Adding, 0, T>, &fold_each_row<Multiplying, 1, T>, &sum_of_squares<T>,
-          &sum_of_squared_distances<T>, &sum_by_blocks<T>,                 &trapezoids<T>,
+  return {&fold_each_row<Adding, 0, T>,
+          &fold_each_row<Multiplying, 1, T>,
+          &sum_of_squares<T>,
+          &sum_of_squared_distances<T>,
+          &sum_by_blocks<T>,
+          &trapezoids<T>,
           &count_of_zeros<T>};
 }
 
@@ -162,7 +177,7 @@ const ForElementTypes<Folds>& all_folds() {
 template <class T>
 bool finite_throughout(const T* elements, std::size_t count) {
   bool finite = true;
-  for_each_register(FoldTag<T>(), count, [&](auto tag, std::size_t i) HWY_ATTR {
+  for_each_register_in_quarters(hn::ScalableTag<T>(), elements, count, [&](auto tag, std::size_t i) HWY_ATTR {
     const auto most = hn::Set(tag, std::numeric_limits<T>::max());
     finite &= hn::AllTrue(tag, hn::Le(hn::Abs(hn::LoadU(tag, elements + i)), most));
   });
@@ -191,6 +206,15 @@ template const Folds<double>& folds();
 template const Folds<float>& folds();
 template const Folds<std::int32_t>& folds();
 template const Folds<std::int64_t>& folds();
+
+template <class T>
+const Folds<T>& folds(std::size_t count) {
+  return are_few(count) ? HWY_STATIC_DISPATCH(all_folds)().template of<T>() : folds<T>();
+}
+template const Folds<double>& folds(std::size_t);
+template const Folds<float>& folds(std::size_t);
+template const Folds<std::int32_t>& folds(std::size_t);
+template const Folds<std::int64_t>& folds(std::size_t);
 
 bool all_finite(const double* elements, std::size_t count) {
   return HWY_DYNAMIC_DISPATCH(finite_doubles)(elements, count);

@@ -44,6 +44,10 @@ struct Folds {
 template <class T>
 const Folds<T>& folds();
 
+/// Those for `count` elements: a few are done before the processor's loops would be chosen.
+template <class T>
+const Folds<T>& folds(std::size_t count);
+
 /// True when there is neither NaN nor an infinity.
 bool all_finite(const double* elements, std::size_t count);
 bool all_finite(const float* elements, std::size_t count);

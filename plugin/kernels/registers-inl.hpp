@@ -65,20 +65,26 @@ HWY_INLINE void for_each_register(D tag, std::size_t count, const Step& step) {
   for_each_narrower(tag, first, count, step);
 }
 
-/// The same, but the four registers of a turn come from the four quarters of the elements, which keeps more loads from
-/// memory in flight.
-template <class D, class Step>
-HWY_INLINE void for_each_register_in_quarters(D tag, std::size_t count, const Step& step) {
+/// The same in no particular order: the four registers of a turn come from the four quarters of the elements, which
+/// keeps more loads from memory in flight, and narrower registers come first, so that no other load crosses a line of
+/// the cache.
+template <class D, class T, class Step>
+HWY_INLINE void for_each_register_in_quarters(D tag, const T* elements, std::size_t count, const Step& step) {
   constexpr std::size_t lanes = hn::MaxLanes(tag);
-  const std::size_t quarter = count / (4 * lanes) * lanes;
-  for (std::size_t first = 0; first < quarter; first += lanes) {
+  const std::size_t beyond = reinterpret_cast<std::uintptr_t>(elements) / sizeof(T) % lanes;
+  std::size_t first = 0;
+  if (beyond != 0 && count > 4 * lanes) {
+    first = lanes - beyond;
+    for_each_narrower(tag, 0, first, step);
+  }
+  const std::size_t quarter = (count - first) / (4 * lanes) * lanes;
+  for (const std::size_t end = first + quarter; first < end; first += lanes) {
     step(tag, first);
     step(tag, first + quarter);
     step(tag, first + 2 * quarter);
     step(tag, first + 3 * quarter);
   }
-  std::size_t first = 4 * quarter;
-  for (; count - first >= lanes; first += lanes) step(tag, first);
+  for (first += 3 * quarter; count - first >= lanes; first += lanes) step(tag, first);
   for_each_narrower(tag, first, count, step);
 }
 
