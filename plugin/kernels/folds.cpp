@@ -93,7 +93,12 @@ HWY_INLINE void fold_interleaved(const T* elements, std::size_t length, R start,
   for (std::size_t i = 0; i < length; ++i)
     for (std::size_t n = 0; n < registers; ++n)
       accumulators[n] = step(tag, accumulators[n], load_column(tag, elements + n * lanes * length + i, length));
-  for (std::size_t n = 0; n < registers; ++n) hn::StoreU(accumulators[n], tag, folded + n * lanes);
+  for (std::size_t n = 0; n < registers; ++n) {
+    if constexpr (lanes == 1)
+      folded[n] = hn::GetLane(accumulators[n]);
+    else
+      hn::StoreU(accumulators[n], tag, folded + n * lanes);
+  }
 }
 
 /// Rows do not depend on each other, so `together` are folded side by side, then fewer.

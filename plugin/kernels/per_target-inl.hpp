@@ -38,7 +38,10 @@ HWY_INLINE hn::Vec<Bytes> bytes_of_mask(D tag, Bytes bytes, M mask) {
 /// smaller and the larger of x86 have this rule.
 template <class D, class V>
 HWY_INLINE V first_if_less(D, V a, V b) {
-#if HWY_ARCH_X86 && HWY_TARGET != HWY_SCALAR
+#if HWY_TARGET == HWY_SCALAR
+  // Compilers keep the value in a register only where they see the numbers.
+  return V{a.raw < b.raw ? a.raw : b.raw};
+#elif HWY_ARCH_X86
   return hn::Min(a, b);
 #else
   return hn::IfThenElse(hn::Lt(a, b), a, b);
@@ -47,7 +50,9 @@ HWY_INLINE V first_if_less(D, V a, V b) {
 /// `a` where it is greater than `b`, otherwise `b`, by the same rules.
 template <class D, class V>
 HWY_INLINE V first_if_greater(D, V a, V b) {
-#if HWY_ARCH_X86 && HWY_TARGET != HWY_SCALAR
+#if HWY_TARGET == HWY_SCALAR
+  return V{b.raw < a.raw ? a.raw : b.raw};
+#elif HWY_ARCH_X86
   return hn::Max(a, b);
 #else
   return hn::IfThenElse(hn::Lt(b, a), a, b);
