@@ -9,6 +9,7 @@
 #define ARRAYFOLD_PER_TARGET_INL
 #endif
 
+#include <cstddef>
 #include <cstdint>
 
 #include <hwy/highway.h>
@@ -56,6 +57,44 @@ HWY_INLINE V first_if_greater(D, V a, V b) {
   return hn::Max(a, b);
 #else
   return hn::IfThenElse(hn::Lt(b, a), a, b);
+#endif
+}
+
+/// Copies the elements whose lanes are true in the mask to `out`, next to each other; as many elements as D has lanes
+/// may be written. Returns their number.
+template <class D, class M>
+HWY_INLINE std::size_t gather_true(D tag, const hn::TFromD<D>* elements, M mask, hn::TFromD<D>* out) {
+#if HWY_TARGET == HWY_AVX3
+  // The instruction that stores what it gathers is slow on some processors.
+  const hn::RebindToUnsigned<D> bits;
+  using V = hn::Vec<decltype(bits)>;
+  const V all = hn::BitCast(bits, hn::LoadU(tag, elements));
+  V gathered;
+  if constexpr (sizeof(hn::TFromD<D>) == 8 && sizeof(all.raw) == 64)
+    gathered = V{_mm512_maskz_compress_epi64(mask.raw, all.raw)};
+  else if constexpr (sizeof(hn::TFromD<D>) == 8 && sizeof(all.raw) == 32)
+    gathered = V{_mm256_maskz_compress_epi64(mask.raw, all.raw)};
+  else if constexpr (sizeof(hn::TFromD<D>) == 8)
+    gathered = V{_mm_maskz_compress_epi64(mask.raw, all.raw)};
+  else if constexpr (sizeof(all.raw) == 64)
+    gathered = V{_mm512_maskz_compress_epi32(mask.raw, all.raw)};
+  else if constexpr (sizeof(all.raw) == 32)
+    gathered = V{_mm256_maskz_compress_epi32(mask.raw, all.raw)};
+  else
+    gathered = V{_mm_maskz_compress_epi32(mask.raw, all.raw)};
+  hn::StoreU(hn::BitCast(tag, gathered), tag, out);
+  return hn::CountTrue(tag, mask);
+#else
+  static_assert(hn::MaxLanes(tag) <= 8, "a byte holds a bit a lane");
+  if (hn::AllFalse(tag, mask)) return 0;
+  std::uint8_t bits[8];
+  hn::StoreMaskBits(tag, mask, bits);
+  std::size_t gathered = 0;
+  for (std::size_t lane = 0; lane < hn::MaxLanes(tag); ++lane) {
+    out[gathered] = elements[lane];
+    gathered += (bits[0] >> lane) & 1;
+  }
+  return gathered;
 #endif
 }
 
