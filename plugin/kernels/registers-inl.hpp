@@ -113,27 +113,30 @@ HWY_INLINE hn::TFromD<D> fold_lanes(D tag, hn::Vec<D> folded, const hn::TFromD<D
 }
 
 /// Folds the elements by `Fold()(tag, a, b)`, in any order; `start` may be folded in several times. Four accumulators
-/// take whole registers.
+/// take whole registers, two each a turn: with one, compilers add as many copies of registers as there are operations.
 template <class Fold, Reading reading, class T>
 HWY_INLINE T fold_freely(const T* elements, std::size_t count, T start) {
   const FoldTag<T> tag;
   using V = hn::Vec<decltype(tag)>;
   constexpr std::size_t lanes = hn::MaxLanes(tag);
+  const std::size_t turns = count / (8 * lanes);
+  const std::size_t apart = reading == Reading::together ? 2 * lanes : turns * 2 * lanes;
+  const std::size_t step = reading == Reading::together ? 8 * lanes : 2 * lanes;
   const Fold fold;
-  const std::size_t turns = count / (4 * lanes);
-  const std::size_t apart = reading == Reading::together ? lanes : turns * lanes;
-  const std::size_t step = reading == Reading::together ? 4 * lanes : lanes;
+  const auto with_two = [=](V folded, const T* from) HWY_ATTR {
+    return fold(tag, fold(tag, folded, hn::LoadU(tag, from)), hn::LoadU(tag, from + lanes));
+  };
   V a = hn::Set(tag, start);
   if (turns != 0) {
     V b = a, c = a, d = a;
     for (std::size_t turn = 0; turn < turns; ++turn) {
       const T* const from = elements + turn * step;
-      a = fold(tag, a, hn::LoadU(tag, from)), b = fold(tag, b, hn::LoadU(tag, from + apart));
-      c = fold(tag, c, hn::LoadU(tag, from + 2 * apart)), d = fold(tag, d, hn::LoadU(tag, from + 3 * apart));
+      a = with_two(a, from), b = with_two(b, from + apart);
+      c = with_two(c, from + 2 * apart), d = with_two(d, from + 3 * apart);
     }
     a = fold(tag, fold(tag, a, b), fold(tag, c, d));
   }
-  std::size_t i = turns * 4 * lanes;
+  std::size_t i = turns * 8 * lanes;
   for (; count - i >= lanes; i += lanes) a = fold(tag, a, hn::LoadU(tag, elements + i));
   return fold_lanes<Fold>(tag, a, elements + i, count - i);
 }
