@@ -96,16 +96,21 @@ struct PassingOverNan {
   }
 };
 
+template <class Choose, class T>
+HWY_NOINLINE T extreme_in_order(const T* elements, std::size_t whole, T accumulated) {
+  return fold_blocks<PassingOverNan<Choose>>(elements, whole, accumulated, Choose());
+}
+
 /// The order matters only where the extreme of a chunk is a zero, which may have either sign: such a chunk is folded in
 /// order, unless there was a zero before.
 template <class Choose, class T>
-T floating_extreme(const T* elements, std::size_t whole, T accumulated) {
+HWY_INLINE T floating_extreme(const T* elements, std::size_t whole, T accumulated) {
   constexpr std::size_t longest = 128 * block_length<T>;
   for (std::size_t i = 0; i < whole; i += longest) {
     const std::size_t size = std::min(longest, whole - i);
     const T extreme = fold_freely<Choose, Reading::together>(elements + i, size, accumulated);
     if (extreme == 0 && accumulated != 0)
-      accumulated = fold_blocks<PassingOverNan<Choose>>(elements + i, size, accumulated, Choose());
+      accumulated = extreme_in_order<Choose>(elements + i, size, accumulated);
     else
       accumulated = Choose()(accumulated, extreme);
   }

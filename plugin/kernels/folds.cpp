@@ -59,8 +59,8 @@ struct AddingSquaredDistance {
 
 // ---- Chains, from left to right
 //
-// Each step waits for the one before. The chains are written with registers of one lane, or of two for two rows: from
-// numbers compilers make wider registers, which they take apart again for each step.
+// Each step waits for the one before. The chains are written with registers of one lane, or of one for each of a few
+// rows: from numbers compilers make wider registers, which they take apart again for each step.
 
 template <class R>
 using OneLane = hn::CappedTag<R, 1>;
@@ -76,17 +76,20 @@ HWY_INLINE hn::Vec<OneLane<R>> load_one(const T* element) {
 /// One element of each of as many rows as D has lanes; rows are `length` elements apart.
 template <class D, class T>
 HWY_INLINE hn::Vec<D> load_column(D tag, const T* element, std::size_t length) {
-  using R = hn::TFromD<D>;
-  if constexpr (hn::MaxLanes(tag) == 1)
-    return load_one<R>(element);
-  else  // found by its arguments: a single lane is combined with none
-    return Combine(tag, load_one<R>(element + length), load_one<R>(element));
+  if constexpr (hn::MaxLanes(tag) == 1) {
+    return load_one<hn::TFromD<D>>(element);
+  } else {
+    // A single lane is combined with none: the name is found by its arguments.
+    const hn::Half<D> half;
+    return Combine(tag, load_column(half, element + hn::MaxLanes(half) * length, length),
+                   load_column(half, element, length));
+  }
 }
 
 /// Folds `together` rows, interleaved, one accumulator a row.
 template <std::size_t together, class R, class T, class Step>
 HWY_INLINE void fold_interleaved(const T* elements, std::size_t length, R start, Step step, R* folded) {
-  const hn::CappedTag<R, together == 1 ? 1 : 2> tag;
+  const hn::CappedTag < R, together<4 ? together : 4> tag;
   constexpr std::size_t lanes = hn::MaxLanes(tag), registers = together / lanes;
   hn::Vec<decltype(tag)> accumulators[registers];
   for (auto& accumulator : accumulators) accumulator = hn::Set(tag, start);
@@ -101,12 +104,33 @@ HWY_INLINE void fold_interleaved(const T* elements, std::size_t length, R start,
   }
 }
 
-/// Rows do not depend on each other, so `together` are folded side by side, then fewer.
+/// Rows do not depend on each other, so `together` are folded side by side, then fewer. Where more than half as many
+/// are left, some of the `done` rows in front of them are folded once more.
 template <std::size_t together, class R, class T, class Step>
+HWY_INLINE void fold_side_by_side(const T* elements, std::size_t done, std::size_t rows, std::size_t length, R start,
+                                  Step step, R* folded) {
+  while (done < rows) {
+    const std::size_t left = rows - done;
+    if (left <= together / 2 || rows < together) break;
+    const std::size_t first = left < together ? rows - together : done;
+    fold_interleaved<together>(elements + first * length, length, start, step, folded + first);
+    done = first + together;
+  }
+  if constexpr (together > 1) fold_side_by_side<together / 2>(elements, done, rows, length, start, step, folded);
+}
+/// It stays a function of its own: a single row does not pay for the registers that many rows take.
+template <class R, class T, class Step>
+HWY_NOINLINE void fold_many_rows(const T* elements, std::size_t rows, std::size_t length, R start, Step step,
+                                 R* folded) {
+  fold_side_by_side<8>(elements, 0, rows, length, start, step, folded);
+}
+
+template <class R, class T, class Step>
 HWY_INLINE void fold_rows(const T* elements, std::size_t rows, std::size_t length, R start, Step step, R* folded) {
-  for (; rows >= together; rows -= together, elements += together * length, folded += together)
-    fold_interleaved<together>(elements, length, start, step, folded);
-  if constexpr (together > 1) fold_rows<together / 2>(elements, rows, length, start, step, folded);
+  if (rows == 1)
+    fold_interleaved<1>(elements, length, start, step, folded);
+  else
+    fold_many_rows(elements, rows, length, start, step, folded);
 }
 
 /// Rows by a step whose start does not change what is folded with it.
@@ -116,16 +140,16 @@ void fold_each_row(const T* elements, std::size_t rows, std::size_t length, T* f
     for (std::size_t row = 0; row < rows; ++row)
       folded[row] = fold_freely<Step, Reading::in_quarters>(elements + row * length, length, T{start});
   else
-    fold_rows<8>(elements, rows, length, T{start}, Step(), folded);
+    fold_rows(elements, rows, length, T{start}, Step(), folded);
 }
 
 template <class T>
 void sum_of_squares(const T* elements, std::size_t rows, std::size_t length, double* folded) {
-  fold_rows<8>(elements, rows, length, 0.0, AddingSquare(), folded);
+  fold_rows(elements, rows, length, 0.0, AddingSquare(), folded);
 }
 template <class T>
 void sum_of_squared_distances(const T* elements, std::size_t rows, std::size_t length, double from, double* folded) {
-  fold_rows<8>(elements, rows, length, 0.0, AddingSquaredDistance{from}, folded);
+  fold_rows(elements, rows, length, 0.0, AddingSquaredDistance{from}, folded);
 }
 
 // ---- All elements

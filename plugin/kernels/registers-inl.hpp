@@ -137,7 +137,7 @@ HWY_INLINE T fold_freely(const T* elements, std::size_t count, T start) {
     a = fold(tag, fold(tag, a, b), fold(tag, c, d));
   }
   std::size_t i = turns * 8 * lanes;
-  for (; count - i >= lanes; i += lanes) a = fold(tag, a, hn::LoadU(tag, elements + i));
+  for (; i + lanes <= count; i += lanes) a = fold(tag, a, hn::LoadU(tag, elements + i));
   return fold_lanes<Fold>(tag, a, elements + i, count - i);
 }
 
