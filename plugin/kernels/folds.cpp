@@ -89,7 +89,8 @@ HWY_INLINE hn::Vec<D> load_column(D tag, const T* element, std::size_t length) {
 /// Folds `together` rows, interleaved, one accumulator a row.
 template <std::size_t together, class R, class T, class Step>
 HWY_INLINE void fold_interleaved(const T* elements, std::size_t length, R start, Step step, R* folded) {
-  const hn::CappedTag < R, together<4 ? together : 4> tag;
+  constexpr std::size_t most = together < 4 ? together : 4;
+  const hn::CappedTag<R, most> tag;
   constexpr std::size_t lanes = hn::MaxLanes(tag), registers = together / lanes;
   hn::Vec<decltype(tag)> accumulators[registers];
   for (auto& accumulator : accumulators) accumulator = hn::Set(tag, start);

@@ -16,7 +16,8 @@ namespace {
 /// The square root of the sum of squares. The squares are added in the order of a reduction.
 template <class T>
 T frobenius_norm(const xarray_of<T>& matrix) {
-  return static_cast<T>(std::sqrt(ordered_fold(matrix, 0.0, folds<T>(matrix.storage().size()).sum_of_squares, std::plus<>{})));
+  const auto add_squares = folds<T>(matrix.storage().size()).sum_of_squares;
+  return static_cast<T>(std::sqrt(ordered_fold(matrix, 0.0, add_squares, std::plus<>{})));
 }
 
 /// A vector has the Euclidean norm, a matrix that of Frobenius. Throws std::runtime_error for other dimensions.
