@@ -2,7 +2,7 @@
 #
 #   project_flags    everything: warnings, NDEBUG, sanitizers
 #   arithmetic_flags the kernels and the module: fixed arithmetic
-#   arrayfold_flags  the module, and whatever includes its array headers: one instruction set, fixed arithmetic
+#   arrayfold_flags  the module, and whatever includes its array headers
 
 find_package(Threads REQUIRED)
 
@@ -30,6 +30,9 @@ target_compile_options(arithmetic_flags INTERFACE
   -fwrapv)           # integers wrap
 
 find_package(hwy CONFIG REQUIRED)
+if(ARRAYFOLD_KERNELS_ONLY)
+  return()
+endif()
 find_package(xtensor REQUIRED)
 find_package(nlohmann_json REQUIRED)
 
@@ -37,13 +40,14 @@ add_library(arrayfold_flags INTERFACE)
 target_link_libraries(arrayfold_flags INTERFACE project_flags arrayfold_contract)
 target_include_directories(arrayfold_flags SYSTEM INTERFACE ${xtensor_INCLUDE_DIRS})
 target_link_libraries(arrayfold_flags INTERFACE nlohmann_json::nlohmann_json)
-# Every source that sees an array agrees on this macro: it is part of what the containers are.
+# Every source that sees an array agrees on these macros: they are part of what the containers are. The library's own
+# alignment would be that of the compiler's registers.
 target_compile_definitions(arrayfold_flags INTERFACE XTENSOR_USE_XSIMD)
+target_compile_options(arrayfold_flags INTERFACE "-DXTENSOR_DEFAULT_ALLOCATOR(T)=xsimd::aligned_allocator<T,32>")
 target_link_libraries(arrayfold_flags INTERFACE arithmetic_flags)
 target_compile_options(arrayfold_flags INTERFACE
   -fno-builtin-erf -fno-builtin-lgamma)  # these two are the host's
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
-  # Not an instruction set of the machine at hand: 32-byte containers are the array type.
   target_compile_options(arrayfold_flags INTERFACE -mavx2)
 endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")

@@ -1,9 +1,9 @@
 // array/aligned_storage.hpp: the memory behind the elements of every array
 //
 // The allocator is part of the containers' type. The library's allocator is therefore specialised for the alignment of
-// our arrays: one check of the size, one way to get memory, huge pages for big blocks. Temporaries of the array library
-// get their memory here, too. The specialisation has to be seen before any container is made, so every header that
-// names one includes this header first.
+// our arrays: one check of the size, one way to get memory, huge pages for big blocks. The build makes it the library's
+// default, so that temporaries and results of the library get their memory here, too. The specialisation has to be
+// seen before any container is made, so every header that names one includes this header first.
 
 #pragma once
 
@@ -15,7 +15,7 @@
 
 namespace arrayfold {
 
-/// One AVX register. The alignment of elements is part of what the containers are.
+/// In bytes. It is part of what the containers are, on every processor.
 inline constexpr std::size_t storage_alignment = 32;
 
 /// Memory for `count` elements, not initialised. From 4 MiB on it asks for huge pages. Throws std::bad_alloc when that

@@ -12,9 +12,6 @@
 
 namespace arrayfold {
 
-/// One row of `count` elements, in which both operands advance or the right one repeats a number.
-inline OperandRows one_row(std::size_t count) { return {count, 1, 0, 0}; }
-
 /// A new array of the operation's result for each element of the broadcast shape. Throws std::bad_alloc when the
 /// product of an operand's extents is not the number of its elements, and xt::broadcast_error when the shapes do not
 /// fit.
@@ -27,8 +24,7 @@ std::unique_ptr<ArrayOf<ResultKind>> combined(const xarray_of<T>& left, const xa
   const T* right_elements = right.storage().data();
   if (same_shape(left.shape(), right.shape())) {
     auto made = make_array<ResultKind>(left.shape());
-    operation.both_advance(left_elements, right_elements, made->array->storage().data(),
-                           one_row(left.storage().size()));
+    operation.both_advance(left_elements, right_elements, made->array->storage().data(), left.storage().size());
     return made;
   }
   const BroadcastWalk walk(left.shape(), right.shape());
@@ -39,9 +35,9 @@ std::unique_ptr<ArrayOf<ResultKind>> combined(const xarray_of<T>& left, const xa
     const auto loop = rows.left_step == rows.right_step ? operation.both_advance
                       : rows.left_step != 0             ? operation.left_advances
                                                         : operation.right_advances;
-    loop(left_elements + rows.left, right_elements + rows.right, out,
-         {rows.length, rows.count, rows.left_stride, rows.right_stride});
-    out += rows.count * rows.length;
+    for (std::size_t row = 0; row < rows.count; ++row, out += rows.length)
+      loop(left_elements + rows.left + row * rows.left_stride, right_elements + rows.right + row * rows.right_stride,
+           out, rows.length);
   });
   return made;
 }

@@ -6,6 +6,7 @@
 #include <cstddef>
 
 #include "array/element_kind.hpp"
+#include "kernels/sequences.hpp"
 
 namespace arrayfold {
 
@@ -20,8 +21,9 @@ class Spacing {
       : first_(static_cast<double>(start)),
         step_(static_cast<double>(stop - start) / std::max(1.0, static_cast<double>(count) - 1.0)) {}
 
-  /// Element `i`. The caller stores `stop` itself as the last element. Pass a 32-bit index where it suffices: several
-  /// of those are converted to double per instruction.
+  /// Writes elements from the first on. The caller stores `stop` itself as the last element.
+  void write(Element* elements, std::size_t count) const { space_evenly(elements, count, first_, step_); }
+  /// Element `i`, also where it is the last.
   template <class Index>
   Element operator[](Index i) const {
     return Kind::from_double(first_ + static_cast<double>(i) * step_);

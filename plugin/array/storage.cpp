@@ -22,6 +22,9 @@ namespace arrayfold {
 namespace {
 
 constexpr std::size_t largest_size = PTRDIFF_MAX;
+/// Blocks begin with a cache line, so that no register of a whole line crosses into the next.
+constexpr std::size_t block_alignment = 64;
+static_assert(block_alignment % storage_alignment == 0);
 constexpr std::size_t page = 4096;
 constexpr std::size_t huge_page = std::size_t{2} << 20;
 constexpr std::size_t minimum_for_huge_pages = std::size_t{4} << 20;
@@ -58,16 +61,16 @@ std::size_t checked_size(const Shape& extents, std::size_t element_size) {
 namespace {
 
 #ifdef ARRAYFOLD_EXACT_STORAGE
-void* allocate_aligned(std::size_t bytes) { return ::operator new (bytes, std::align_val_t{storage_alignment}); }
-void free_aligned(void* memory) { ::operator delete (memory, std::align_val_t{storage_alignment}); }
+void* allocate_aligned(std::size_t bytes) { return ::operator new (bytes, std::align_val_t{block_alignment}); }
+void free_aligned(void* memory) { ::operator delete (memory, std::align_val_t{block_alignment}); }
 #else
 // The C library's aligned allocation bypasses malloc's thread cache and costs several times a plain one. A plain block
 // is allocated instead, larger by one alignment, and its address is kept in the word before the elements.
 void* allocate_aligned(std::size_t bytes) {
-  void* block = ::operator new(bytes + storage_alignment);
+  void* block = ::operator new(bytes + block_alignment);
   void* memory = static_cast<void**>(block) + 1;
-  std::size_t space = bytes + storage_alignment - sizeof(void*);
-  std::align(storage_alignment, bytes, memory, space);
+  std::size_t space = bytes + block_alignment - sizeof(void*);
+  std::align(block_alignment, bytes, memory, space);
   static_cast<void**>(memory)[-1] = block;
   return memory;
 }
@@ -77,7 +80,7 @@ void free_aligned(void* memory) { ::operator delete(static_cast<void**>(memory)[
 }  // namespace
 
 void* allocate_storage(std::size_t count, std::size_t element_size) {
-  if (count > (largest_size - storage_alignment) / element_size) throw std::bad_alloc();
+  if (count > (largest_size - block_alignment) / element_size) throw std::bad_alloc();
   const std::size_t bytes = count * element_size;
   void* memory = allocate_aligned(bytes);
   advise_huge_pages(memory, bytes);

@@ -7,6 +7,7 @@
 
 #include <exception>
 #include <memory>
+#include <type_traits>
 #include <vector>
 
 #include "array/aligned_storage.hpp"
@@ -23,6 +24,9 @@ template <class T>
 using xarray_of =
     xt::xarray_container<xt::uvector<T, xsimd::aligned_allocator<T, storage_alignment>>, xt::layout_type::row_major,
                          xt::svector<std::size_t, 4, std::allocator<std::size_t>, true>, xt::xtensor_expression_tag>;
+
+static_assert(xarray_of<double>::allocator_type::alignment == 32, "the type of arrays does not depend on the processor");
+static_assert(std::is_same_v<xarray_of<double>, xt::xarray<double>>, "results of the library are arrays as they are");
 
 /// Extents, strides or indices: unsigned, four in place. Passed by reference and never moved: beyond four entries its
 /// move allocates, in a function from which no exception may pass.

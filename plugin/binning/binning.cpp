@@ -34,7 +34,7 @@ Bounds<T> bounds_of(const xarray_of<T>& array) {
     return found == nullptr ? start : *found;
   };
   const Bounds<T> none;
-  const Extremes<T>& of = extremes<T>(elements.size());
+  const Extremes<T>& of = extremes<T>();
   return {beyond(of.smallest, none.low), beyond(of.largest, none.high)};
 }
 

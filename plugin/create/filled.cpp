@@ -6,11 +6,13 @@
 
 #include <algorithm>
 
+#include "kernels/sequences.hpp"
+
 namespace arrayfold {
 namespace {
 
 constexpr auto zeros = [](double* first, std::size_t count) { std::fill_n(first, count, 0.0); };
-constexpr auto ones = [](double* first, std::size_t count) { std::fill_n(first, count, 1.0); };
+constexpr auto ones = [](double* first, std::size_t count) { fill(first, count, 1.0); };
 constexpr auto nothing = [](double*, std::size_t) {};
 
 }  // namespace

@@ -1,6 +1,6 @@
 // create/random.cpp: xrand, xrandn, xrandint, xchoice, xshuffle, xpermutation
 //
-// All draw from one engine, the array library's MT19937 with its default seed, which lives as long as the process.
+// All draw from one engine, MT19937 with its default seed, made at the first draw and kept as long as the process.
 // Every process sees the same numbers, and each draw advances the engine for all scripts. Nothing seeds it again.
 
 #include <algorithm>
@@ -8,24 +8,24 @@
 #include <limits>
 #include <random>
 
-#include <xtensor/xrandom.hpp>
-
 #include "array/arguments.hpp"
 #include "create/filled.hpp"
+#include "kernels/mersenne_twister.hpp"
 
 namespace arrayfold {
 namespace {
 
-using Engine = xt::random::default_engine_type;
-
-Engine& engine() { return xt::random::get_default_random_engine(); }
+MersenneTwister& engine() {
+  static MersenneTwister only;
+  return only;
+}
 
 // ---- xrand and xrandn
 //
 // The elements are the deviates of the standard library's distributions, in storage order.
 
 void fill_uniform(double* first, std::size_t count) {
-  Engine& drawn_from = engine();
+  MersenneTwister& drawn_from = engine();
   std::uniform_real_distribution<double> uniform(0.0, 1.0);
   std::generate_n(first, count, [&] { return uniform(drawn_from); });
 }
@@ -38,7 +38,7 @@ struct CirclePoints {
   double square[most];
 
   void draw(std::size_t count) {
-    Engine& drawn_from = engine();
+    MersenneTwister& drawn_from = engine();
     const auto coordinate = [&] {
       return 2.0 * std::generate_canonical<double, std::numeric_limits<double>::digits>(drawn_from) - 1.0;
     };
@@ -78,7 +78,7 @@ void fill_normal(double* first, std::size_t count) {
 /// to itself.
 template <class Exchange>
 void shuffle_rows(std::size_t rows, Exchange exchange) {
-  Engine& drawn_from = engine();
+  MersenneTwister& drawn_from = engine();
   for (std::size_t i = rows; i-- > 1;) exchange(i, std::uniform_int_distribution<std::size_t>(0, i)(drawn_from));
 }
 

@@ -9,6 +9,7 @@
 #include "array/boxing.hpp"
 #include "array/spacing.hpp"
 #include "array/storage.hpp"
+#include "kernels/sequences.hpp"
 
 namespace arrayfold {
 namespace {
@@ -42,38 +43,28 @@ bool read_range(const Call& call, IntRange& range) {
   return true;
 }
 
-/// Writes start, start + step and so on in wrapping 32-bit arithmetic. Adding the step keeps eight numbers in one
-/// register.
-void count_up(double* elements, std::size_t count, const IntRange& range) {
-  auto number = static_cast<unsigned>(range.start);
-  const auto step = static_cast<unsigned>(range.step);
-  for (std::size_t i = 0; i < count; ++i, number += step) elements[i] = static_cast<int>(number);
-}
-
 // ---- xlinspace and xlogspace
 
-constexpr auto as_it_is = [](auto, auto number) { return number; };
+constexpr auto as_they_are = [](auto, auto*, std::size_t) {};
 
 /// required: in the integer forms the exponent is an integer already, and the power is truncated once more.
-constexpr auto power_of_ten = [](auto kind, auto exponent) {
-  return decltype(kind)::from_double(std::pow(10.0, static_cast<double>(exponent)));
+constexpr auto powers_of_ten = [](auto kind, auto* numbers, std::size_t count) {
+  std::transform(numbers, numbers + count, numbers, [](auto exponent) {
+    return decltype(kind)::from_double(std::pow(10.0, static_cast<double>(exponent)));
+  });
 };
 
-/// Writes `map(kind, number)` of `count` evenly spaced numbers.
-template <class Kind, class T, class Map>
-void space_evenly(Kind kind, T start, T stop, int count, Map map, T* elements) {
-  const Spacing<Kind> spacing(start, stop, extent_of(count));
-  for (int i = 0; i < count; ++i) elements[i] = map(kind, spacing[i]);
-  if (count >= 2) elements[count - 1] = map(kind, stop);
-}
-
+/// Gives `count` evenly spaced numbers, changed by `map(kind, numbers, count)`.
 template <class Kind, class Map>
 Outcome make_spaced(Kind kind, const Call& call, int count, Map map) {
   if (!is_number(call, 0) || !is_number(call, 1)) return Outcome::failed;
   const auto start = Kind::read(call.args);
   const auto stop = Kind::read(call.args + 1);
   auto array = make_vector<Kind>(extent_of(count));
-  space_evenly(kind, start, stop, count, map, array->array->storage().data());
+  auto& numbers = array->array->storage();
+  Spacing<Kind>(start, stop, numbers.size()).write(numbers.data(), numbers.size());
+  if (numbers.size() >= 2) numbers.back() = stop;
+  map(kind, numbers.data(), numbers.size());
   give_array(call, std::move(array));
   return Outcome::handled;
 }
@@ -110,13 +101,13 @@ Outcome xarange(const Call& call) {
     Shape extents;
     extents.push_back(extent_of(range_length(range)));
     array->array = make_container<double>(extents);
-    count_up(array->array->storage().data(), extents[0], range);
+    count_up(array->array->storage().data(), extents[0], range.start, range.step);
   }
   give_array(call, std::move(array));
   return Outcome::handled;
 }
 
-Outcome xlinspace(const Call& call) { return make_spaced(call, as_it_is); }
-Outcome xlogspace(const Call& call) { return make_spaced(call, power_of_ten); }
+Outcome xlinspace(const Call& call) { return make_spaced(call, as_they_are); }
+Outcome xlogspace(const Call& call) { return make_spaced(call, powers_of_ten); }
 
 }  // namespace arrayfold

@@ -7,10 +7,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
+#include <type_traits>
 
 #include "array/arguments.hpp"
 #include "array/storage.hpp"
+#include "kernels/conversion.hpp"
+#include "kernels/maps.hpp"
+#include "kernels/sequences.hpp"
 #include "kernels/vector_math.hpp"
 
 namespace arrayfold {
@@ -42,27 +45,35 @@ Outcome map_in_kind(Kinds kinds_in_order, const Call& call, Map map) {
   });
 }
 
-// ---- Ways to compute an element
-//
-// Loops of one or two instructions are unrolled: for operands in the first-level cache the loop's own instructions
-// would cost as much.
+// ---- Ways to compute the elements
 
-/// Applies `function` to the elements in their own kind.
-template <class Function>
-auto in_its_kind(Function function) {
-  return [function](const auto* in, auto* __restrict out, std::size_t count) {
-#pragma GCC unroll 4
-    for (std::size_t i = 0; i < count; ++i) out[i] = function(in[i]);
+/// Applies the loop that `choose` takes from the maps of the operand's kind.
+template <class Choose>
+constexpr auto by_kernel(Choose choose) {
+  return [choose](const auto* in, auto* out, std::size_t count) {
+    choose(maps<std::decay_t<decltype(*in)>>())(in, out, count);
   };
 }
 
-/// Applies `vectors` to doubles and `function` to floats, in 32 bits. Integers are converted to double, block by block.
+/// The same for doubles and floats.
+/// required: integers are not read, since their result is known.
+template <class Choose>
+constexpr auto classified(double of_integers, Choose choose) {
+  return [of_integers, choose](const auto* in, double* out, std::size_t count) {
+    if constexpr (std::is_integral_v<std::decay_t<decltype(*in)>>)
+      fill(out, count, of_integers);
+    else
+      by_kernel(choose)(in, out, count);
+  };
+}
+
+/// Applies vectors to doubles and `function` to floats, in 32 bits. Integers are converted to double, block by block.
 template <class Function>
 struct ByVectors {
-  VectorFunction vectors;
+  VectorFunction VectorMath::*vectors;
   Function function;
 
-  void operator()(const double* in, double* out, std::size_t count) const { vectors(in, out, count); }
+  void operator()(const double* in, double* out, std::size_t count) const { (vector_math().*vectors)(in, out, count); }
   void operator()(const float* in, double* __restrict out, std::size_t count) const {
     for (std::size_t i = 0; i < count; ++i) out[i] = function(in[i]);
   }
@@ -72,116 +83,76 @@ struct ByVectors {
     for (std::size_t first = 0; first < count; first += block) {
       const std::size_t size = std::min(block, count - first);
       convert(in + first, out + first, size);
-      vectors(out + first, out + first, size);
+      (*this)(out + first, out + first, size);
     }
-  }
-
- private:
-  template <class Integer>
-  static void convert(const Integer* in, double* __restrict out, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) out[i] = static_cast<double>(in[i]);
   }
 };
 
 template <class Function>
-ByVectors<Function> by_vectors(VectorFunction vectors, Function function) {
+ByVectors<Function> by_vectors(VectorFunction VectorMath::*vectors, Function function) {
   return {vectors, function};
 }
 
-/// Applies `function` to doubles and floats; integers are converted to double first.
+/// Applies `function` to doubles and floats, one by one; integers are converted to double first.
 template <class Function>
-auto in_floating(Function function) {
+auto one_by_one(Function function) {
   return [function](const auto* in, double* __restrict out, std::size_t count) {
     using T = std::decay_t<decltype(*in)>;
     using Floating = std::conditional_t<std::is_same_v<T, float>, float, double>;
-#pragma GCC unroll 4
     for (std::size_t i = 0; i < count; ++i) out[i] = function(static_cast<Floating>(in[i]));
   };
 }
 
-/// Applies `test` to doubles and floats; true is stored as 1, false as 0.
-/// required: integers are not read, since their result is known.
-template <class Test>
-auto classified(double of_integers, Test test) {
-  return [of_integers, test](const auto* in, double* __restrict out, std::size_t count) {
-#pragma GCC unroll 4
-    for (std::size_t i = 0; i < count; ++i) {
-      if constexpr (std::is_integral_v<std::decay_t<decltype(*in)>>)
-        out[i] = of_integers;
-      else
-        out[i] = test(in[i]) ? 1.0 : 0.0;
-    }
-  };
-}
+// ---- The functions
 
-// ---- Scalar functions that <cmath> does not give in this form
+constexpr auto magnitude = by_kernel([](const auto& of) { return of.magnitude; });
+constexpr auto sign = by_kernel([](const auto& of) { return of.sign; });
+constexpr auto degrees = by_kernel([](const auto& of) { return of.degrees; });
+constexpr auto radians = by_kernel([](const auto& of) { return of.radians; });
+constexpr auto square = by_kernel([](const auto& of) { return of.square; });
+constexpr auto cube = by_kernel([](const auto& of) { return of.cube; });
+constexpr auto square_root = by_kernel([](const auto& of) { return of.square_root; });
+constexpr auto is_nan = classified(0.0, [](const auto& of) { return of.is_nan; });
+constexpr auto is_infinite = classified(0.0, [](const auto& of) { return of.is_infinite; });
+constexpr auto is_finite = classified(1.0, [](const auto& of) { return of.is_finite; });
 
-template <class Floating>
-constexpr Floating pi = static_cast<Floating>(3.141592653589793238L);
-
-/// Integers wrap in their width: the smallest one stays itself.
-constexpr auto magnitude = [](auto x) {
-  using T = decltype(x);
-  if constexpr (std::is_integral_v<T>)
-    return x < 0 ? static_cast<T>(-x) : x;
-  else
-    return std::abs(x);
-};
-constexpr auto signum = [](auto x) {
-  using Floating = decltype(x);
-  if (x != x) return std::numeric_limits<Floating>::quiet_NaN();
-  return std::copysign(x == 0 ? Floating{0} : Floating{1}, x);
-};
-// The multiplication comes first: the other order rounds otherwise.
-constexpr auto degrees = [](auto x) { return x * decltype(x){180} / pi<decltype(x)>; };
-constexpr auto radians = [](auto x) { return x * pi<decltype(x)> / decltype(x){180}; };
-/// Integers wrap in their width before they become doubles.
-constexpr auto square = [](auto x) { return static_cast<decltype(x)>(x * x); };
-constexpr auto cube = [](auto x) { return static_cast<decltype(x)>(square(x) * x); };
-
-constexpr auto square_root = [](auto x) { return std::sqrt(x); };
 constexpr auto gamma_function = [](auto x) { return std::tgamma(x); };
-
 /// required: for doubles these two call the host's functions, for floats the C library's.
 constexpr auto host_erf = [](auto x) { return std::erf(x); };
 constexpr auto host_lgamma = [](auto x) { return std::lgamma(x); };
-
-constexpr auto is_nan = [](auto x) { return x != x; };
-constexpr auto is_infinite = [](auto x) { return std::isinf(x); };
-constexpr auto is_finite = [](auto x) { return std::isfinite(x); };
 
 }  // namespace
 
 // ---- The entries
 
 // required: the result is of the operand's kind, under the float name for floats.
-Outcome xabs(const Call& call) { return map_in_kind(double_first{}, call, in_its_kind(magnitude)); }
+Outcome xabs(const Call& call) { return map_in_kind(double_first{}, call, magnitude); }
 // required: integers give no value, and floats give a result under the float name.
-Outcome xsign(const Call& call) { return map_in_kind(kinds<XTDouble, XTFloat>{}, call, in_its_kind(signum)); }
+Outcome xsign(const Call& call) { return map_in_kind(kinds<XTDouble, XTFloat>{}, call, sign); }
 
-Outcome xrad2deg(const Call& call) { return map_unary(call, in_floating(degrees)); }
-Outcome xdegrees(const Call& call) { return map_unary(call, in_floating(degrees)); }
-Outcome xdeg2rad(const Call& call) { return map_unary(call, in_floating(radians)); }
-Outcome xradians(const Call& call) { return map_unary(call, in_floating(radians)); }
-Outcome xsquare(const Call& call) { return map_unary(call, in_its_kind(square)); }
-Outcome xcube(const Call& call) { return map_unary(call, in_its_kind(cube)); }
-Outcome xsqrt(const Call& call) { return map_unary(call, in_floating(square_root)); }
-Outcome xexp(const Call& call) { return map_unary(call, by_vectors(vector_exp, ::expf)); }
-Outcome xexpm1(const Call& call) { return map_unary(call, by_vectors(vector_expm1, ::expm1f)); }
-Outcome xlog(const Call& call) { return map_unary(call, by_vectors(vector_log, ::logf)); }
-Outcome xlog1p(const Call& call) { return map_unary(call, by_vectors(vector_log1p, ::log1pf)); }
-Outcome xcbrt(const Call& call) { return map_unary(call, by_vectors(vector_cbrt, ::cbrtf)); }
-Outcome xsin(const Call& call) { return map_unary(call, by_vectors(vector_sin, ::sinf)); }
-Outcome xcos(const Call& call) { return map_unary(call, by_vectors(vector_cos, ::cosf)); }
-Outcome xtan(const Call& call) { return map_unary(call, by_vectors(vector_tan, ::tanf)); }
-Outcome xsinh(const Call& call) { return map_unary(call, by_vectors(vector_sinh, ::sinhf)); }
-Outcome xcosh(const Call& call) { return map_unary(call, by_vectors(vector_cosh, ::coshf)); }
-Outcome xtanh(const Call& call) { return map_unary(call, by_vectors(vector_tanh, ::tanhf)); }
-Outcome xerf(const Call& call) { return map_unary(call, in_floating(host_erf)); }
-Outcome xtgamma(const Call& call) { return map_unary(call, in_floating(gamma_function)); }
-Outcome xlgamma(const Call& call) { return map_unary(call, in_floating(host_lgamma)); }
-Outcome xisnan(const Call& call) { return map_unary(call, classified(0.0, is_nan)); }
-Outcome xisinf(const Call& call) { return map_unary(call, classified(0.0, is_infinite)); }
-Outcome xisfinite(const Call& call) { return map_unary(call, classified(1.0, is_finite)); }
+Outcome xrad2deg(const Call& call) { return map_unary(call, degrees); }
+Outcome xdegrees(const Call& call) { return map_unary(call, degrees); }
+Outcome xdeg2rad(const Call& call) { return map_unary(call, radians); }
+Outcome xradians(const Call& call) { return map_unary(call, radians); }
+Outcome xsquare(const Call& call) { return map_unary(call, square); }
+Outcome xcube(const Call& call) { return map_unary(call, cube); }
+Outcome xsqrt(const Call& call) { return map_unary(call, square_root); }
+Outcome xexp(const Call& call) { return map_unary(call, by_vectors(&VectorMath::exp, ::expf)); }
+Outcome xexpm1(const Call& call) { return map_unary(call, by_vectors(&VectorMath::expm1, ::expm1f)); }
+Outcome xlog(const Call& call) { return map_unary(call, by_vectors(&VectorMath::log, ::logf)); }
+Outcome xlog1p(const Call& call) { return map_unary(call, by_vectors(&VectorMath::log1p, ::log1pf)); }
+Outcome xcbrt(const Call& call) { return map_unary(call, by_vectors(&VectorMath::cbrt, ::cbrtf)); }
+Outcome xsin(const Call& call) { return map_unary(call, by_vectors(&VectorMath::sin, ::sinf)); }
+Outcome xcos(const Call& call) { return map_unary(call, by_vectors(&VectorMath::cos, ::cosf)); }
+Outcome xtan(const Call& call) { return map_unary(call, by_vectors(&VectorMath::tan, ::tanf)); }
+Outcome xsinh(const Call& call) { return map_unary(call, by_vectors(&VectorMath::sinh, ::sinhf)); }
+Outcome xcosh(const Call& call) { return map_unary(call, by_vectors(&VectorMath::cosh, ::coshf)); }
+Outcome xtanh(const Call& call) { return map_unary(call, by_vectors(&VectorMath::tanh, ::tanhf)); }
+Outcome xerf(const Call& call) { return map_unary(call, one_by_one(host_erf)); }
+Outcome xtgamma(const Call& call) { return map_unary(call, one_by_one(gamma_function)); }
+Outcome xlgamma(const Call& call) { return map_unary(call, one_by_one(host_lgamma)); }
+Outcome xisnan(const Call& call) { return map_unary(call, is_nan); }
+Outcome xisinf(const Call& call) { return map_unary(call, is_infinite); }
+Outcome xisfinite(const Call& call) { return map_unary(call, is_finite); }
 
 }  // namespace arrayfold

@@ -6,6 +6,7 @@
 #define HWY_TARGET_INCLUDE "kernels/arithmetic.cpp"
 #include <hwy/foreach_target.h>
 
+#include "kernels/dispatch.hpp"
 #include "kernels/element_types.hpp"
 #include "kernels/integer_division-inl.hpp"
 #include "kernels/registers-inl.hpp"
@@ -31,10 +32,7 @@ struct Difference {
 struct Product {
   template <class D, class V>
   HWY_INLINE V operator()(D tag, V a, V b) const {
-    if constexpr (std::is_same_v<hn::TFromD<D>, std::int64_t>)
-      return product_of_64_bits(tag, a, b);
-    else
-      return hn::Mul(a, b);
+    return product(tag, a, b);
   }
 };
 struct Quotient {
@@ -122,8 +120,8 @@ HWY_INLINE void store_result(D tag, hn::Vec<D> lanes, R* out) {
 }
 
 template <class Apply, class T, class R, class Left, class Right>
-HWY_INLINE void combine_row(Left left, Right right, R* out, std::size_t length) {
-  for_each_register(TagFor<T, R>(), length, [=](auto tag, std::size_t i) HWY_ATTR {
+HWY_INLINE void combine(Left left, Right right, R* out, std::size_t count) {
+  for_each_register(TagFor<T, R>(), count, [=](auto tag, std::size_t i) HWY_ATTR {
     store_result(tag, Apply()(tag, left(tag, i), right(tag, i)), out + i);
   });
 }
@@ -131,17 +129,14 @@ HWY_INLINE void combine_row(Left left, Right right, R* out, std::size_t length) 
 /// The loops of an operation that is one of registers.
 template <class Apply, class T, class R>
 struct Loops {
-  static void both_advance(const T* left, const T* right, R* out, const OperandRows& rows) {
-    for (std::size_t row = 0; row < rows.count; ++row, left += rows.left_stride, right += rows.right_stride)
-      combine_row<Apply, T>(Advancing<T>{left}, Advancing<T>{right}, out + row * rows.length, rows.length);
+  static void both_advance(const T* left, const T* right, R* out, std::size_t count) {
+    combine<Apply, T>(Advancing<T>{left}, Advancing<T>{right}, out, count);
   }
-  static void left_advances(const T* left, const T* right, R* out, const OperandRows& rows) {
-    for (std::size_t row = 0; row < rows.count; ++row, left += rows.left_stride, right += rows.right_stride)
-      combine_row<Apply, T>(Advancing<T>{left}, Repeating<T>{*right}, out + row * rows.length, rows.length);
+  static void left_advances(const T* left, const T* right, R* out, std::size_t count) {
+    combine<Apply, T>(Advancing<T>{left}, Repeating<T>{*right}, out, count);
   }
-  static void right_advances(const T* left, const T* right, R* out, const OperandRows& rows) {
-    for (std::size_t row = 0; row < rows.count; ++row, left += rows.left_stride, right += rows.right_stride)
-      combine_row<Apply, T>(Repeating<T>{*left}, Advancing<T>{right}, out + row * rows.length, rows.length);
+  static void right_advances(const T* left, const T* right, R* out, std::size_t count) {
+    combine<Apply, T>(Repeating<T>{*left}, Advancing<T>{right}, out, count);
   }
 };
 
@@ -170,11 +165,8 @@ constexpr Arithmetic<T> arithmetic_of() {
   return all;
 }
 
-const ForElementTypes<Arithmetic>& all_arithmetic() {
-  static constexpr ForElementTypes<Arithmetic> all(arithmetic_of<double>(), arithmetic_of<float>(),
-                                                   arithmetic_of<std::int32_t>(), arithmetic_of<std::int64_t>());
-  return all;
-}
+constexpr ForElementTypes<Arithmetic> all_arithmetic(arithmetic_of<double>(), arithmetic_of<float>(),
+                                                     arithmetic_of<std::int32_t>(), arithmetic_of<std::int64_t>());
 
 // ---- Equality
 
@@ -186,7 +178,7 @@ bool equal_throughout(const T* left, const T* right, std::size_t count) {
   const auto equal_at = [=](std::size_t i)
                             HWY_ATTR { return hn::Eq(hn::LoadU(tag, left + i), hn::LoadU(tag, right + i)); };
   std::size_t i = 0;
-  for (; count - i >= block; i += block) {
+  for (; i + block <= count; i += block) {
     const auto equal =
         hn::And(hn::And(equal_at(i), equal_at(i + lanes)), hn::And(equal_at(i + 2 * lanes), equal_at(i + 3 * lanes)));
     if (!hn::AllTrue(tag, equal)) return false;
@@ -210,24 +202,15 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace arrayfold {
 
-HWY_EXPORT(all_arithmetic);
-HWY_EXPORT(equal_doubles);
-HWY_EXPORT(equal_floats);
-
-template <class T>
-const Arithmetic<T>& arithmetic() {
-  return HWY_DYNAMIC_DISPATCH(all_arithmetic)().template of<T>();
-}
-template const Arithmetic<double>& arithmetic();
-template const Arithmetic<float>& arithmetic();
-template const Arithmetic<std::int32_t>& arithmetic();
-template const Arithmetic<std::int64_t>& arithmetic();
+ARRAYFOLD_EXPORT(arithmetic_by_target, all_arithmetic);
+ARRAYFOLD_EXPORT(equal_doubles_by_target, equal_doubles);
+ARRAYFOLD_EXPORT(equal_floats_by_target, equal_floats);
 
 bool all_equal(const double* left, const double* right, std::size_t count) {
-  return HWY_DYNAMIC_DISPATCH(equal_doubles)(left, right, count);
+  return equal_doubles_by_target[target_index()](left, right, count);
 }
 bool all_equal(const float* left, const float* right, std::size_t count) {
-  return HWY_DYNAMIC_DISPATCH(equal_floats)(left, right, count);
+  return equal_floats_by_target[target_index()](left, right, count);
 }
 
 }  // namespace arrayfold

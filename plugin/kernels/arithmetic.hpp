@@ -8,21 +8,17 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "kernels/dispatch.hpp"
+#include "kernels/element_types.hpp"
+
 namespace arrayfold {
 
-/// Consecutive rows of results and how the operands move between them.
-struct OperandRows {
-  std::size_t length;        // of a row, in elements
-  std::size_t count;         // of rows
-  std::size_t left_stride;   // from one row of the left operand to the next
-  std::size_t right_stride;  // from one row of the right operand to the next
-};
-
-/// One operation on elements of T with results of R. In a row an operand either advances with the result, or repeats
-/// its first element. The results may be stored over an operand, element by element; otherwise they overlap none.
+/// One operation on elements of T with results of R: out[i] = left[i] op right[i], where an operand advances with the
+/// result or repeats its first element. The results may be stored over an operand, each over its own element; otherwise
+/// they overlap none.
 template <class T, class R>
 struct Operation {
-  using Loop = void (*)(const T* left, const T* right, R* out, const OperandRows& rows);
+  using Loop = void (*)(const T* left, const T* right, R* out, std::size_t count);
 
   Loop both_advance;
   Loop left_advances;
@@ -38,9 +34,14 @@ struct Arithmetic {
   Operation<T, double> minimum, maximum;
 };
 
-/// For double, float, std::int32_t and std::int64_t.
+/// The operations on double, float, std::int32_t and std::int64_t for each target.
+extern const ForElementTypes<Arithmetic>* const arithmetic_by_target[];
+
+/// For the processor at hand.
 template <class T>
-const Arithmetic<T>& arithmetic();
+const Arithmetic<T>& arithmetic() {
+  return arithmetic_by_target[target_index()]->of<T>();
+}
 
 /// Whether two runs of elements are equal: NaN equals nothing, zeros of both signs are equal.
 bool all_equal(const double* left, const double* right, std::size_t count);

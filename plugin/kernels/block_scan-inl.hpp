@@ -36,7 +36,7 @@ HWY_INLINE hn::Vec<D> folded_to(D tag, const hn::TFromD<D>* b) {
 /// Halves of the block first, then halves of what that leaves: (b0 + b2) + (b1 + b3) for four elements and a sum.
 template <class Fold, class T>
 HWY_INLINE T fold_block(const T* b) {
-  const FoldTag<T> tag;
+  const hn::CappedTag<T, block_length<T>> tag;
   return fold_lanes<Fold>(tag, folded_to<Fold, hn::MaxLanes(tag)>(tag, b), b, 0);
 }
 

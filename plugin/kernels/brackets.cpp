@@ -8,7 +8,6 @@
 
 #include <type_traits>
 
-#include "kernels/element_types.hpp"
 #include "kernels/registers-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
@@ -44,11 +43,8 @@ constexpr BracketLoops<T> loops_of() {
   return {&count_around<T>};
 }
 
-const ForElementTypes<BracketLoops>& all_bracket_loops() {
-  static constexpr ForElementTypes<BracketLoops> all(loops_of<double>(), loops_of<float>(), loops_of<std::int32_t>(),
-                                                     loops_of<std::int64_t>());
-  return all;
-}
+constexpr ForElementTypes<BracketLoops> all_bracket_loops(loops_of<double>(), loops_of<float>(),
+                                                          loops_of<std::int32_t>(), loops_of<std::int64_t>());
 
 /// Only a negative zero has the bits of a sign alone.
 template <class T>
@@ -76,24 +72,15 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace arrayfold {
 
-HWY_EXPORT(all_bracket_loops);
-HWY_EXPORT(any_negative_zero_of_doubles);
-HWY_EXPORT(any_negative_zero_of_floats);
-
-template <class T>
-const BracketLoops<T>& bracket_loops() {
-  return HWY_DYNAMIC_DISPATCH(all_bracket_loops)().template of<T>();
-}
-template const BracketLoops<double>& bracket_loops();
-template const BracketLoops<float>& bracket_loops();
-template const BracketLoops<std::int32_t>& bracket_loops();
-template const BracketLoops<std::int64_t>& bracket_loops();
+ARRAYFOLD_EXPORT(bracket_loops_by_target, all_bracket_loops);
+ARRAYFOLD_EXPORT(any_negative_zero_of_doubles_by_target, any_negative_zero_of_doubles);
+ARRAYFOLD_EXPORT(any_negative_zero_of_floats_by_target, any_negative_zero_of_floats);
 
 bool has_negative_zero(const double* elements, std::size_t count) {
-  return HWY_DYNAMIC_DISPATCH(any_negative_zero_of_doubles)(elements, count);
+  return any_negative_zero_of_doubles_by_target[target_index()](elements, count);
 }
 bool has_negative_zero(const float* elements, std::size_t count) {
-  return HWY_DYNAMIC_DISPATCH(any_negative_zero_of_floats)(elements, count);
+  return any_negative_zero_of_floats_by_target[target_index()](elements, count);
 }
 
 }  // namespace arrayfold

@@ -7,6 +7,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "kernels/dispatch.hpp"
+#include "kernels/element_types.hpp"
+
 namespace arrayfold {
 
 /// Two numbers, the higher one not below the lower one. Neither is NaN.
@@ -32,9 +35,14 @@ struct BracketLoops {
   void (*count)(const T* elements, std::size_t count, const Bracket<T>& bracket, BracketCounts& counts, T* gathered);
 };
 
-/// For double, float, std::int32_t and std::int64_t.
+/// The loops for double, float, std::int32_t and std::int64_t for each target.
+extern const ForElementTypes<BracketLoops>* const bracket_loops_by_target[];
+
+/// For the processor at hand.
 template <class T>
-const BracketLoops<T>& bracket_loops();
+const BracketLoops<T>& bracket_loops() {
+  return bracket_loops_by_target[target_index()]->of<T>();
+}
 
 /// Whether there is a zero with a sign.
 bool has_negative_zero(const double* elements, std::size_t count);

@@ -1,9 +1,14 @@
-// kernels/conversion.hpp: from floating-point numbers to integers
+// kernels/conversion.hpp: numbers of one type as numbers of another
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <type_traits>
+
+#include "kernels/dispatch.hpp"
+#include "kernels/element_types.hpp"
 
 namespace arrayfold {
 
@@ -17,6 +22,34 @@ constexpr Integer truncated(double x) {
   constexpr auto lowest = static_cast<double>(Limits::min());
   const bool fits = sizeof(Integer) < 8 ? x > lowest - 1.0 : x >= lowest;
   return fits && x < beyond ? static_cast<Integer>(x) : Limits::min();
+}
+
+/// Loops that convert `count` numbers, which do not overlap: to double as a cast does, from floating-point numbers to
+/// integers as `truncated` does, and from 64-bit to 32-bit integers by their lower half. Nothing needs the others,
+/// which are null.
+template <class From>
+struct Conversions {
+  template <class To>
+  using Loop = void (*)(const From* in, To* out, std::size_t count);
+
+  Loop<double> to_double;
+  Loop<std::int32_t> to_int32;
+  Loop<std::int64_t> to_int64;
+};
+
+/// The conversions from double, float, std::int32_t and std::int64_t for each target.
+extern const ForElementTypes<Conversions>* const conversions_by_target[];
+
+/// Converts on the processor at hand.
+template <class From, class To>
+void convert(const From* in, To* out, std::size_t count) {
+  const auto& conversions = conversions_by_target[target_index()]->of<From>();
+  if constexpr (std::is_same_v<To, double>)
+    conversions.to_double(in, out, count);
+  else if constexpr (std::is_same_v<To, std::int32_t>)
+    conversions.to_int32(in, out, count);
+  else
+    conversions.to_int64(in, out, count);
 }
 
 }  // namespace arrayfold

@@ -2,7 +2,6 @@
 
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
 namespace arrayfold {
@@ -29,8 +28,5 @@ class ForElementTypes {
 
   Rows rows_;
 };
-
-/// True for so few elements that to choose among the loops of several targets takes longer than to use any of them.
-constexpr bool are_few(std::size_t count) { return count < 16; }
 
 }  // namespace arrayfold

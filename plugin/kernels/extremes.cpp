@@ -10,7 +10,6 @@
 #include <type_traits>
 
 #include "kernels/block_scan-inl.hpp"
-#include "kernels/element_types.hpp"
 #include "kernels/registers-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
@@ -52,7 +51,7 @@ struct Larger {
 /// The first element equal to `value`. Requires: one exists.
 template <class T>
 const T* find(const T* elements, std::size_t count, T value) {
-  const FoldTag<T> tag;
+  const hn::ScalableTag<T> tag;
   constexpr std::size_t lanes = hn::MaxLanes(tag);
   const auto wanted = hn::Set(tag, value);
   const auto at = [=](std::size_t i) HWY_ATTR { return hn::Eq(hn::LoadU(tag, elements + i), wanted); };
@@ -143,11 +142,8 @@ constexpr Extremes<T> extremes_of() {
           {&first_extreme<Larger, T>, &extreme_by_blocks<Larger, T>}};
 }
 
-const ForElementTypes<Extremes>& all_extremes() {
-  static constexpr ForElementTypes<Extremes> all(extremes_of<double>(), extremes_of<float>(),
+constexpr ForElementTypes<Extremes> all_extremes(extremes_of<double>(), extremes_of<float>(),
                                                  extremes_of<std::int32_t>(), extremes_of<std::int64_t>());
-  return all;
-}
 
 }  // namespace HWY_NAMESPACE
 }  // namespace arrayfold
@@ -156,25 +152,7 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace arrayfold {
 
-HWY_EXPORT(all_extremes);
-
-template <class T>
-const Extremes<T>& extremes() {
-  return HWY_DYNAMIC_DISPATCH(all_extremes)().template of<T>();
-}
-template const Extremes<double>& extremes();
-template const Extremes<float>& extremes();
-template const Extremes<std::int32_t>& extremes();
-template const Extremes<std::int64_t>& extremes();
-
-template <class T>
-const Extremes<T>& extremes(std::size_t count) {
-  return are_few(count) ? HWY_STATIC_DISPATCH(all_extremes)().template of<T>() : extremes<T>();
-}
-template const Extremes<double>& extremes(std::size_t);
-template const Extremes<float>& extremes(std::size_t);
-template const Extremes<std::int32_t>& extremes(std::size_t);
-template const Extremes<std::int64_t>& extremes(std::size_t);
+ARRAYFOLD_EXPORT(extremes_by_target, all_extremes);
 
 }  // namespace arrayfold
 #endif

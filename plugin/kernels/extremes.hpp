@@ -8,6 +8,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "kernels/dispatch.hpp"
+#include "kernels/element_types.hpp"
+
 namespace arrayfold {
 
 template <class T>
@@ -26,12 +29,13 @@ struct Extremes {
   Extreme<T> smallest, largest;
 };
 
-/// For double, float, std::int32_t and std::int64_t.
-template <class T>
-const Extremes<T>& extremes();
+/// The loops for double, float, std::int32_t and std::int64_t for each target.
+extern const ForElementTypes<Extremes>* const extremes_by_target[];
 
-/// Those for `count` elements: a few are done before the processor's loops would be chosen.
+/// For the processor at hand.
 template <class T>
-const Extremes<T>& extremes(std::size_t count);
+const Extremes<T>& extremes() {
+  return extremes_by_target[target_index()]->of<T>();
+}
 
 }  // namespace arrayfold

@@ -9,7 +9,6 @@
 #include <limits>
 
 #include "kernels/block_scan-inl.hpp"
-#include "kernels/element_types.hpp"
 #include "kernels/registers-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
@@ -30,15 +29,12 @@ struct Adding {
 };
 struct Multiplying {
   template <class T>
-  HWY_INLINE T operator()(T product, T x) const {
-    return static_cast<T>(product * x);
+  HWY_INLINE T operator()(T a, T x) const {
+    return static_cast<T>(a * x);
   }
   template <class D, class V>
-  HWY_INLINE V operator()(D tag, V product, V x) const {
-    if constexpr (std::is_same_v<hn::TFromD<D>, std::int64_t>)
-      return product_of_64_bits(tag, product, x);
-    else
-      return hn::Mul(product, x);
+  HWY_INLINE V operator()(D tag, V a, V x) const {
+    return product(tag, a, x);
   }
 };
 struct AddingSquare {
@@ -180,7 +176,7 @@ double trapezoids(const T* elements, std::size_t count) {
 template <class T>
 std::size_t count_of_zeros(const T* elements, std::size_t count) {
   std::size_t found = 0;
-  for_each_register_in_quarters(hn::ScalableTag<T>(), elements, count, [&](auto tag, std::size_t i) HWY_ATTR {
+  for_each_register_in_quarters(hn::ScalableTag<T>(), count, [&](auto tag, std::size_t i) HWY_ATTR {
     found += hn::CountTrue(tag, hn::Eq(hn::LoadU(tag, elements + i), hn::Zero(tag)));
   });
   return found;
@@ -197,17 +193,14 @@ constexpr Folds<T> folds_of() {
           &count_of_zeros<T>};
 }
 
-const ForElementTypes<Folds>& all_folds() {
-  static constexpr ForElementTypes<Folds> all(folds_of<double>(), folds_of<float>(), folds_of<std::int32_t>(),
-                                              folds_of<std::int64_t>());
-  return all;
-}
+constexpr ForElementTypes<Folds> all_folds(folds_of<double>(), folds_of<float>(), folds_of<std::int32_t>(),
+                                           folds_of<std::int64_t>());
 
 /// Without a branch on an element: an operand is rarely anything but finite.
 template <class T>
 bool finite_throughout(const T* elements, std::size_t count) {
   bool finite = true;
-  for_each_register_in_quarters(hn::ScalableTag<T>(), elements, count, [&](auto tag, std::size_t i) HWY_ATTR {
+  for_each_register_in_quarters(hn::ScalableTag<T>(), count, [&](auto tag, std::size_t i) HWY_ATTR {
     const auto most = hn::Set(tag, std::numeric_limits<T>::max());
     finite &= hn::AllTrue(tag, hn::Le(hn::Abs(hn::LoadU(tag, elements + i)), most));
   });
@@ -224,33 +217,15 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace arrayfold {
 
-HWY_EXPORT(all_folds);
-HWY_EXPORT(finite_doubles);
-HWY_EXPORT(finite_floats);
-
-template <class T>
-const Folds<T>& folds() {
-  return HWY_DYNAMIC_DISPATCH(all_folds)().template of<T>();
-}
-template const Folds<double>& folds();
-template const Folds<float>& folds();
-template const Folds<std::int32_t>& folds();
-template const Folds<std::int64_t>& folds();
-
-template <class T>
-const Folds<T>& folds(std::size_t count) {
-  return are_few(count) ? HWY_STATIC_DISPATCH(all_folds)().template of<T>() : folds<T>();
-}
-template const Folds<double>& folds(std::size_t);
-template const Folds<float>& folds(std::size_t);
-template const Folds<std::int32_t>& folds(std::size_t);
-template const Folds<std::int64_t>& folds(std::size_t);
+ARRAYFOLD_EXPORT(folds_by_target, all_folds);
+ARRAYFOLD_EXPORT(finite_doubles_by_target, finite_doubles);
+ARRAYFOLD_EXPORT(finite_floats_by_target, finite_floats);
 
 bool all_finite(const double* elements, std::size_t count) {
-  return HWY_DYNAMIC_DISPATCH(finite_doubles)(elements, count);
+  return finite_doubles_by_target[target_index()](elements, count);
 }
 bool all_finite(const float* elements, std::size_t count) {
-  return HWY_DYNAMIC_DISPATCH(finite_floats)(elements, count);
+  return finite_floats_by_target[target_index()](elements, count);
 }
 
 }  // namespace arrayfold

@@ -10,6 +10,9 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "kernels/dispatch.hpp"
+#include "kernels/element_types.hpp"
+
 namespace arrayfold {
 
 /// Folds each of `rows` consecutive rows of `length` elements, floating-point numbers strictly from left to right.
@@ -40,13 +43,14 @@ struct Folds {
   std::size_t (*count_of_zeros)(const T* elements, std::size_t count);
 };
 
-/// For double, float, std::int32_t and std::int64_t.
-template <class T>
-const Folds<T>& folds();
+/// The loops for double, float, std::int32_t and std::int64_t for each target.
+extern const ForElementTypes<Folds>* const folds_by_target[];
 
-/// Those for `count` elements: a few are done before the processor's loops would be chosen.
+/// For the processor at hand.
 template <class T>
-const Folds<T>& folds(std::size_t count);
+const Folds<T>& folds() {
+  return folds_by_target[target_index()]->of<T>();
+}
 
 /// True when there is neither NaN nor an infinity.
 bool all_finite(const double* elements, std::size_t count);

@@ -121,6 +121,16 @@ void divide_in_blocks(const std::int32_t* left, const std::int32_t* right, std::
   }
 }
 
+/// Doubles without their fraction, which integers can hold. Highway's fallback takes what lies between the smallest
+/// integer and the next one for the smallest, so single lanes are cast.
+template <class D, class V>
+HWY_INLINE hn::Vec<D> without_fraction(D tag, V doubles) {
+  if constexpr (hn::MaxLanes(tag) == 1)
+    return hn::Set(tag, static_cast<std::int32_t>(hn::GetLane(doubles)));
+  else
+    return hn::DemoteTo(tag, doubles);
+}
+
 /// Division by one divisor, not 0 or -1: multiplies by the reciprocal, rounded one step away from zero so that exact
 /// quotients never truncate too low. The product exceeds the quotient by less than 2^-20 / divisor, and a quotient that
 /// is not an integer lies at least 1 / divisor below the next one.
@@ -130,7 +140,7 @@ void divide_by_number(const std::int32_t* left, std::int32_t divisor, std::int32
   for_each_register(Ints(), count, [=](auto tag, std::size_t i) HWY_ATTR {
     const DoublesOf<decltype(tag)> doubles;
     const auto a = hn::LoadU(tag, left + i);
-    const auto quotient = hn::DemoteTo(tag, hn::Mul(hn::PromoteTo(doubles, a), hn::Set(doubles, reciprocal)));
+    const auto quotient = without_fraction(tag, hn::Mul(hn::PromoteTo(doubles, a), hn::Set(doubles, reciprocal)));
     hn::StoreU(Division::from_quotient(quotient, a, hn::Set(tag, divisor)), tag, out + i);
   });
 }
@@ -138,23 +148,18 @@ void divide_by_number(const std::int32_t* left, std::int32_t divisor, std::int32
 // ---- The loops
 
 template <class Division, class T, std::size_t left_step, std::size_t right_step>
-void divide_rows(const T* left, const T* right, T* out, const OperandRows& rows) {
-  for (std::size_t row = 0; row < rows.count; ++row) {
-    if constexpr (!std::is_same_v<T, std::int32_t>)
-      divide_by_processor<Division>(left, left_step, right, right_step, out, rows.length);
-    else if (right_step == 0 && *right != 0 && *right != -1)
-      divide_by_number<Division>(left, *right, out, rows.length);
-    else
-      divide_in_blocks<Division, left_step, right_step>(left, right, out, rows.length);
-    left += rows.left_stride;
-    right += rows.right_stride;
-    out += rows.length;
-  }
+void divide(const T* left, const T* right, T* out, std::size_t count) {
+  if constexpr (!std::is_same_v<T, std::int32_t>)
+    divide_by_processor<Division>(left, left_step, right, right_step, out, count);
+  else if (right_step == 0 && *right != 0 && *right != -1)
+    divide_by_number<Division>(left, *right, out, count);
+  else
+    divide_in_blocks<Division, left_step, right_step>(left, right, out, count);
 }
 
 template <class Division, class T>
-constexpr Operation<T, T> integer_division{&divide_rows<Division, T, 1, 1>, &divide_rows<Division, T, 1, 0>,
-                                           &divide_rows<Division, T, 0, 1>};
+constexpr Operation<T, T> integer_division{&divide<Division, T, 1, 1>, &divide<Division, T, 1, 0>,
+                                           &divide<Division, T, 0, 1>};
 
 }  // namespace HWY_NAMESPACE
 }  // namespace arrayfold

@@ -13,10 +13,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <type_traits>
 
 #include <hwy/highway.h>
 
+#include "kernels/conversion.hpp"
 #include "kernels/per_target-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
@@ -27,10 +29,16 @@ namespace HWY_NAMESPACE {
 template <class T, class R = T>
 using TagFor = hn::Rebind<T, hn::ScalableTag<std::conditional_t<(sizeof(R) > sizeof(T)), R, T>>>;
 
-/// The tag of registers of at most 32 bytes, to which the elements of arrays are aligned. Wider ones cross the lines of
-/// the cache with every second load, which costs more than they gain where nothing is stored.
-template <class T>
-using FoldTag = hn::CappedTag<T, 32 / sizeof(T)>;
+// ---- Products
+
+/// The product of lanes; integers wrap in their width.
+template <class D, class V>
+HWY_INLINE V product(D tag, V a, V b) {
+  if constexpr (std::is_same_v<hn::TFromD<D>, std::int64_t>)
+    return product_of_64_bits(tag, a, b);
+  else
+    return hn::Mul(a, b);
+}
 
 // ---- Walks
 
@@ -55,30 +63,24 @@ template <class D, class Step>
 HWY_INLINE void for_each_register(D tag, std::size_t count, const Step& step) {
   constexpr std::size_t lanes = hn::MaxLanes(tag);
   std::size_t first = 0;
-  for (; count - first >= 4 * lanes; first += 4 * lanes) {
+  for (; first + 4 * lanes <= count; first += 4 * lanes) {
     step(tag, first);
     step(tag, first + lanes);
     step(tag, first + 2 * lanes);
     step(tag, first + 3 * lanes);
   }
-  for (; count - first >= lanes; first += lanes) step(tag, first);
+  for (; first + lanes <= count; first += lanes) step(tag, first);
   for_each_narrower(tag, first, count, step);
 }
 
 /// The same in no particular order: the four registers of a turn come from the four quarters of the elements, which
-/// keeps more loads from memory in flight, and narrower registers come first, so that no other load crosses a line of
-/// the cache.
-template <class D, class T, class Step>
-HWY_INLINE void for_each_register_in_quarters(D tag, const T* elements, std::size_t count, const Step& step) {
+/// keeps more loads from memory in flight.
+template <class D, class Step>
+HWY_INLINE void for_each_register_in_quarters(D tag, std::size_t count, const Step& step) {
   constexpr std::size_t lanes = hn::MaxLanes(tag);
-  const std::size_t beyond = reinterpret_cast<std::uintptr_t>(elements) / sizeof(T) % lanes;
+  const std::size_t quarter = count / (4 * lanes) * lanes;
   std::size_t first = 0;
-  if (beyond != 0 && count > 4 * lanes) {
-    first = lanes - beyond;
-    for_each_narrower(tag, 0, first, step);
-  }
-  const std::size_t quarter = (count - first) / (4 * lanes) * lanes;
-  for (const std::size_t end = first + quarter; first < end; first += lanes) {
+  for (; first < quarter; first += lanes) {
     step(tag, first);
     step(tag, first + quarter);
     step(tag, first + 2 * quarter);
@@ -116,7 +118,7 @@ HWY_INLINE hn::TFromD<D> fold_lanes(D tag, hn::Vec<D> folded, const hn::TFromD<D
 /// take whole registers, two each a turn: with one, compilers add as many copies of registers as there are operations.
 template <class Fold, Reading reading, class T>
 HWY_INLINE T fold_freely(const T* elements, std::size_t count, T start) {
-  const FoldTag<T> tag;
+  const hn::ScalableTag<T> tag;
   using V = hn::Vec<decltype(tag)>;
   constexpr std::size_t lanes = hn::MaxLanes(tag);
   const std::size_t turns = count / (8 * lanes);
@@ -141,21 +143,57 @@ HWY_INLINE T fold_freely(const T* elements, std::size_t count, T start) {
   return fold_lanes<Fold>(tag, a, elements + i, count - i);
 }
 
+// ---- Lanes of one type as lanes of another
+
+/// 32-bit numbers and 64-bit integers as doubles, rounded as a cast rounds. Doubles stay what they are.
+template <class D, class V>
+HWY_INLINE hn::Vec<hn::Rebind<double, D>> as_doubles(D, V lanes) {
+  using T = hn::TFromD<D>;
+  const hn::Rebind<double, D> doubles;
+  if constexpr (std::is_same_v<T, double>)
+    return lanes;
+  else if constexpr (sizeof(T) == sizeof(double))
+    return hn::ConvertTo(doubles, lanes);
+  else
+    return hn::PromoteTo(doubles, lanes);
+}
+
+/// Doubles as lanes of `tag`: rounded to float, and `truncated` to integers. Single lanes are cast: Highway's fallback
+/// never rounds to infinity, and gives the smallest integer for what lies between that and the next one.
+template <class D, class V>
+HWY_INLINE hn::Vec<D> from_doubles(D tag, V doubles) {
+  using T = hn::TFromD<D>;
+  if constexpr (std::is_same_v<T, double>) {
+    return doubles;
+  } else if constexpr (hn::MaxLanes(tag) == 1) {
+    if constexpr (std::is_integral_v<T>)
+      return hn::Set(tag, truncated<T>(hn::GetLane(doubles)));
+    else
+      return hn::Set(tag, static_cast<T>(hn::GetLane(doubles)));
+  } else if constexpr (std::is_integral_v<T>) {
+    // Highway saturates: only what is beyond the largest integer, and NaN, differ from `truncated`.
+    const hn::Rebind<double, D> wide;
+    constexpr auto lowest = static_cast<double>(std::numeric_limits<T>::min());
+    const auto fitting = hn::IfThenElse(hn::Lt(doubles, hn::Set(wide, -lowest)), doubles, hn::Set(wide, lowest));
+    if constexpr (sizeof(T) == sizeof(double))
+      return hn::ConvertTo(tag, fitting);
+    else
+      return hn::DemoteTo(tag, fitting);
+  } else {
+    return hn::DemoteTo(tag, doubles);
+  }
+}
+
 // ---- Lanes to memory of another type
 
 /// Stores each lane as a T: integers and 32-bit numbers are widened to double.
 template <class D, class V, class R>
 HWY_INLINE void store(D tag, V lanes, R* out) {
-  using T = hn::TFromD<D>;
-  if constexpr (std::is_same_v<T, R>) {
+  if constexpr (std::is_same_v<hn::TFromD<D>, R>) {
     hn::StoreU(lanes, tag, out);
   } else {
     static_assert(std::is_same_v<R, double>, "lanes are stored as they are or as doubles");
-    const hn::Rebind<double, D> doubles;
-    if constexpr (std::is_same_v<T, std::int64_t>)
-      hn::StoreU(hn::ConvertTo(doubles, lanes), doubles, out);
-    else
-      hn::StoreU(hn::PromoteTo(doubles, lanes), doubles, out);
+    hn::StoreU(as_doubles(tag, lanes), hn::Rebind<double, D>(), out);
   }
 }
 

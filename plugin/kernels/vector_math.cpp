@@ -1,104 +1,112 @@
-// kernels/vector_math.cpp: the C library's vector functions, for AVX2 and AVX-512
+// kernels/vector_math.cpp: the C library's vector functions, for each processor target
 
 #include "kernels/vector_math.hpp"
 
-#include <cmath>
-#include <cstring>
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "kernels/vector_math.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
 
-#include "kernels/lanes.hpp"
+#include "kernels/dispatch.hpp"
 
-#if defined(__x86_64__) && defined(__GLIBC__) && defined(__GLIBC_PREREQ)
+// The prefix of the library's names: b stands for 128 bits, d for AVX2, e for AVX-512; without one a function takes a
+// single double.
+#undef ARRAYFOLD_PREFIX
+#define ARRAYFOLD_PREFIX ""
+#if HWY_ARCH_X86_64 && HWY_TARGET != HWY_SCALAR && defined(__GLIBC__) && defined(__GLIBC_PREREQ)
 #if __GLIBC_PREREQ(2, 35)
-#define ARRAYFOLD_HAS_VECTOR_LIBRARY
-#endif
-#endif
-
-#ifdef ARRAYFOLD_HAS_VECTOR_LIBRARY
-
-#include <immintrin.h>
-
-// The names are the C library's: d stands for AVX2, e for AVX-512.
-#define ARRAYFOLD_DECLARE(name)     \
-  __m256d _ZGVdN4v_##name(__m256d); \
-  __attribute__((target("avx512f"))) __m512d _ZGVeN8v_##name(__m512d);
-extern "C" {
-ARRAYFOLD_DECLARE(exp)
-ARRAYFOLD_DECLARE(expm1)
-ARRAYFOLD_DECLARE(log)
-ARRAYFOLD_DECLARE(log1p)
-ARRAYFOLD_DECLARE(cbrt)
-ARRAYFOLD_DECLARE(sin)
-ARRAYFOLD_DECLARE(cos)
-ARRAYFOLD_DECLARE(tan)
-ARRAYFOLD_DECLARE(sinh)
-ARRAYFOLD_DECLARE(cosh)
-ARRAYFOLD_DECLARE(tanh)
-}
-#undef ARRAYFOLD_DECLARE
-
-namespace arrayfold {
-namespace {
-
-using Avx2Function = __m256d (*)(__m256d);
-
-/// Calls `run(in, out)` for whole vectors, and for the remainder in a vector padded with its last element.
-template <std::size_t lanes, class Run>
-inline __attribute__((always_inline)) void over_vectors(const double* in, double* out, std::size_t count, Run run) {
-  std::size_t i = 0;
-  for (; i + lanes <= count; i += lanes) run(in + i, out + i);
-  const std::size_t left = count - i;
-  if (left == 0) return;
-  double padded[lanes];
-  for (std::size_t lane = 0; lane < lanes; ++lane) padded[lane] = in[i + (lane < left ? lane : left - 1)];
-  run(padded, padded);
-  std::memcpy(out + i, padded, left * sizeof(double));
-}
-
-template <Avx2Function function>
-void on_avx2(const double* in, double* out, std::size_t count) {
-  over_vectors<4>(in, out, count,
-                  [](const double* from, double* to) { _mm256_storeu_pd(to, function(_mm256_loadu_pd(from))); });
-}
-
-}  // namespace
-
-// The AVX-512 loop stands in a function of its own target: only there may its vectors be named.
-#define ARRAYFOLD_VECTOR_FUNCTION(name)                                                                               \
-  __attribute__((target("avx512f"))) static void on_avx512_##name(const double* in, double* out, std::size_t count) { \
-    std::size_t i = 0;                                                                                                \
-    for (; i + 8 <= count; i += 8) _mm512_storeu_pd(out + i, _ZGVeN8v_##name(_mm512_loadu_pd(in + i)));               \
-    const auto left = static_cast<unsigned>(count - i);                                                               \
-    if (left == 0) return;                                                                                            \
-    const auto lanes = static_cast<__mmask8>((1u << left) - 1);                                                       \
-    const __m512d padding = _mm512_set1_pd(in[count - 1]);                                                            \
-    _mm512_mask_storeu_pd(out + i, lanes, _ZGVeN8v_##name(_mm512_mask_loadu_pd(padding, lanes, in + i)));             \
-  }                                                                                                                   \
-  void vector_##name(const double* in, double* out, std::size_t count) {                                              \
-    if (has_avx512()) return on_avx512_##name(in, out, count);                                                        \
-    on_avx2<&_ZGVdN4v_##name>(in, out, count);                                                                        \
-  }
-
+#undef ARRAYFOLD_PREFIX
+#if HWY_TARGET == HWY_AVX3
+#define ARRAYFOLD_PREFIX "_ZGVeN8v_"
+#elif HWY_TARGET == HWY_AVX2
+#define ARRAYFOLD_PREFIX "_ZGVdN4v_"
 #else
-
-namespace arrayfold {
-
-#define ARRAYFOLD_VECTOR_FUNCTION(name)                                  \
-  void vector_##name(const double* in, double* out, std::size_t count) { \
-    for (std::size_t i = 0; i < count; ++i) out[i] = std::name(in[i]);   \
-  }
-
+#define ARRAYFOLD_PREFIX "_ZGVbN2v_"
+#endif
+#endif
 #endif
 
-ARRAYFOLD_VECTOR_FUNCTION(exp)
-ARRAYFOLD_VECTOR_FUNCTION(expm1)
-ARRAYFOLD_VECTOR_FUNCTION(log)
-ARRAYFOLD_VECTOR_FUNCTION(log1p)
-ARRAYFOLD_VECTOR_FUNCTION(cbrt)
-ARRAYFOLD_VECTOR_FUNCTION(sin)
-ARRAYFOLD_VECTOR_FUNCTION(cos)
-ARRAYFOLD_VECTOR_FUNCTION(tan)
-ARRAYFOLD_VECTOR_FUNCTION(sinh)
-ARRAYFOLD_VECTOR_FUNCTION(cosh)
-ARRAYFOLD_VECTOR_FUNCTION(tanh)
+HWY_BEFORE_NAMESPACE();
+namespace arrayfold {
+namespace HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+// ---- The library's functions
+
+constexpr bool takes_registers = sizeof(ARRAYFOLD_PREFIX) > 1;
+
+using Doubles = hn::CappedTag<double, takes_registers ? HWY_MAX_BYTES / sizeof(double) : 1>;
+
+/// What a function of the library takes and returns: the compiler's vector, or a double.
+template <class V>
+HWY_INLINE auto library_operand(V x) {
+  if constexpr (takes_registers)
+    return x.raw;
+  else
+    return hn::GetLane(x);
+}
+using Operand = decltype(library_operand(hn::Zero(Doubles())));
+
+namespace library {
+
+Operand exp(Operand) __asm__(ARRAYFOLD_PREFIX "exp");
+Operand expm1(Operand) __asm__(ARRAYFOLD_PREFIX "expm1");
+Operand log(Operand) __asm__(ARRAYFOLD_PREFIX "log");
+Operand log1p(Operand) __asm__(ARRAYFOLD_PREFIX "log1p");
+Operand cbrt(Operand) __asm__(ARRAYFOLD_PREFIX "cbrt");
+Operand sin(Operand) __asm__(ARRAYFOLD_PREFIX "sin");
+Operand cos(Operand) __asm__(ARRAYFOLD_PREFIX "cos");
+Operand tan(Operand) __asm__(ARRAYFOLD_PREFIX "tan");
+Operand sinh(Operand) __asm__(ARRAYFOLD_PREFIX "sinh");
+Operand cosh(Operand) __asm__(ARRAYFOLD_PREFIX "cosh");
+Operand tanh(Operand) __asm__(ARRAYFOLD_PREFIX "tanh");
+
+}  // namespace library
+
+// ---- The loop
+
+template <Operand (*function)(Operand), class D>
+HWY_INLINE hn::Vec<D> value_of(D tag, hn::Vec<D> x) {
+  (void)tag;
+  if constexpr (takes_registers)
+    return hn::Vec<D>{function(library_operand(x))};
+  else
+    return hn::Set(tag, function(library_operand(x)));
+}
+
+/// The remainder is padded with the last element.
+template <Operand (*function)(Operand)>
+void over_registers(const double* in, double* out, std::size_t count) {
+  const Doubles tag;
+  constexpr std::size_t lanes = hn::MaxLanes(tag);
+  std::size_t i = 0;
+  for (; count - i >= lanes; i += lanes) hn::StoreU(value_of<function>(tag, hn::LoadU(tag, in + i)), tag, out + i);
+  if (i == count) return;
+  const auto padding = hn::Set(tag, in[count - 1]);
+  if constexpr (lanes <= 2) {
+    out[i] = hn::GetLane(value_of<function>(tag, padding));
+  } else {
+    const auto left = hn::FirstN(tag, count - i);
+    const auto padded = hn::IfThenElse(left, hn::MaskedLoad(left, tag, in + i), padding);
+    hn::BlendedStore(value_of<function>(tag, padded), left, tag, out + i);
+  }
+}
+
+constexpr VectorMath all_vector_math{
+    &over_registers<library::exp>,   &over_registers<library::expm1>, &over_registers<library::log>,
+    &over_registers<library::log1p>, &over_registers<library::cbrt>,  &over_registers<library::sin>,
+    &over_registers<library::cos>,   &over_registers<library::tan>,   &over_registers<library::sinh>,
+    &over_registers<library::cosh>,  &over_registers<library::tanh>};
+
+}  // namespace HWY_NAMESPACE
+}  // namespace arrayfold
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace arrayfold {
+
+ARRAYFOLD_EXPORT(vector_math_by_target, all_vector_math);
 
 }  // namespace arrayfold
+#endif

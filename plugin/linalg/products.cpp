@@ -14,6 +14,7 @@
 
 #include "array/rows.hpp"
 #include "array/scratch.hpp"
+#include "kernels/conversion.hpp"
 #include "linalg/result.hpp"
 
 namespace arrayfold {
@@ -64,8 +65,7 @@ auto computed(const Shape& extents, Compute compute) {
   } else {
     const Scratch<R> scratch(elements.size());
     compute(scratch.data());
-    std::transform(scratch.data(), scratch.data() + elements.size(), elements.begin(),
-                   [](R x) { return element_from<Stored>(x); });
+    convert(scratch.data(), elements.data(), elements.size());
   }
   return made;
 }

@@ -16,7 +16,7 @@ namespace {
 /// The square root of the sum of squares. The squares are added in the order of a reduction.
 template <class T>
 T frobenius_norm(const xarray_of<T>& matrix) {
-  const auto add_squares = folds<T>(matrix.storage().size()).sum_of_squares;
+  const auto add_squares = folds<T>().sum_of_squares;
   return static_cast<T>(std::sqrt(ordered_fold(matrix, 0.0, add_squares, std::plus<>{})));
 }
 

@@ -73,8 +73,7 @@ void give_with_number(const Application<Array>& at, typename Array::element numb
   const auto& elements = at.elements();
   check_extents(elements);
   auto made = make_array<ResultKind>(elements.shape());
-  operation.left_advances(elements.storage().data(), &number, made->array->storage().data(),
-                          one_row(elements.storage().size()));
+  operation.left_advances(elements.storage().data(), &number, made->array->storage().data(), elements.storage().size());
   hand_over(ResultKind{}, at.ctx, at.result, std::move(made));
 }
 
@@ -82,7 +81,7 @@ template <class Array>
 void change_by_number(const Application<Array>& at, typename Array::element number,
                       const OperationOf<typename Array::tag, Array>& operation) {
   auto& storage = at.array.array->storage();
-  operation.left_advances(storage.data(), &number, storage.data(), one_row(storage.size()));
+  operation.left_advances(storage.data(), &number, storage.data(), storage.size());
 }
 
 // ---- With an array of the same kind
@@ -110,7 +109,7 @@ void change_by_array(const Application<Array>& at, const Array& other,
   }
   check_extents(mine);
   auto* elements = mine.storage().data();
-  operation.both_advance(elements, theirs.storage().data(), elements, one_row(mine.storage().size()));
+  operation.both_advance(elements, theirs.storage().data(), elements, mine.storage().size());
 }
 
 // ---- The two paths
@@ -144,17 +143,6 @@ bool apply(const Application<Array>& at, InPlace with_number, InPlace with_array
     }
   give_with_number<ResultKind>(at, number, operation);
   return true;
-}
-
-template <class Array>
-bool compare(const Application<Array>& at, const OperationOf<XTBool, Array>& operation) {
-  return apply<XTBool>(at, InPlace::never, InPlace::never, operation);
-}
-
-template <class Array>
-bool calculate(const Application<Array>& at, InPlace with_number, InPlace with_array,
-               const OperationOf<typename Array::tag, Array>& operation) {
-  return apply<typename Array::tag>(at, with_number, with_array, operation);
 }
 
 // ---- Whole-array tests
@@ -208,41 +196,62 @@ bool multiply_truths(const Application<ArrayOf<XTBool>>& at) {
   return true;
 }
 
-template <class Array>
-bool apply_to_numbers(const Application<Array>& at, Opcode opcode) {
+/// What an operator of arithmetic does.
+template <class T>
+struct Calculation {
+  const Operation<T, T>* operation;
+  InPlace with_number;
+  InPlace with_array;
+};
+
+/// Null for every other opcode, and where the kind has no such operation.
+template <class T>
+Calculation<T> calculation_of(Opcode opcode, const Arithmetic<T>& by) {
   constexpr auto either = InPlace::from_either_side;
   constexpr auto left = InPlace::from_the_left;
-  const auto& with = arithmetic<typename Array::element>();
   switch (opcode) {
-    case Opcode::less_equal:
-      return compare(at, with.less_equal);
-    case Opcode::greater_equal:
-      return compare(at, with.greater_equal);
-    case Opcode::less:
-      return compare(at, with.less);
-    case Opcode::greater:
-      return compare(at, with.greater);
-    case Opcode::equal:
-      return test_equality(at, true);
-    case Opcode::not_equal:
-      return test_equality(at, false);
     case Opcode::add:
-      return calculate(at, either, either, with.sum);
+      return {&by.sum, either, either};
     case Opcode::subtract:
-      return calculate(at, left, left, with.difference);
+      return {&by.difference, left, left};
     case Opcode::multiply:
       // required: in place, an array on the right ends the process, a number on the left does not.
-      return calculate(at, either, left, with.product);
+      return {&by.product, either, left};
     case Opcode::divide:
-      return calculate(at, left, left, with.quotient);
+      return {&by.quotient, left, left};
     case Opcode::remainder:
-      if constexpr (std::is_integral_v<typename Array::element>)
-        return calculate(at, left, left, with.remainder);
-      else
-        return pass_over_remainder(at.other);
+      return {std::is_integral_v<T> ? &by.remainder : nullptr, left, left};
     default:
-      return false;
+      return {};
   }
+}
+
+/// Null for every other opcode.
+template <class T>
+const Operation<T, bool>* comparison_of(Opcode opcode, const Arithmetic<T>& by) {
+  switch (opcode) {
+    case Opcode::less_equal:
+      return &by.less_equal;
+    case Opcode::greater_equal:
+      return &by.greater_equal;
+    case Opcode::less:
+      return &by.less;
+    case Opcode::greater:
+      return &by.greater;
+    default:
+      return nullptr;
+  }
+}
+
+template <class Array>
+bool apply_to_numbers(const Application<Array>& at, Opcode opcode) {
+  if (opcode == Opcode::equal || opcode == Opcode::not_equal) return test_equality(at, opcode == Opcode::equal);
+  const auto& by = arithmetic<typename Array::element>();
+  if (const auto [operation, with_number, with_array] = calculation_of(opcode, by); operation != nullptr)
+    return apply<typename Array::tag>(at, with_number, with_array, *operation);
+  if (const auto* comparison = comparison_of(opcode, by); comparison != nullptr)
+    return apply<XTBool>(at, InPlace::never, InPlace::never, *comparison);
+  return opcode == Opcode::remainder && pass_over_remainder(at.other);
 }
 
 template <class Kind>

@@ -3,14 +3,10 @@
 #include "array/arguments.hpp"
 #include "array/rows.hpp"
 #include "array/storage.hpp"
+#include "kernels/arithmetic.hpp"
 
 namespace arrayfold {
 namespace {
-
-template <class T>
-void subtract_neighbours(const T* elements, std::size_t count, T* __restrict out) {
-  for (std::size_t i = 0; i < count; ++i) out[i] = static_cast<T>(elements[i + 1] - elements[i]);
-}
 
 /// Each element of a row but the first, minus the one before it. Integers wrap. The last extent shrinks by one, and is
 /// 0 where there is no element; a zero-dimensional array gives one dimension without elements.
@@ -23,8 +19,10 @@ constexpr auto differences = [](auto kind, const auto& array) {
   extents.back() = elements.empty() ? 0 : length - 1;
   auto made = make_array<decltype(kind)>(extents);
   auto* out = made->array->storage().data();
+  const auto subtract = arithmetic<typename decltype(kind)::element>().difference.both_advance;
   for_each_row(array.shape(), elements.size(), [&](std::size_t first, std::size_t) {
-    subtract_neighbours(elements.data() + first, length - 1, out);
+    const auto* row = elements.data() + first;
+    subtract(row + 1, row, out, length - 1);
     out += length - 1;
   });
   return made;

@@ -16,8 +16,7 @@ auto position_of(Choose choose) {
     std::size_t position = 0;
     if (!elements.empty()) {
       const auto* first = elements.data();
-      const auto* found =
-          choose(extremes<typename decltype(kind)::element>(elements.size())).first(first, elements.size(), *first);
+      const auto* found = choose(extremes<typename decltype(kind)::element>()).first(first, elements.size(), *first);
       if (found != nullptr) position = static_cast<std::size_t>(found - first);
     }
     return make_scalar<XTInt>(static_cast<std::int32_t>(position));

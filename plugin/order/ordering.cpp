@@ -7,6 +7,7 @@
 #include "array/arguments.hpp"
 #include "array/rows.hpp"
 #include "array/storage.hpp"
+#include "kernels/conversion.hpp"
 #include "order/row_sort.hpp"
 
 namespace arrayfold {
@@ -83,8 +84,7 @@ constexpr auto as_ints = [](auto partitioned) {
   } else {
     const auto& values = partitioned->array->storage();
     auto made = make_array<XTInt>(partitioned->array->shape());
-    std::transform(values.begin(), values.end(), made->array->storage().begin(),
-                   [](auto x) { return element_from<XTInt>(x); });
+    convert(values.data(), made->array->storage().data(), values.size());
     return made;
   }
 };

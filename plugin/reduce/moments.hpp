@@ -14,23 +14,17 @@ namespace arrayfold {
 
 /// The sum in the element's own type, where integers wrap, divided by the count in doubles.
 template <class T>
-double mean_of(const xarray_of<T>& array, const Folds<T>& by) {
-  const T sum = ordered_fold(array, T{0}, by.sum, std::plus<>{});
-  return static_cast<double>(sum) / static_cast<double>(array.storage().size());
-}
-
-template <class T>
 double mean_of(const xarray_of<T>& array) {
-  return mean_of(array, folds<T>(array.storage().size()));
+  const T sum = ordered_fold(array, T{0}, folds<T>().sum, std::plus<>{});
+  return static_cast<double>(sum) / static_cast<double>(array.storage().size());
 }
 
 /// The mean of the squared distances from the mean, all in doubles: the variance of a whole population.
 template <class T>
 double variance_of(const xarray_of<T>& array) {
-  const Folds<T>& by = folds<T>(array.storage().size());
-  const auto add_squares = [&by, mean = mean_of(array, by)](const T* elements, std::size_t rows, std::size_t length,
-                                                            double* sums) {
-    by.sum_of_squared_distances(elements, rows, length, mean, sums);
+  const auto add_squares = [fold = folds<T>().sum_of_squared_distances, mean = mean_of(array)](
+                               const T* elements, std::size_t rows, std::size_t length, double* sums) {
+    fold(elements, rows, length, mean, sums);
   };
   return ordered_fold(array, 0.0, add_squares, std::plus<>{}) / static_cast<double>(array.storage().size());
 }

@@ -20,13 +20,12 @@ namespace {
 
 constexpr auto sum = [](const auto& array) {
   using T = typename std::decay_t<decltype(array)>::value_type;
-  return folds<T>(array.storage().size())
-      .sum_by_blocks(array.storage().data(), array.storage().size(), last_stride(array));
+  return folds<T>().sum_by_blocks(array.storage().data(), array.storage().size(), last_stride(array));
 };
 
 constexpr auto product = [](const auto& array) {
   using T = typename std::decay_t<decltype(array)>::value_type;
-  return ordered_fold(array, T{1}, folds<T>(array.storage().size()).product, std::multiplies<>{});
+  return ordered_fold(array, T{1}, folds<T>().product, std::multiplies<>{});
 };
 
 /// The extreme of `start` and the elements.
@@ -37,7 +36,7 @@ T extreme_of(const xarray_of<T>& array, const Extreme<T>& extreme, T start) {
 
 constexpr auto minimum = [](const auto& array) {
   using T = typename std::decay_t<decltype(array)>::value_type;
-  return extreme_of(array, extremes<T>(array.storage().size()).smallest, std::numeric_limits<T>::max());
+  return extreme_of(array, extremes<T>().smallest, std::numeric_limits<T>::max());
 };
 
 // required: for floating-point numbers the scan starts from their smallest positive normal number. When no element is
@@ -48,7 +47,7 @@ constexpr auto maximum = [](const auto& array) {
   if constexpr (std::is_same_v<T, std::int64_t>)
     return minimum(array);
   else
-    return extreme_of(array, extremes<T>(array.storage().size()).largest, std::numeric_limits<T>::min());
+    return extreme_of(array, extremes<T>().largest, std::numeric_limits<T>::min());
 };
 
 constexpr auto mean = [](const auto& array) { return mean_of(array); };

@@ -26,7 +26,7 @@ constexpr auto trapezoidal_integral = [](const auto& array) {
   const auto& elements = array.storage();
   if (array.dimension() == 0 || elements.empty()) return 0.0;
   check_extents(array);
-  return folds<T>(elements.size()).trapezoids(elements.data(), array.shape().back());
+  return folds<T>().trapezoids(elements.data(), array.shape().back());
 };
 
 /// How many elements differ from 0: NaN does, a negative zero does not.
@@ -34,7 +34,7 @@ constexpr auto nonzero_count = [](const auto& array) {
   using T = typename std::decay_t<decltype(array)>::value_type;
   const auto& elements = array.storage();
   if (!elements.empty()) check_extents(array);
-  const std::size_t zeros = folds<T>(elements.size()).count_of_zeros(elements.data(), elements.size());
+  const std::size_t zeros = folds<T>().count_of_zeros(elements.data(), elements.size());
   return static_cast<std::int64_t>(elements.size() - zeros);
 };
 

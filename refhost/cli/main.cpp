@@ -10,6 +10,7 @@
 #include <sstream>
 
 #include "cli/module_loader.hpp"
+#include "cli/processor.hpp"
 #include "cli/repl.hpp"
 #include "cli/streams.hpp"
 #include "cli/test_runner.hpp"
@@ -107,7 +108,7 @@ void show_libraries(const Module& module) {
 }
 
 int run(const Settings& settings) {
-  if (settings.shows_version) put(fmt::format("hvm {}\n", HVM_VERSION));
+  if (settings.shows_version) put(fmt::format("hvm {}\nprocessor {}\n", HVM_VERSION, processor_target()));
   const Module module = load_module(settings.module_path.empty() ? default_module_path() : settings.module_path);
   if (settings.shows_version) return show_libraries(module), done;
   if (settings.lists) return list(module), done;
@@ -144,7 +145,8 @@ void describe(CLI::App& app, Settings& settings) {
   app.add_flag("--leaks", settings.counts_leaks,
                "count what is left behind at the end; status 1 when that is anything");
   const auto version =
-      app.add_flag("--version", settings.shows_version, "say the version, the module and its libraries");
+      app.add_flag("--version", settings.shows_version,
+                   "say the version, the processor's vector instructions, the module and its libraries");
   code->excludes(test)->excludes(list_flag)->excludes(version);
   test->excludes(list_flag)->excludes(version);
 }

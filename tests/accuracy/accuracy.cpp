@@ -1,8 +1,9 @@
 // accuracy/accuracy.cpp: the largest error of each function, over as many random arguments as asked for
 //
-//     accuracy 10000000                  one line a function: name, error, argument, the same with AVX2
+//     accuracy 10000000                  one line a function and target: name, target, error, argument
 //     accuracy 100000 --arguments FILE   writes the arguments instead, as doubles side by side
 //
+// The targets are those of Highway that the machine supports, the best one first. The module takes each in turn.
 // It ends with 1 when a function passes its bound.
 
 #include <algorithm>
@@ -14,6 +15,7 @@
 #include "arguments.hpp"
 #include "functions.hpp"
 #include "support/module_test.hpp"
+#include "support/targets.hpp"
 
 namespace arrayfold::accuracy {
 namespace {
@@ -29,9 +31,11 @@ struct Worst {
   }
 };
 
-struct Measured {
-  Worst module;
-  Worst four_lanes;
+/// A function on one target.
+struct Row {
+  const Function* function;
+  std::int64_t target;
+  Worst worst;
 };
 
 std::vector<double> by_module(HostContext ctx, const char* name, const std::vector<double>& x) {
@@ -41,27 +45,32 @@ std::vector<double> by_module(HostContext ctx, const char* name, const std::vect
   return test::elements_of<XTDouble>(result);
 }
 
-void measure(HostContext ctx, const Function& function, const std::vector<double>& x, Measured& worst) {
-  const auto values = by_module(ctx, function.name, x);
-  auto narrow = values;
-  if (function.four_lanes != nullptr) function.four_lanes(x.data(), narrow.data(), x.size());
-  for (std::size_t i = 0; i < x.size(); ++i) {
-    const long double exact = function.exact(x[i]);
-    worst.module.take(error_in_ulp(values[i], exact), x[i]);
-    worst.four_lanes.take(error_in_ulp(narrow[i], exact), x[i]);
+std::vector<Row> rows_of_all() {
+  std::vector<Row> rows;
+  for (const auto& function : functions())
+    for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) rows.push_back({&function, target, {}});
+  return rows;
+}
+
+/// Measures one function over `x` on each target; its rows are consecutive.
+void measure(HostContext ctx, const std::vector<double>& x, Row* rows, std::size_t targets) {
+  const Function& function = *rows->function;
+  std::vector<long double> exact(x.size());
+  std::transform(x.begin(), x.end(), exact.begin(), function.exact);
+  for (Row* row = rows; row != rows + targets; ++row) {
+    const test::OnTarget chosen(row->target);
+    const auto values = by_module(ctx, function.name, x);
+    for (std::size_t i = 0; i < x.size(); ++i) row->worst.take(error_in_ulp(values[i], exact[i]), x[i]);
   }
 }
 
-/// Prints a line a function. False when one passes its bound.
-bool report(const std::vector<Measured>& worst) {
+/// Prints a line a row. False when one passes its bound.
+bool report(const std::vector<Row>& rows) {
   bool within = true;
-  for (std::size_t n = 0; n < worst.size(); ++n) {
-    const auto& function = functions()[n];
-    const auto& [module, four_lanes] = worst[n];
-    std::printf("%s %.4f %.17g %.4f %.17g\n", function.name, module.error, module.argument, four_lanes.error,
-                four_lanes.argument);
-    if (function.bound == 0 || std::max(module.error, four_lanes.error) < function.bound) continue;
-    std::fprintf(stderr, "%s passes its bound of %g\n", function.name, function.bound);
+  for (const auto& [function, target, worst] : rows) {
+    std::printf("%s %s %.4f %.17g\n", function->name, hwy::TargetName(target), worst.error, worst.argument);
+    if (function->bound == 0 || worst.error < function->bound) continue;
+    std::fprintf(stderr, "%s passes its bound of %g on %s\n", function->name, function->bound, hwy::TargetName(target));
     within = false;
   }
   return within;
@@ -70,12 +79,14 @@ bool report(const std::vector<Measured>& worst) {
 bool measure_all(std::size_t count) {
   test::Module::loaded();  // which brings the types of arrays
   hvm::Context context;
-  std::vector<Measured> worst(functions().size());
+  auto rows = rows_of_all();
+  const std::size_t targets = rows.size() / functions().size();
   for (unsigned batch = 0; batch * batch_size < count; ++batch) {
     const auto x = arguments(std::min(batch_size, count - batch * batch_size), batch);
-    for (std::size_t n = 0; n < worst.size(); ++n) measure(context.handle(), functions()[n], x, worst[n]);
+    for (std::size_t first = 0; first < rows.size(); first += targets)
+      measure(context.handle(), x, &rows[first], targets);
   }
-  return report(worst);
+  return report(rows);
 }
 
 bool write_arguments(std::size_t count, const char* path) {

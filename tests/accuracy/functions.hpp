@@ -4,16 +4,13 @@
 
 #include <vector>
 
-#include "kernels/vector_math.hpp"
-
 namespace arrayfold::accuracy {
 
 /// A function of the module and its mathematical value in 80 bits.
 struct Function {
   const char* name;
   long double (*exact)(long double);
-  double bound;               // the most units in the last place; 0 where the function called decides
-  VectorFunction four_lanes;  // the narrower vectors, which the module takes where the processor has no wider ones
+  double bound;  // the most units in the last place; 0 where the function called decides
 };
 
 /// Every function whose value is rounded.

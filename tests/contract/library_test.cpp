@@ -1,7 +1,10 @@
 // contract/library_test.cpp: the shared library as the system's loader sees it
 
+#include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdio>
+#include <map>
 #include <memory>
 #include <set>
 #include <sstream>
@@ -34,6 +37,76 @@ std::vector<std::pair<char, std::string>> symbols(const std::string& options) {
     if (words >> type >> name) found.emplace_back(type[0], name);
   }
   return found;
+}
+
+/// The words of a line.
+std::vector<std::string> words_of(const std::string& line) {
+  std::istringstream words(line);
+  std::vector<std::string> found;
+  for (std::string word; words >> word;) found.push_back(word);
+  return found;
+}
+
+std::uint64_t hexadecimal(const std::string& digits) { return std::stoull(digits, nullptr, 16); }
+
+/// The addresses of the functions that the loader calls, in that order, from the relocations of .init_array.
+std::vector<std::uint64_t> initialiser_addresses() {
+  std::uint64_t first = 0, size = 0;
+  for (const auto& line : lines_of("readelf -SW '" MODULE_PATH "'")) {
+    const auto words = words_of(line.substr(std::min(line.size(), line.find(']') + 1)));
+    if (words.size() < 5 || words[1] != "INIT_ARRAY") continue;
+    first = hexadecimal(words[2]);
+    size = hexadecimal(words[4]);
+  }
+  std::map<std::uint64_t, std::uint64_t> functions;  // by their places
+  for (const auto& line : lines_of("readelf -rW '" MODULE_PATH "'")) {
+    const auto words = words_of(line);
+    if (words.size() != 4 || words[2].find("_RELATIVE") == std::string::npos) continue;
+    const std::uint64_t place = hexadecimal(words[0]);
+    if (place >= first && place < first + size) functions[place] = hexadecimal(words[3]);
+  }
+  EXPECT_EQ(functions.size() * 8, size) << "a place of .init_array without a relocation";
+  std::vector<std::uint64_t> addresses;
+  for (const auto& [place, function] : functions) addresses.push_back(function);
+  return addresses;
+}
+
+/// The functions that the loader calls, by their local symbols.
+std::vector<std::string> initialisers() {
+  std::map<std::uint64_t, std::string> names;
+  for (const auto& line : lines_of("nm '" MODULE_PATH "'")) {
+    const auto words = words_of(line);
+    if (words.size() == 3 && words[1] == "t") names[hexadecimal(words[0])] = words[2];
+  }
+  std::vector<std::string> found;
+  for (const std::uint64_t address : initialiser_addresses()) {
+    found.push_back(names[address]);
+    EXPECT_NE(found.back(), "") << "no symbol at " << std::hex << address << ": is the library stripped?";
+  }
+  return found;
+}
+
+/// What the code of a function refers to: the names in angle brackets of its disassembly, without their versions.
+std::set<std::string> names_used_by(const std::string& function) {
+  std::set<std::string> names;
+  for (const auto& line :
+       lines_of("objdump -d --no-show-raw-insn --disassemble='" + function + "' '" MODULE_PATH "'")) {
+    const std::size_t open = line.find('<'), end = line.find_first_of("@>", open);
+    // The line above the code names the function itself, and `adrp` takes the page of an address, not the address.
+    if (end == std::string::npos || line.back() == ':' || line.find("adrp") != std::string::npos) continue;
+    names.insert(line.substr(open + 1, end - open - 1));
+  }
+  return names;
+}
+
+/// Headers of the array library include <iostream>, whose initialiser stands in each source that includes it: it makes
+/// the standard streams and has them released at the end.
+bool only_makes_standard_streams(const std::string& initialiser) {
+  const std::set<std::string> of_iostream = {"_ZStL8__ioinit", "_ZNSt8ios_base4InitC1Ev", "_ZNSt8ios_base4InitD1Ev",
+                                             "__cxa_atexit", "__dso_handle"};
+  const auto used = names_used_by(initialiser);
+  const auto is_of_iostream = [&](const std::string& name) { return of_iostream.count(name) != 0; };
+  return used.count("_ZNSt8ios_base4InitC1Ev") != 0 && std::all_of(used.begin(), used.end(), is_of_iostream);
 }
 
 const std::set<std::string> kernel_operations = {"HVM_AnyCheck",
@@ -108,6 +181,20 @@ TEST(Library, NeedsBothHostLibrariesAndFindsThemByRunpath) {
   EXPECT_NE(dynamic.find("[$ORIGIN]"), std::string::npos) << dynamic;
   EXPECT_EQ(dynamic.find("(RPATH)"), std::string::npos) << dynamic;
   EXPECT_NE(dynamic.find("[libstdc++.so.6]"), std::string::npos) << dynamic;
+}
+
+// frame_dummy and __cpu_indicator_init are the compiler's runtime; the latter comes with code that asks which processor
+// it runs on.
+TEST(Library, TableOfDtypeNames_IsItsOnlyInitialiser) {
+#if defined(LIBRARY_IS_OPTIMISED)
+  const std::set<std::string> of_compiler = {"frame_dummy", "__cpu_indicator_init", "init_have_lse_atomics"};
+  std::vector<std::string> own;
+  for (const std::string& initialiser : initialisers())
+    if (of_compiler.count(initialiser) == 0 && !only_makes_standard_streams(initialiser)) own.push_back(initialiser);
+  EXPECT_EQ(own, std::vector<std::string>{"_GLOBAL__sub_I_element_kind.cpp"});
+#else
+  GTEST_SKIP() << "sanitizers add initialisers, and without optimisation constants are computed at load";
+#endif
 }
 
 }  // namespace

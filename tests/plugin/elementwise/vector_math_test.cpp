@@ -1,6 +1,4 @@
-// elementwise/vector_math_test.cpp: the vector functions for AVX2, which processors without AVX-512 take
-//
-// Compiled into this program with the wide ones left out, so that every machine tests them.
+// elementwise/vector_math_test.cpp: the vector functions, on every target
 
 #include "kernels/vector_math.hpp"
 
@@ -8,6 +6,7 @@
 #include <random>
 
 #include "functions.hpp"
+#include "support/targets.hpp"
 
 namespace arrayfold::test {
 namespace {
@@ -16,13 +15,21 @@ constexpr std::size_t longest = 40;
 
 struct Named {
   const char* name;
-  VectorFunction vectors;
+  VectorFunction VectorMath::*vectors;
 };
 
-constexpr Named all[] = {{"xexp", vector_exp},     {"xexpm1", vector_expm1}, {"xlog", vector_log},
-                         {"xlog1p", vector_log1p}, {"xcbrt", vector_cbrt},   {"xsin", vector_sin},
-                         {"xcos", vector_cos},     {"xtan", vector_tan},     {"xsinh", vector_sinh},
-                         {"xcosh", vector_cosh},   {"xtanh", vector_tanh}};
+constexpr Named all[] = {{"xexp", &VectorMath::exp},     {"xexpm1", &VectorMath::expm1}, {"xlog", &VectorMath::log},
+                         {"xlog1p", &VectorMath::log1p}, {"xcbrt", &VectorMath::cbrt},   {"xsin", &VectorMath::sin},
+                         {"xcos", &VectorMath::cos},     {"xtan", &VectorMath::tan},     {"xsinh", &VectorMath::sinh},
+                         {"xcosh", &VectorMath::cosh},   {"xtanh", &VectorMath::tanh}};
+
+/// Calls `run(name, vectors)` for each function on each target.
+template <class Run>
+void on_each(Run run) {
+  on_each_target([&] {
+    for (const auto& [name, vectors] : all) run(name, vector_math().*vectors);
+  });
+}
 
 double alone(VectorFunction vectors, double x) {
   double value = 0;
@@ -48,8 +55,8 @@ std::vector<double> drawn_and_special(std::size_t count) {
   return elements;
 }
 
-TEST(VectorMath, OnAvx2_SpecialValuesAreThoseOfTheCLibrary) {
-  for (const auto& [name, vectors] : all)
+TEST(VectorMath, SpecialValuesAreThoseOfTheCLibrary) {
+  on_each([](const char* name, VectorFunction vectors) {
     for (const double x : special_values()) {
       const double value = alone(vectors, x), wanted = expected(name, x);
       if (!std::isfinite(wanted) || wanted == 0 || x == 0)
@@ -57,40 +64,45 @@ TEST(VectorMath, OnAvx2_SpecialValuesAreThoseOfTheCLibrary) {
       else
         EXPECT_LE(steps_between(value, wanted), 4u) << name << "(" << x << ") is " << value;
     }
+  });
 }
 
-TEST(VectorMath, OnAvx2_EveryPlaceGivesTheSameBits) {
+TEST(VectorMath, EveryPlaceGivesTheSameBits) {
   const auto elements = drawn_and_special(600);
-  for (const auto& [name, vectors] : all)
+  on_each([&](const char* name, VectorFunction vectors) {
+    std::vector<double> single;
+    for (const double x : elements) single.push_back(alone(vectors, x));
     for (std::size_t length = 1; length <= longest; ++length)
       for (std::size_t first = 0; first + length <= elements.size(); first += 3) {
         std::vector<double> values(length);
         vectors(elements.data() + first, values.data(), length);
         for (std::size_t i = 0; i < length; ++i)
-          ASSERT_TRUE(same(values[i], alone(vectors, elements[first + i])))
-              << name << "(" << elements[first + i] << ")";
+          ASSERT_TRUE(same(values[i], single[first + i])) << name << "(" << elements[first + i] << ")";
       }
+  });
 }
 
-TEST(VectorMath, OnAvx2_InPlaceGivesTheSame) {
+TEST(VectorMath, InPlaceGivesTheSame) {
   const auto elements = drawn_and_special(501);
-  for (const auto& [name, vectors] : all)
+  on_each([&](const char* name, VectorFunction vectors) {
     for (const std::size_t count : {std::size_t{0}, std::size_t{3}, elements.size()}) {
       auto changed = elements;
       vectors(changed.data(), changed.data(), count);
       for (std::size_t i = 0; i < elements.size(); ++i)
         ASSERT_TRUE(same(changed[i], i < count ? alone(vectors, elements[i]) : elements[i])) << name << i;
     }
+  });
 }
 
-TEST(VectorMath, OnAvx2_NothingBehindTheEndIsWritten) {
-  for (const auto& [name, vectors] : all)
+TEST(VectorMath, NothingBehindTheEndIsWritten) {
+  on_each([](const char* name, VectorFunction vectors) {
     for (std::size_t length = 0; length <= longest; ++length) {
       const std::vector<double> elements(length, 0.5);
       std::vector<double> values(length + 8, 77);
       vectors(elements.data(), values.data(), length);
       for (std::size_t i = length; i < values.size(); ++i) EXPECT_EQ(values[i], 77) << name << " of " << length;
     }
+  });
 }
 
 }  // namespace

@@ -74,10 +74,9 @@ void expect_rows_of(const Case<T, R>& by, std::size_t length) {
   const auto left = mixed_values<T>(length, 1), right = mixed_values<T>(length, 2);
   const std::vector<T> number = {T{3}};
   Memory<T> a(left, 1), b(right, 2), repeated(number, 3);
-  const OperandRows one_row{length, 1, 0, 0};
   const auto expect = [&](auto loop, const T* x, const T* y, const std::vector<R>& expected) {
     Memory<Stored<R>> out(length, 1);
-    loop(x, y, results_in<R>(out), one_row);
+    loop(x, y, results_in<R>(out), length);
     EXPECT_TRUE(same_bits(out.values(), stored<R>(expected)));
     EXPECT_TRUE(out.is_intact());
   };
@@ -113,12 +112,11 @@ void expect_in_place() {
       SCOPED_TRACE(testing::Message() << by.name << " of " << length);
       const auto& loops = arithmetic<T>().*by.operation;
       const auto left = mixed_values<T>(length, 1), right = mixed_values<T>(length, 2);
-      const OperandRows one_row{length, 1, 0, 0};
       Memory<T> a(left), b(right, 1), itself(left, 2);
-      loops.both_advance(a.data(), b.data(), a.data(), one_row);
+      loops.both_advance(a.data(), b.data(), a.data(), length);
       EXPECT_TRUE(same_bits(a.values(), applied(by, left, right)));
       EXPECT_TRUE(a.is_intact());
-      loops.both_advance(itself.data(), itself.data(), itself.data(), one_row);
+      loops.both_advance(itself.data(), itself.data(), itself.data(), length);
       EXPECT_TRUE(same_bits(itself.values(), applied(by, left, left)));
     }
 }
@@ -128,24 +126,6 @@ TEST(Arithmetic, InPlace_IsThatOfItsFormula) {
     expect_in_place<double>();
     expect_in_place<std::int32_t>();
     expect_in_place<std::int64_t>();
-  });
-}
-
-TEST(Arithmetic, OfSeveralRows_MovesEachOperandByItsStride) {
-  on_each_target([] {
-    for (const std::size_t length : {1u, 3u, 8u, 17u, 64u}) {
-      const std::size_t count = 5;
-      const auto left = mixed_values<double>(count * length, 1), right = mixed_values<double>(count * length, 2);
-      Memory<double> a(left, 1), b(right), out(count * length);
-      arithmetic<double>().difference.left_advances(a.data(), b.data(), out.data(), {length, count, length, 1});
-      std::vector<double> expected(count * length);
-      for (std::size_t i = 0; i < expected.size(); ++i) expected[i] = left[i] - right[i / length];
-      EXPECT_TRUE(same_bits(out.values(), expected));
-      arithmetic<double>().difference.right_advances(a.data(), b.data(), out.data(), {length, count, 1, 0});
-      for (std::size_t i = 0; i < expected.size(); ++i) expected[i] = left[i / length] - right[i % length];
-      EXPECT_TRUE(same_bits(out.values(), expected));
-      EXPECT_TRUE(out.is_intact());
-    }
   });
 }
 
@@ -166,11 +146,10 @@ void expect_divisions() {
     SCOPED_TRACE(length);
     const auto left = mixed_values<T>(length, 1), right = divisors(left);
     Memory<T> a(left, 1), b(right, 2), quotients(length, 1), remainders(length);
-    const OperandRows one_row{length, 1, 0, 0};
     std::vector<T> quotient(length), remainder(length);
     for (std::size_t i = 0; i < length; ++i) quotient[i] = left[i] / right[i], remainder[i] = left[i] % right[i];
-    arithmetic<T>().quotient.both_advance(a.data(), b.data(), quotients.data(), one_row);
-    arithmetic<T>().remainder.both_advance(a.data(), b.data(), remainders.data(), one_row);
+    arithmetic<T>().quotient.both_advance(a.data(), b.data(), quotients.data(), length);
+    arithmetic<T>().remainder.both_advance(a.data(), b.data(), remainders.data(), length);
     EXPECT_TRUE(same_bits(quotients.values(), quotient));
     EXPECT_TRUE(same_bits(remainders.values(), remainder));
     EXPECT_TRUE(quotients.is_intact() && remainders.is_intact());
@@ -181,13 +160,14 @@ template <class T>
 void expect_divisions_by(T divisor) {
   SCOPED_TRACE(divisor);
   auto left = mixed_values<T>(1030, 5);
+  left.insert(left.end(), {std::numeric_limits<T>::min() + 1, std::numeric_limits<T>::max() - 1});
   for (T& x : left) x = divisor == -1 && x == std::numeric_limits<T>::min() ? 0 : x;
   Memory<T> a(left, 1), number(std::vector<T>{divisor}), quotients(left.size(), 1), remainders(left.size());
-  const OperandRows one_row{left.size(), 1, 0, 0};
+  const std::size_t length = left.size();
   std::vector<T> quotient(left.size()), remainder(left.size());
   for (std::size_t i = 0; i < left.size(); ++i) quotient[i] = left[i] / divisor, remainder[i] = left[i] % divisor;
-  arithmetic<T>().quotient.left_advances(a.data(), number.data(), quotients.data(), one_row);
-  arithmetic<T>().remainder.left_advances(a.data(), number.data(), remainders.data(), one_row);
+  arithmetic<T>().quotient.left_advances(a.data(), number.data(), quotients.data(), length);
+  arithmetic<T>().remainder.left_advances(a.data(), number.data(), remainders.data(), length);
   EXPECT_TRUE(same_bits(quotients.values(), quotient));
   EXPECT_TRUE(same_bits(remainders.values(), remainder));
 }
@@ -208,7 +188,7 @@ TEST(IntegerDivision, OfANumberByElements_Truncates) {
   on_each_target([] {
     const auto right = divisors(std::vector<std::int32_t>(600, 1000));
     Memory<std::int32_t> number(std::vector<std::int32_t>{1000}), b(right, 1), out(right.size());
-    arithmetic<std::int32_t>().quotient.right_advances(number.data(), b.data(), out.data(), {right.size(), 1, 0, 0});
+    arithmetic<std::int32_t>().quotient.right_advances(number.data(), b.data(), out.data(), right.size());
     std::vector<std::int32_t> expected(right.size());
     for (std::size_t i = 0; i < right.size(); ++i) expected[i] = 1000 / right[i];
     EXPECT_TRUE(same_bits(out.values(), expected));
@@ -221,12 +201,12 @@ TEST(IntegerDivisionDeathTest, ByZeroOrBeyondTheRange_FaultsOnEveryTarget) {
   on_each_target([] {
     constexpr auto smallest = std::numeric_limits<std::int32_t>::min();
     for (const auto& [dividend, divisor] : {std::pair{5, 0}, std::pair{smallest, -1}}) {
-      std::vector<std::int32_t> left(70, 12), right(70, 3), out(70);
+      const std::size_t length = 70;
+      std::vector<std::int32_t> left(length, 12), right(length, 3), out(length);
       left[65] = dividend, right[65] = divisor;
-      const OperandRows one_row{70, 1, 0, 0};
-      EXPECT_EXIT(arithmetic<std::int32_t>().quotient.both_advance(left.data(), right.data(), out.data(), one_row),
+      EXPECT_EXIT(arithmetic<std::int32_t>().quotient.both_advance(left.data(), right.data(), out.data(), length),
                   testing::KilledBySignal(SIGFPE), "");
-      EXPECT_EXIT(arithmetic<std::int32_t>().remainder.left_advances(left.data(), &right[65], out.data(), one_row),
+      EXPECT_EXIT(arithmetic<std::int32_t>().remainder.left_advances(left.data(), &right[65], out.data(), length),
                   testing::KilledBySignal(SIGFPE), "");
     }
   });

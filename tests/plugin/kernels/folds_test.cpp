@@ -28,12 +28,6 @@ std::vector<std::vector<T>> fillings(std::size_t count) {
   return {rounding_values<T>(count, 1), mixed_values<T>(count, 2)};
 }
 
-template <class T, class Check>
-void for_both_tables(std::size_t count, Check check) {
-  check(folds<T>());
-  check(folds<T>(count));
-}
-
 // ---- Rows
 
 template <class R, class T, class Step>
@@ -55,19 +49,18 @@ void expect_rows(const std::vector<T>& x, std::size_t rows, std::size_t length) 
     EXPECT_TRUE(same_bits(folded.values(), folded_rows(x, rows, length, start, step)));
     EXPECT_TRUE(folded.is_intact());
   };
-  for_both_tables<T>(x.size(), [&](const Folds<T>& all) {
-    expect(all.sum, T{0}, [](T sum, T element) { return static_cast<T>(sum + element); });
-    expect(all.product, T{1}, [](T product, T element) { return static_cast<T>(product * element); });
-    expect(all.sum_of_squares, 0.0,
-           [](double sum, T element) { return sum + static_cast<double>(element) * static_cast<double>(element); });
-    const double from = 0.3;
-    const auto squared_distances = [&](const T* first, std::size_t count, std::size_t each, double* sums) {
-      all.sum_of_squared_distances(first, count, each, from, sums);
-    };
-    expect(squared_distances, 0.0, [from](double sum, T element) {
-      const double distance = static_cast<double>(element) - from;
-      return sum + distance * distance;
-    });
+  const Folds<T>& all = folds<T>();
+  expect(all.sum, T{0}, [](T sum, T element) { return static_cast<T>(sum + element); });
+  expect(all.product, T{1}, [](T product, T element) { return static_cast<T>(product * element); });
+  expect(all.sum_of_squares, 0.0,
+         [](double sum, T element) { return sum + static_cast<double>(element) * static_cast<double>(element); });
+  const double from = 0.3;
+  const auto squared_distances = [&](const T* first, std::size_t count, std::size_t each, double* sums) {
+    all.sum_of_squared_distances(first, count, each, from, sums);
+  };
+  expect(squared_distances, 0.0, [from](double sum, T element) {
+    const double distance = static_cast<double>(element) - from;
+    return sum + distance * distance;
   });
 }
 
@@ -111,10 +104,8 @@ void expect_sums_by_blocks() {
         const R expected = scanned(
             x, stride, R{0}, [](T a, T b) { return static_cast<T>(a + b); },
             [](R a, R b) { return static_cast<R>(a + b); });
-        for_both_tables<T>(length, [&](const Folds<T>& all) {
-          const R sum = all.sum_by_blocks(elements.data(), length, stride);
-          EXPECT_TRUE(same_bits(std::vector<R>{sum}, {expected})) << length << " elements, stride " << stride;
-        });
+        const R sum = folds<T>().sum_by_blocks(elements.data(), length, stride);
+        EXPECT_TRUE(same_bits(std::vector<R>{sum}, {expected})) << length << " elements, stride " << stride;
       }
 }
 
@@ -142,10 +133,8 @@ void expect_trapezoids() {
       Memory<T> elements(x, 1);
       double expected = 0.0;
       for (std::size_t i = 1; i < length; ++i) expected += static_cast<double>(static_cast<T>(x[i] + x[i - 1])) * 0.5;
-      for_both_tables<T>(length, [&](const Folds<T>& all) {
-        const double integral = all.trapezoids(elements.data(), length);
-        EXPECT_TRUE(same_bits(std::vector<double>{integral}, {expected})) << length;
-      });
+      const double integral = folds<T>().trapezoids(elements.data(), length);
+      EXPECT_TRUE(same_bits(std::vector<double>{integral}, {expected})) << length;
     }
 }
 
@@ -167,9 +156,7 @@ void expect_counts_of_zeros() {
       Memory<T> elements(x, offset);
       std::size_t expected = 0;
       for (const T element : x) expected += element == 0;
-      for_both_tables<T>(length, [&](const Folds<T>& all) {
-        EXPECT_EQ(all.count_of_zeros(elements.data(), length), expected) << length << " elements at " << offset;
-      });
+      EXPECT_EQ(folds<T>().count_of_zeros(elements.data(), length), expected) << length << " elements at " << offset;
     }
 }
 

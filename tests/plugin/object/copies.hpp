@@ -1,7 +1,4 @@
-// object/copies.hpp: this program's own copy of the operators, compiled for AVX2
-//
-// The module's loops are as wide as the processor's registers. The copy is for AVX2 everywhere, so that every machine
-// tests it; and it takes calls that no host can make through the callbacks.
+// object/copies.hpp: this program's own copy of the operators, for calls that no host can make through the callbacks
 
 #pragma once
 

@@ -78,6 +78,32 @@ TEST(CommandLine, VersionNamesTheModuleAndTheLibrariesItBrought) {
   EXPECT_THAT(run_toy({"--version"}).out, ::testing::Not(HasSubstr("libHVMInterp.so")));
 }
 
+/// The target that --version should name, by the compiler's own look at the processor.
+std::string expected_target() {
+#if defined(__x86_64__)
+  __builtin_cpu_init();
+  const bool has_ssse3 = __builtin_cpu_supports("ssse3");
+  const bool has_sse4 = has_ssse3 && __builtin_cpu_supports("sse4.1") && __builtin_cpu_supports("sse4.2") &&
+                        __builtin_cpu_supports("aes") && __builtin_cpu_supports("pclmul");
+  const bool has_avx2 = has_sse4 && __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") &&
+                        __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2");
+  const bool has_avx512 = has_avx2 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+                          __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl");
+  return has_avx512 ? "AVX3" : has_avx2 ? "AVX2" : has_sse4 ? "SSE4" : has_ssse3 ? "SSSE3" : "SCALAR";
+#else
+  return "(NEON|SCALAR)";
+#endif
+}
+
+TEST(CommandLine, VersionNamesTheVectorInstructionsOfTheProcessor) {
+  const std::string lines = "hvm [0-9.]+\nprocessor " + expected_target() + "\n";
+  EXPECT_THAT(run_toy({"--version"}).out, ::testing::ContainsRegex("^" + lines + "module "));
+  // They are known without a module.
+  const Outcome outcome = run_hvm({"--version", "--module", "/no/such/module.so"});
+  EXPECT_EQ(outcome.status, 3);
+  EXPECT_THAT(outcome.out, ::testing::MatchesRegex(lines));
+}
+
 TEST(CommandLine, Unchecked_LeavesTheChecksOut) {
   EXPECT_EQ(run_toy({"-e", "print(xarange(1, 2, 3, 4))"}).status, 1);
   EXPECT_EQ(run_toy({"--unchecked", "-e", "print(xarange(1, 2, 3, 4))"}).out, "4\n");

@@ -1,0 +1,151 @@
+// kernels/maps.cpp: one element computed from one element, for each processor target
+
+#include "kernels/maps.hpp"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "kernels/maps.cpp"
+#include <hwy/foreach_target.h>
+
+#include <limits>
+
+#include "kernels/dispatch.hpp"
+#include "kernels/element_types.hpp"
+#include "kernels/registers-inl.hpp"
+
+HWY_BEFORE_NAMESPACE();
+namespace arrayfold {
+namespace HWY_NAMESPACE {
+
+// ---- The functions on registers
+
+template <class T>
+constexpr T pi = static_cast<T>(3.141592653589793238L);
+template <class T>
+constexpr T infinity = std::numeric_limits<T>::infinity();
+
+struct Magnitude {
+  template <class D, class V>
+  HWY_INLINE V operator()(D, V x) const {
+    return hn::Abs(x);
+  }
+};
+struct Sign {
+  template <class D, class V>
+  HWY_INLINE V operator()(D tag, V x) const {
+    // The sum keeps a zero and makes a signaling NaN quiet.
+    const auto is_number_but_zero = hn::Gt(hn::Abs(x), hn::Zero(tag));
+    return hn::IfThenElse(is_number_but_zero, hn::CopySign(hn::Set(tag, 1), x), hn::Add(x, x));
+  }
+};
+struct Degrees {
+  template <class D, class V>
+  HWY_INLINE V operator()(D tag, V x) const {
+    return hn::Div(hn::Mul(x, hn::Set(tag, 180)), hn::Set(tag, pi<hn::TFromD<D>>));
+  }
+};
+struct Radians {
+  template <class D, class V>
+  HWY_INLINE V operator()(D tag, V x) const {
+    return hn::Div(hn::Mul(x, hn::Set(tag, pi<hn::TFromD<D>>)), hn::Set(tag, 180));
+  }
+};
+struct Square {
+  template <class D, class V>
+  HWY_INLINE V operator()(D tag, V x) const {
+    return product(tag, x, x);
+  }
+};
+struct Cube {
+  template <class D, class V>
+  HWY_INLINE V operator()(D tag, V x) const {
+    return product(tag, product(tag, x, x), x);
+  }
+};
+struct SquareRoot {
+  template <class D, class V>
+  HWY_INLINE V operator()(D, V x) const {
+    return hn::Sqrt(x);
+  }
+};
+
+/// 1 where `Test` holds, else 0.
+template <class Test>
+struct Classified {
+  template <class D, class V>
+  HWY_INLINE V operator()(D tag, V x) const {
+    return hn::IfThenElseZero(Test()(tag, x), hn::Set(tag, 1));
+  }
+};
+struct IsNan {
+  template <class D, class V>
+  HWY_INLINE hn::Mask<D> operator()(D, V x) const {
+    return hn::IsNaN(x);
+  }
+};
+struct IsInfinite {
+  template <class D, class V>
+  HWY_INLINE hn::Mask<D> operator()(D tag, V x) const {
+    return hn::Eq(hn::Abs(x), hn::Set(tag, infinity<hn::TFromD<D>>));
+  }
+};
+struct IsFinite {
+  template <class D, class V>
+  HWY_INLINE hn::Mask<D> operator()(D tag, V x) const {
+    return hn::Lt(hn::Abs(x), hn::Set(tag, infinity<hn::TFromD<D>>));
+  }
+};
+
+// ---- The loops
+
+template <class Apply, class T, class R>
+void map(const T* in, R* out, std::size_t count) {
+  for_each_register(TagFor<T, R>(), count, [=](auto tag, std::size_t i) HWY_ATTR {
+    store(tag, Apply()(tag, hn::LoadU(tag, in + i)), out + i);
+  });
+}
+
+/// Integers are converted to double first.
+template <class Apply, class T>
+void map_floating(const T* in, double* out, std::size_t count) {
+  if constexpr (std::is_floating_point_v<T>) {
+    map<Apply>(in, out, count);
+  } else {
+    for_each_register(TagFor<T, double>(), count, [=](auto tag, std::size_t i) HWY_ATTR {
+      const hn::Rebind<double, decltype(tag)> doubles;
+      hn::StoreU(Apply()(doubles, as_doubles(tag, hn::LoadU(tag, in + i))), doubles, out + i);
+    });
+  }
+}
+
+template <class T>
+constexpr Maps<T> maps_of() {
+  Maps<T> all{};
+  all.magnitude = &map<Magnitude>;
+  all.degrees = &map_floating<Degrees>;
+  all.radians = &map_floating<Radians>;
+  all.square = &map<Square>;
+  all.cube = &map<Cube>;
+  all.square_root = &map_floating<SquareRoot>;
+  if constexpr (std::is_floating_point_v<T>) {
+    all.sign = &map<Sign>;
+    all.is_nan = &map<Classified<IsNan>>;
+    all.is_infinite = &map<Classified<IsInfinite>>;
+    all.is_finite = &map<Classified<IsFinite>>;
+  }
+  return all;
+}
+
+constexpr ForElementTypes<Maps> all_maps(maps_of<double>(), maps_of<float>(), maps_of<std::int32_t>(),
+                                         maps_of<std::int64_t>());
+
+}  // namespace HWY_NAMESPACE
+}  // namespace arrayfold
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace arrayfold {
+
+ARRAYFOLD_EXPORT(maps_by_target, all_maps);
+
+}  // namespace arrayfold
+#endif

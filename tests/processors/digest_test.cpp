@@ -1,0 +1,38 @@
+// processors/digest_test.cpp: every target that this processor has computes the same
+
+#include <array>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+/// The lines that the program prints. The test fails when its run does.
+std::vector<std::string> lines_of_program(const std::string& arguments) {
+  std::FILE* const pipe = popen(("'" DIGEST_PROGRAM "' " + arguments).c_str(), "r");
+  std::vector<std::string> lines;
+  std::array<char, 4096> line;
+  while (pipe != nullptr && std::fgets(line.data(), line.size(), pipe)) lines.emplace_back(line.data());
+  EXPECT_TRUE(pipe != nullptr && pclose(pipe) == 0) << "the program fails with " << arguments;
+  return lines;
+}
+
+TEST(Digests, OfEveryTarget_AreTheSame) {
+  const auto expected = lines_of_program("");
+  EXPECT_GT(expected.size(), 60u);
+  const auto targets = lines_of_program("--targets");
+  EXPECT_FALSE(targets.empty());
+  for (const std::string& target : targets) EXPECT_EQ(lines_of_program(target), expected) << target;
+}
+
+TEST(Digests, OfATargetThatTheProcessorLacks_AreAnError) {
+  std::FILE* const pipe = popen("'" DIGEST_PROGRAM "' NONE 2>&1", "r");
+  std::array<char, 4096> line{};
+  ASSERT_TRUE(pipe != nullptr && std::fgets(line.data(), line.size(), pipe));
+  EXPECT_STREQ(line.data(), "processor_digest: this processor does not have the target NONE\n");
+  EXPECT_NE(pclose(pipe), 0);
+}
+
+}  // namespace
