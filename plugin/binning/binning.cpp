@@ -9,12 +9,12 @@
 #include <type_traits>
 
 #include "array/arguments.hpp"
-#include "array/extremes.hpp"
 #include "array/rows.hpp"
 #include "array/scratch.hpp"
 #include "array/spacing.hpp"
 #include "array/storage.hpp"
 #include "kernels/binning.hpp"
+#include "kernels/extremes.hpp"
 
 namespace arrayfold {
 namespace {
@@ -31,12 +31,13 @@ template <class T>
 Bounds<T> bounds_of(const xarray_of<T>& array) {
   check_extents(array);
   const auto& elements = array.storage();
-  const auto extreme = [&](T start, auto choose) {
-    const T* found = first_extreme(elements.data(), elements.size(), start, choose);
+  const auto beyond = [&](const Extreme<T>& extreme, T start) {
+    const T* found = extreme.first(elements.data(), elements.size(), start);
     return found == nullptr ? start : *found;
   };
   const Bounds<T> none;
-  return {extreme(none.low, Smaller{}), extreme(none.high, Larger{})};
+  const Extremes<T>& of = extremes<T>();
+  return {beyond(of.smallest, none.low), beyond(of.largest, none.high)};
 }
 
 /// The first `count` elements are read, each counted `times` times.
@@ -61,7 +62,7 @@ template <class Kind, class T>
 Bounds<T> edge_bounds(Kind, const Bounds<T>& bounds, std::size_t bins) {
   const Spacing<Kind> edges(bounds.low, bounds.high, bins + 1);
   Bounds<T> of;
-  const auto include = [&of](T edge) { of = {Smaller{}(of.low, edge), Larger{}(of.high, edge)}; };
+  const auto include = [&of](T edge) { of = {std::min(of.low, edge), std::max(of.high, edge)}; };
   for (std::size_t i = 0; i < bins; ++i) include(edges[i]);
   include(bounds.high);
   return of;

@@ -10,6 +10,7 @@
 #define ARRAYFOLD_PER_TARGET_INL
 #endif
 
+#include <cstddef>
 #include <cstdint>
 
 #include <hwy/highway.h>
@@ -32,6 +33,69 @@ HWY_INLINE hn::Vec<Bytes> bytes_of_mask(D tag, Bytes bytes, M mask) {
 #else
   const hn::RebindToUnsigned<D> wide;
   return hn::TruncateTo(bytes, hn::And(hn::BitCast(wide, hn::VecFromMask(tag, mask)), hn::Set(wide, 1)));
+#endif
+}
+
+/// `a` where it is less than `b`, otherwise `b`: also where they are equal, and with NaN. The instructions for the
+/// smaller and the larger of x86 have this rule.
+template <class D, class V>
+HWY_INLINE V first_if_less(D, V a, V b) {
+#if HWY_TARGET == HWY_SCALAR
+  // Compilers keep the value in a register only where they see the numbers.
+  return V{a.raw < b.raw ? a.raw : b.raw};
+#elif HWY_ARCH_X86
+  return hn::Min(a, b);
+#else
+  return hn::IfThenElse(hn::Lt(a, b), a, b);
+#endif
+}
+/// `a` where it is greater than `b`, otherwise `b`, by the same rules.
+template <class D, class V>
+HWY_INLINE V first_if_greater(D, V a, V b) {
+#if HWY_TARGET == HWY_SCALAR
+  return V{b.raw < a.raw ? a.raw : b.raw};
+#elif HWY_ARCH_X86
+  return hn::Max(a, b);
+#else
+  return hn::IfThenElse(hn::Lt(b, a), a, b);
+#endif
+}
+
+/// Copies the elements whose lanes are true in the mask to `out`, next to each other; as many elements as D has lanes
+/// may be written. Returns their number.
+template <class D, class M>
+HWY_INLINE std::size_t gather_true(D tag, const hn::TFromD<D>* elements, M mask, hn::TFromD<D>* out) {
+#if HWY_TARGET == HWY_AVX3
+  // The instruction that stores what it gathers is slow on some processors.
+  const hn::RebindToUnsigned<D> bits;
+  using V = hn::Vec<decltype(bits)>;
+  const V all = hn::BitCast(bits, hn::LoadU(tag, elements));
+  V gathered;
+  if constexpr (sizeof(hn::TFromD<D>) == 8 && sizeof(all.raw) == 64)
+    gathered = V{_mm512_maskz_compress_epi64(mask.raw, all.raw)};
+  else if constexpr (sizeof(hn::TFromD<D>) == 8 && sizeof(all.raw) == 32)
+    gathered = V{_mm256_maskz_compress_epi64(mask.raw, all.raw)};
+  else if constexpr (sizeof(hn::TFromD<D>) == 8)
+    gathered = V{_mm_maskz_compress_epi64(mask.raw, all.raw)};
+  else if constexpr (sizeof(all.raw) == 64)
+    gathered = V{_mm512_maskz_compress_epi32(mask.raw, all.raw)};
+  else if constexpr (sizeof(all.raw) == 32)
+    gathered = V{_mm256_maskz_compress_epi32(mask.raw, all.raw)};
+  else
+    gathered = V{_mm_maskz_compress_epi32(mask.raw, all.raw)};
+  hn::StoreU(hn::BitCast(tag, gathered), tag, out);
+  return hn::CountTrue(tag, mask);
+#else
+  static_assert(hn::MaxLanes(tag) <= 8, "a byte holds a bit a lane");
+  if (hn::AllFalse(tag, mask)) return 0;
+  std::uint8_t bits[8];
+  hn::StoreMaskBits(tag, mask, bits);
+  std::size_t gathered = 0;
+  for (std::size_t lane = 0; lane < hn::MaxLanes(tag); ++lane) {
+    out[gathered] = elements[lane];
+    gathered += (bits[0] >> lane) & 1;
+  }
+  return gathered;
 #endif
 }
 

@@ -73,6 +73,76 @@ HWY_INLINE void for_each_register(D tag, std::size_t count, const Step& step) {
   for_each_narrower(tag, first, count, step);
 }
 
+/// The same in no particular order: the four registers of a turn come from the four quarters of the elements, which
+/// keeps more loads from memory in flight.
+template <class D, class Step>
+HWY_INLINE void for_each_register_in_quarters(D tag, std::size_t count, const Step& step) {
+  constexpr std::size_t lanes = hn::MaxLanes(tag);
+  const std::size_t quarter = count / (4 * lanes) * lanes;
+  std::size_t first = 0;
+  for (; first < quarter; first += lanes) {
+    step(tag, first);
+    step(tag, first + quarter);
+    step(tag, first + 2 * quarter);
+    step(tag, first + 3 * quarter);
+  }
+  for (first += 3 * quarter; count - first >= lanes; first += lanes) step(tag, first);
+  for_each_narrower(tag, first, count, step);
+}
+
+// ---- Folds in no particular order
+
+/// Where the four accumulators of a fold read: next to each other, or each its own quarter of the elements.
+enum class Reading { together, in_quarters };
+
+/// Folds `folded` and the elements behind the last whole register into one number. Halves first, so a narrower register
+/// of elements joins where it fits.
+template <class Fold, class D>
+HWY_INLINE hn::TFromD<D> fold_lanes(D tag, hn::Vec<D> folded, const hn::TFromD<D>* elements, std::size_t count) {
+  if constexpr (hn::MaxLanes(tag) == 1) {
+    return hn::GetLane(folded);
+  } else {
+    const hn::Half<D> half;
+    constexpr std::size_t lanes = hn::MaxLanes(half);
+    // A single lane has no upper half: the name is found by its argument.
+    auto halves = Fold()(half, hn::LowerHalf(half, folded), UpperHalf(half, folded));
+    if ((count & lanes) != 0) {
+      halves = Fold()(half, halves, hn::LoadU(half, elements));
+      elements += lanes;
+    }
+    return fold_lanes<Fold>(half, halves, elements, count);
+  }
+}
+
+/// Folds the elements by `Fold()(tag, a, b)`, in any order; `start` may be folded in several times. Four accumulators
+/// take whole registers, two each a turn: with one, compilers add as many copies of registers as there are operations.
+template <class Fold, Reading reading, class T>
+HWY_INLINE T fold_freely(const T* elements, std::size_t count, T start) {
+  const hn::ScalableTag<T> tag;
+  using V = hn::Vec<decltype(tag)>;
+  constexpr std::size_t lanes = hn::MaxLanes(tag);
+  const std::size_t turns = count / (8 * lanes);
+  const std::size_t apart = reading == Reading::together ? 2 * lanes : turns * 2 * lanes;
+  const std::size_t step = reading == Reading::together ? 8 * lanes : 2 * lanes;
+  const Fold fold;
+  const auto with_two = [=](V folded, const T* from) HWY_ATTR {
+    return fold(tag, fold(tag, folded, hn::LoadU(tag, from)), hn::LoadU(tag, from + lanes));
+  };
+  V a = hn::Set(tag, start);
+  if (turns != 0) {
+    V b = a, c = a, d = a;
+    for (std::size_t turn = 0; turn < turns; ++turn) {
+      const T* const from = elements + turn * step;
+      a = with_two(a, from), b = with_two(b, from + apart);
+      c = with_two(c, from + 2 * apart), d = with_two(d, from + 3 * apart);
+    }
+    a = fold(tag, fold(tag, a, b), fold(tag, c, d));
+  }
+  std::size_t i = turns * 8 * lanes;
+  for (; i + lanes <= count; i += lanes) a = fold(tag, a, hn::LoadU(tag, elements + i));
+  return fold_lanes<Fold>(tag, a, elements + i, count - i);
+}
+
 // ---- Lanes of one type as lanes of another
 
 /// 32-bit numbers and 64-bit integers as doubles, rounded as a cast rounds. Doubles stay what they are.

@@ -14,6 +14,7 @@
 
 #include <xtensor/xexception.hpp>
 
+#include "kernels/folds.hpp"
 #include "linalg/result.hpp"
 
 namespace arrayfold {
@@ -70,9 +71,7 @@ ColumnMajor<T> square_by_columns(const xarray_of<T>& array) {
 /// True when there is neither NaN nor an infinity.
 template <class T>
 bool all_finite(const xarray_of<T>& array) {
-  bool finite = true;
-  for (const T x : array.storage()) finite &= std::abs(x) <= std::numeric_limits<T>::max();
-  return finite;
+  return all_finite(array.storage().data(), array.storage().size());
 }
 
 /// A new array of the kind in which results of `Kind` are stored, each element `value`.

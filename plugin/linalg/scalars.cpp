@@ -4,8 +4,10 @@
 // and by xtrace, whose result has two dimensions fewer than the operand.
 
 #include <cmath>
+#include <functional>
 
 #include "array/ordered_fold.hpp"
+#include "kernels/folds.hpp"
 #include "linalg/lu.hpp"
 
 namespace arrayfold {
@@ -14,9 +16,8 @@ namespace {
 /// The square root of the sum of squares. The squares are added in the order of a reduction.
 template <class T>
 T frobenius_norm(const xarray_of<T>& matrix) {
-  const auto add_square = [](double sum, T x) { return sum + static_cast<double>(x) * static_cast<double>(x); };
-  const auto add = [](double sum, double row) { return sum + row; };
-  return static_cast<T>(std::sqrt(ordered_fold(matrix, 0.0, add_square, add)));
+  const auto add_squares = folds<T>().sum_of_squares;
+  return static_cast<T>(std::sqrt(ordered_fold(matrix, 0.0, add_squares, std::plus<>{})));
 }
 
 /// A vector has the Euclidean norm, a matrix that of Frobenius. Throws std::runtime_error for other dimensions.

@@ -10,13 +10,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <limits>
 #include <optional>
 #include <type_traits>
 
 #include "array/scratch.hpp"
 #include "array/storage.hpp"
+#include "kernels/brackets.hpp"
 
 namespace arrayfold {
 
@@ -52,16 +52,9 @@ Middle<T> middle_of_copy(const T* elements, std::size_t count) {
 
 // ---- Long arrays
 
-/// Two elements between which the middle is expected.
-template <class T>
-struct Bracket {
-  T low;
-  T high;
-};
-
-/// The bracket by a sample of evenly strided elements: about three standard errors of the sample's middle on both
-/// sides. The sample's size makes the work on the sample about the same as the work inside the bracket. Nothing when
-/// there is a NaN in the sample.
+/// Two elements between which the middle is expected, by a sample of evenly strided elements: about three standard
+/// errors of the sample's middle on both sides. The sample's size makes the work on the sample about the same as the
+/// work inside the bracket. Nothing when there is a NaN in the sample.
 template <class T>
 std::optional<Bracket<T>> sampled_bracket(const T* elements, std::size_t count) {
   const double root = std::cbrt(static_cast<double>(count));
@@ -74,60 +67,6 @@ std::optional<Bracket<T>> sampled_bracket(const T* elements, std::size_t count) 
   return Bracket<T>{low, high};
 }
 
-/// The numbers of elements around the bracket.
-struct BracketCounts {
-  std::size_t below = 0;
-  std::size_t at_most_low = 0;
-  std::size_t inside = 0;  // strictly: these are gathered
-  std::size_t at_most_high = 0;
-  std::size_t nan = 0;
-};
-
-/// Copies the elements strictly inside the bracket to `gathered`, which has room for all. Returns their number.
-template <class T>
-std::size_t gather_inside(const T* elements, std::size_t count, const Bracket<T>& bracket, T* gathered) {
-  using Register = xsimd::batch<T>;
-  const Register low(bracket.low), high(bracket.high);
-  std::size_t inside = 0, i = 0;
-  const auto gather_to = [&](std::size_t end) {
-    for (; i < end; ++i) {
-      gathered[inside] = elements[i];
-      inside += (bracket.low < elements[i]) & (elements[i] < bracket.high);
-    }
-  };
-  // Most registers hold none.
-  while (i + Register::size <= count) {
-    const auto some = Register::load_unaligned(elements + i);
-    if (xsimd::any((low < some) & (some < high)))
-      gather_to(i + Register::size);
-    else
-      i += Register::size;
-  }
-  gather_to(count);
-  return inside;
-}
-
-/// Adds a block to the counts. `gathered` has room for all of it.
-template <class T>
-void count_block(const T* elements, std::size_t count, const Bracket<T>& bracket, BracketCounts& counts, T* gathered) {
-  counts.inside += gather_inside(elements, count, bracket, gathered);
-  using Count = std::conditional_t<sizeof(T) <= 4, std::int32_t, std::int64_t>;
-  const auto [low, high] = bracket;
-  Count below = 0, at_most_low = 0, at_most_high = 0, nan = 0;
-  for (std::size_t i = 0; i < count; ++i) {
-    below += elements[i] < low;
-    at_most_low += elements[i] <= low;
-    at_most_high += elements[i] <= high;
-    nan += elements[i] != elements[i];
-  }
-  counts.below += below, counts.at_most_low += at_most_low, counts.at_most_high += at_most_high, counts.nan += nan;
-}
-
-template <class T>
-bool has_negative_zero(const T* elements, std::size_t count) {
-  return std::any_of(elements, elements + count, [](T x) { return x == 0 && std::signbit(x); });
-}
-
 /// The middle by a bracket; nothing where the whole has to be partitioned.
 template <class T>
 std::optional<Middle<T>> middle_in_bracket(const T* elements, std::size_t count) {
@@ -138,12 +77,13 @@ std::optional<Middle<T>> middle_in_bracket(const T* elements, std::size_t count)
   const Scratch<T> gathered(room);
   T* const inside = gathered.data();
   BracketCounts counts;
+  const auto& loops = bracket_loops<T>();
   for (std::size_t first = 0; first < count; first += block) {
     if (room - counts.inside < block) return std::nullopt;
-    count_block(elements + first, std::min(block, count - first), *bracket, counts, inside + counts.inside);
+    loops.count(elements + first, std::min(block, count - first), *bracket, counts, inside + counts.inside);
   }
   const MiddleRanks ranks = middle_ranks(count);
-  if (counts.nan != 0 || ranks.low < counts.below || ranks.high >= counts.at_most_high) return std::nullopt;
+  if (counts.any_nan || ranks.low < counts.below || ranks.high >= counts.at_most_high) return std::nullopt;
 
   std::size_t unsorted = counts.inside;
   const auto at = [&](std::size_t rank) {

@@ -8,25 +8,25 @@
 #include <functional>
 
 #include "array/ordered_fold.hpp"
+#include "kernels/folds.hpp"
 
 namespace arrayfold {
 
 /// The sum in the element's own type, where integers wrap, divided by the count in doubles.
 template <class T>
 double mean_of(const xarray_of<T>& array) {
-  const T sum = ordered_fold(array, T{0}, std::plus<>{}, std::plus<>{});
+  const T sum = ordered_fold(array, T{0}, folds<T>().sum, std::plus<>{});
   return static_cast<double>(sum) / static_cast<double>(array.storage().size());
 }
 
 /// The mean of the squared distances from the mean, all in doubles: the variance of a whole population.
 template <class T>
 double variance_of(const xarray_of<T>& array) {
-  const double mean = mean_of(array);
-  const auto add_square = [mean](double sum, T x) {
-    const double distance = static_cast<double>(x) - mean;
-    return sum + distance * distance;
+  const auto add_squares = [fold = folds<T>().sum_of_squared_distances, mean = mean_of(array)](
+                               const T* elements, std::size_t rows, std::size_t length, double* sums) {
+    fold(elements, rows, length, mean, sums);
   };
-  return ordered_fold(array, 0.0, add_square, std::plus<>{}) / static_cast<double>(array.storage().size());
+  return ordered_fold(array, 0.0, add_squares, std::plus<>{}) / static_cast<double>(array.storage().size());
 }
 
 }  // namespace arrayfold

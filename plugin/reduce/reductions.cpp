@@ -1,33 +1,42 @@
 // reduce/reductions.cpp: xsum, xprod, xamin, xamax, xmean
 //
 // Each folds a whole array, of any shape, into one host number of the element's type; xmean gives a double for all
-// kinds. Integers wrap in their width.
+// kinds. Integers wrap in their width. Sums and extremes are scans of the storage, block by block; in the elements
+// behind the last whole block the scan moves by the stride of the last axis.
+// required: where the last extent is 1 that stride is 0: element 0 is then folded in once for each of them.
 
 #include <functional>
 #include <limits>
 
-#include "reduce/block_scan.hpp"
+#include "array/ordered_fold.hpp"
+#include "array/rows.hpp"
+#include "kernels/extremes.hpp"
+#include "kernels/folds.hpp"
 #include "reduce/moments.hpp"
 #include "reduce/reduction.hpp"
 
 namespace arrayfold {
 namespace {
 
-// required: the sum of 32-bit floating-point numbers is kept in 64 bits, its blocks in 32; every other fold keeps the
-// element's type.
 constexpr auto sum = [](const auto& array) {
   using T = typename std::decay_t<decltype(array)>::value_type;
-  return block_sum<std::conditional_t<std::is_same_v<T, float>, double, T>>(array);
+  return folds<T>().sum_by_blocks(array.storage().data(), array.storage().size(), last_stride(array));
 };
 
 constexpr auto product = [](const auto& array) {
   using T = typename std::decay_t<decltype(array)>::value_type;
-  return ordered_fold(array, T{1}, std::multiplies<>{}, std::multiplies<>{});
+  return ordered_fold(array, T{1}, folds<T>().product, std::multiplies<>{});
 };
+
+/// The extreme of `start` and the elements.
+template <class T>
+T extreme_of(const xarray_of<T>& array, const Extreme<T>& extreme, T start) {
+  return extreme.by_blocks(array.storage().data(), array.storage().size(), last_stride(array), start);
+}
 
 constexpr auto minimum = [](const auto& array) {
   using T = typename std::decay_t<decltype(array)>::value_type;
-  return block_extreme(array, std::numeric_limits<T>::max(), Smaller{});
+  return extreme_of(array, extremes<T>().smallest, std::numeric_limits<T>::max());
 };
 
 // required: for floating-point numbers the scan starts from their smallest positive normal number. When no element is
@@ -38,7 +47,7 @@ constexpr auto maximum = [](const auto& array) {
   if constexpr (std::is_same_v<T, std::int64_t>)
     return minimum(array);
   else
-    return block_extreme(array, std::numeric_limits<T>::min(), Larger{});
+    return extreme_of(array, extremes<T>().largest, std::numeric_limits<T>::min());
 };
 
 constexpr auto mean = [](const auto& array) { return mean_of(array); };

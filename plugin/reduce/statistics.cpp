@@ -3,9 +3,9 @@
 // Each folds a whole array into one host number: a double, but for the median, which keeps the element's type, and the
 // count, which is a 64-bit integer.
 
-#include <algorithm>
 #include <cmath>
 
+#include "kernels/folds.hpp"
 #include "reduce/median.hpp"
 #include "reduce/moments.hpp"
 #include "reduce/reduction.hpp"
@@ -26,29 +26,16 @@ constexpr auto trapezoidal_integral = [](const auto& array) {
   const auto& elements = array.storage();
   if (array.dimension() == 0 || elements.empty()) return 0.0;
   check_extents(array);
-  double integral = 0.0;
-  for (std::size_t i = 1; i < array.shape().back(); ++i) {
-    const auto ends = static_cast<T>(elements[i] + elements[i - 1]);
-    integral += static_cast<double>(ends) * 0.5;
-  }
-  return integral;
+  return folds<T>().trapezoids(elements.data(), array.shape().back());
 };
 
 /// How many elements differ from 0: NaN does, a negative zero does not.
 constexpr auto nonzero_count = [](const auto& array) {
   using T = typename std::decay_t<decltype(array)>::value_type;
-  // Counts as wide as the elements need no conversion in registers; a block is short enough for any of them.
-  using Count = std::conditional_t<sizeof(T) <= 4, std::int32_t, std::int64_t>;
-  constexpr std::size_t block = std::size_t{1} << 16;
-  const auto count_nonzero = [](Count found, T x) { return found + (x != 0); };
   const auto& elements = array.storage();
   if (!elements.empty()) check_extents(array);
-  std::int64_t found = 0;
-  for (std::size_t first = 0; first < elements.size(); first += block) {
-    const std::size_t count = std::min(block, elements.size() - first);
-    found += fold_freely(elements.data() + first, count, Count{0}, count_nonzero, std::plus<>{});
-  }
-  return found;
+  const std::size_t zeros = folds<T>().count_of_zeros(elements.data(), elements.size());
+  return static_cast<std::int64_t>(elements.size() - zeros);
 };
 
 }  // namespace
