@@ -64,7 +64,9 @@ const T* find(const T* elements, std::size_t count, T value) {
     const std::intptr_t lane = hn::FindFirstTrue(tag, at(i));
     if (lane >= 0) return elements + i + lane;
   }
-  return std::find(elements + i, elements + count, value);
+  // A loop of this target: the library's would be compiled for the baseline.
+  while (!(elements[i] == value)) ++i;
+  return elements + i;
 }
 
 /// Chunk by chunk; a chunk is searched only when something in it beats all before.
