@@ -44,9 +44,6 @@ target_compile_options(arrayfold_flags INTERFACE "-DXTENSOR_DEFAULT_ALLOCATOR(T)
 target_link_libraries(arrayfold_flags INTERFACE arithmetic_flags)
 target_compile_options(arrayfold_flags INTERFACE
   -fno-builtin-erf -fno-builtin-lgamma)  # these two are the host's
-if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
-  target_compile_options(arrayfold_flags INTERFACE -mavx2)
-endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(arrayfold_flags INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
 endif()

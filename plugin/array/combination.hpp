@@ -4,6 +4,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <memory>
 
 #include "array/broadcast.hpp"
@@ -11,6 +12,25 @@
 #include "kernels/arithmetic.hpp"
 
 namespace arrayfold {
+
+/// Combines rows: `loop` takes the elements of one.
+template <class T, class R>
+void combine_rows(void (*loop)(const T*, const T*, R*, std::size_t), const T* left, const T* right,
+                  const BroadcastRows rows, R* out) {
+  // Long rows are cut where a line of the cache begins: of registers as wide as a line, each would otherwise cross into
+  // the next.
+  constexpr std::size_t line = 64;
+  const bool are_long = rows.length * sizeof(R) >= 16 * line;
+  for (std::size_t row = 0; row < rows.count; ++row) {
+    std::size_t head = 0;
+    if (are_long) {
+      head = (0 - reinterpret_cast<std::uintptr_t>(out)) % line / sizeof(R);
+      loop(left, right, out, head);
+    }
+    loop(left + head * rows.left_step, right + head * rows.right_step, out + head, rows.length - head);
+    left += rows.left_stride, right += rows.right_stride, out += rows.length;
+  }
+}
 
 /// A new array of the operation's result for each element of the broadcast shape. Throws std::bad_alloc when the
 /// product of an operand's extents is not the number of its elements, and xt::broadcast_error when the shapes do not
@@ -35,9 +55,8 @@ std::unique_ptr<ArrayOf<ResultKind>> combined(const xarray_of<T>& left, const xa
     const auto loop = rows.left_step == rows.right_step ? operation.both_advance
                       : rows.left_step != 0             ? operation.left_advances
                                                         : operation.right_advances;
-    for (std::size_t row = 0; row < rows.count; ++row, out += rows.length)
-      loop(left_elements + rows.left + row * rows.left_stride, right_elements + rows.right + row * rows.right_stride,
-           out, rows.length);
+    combine_rows(loop, left_elements + rows.left, right_elements + rows.right, rows, out);
+    out += rows.count * rows.length;
   });
   return made;
 }

@@ -99,10 +99,12 @@ struct Advancing {
   }
 };
 
-/// An operand that repeats one element.
+/// An operand that repeats its first element.
 template <class T>
 struct Repeating {
   T element;
+
+  explicit Repeating(const T* first) : element(*first) {}
 
   template <class D>
   HWY_INLINE hn::Vec<D> operator()(D tag, std::size_t) const {
@@ -119,30 +121,17 @@ HWY_INLINE void store_result(D tag, hn::Vec<D> lanes, R* out) {
   store(tag, lanes, out);
 }
 
-template <class Apply, class T, class R, class Left, class Right>
-HWY_INLINE void combine(Left left, Right right, R* out, std::size_t count) {
-  for_each_register(TagFor<T, R>(), count, [=](auto tag, std::size_t i) HWY_ATTR {
-    store_result(tag, Apply()(tag, left(tag, i), right(tag, i)), out + i);
+template <class Apply, class Left, class Right, class T, class R>
+void combine(const T* left, const T* right, R* out, std::size_t count) {
+  for_each_register(TagFor<T, R>(), count, [a = Left{left}, b = Right{right}, out](auto tag, std::size_t i) HWY_ATTR {
+    store_result(tag, Apply()(tag, a(tag, i), b(tag, i)), out + i);
   });
 }
 
-/// The loops of an operation that is one of registers.
 template <class Apply, class T, class R>
-struct Loops {
-  static void both_advance(const T* left, const T* right, R* out, std::size_t count) {
-    combine<Apply, T>(Advancing<T>{left}, Advancing<T>{right}, out, count);
-  }
-  static void left_advances(const T* left, const T* right, R* out, std::size_t count) {
-    combine<Apply, T>(Advancing<T>{left}, Repeating<T>{*right}, out, count);
-  }
-  static void right_advances(const T* left, const T* right, R* out, std::size_t count) {
-    combine<Apply, T>(Repeating<T>{*left}, Advancing<T>{right}, out, count);
-  }
-};
-
-template <class Apply, class T, class R>
-constexpr Operation<T, R> operation{&Loops<Apply, T, R>::both_advance, &Loops<Apply, T, R>::left_advances,
-                                    &Loops<Apply, T, R>::right_advances};
+constexpr Operation<T, R> operation{&combine<Apply, Advancing<T>, Advancing<T>, T, R>,
+                                    &combine<Apply, Advancing<T>, Repeating<T>, T, R>,
+                                    &combine<Apply, Repeating<T>, Advancing<T>, T, R>};
 
 template <class T>
 constexpr Arithmetic<T> arithmetic_of() {
