@@ -8,6 +8,7 @@
 #include <type_traits>
 
 #include <hwy/contrib/sort/vqsort.h>
+#include <hwy/targets.h>
 
 #include "array/scratch.hpp"
 #include "kernels/conversion.hpp"
@@ -19,9 +20,17 @@ namespace {
 // For fewer elements the fixed cost of the vectorised sort exceeds its gain.
 constexpr std::size_t minimum_for_vectors = 256;
 
-void sort_by_vectors(std::int64_t* elements, std::size_t count) {
-  hwy::Sorter()(elements, count, hwy::SortAscending());
+/// Sorts integers of 64 or 128 bits, of which equal ones have the same bits. Highway's sort needs vector instructions:
+/// without them its sort of 128 bits ends the process.
+template <class Number>
+void sort_numbers(Number* numbers, std::size_t count) {
+  if ((hwy::SupportedTargets() & ~(HWY_SCALAR | HWY_EMU128)) != 0)
+    hwy::Sorter()(numbers, count, hwy::SortAscending());
+  else
+    std::sort(numbers, numbers + count);
 }
+
+void sort_by_vectors(std::int64_t* elements, std::size_t count) { sort_numbers(elements, count); }
 
 // Doubles are sorted in place as integers. The vectorised sort for doubles itself loses elements beside an infinity.
 void sort_by_vectors(double* elements, std::size_t count) {
@@ -86,7 +95,7 @@ bool positions_by_short_numbers(const T* elements, std::size_t count, std::int32
 
   const Scratch<std::uint64_t> numbers(count);
   keys.pack(elements, count, packing, numbers.data());
-  hwy::Sorter()(numbers.data(), count, hwy::SortAscending());
+  sort_numbers(numbers.data(), count);
   const auto alike = [&](std::uint64_t a, std::uint64_t b) { return (a ^ b) >> position_width == 0; };
   const auto before = [&](std::uint64_t a, std::uint64_t b) {
     const T x = elements[packing.position_in(a)], y = elements[packing.position_in(b)];
@@ -102,7 +111,7 @@ template <class T>
 void positions_by_long_numbers(const T* elements, std::size_t count, std::int32_t* positions) {
   const Scratch<hwy::uint128_t> numbers(count);
   sort_keys<T>().pack_whole(elements, count, numbers.data());
-  hwy::Sorter()(numbers.data(), count, hwy::SortAscending());
+  sort_numbers(numbers.data(), count);
   for (std::size_t i = 0; i < count; ++i) positions[i] = static_cast<std::int32_t>(numbers[i].lo);
 }
 
