@@ -105,7 +105,7 @@ def main():
         failures = [failure for failure in pool.map(failure_of, files) if failure]
     print("\n".join(failures), end="")
     print(f"{len(files)} files checked, {len(failures)} do not compile alone")
-    return 1 if failures or len(files) < 30 else 0
+    return 1 if failures or len(files) < 20 else 0
 
 
 if __name__ == "__main__":

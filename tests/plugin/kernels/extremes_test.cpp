@@ -75,7 +75,7 @@ void expect_first_of_every_length() {
       }
 }
 
-TEST(Extremes, OfEveryLength_AreFirstFoundWhereALoopFindsThem) {
+TEST(ExtremeLoops, OfEveryLength_AreFirstFoundWhereALoopFindsThem) {
   on_each_target([] {
     expect_first_of_every_length<double>();
     expect_first_of_every_length<float>();
@@ -84,7 +84,7 @@ TEST(Extremes, OfEveryLength_AreFirstFoundWhereALoopFindsThem) {
   });
 }
 
-TEST(Extremes, AtEachPlace_AreFound) {
+TEST(ExtremeLoops, AtEachPlace_AreFound) {
   on_each_target([] {
     for (const std::size_t length : {5u, 33u, 70u, 2100u})
       for (std::size_t place = 0; place<length; place += length> 100 ? 13 : 1)
@@ -119,7 +119,7 @@ void expect_values_of_every_length() {
     for (const auto& x : fillings<T>(length)) expect_values(x);
 }
 
-TEST(Extremes, OfEveryLength_AreThoseOfAScanInBlocks) {
+TEST(ExtremeLoops, OfEveryLength_AreThoseOfAScanInBlocks) {
   on_each_target([] {
     expect_values_of_every_length<double>();
     expect_values_of_every_length<float>();
@@ -128,7 +128,7 @@ TEST(Extremes, OfEveryLength_AreThoseOfAScanInBlocks) {
   });
 }
 
-TEST(Extremes, OfIntegersBeyondTheCache_AreFound) {
+TEST(ExtremeLoops, OfIntegersBeyondTheCache_AreFound) {
   on_each_target([] {
     for (const std::size_t length : {200'000u, 200'003u}) {
       std::vector<std::int32_t> x(length, 7);
