@@ -14,7 +14,9 @@ namespace HWY_NAMESPACE {
 
 template <class T>
 void subtract_neighbours(const T* rows, T* out, std::size_t length, std::size_t count) {
-  const hn::ScalableTag<T> whole;
+  // Of the two operands one begins beside a line of the cache, and in most rows the result does, too. Registers of half
+  // a line cross into the next half as often.
+  const hn::CappedTag<T, 32 / sizeof(T)> whole;
   constexpr std::size_t lanes = hn::MaxLanes(whole);
   const std::size_t width = length - 1;
   const auto subtract = [&](auto tag, std::size_t i) HWY_ATTR {

@@ -25,6 +25,9 @@ inline std::size_t target_index() {
   return target->GetIndex();
 }
 
+/// False where the loops are those of the scalar target.
+inline bool has_vectors() { return target_index() != HWY_MAX_DYNAMIC_TARGETS + 1; }
+
 }  // namespace arrayfold
 
 /// Defines a table of what each target's namespace calls NAME, a function or a constant. The order is Highway's; the

@@ -8,10 +8,10 @@
 #include <type_traits>
 
 #include <hwy/contrib/sort/vqsort.h>
-#include <hwy/targets.h>
 
 #include "array/scratch.hpp"
 #include "kernels/conversion.hpp"
+#include "kernels/dispatch.hpp"
 #include "kernels/sort_keys.hpp"
 
 namespace arrayfold {
@@ -24,7 +24,7 @@ constexpr std::size_t minimum_for_vectors = 256;
 /// without them its sort of 128 bits ends the process.
 template <class Number>
 void sort_numbers(Number* numbers, std::size_t count) {
-  if ((hwy::SupportedTargets() & ~(HWY_SCALAR | HWY_EMU128)) != 0)
+  if (has_vectors())
     hwy::Sorter()(numbers, count, hwy::SortAscending());
   else
     std::sort(numbers, numbers + count);
