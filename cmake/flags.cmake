@@ -28,6 +28,9 @@ add_library(arithmetic_flags INTERFACE)
 target_compile_options(arithmetic_flags INTERFACE
   -ffp-contract=off  # fixed orders and roundings are part of what the module promises
   -fwrapv)           # integers wrap
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  target_compile_options(arithmetic_flags INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
+endif()
 
 find_package(hwy CONFIG REQUIRED)
 find_package(xtensor REQUIRED)
@@ -44,9 +47,6 @@ target_compile_options(arrayfold_flags INTERFACE "-DXTENSOR_DEFAULT_ALLOCATOR(T)
 target_link_libraries(arrayfold_flags INTERFACE arithmetic_flags)
 target_compile_options(arrayfold_flags INTERFACE
   -fno-builtin-erf -fno-builtin-lgamma)  # these two are the host's
-if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  target_compile_options(arrayfold_flags INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
-endif()
 
 # BLAS and LAPACK: OpenBLAS, or any other pair that FindLAPACK knows by its vendor's name (Generic: the reference
 # libraries). Both come from one vendor.

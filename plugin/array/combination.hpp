@@ -4,7 +4,6 @@
 
 #pragma once
 
-#include <cstdint>
 #include <memory>
 
 #include "array/broadcast.hpp"
@@ -24,7 +23,10 @@ void combine_rows(void (*loop)(const T*, const T*, R*, std::size_t), const T* le
   for (std::size_t row = 0; row < rows.count; ++row) {
     std::size_t head = 0;
     if (are_long) {
-      head = (0 - reinterpret_cast<std::uintptr_t>(out)) % line / sizeof(R);
+      void* next_line = out;
+      std::size_t space = rows.length * sizeof(R);
+      std::align(line, 1, next_line, space);
+      head = rows.length - space / sizeof(R);
       loop(left, right, out, head);
     }
     loop(left + head * rows.left_step, right + head * rows.right_step, out + head, rows.length - head);

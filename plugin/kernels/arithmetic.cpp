@@ -43,14 +43,14 @@ struct Quotient {
 };
 struct Minimum {
   template <class D, class V>
-  HWY_INLINE V operator()(D, V a, V b) const {
-    return hn::IfThenElse(hn::Lt(a, b), a, b);
+  HWY_INLINE V operator()(D tag, V a, V b) const {
+    return first_if_less(tag, a, b);
   }
 };
 struct Maximum {
   template <class D, class V>
-  HWY_INLINE V operator()(D, V a, V b) const {
-    return hn::IfThenElse(hn::Lt(b, a), a, b);
+  HWY_INLINE V operator()(D tag, V a, V b) const {
+    return first_if_greater(tag, a, b);
   }
 };
 
@@ -133,6 +133,30 @@ constexpr Operation<T, R> operation{&combine<Apply, Advancing<T>, Advancing<T>, 
                                     &combine<Apply, Advancing<T>, Repeating<T>, T, R>,
                                     &combine<Apply, Repeating<T>, Advancing<T>, T, R>};
 
+// ---- Equality
+
+/// Blocks are compared without a branch; the test ends with the first that differs.
+template <class T>
+bool equal_throughout(const T* left, const T* right, std::size_t count) {
+  const hn::ScalableTag<T> tag;
+  constexpr std::size_t lanes = hn::MaxLanes(tag), block = 4 * lanes;
+  const auto equal_at = [=](std::size_t i)
+                            HWY_ATTR { return hn::Eq(hn::LoadU(tag, left + i), hn::LoadU(tag, right + i)); };
+  std::size_t i = 0;
+  for (; i + block <= count; i += block) {
+    const auto equal =
+        hn::And(hn::And(equal_at(i), equal_at(i + lanes)), hn::And(equal_at(i + 2 * lanes), equal_at(i + 3 * lanes)));
+    if (!hn::AllTrue(tag, equal)) return false;
+  }
+  for (; i + lanes <= count; i += lanes)
+    if (!hn::AllTrue(tag, equal_at(i))) return false;
+  for (; i < count; ++i)
+    if (!(left[i] == right[i])) return false;
+  return true;
+}
+
+// ---- The tables
+
 template <class T>
 constexpr Arithmetic<T> arithmetic_of() {
   Arithmetic<T> all{};
@@ -151,38 +175,12 @@ constexpr Arithmetic<T> arithmetic_of() {
   all.greater = operation<Greater, T, bool>;
   all.minimum = operation<Minimum, T, double>;
   all.maximum = operation<Maximum, T, double>;
+  all.are_equal = &equal_throughout<T>;
   return all;
 }
 
 constexpr ForElementTypes<Arithmetic> all_arithmetic(arithmetic_of<double>(), arithmetic_of<float>(),
                                                      arithmetic_of<std::int32_t>(), arithmetic_of<std::int64_t>());
-
-// ---- Equality
-
-/// Blocks are compared without a branch; the test ends with the first that differs.
-template <class T>
-bool equal_throughout(const T* left, const T* right, std::size_t count) {
-  const hn::ScalableTag<T> tag;
-  constexpr std::size_t lanes = hn::MaxLanes(tag), block = 4 * lanes;
-  const auto equal_at = [=](std::size_t i)
-                            HWY_ATTR { return hn::Eq(hn::LoadU(tag, left + i), hn::LoadU(tag, right + i)); };
-  std::size_t i = 0;
-  for (; i + block <= count; i += block) {
-    const auto equal =
-        hn::And(hn::And(equal_at(i), equal_at(i + lanes)), hn::And(equal_at(i + 2 * lanes), equal_at(i + 3 * lanes)));
-    if (!hn::AllTrue(tag, equal)) return false;
-  }
-  for (; i < count; ++i)
-    if (!(left[i] == right[i])) return false;
-  return true;
-}
-
-bool equal_doubles(const double* left, const double* right, std::size_t count) {
-  return equal_throughout(left, right, count);
-}
-bool equal_floats(const float* left, const float* right, std::size_t count) {
-  return equal_throughout(left, right, count);
-}
 
 }  // namespace HWY_NAMESPACE
 }  // namespace arrayfold
@@ -191,16 +189,7 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace arrayfold {
 
-ARRAYFOLD_EXPORT(arithmetic_by_target, all_arithmetic);
-ARRAYFOLD_EXPORT(equal_doubles_by_target, equal_doubles);
-ARRAYFOLD_EXPORT(equal_floats_by_target, equal_floats);
-
-bool all_equal(const double* left, const double* right, std::size_t count) {
-  return equal_doubles_by_target[target_index()](left, right, count);
-}
-bool all_equal(const float* left, const float* right, std::size_t count) {
-  return equal_floats_by_target[target_index()](left, right, count);
-}
+const ForElementTypes<Arithmetic>* const arithmetic_by_target[] = ARRAYFOLD_LOOPS(all_arithmetic);
 
 }  // namespace arrayfold
 #endif

@@ -14,8 +14,8 @@
 namespace arrayfold {
 
 /// One operation on elements of T with results of R: out[i] = left[i] op right[i], where an operand advances with the
-/// result or repeats its first element. The results may be stored over an operand, each over its own element; otherwise
-/// they overlap none.
+/// result or repeats its first element, which is read for no results, too. The results may be stored over an operand,
+/// each over its own element; otherwise they overlap none.
 template <class T, class R>
 struct Operation {
   using Loop = void (*)(const T* left, const T* right, R* out, std::size_t count);
@@ -32,6 +32,8 @@ struct Arithmetic {
   Operation<T, bool> less_equal, greater_equal, less, greater;
   /// The smaller and the larger element: the right one where the comparison fails, as with NaN or two zeros.
   Operation<T, double> minimum, maximum;
+  /// Whether two runs of elements are equal: NaN equals nothing, zeros of both signs are equal.
+  bool (*are_equal)(const T* left, const T* right, std::size_t count);
 };
 
 /// The operations on double, float, std::int32_t and std::int64_t for each target.
@@ -42,9 +44,5 @@ template <class T>
 const Arithmetic<T>& arithmetic() {
   return arithmetic_by_target[target_index()]->of<T>();
 }
-
-/// Whether two runs of elements are equal: NaN equals nothing, zeros of both signs are equal.
-bool all_equal(const double* left, const double* right, std::size_t count);
-bool all_equal(const float* left, const float* right, std::size_t count);
 
 }  // namespace arrayfold

@@ -36,8 +36,8 @@ void find_bins(const T* elements, std::size_t size, const EqualBins& bins, doubl
 }
 
 template <class T>
-HWY_INLINE void count_in_blocks(const T* elements, std::size_t size, const EqualBins& bins, std::int64_t times,
-                                std::int64_t* counts) {
+void count_in_blocks(const T* elements, std::size_t size, const EqualBins& bins, std::int64_t times,
+                     std::int64_t* counts) {
   constexpr std::size_t block = 256;
   double found[block];
   for (std::size_t i = 0; i < size; i += block) {
@@ -45,15 +45,6 @@ HWY_INLINE void count_in_blocks(const T* elements, std::size_t size, const Equal
     find_bins(elements + i, together, bins, found);
     for (std::size_t j = 0; j < together; ++j) counts[static_cast<std::int64_t>(found[j])] += times;
   }
-}
-
-void count_doubles(const double* elements, std::size_t size, const EqualBins& bins, std::int64_t times,
-                   std::int64_t* counts) {
-  count_in_blocks(elements, size, bins, times, counts);
-}
-void count_floats(const float* elements, std::size_t size, const EqualBins& bins, std::int64_t times,
-                  std::int64_t* counts) {
-  count_in_blocks(elements, size, bins, times, counts);
 }
 
 // ---- Places among edges
@@ -100,8 +91,8 @@ void place_by_search(const T* elements, std::size_t size, const Edge* edges, std
   std::int64_t first[block];
   for (std::size_t start = 0; start < size; start += block) {
     const std::size_t together = std::min(block, size - start);
-    std::copy_n(elements + start, together, x);
-    std::fill_n(first, block, 0);
+    for (std::size_t j = 0; j < together; ++j) x[j] = elements[start + j];
+    for (std::int64_t& place : first) place = 0;
     const auto step = [&](std::size_t probe, std::size_t passed) HWY_ATTR {
       for (std::size_t j = 0; j < together; j += lanes) {
         const auto is_less = hn::Lt(hn::LoadU(tag, x + j), edges_at<Common>(tag, edges + probe, first + j));
@@ -112,7 +103,7 @@ void place_by_search(const T* elements, std::size_t size, const Edge* edges, std
     };
     for (std::size_t left = count; left > 1; left -= left / 2) step(left / 2 - 1, left / 2);
     step(0, 1);
-    std::copy_n(first, together, places + start);
+    for (std::size_t j = 0; j < together; ++j) places[start + j] = static_cast<double>(first[j]);
   }
 }
 
@@ -138,9 +129,11 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace arrayfold {
 
-ARRAYFOLD_EXPORT(count_doubles_by_target, count_doubles);
-ARRAYFOLD_EXPORT(count_floats_by_target, count_floats);
-ARRAYFOLD_EXPORT(placings_by_target, all_placings);
+constexpr decltype(&HWY_STATIC_DISPATCH(count_in_blocks<double>)) count_doubles_by_target[] =
+    ARRAYFOLD_LOOPS(count_in_blocks<double>);
+constexpr decltype(&HWY_STATIC_DISPATCH(count_in_blocks<float>)) count_floats_by_target[] =
+    ARRAYFOLD_LOOPS(count_in_blocks<float>);
+const ForElementTypes<Placings>* const placings_by_target[] = ARRAYFOLD_LOOPS(all_placings);
 
 void count_by_bin(const double* elements, std::size_t size, const EqualBins& bins, std::int64_t times,
                   std::int64_t* counts) {

@@ -38,14 +38,6 @@ void count_around(const T* elements, std::size_t count, const Bracket<T>& bracke
   counts.at_most_high += found.at_most_high, counts.any_nan |= found.any_nan;
 }
 
-template <class T>
-constexpr BracketLoops<T> loops_of() {
-  return {&count_around<T>};
-}
-
-constexpr ForElementTypes<BracketLoops> all_bracket_loops(loops_of<double>(), loops_of<float>(),
-                                                          loops_of<std::int32_t>(), loops_of<std::int64_t>());
-
 /// Only a negative zero has the bits of a sign alone.
 template <class T>
 bool any_negative_zero(const T* elements, std::size_t count) {
@@ -58,12 +50,15 @@ bool any_negative_zero(const T* elements, std::size_t count) {
   return found;
 }
 
-bool any_negative_zero_of_doubles(const double* elements, std::size_t count) {
-  return any_negative_zero(elements, count);
+template <class T>
+constexpr BracketLoops<T> brackets_of() {
+  BracketLoops<T> all{&count_around<T>, nullptr};
+  if constexpr (std::is_floating_point_v<T>) all.any_negative_zero = &any_negative_zero<T>;
+  return all;
 }
-bool any_negative_zero_of_floats(const float* elements, std::size_t count) {
-  return any_negative_zero(elements, count);
-}
+
+constexpr ForElementTypes<BracketLoops> all_bracket_loops(brackets_of<double>(), brackets_of<float>(),
+                                                          brackets_of<std::int32_t>(), brackets_of<std::int64_t>());
 
 }  // namespace HWY_NAMESPACE
 }  // namespace arrayfold
@@ -72,16 +67,7 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace arrayfold {
 
-ARRAYFOLD_EXPORT(bracket_loops_by_target, all_bracket_loops);
-ARRAYFOLD_EXPORT(any_negative_zero_of_doubles_by_target, any_negative_zero_of_doubles);
-ARRAYFOLD_EXPORT(any_negative_zero_of_floats_by_target, any_negative_zero_of_floats);
-
-bool has_negative_zero(const double* elements, std::size_t count) {
-  return any_negative_zero_of_doubles_by_target[target_index()](elements, count);
-}
-bool has_negative_zero(const float* elements, std::size_t count) {
-  return any_negative_zero_of_floats_by_target[target_index()](elements, count);
-}
+const ForElementTypes<BracketLoops>* const bracket_loops_by_target[] = ARRAYFOLD_LOOPS(all_bracket_loops);
 
 }  // namespace arrayfold
 #endif

@@ -33,6 +33,8 @@ struct BracketLoops {
   /// Adds elements to the counts. Those strictly inside the bracket are copied in their order to `gathered`, which has
   /// room for all of them and is undefined behind those copied.
   void (*count)(const T* elements, std::size_t count, const Bracket<T>& bracket, BracketCounts& counts, T* gathered);
+  /// Whether there is a zero with a sign. Null for integers.
+  bool (*any_negative_zero)(const T* elements, std::size_t count);
 };
 
 /// The loops for double, float, std::int32_t and std::int64_t for each target.
@@ -43,9 +45,5 @@ template <class T>
 const BracketLoops<T>& bracket_loops() {
   return bracket_loops_by_target[target_index()]->of<T>();
 }
-
-/// Whether there is a zero with a sign.
-bool has_negative_zero(const double* elements, std::size_t count);
-bool has_negative_zero(const float* elements, std::size_t count);
 
 }  // namespace arrayfold

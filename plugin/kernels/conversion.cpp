@@ -45,7 +45,7 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace arrayfold {
 
-ARRAYFOLD_EXPORT(conversions_by_target, all_conversions);
+const ForElementTypes<Conversions>* const conversions_by_target[] = ARRAYFOLD_LOOPS(all_conversions);
 
 }  // namespace arrayfold
 #endif

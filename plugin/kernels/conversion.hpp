@@ -25,8 +25,8 @@ constexpr Integer truncated(double x) {
 }
 
 /// Loops that convert `count` numbers, which do not overlap: to double as a cast does, from floating-point numbers to
-/// integers as `truncated` does, and from 64-bit to 32-bit integers by their lower half. Nothing needs the others,
-/// which are null.
+/// integers as `truncated` does, and from 64-bit to 32-bit integers by their lower half. The other pointers
+/// are null.
 template <class From>
 struct Conversions {
   template <class To>

@@ -14,8 +14,8 @@ namespace HWY_NAMESPACE {
 
 template <class T>
 void subtract_neighbours(const T* rows, T* out, std::size_t length, std::size_t count) {
-  // Of the two operands one begins beside a line of the cache, and in most rows the result does, too. Registers of half
-  // a line cross into the next half as often.
+  // The two operands are one element apart, so at most one of them begins with a line of the cache. A register of half
+  // a line crosses into the next line half as often.
   const hn::CappedTag<T, 32 / sizeof(T)> whole;
   constexpr std::size_t lanes = hn::MaxLanes(whole);
   const std::size_t width = length - 1;
@@ -42,7 +42,7 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace arrayfold {
 
-ARRAYFOLD_EXPORT(differences_by_target, all_differences);
+const ForElementTypes<Differences>* const differences_by_target[] = ARRAYFOLD_LOOPS(all_differences);
 
 }  // namespace arrayfold
 #endif

@@ -18,20 +18,19 @@ extern std::atomic<hwy::ChosenTarget*> kept_target;
 /// Asks Highway which targets the processor supports.
 hwy::ChosenTarget& choose_target();
 
-/// The position of the target in the tables that ARRAYFOLD_EXPORT defines.
+/// The position of the target in the tables that ARRAYFOLD_LOOPS fills.
 inline std::size_t target_index() {
   hwy::ChosenTarget* target = kept_target.load(std::memory_order_relaxed);
   if (target == nullptr) target = &choose_target();
   return target->GetIndex();
 }
 
-/// False where the loops are those of the scalar target.
+/// False where Highway's own library finds no vector instructions; its sort needs them.
 inline bool has_vectors() { return target_index() != HWY_MAX_DYNAMIC_TARGETS + 1; }
 
 }  // namespace arrayfold
 
-/// Defines a table of what each target's namespace calls NAME, a function or a constant. The order is Highway's; the
-/// first place would be that of a target not yet chosen.
-#define ARRAYFOLD_EXPORT(TABLE, NAME)  \
-  decltype(&HWY_STATIC_DISPATCH(NAME)) \
-      const TABLE[] = {nullptr, HWY_CHOOSE_TARGET_LIST(NAME), HWY_CHOOSE_FALLBACK(NAME)}
+/// The entries of a table: what each target's namespace calls NAME, a function or a constant. The order is Highway's;
+/// the first place would be that of a target not yet chosen.
+#define ARRAYFOLD_LOOPS(NAME) \
+  { nullptr, HWY_CHOOSE_TARGET_LIST(NAME), HWY_CHOOSE_FALLBACK(NAME) }

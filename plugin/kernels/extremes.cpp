@@ -154,7 +154,7 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace arrayfold {
 
-ARRAYFOLD_EXPORT(extremes_by_target, all_extremes);
+const ForElementTypes<Extremes>* const extremes_by_target[] = ARRAYFOLD_LOOPS(all_extremes);
 
 }  // namespace arrayfold
 #endif

@@ -182,20 +182,6 @@ std::size_t count_of_zeros(const T* elements, std::size_t count) {
   return found;
 }
 
-template <class T>
-constexpr Folds<T> folds_of() {
-  return {&fold_each_row<Adding, 0, T>,
-          &fold_each_row<Multiplying, 1, T>,
-          &sum_of_squares<T>,
-          &sum_of_squared_distances<T>,
-          &sum_by_blocks<T>,
-          &trapezoids<T>,
-          &count_of_zeros<T>};
-}
-
-constexpr ForElementTypes<Folds> all_folds(folds_of<double>(), folds_of<float>(), folds_of<std::int32_t>(),
-                                           folds_of<std::int64_t>());
-
 /// Without a branch on an element: an operand is rarely anything but finite.
 template <class T>
 bool finite_throughout(const T* elements, std::size_t count) {
@@ -207,8 +193,22 @@ bool finite_throughout(const T* elements, std::size_t count) {
   return finite;
 }
 
-bool finite_doubles(const double* elements, std::size_t count) { return finite_throughout(elements, count); }
-bool finite_floats(const float* elements, std::size_t count) { return finite_throughout(elements, count); }
+template <class T>
+constexpr Folds<T> folds_of() {
+  Folds<T> all{};
+  all.sum = &fold_each_row<Adding, 0, T>;
+  all.product = &fold_each_row<Multiplying, 1, T>;
+  all.sum_of_squares = &sum_of_squares<T>;
+  all.sum_of_squared_distances = &sum_of_squared_distances<T>;
+  all.sum_by_blocks = &sum_by_blocks<T>;
+  all.trapezoids = &trapezoids<T>;
+  all.count_of_zeros = &count_of_zeros<T>;
+  if constexpr (std::is_floating_point_v<T>) all.are_finite = &finite_throughout<T>;
+  return all;
+}
+
+constexpr ForElementTypes<Folds> all_folds(folds_of<double>(), folds_of<float>(), folds_of<std::int32_t>(),
+                                           folds_of<std::int64_t>());
 
 }  // namespace HWY_NAMESPACE
 }  // namespace arrayfold
@@ -217,16 +217,7 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace arrayfold {
 
-ARRAYFOLD_EXPORT(folds_by_target, all_folds);
-ARRAYFOLD_EXPORT(finite_doubles_by_target, finite_doubles);
-ARRAYFOLD_EXPORT(finite_floats_by_target, finite_floats);
-
-bool all_finite(const double* elements, std::size_t count) {
-  return finite_doubles_by_target[target_index()](elements, count);
-}
-bool all_finite(const float* elements, std::size_t count) {
-  return finite_floats_by_target[target_index()](elements, count);
-}
+const ForElementTypes<Folds>* const folds_by_target[] = ARRAYFOLD_LOOPS(all_folds);
 
 }  // namespace arrayfold
 #endif

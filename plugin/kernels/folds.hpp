@@ -41,6 +41,9 @@ struct Folds {
 
   /// How many elements are 0, of either sign.
   std::size_t (*count_of_zeros)(const T* elements, std::size_t count);
+
+  /// Whether there is neither NaN nor an infinity. Null for integers.
+  bool (*are_finite)(const T* elements, std::size_t count);
 };
 
 /// The loops for double, float, std::int32_t and std::int64_t for each target.
@@ -51,9 +54,5 @@ template <class T>
 const Folds<T>& folds() {
   return folds_by_target[target_index()]->of<T>();
 }
-
-/// True when there is neither NaN nor an infinity.
-bool all_finite(const double* elements, std::size_t count);
-bool all_finite(const float* elements, std::size_t count);
 
 }  // namespace arrayfold

@@ -147,7 +147,7 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace arrayfold {
 
-ARRAYFOLD_EXPORT(maps_by_target, all_maps);
+const ForElementTypes<Maps>* const maps_by_target[] = ARRAYFOLD_LOOPS(all_maps);
 
 }  // namespace arrayfold
 #endif

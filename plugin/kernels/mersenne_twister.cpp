@@ -53,7 +53,7 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace arrayfold {
 
-ARRAYFOLD_EXPORT(renew_by_target, renew);
+constexpr decltype(&HWY_STATIC_DISPATCH(renew)) renew_by_target[] = ARRAYFOLD_LOOPS(renew);
 
 MersenneTwister::MersenneTwister(std::uint32_t seed) {
   state_[0] = seed;

@@ -15,6 +15,23 @@
 
 #include <hwy/highway.h>
 
+/// The prefix of the names of the C library's vector functions: b stands for 128 bits, d for AVX2, e for AVX-512;
+/// without one a function takes a single double.
+#undef ARRAYFOLD_VECTOR_PREFIX
+#define ARRAYFOLD_VECTOR_PREFIX ""
+#if HWY_ARCH_X86_64 && HWY_TARGET != HWY_SCALAR && defined(__GLIBC__) && defined(__GLIBC_PREREQ)
+#if __GLIBC_PREREQ(2, 35)
+#undef ARRAYFOLD_VECTOR_PREFIX
+#if HWY_TARGET <= HWY_AVX3
+#define ARRAYFOLD_VECTOR_PREFIX "_ZGVeN8v_"
+#elif HWY_TARGET == HWY_AVX2
+#define ARRAYFOLD_VECTOR_PREFIX "_ZGVdN4v_"
+#else
+#define ARRAYFOLD_VECTOR_PREFIX "_ZGVbN2v_"
+#endif
+#endif
+#endif
+
 HWY_BEFORE_NAMESPACE();
 namespace arrayfold {
 namespace HWY_NAMESPACE {
@@ -24,7 +41,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 /// A mask of lanes as bytes of 0 or 1. `bytes` is the tag of as many bytes.
 template <class D, class Bytes, class M>
 HWY_INLINE hn::Vec<Bytes> bytes_of_mask(D tag, Bytes bytes, M mask) {
-#if HWY_TARGET == HWY_AVX3
+#if HWY_TARGET <= HWY_AVX3
   // Masks are bits in registers of their own, one a lane whatever its size.
   (void)tag;
   hn::Mask<Bytes> chosen;
@@ -65,7 +82,7 @@ HWY_INLINE V first_if_greater(D, V a, V b) {
 /// may be written. Returns their number.
 template <class D, class M>
 HWY_INLINE std::size_t gather_true(D tag, const hn::TFromD<D>* elements, M mask, hn::TFromD<D>* out) {
-#if HWY_TARGET == HWY_AVX3
+#if HWY_TARGET <= HWY_AVX3
   // The instruction that stores what it gathers is slow on some processors.
   const hn::RebindToUnsigned<D> bits;
   using V = hn::Vec<decltype(bits)>;
@@ -102,7 +119,7 @@ HWY_INLINE std::size_t gather_true(D tag, const hn::TFromD<D>* elements, M mask,
 /// The low 64 bits of products of 64-bit integers.
 template <class D, class V>
 HWY_INLINE V product_of_64_bits(D tag, V a, V b) {
-#if HWY_TARGET == HWY_AVX3
+#if HWY_TARGET <= HWY_AVX3
   (void)tag;
   if constexpr (sizeof(a.raw) == 64)
     return V{_mm512_mullo_epi64(a.raw, b.raw)};
@@ -114,7 +131,7 @@ HWY_INLINE V product_of_64_bits(D tag, V a, V b) {
   (void)tag;
   return V{static_cast<std::int64_t>(static_cast<std::uint64_t>(a.raw) * static_cast<std::uint64_t>(b.raw))};
 #else
-  // Of the products of 32-bit halves, that of both upper halves lies beyond.
+  // The product of the two upper halves does not reach the low 64 bits.
   const hn::RepartitionToNarrow<hn::RebindToUnsigned<D> > halves;
   const auto low_a = hn::BitCast(halves, a), low_b = hn::BitCast(halves, b);
   const auto high_a = hn::BitCast(halves, hn::ShiftRight<32>(hn::BitCast(hn::RebindToUnsigned<D>(), a)));

@@ -95,7 +95,7 @@ constexpr AllProducts all_products{products_of<double, double>,
 
 /// The order of the additions does not matter to integers.
 template <class T>
-HWY_INLINE T sum_of_products(const T* a, const T* b, std::size_t count) {
+T sum_of_products(const T* a, const T* b, std::size_t count) {
   const hn::ScalableTag<T> tag;
   constexpr std::size_t lanes = hn::MaxLanes(tag);
   const auto products_at = [=](std::size_t i)
@@ -111,13 +111,6 @@ HWY_INLINE T sum_of_products(const T* a, const T* b, std::size_t count) {
   return sum;
 }
 
-std::int32_t of_ints(const std::int32_t* a, const std::int32_t* b, std::size_t count) {
-  return sum_of_products(a, b, count);
-}
-std::int64_t of_int64s(const std::int64_t* a, const std::int64_t* b, std::size_t count) {
-  return sum_of_products(a, b, count);
-}
-
 }  // namespace HWY_NAMESPACE
 }  // namespace arrayfold
 HWY_AFTER_NAMESPACE();
@@ -125,9 +118,11 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace arrayfold {
 
-ARRAYFOLD_EXPORT(products_by_target, all_products);
-ARRAYFOLD_EXPORT(of_ints_by_target, of_ints);
-ARRAYFOLD_EXPORT(of_int64s_by_target, of_int64s);
+const AllProducts* const products_by_target[] = ARRAYFOLD_LOOPS(all_products);
+constexpr decltype(&HWY_STATIC_DISPATCH(sum_of_products<std::int32_t>)) of_ints_by_target[] =
+    ARRAYFOLD_LOOPS(sum_of_products<std::int32_t>);
+constexpr decltype(&HWY_STATIC_DISPATCH(sum_of_products<std::int64_t>)) of_int64s_by_target[] =
+    ARRAYFOLD_LOOPS(sum_of_products<std::int64_t>);
 
 std::int32_t integer_product(const std::int32_t* a, const std::int32_t* b, std::size_t count) {
   return of_ints_by_target[target_index()](a, b, count);

@@ -62,9 +62,9 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace arrayfold {
 
-ARRAYFOLD_EXPORT(fill_by_target, fill_doubles);
-ARRAYFOLD_EXPORT(count_up_by_target, count_up_doubles);
-ARRAYFOLD_EXPORT(even_spacing_by_target, all_spacing);
+constexpr decltype(&HWY_STATIC_DISPATCH(fill_doubles)) fill_by_target[] = ARRAYFOLD_LOOPS(fill_doubles);
+constexpr decltype(&HWY_STATIC_DISPATCH(count_up_doubles)) count_up_by_target[] = ARRAYFOLD_LOOPS(count_up_doubles);
+const ForElementTypes<EvenSpacing>* const even_spacing_by_target[] = ARRAYFOLD_LOOPS(all_spacing);
 
 void fill(double* out, std::size_t count, double value) { fill_by_target[target_index()](out, count, value); }
 

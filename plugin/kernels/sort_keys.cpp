@@ -162,12 +162,12 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace arrayfold {
 
-ARRAYFOLD_EXPORT(any_nan_by_target, any_nan);
-ARRAYFOLD_EXPORT(all_in_order_by_target, all_in_order);
-ARRAYFOLD_EXPORT(turn_by_target, turn);
-ARRAYFOLD_EXPORT(to_64_bits_by_target, to_64_bits);
-ARRAYFOLD_EXPORT(sort_keys_by_target, all_sort_keys);
-ARRAYFOLD_EXPORT(positions_by_target, positions_of);
+constexpr decltype(&HWY_STATIC_DISPATCH(any_nan)) any_nan_by_target[] = ARRAYFOLD_LOOPS(any_nan);
+constexpr decltype(&HWY_STATIC_DISPATCH(all_in_order)) all_in_order_by_target[] = ARRAYFOLD_LOOPS(all_in_order);
+constexpr decltype(&HWY_STATIC_DISPATCH(turn)) turn_by_target[] = ARRAYFOLD_LOOPS(turn);
+constexpr decltype(&HWY_STATIC_DISPATCH(to_64_bits)) to_64_bits_by_target[] = ARRAYFOLD_LOOPS(to_64_bits);
+const ForElementTypes<SortKeys>* const sort_keys_by_target[] = ARRAYFOLD_LOOPS(all_sort_keys);
+constexpr decltype(&HWY_STATIC_DISPATCH(positions_of)) positions_by_target[] = ARRAYFOLD_LOOPS(positions_of);
 
 bool has_nan(const double* elements, std::size_t count) { return any_nan_by_target[target_index()](elements, count); }
 

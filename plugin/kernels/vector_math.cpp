@@ -5,36 +5,16 @@
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kernels/vector_math.cpp"
 #include <hwy/foreach_target.h>
-#include <hwy/highway.h>
-
 #include "kernels/dispatch.hpp"
-
-// The prefix of the library's names: b stands for 128 bits, d for AVX2, e for AVX-512; without one a function takes a
-// single double.
-#undef ARRAYFOLD_PREFIX
-#define ARRAYFOLD_PREFIX ""
-#if HWY_ARCH_X86_64 && HWY_TARGET != HWY_SCALAR && defined(__GLIBC__) && defined(__GLIBC_PREREQ)
-#if __GLIBC_PREREQ(2, 35)
-#undef ARRAYFOLD_PREFIX
-#if HWY_TARGET == HWY_AVX3
-#define ARRAYFOLD_PREFIX "_ZGVeN8v_"
-#elif HWY_TARGET == HWY_AVX2
-#define ARRAYFOLD_PREFIX "_ZGVdN4v_"
-#else
-#define ARRAYFOLD_PREFIX "_ZGVbN2v_"
-#endif
-#endif
-#endif
+#include "kernels/per_target-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
 namespace arrayfold {
 namespace HWY_NAMESPACE {
 
-namespace hn = hwy::HWY_NAMESPACE;
-
 // ---- The library's functions
 
-constexpr bool takes_registers = sizeof(ARRAYFOLD_PREFIX) > 1;
+constexpr bool takes_registers = sizeof(ARRAYFOLD_VECTOR_PREFIX) > 1;
 
 using Doubles = hn::CappedTag<double, takes_registers ? HWY_MAX_BYTES / sizeof(double) : 1>;
 
@@ -50,17 +30,17 @@ using Operand = decltype(library_operand(hn::Zero(Doubles())));
 
 namespace library {
 
-Operand exp(Operand) __asm__(ARRAYFOLD_PREFIX "exp");
-Operand expm1(Operand) __asm__(ARRAYFOLD_PREFIX "expm1");
-Operand log(Operand) __asm__(ARRAYFOLD_PREFIX "log");
-Operand log1p(Operand) __asm__(ARRAYFOLD_PREFIX "log1p");
-Operand cbrt(Operand) __asm__(ARRAYFOLD_PREFIX "cbrt");
-Operand sin(Operand) __asm__(ARRAYFOLD_PREFIX "sin");
-Operand cos(Operand) __asm__(ARRAYFOLD_PREFIX "cos");
-Operand tan(Operand) __asm__(ARRAYFOLD_PREFIX "tan");
-Operand sinh(Operand) __asm__(ARRAYFOLD_PREFIX "sinh");
-Operand cosh(Operand) __asm__(ARRAYFOLD_PREFIX "cosh");
-Operand tanh(Operand) __asm__(ARRAYFOLD_PREFIX "tanh");
+Operand exp(Operand) __asm__(ARRAYFOLD_VECTOR_PREFIX "exp");
+Operand expm1(Operand) __asm__(ARRAYFOLD_VECTOR_PREFIX "expm1");
+Operand log(Operand) __asm__(ARRAYFOLD_VECTOR_PREFIX "log");
+Operand log1p(Operand) __asm__(ARRAYFOLD_VECTOR_PREFIX "log1p");
+Operand cbrt(Operand) __asm__(ARRAYFOLD_VECTOR_PREFIX "cbrt");
+Operand sin(Operand) __asm__(ARRAYFOLD_VECTOR_PREFIX "sin");
+Operand cos(Operand) __asm__(ARRAYFOLD_VECTOR_PREFIX "cos");
+Operand tan(Operand) __asm__(ARRAYFOLD_VECTOR_PREFIX "tan");
+Operand sinh(Operand) __asm__(ARRAYFOLD_VECTOR_PREFIX "sinh");
+Operand cosh(Operand) __asm__(ARRAYFOLD_VECTOR_PREFIX "cosh");
+Operand tanh(Operand) __asm__(ARRAYFOLD_VECTOR_PREFIX "tanh");
 
 }  // namespace library
 
@@ -106,7 +86,7 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace arrayfold {
 
-ARRAYFOLD_EXPORT(vector_math_by_target, all_vector_math);
+const VectorMath* const vector_math_by_target[] = ARRAYFOLD_LOOPS(all_vector_math);
 
 }  // namespace arrayfold
 #endif

@@ -1,9 +1,9 @@
 // kernels/vector_math.hpp: mathematical functions over many doubles at once
 //
-// On x86-64 these are the C library's own vector functions, for registers as wide as the processor's; elsewhere its
-// scalar ones. The value of an element does not depend on its neighbours or its position: the remainder at the end is
-// padded to one more register. Errors stay below 4 units in the last place; special values are those of the scalar
-// functions.
+// On x86-64 these are the C library's own vector functions, for registers as wide as the processor's. On processors
+// without vector instructions, on arm64, and with a C library older than 2.35 they are its scalar ones. The value of an
+// element does not depend on its neighbours or its position: the remainder at the end is padded to one more register.
+// Errors stay below 4 units in the last place; special values are those of the scalar functions.
 
 #pragma once
 

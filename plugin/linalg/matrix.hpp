@@ -71,7 +71,7 @@ ColumnMajor<T> square_by_columns(const xarray_of<T>& array) {
 /// True when there is neither NaN nor an infinity.
 template <class T>
 bool all_finite(const xarray_of<T>& array) {
-  return all_finite(array.storage().data(), array.storage().size());
+  return folds<T>().are_finite(array.storage().data(), array.storage().size());
 }
 
 /// A new array of the kind in which results of `Kind` are stored, each element `value`.

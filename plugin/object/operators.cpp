@@ -13,7 +13,6 @@
 
 #include "object/operators.hpp"
 
-#include <cstring>
 #include <exception>
 
 #include "array/boxing.hpp"
@@ -147,15 +146,6 @@ bool apply(const Application<Array>& at, InPlace with_number, InPlace with_array
 
 // ---- Whole-array tests
 
-/// Integers are equal where their bytes are; of doubles NaN equals nothing.
-template <class T>
-bool equal_elements(const T* left, const T* right, std::size_t count) {
-  if constexpr (std::is_integral_v<T>)
-    return count == 0 || std::memcmp(left, right, count * sizeof(T)) == 0;
-  else
-    return all_equal(left, right, count);
-}
-
 /// Gives 1 when equality is as `wanted`, else 0. Shapes that differ are unequal, without any broadcasting.
 template <class Array>
 bool test_equality(const Application<Array>& at, bool wanted) {
@@ -165,7 +155,8 @@ bool test_equality(const Application<Array>& at, bool wanted) {
   const auto& mine = at.elements();
   const auto& theirs = *other->array;
   const bool equal = same_shape(mine.shape(), theirs.shape()) &&
-                     equal_elements(mine.storage().data(), theirs.storage().data(), mine.storage().size());
+                     arithmetic<typename Array::element>().are_equal(mine.storage().data(), theirs.storage().data(),
+                                                                     mine.storage().size());
   HVM_SetInt(at.ctx, at.result, equal == wanted ? 1 : 0);
   return true;
 }

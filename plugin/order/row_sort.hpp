@@ -1,8 +1,9 @@
 // order/row_sort.hpp: sorting one row of elements
 //
-// Long rows are sorted by a vectorised quicksort wherever the result is the same in every bit. Short rows, and
-// floating-point numbers with NaN or a negative zero, are sorted by the standard library, whose arrangement is then the
-// defined one. NaN violates the ordering that std::sort requires; libstdc++ does not read out of bounds for it.
+// Where the processor has vector instructions, long rows are sorted by a vectorised quicksort wherever the result is
+// the same in every bit. Short rows, and floating-point numbers with NaN or a negative zero, are sorted by the standard
+// library, whose arrangement is then the defined one. NaN violates the ordering that std::sort requires; libstdc++ does
+// not read out of bounds for it.
 
 #pragma once
 

@@ -98,7 +98,8 @@ std::optional<Middle<T>> middle_in_bracket(const T* elements, std::size_t count)
   middle.high = at(ranks.high);
   middle.low = ranks.low == ranks.high ? middle.high : at(ranks.low);
   if constexpr (std::is_floating_point_v<T>)
-    if (middle.low == 0 && middle.high == 0 && has_negative_zero(elements, count)) return std::nullopt;
+    if (middle.low == 0 && middle.high == 0 && bracket_loops<T>().any_negative_zero(elements, count))
+      return std::nullopt;
   return middle;
 }
 

@@ -81,6 +81,17 @@ TEST(Includes, ModuleArrowsRunOneWay) {
   EXPECT_GT(seen, 20);
 }
 
+TEST(Includes, KernelsKnowHighwayAlone) {
+  int seen = 0;
+  for (const auto& include : includes_below("plugin/kernels")) {
+    if (include.quoted) continue;
+    ++seen;
+    const bool is_of_a_library = include.to.find('/') != std::string::npos || include.to.find('.') != std::string::npos;
+    EXPECT_TRUE(!is_of_a_library || first_folder(include.to) == "hwy") << include.from << " includes " << include.to;
+  }
+  EXPECT_GT(seen, 20);
+}
+
 TEST(Includes, PluginStandsAboveThroughNamesAlone) {
   for (const auto& include : includes_below("plugin/host"))
     if (include.quoted && first_folder(include.to) != "host") {

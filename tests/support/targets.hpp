@@ -5,6 +5,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -33,7 +34,12 @@ class OnTarget {
 /// Calls `run()` on each target in turn, the best one first.
 template <class Run>
 void on_each_target(Run run) {
-  for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) {
+  const std::vector<std::int64_t> targets = hwy::SupportedAndGeneratedTargets();
+  ASSERT_FALSE(targets.empty());
+#ifdef __x86_64__
+  ASSERT_EQ(targets.back(), HWY_SCALAR) << "every processor has it";
+#endif
+  for (const std::int64_t target : targets) {
     const OnTarget chosen(target);
     run();
   }

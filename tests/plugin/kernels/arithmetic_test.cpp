@@ -112,18 +112,26 @@ void expect_in_place() {
       SCOPED_TRACE(testing::Message() << by.name << " of " << length);
       const auto& loops = arithmetic<T>().*by.operation;
       const auto left = mixed_values<T>(length, 1), right = mixed_values<T>(length, 2);
-      Memory<T> a(left), b(right, 1), itself(left, 2);
+      const std::vector<T> threes(length, T{3});
+      Memory<T> a(left), b(right, 1), itself(left, 2), by_number(left, 3), of_number(right);
+      const T three = 3;
       loops.both_advance(a.data(), b.data(), a.data(), length);
       EXPECT_TRUE(same_bits(a.values(), applied(by, left, right)));
       EXPECT_TRUE(a.is_intact());
       loops.both_advance(itself.data(), itself.data(), itself.data(), length);
       EXPECT_TRUE(same_bits(itself.values(), applied(by, left, left)));
+      loops.left_advances(by_number.data(), &three, by_number.data(), length);
+      EXPECT_TRUE(same_bits(by_number.values(), applied(by, left, threes)));
+      loops.right_advances(&three, of_number.data(), of_number.data(), length);
+      EXPECT_TRUE(same_bits(of_number.values(), applied(by, threes, right)));
+      EXPECT_TRUE(itself.is_intact() && by_number.is_intact() && of_number.is_intact());
     }
 }
 
 TEST(Arithmetic, InPlace_IsThatOfItsFormula) {
   on_each_target([] {
     expect_in_place<double>();
+    expect_in_place<float>();
     expect_in_place<std::int32_t>();
     expect_in_place<std::int64_t>();
   });
@@ -153,6 +161,13 @@ void expect_divisions() {
     EXPECT_TRUE(same_bits(quotients.values(), quotient));
     EXPECT_TRUE(same_bits(remainders.values(), remainder));
     EXPECT_TRUE(quotients.is_intact() && remainders.is_intact());
+    Memory<T> in_place(left, 2);
+    arithmetic<T>().remainder.both_advance(in_place.data(), b.data(), in_place.data(), length);
+    EXPECT_TRUE(same_bits(in_place.values(), remainder));
+    Memory<T> over_divisors(right, 3);
+    arithmetic<T>().quotient.both_advance(a.data(), over_divisors.data(), over_divisors.data(), length);
+    EXPECT_TRUE(same_bits(over_divisors.values(), quotient));
+    EXPECT_TRUE(in_place.is_intact() && over_divisors.is_intact());
   }
 }
 
@@ -184,14 +199,22 @@ TEST(IntegerDivision, TruncatesLikeTheProcessor) {
   });
 }
 
+template <class T>
+void expect_divisions_of(T dividend) {
+  const auto right = divisors(std::vector<T>(600, dividend));
+  Memory<T> number(std::vector<T>{dividend}), b(right, 1), quotients(right.size()), remainders(right.size());
+  arithmetic<T>().quotient.right_advances(number.data(), b.data(), quotients.data(), right.size());
+  arithmetic<T>().remainder.right_advances(number.data(), b.data(), remainders.data(), right.size());
+  std::vector<T> quotient(right.size()), remainder(right.size());
+  for (std::size_t i = 0; i < right.size(); ++i) quotient[i] = dividend / right[i], remainder[i] = dividend % right[i];
+  EXPECT_TRUE(same_bits(quotients.values(), quotient));
+  EXPECT_TRUE(same_bits(remainders.values(), remainder));
+}
+
 TEST(IntegerDivision, OfANumberByElements_Truncates) {
   on_each_target([] {
-    const auto right = divisors(std::vector<std::int32_t>(600, 1000));
-    Memory<std::int32_t> number(std::vector<std::int32_t>{1000}), b(right, 1), out(right.size());
-    arithmetic<std::int32_t>().quotient.right_advances(number.data(), b.data(), out.data(), right.size());
-    std::vector<std::int32_t> expected(right.size());
-    for (std::size_t i = 0; i < right.size(); ++i) expected[i] = 1000 / right[i];
-    EXPECT_TRUE(same_bits(out.values(), expected));
+    expect_divisions_of<std::int32_t>(1000);
+    expect_divisions_of<std::int64_t>(1000);
   });
 }
 
@@ -221,16 +244,30 @@ void expect_equality() {
     SCOPED_TRACE(length);
     const std::vector<T> values(length, T{1.5});
     Memory<T> a(values, 1), b(values, 2);
-    EXPECT_TRUE(all_equal(a.data(), b.data(), length));
+    EXPECT_TRUE(arithmetic<T>().are_equal(a.data(), b.data(), length));
     for (const std::size_t at : {std::size_t{0}, length / 2, length - 1}) {
       if (length == 0) break;
       b.data()[at] = T{2};
-      EXPECT_FALSE(all_equal(a.data(), b.data(), length)) << at;
+      EXPECT_FALSE(arithmetic<T>().are_equal(a.data(), b.data(), length)) << at;
       b.data()[at] = std::numeric_limits<T>::quiet_NaN();
-      EXPECT_FALSE(all_equal(b.data(), b.data(), length)) << at;
+      EXPECT_FALSE(arithmetic<T>().are_equal(b.data(), b.data(), length)) << at;
       a.data()[at] = T{0}, b.data()[at] = -T{0};
-      EXPECT_TRUE(all_equal(a.data(), b.data(), length)) << at;
+      EXPECT_TRUE(arithmetic<T>().are_equal(a.data(), b.data(), length)) << at;
       a.data()[at] = b.data()[at] = T{1.5};
+    }
+  }
+}
+
+template <class T>
+void expect_equality_of_integers() {
+  for (const std::size_t length : lengths()) {
+    const std::vector<T> values(length, T{7});
+    Memory<T> a(values, 1), b(values, 2);
+    EXPECT_TRUE(arithmetic<T>().are_equal(a.data(), b.data(), length)) << length;
+    for (std::size_t at = 0; at < length; at += length / 7 + 1) {
+      b.data()[at] = 8;
+      EXPECT_FALSE(arithmetic<T>().are_equal(a.data(), b.data(), length)) << at << " of " << length;
+      b.data()[at] = 7;
     }
   }
 }
@@ -239,6 +276,8 @@ TEST(Equality, TellsOneElementThatDiffers) {
   on_each_target([] {
     expect_equality<double>();
     expect_equality<float>();
+    expect_equality_of_integers<std::int32_t>();
+    expect_equality_of_integers<std::int64_t>();
   });
 }
 

@@ -64,10 +64,10 @@ void expect_negative_zeros() {
     auto x = mixed_values<T>(length, 2);
     for (T& element : x) element = element == 0 ? T{0} : element;
     Memory<T> elements(x, 1);
-    EXPECT_FALSE(has_negative_zero(elements.data(), length)) << length;
+    EXPECT_FALSE(bracket_loops<T>().any_negative_zero(elements.data(), length)) << length;
     for (std::size_t at = 0; at<length; at += length> 70 ? 61 : 1) {
       elements.data()[at] = -T{0};
-      EXPECT_TRUE(has_negative_zero(elements.data(), length)) << at << " of " << length;
+      EXPECT_TRUE(bracket_loops<T>().any_negative_zero(elements.data(), length)) << at << " of " << length;
       elements.data()[at] = x[at];
     }
   }

@@ -175,13 +175,13 @@ void expect_finite() {
   for (const std::size_t length : lengths()) {
     std::vector<T> x(length, Limits::max());
     Memory<T> elements(x, 1);
-    EXPECT_TRUE(all_finite(elements.data(), length));
+    EXPECT_TRUE(folds<T>().are_finite(elements.data(), length));
     for (std::size_t at = 0; at<length; at += length> 70 ? 61 : 1)
       for (const T other : {Limits::infinity(), -Limits::infinity(), Limits::quiet_NaN()}) {
         elements.data()[at] = other;
-        EXPECT_FALSE(all_finite(elements.data(), length)) << other << " at " << at << " of " << length;
+        EXPECT_FALSE(folds<T>().are_finite(elements.data(), length)) << other << " at " << at << " of " << length;
         elements.data()[at] = Limits::lowest();
-        EXPECT_TRUE(all_finite(elements.data(), length)) << at << " of " << length;
+        EXPECT_TRUE(folds<T>().are_finite(elements.data(), length)) << at << " of " << length;
       }
   }
 }

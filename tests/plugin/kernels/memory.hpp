@@ -6,12 +6,25 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <memory>
+#include <new>
 #include <random>
 #include <string>
 #include <type_traits>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#if defined(__SANITIZE_ADDRESS__)
+#define ARRAYFOLD_ADDRESS_SANITIZER
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define ARRAYFOLD_ADDRESS_SANITIZER
+#endif
+#endif
+#ifdef ARRAYFOLD_ADDRESS_SANITIZER
+#include <sanitizer/asan_interface.h>
+#endif
 
 namespace arrayfold::test {
 
@@ -30,7 +43,12 @@ class Memory {
  public:
   /// `offset` elements beyond the alignment of registers.
   explicit Memory(std::size_t count, std::size_t offset = 0)
-      : count_(count), first_(guard + offset), bytes_((first_ + count + guard) * sizeof(T), pattern) {}
+      : count_(count), first_(guard + offset), bytes_((first_ + count + guard) * sizeof(T), pattern) {
+    poison(true);
+  }
+  ~Memory() { poison(false); }
+  Memory(const Memory&) = delete;
+  Memory& operator=(const Memory&) = delete;
   explicit Memory(const std::vector<T>& values, std::size_t offset = 0) : Memory(values.size(), offset) {
     if (!values.empty()) std::memcpy(data(), values.data(), values.size() * sizeof(T));
   }
@@ -43,18 +61,57 @@ class Memory {
   }
   /// True when nothing around the elements was written.
   bool is_intact() const {
+    poison(false);
+    bool intact = true;
     for (std::size_t i = 0; i < bytes_.size(); ++i)
-      if ((i < first_ * sizeof(T) || i >= (first_ + count_) * sizeof(T)) && bytes_[i] != pattern) return false;
-    return true;
+      intact &= (i >= begin() && i < end()) || bytes_.data()[i] == pattern;
+    poison(true);
+    return intact;
   }
 
  private:
+  std::size_t begin() const { return first_ * sizeof(T); }
+  std::size_t end() const { return (first_ + count_) * sizeof(T); }
+
+  /// Lets the address sanitizer see what is read or written around the elements.
+  void poison(bool around) const {
+#ifdef ARRAYFOLD_ADDRESS_SANITIZER
+    __asan_unpoison_memory_region(bytes_.data(), bytes_.size());
+    if (!around) return;
+    __asan_poison_memory_region(bytes_.data(), begin());
+    __asan_poison_memory_region(bytes_.data() + end(), bytes_.size() - end());
+#else
+    (void)around;
+#endif
+  }
+
+  /// Bytes that begin with a line of the cache, which is a register at its widest.
+  class Bytes {
+   public:
+    Bytes(std::size_t count, unsigned char value)
+        : size_(count), bytes_(static_cast<unsigned char*>(::operator new(count, alignment))) {
+      std::memset(data(), value, count);
+    }
+
+    unsigned char* data() const { return bytes_.get(); }
+    std::size_t size() const { return size_; }
+
+   private:
+    static constexpr std::align_val_t alignment{64};
+    struct Free {
+      void operator()(unsigned char* bytes) const { ::operator delete(bytes, alignment); }
+    };
+
+    std::size_t size_;
+    std::unique_ptr<unsigned char, Free> bytes_;
+  };
+
   static constexpr std::size_t guard = 64;
   static constexpr unsigned char pattern = 0xA5;
 
   std::size_t count_;
   std::size_t first_;
-  std::vector<unsigned char> bytes_;
+  Bytes bytes_;
 };
 
 /// Elements of all magnitudes, among them those that arithmetic treats in a special way. Equal neighbours are frequent.
