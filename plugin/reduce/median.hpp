@@ -107,7 +107,7 @@ std::optional<Middle<T>> middle_in_bracket(const T* elements, std::size_t count)
 /// Integers wrap in the sum and are halved toward zero. Without elements it is NaN, and 0 for integers.
 template <class T>
 T median_of(const xarray_of<T>& array) {
-  constexpr std::size_t minimum_for_bracket = 1024;
+  constexpr std::size_t minimum_for_bracket = 512;
   const auto& elements = array.storage();
   const std::size_t count = elements.size();
   if (count == 0) return std::numeric_limits<T>::quiet_NaN();  // 0 for integers
