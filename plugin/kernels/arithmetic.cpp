@@ -12,8 +12,7 @@
 #include "kernels/registers-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
-namespace arrayfold {
-namespace HWY_NAMESPACE {
+namespace arrayfold::HWY_NAMESPACE {
 
 // ---- The operations on registers
 
@@ -182,8 +181,7 @@ constexpr Arithmetic<T> arithmetic_of() {
 constexpr ForElementTypes<Arithmetic> all_arithmetic(arithmetic_of<double>(), arithmetic_of<float>(),
                                                      arithmetic_of<std::int32_t>(), arithmetic_of<std::int64_t>());
 
-}  // namespace HWY_NAMESPACE
-}  // namespace arrayfold
+}  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE

@@ -12,8 +12,7 @@
 #include "kernels/registers-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
-namespace arrayfold {
-namespace HWY_NAMESPACE {
+namespace arrayfold::HWY_NAMESPACE {
 
 // ---- Bins
 
@@ -122,8 +121,7 @@ constexpr Placings<Edge> placings_among{&place<double, Edge>, &place<float, Edge
 constexpr ForElementTypes<Placings> all_placings(placings_among<double>, placings_among<float>,
                                                  placings_among<std::int32_t>, placings_among<std::int64_t>);
 
-}  // namespace HWY_NAMESPACE
-}  // namespace arrayfold
+}  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE

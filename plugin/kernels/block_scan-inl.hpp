@@ -17,8 +17,7 @@
 #include "kernels/registers-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
-namespace arrayfold {
-namespace HWY_NAMESPACE {
+namespace arrayfold::HWY_NAMESPACE {
 
 template <class T>
 constexpr std::size_t block_length = 32 / sizeof(T);
@@ -59,8 +58,7 @@ HWY_INLINE R scan_blocks(const T* elements, std::size_t count, std::size_t strid
   return accumulated;
 }
 
-}  // namespace HWY_NAMESPACE
-}  // namespace arrayfold
+}  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #endif

@@ -11,8 +11,7 @@
 #include "kernels/registers-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
-namespace arrayfold {
-namespace HWY_NAMESPACE {
+namespace arrayfold::HWY_NAMESPACE {
 
 /// Whole registers may be written to `gathered`: never beyond its end, as no more are inside than were read.
 template <class T>
@@ -60,8 +59,7 @@ constexpr BracketLoops<T> brackets_of() {
 constexpr ForElementTypes<BracketLoops> all_bracket_loops(brackets_of<double>(), brackets_of<float>(),
                                                           brackets_of<std::int32_t>(), brackets_of<std::int64_t>());
 
-}  // namespace HWY_NAMESPACE
-}  // namespace arrayfold
+}  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE

@@ -11,8 +11,7 @@
 #include "kernels/registers-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
-namespace arrayfold {
-namespace HWY_NAMESPACE {
+namespace arrayfold::HWY_NAMESPACE {
 
 /// The lower halves of 64-bit integers.
 template <class D, class V>
@@ -38,8 +37,7 @@ constexpr ForElementTypes<Conversions> all_conversions({nullptr, &convert_all, &
                                                        {&convert_all, nullptr, nullptr},
                                                        {&convert_all, &convert_all, nullptr});
 
-}  // namespace HWY_NAMESPACE
-}  // namespace arrayfold
+}  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE

@@ -9,8 +9,7 @@
 #include "kernels/registers-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
-namespace arrayfold {
-namespace HWY_NAMESPACE {
+namespace arrayfold::HWY_NAMESPACE {
 
 template <class T>
 void subtract_neighbours(const T* rows, T* out, std::size_t length, std::size_t count) {
@@ -35,8 +34,7 @@ void subtract_neighbours(const T* rows, T* out, std::size_t length, std::size_t 
 constexpr ForElementTypes<Differences> all_differences({&subtract_neighbours}, {&subtract_neighbours},
                                                        {&subtract_neighbours}, {&subtract_neighbours});
 
-}  // namespace HWY_NAMESPACE
-}  // namespace arrayfold
+}  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE

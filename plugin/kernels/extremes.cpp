@@ -13,8 +13,7 @@
 #include "kernels/registers-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
-namespace arrayfold {
-namespace HWY_NAMESPACE {
+namespace arrayfold::HWY_NAMESPACE {
 
 /// Returns b if it beats a, else a; so a wins ties and comparisons with NaN. On registers, lane by lane.
 struct Smaller {
@@ -147,8 +146,7 @@ constexpr Extremes<T> extremes_of() {
 constexpr ForElementTypes<Extremes> all_extremes(extremes_of<double>(), extremes_of<float>(),
                                                  extremes_of<std::int32_t>(), extremes_of<std::int64_t>());
 
-}  // namespace HWY_NAMESPACE
-}  // namespace arrayfold
+}  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE

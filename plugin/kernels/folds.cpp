@@ -12,8 +12,7 @@
 #include "kernels/registers-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
-namespace arrayfold {
-namespace HWY_NAMESPACE {
+namespace arrayfold::HWY_NAMESPACE {
 
 // ---- The steps, of numbers and of registers
 
@@ -210,8 +209,7 @@ constexpr Folds<T> folds_of() {
 constexpr ForElementTypes<Folds> all_folds(folds_of<double>(), folds_of<float>(), folds_of<std::int32_t>(),
                                            folds_of<std::int64_t>());
 
-}  // namespace HWY_NAMESPACE
-}  // namespace arrayfold
+}  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE

@@ -23,8 +23,7 @@
 #include "kernels/registers-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
-namespace arrayfold {
-namespace HWY_NAMESPACE {
+namespace arrayfold::HWY_NAMESPACE {
 
 // ---- By the processor
 
@@ -161,8 +160,7 @@ template <class Division, class T>
 constexpr Operation<T, T> integer_division{&divide<Division, T, 1, 1>, &divide<Division, T, 1, 0>,
                                            &divide<Division, T, 0, 1>};
 
-}  // namespace HWY_NAMESPACE
-}  // namespace arrayfold
+}  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #endif

@@ -13,8 +13,7 @@
 #include "kernels/registers-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
-namespace arrayfold {
-namespace HWY_NAMESPACE {
+namespace arrayfold::HWY_NAMESPACE {
 
 // ---- The functions on registers
 
@@ -140,8 +139,7 @@ constexpr Maps<T> maps_of() {
 constexpr ForElementTypes<Maps> all_maps(maps_of<double>(), maps_of<float>(), maps_of<std::int32_t>(),
                                          maps_of<std::int64_t>());
 
-}  // namespace HWY_NAMESPACE
-}  // namespace arrayfold
+}  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE

@@ -10,8 +10,7 @@
 #include "kernels/registers-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
-namespace arrayfold {
-namespace HWY_NAMESPACE {
+namespace arrayfold::HWY_NAMESPACE {
 
 using Words = hn::ScalableTag<std::uint32_t>;
 
@@ -46,8 +45,7 @@ void renew(std::uint32_t* state, std::size_t size, std::uint32_t* outputs) {
   });
 }
 
-}  // namespace HWY_NAMESPACE
-}  // namespace arrayfold
+}  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE

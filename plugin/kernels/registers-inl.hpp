@@ -22,8 +22,7 @@
 #include "kernels/per_target-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
-namespace arrayfold {
-namespace HWY_NAMESPACE {
+namespace arrayfold::HWY_NAMESPACE {
 
 /// The tag of registers whose lanes are T, as many as fit the widest register in the wider of T and R.
 template <class T, class R = T>
@@ -231,8 +230,7 @@ HWY_INLINE void store_truths(D tag, M mask, bool* out) {
   hn::StoreU(bytes_of_mask(tag, small, mask), small, bytes);
 }
 
-}  // namespace HWY_NAMESPACE
-}  // namespace arrayfold
+}  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #endif

@@ -11,8 +11,7 @@
 #include "kernels/registers-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
-namespace arrayfold {
-namespace HWY_NAMESPACE {
+namespace arrayfold::HWY_NAMESPACE {
 
 void fill_doubles(double* out, std::size_t count, double value) {
   for_each_register(hn::ScalableTag<double>(), count,
@@ -55,8 +54,7 @@ void spaced(T* out, std::size_t count, double first, double step) {
 
 constexpr ForElementTypes<EvenSpacing> all_spacing({&spaced}, {&spaced}, {&spaced}, {&spaced});
 
-}  // namespace HWY_NAMESPACE
-}  // namespace arrayfold
+}  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE

@@ -12,8 +12,7 @@
 #include "kernels/registers-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
-namespace arrayfold {
-namespace HWY_NAMESPACE {
+namespace arrayfold::HWY_NAMESPACE {
 
 using Doubles = hn::ScalableTag<double>;
 template <class D>
@@ -155,8 +154,7 @@ void positions_of(const std::uint64_t* numbers, std::size_t count, const KeyPack
   });
 }
 
-}  // namespace HWY_NAMESPACE
-}  // namespace arrayfold
+}  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE

@@ -9,8 +9,7 @@
 #include "kernels/per_target-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
-namespace arrayfold {
-namespace HWY_NAMESPACE {
+namespace arrayfold::HWY_NAMESPACE {
 
 // ---- The library's functions
 
@@ -79,8 +78,7 @@ constexpr VectorMath all_vector_math{
     &over_registers<library::cos>,   &over_registers<library::tan>,   &over_registers<library::sinh>,
     &over_registers<library::cosh>,  &over_registers<library::tanh>};
 
-}  // namespace HWY_NAMESPACE
-}  // namespace arrayfold
+}  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE

@@ -16,7 +16,7 @@ constexpr auto int_min = std::numeric_limits<std::int32_t>::min();
 constexpr auto int_max = std::numeric_limits<std::int32_t>::max();
 constexpr auto int64_min = std::numeric_limits<std::int64_t>::min();
 
-TEST(Truncated, To32Bits_DropsTheFractionAndAnswersTheSmallestBeyond) {
+TEST(Truncated, To32Bits_DropsTheFractionAndGivesTheSmallestBeyond) {
   const std::pair<double, std::int32_t> rows[] = {{0.0, 0},
                                                   {-0.0, 0},
                                                   {0.999, 0},
@@ -37,7 +37,7 @@ TEST(Truncated, To32Bits_DropsTheFractionAndAnswersTheSmallestBeyond) {
   for (const auto& [real, integer] : rows) EXPECT_EQ(truncated<std::int32_t>(real), integer) << real;
 }
 
-TEST(Truncated, To64Bits_DropsTheFractionAndAnswersTheSmallestBeyond) {
+TEST(Truncated, To64Bits_DropsTheFractionAndGivesTheSmallestBeyond) {
   const std::pair<double, std::int64_t> rows[] = {{-1.5, -1},
                                                   {9007199254740993.0, 9007199254740992},
                                                   {std::nextafter(9223372036854775808.0, 0), 9223372036854774784},

@@ -79,7 +79,7 @@ TEST(EvenSpacing, RoundsAfterTheProductAndAfterTheSum) {
   });
 }
 
-TEST(EvenSpacing, OfIntegers_TruncatesAndAnswersTheSmallestBeyond) {
+TEST(EvenSpacing, OfIntegers_TruncatesAndGivesTheSmallestBeyond) {
   on_each_target([] {
     for (const auto& [first, step] : {std::pair{0.0, 0.7},
                                       {-7.5, 0.3},
