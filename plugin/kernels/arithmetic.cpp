@@ -156,8 +156,8 @@ bool equal_throughout(const T* left, const T* right, std::size_t count) {
 
 // ---- The tables
 
-template <class T>
-constexpr Arithmetic<T> arithmetic_of() {
+constexpr auto arithmetic_of = [](auto zero) {
+  using T = decltype(zero);
   Arithmetic<T> all{};
   all.sum = operation<Sum, T, T>;
   all.difference = operation<Difference, T, T>;
@@ -176,10 +176,9 @@ constexpr Arithmetic<T> arithmetic_of() {
   all.maximum = operation<Maximum, T, double>;
   all.are_equal = &equal_throughout<T>;
   return all;
-}
+};
 
-constexpr ForElementTypes<Arithmetic> all_arithmetic(arithmetic_of<double>(), arithmetic_of<float>(),
-                                                     arithmetic_of<std::int32_t>(), arithmetic_of<std::int64_t>());
+constexpr auto all_arithmetic = for_element_types<Arithmetic>(arithmetic_of);
 
 }  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();

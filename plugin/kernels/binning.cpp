@@ -46,6 +46,8 @@ void count_in_blocks(const T* elements, std::size_t size, const EqualBins& bins,
   }
 }
 
+constexpr ForElementTypes<BinCounts> all_bin_counts({&count_in_blocks}, {&count_in_blocks}, {}, {});
+
 // ---- Places among edges
 
 /// Compares every element with every edge.
@@ -115,11 +117,11 @@ void place(const T* elements, std::size_t size, const Edge* edges, std::size_t c
     place_by_search(elements, size, edges, count, places);
 }
 
-template <class Edge>
-constexpr Placings<Edge> placings_among{&place<double, Edge>, &place<float, Edge>};
-
-constexpr ForElementTypes<Placings> all_placings(placings_among<double>, placings_among<float>,
-                                                 placings_among<std::int32_t>, placings_among<std::int64_t>);
+constexpr auto placings_among = [](auto zero) {
+  using Edge = decltype(zero);
+  return Placings<Edge>{&place<double, Edge>, &place<float, Edge>};
+};
+constexpr auto all_placings = for_element_types<Placings>(placings_among);
 
 }  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
@@ -127,20 +129,8 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace arrayfold {
 
-constexpr decltype(&HWY_STATIC_DISPATCH(count_in_blocks<double>)) count_doubles_by_target[] =
-    ARRAYFOLD_LOOPS(count_in_blocks<double>);
-constexpr decltype(&HWY_STATIC_DISPATCH(count_in_blocks<float>)) count_floats_by_target[] =
-    ARRAYFOLD_LOOPS(count_in_blocks<float>);
+const ForElementTypes<BinCounts>* const bin_counts_by_target[] = ARRAYFOLD_LOOPS(all_bin_counts);
 const ForElementTypes<Placings>* const placings_by_target[] = ARRAYFOLD_LOOPS(all_placings);
-
-void count_by_bin(const double* elements, std::size_t size, const EqualBins& bins, std::int64_t times,
-                  std::int64_t* counts) {
-  count_doubles_by_target[target_index()](elements, size, bins, times, counts);
-}
-void count_by_bin(const float* elements, std::size_t size, const EqualBins& bins, std::int64_t times,
-                  std::int64_t* counts) {
-  count_floats_by_target[target_index()](elements, size, bins, times, counts);
-}
 
 }  // namespace arrayfold
 #endif

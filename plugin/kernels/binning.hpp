@@ -17,12 +17,21 @@ struct EqualBins {
   std::size_t count;
 };
 
+/// The loop of `count_by_bin`. Null for integers.
+template <class T>
+struct BinCounts {
+  void (*add)(const T* elements, std::size_t size, const EqualBins& bins, std::int64_t times, std::int64_t* counts);
+};
+
+extern const ForElementTypes<BinCounts>* const bin_counts_by_target[];
+
 /// Adds `times` to the count of each element's bin; the last bin includes the upper bound. One more count follows the
-/// bins: that of NaN and of the elements outside the bounds.
-void count_by_bin(const double* elements, std::size_t size, const EqualBins& bins, std::int64_t times,
-                  std::int64_t* counts);
-void count_by_bin(const float* elements, std::size_t size, const EqualBins& bins, std::int64_t times,
-                  std::int64_t* counts);
+/// bins: that of NaN and of the elements outside the bounds. For double and float.
+template <class T>
+void count_by_bin(const T* elements, std::size_t size, const EqualBins& bins, std::int64_t times,
+                  std::int64_t* counts) {
+  bin_counts_by_target[target_index()]->of<T>().add(elements, size, bins, times, counts);
+}
 
 /// The place of each of `size` elements among `count` edges, at least one, that ascend: how many of them come before
 /// the first one greater than the element, compared in the type common to both.

@@ -37,27 +37,19 @@ void count_around(const T* elements, std::size_t count, const Bracket<T>& bracke
   counts.at_most_high += found.at_most_high, counts.any_nan |= found.any_nan;
 }
 
-/// Only a negative zero has the bits of a sign alone.
 template <class T>
 bool any_negative_zero(const T* elements, std::size_t count) {
-  bool found = false;
-  for_each_register(hn::ScalableTag<T>(), count, [&](auto tag, std::size_t i) HWY_ATTR {
-    const hn::RebindToSigned<decltype(tag)> bits;
-    const auto sign = hn::BitCast(bits, hn::Set(tag, -T{0}));
-    found |= !hn::AllFalse(bits, hn::Eq(hn::BitCast(bits, hn::LoadU(tag, elements + i)), sign));
-  });
-  return found;
+  return any_of(elements, count, [](auto tag, auto x) HWY_ATTR { return is_negative_zero(tag, x); });
 }
 
-template <class T>
-constexpr BracketLoops<T> brackets_of() {
+constexpr auto brackets_of = [](auto zero) {
+  using T = decltype(zero);
   BracketLoops<T> all{&count_around<T>, nullptr};
   if constexpr (std::is_floating_point_v<T>) all.any_negative_zero = &any_negative_zero<T>;
   return all;
-}
+};
 
-constexpr ForElementTypes<BracketLoops> all_bracket_loops(brackets_of<double>(), brackets_of<float>(),
-                                                          brackets_of<std::int32_t>(), brackets_of<std::int64_t>());
+constexpr auto all_bracket_loops = for_element_types<BracketLoops>(brackets_of);
 
 }  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();

@@ -24,9 +24,8 @@ constexpr Integer truncated(double x) {
   return fits && x < beyond ? static_cast<Integer>(x) : Limits::min();
 }
 
-/// Loops that convert `count` numbers, which do not overlap: to double as a cast does, from floating-point numbers to
-/// integers as `truncated` does, and from 64-bit to 32-bit integers by their lower half. The other pointers
-/// are null.
+/// Loops that convert `count` numbers, which do not overlap: from floating-point numbers to integers as `truncated`
+/// does, else as a cast does, which keeps the lower half of a 64-bit integer. The other pointers are null.
 template <class From>
 struct Conversions {
   template <class To>

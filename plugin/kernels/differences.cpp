@@ -31,8 +31,8 @@ void subtract_neighbours(const T* rows, T* out, std::size_t length, std::size_t 
   }
 }
 
-constexpr ForElementTypes<Differences> all_differences({&subtract_neighbours}, {&subtract_neighbours},
-                                                       {&subtract_neighbours}, {&subtract_neighbours});
+constexpr auto differences_of = [](auto zero) { return Differences<decltype(zero)>{&subtract_neighbours}; };
+constexpr auto all_differences = for_element_types<Differences>(differences_of);
 
 }  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();

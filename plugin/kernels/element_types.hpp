@@ -29,4 +29,10 @@ class ForElementTypes {
   Rows rows_;
 };
 
+/// The set whose loops for each T are `make(T{})`.
+template <template <class T> class Loops, class Make>
+constexpr ForElementTypes<Loops> for_element_types(Make make) {
+  return {make(double{}), make(float{}), make(std::int32_t{}), make(std::int64_t{})};
+}
+
 }  // namespace arrayfold

@@ -137,14 +137,13 @@ T extreme_by_blocks(const T* elements, std::size_t count, std::size_t stride, T 
   return scan_blocks(elements, count, stride, start, choose_whole, Choose());
 }
 
-template <class T>
-constexpr Extremes<T> extremes_of() {
-  return {{&first_extreme<Smaller, T>, &extreme_by_blocks<Smaller, T>},
-          {&first_extreme<Larger, T>, &extreme_by_blocks<Larger, T>}};
-}
+constexpr auto extremes_of = [](auto zero) {
+  using T = decltype(zero);
+  return Extremes<T>{{&first_extreme<Smaller, T>, &extreme_by_blocks<Smaller, T>},
+                     {&first_extreme<Larger, T>, &extreme_by_blocks<Larger, T>}};
+};
 
-constexpr ForElementTypes<Extremes> all_extremes(extremes_of<double>(), extremes_of<float>(),
-                                                 extremes_of<std::int32_t>(), extremes_of<std::int64_t>());
+constexpr auto all_extremes = for_element_types<Extremes>(extremes_of);
 
 }  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();

@@ -192,8 +192,8 @@ bool finite_throughout(const T* elements, std::size_t count) {
   return finite;
 }
 
-template <class T>
-constexpr Folds<T> folds_of() {
+constexpr auto folds_of = [](auto zero) {
+  using T = decltype(zero);
   Folds<T> all{};
   all.sum = &fold_each_row<Adding, 0, T>;
   all.product = &fold_each_row<Multiplying, 1, T>;
@@ -204,10 +204,9 @@ constexpr Folds<T> folds_of() {
   all.count_of_zeros = &count_of_zeros<T>;
   if constexpr (std::is_floating_point_v<T>) all.are_finite = &finite_throughout<T>;
   return all;
-}
+};
 
-constexpr ForElementTypes<Folds> all_folds(folds_of<double>(), folds_of<float>(), folds_of<std::int32_t>(),
-                                           folds_of<std::int64_t>());
+constexpr auto all_folds = for_element_types<Folds>(folds_of);
 
 }  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();

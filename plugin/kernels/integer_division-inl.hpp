@@ -102,7 +102,7 @@ void divide_in_doubles(const std::int32_t* left, const std::int32_t* right, std:
   for_each_register(Ints(), count, [=](auto tag, std::size_t i) HWY_ATTR {
     const DoublesOf<decltype(tag)> doubles;
     const auto a = operand_at<left_step>(tag, left, i), b = operand_at<right_step>(tag, right, i);
-    const auto quotient = hn::DemoteTo(tag, hn::Div(hn::PromoteTo(doubles, a), hn::PromoteTo(doubles, b)));
+    const auto quotient = without_fraction(tag, hn::Div(hn::PromoteTo(doubles, a), hn::PromoteTo(doubles, b)));
     hn::StoreU(Division::from_quotient(quotient, a, b), tag, out + i);
   });
 }
@@ -118,16 +118,6 @@ void divide_in_blocks(const std::int32_t* left, const std::int32_t* right, std::
     else
       divide_in_doubles<Division, left_step, right_step>(a, b, out + first, size);
   }
-}
-
-/// Doubles without their fraction, which integers can hold. Highway's fallback takes what lies between the smallest
-/// integer and the next one for the smallest, so single lanes are cast.
-template <class D, class V>
-HWY_INLINE hn::Vec<D> without_fraction(D tag, V doubles) {
-  if constexpr (hn::MaxLanes(tag) == 1)
-    return hn::Set(tag, static_cast<std::int32_t>(hn::GetLane(doubles)));
-  else
-    return hn::DemoteTo(tag, doubles);
 }
 
 /// Division by one divisor, not 0 or -1: multiplies by the reciprocal, rounded one step away from zero so that exact

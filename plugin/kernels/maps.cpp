@@ -118,8 +118,8 @@ void map_floating(const T* in, double* out, std::size_t count) {
   });
 }
 
-template <class T>
-constexpr Maps<T> maps_of() {
+constexpr auto maps_of = [](auto zero) {
+  using T = decltype(zero);
   Maps<T> all{};
   all.magnitude = &map<Magnitude>;
   all.degrees = &map_floating<Degrees>;
@@ -134,10 +134,9 @@ constexpr Maps<T> maps_of() {
     all.is_finite = &map<Classified<IsFinite>>;
   }
   return all;
-}
+};
 
-constexpr ForElementTypes<Maps> all_maps(maps_of<double>(), maps_of<float>(), maps_of<std::int32_t>(),
-                                         maps_of<std::int64_t>());
+constexpr auto all_maps = for_element_types<Maps>(maps_of);
 
 }  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();

@@ -1,7 +1,6 @@
 // kernels/per_target-inl.hpp: what has to be written for each processor target
 //
-// Everything else in the kernels is written once, but for the names of the C library's functions in vector_math.cpp.
-// Kernel sources include this header through registers-inl.hpp.
+// Everything else in the kernels is written once. Kernel sources include this header through registers-inl.hpp.
 
 #if defined(ARRAYFOLD_PER_TARGET_INL) == defined(HWY_TARGET_TOGGLE)
 #ifdef ARRAYFOLD_PER_TARGET_INL

@@ -7,6 +7,7 @@
 #include <hwy/foreach_target.h>
 
 #include <algorithm>
+#include <type_traits>
 
 #include "kernels/registers-inl.hpp"
 
@@ -76,20 +77,6 @@ void spread_row(const R* factors, std::size_t count, const B* row, std::size_t l
   }
 }
 
-template <class B, class R>
-constexpr Products<B, R> products_of{&add_products<B, R>, &spread_row<B, R>};
-
-constexpr AllProducts all_products{products_of<double, double>,
-                                   products_of<float, double>,
-                                   products_of<std::int32_t, double>,
-                                   products_of<std::int64_t, double>,
-                                   products_of<float, float>,
-                                   products_of<std::int32_t, float>,
-                                   products_of<std::int64_t, float>,
-                                   products_of<std::int32_t, std::int32_t>,
-                                   products_of<std::int32_t, std::int64_t>,
-                                   products_of<std::int64_t, std::int64_t>};
-
 // ---- Vectors of integers
 
 /// The order of the additions does not matter to integers.
@@ -110,6 +97,22 @@ T sum_of_products(const T* a, const T* b, std::size_t count) {
   return sum;
 }
 
+// ---- The table
+
+template <class B, class R>
+constexpr Products<B, R> products_of() {
+  Products<B, R> all{&add_products<B, R>, &spread_row<B, R>, nullptr};
+  if constexpr (std::is_same_v<B, R> && std::is_integral_v<R>) all.inner = &sum_of_products<R>;
+  return all;
+}
+
+template <class... B, class... R>
+constexpr AllProducts products_of_pairs(const ProductsOfPairs<Products<B, R>...>*) {
+  return {products_of<B, R>()...};
+}
+
+constexpr AllProducts all_products = products_of_pairs(static_cast<const AllProducts*>(nullptr));
+
 }  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
@@ -117,17 +120,6 @@ HWY_AFTER_NAMESPACE();
 namespace arrayfold {
 
 const AllProducts* const products_by_target[] = ARRAYFOLD_LOOPS(all_products);
-constexpr decltype(&HWY_STATIC_DISPATCH(sum_of_products<std::int32_t>)) of_ints_by_target[] =
-    ARRAYFOLD_LOOPS(sum_of_products<std::int32_t>);
-constexpr decltype(&HWY_STATIC_DISPATCH(sum_of_products<std::int64_t>)) of_int64s_by_target[] =
-    ARRAYFOLD_LOOPS(sum_of_products<std::int64_t>);
-
-std::int32_t integer_product(const std::int32_t* a, const std::int32_t* b, std::size_t count) {
-  return of_ints_by_target[target_index()](a, b, count);
-}
-std::int64_t integer_product(const std::int64_t* a, const std::int64_t* b, std::size_t count) {
-  return of_int64s_by_target[target_index()](a, b, count);
-}
 
 }  // namespace arrayfold
 #endif

@@ -20,19 +20,19 @@ struct Products {
               std::size_t out_step);
   /// Each of `count` factors in turn times the whole row of `length` elements.
   void (*spread)(const R* factors, std::size_t count, const B* row, std::size_t length, R* out);
+  /// The sum of `count` products. Null unless B and R are the same type of integers.
+  R (*inner)(const R* factors, const B* elements, std::size_t count);
 };
 
+template <class... Pair>
+struct ProductsOfPairs : Pair... {};
+
 /// For each R that is common to B and some type of elements.
-struct AllProducts : Products<double, double>,
-                     Products<float, double>,
-                     Products<std::int32_t, double>,
-                     Products<std::int64_t, double>,
-                     Products<float, float>,
-                     Products<std::int32_t, float>,
-                     Products<std::int64_t, float>,
-                     Products<std::int32_t, std::int32_t>,
-                     Products<std::int32_t, std::int64_t>,
-                     Products<std::int64_t, std::int64_t> {};
+using AllProducts =
+    ProductsOfPairs<Products<double, double>, Products<float, double>, Products<std::int32_t, double>,
+                    Products<std::int64_t, double>, Products<float, float>, Products<std::int32_t, float>,
+                    Products<std::int64_t, float>, Products<std::int32_t, std::int32_t>,
+                    Products<std::int32_t, std::int64_t>, Products<std::int64_t, std::int64_t>>;
 
 extern const AllProducts* const products_by_target[];
 
@@ -40,9 +40,5 @@ template <class B, class R>
 const Products<B, R>& products() {
   return *products_by_target[target_index()];
 }
-
-/// The sum of the products of `count` pairs of integers.
-std::int32_t integer_product(const std::int32_t* a, const std::int32_t* b, std::size_t count);
-std::int64_t integer_product(const std::int64_t* a, const std::int64_t* b, std::size_t count);
 
 }  // namespace arrayfold

@@ -89,6 +89,26 @@ HWY_INLINE void for_each_register_in_quarters(D tag, std::size_t count, const St
   for_each_narrower(tag, first, count, step);
 }
 
+// ---- Questions
+
+/// True when `is_it(tag, lanes)` holds for some element.
+template <class T, class IsIt>
+HWY_INLINE bool any_of(const T* elements, std::size_t count, IsIt is_it) {
+  bool found = false;
+  for_each_register(hn::ScalableTag<T>(), count, [&](auto tag, std::size_t i) HWY_ATTR {
+    found |= !hn::AllFalse(tag, is_it(tag, hn::LoadU(tag, elements + i)));
+  });
+  return found;
+}
+
+/// Only a negative zero has the bits of a sign alone.
+template <class D, class V>
+HWY_INLINE hn::Mask<D> is_negative_zero(D tag, V lanes) {
+  const hn::RebindToSigned<D> bits;
+  const auto sign = hn::BitCast(bits, hn::Set(tag, -hn::TFromD<D>{0}));
+  return hn::RebindMask(tag, hn::Eq(hn::BitCast(bits, lanes), sign));
+}
+
 // ---- Folds in no particular order
 
 /// Where the four accumulators of a fold read: next to each other, or each its own quarter of the elements.
@@ -157,8 +177,28 @@ HWY_INLINE hn::Vec<hn::Rebind<double, D>> as_doubles(D, V lanes) {
     return hn::PromoteTo(doubles, lanes);
 }
 
+/// Doubles without their fraction as lanes of integers, which can hold them. Single lanes are cast: Highway's fallback
+/// takes what lies between the smallest integer and the next one for the smallest.
+template <class D, class V>
+HWY_INLINE hn::Vec<D> without_fraction(D tag, V doubles) {
+  using T = hn::TFromD<D>;
+  if constexpr (hn::MaxLanes(tag) == 1)
+    return hn::Set(tag, static_cast<T>(hn::GetLane(doubles)));
+  else if constexpr (sizeof(T) == sizeof(double))
+    return hn::ConvertTo(tag, doubles);
+  else
+    return hn::DemoteTo(tag, doubles);
+}
+
+/// The lower halves of 64-bit integers, as 32-bit ones.
+template <class D, class V>
+HWY_INLINE hn::Vec<D> lower_halves(D tag, V numbers) {
+  const hn::RebindToUnsigned<D> halves;
+  return hn::BitCast(tag, hn::TruncateTo(halves, hn::BitCast(hn::Rebind<std::uint64_t, D>(), numbers)));
+}
+
 /// Doubles as lanes of `tag`: rounded to float, and `truncated` to integers. Single lanes are cast: Highway's fallback
-/// never rounds to infinity, and gives the smallest integer for what lies between that and the next one.
+/// never rounds to infinity.
 template <class D, class V>
 HWY_INLINE hn::Vec<D> from_doubles(D tag, V doubles) {
   using T = hn::TFromD<D>;
@@ -173,11 +213,8 @@ HWY_INLINE hn::Vec<D> from_doubles(D tag, V doubles) {
     // Highway saturates: only what is beyond the largest integer, and NaN, differ from `truncated`.
     const hn::Rebind<double, D> wide;
     constexpr auto lowest = static_cast<double>(std::numeric_limits<T>::min());
-    const auto fitting = hn::IfThenElse(hn::Lt(doubles, hn::Set(wide, -lowest)), doubles, hn::Set(wide, lowest));
-    if constexpr (sizeof(T) == sizeof(double))
-      return hn::ConvertTo(tag, fitting);
-    else
-      return hn::DemoteTo(tag, fitting);
+    return without_fraction(tag,
+                            hn::IfThenElse(hn::Lt(doubles, hn::Set(wide, -lowest)), doubles, hn::Set(wide, lowest)));
   } else {
     return hn::DemoteTo(tag, doubles);
   }

@@ -52,7 +52,8 @@ void spaced(T* out, std::size_t count, double first, double step) {
   });
 }
 
-constexpr ForElementTypes<EvenSpacing> all_spacing({&spaced}, {&spaced}, {&spaced}, {&spaced});
+constexpr auto spacing_of = [](auto zero) { return EvenSpacing<decltype(zero)>{&spaced}; };
+constexpr auto all_spacing = for_element_types<EvenSpacing>(spacing_of);
 
 }  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();

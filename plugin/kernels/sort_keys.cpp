@@ -14,62 +14,28 @@
 HWY_BEFORE_NAMESPACE();
 namespace arrayfold::HWY_NAMESPACE {
 
-using Doubles = hn::ScalableTag<double>;
 template <class D>
 using SignedOf = hn::RebindToSigned<D>;
 
 // ---- Doubles as they are
-
-/// True when `is_it(tag, lanes)` holds for some element.
-template <class IsIt>
-HWY_INLINE bool any_of(const double* elements, std::size_t count, IsIt is_it) {
-  bool found = false;
-  for_each_register(Doubles(), count, [&](auto tag, std::size_t i) HWY_ATTR {
-    found |= !hn::AllFalse(tag, is_it(tag, hn::LoadU(tag, elements + i)));
-  });
-  return found;
-}
 
 bool any_nan(const double* elements, std::size_t count) {
   return any_of(elements, count, [](auto, auto x) HWY_ATTR { return hn::IsNaN(x); });
 }
 
 bool all_in_order(const double* elements, std::size_t count) {
-  return !any_of(elements, count, [](auto tag, auto x) HWY_ATTR {
-    const SignedOf<decltype(tag)> integers;
-    const auto negative_zero = hn::Set(integers, std::numeric_limits<std::int64_t>::min());
-    const auto is_negative_zero = hn::Eq(hn::BitCast(integers, x), negative_zero);
-    return hn::Or(hn::IsNaN(x), hn::RebindMask(tag, is_negative_zero));
-  });
+  return !any_of(elements, count,
+                 [](auto tag, auto x) HWY_ATTR { return hn::Or(hn::IsNaN(x), is_negative_zero(tag, x)); });
 }
 
 void turn(double* elements, std::size_t count) {
-  for_each_register(Doubles(), count, [=](auto tag, std::size_t i) HWY_ATTR {
+  for_each_register(hn::ScalableTag<double>(), count, [=](auto tag, std::size_t i) HWY_ATTR {
     const SignedOf<decltype(tag)> integers;
     const auto bits = hn::BitCast(integers, hn::LoadU(tag, elements + i));
     const auto value_bits = hn::Set(integers, std::numeric_limits<std::int64_t>::max());
     const auto turned = hn::Xor(bits, hn::And(hn::BroadcastSignBit(bits), value_bits));
     hn::StoreU(hn::BitCast(tag, turned), tag, elements + i);
   });
-}
-
-// ---- Widths
-
-using Ints = TagFor<std::int32_t, std::int64_t>;
-
-void to_64_bits(const std::int32_t* elements, std::size_t count, std::int64_t* wide) {
-  for_each_register(Ints(), count, [=](auto tag, std::size_t i) HWY_ATTR {
-    const hn::Rebind<std::int64_t, decltype(tag)> integers;
-    hn::StoreU(hn::PromoteTo(integers, hn::LoadU(tag, elements + i)), integers, wide + i);
-  });
-}
-
-/// Stores the low 32 bits of each lane.
-template <class D, class V>
-HWY_INLINE void store_low_bits(D, V lanes, std::int32_t* out) {
-  const hn::Rebind<std::int32_t, D> ints;
-  const hn::RebindToUnsigned<decltype(ints)> low;
-  hn::StoreU(hn::BitCast(ints, hn::TruncateTo(low, hn::BitCast(hn::RebindToUnsigned<D>(), lanes))), ints, out);
 }
 
 // ---- Keys
@@ -150,7 +116,9 @@ constexpr ForElementTypes<SortKeys> all_sort_keys(keys<double>, {}, keys<std::in
 void positions_of(const std::uint64_t* numbers, std::size_t count, const KeyPacking& packing, std::int32_t* positions) {
   const std::uint64_t mask = packing.position_in(~std::uint64_t{0});
   for_each_register(hn::ScalableTag<std::uint64_t>(), count, [=](auto tag, std::size_t i) HWY_ATTR {
-    store_low_bits(tag, hn::And(hn::LoadU(tag, numbers + i), hn::Set(tag, mask)), positions + i);
+    const hn::Rebind<std::int32_t, decltype(tag)> ints;
+    const auto found = hn::And(hn::LoadU(tag, numbers + i), hn::Set(tag, mask));
+    hn::StoreU(lower_halves(ints, found), ints, positions + i);
   });
 }
 
@@ -163,7 +131,6 @@ namespace arrayfold {
 constexpr decltype(&HWY_STATIC_DISPATCH(any_nan)) any_nan_by_target[] = ARRAYFOLD_LOOPS(any_nan);
 constexpr decltype(&HWY_STATIC_DISPATCH(all_in_order)) all_in_order_by_target[] = ARRAYFOLD_LOOPS(all_in_order);
 constexpr decltype(&HWY_STATIC_DISPATCH(turn)) turn_by_target[] = ARRAYFOLD_LOOPS(turn);
-constexpr decltype(&HWY_STATIC_DISPATCH(to_64_bits)) to_64_bits_by_target[] = ARRAYFOLD_LOOPS(to_64_bits);
 const ForElementTypes<SortKeys>* const sort_keys_by_target[] = ARRAYFOLD_LOOPS(all_sort_keys);
 constexpr decltype(&HWY_STATIC_DISPATCH(positions_of)) positions_by_target[] = ARRAYFOLD_LOOPS(positions_of);
 
@@ -174,10 +141,6 @@ bool in_total_order(const double* elements, std::size_t count) {
 }
 
 void turn_negatives(double* elements, std::size_t count) { turn_by_target[target_index()](elements, count); }
-
-void widen(const std::int32_t* elements, std::size_t count, std::int64_t* wide) {
-  to_64_bits_by_target[target_index()](elements, count, wide);
-}
 
 void unpack_positions(const std::uint64_t* numbers, std::size_t count, const KeyPacking& packing,
                       std::int32_t* positions) {

@@ -25,8 +25,6 @@ bool in_total_order(const double* elements, std::size_t count);
 /// second turn brings the numbers back.
 void turn_negatives(double* elements, std::size_t count);
 
-void widen(const std::int32_t* elements, std::size_t count, std::int64_t* wide);
-
 /// The smallest and the largest key of some elements.
 struct KeyRange {
   std::uint64_t low;

@@ -99,7 +99,7 @@ CommonType<A, B> inner_product(std::size_t count, const A* a, std::size_t a_step
     return sum;
   }
   if constexpr (std::is_same_v<A, B> && std::is_integral_v<A>)
-    if (a_step == 1 && b_step == 1) return integer_product(a, b, count);
+    if (a_step == 1 && b_step == 1) return products<A, A>().inner(a, b, count);
   for (std::size_t i = 0; i < count; ++i) sum += a[i * a_step] * b[i * b_step];
   return sum;
 }

@@ -43,7 +43,7 @@ void sort_by_vectors(double* elements, std::size_t count) {
 // Sorted in twice the width: the 64-bit sort is several times as fast.
 void sort_by_vectors(std::int32_t* elements, std::size_t count) {
   const Scratch<std::int64_t> wide(count);
-  widen(elements, count, wide.data());
+  convert(elements, wide.data(), count);
   sort_by_vectors(wide.data(), count);
   convert(wide.data(), elements, count);
 }

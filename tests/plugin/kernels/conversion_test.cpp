@@ -127,5 +127,19 @@ TEST(Convert, From64BitIntegers_RoundsAsACastDoes) {
   on_each_target([&] { expect_conversion<std::int64_t, double>(numbers); });
 }
 
+TEST(Convert, FromInts_WidensThem) {
+  on_each_target([] {
+    for (const std::size_t length : lengths()) {
+      SCOPED_TRACE(length);
+      const auto values = mixed_values<std::int32_t>(length, 1);
+      Memory<std::int32_t> row(values, 1);
+      Memory<std::int64_t> wide(length, 1);
+      convert(row.data(), wide.data(), length);
+      EXPECT_TRUE(same_bits(wide.values(), std::vector<std::int64_t>(values.begin(), values.end())));
+      EXPECT_TRUE(wide.is_intact());
+    }
+  });
+}
+
 }  // namespace
 }  // namespace arrayfold::test

@@ -91,7 +91,7 @@ void expect_integer_products() {
     T expected = 0;
     for (std::size_t i = 0; i < length; ++i) expected += left[i] * right[i];
     Memory<T> a(left, 1), b(right, 2);
-    EXPECT_EQ(integer_product(a.data(), b.data(), length), expected);
+    EXPECT_EQ((products<T, T>().inner(a.data(), b.data(), length)), expected);
   }
 }
 

@@ -74,20 +74,6 @@ TEST(SortKeys, TurnedNegatives_AreOrderedAsIntegersAndTurnBack) {
   });
 }
 
-TEST(SortKeys, WideIntegers_KeepTheirNumbers) {
-  on_each_target([] {
-    for (const std::size_t length : lengths()) {
-      SCOPED_TRACE(length);
-      const auto values = mixed_values<std::int32_t>(length, 1);
-      Memory<std::int32_t> row(values, 1);
-      Memory<std::int64_t> wide(length, 1);
-      widen(row.data(), length, wide.data());
-      EXPECT_TRUE(same_bits(wide.values(), std::vector<std::int64_t>(values.begin(), values.end())));
-      EXPECT_TRUE(wide.is_intact());
-    }
-  });
-}
-
 /// The range of the keys, and packed keys under several widths.
 template <class T>
 void expect_keys() {
