@@ -291,9 +291,7 @@ void record_calls(bool on) noexcept;
 /// The calls from the last start on, in their order.
 std::vector<RecordedCall> recorded_calls();
 
-/// True when freed memory is overwritten, as debug builds do; the block freed last then stays readable until the next.
-bool poisons_freed_memory() noexcept;
-/// The byte that fills freed memory there.
+/// The byte with which debug builds overwrite what they free; the block freed last stays readable until the next.
 inline constexpr std::byte poison_byte{0xDB};
 
 }  // namespace hvm

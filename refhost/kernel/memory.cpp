@@ -100,14 +100,6 @@ void fail_allocation(std::int64_t nth) noexcept {
 bool allocation_has_failed() noexcept { return kernel::failure_has_come; }
 std::int64_t allocation_count() noexcept { return kernel::asked_blocks; }
 
-bool poisons_freed_memory() noexcept {
-#ifdef HVM_POISON
-  return true;
-#else
-  return false;
-#endif
-}
-
 Counts counts() noexcept {
   using kernel::BlockKind;
   release(kernel::lost_record);

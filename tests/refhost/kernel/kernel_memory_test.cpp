@@ -177,14 +177,5 @@ TEST_F(KernelMemory, CopiesWithoutMemory_LackEntriesAndLeakNothing) {
   EXPECT_GT(failures, 8);
 }
 
-TEST_F(KernelMemory, DebugBuilds_OverwriteWhatTheyFree) {
-  if (!poisons_freed_memory()) GTEST_SKIP() << "this build does not poison freed memory";
-  HostValue* record = HVM_NewObject();
-  HVM_SetInt(ctx(), record, 5);
-  HVM_FreeObj(ctx(), record);
-  for (std::size_t n = 0; n < sizeof(HostValue); ++n)
-    EXPECT_EQ(reinterpret_cast<const std::byte*>(record)[n], poison_byte);
-}
-
 }  // namespace
 }  // namespace hvm::testing
