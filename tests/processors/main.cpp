@@ -16,6 +16,7 @@
 
 #include "processors/digest.hpp"
 #include "support/functions.hpp"
+#include "support/targets.hpp"
 
 namespace arrayfold::test {
 namespace {
@@ -23,11 +24,7 @@ namespace {
 /// Makes all loops on Highway in this process use one target.
 void use_target(const char* name) {
   for (const std::int64_t target : hwy::SupportedAndGeneratedTargets())
-    if (std::strcmp(hwy::TargetName(target), name) == 0) {
-      hwy::SetSupportedTargetsForTest(target);
-      hwy::GetChosenTarget().Update(target);
-      return;
-    }
+    if (std::strcmp(hwy::TargetName(target), name) == 0) return choose_among(target);
   throw std::invalid_argument(std::string("this processor does not have the target ") + name);
 }
 

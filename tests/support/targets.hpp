@@ -13,21 +13,21 @@
 
 namespace arrayfold::test {
 
+/// Lets the kernels choose among these targets alone; 0 brings the machine's own choice back.
+inline void choose_among(std::int64_t targets) {
+  hwy::SetSupportedTargetsForTest(targets);
+  hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+}
+
 /// Makes the kernels run on one target as long as it lives.
 class OnTarget {
  public:
-  explicit OnTarget(std::int64_t target) : trace_(__FILE__, __LINE__, hwy::TargetName(target)) { choose(target); }
-  ~OnTarget() { choose(0); }
+  explicit OnTarget(std::int64_t target) : trace_(__FILE__, __LINE__, hwy::TargetName(target)) { choose_among(target); }
+  ~OnTarget() { choose_among(0); }
   OnTarget(const OnTarget&) = delete;
   OnTarget& operator=(const OnTarget&) = delete;
 
  private:
-  /// 0 brings the machine's own choice back.
-  static void choose(std::int64_t targets) {
-    hwy::SetSupportedTargetsForTest(targets);
-    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
-  }
-
   testing::ScopedTrace trace_;
 };
 

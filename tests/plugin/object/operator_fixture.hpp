@@ -54,4 +54,23 @@ class OperatorTest : public ModuleTest {
   }
 };
 
+/// Operands that several tests combine.
+class Operands : public OperatorTest {
+ protected:
+  Value matrix(const std::vector<std::size_t>& extents, const std::vector<int>& elements) const {
+    return array_of<XTInt>(ctx(), extents, elements);
+  }
+  /// An int array of nine dimensions with 2 elements.
+  Value deep() const { return matrix({1, 1, 1, 1, 2, 1, 1, 1, 1}, {1, 2}); }
+  /// Six elements under a shape whose product is not six.
+  Value overdrawn() const {
+    Value array = ints({1, 2, 3, 4, 5, 6});
+    EXPECT_EQ(method(array, "reshape", {Value(-2), Value(-3)}).returned, 1);
+    return array;
+  }
+
+  int content_ = 7;
+  ForeignObject foreign_{"$foreign", &content_};
+};
+
 }  // namespace arrayfold::test
