@@ -433,10 +433,14 @@ HostCodeNode* TreeDecoder::selection(int depth) {
   lead_to(selection->value, table);
   name_variable(table->link);
   HostCodeSlot* onward = &table->value;
+  int matches = 1;
   while (true) {
     const char letter = bytes_.pick(".s:2");
     HostCodeNode* cell = letter == '.' ? nullptr : make(NodeKind::list_cell);
     if (cell == nullptr) break;
+    // A selector that is a table of two tables selects both at every level, so what is selected can double each time.
+    matches *= 2;
+    spent_ += matches;
     lead_to(*onward, cell);
     onward = &cell->value;
     HostCodeNode* range = letter == ':' ? make(NodeKind::range) : nullptr;
