@@ -8,19 +8,34 @@
 #include <vector>
 
 #include "script/module/array_module.hpp"
+#include "script/module/module_functions.hpp"
 
 namespace hvm {
 
 /// Takes a line of output, without its end, with the place that printed it.
 using PrintLine = std::function<void(const std::string& text, const SourceText& source, std::size_t line)>;
 
+/// What a script may read and write.
+enum class FileAccess {
+  none,                    // no file at all
+  without_standard_input,  // every file, but the standard input holds the script
+  all
+};
+
 /// What a built-in function gets.
 struct BuiltinCall {
   const ModuleCaller& caller;
   Span span;
+  const ModuleFunctions& module;
   const ArrayChecks& checks;
   const PrintLine& print;
+  FileAccess files;
   std::vector<Value>& arguments;
+  std::string_view name = {};  // of the function that is called
+
+  /// Throws a `Failure` whose message is `name: message`.
+  [[noreturn]] void fail(const std::string& message) const;
+  std::size_t count() const { return arguments.size(); }
 };
 
 struct Builtin {
@@ -30,10 +45,28 @@ struct Builtin {
   Value (*body)(const BuiltinCall& call);
 };
 
+/// The built-in functions of one source file.
+struct BuiltinFamily {
+  const Builtin* begin_;
+  const Builtin* end_;
+  const Builtin* begin() const { return begin_; }
+  const Builtin* end() const { return end_; }
+};
+template <std::size_t count>
+constexpr BuiltinFamily family_of(const Builtin (&rows)[count]) {
+  return {rows, rows + count};
+}
+
+BuiltinFamily general_functions();
+BuiltinFamily number_functions();
+BuiltinFamily text_functions();
+BuiltinFamily table_functions();
+BuiltinFamily file_functions();
+
 /// The built-in function of a name, null when there is none.
 const Builtin* find_builtin(std::string_view name);
 std::vector<std::string_view> builtin_names();
 /// Calls it after a check of the number of arguments. Throws `Failure`.
-Value call_builtin(const Builtin& builtin, const BuiltinCall& call);
+Value call_builtin(const Builtin& builtin, BuiltinCall call);
 
 }  // namespace hvm

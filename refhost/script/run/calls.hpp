@@ -18,13 +18,14 @@ class Statements;
 class Calls {
  public:
   Calls(Site& site, Scopes& scopes, const Functions& functions, Quotations& quotations, const ArrayChecks& checks,
-        const PrintLine& print, Statements& statements)
+        const PrintLine& print, FileAccess files, Statements& statements)
       : site_(site),
         scopes_(scopes),
         functions_(functions),
         quotations_(quotations),
         checks_(checks),
         print_(print),
+        files_(files),
         statements_(statements),
         depth_(site) {}
 
@@ -46,6 +47,7 @@ class Calls {
   Quotations& quotations_;
   const ArrayChecks& checks_;
   const PrintLine& print_;
+  FileAccess files_;
   Statements& statements_;
   CallDepth depth_;
 };

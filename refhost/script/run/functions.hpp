@@ -17,6 +17,7 @@ class Functions {
   /// `module` must outlive this.
   explicit Functions(const ModuleFunctions& module) : module_(module) {}
 
+  const ModuleFunctions& module() const { return module_; }
   /// Adds the fns of a program; a later one of the same name replaces an earlier one.
   void define(const Program& program);
 

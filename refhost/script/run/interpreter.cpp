@@ -28,7 +28,7 @@ struct Interpreter::Parts {
         operators(site, checks),
         evaluator(site, variables, elements, operators, quotations, calls),
         statements(site, scopes, functions, variables, elements, operators, evaluator),
-        calls(site, scopes, functions, quotations, checks, options.print, statements),
+        calls(site, scopes, functions, quotations, checks, options.print, options.files, statements),
         callbacks(context, site, scopes, calls, evaluator) {}
 
   InterpreterOptions options;

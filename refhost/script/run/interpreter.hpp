@@ -19,6 +19,7 @@ struct InterpreterOptions {
   bool has_checks = true;  // check what the module does not
   PrintLine print;         // where `print` goes
   Warn warn = {};          // where warnings go; they are lost without it
+  FileAccess files = FileAccess::all;
 };
 
 class Interpreter {

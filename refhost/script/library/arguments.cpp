@@ -1,0 +1,49 @@
+// script/library/arguments.cpp: the arguments of built-in functions, checked
+
+#include "script/library/arguments.hpp"
+
+#include <fmt/format.h>
+
+#include "script/text/value_kinds.hpp"
+
+namespace hvm {
+namespace {
+
+[[noreturn]] void fail_kind(const BuiltinCall& call, const char* wanted, const Value& value) {
+  call.fail(fmt::format("it takes {}, not {}", wanted, kind_in_words(value)));
+}
+
+}  // namespace
+
+bool has_argument(const BuiltinCall& call, std::size_t i) { return i < call.count() && !call.arguments[i].is_nil(); }
+
+std::string_view text_argument(const BuiltinCall& call, std::size_t i) {
+  const Value& value = call.arguments[i];
+  if (!value.is_string()) fail_kind(call, "a string", value);
+  return text_of(value.record());
+}
+
+double number_argument(const BuiltinCall& call, std::size_t i) {
+  Value& value = call.arguments[i];
+  if (!value.is_number()) fail_kind(call, "a number", value);
+  return HVM_AsDouble(value.address());
+}
+
+std::int64_t integer_argument(const BuiltinCall& call, std::size_t i) {
+  Value& value = call.arguments[i];
+  const bool is_integer = value.tag() == ValueTag::integer || value.tag() == ValueTag::integer64;
+  if (!is_integer) fail_kind(call, "an integer", value);
+  return HVM_AsInt64(value.address());
+}
+
+HostHash* table_argument(const BuiltinCall& call, std::size_t i) {
+  const Value& value = call.arguments[i];
+  if (!value.is_table()) fail_kind(call, "a table", value);
+  return table_of(value.record());
+}
+
+Value integer_value(std::int64_t x) noexcept {
+  return x == static_cast<std::int32_t>(x) ? Value(static_cast<int>(x)) : Value(x);
+}
+
+}  // namespace hvm

@@ -1,0 +1,31 @@
+// script/library/arguments.hpp: the arguments of built-in functions, checked
+//
+// Each function takes the argument at `i`, counted from 0. When it is of another kind, a `Failure` says what the
+// function takes and what it got: `find: it takes a string, not an int`.
+
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "script/library/builtins.hpp"
+
+namespace hvm {
+
+/// Whether the call has an argument at `i` that is not nil.
+bool has_argument(const BuiltinCall& call, std::size_t i);
+
+/// The text of a string in UTF-8. It lasts as long as the argument; that of a wide string until the eighth conversion
+/// after this one.
+std::string_view text_argument(const BuiltinCall& call, std::size_t i);
+/// A number of any kind, as a double.
+double number_argument(const BuiltinCall& call, std::size_t i);
+/// An int or an int64.
+std::int64_t integer_argument(const BuiltinCall& call, std::size_t i);
+/// A table; never null.
+HostHash* table_argument(const BuiltinCall& call, std::size_t i);
+
+/// An integer as a value: an `int` when it fits in 32 bits, otherwise an `int64`.
+Value integer_value(std::int64_t x) noexcept;
+
+}  // namespace hvm

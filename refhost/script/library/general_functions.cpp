@@ -1,0 +1,99 @@
+// script/library/general_functions.cpp: print, len, type, str, range, assert, clock
+
+#include <fmt/format.h>
+
+#include <chrono>
+
+#include "script/library/arguments.hpp"
+#include "script/library/range.hpp"
+#include "script/library/truth.hpp"
+#include "script/module/object_text.hpp"
+#include "script/syntax/diagnostics.hpp"
+#include "script/syntax/unicode.hpp"
+#include "script/text/printer.hpp"
+#include "script/text/value_kinds.hpp"
+
+namespace hvm {
+namespace {
+
+constexpr std::int64_t longest_range_table = 10'000'000;
+
+Printer printer_for(const BuiltinCall& call, Detail detail) {
+  return Printer(detail, object_text(call.caller, call.checks, detail));
+}
+
+Value print(const BuiltinCall& call) {
+  const Printer printer = printer_for(call, Detail::brief);
+  std::string text;
+  for (const Value& argument : call.arguments) {
+    if (!text.empty() || &argument != &call.arguments.front()) text += ' ';
+    text += printer.text(argument);
+  }
+  const SourceText& source = *call.caller.source;
+  call.print(text, source, source.line(call.span.end > 0 ? call.span.end - 1 : 0));
+  return {};
+}
+
+std::size_t characters_in(const Value& text) {
+  const HostValue& record = text.record();
+  return text.tag() == ValueTag::wide_string ? character_count(wide_text_of(record)) : character_count(text_of(record));
+}
+
+Value len(const BuiltinCall& call) {
+  Value& value = call.arguments[0];
+  if (value.is_string()) return Value(static_cast<int>(characters_in(value)));
+  if (value.is_table()) return Value(static_cast<int>(entry_count(table_of(value.record()))));
+  const auto shape = value.is_object() ? shape_of(call.caller, value) : std::nullopt;
+  if (!shape) call.fail(fmt::format("{} has no length", kind_in_words(value)));
+  if (shape->empty()) call.fail("a zero-dimensional array has no length");
+  return integer_value(shape->front());
+}
+
+Value type(const BuiltinCall& call) { return Value(kind_name(call.arguments[0])); }
+
+Value str(const BuiltinCall& call) {
+  const Value& value = call.arguments[0];
+  if (value.is_string()) return value;
+  return Value(printer_for(call, Detail::full).text(value));
+}
+
+Value range(const BuiltinCall& call) {
+  Range range(call.arguments);
+  if (range.count() > longest_range_table)
+    call.fail(fmt::format("a table of {} numbers is too long; 'for' walks a range without one", range.count()));
+  Value table = Value::table();
+  for (int i = 0; range.has_more(); ++i, range.advance()) {
+    const Value number = range.value();
+    if (HostValue* place = slot(table_of(table.record()), i)) assign(*place, number.record());
+  }
+  return table;
+}
+
+Value assertion(const BuiltinCall& call) {
+  if (truth(call.arguments[0])) return {};
+  if (call.arguments.size() == 1) throw Failure("assertion failed");
+  throw Failure(fmt::format("assertion failed: {}", printer_for(call, Detail::brief).text(call.arguments[1])));
+}
+
+Value clock(const BuiltinCall&) {
+  const auto now = std::chrono::steady_clock::now().time_since_epoch();
+  return Value(std::chrono::duration<double>(now).count());
+}
+
+// clang-format off
+constexpr Builtin rows[] = {
+    {"assert", 1, 2, assertion},
+    {"clock", 0, 0, clock},
+    {"len", 1, 1, len},
+    {"print", 0, -1, print},
+    {"range", 1, 3, range},
+    {"str", 1, 1, str},
+    {"type", 1, 1, type},
+};
+// clang-format on
+
+}  // namespace
+
+BuiltinFamily general_functions() { return family_of(rows); }
+
+}  // namespace hvm
