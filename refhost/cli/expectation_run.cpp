@@ -18,8 +18,8 @@ class ExpectationRun {
  public:
   ExpectationRun(SourcePtr source, const ModuleFunctions& functions, bool has_checks)
       : source_(std::move(source)),
-        interpreter_(functions, {has_checks, [this](const std::string& text, const SourceText&, std::size_t line) {
-                                   printed_[line] += (printed_.count(line) ? "\n" : "") + text;
+        interpreter_(functions, {has_checks, [this](const std::string& text, const SourceText& from, std::size_t line) {
+                                   print(text, from.name() == source_->name() ? line : running_line_);
                                  }}) {}
 
   std::vector<std::string> failures() {
@@ -81,13 +81,18 @@ class ExpectationRun {
     return std::make_shared<SourceText>(source.name(), std::move(whole));
   }
 
+  void print(const std::string& text, std::size_t line) { printed_[line] += (printed_.count(line) ? "\n" : "") + text; }
+
   void run(const Statement& statement, const SourcePtr& source) {
+    const std::size_t first = source->line(statement.span.begin);
+    running_line_ = first;
     try {
       interpreter_.run(statement, source);
     } catch (const ScriptError& error) {
-      const std::size_t first = source->line(statement.span.begin);
       const std::size_t last = source->line(std::max(statement.span.begin + 1, statement.span.end) - 1);
-      if (!settle(error.line(), error.line(), error) && !settle(first, last, error)) throw;
+      const bool is_here = error.source() == source;
+      if (is_here && settle(error.line(), error.line(), error)) return;
+      if (!settle(first, last, error)) throw;
     }
   }
 
@@ -124,6 +129,7 @@ class ExpectationRun {
   std::map<std::size_t, Expectation> expected_;
   std::map<std::size_t, bool> failed_lines_;
   std::size_t last_code_line_ = 0;
+  std::size_t running_line_ = 0;  // of the statement that runs: what another script prints belongs to it
   std::vector<std::string> failures_;
   Interpreter interpreter_;
 };

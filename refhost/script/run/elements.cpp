@@ -6,6 +6,7 @@
 
 #include <unordered_set>
 
+#include "script/library/characters.hpp"
 #include "script/text/number_text.hpp"
 #include "script/text/value_kinds.hpp"
 
@@ -41,6 +42,7 @@ Value Elements::read(Value& container, std::vector<Value>& indices, Span span) c
     const HostValue* found = find(table_of(container.record()), indices[0].record());
     return found ? Value::sharing(*found) : Value();
   }
+  if (container.is_string()) return site_.placed(span, [&] { return character_at(container, indices); });
   if (!container.is_object()) site_.fail(fmt::format("{} has no elements", kind_in_words(container)), span);
   return site_.placed(span, [&] {
     const ModuleCaller caller = site_.caller(span);
@@ -48,6 +50,13 @@ Value Elements::read(Value& container, std::vector<Value>& indices, Span span) c
     if (auto element = read_element(caller, container, indices)) return std::move(*element);
     throw Failure(fmt::format("{} gives no element with {}", described(caller, container), index_count(indices)));
   });
+}
+
+Value Elements::read_range(const Value& container, const Value& low, const Value& high, Span span) const {
+  if (container.is_table()) site_.fail("a range of keys is allowed in quotations only", span);
+  if (!container.is_string())
+    site_.fail(fmt::format("a range selects characters of a string, and this is {}", kind_in_words(container)), span);
+  return site_.placed(span, [&] { return characters_between(container, low, high); });
 }
 
 void Elements::write(const ElementAssignment& form, Value& container, std::vector<Value>& indices, Value& value) const {

@@ -15,8 +15,11 @@ class Elements {
  public:
   Elements(Site& site, const ArrayChecks& checks) : site_(site), checks_(checks) {}
 
-  /// `container[indices]`, whose brackets are at `span`. An absent entry of a table is nil.
+  /// `container[indices]`, whose brackets are at `span`. An absent entry of a table is nil. The element of a string is
+  /// a character.
   Value read(Value& container, std::vector<Value>& indices, Span span) const;
+  /// `container[low:high]`, the characters of a string from `low` to before `high`. An end that is nil is left open.
+  Value read_range(const Value& container, const Value& low, const Value& high, Span span) const;
   /// `container[indices] = value`, as `form` writes it.
   void write(const ElementAssignment& form, Value& container, std::vector<Value>& indices, Value& value) const;
   /// Writes an entry of a table. `key_span` is the place of the key.

@@ -30,6 +30,7 @@ Value Evaluator::evaluate(const Integer64Literal& form, Span) { return Value(for
 Value Evaluator::evaluate(const RealLiteral& form, Span) { return Value(form.value); }
 Value Evaluator::evaluate(const StringLiteral& form, Span) { return Value(std::string_view(form.text)); }
 Value Evaluator::evaluate(const WideStringLiteral& form, Span) { return Value(std::u16string_view(form.text)); }
+Value Evaluator::evaluate(const NilLiteral&, Span) { return {}; }
 
 Value Evaluator::evaluate(const TableLiteral& form, Span span) {
   Value table = Value::table();
@@ -59,12 +60,24 @@ Value Evaluator::evaluate(const Postfix& form, Span) {
       value = calls_.method(value, method->name, evaluate(method->arguments), joined(form.operand->span, suffix.span));
       continue;
     }
-    std::vector<Value> indices = evaluate(std::get<Index>(suffix.form).indices);
-    value = elements_.read(value, indices, suffix.span);
+    value = element(value, std::get<Index>(suffix.form), suffix.span);
   }
   return value;
 }
 
+Value Evaluator::element(Value& container, const Index& index, Span span) {
+  const Expression& first = *index.indices.front();
+  const auto* range = index.indices.size() == 1 ? std::get_if<KeyRange>(&first.form) : nullptr;
+  if (!range) {
+    std::vector<Value> indices = evaluate(index.indices);
+    return elements_.read(container, indices, span);
+  }
+  const Value low = range->low ? evaluate(*range->low) : Value();
+  const Value high = range->high ? evaluate(*range->high) : Value();
+  return elements_.read_range(container, low, high, first.span);
+}
+
+/// Any range that is not the only index of a string.
 Value Evaluator::evaluate(const KeyRange&, Span span) {
   site_.fail("a range of keys is allowed in quotations only", span);
 }

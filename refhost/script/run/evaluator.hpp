@@ -35,6 +35,7 @@ class Evaluator {
   Value evaluate(const RealLiteral& form, Span span);
   Value evaluate(const StringLiteral& form, Span span);
   Value evaluate(const WideStringLiteral& form, Span span);
+  Value evaluate(const NilLiteral& form, Span span);
   Value evaluate(const TableLiteral& form, Span span);
   Value evaluate(const Variable& form, Span span);
   Value evaluate(const Call& form, Span span);
@@ -44,6 +45,7 @@ class Evaluator {
   Value evaluate(const Chain& form, Span span);
   Value evaluate(const Logic& form, Span span);
   Value evaluate(const KeyRange& form, Span span);
+  Value element(Value& container, const Index& index, Span span);
   Value evaluate(const QuotationLiteral& form, Span span);
 
   const Site& site_;

@@ -9,6 +9,7 @@
 #include "script/run/evaluator.hpp"
 #include "script/run/module_callbacks.hpp"
 #include "script/run/statements.hpp"
+#include "script/run/uses.hpp"
 #include "script/syntax/parser.hpp"
 #include "script/text/printer.hpp"
 
@@ -27,7 +28,8 @@ struct Interpreter::Parts {
         elements(site, checks),
         operators(site, checks),
         evaluator(site, variables, elements, operators, quotations, calls),
-        statements(site, scopes, functions, variables, elements, operators, evaluator),
+        statements(site, scopes, functions, variables, elements, operators, evaluator, uses),
+        uses(site, scopes, functions, statements, options.files),
         calls(site, scopes, functions, quotations, checks, options.print, options.files, statements),
         callbacks(context, site, scopes, calls, evaluator) {}
 
@@ -43,6 +45,7 @@ struct Interpreter::Parts {
   Operators operators;
   Evaluator evaluator;
   Statements statements;
+  Uses uses;
   Calls calls;
   ModuleCallbacks callbacks;
 };

@@ -17,11 +17,17 @@ Value plain_negated(const Value& operand) {
   return plain_binary(BinaryOperator::multiply, operand, Value(-1));
 }
 
+/// Whether a value is nil can be asked of every value, so the type of an object does not decide it.
+bool is_comparison_with_nil(BinaryOperator op, const Value& left, const Value& right) {
+  return (op == BinaryOperator::equal || op == BinaryOperator::not_equal) && (left.is_nil() || right.is_nil());
+}
+
 }  // namespace
 
 Value Operators::binary(BinaryOperator op, Value& left, Value& right, Span span) const {
   return site_.placed(span, [&] {
-    if (!left.is_object() && !right.is_object()) return plain_binary(op, left, right);
+    const bool has_object = left.is_object() || right.is_object();
+    if (!has_object || is_comparison_with_nil(op, left, right)) return plain_binary(op, left, right);
     checks_.operation(site_.caller(span), op, left, right);
     return object_binary(site_.caller(span), op, left, right);
   });

@@ -129,6 +129,27 @@ Value joined_strings(const Value& left, const Value& right) {
   return Value(std::string(text_of(left.record())).append(text_of(right.record())));
 }
 
+bool is_integer(const Value& value) { return value.tag() == ValueTag::integer || value.tag() == ValueTag::integer64; }
+
+template <class Text>
+Value repeated(Text text, std::int64_t times) {
+  constexpr std::int64_t longest = std::numeric_limits<std::int32_t>::max();
+  if (times <= 0 || text.empty()) return Value(text.substr(0, 0));
+  if (times > longest / static_cast<std::int64_t>(text.size()))
+    throw Failure(fmt::format("a string of {} repetitions is too long", times));
+  std::basic_string<typename Text::value_type> whole;
+  whole.reserve(text.size() * static_cast<std::size_t>(times));
+  for (; times > 0; --times) whole += text;
+  return Value(Text(whole));
+}
+
+/// The string so often, an empty one when the number is not positive.
+Value repeated(const Value& text, const Value& times) {
+  const std::int64_t count = number_of(times).whole;
+  if (text.tag() == ValueTag::wide_string) return repeated(wide_text_of(text.record()), count);
+  return repeated(text_of(text.record()), count);
+}
+
 }  // namespace
 
 Value plain_binary(BinaryOperator op, const Value& left, const Value& right) {
@@ -137,9 +158,11 @@ Value plain_binary(BinaryOperator op, const Value& left, const Value& right) {
     if (is_comparison(op)) return Value(compared(op, text_of(left.record()), text_of(right.record())) ? 1 : 0);
     if (op == BinaryOperator::add) return joined_strings(left, right);
   }
+  if (left.is_string() && op == BinaryOperator::multiply && is_integer(right)) return repeated(left, right);
+  const bool has_nil = left.is_nil() || right.is_nil();
   const bool has_table = left.is_table() || right.is_table();
   const bool is_equality = op == BinaryOperator::equal || op == BinaryOperator::not_equal;
-  if (is_equality && !has_table) {
+  if (is_equality && (has_nil || !has_table)) {
     const bool are_equal = left.is_nil() && right.is_nil();
     return Value(are_equal == (op == BinaryOperator::equal) ? 1 : 0);
   }

@@ -6,17 +6,28 @@
 
 #include "script/library/range.hpp"
 #include "script/module/fault_report.hpp"
+#include "script/run/uses.hpp"
 #include "script/text/value_kinds.hpp"
 
 namespace hvm {
+namespace {
+
+/// A string key of a table has a form of its own; scripts get it as an ordinary string.
+Value key_value(const HostValue& key) {
+  return key.tag == ValueTag::string_record ? Value(text_of(key)) : Value::sharing(key);
+}
+
+}  // namespace
 
 Value Statements::run_body(const Block& body) {
   return execute(body) == Flow::returned ? std::move(returned_) : Value();
 }
 
 Statements::Flow Statements::execute(const Block& block) {
-  for (const Statement& statement : block)
-    if (execute(statement) == Flow::returned) return Flow::returned;
+  for (const Statement& statement : block) {
+    const Flow flow = execute(statement);
+    if (flow != Flow::onward) return flow;
+  }
   return Flow::onward;
 }
 
@@ -37,7 +48,7 @@ Statements::Flow Statements::execute(const VariableAssignment& form, Span span) 
   const auto& variable = std::get<Variable>(form.variable->form);
   Value value = evaluator_.evaluate(*form.value);
   if (!form.op) {
-    scopes_.slot_of(variable) = {std::move(value), true};
+    give(form.variable, std::move(value));
     return Flow::onward;
   }
   variables_.read(variable, form.variable->span);
@@ -65,48 +76,82 @@ Statements::Flow Statements::execute(const If& form, Span) {
   return execute(form.otherwise);
 }
 
+Statements::Flow Statements::turn(const Block& body) {
+  const Flow flow = execute(body);
+  return flow == Flow::continued ? Flow::onward : flow;
+}
+
 Statements::Flow Statements::execute(const While& form, Span) {
-  while (evaluator_.holds(*form.condition))
-    if (execute(form.body) == Flow::returned) return Flow::returned;
-  return Flow::onward;
+  Flow flow = Flow::onward;
+  while (flow == Flow::onward && evaluator_.holds(*form.condition)) flow = turn(form.body);
+  return flow == Flow::returned ? flow : Flow::onward;
 }
 
 Statements::Flow Statements::execute(const For& form, Span) {
   // A range is walked without making its table, unless the script has a `range` of its own.
   const Call* call = std::get_if<Call>(&form.sequence->form);
-  const bool is_range = call && call->name == "range" && !functions_.fn("range");
+  const bool is_range = call && !form.key && call->name == "range" && !functions_.fn("range");
   if (!is_range) return iterate(form, evaluator_.evaluate(*form.sequence));
   const std::vector<Value> arguments = evaluator_.evaluate(call->arguments);
   return iterate(form, site_.placed(form.sequence->span, [&] { return Range(arguments); }));
 }
 
 Statements::Flow Statements::iterate(const For& form, Range range) {
-  const auto& variable = std::get<Variable>(form.variable->form);
-  for (; range.has_more(); range.advance()) {
-    scopes_.slot_of(variable) = {range.value(), true};
-    if (execute(form.body) == Flow::returned) return Flow::returned;
+  Flow flow = Flow::onward;
+  for (; flow == Flow::onward && range.has_more(); range.advance()) {
+    give(form.variable, range.value());
+    flow = turn(form.body);
   }
-  return Flow::onward;
+  return flow == Flow::returned ? flow : Flow::onward;
 }
 
 Statements::Flow Statements::iterate(const For& form, const Value& table) {
   if (!table.is_table())
     site_.fail(fmt::format("'for' walks a table or a range, not {}", kind_in_words(table)), form.sequence->span);
-  // The body sees the values as they were when the loop began, whatever it does to the table.
-  std::vector<Value> values;
+  // The body sees the entries as they were when the loop began, whatever it does to the table.
+  std::vector<std::pair<Value, Value>> entries;
   TableWalk walk(table_of(table.record()));
-  while (const Entry entry = walk.next()) values.push_back(Value::sharing(*entry.value));
-  const auto& variable = std::get<Variable>(form.variable->form);
-  for (Value& value : values) {
-    scopes_.slot_of(variable) = {std::move(value), true};
-    if (execute(form.body) == Flow::returned) return Flow::returned;
+  while (const Entry entry = walk.next())
+    entries.emplace_back(form.key ? key_value(*entry.key) : Value(), Value::sharing(*entry.value));
+  Flow flow = Flow::onward;
+  for (auto entry = entries.begin(); flow == Flow::onward && entry != entries.end(); ++entry) {
+    if (form.key) give(form.key, std::move(entry->first));
+    give(form.variable, std::move(entry->second));
+    flow = turn(form.body);
   }
-  return Flow::onward;
+  return flow == Flow::returned ? flow : Flow::onward;
 }
+
+void Statements::give(const ExpressionPtr& variable, Value value) {
+  scopes_.slot_of(std::get<Variable>(variable->form)) = {std::move(value), true};
+}
+
+Statements::Flow Statements::execute(const Break&, Span) { return Flow::broken; }
+Statements::Flow Statements::execute(const Continue&, Span) { return Flow::continued; }
 
 Statements::Flow Statements::execute(const Return& form, Span) {
   returned_ = form.value ? evaluator_.evaluate(*form.value) : Value();
   return Flow::returned;
+}
+
+// ---- Errors and other scripts
+
+Statements::Flow Statements::execute(const Try& form, Span) {
+  std::string message;
+  try {
+    return execute(form.body);
+  } catch (const ScriptError& error) {
+    message = error.message();
+  } catch (const std::bad_alloc&) {
+    message = "out of memory";
+  }
+  give(form.variable, Value(std::string_view(message)));
+  return execute(form.handler);
+}
+
+Statements::Flow Statements::execute(const Use& form, Span span) {
+  uses_.run(form.path, span);
+  return Flow::onward;
 }
 
 }  // namespace hvm

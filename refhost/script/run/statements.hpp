@@ -7,19 +7,21 @@
 namespace hvm {
 
 class Range;
+class Uses;
 
 /// Runs statements in the running scope. Everything that fails is a `ScriptError`.
 class Statements {
  public:
   Statements(const Site& site, Scopes& scopes, const Functions& functions, const Variables& variables,
-             const Elements& elements, const Operators& operators, Evaluator& evaluator)
+             const Elements& elements, const Operators& operators, Evaluator& evaluator, Uses& uses)
       : site_(site),
         scopes_(scopes),
         functions_(functions),
         variables_(variables),
         elements_(elements),
         operators_(operators),
-        evaluator_(evaluator) {}
+        evaluator_(evaluator),
+        uses_(uses) {}
 
   /// Runs one statement of the outermost level.
   void run(const Statement& statement) { execute(statement); }
@@ -27,7 +29,7 @@ class Statements {
   Value run_body(const Block& body);
 
  private:
-  enum class Flow { onward, returned };
+  enum class Flow { onward, broken, continued, returned };
 
   Flow execute(const Block& block);
   Flow execute(const Statement& statement);
@@ -38,6 +40,13 @@ class Statements {
   Flow execute(const While& form, Span span);
   Flow execute(const For& form, Span span);
   Flow execute(const Return& form, Span span);
+  Flow execute(const Break& form, Span span);
+  Flow execute(const Continue& form, Span span);
+  Flow execute(const Try& form, Span span);
+  Flow execute(const Use& form, Span span);
+  /// Runs the body of a loop once. Returns `broken` or `returned` when the loop ends with it.
+  Flow turn(const Block& body);
+  void give(const ExpressionPtr& variable, Value value);
   Flow iterate(const For& form, Range range);
   Flow iterate(const For& form, const Value& table);
 
@@ -48,6 +57,7 @@ class Statements {
   const Elements& elements_;
   const Operators& operators_;
   Evaluator& evaluator_;
+  Uses& uses_;
   Value returned_;
 };
 

@@ -15,13 +15,6 @@ namespace {
 constexpr std::size_t kept_calls = 8;
 constexpr std::size_t shown_columns = 100;
 
-/// The byte offset of the character with the index `character`; the size of the line when it has fewer.
-std::size_t byte_offset(std::string_view line, std::size_t character) {
-  std::string_view rest = line;
-  for (; character > 0 && !rest.empty(); --character) take_character(rest);
-  return line.size() - rest.size();
-}
-
 /// Blanks as wide as `text`; a tab stays a tab.
 std::string blanks_under(std::string_view text) {
   std::string blanks;
@@ -36,9 +29,9 @@ std::string blanks_under(std::string_view text) {
 /// column.
 std::string caret_lines(std::string_view line, std::size_t column) {
   const std::size_t first = column > shown_columns ? column - shown_columns / 2 : 0;
-  const std::size_t begin = byte_offset(line, first);
-  const std::size_t end = byte_offset(line, first + shown_columns);
-  const std::size_t caret = byte_offset(line, column - 1);
+  const std::size_t begin = character_offset(line, first);
+  const std::size_t end = character_offset(line, first + shown_columns);
+  const std::size_t caret = character_offset(line, column - 1);
   const std::string_view lead = first > 0 ? "..." : "";
   const std::string under = std::string(lead.size(), ' ') + blanks_under(line.substr(begin, caret - begin));
   std::string shown{line.substr(begin, end - begin)};
@@ -74,12 +67,20 @@ ScriptError::ScriptError(std::string message, SourcePtr source, Span span, Compl
     : message_(std::move(message)), source_(std::move(source)), span_(span), completeness_(completeness) {}
 
 void ScriptError::add_call(const std::string& function, const SourceText& source, Span span) {
+  add_step(fmt::format("in {}, called", function), source, span);
+}
+
+void ScriptError::add_use(const std::string& script, const SourceText& source, Span span) {
+  add_step(fmt::format("in {}, used", script), source, span);
+}
+
+void ScriptError::add_step(const std::string& what, const SourceText& source, Span span) {
   if (calls_.size() == kept_calls) {
     ++omitted_calls_;
     return;
   }
   const Place place = source.place(span.begin);
-  calls_.push_back(fmt::format("  in {}, called at {}:{}:{}\n", function, source.name(), place.line, place.column));
+  calls_.push_back(fmt::format("  {} at {}:{}:{}\n", what, source.name(), place.line, place.column));
 }
 
 std::string ScriptError::report() const {

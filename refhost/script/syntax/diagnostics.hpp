@@ -29,10 +29,15 @@ class ScriptError : public std::exception {
   /// Says from where the failing `fn` was called. Only the innermost calls are kept.
   void add_call(const std::string& function, const SourceText& source, Span span);
 
+  /// Says where the failing script was used. It counts as a call.
+  void add_use(const std::string& script, const SourceText& source, Span span);
+
   /// `file:line:column: error: message`, the line, a caret under the column, and the calls that led there.
   std::string report() const;
 
  private:
+  void add_step(const std::string& what, const SourceText& source, Span span);
+
   std::string message_;
   SourcePtr source_;
   Span span_;

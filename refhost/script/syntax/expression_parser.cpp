@@ -180,6 +180,8 @@ ExpressionPtr ExpressionParser::primary() {
       const Token word = cursor_.take();
       return made(word.span, IntegerLiteral{word.kind == TokenKind::kw_true ? 1 : 0});
     }
+    case TokenKind::kw_nil:
+      return made(cursor_.take().span, NilLiteral{});
     case TokenKind::string: {
       Token text = cursor_.take();
       return made(text.span, StringLiteral{std::move(text.text)});
@@ -294,7 +296,6 @@ ExpressionPtr ExpressionParser::index_item() {
   KeyRange range;
   if (!cursor_.is_at(TokenKind::colon)) range.low = expression();
   if (!cursor_.is_at(TokenKind::colon)) return std::move(range.low);
-  if (quotation_depth_ == 0) cursor_.fail("a range of keys is allowed in quotations only");
   cursor_.take();
   const bool is_open = cursor_.is_at(TokenKind::comma) || cursor_.is_at(TokenKind::right_bracket);
   if (!is_open) range.high = expression();

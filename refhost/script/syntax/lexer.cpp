@@ -20,22 +20,17 @@ struct Spelling {
   TokenKind kind;
 };
 
-constexpr std::array<Spelling, 16> keywords{{{"and", TokenKind::kw_and},
-                                             {"do", TokenKind::kw_do},
-                                             {"else", TokenKind::kw_else},
-                                             {"elseif", TokenKind::kw_elseif},
-                                             {"end", TokenKind::kw_end},
-                                             {"false", TokenKind::kw_false},
-                                             {"fn", TokenKind::kw_fn},
-                                             {"for", TokenKind::kw_for},
-                                             {"if", TokenKind::kw_if},
-                                             {"in", TokenKind::kw_in},
-                                             {"not", TokenKind::kw_not},
-                                             {"or", TokenKind::kw_or},
-                                             {"return", TokenKind::kw_return},
-                                             {"then", TokenKind::kw_then},
-                                             {"true", TokenKind::kw_true},
-                                             {"while", TokenKind::kw_while}}};
+constexpr std::array<Spelling, 22> keywords{{{"and", TokenKind::kw_and},       {"break", TokenKind::kw_break},
+                                             {"catch", TokenKind::kw_catch},   {"continue", TokenKind::kw_continue},
+                                             {"do", TokenKind::kw_do},         {"else", TokenKind::kw_else},
+                                             {"elseif", TokenKind::kw_elseif}, {"end", TokenKind::kw_end},
+                                             {"false", TokenKind::kw_false},   {"fn", TokenKind::kw_fn},
+                                             {"for", TokenKind::kw_for},       {"if", TokenKind::kw_if},
+                                             {"in", TokenKind::kw_in},         {"nil", TokenKind::kw_nil},
+                                             {"not", TokenKind::kw_not},       {"or", TokenKind::kw_or},
+                                             {"return", TokenKind::kw_return}, {"then", TokenKind::kw_then},
+                                             {"true", TokenKind::kw_true},     {"try", TokenKind::kw_try},
+                                             {"use", TokenKind::kw_use},       {"while", TokenKind::kw_while}}};
 
 // The first match counts, so operators of two characters come before those of one.
 constexpr std::array<Spelling, 26> operators{{{"==", TokenKind::equal},

@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "script/syntax/expression_parser.hpp"
 
@@ -12,7 +13,8 @@ namespace hvm {
 namespace {
 
 bool ends_block(TokenKind kind) {
-  return kind == TokenKind::kw_end || kind == TokenKind::kw_else || kind == TokenKind::kw_elseif;
+  return kind == TokenKind::kw_end || kind == TokenKind::kw_else || kind == TokenKind::kw_elseif ||
+         kind == TokenKind::kw_catch;
 }
 
 std::optional<BinaryOperator> operator_of(TokenKind assignment) {
@@ -105,9 +107,18 @@ class Parser {
         return iteration();
       case TokenKind::kw_return:
         return return_form();
+      case TokenKind::kw_break:
+        return loop_exit<Break>();
+      case TokenKind::kw_continue:
+        return loop_exit<Continue>();
+      case TokenKind::kw_try:
+        return guarded_block();
+      case TokenKind::kw_use:
+        return use_form();
       case TokenKind::kw_end:
       case TokenKind::kw_else:
       case TokenKind::kw_elseif:
+      case TokenKind::kw_catch:
         cursor_.fail(fmt::format("{} without a block", described(cursor_.current().kind)));
       default:
         return expression_or_assignment();
@@ -138,18 +149,56 @@ class Parser {
   While loop() {
     const Token opening = cursor_.take();
     ExpressionPtr tested = condition();
-    return {std::move(tested), block_with_end(opening)};
+    return {std::move(tested), loop_body(opening)};
   }
 
   For iteration() {
     const Token opening = cursor_.take();
     For parsed;
-    parsed.variable = expressions_.variable();
-    make_local(*parsed.variable);
+    parsed.variable = assigned_variable();
+    if (cursor_.accept(TokenKind::comma)) parsed.key = std::exchange(parsed.variable, assigned_variable());
     cursor_.expect(TokenKind::kw_in, "behind the variable");
     parsed.sequence = condition();
-    parsed.body = block_with_end(opening);
+    parsed.body = loop_body(opening);
     return parsed;
+  }
+
+  Block loop_body(const Token& opening) {
+    ++loops_;
+    Block body = block_with_end(opening);
+    --loops_;
+    return body;
+  }
+
+  template <class Form>
+  Form loop_exit() {
+    const Token word = cursor_.take();
+    if (loops_ == 0) cursor_.fail(fmt::format("{} is allowed in a loop only", described(word.kind)), word.span);
+    return {};
+  }
+
+  Try guarded_block() {
+    const Token opening = cursor_.take();
+    Try parsed;
+    parsed.body = block(opening);
+    const Token catching = cursor_.expect(TokenKind::kw_catch, "for 'try'");
+    parsed.variable = assigned_variable();
+    parsed.handler = block(catching);
+    cursor_.expect(TokenKind::kw_end, "for 'try'");
+    return parsed;
+  }
+
+  Use use_form() {
+    const Token word = cursor_.take();
+    if (depth_ > 0) cursor_.fail("use is allowed at the outermost level only", word.span);
+    return {cursor_.expect(TokenKind::string, "with the path of a script behind 'use'").text};
+  }
+
+  /// A variable that the statement gives a value.
+  ExpressionPtr assigned_variable() {
+    ExpressionPtr variable = expressions_.variable();
+    make_local(*variable);
+    return variable;
   }
 
   Return return_form() {
@@ -177,6 +226,8 @@ class Parser {
     auto* postfix = std::get_if<Postfix>(&target->form);
     Index* index = postfix ? std::get_if<Index>(&postfix->suffixes.back().form) : nullptr;
     if (!index) cursor_.fail("only a variable or an element can be assigned to", sign.span);
+    for (const ExpressionPtr& item : index->indices)
+      if (std::holds_alternative<KeyRange>(item->form)) cursor_.fail("a range cannot be assigned to", item->span);
     ElementAssignment parsed{nullptr, std::move(*index), postfix->suffixes.back().span, op, nullptr};
     postfix->suffixes.pop_back();
     parsed.container = postfix->suffixes.empty() ? std::move(postfix->operand) : std::move(target);
@@ -232,6 +283,7 @@ class Parser {
 
   TokenCursor cursor_;
   int depth_ = 0;
+  int loops_ = 0;  // that are open
   ExpressionParser expressions_;
   NameTable& globals_;
   std::optional<NameTable> locals_;  // of the fn that is being read

@@ -55,6 +55,7 @@ struct StringLiteral {
 struct WideStringLiteral {
   std::u16string text;
 };
+struct NilLiteral {};
 
 struct TableEntry {
   ExpressionPtr key;  // null: the entry takes the next position
@@ -77,7 +78,8 @@ struct Call {
   bool has_quotation = false;  // somewhere among the arguments
 };
 
-/// `low:high` between the brackets of a selection, in quotations only. An end that is left open is null.
+/// `low:high` between brackets: a range of keys in a quotation, a range of characters elsewhere. An end that is left
+/// open is null.
 struct KeyRange {
   ExpressionPtr low;
   ExpressionPtr high;
@@ -130,8 +132,8 @@ struct QuotationLiteral {
 
 struct Expression {
   Span span;
-  std::variant<IntegerLiteral, Integer64Literal, RealLiteral, StringLiteral, WideStringLiteral, TableLiteral, Variable,
-               Call, Postfix, Negation, Not, Chain, Logic, KeyRange, QuotationLiteral>
+  std::variant<IntegerLiteral, Integer64Literal, RealLiteral, StringLiteral, WideStringLiteral, NilLiteral,
+               TableLiteral, Variable, Call, Postfix, Negation, Not, Chain, Logic, KeyRange, QuotationLiteral>
       form;
 };
 
@@ -202,6 +204,7 @@ struct While {
   Block body;
 };
 struct For {
+  ExpressionPtr key;       // a Variable; null when the loop asks for values only
   ExpressionPtr variable;  // a Variable
   ExpressionPtr sequence;
   Block body;
@@ -209,10 +212,24 @@ struct For {
 struct Return {
   ExpressionPtr value;  // null: nil
 };
+struct Break {};
+struct Continue {};
+/// Runs `handler` when `body` fails, with the message of the error in `variable`.
+struct Try {
+  Block body;
+  ExpressionPtr variable;  // a Variable
+  Block handler;
+};
+/// Runs another script, unless it has run before.
+struct Use {
+  std::string path;  // relative to the folder of the script
+};
 
 struct Statement {
   Span span;
-  std::variant<ExpressionStatement, VariableAssignment, ElementAssignment, If, While, For, Return> form;
+  std::variant<ExpressionStatement, VariableAssignment, ElementAssignment, If, While, For, Return, Break, Continue, Try,
+               Use>
+      form;
 };
 
 /// A `fn`. Its parameters are the first of its locals.

@@ -81,6 +81,20 @@ void append_utf8(std::string& text, char32_t c) {
 std::size_t character_count(std::string_view text) { return counted_characters(text); }
 std::size_t character_count(std::u16string_view text) { return counted_characters(text); }
 
+namespace {
+
+template <class Text>
+std::size_t offset_in(Text text, std::size_t index) {
+  Text rest = text;
+  for (; index > 0 && !rest.empty(); --index) take_character(rest);
+  return text.size() - rest.size();
+}
+
+}  // namespace
+
+std::size_t character_offset(std::string_view text, std::size_t index) { return offset_in(text, index); }
+std::size_t character_offset(std::u16string_view text, std::size_t index) { return offset_in(text, index); }
+
 std::size_t display_width(char32_t c) {
   if (c < 0x80) return 1;
   // The C library's widths are those of the locale that the thread uses.

@@ -24,6 +24,11 @@ void append_utf8(std::string& text, char32_t c);
 std::size_t character_count(std::string_view text);
 std::size_t character_count(std::u16string_view text);
 
+/// The offset of the character at `index`, counted from 0, in bytes or UTF-16 units; the size of the text when it has
+/// fewer characters.
+std::size_t character_offset(std::string_view text, std::size_t index);
+std::size_t character_offset(std::u16string_view text, std::size_t index);
+
 /// The columns of a terminal that `c` takes up: 2 for wide East Asian characters, 0 for combining ones, otherwise 1.
 std::size_t display_width(char32_t c);
 

@@ -42,7 +42,7 @@ TEST(Strings, AreJoinedAndCompared) {
                   {"print(w\"\\u{1F600}\" + \"!\")", "\xF0\x9F\x98\x80!"},
                   {"print(\"a\" == 1, \"a\" != 1)", "0 1"},
                   {"print(\"a\" + 1)", "!'+' is not defined for a string and an int"},
-                  {"print(\"a\"[0])", "!a string has no elements"}});
+                  {"print(\"a\"[0][0])", "a"}});
 }
 
 TEST(Conditions, TakeNumbersAndNilOnly) {

@@ -28,6 +28,7 @@ struct ExpressionText {
   std::string operator()(const RealLiteral& x) const { return fmt::format("{:#}", x.value); }
   std::string operator()(const StringLiteral& x) const { return string_literal(x.text); }
   std::string operator()(const WideStringLiteral& x) const { return "w" + string_literal(narrow_text(x.text)); }
+  std::string operator()(const NilLiteral&) const { return "nil"; }
   std::string operator()(const TableLiteral& x) const {
     std::string text = "(table";
     for (const TableEntry& entry : x.entries)
@@ -91,11 +92,18 @@ struct StatementText {
     return "(while " + tree_text(*x.condition) + " " + tree_text(x.body) + ")";
   }
   std::string operator()(const For& x) const {
-    return "(for " + tree_text(*x.variable) + " " + tree_text(*x.sequence) + " " + tree_text(x.body) + ")";
+    return "(for " + (x.key ? tree_text(*x.key) + ", " : "") + tree_text(*x.variable) + " " + tree_text(*x.sequence) +
+           " " + tree_text(x.body) + ")";
   }
   std::string operator()(const Return& x) const {
     return x.value ? "(return " + tree_text(*x.value) + ")" : "(return)";
   }
+  std::string operator()(const Break&) const { return "(break)"; }
+  std::string operator()(const Continue&) const { return "(continue)"; }
+  std::string operator()(const Try& x) const {
+    return "(try " + tree_text(x.body) + " " + tree_text(*x.variable) + " " + tree_text(x.handler) + ")";
+  }
+  std::string operator()(const Use& x) const { return "(use " + string_literal(x.path) + ")"; }
 };
 
 inline std::string tree_text(const Block& block) {

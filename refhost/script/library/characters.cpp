@@ -1,0 +1,59 @@
+// script/library/characters.cpp: parts of strings, by character
+
+#include "script/library/characters.hpp"
+
+#include <fmt/format.h>
+
+#include <limits>
+
+#include "script/syntax/diagnostics.hpp"
+#include "script/syntax/unicode.hpp"
+#include "script/text/number_text.hpp"
+#include "script/text/value_kinds.hpp"
+
+namespace hvm {
+namespace {
+
+std::size_t position_of(const Value& index) {
+  HostValue record = index.record();
+  const bool is_integer = index.tag() == ValueTag::integer || index.tag() == ValueTag::integer64;
+  if (!is_integer) throw Failure(fmt::format("the position in a string is an integer, not {}", kind_in_words(index)));
+  const std::int64_t position = HVM_AsInt64(&record);
+  if (position < 0) throw Failure(fmt::format("the position {} in a string is negative", position));
+  return static_cast<std::size_t>(position);
+}
+
+/// Runs `read` with the text as a view of its own kind of characters.
+template <class Read>
+Value of_text(const Value& text, Read read) {
+  if (text.tag() == ValueTag::wide_string) return read(wide_text_of(text.record()));
+  return read(text_of(text.record()));
+}
+
+}  // namespace
+
+Value character_at(const Value& text, const std::vector<Value>& indices) {
+  if (indices.size() != 1) throw Failure(fmt::format("a string takes one index, not {}", indices.size()));
+  const std::size_t position = position_of(indices[0]);
+  return of_text(text, [&](auto whole) {
+    auto rest = whole.substr(character_offset(whole, position));
+    if (rest.empty())
+      throw Failure(fmt::format("the position {} is beyond the string, which has {}", position,
+                                counted(character_count(whole), "character", "characters")));
+    const auto begin = rest;
+    take_character(rest);
+    return Value(begin.substr(0, begin.size() - rest.size()));
+  });
+}
+
+Value characters_between(const Value& text, const Value& low, const Value& high) {
+  const std::size_t first = low.is_nil() ? 0 : position_of(low);
+  const std::size_t last = high.is_nil() ? std::numeric_limits<std::size_t>::max() : position_of(high);
+  return of_text(text, [&](auto whole) {
+    const auto rest = whole.substr(character_offset(whole, first));
+    if (last <= first) return Value(rest.substr(0, 0));
+    return Value(rest.substr(0, character_offset(rest, last - first)));
+  });
+}
+
+}  // namespace hvm

@@ -1,0 +1,89 @@
+// script/run/uses.cpp: scripts that other scripts use
+
+#include "script/run/uses.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "script/library/script_file.hpp"
+#include "script/run/statements.hpp"
+#include "script/syntax/parser.hpp"
+
+namespace hvm {
+namespace {
+
+/// Adds a path to a list for the time of a scope.
+class Listed {
+ public:
+  Listed(std::vector<std::filesystem::path>& list, std::filesystem::path path) : list_(list) {
+    list_.push_back(std::move(path));
+  }
+  ~Listed() { list_.pop_back(); }
+  Listed(const Listed&) = delete;
+  Listed& operator=(const Listed&) = delete;
+
+ private:
+  std::vector<std::filesystem::path>& list_;
+};
+
+/// The same for every way to write the path of a file.
+std::filesystem::path canonical_form(const std::filesystem::path& path) {
+  std::error_code error;
+  std::filesystem::path canonical = std::filesystem::weakly_canonical(path, error);
+  return error ? path : canonical;
+}
+
+SourcePtr source_at(const std::filesystem::path& path) {
+  try {
+    return read_script(path.string());
+  } catch (const std::runtime_error& error) {
+    throw Failure(fmt::format("use: {}", error.what()));
+  }
+}
+
+}  // namespace
+
+void Uses::run(const std::string& path, Span span) {
+  // The name of a source that is no file has no folder, so that paths are relative to the current one.
+  const Path name = site_.source()->name();
+  const SourcePtr source = site_.placed(span, [&]() -> SourcePtr {
+    if (files_ == FileAccess::none) throw Failure("use: files are switched off");
+    if (Path(path).extension() != ".hvm")
+      throw Failure(fmt::format("use: the name of a script ends in .hvm, and \"{}\" does not", path));
+    const Path used = (name.parent_path() / path).lexically_normal();
+    if (done_.count(canonical_form(used)) != 0) return nullptr;
+    if (running_.empty()) running_.push_back(canonical_form(name));
+    require_no_circle(canonical_form(used));
+    return source_at(used);
+  });
+  if (!source) return;
+  try {
+    run_script(source);
+  } catch (ScriptError& error) {
+    error.add_use(source->name(), *site_.source(), span);
+    throw;
+  }
+}
+
+void Uses::require_no_circle(const Path& used) const {
+  const auto first = std::find(running_.begin(), running_.end(), used);
+  if (first == running_.end()) return;
+  std::string circle = first->filename().string();
+  for (auto next = first + 1; next != running_.end(); ++next) circle += " uses " + next->filename().string();
+  throw Failure(
+      fmt::format("use: the scripts use each other in a circle: {} uses {}", circle, used.filename().string()));
+}
+
+void Uses::run_script(const SourcePtr& source) {
+  const Path path = canonical_form(source->name());
+  const Listed listed(running_, path);
+  const SourceScope scope(site_, source);
+  const Program program = parse(source, scopes_.global_names());
+  scopes_.make_room();
+  functions_.define(program);
+  for (const Statement& statement : program.statements) statements_.run(statement);
+  done_.insert(path);
+}
+
+}  // namespace hvm
