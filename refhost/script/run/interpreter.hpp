@@ -1,7 +1,8 @@
 // script/run/interpreter.hpp: running scripts
 //
 // An interpreter holds global variables and functions: those of one script, or all that is typed into a
-// REPL. Its trees may come from several sources. Everything that goes wrong is a `ScriptError`.
+// REPL. Its trees may come from several sources. Everything that goes wrong is a `ScriptError`; a `ScriptEnd` ends the
+// script without one.
 
 #pragma once
 

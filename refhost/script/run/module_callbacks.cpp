@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <new>
 
+#include "script/library/script_end.hpp"
 #include "script/module/fault_report.hpp"
 
 namespace hvm {
@@ -29,23 +30,32 @@ int ModuleCallbacks::call_function(const void* callee, HostContext ctx, HostValu
 }
 
 bool ModuleCallbacks::call(const Callee& callee, HostValue* args, int nargs, HostValue& result) {
-  KeptError& kept = site_.kept_error();
+  KeptException& kept = site_.kept();
   if (kept) return false;
-  const auto keep = [&](const char* message) {
-    kept.emplace(message, callee.code->source, callee.expression ? callee.expression->span : Span{});
-  };
-  // Nothing may be thrown from here through the module.
   try {
-    assign(result, value_of(callee, args, nargs).record());
+    assign(result, placed_value_of(callee, args, nargs).record());
     return true;
-  } catch (ScriptError& error) {
-    kept.emplace(std::move(error));
-  } catch (const std::bad_alloc&) {
-    keep("out of memory");
-  } catch (const std::exception& error) {
-    keep(error.what());
+  } catch (...) {
+    kept = std::current_exception();
+    return false;
   }
-  return false;
+}
+
+Value ModuleCallbacks::placed_value_of(const Callee& callee, HostValue* args, int nargs) {
+  const auto error = [&](const char* message) {
+    return ScriptError(message, callee.code->source, callee.expression ? callee.expression->span : Span{});
+  };
+  try {
+    return value_of(callee, args, nargs);
+  } catch (const ScriptError&) {
+    throw;
+  } catch (const ScriptEnd&) {
+    throw;
+  } catch (const std::bad_alloc&) {
+    throw error("out of memory");
+  } catch (const std::exception& other) {
+    throw error(other.what());
+  }
 }
 
 Value ModuleCallbacks::value_of(const Callee& callee, HostValue* args, int nargs) {

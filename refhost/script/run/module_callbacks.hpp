@@ -7,8 +7,8 @@
 
 namespace hvm {
 
-/// Serves a module that reads variables and calls functions out of quotations. An error there is kept in the site, and
-/// the call returns 0: no exception of the host passes through a module.
+/// Serves a module that reads variables and calls functions out of quotations. An exception there is kept in the site,
+/// and the call returns 0: no exception of the host passes through a module.
 class ModuleCallbacks {
  public:
   /// Makes `context` ask this.
@@ -21,6 +21,8 @@ class ModuleCallbacks {
   static HostValue* read_slot(HostContext ctx, int slot);
 
   bool call(const Callee& callee, HostValue* args, int nargs, HostValue& result);
+  /// The value of the call. Throws `ScriptError` or `ScriptEnd`.
+  Value placed_value_of(const Callee& callee, HostValue* args, int nargs);
   Value value_of(const Callee& callee, HostValue* args, int nargs);
 
   Site& site_;
