@@ -19,6 +19,7 @@ struct Interpreter::Parts {
   Parts(const ModuleFunctions& module, InterpreterOptions chosen)
       : options(std::move(chosen)),
         checks(options.has_checks),
+        steps(options.step_limit),
         site(context.handle()),
         scopes(context),
         functions(module),
@@ -27,12 +28,13 @@ struct Interpreter::Parts {
         elements(site, checks),
         operators(site, checks),
         evaluator(site, variables, elements, operators, quotations, calls),
-        statements(site, scopes, functions, variables, elements, operators, evaluator),
-        calls(site, scopes, functions, quotations, checks, options.print, options.files, statements),
-        callbacks(context, site, scopes, calls, evaluator) {}
+        statements(site, steps, scopes, functions, variables, elements, operators, evaluator),
+        calls(site, steps, scopes, functions, quotations, checks, options.print, options.files, statements),
+        callbacks(context, site, steps, scopes, calls, evaluator) {}
 
   InterpreterOptions options;
   ArrayChecks checks;
+  Steps steps;
   Context context;
   Site site;
   Scopes scopes;

@@ -6,6 +6,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -21,6 +22,7 @@ struct InterpreterOptions {
   PrintLine print;         // where `print` goes
   Warn warn = {};          // where warnings go; they are lost without it
   FileAccess files = FileAccess::all;
+  std::uint64_t step_limit = 0;  // of the interpreter's steps, beyond which there is `StepLimitReached`; 0: none
 };
 
 class Interpreter {

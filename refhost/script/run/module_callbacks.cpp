@@ -12,8 +12,9 @@
 
 namespace hvm {
 
-ModuleCallbacks::ModuleCallbacks(Context& context, Site& site, Scopes& scopes, Calls& calls, Evaluator& evaluator)
-    : site_(site), scopes_(scopes), calls_(calls), evaluator_(evaluator) {
+ModuleCallbacks::ModuleCallbacks(Context& context, Site& site, Steps& steps, Scopes& scopes, Calls& calls,
+                                 Evaluator& evaluator)
+    : site_(site), steps_(steps), scopes_(scopes), calls_(calls), evaluator_(evaluator) {
   context.carry(this);
   context.call_through(call_function);
   context.read_through(read_slot);
@@ -64,6 +65,7 @@ Value ModuleCallbacks::value_of(const Callee& callee, HostValue* args, int nargs
   const Expression* expression = callee.expression;
   if (!expression) site_.fail(fmt::format("'{}' names no function here", callee.text.get()), {});
   const RunningMark mark({site_.source().get(), expression->span.begin, false});
+  steps_.take();
   calls_.require_room(expression->span);
   if (!callee.takes_arguments) return evaluator_.evaluate(*expression);
   std::vector<Value> arguments;

@@ -12,7 +12,7 @@ namespace hvm {
 class ModuleCallbacks {
  public:
   /// Makes `context` ask this.
-  ModuleCallbacks(Context& context, Site& site, Scopes& scopes, Calls& calls, Evaluator& evaluator);
+  ModuleCallbacks(Context& context, Site& site, Steps& steps, Scopes& scopes, Calls& calls, Evaluator& evaluator);
   ModuleCallbacks(const ModuleCallbacks&) = delete;
   ModuleCallbacks& operator=(const ModuleCallbacks&) = delete;
 
@@ -26,6 +26,7 @@ class ModuleCallbacks {
   Value value_of(const Callee& callee, HostValue* args, int nargs);
 
   Site& site_;
+  Steps& steps_;
   Scopes& scopes_;
   Calls& calls_;
   Evaluator& evaluator_;

@@ -21,6 +21,7 @@ Statements::Flow Statements::execute(const Block& block) {
 }
 
 Statements::Flow Statements::execute(const Statement& statement) {
+  steps_.take();
   // A fault may also come without a call of the module in the script: when the last reference to an object is dropped.
   const RunningMark mark({site_.source().get(), statement.span.begin, false});
   return std::visit([&](const auto& form) { return execute(form, statement.span); }, statement.form);
@@ -66,8 +67,10 @@ Statements::Flow Statements::execute(const If& form, Span) {
 }
 
 Statements::Flow Statements::execute(const While& form, Span) {
-  while (evaluator_.holds(*form.condition))
+  while (evaluator_.holds(*form.condition)) {
+    steps_.take();
     if (execute(form.body) == Flow::returned) return Flow::returned;
+  }
   return Flow::onward;
 }
 
@@ -83,6 +86,7 @@ Statements::Flow Statements::execute(const For& form, Span) {
 Statements::Flow Statements::iterate(const For& form, Range range) {
   const auto& variable = std::get<Variable>(form.variable->form);
   for (; range.has_more(); range.advance()) {
+    steps_.take();
     scopes_.slot_of(variable) = {range.value(), true};
     if (execute(form.body) == Flow::returned) return Flow::returned;
   }
@@ -98,6 +102,7 @@ Statements::Flow Statements::iterate(const For& form, const Value& table) {
   while (const Entry entry = walk.next()) values.push_back(Value::sharing(*entry.value));
   const auto& variable = std::get<Variable>(form.variable->form);
   for (Value& value : values) {
+    steps_.take();
     scopes_.slot_of(variable) = {std::move(value), true};
     if (execute(form.body) == Flow::returned) return Flow::returned;
   }

@@ -296,6 +296,19 @@ TEST(TheEndOfAScript, InACallOutOfAModule_PassesIt) {
   }
 }
 
+TEST(Steps, OfCallsOutOfAModule_Count) {
+  const auto runs = [](std::uint64_t limit, const char* script) {
+    Interpreter interpreter(reader_functions(), {true, {}, {}, FileAccess::none, limit});
+    interpreter.run(interpreter.parse(std::make_shared<SourceText>("a.hvm", script)));
+  };
+  // A statement, the call of the module, a computed argument, and a named one that is a call twice: out of the module,
+  // and by its name.
+  const char* script = "reading(@g(1 + 1, len(\"abc\")))";
+  EXPECT_NO_THROW(runs(5, script));
+  EXPECT_THROW(runs(4, script), StepLimitReached);
+  EXPECT_THROW(runs(1000, "fn f()\nwhile 1 do end\nend\nthrowing(@g(f()))"), StepLimitReached);
+}
+
 TEST(Errors, AfterAKeptOne_TheNextCallsAreClean) {
   const auto text = [](const std::string& script) { return std::make_shared<SourceText>("a.hvm", script); };
   Interpreter interpreter(reader_functions(), {});
