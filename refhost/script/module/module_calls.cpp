@@ -6,6 +6,7 @@
 #include <fmt/ranges.h>
 
 #include <cstddef>
+#include <utility>
 
 #include "script/module/exception_text.hpp"
 #include "script/module/fault_report.hpp"
@@ -30,13 +31,10 @@ auto translated(const ModuleCaller& caller, const std::string& name, Call call) 
 }
 
 void throw_kept(const ModuleCaller& caller) {
-  if (!caller.kept_error || !*caller.kept_error) return;
-  ScriptError error = std::move(**caller.kept_error);
-  caller.kept_error->reset();
-  throw error;
+  if (caller.kept && *caller.kept) std::rethrow_exception(std::exchange(*caller.kept, nullptr));
 }
 
-/// The same, but an error that was kept while the module ran takes precedence over what the module throws.
+/// The same, but an exception that was kept while the module ran takes precedence over what the module throws.
 template <class Call>
 auto contained(const ModuleCaller& caller, const std::string& name, Call call) {
   try {

@@ -1,33 +1,34 @@
 // script/module/module_calls.hpp: the host's side of every call into a module
 //
 // No exception of a module passes these functions: each becomes a `Failure` with its type and its message. No exception
-// of the host passes through a module: an error in a call out of it is kept, and thrown when the module has returned,
-// whatever the module did with the failed call.
+// of the host passes through a module: what is thrown in a call out of it is kept, and thrown again when the module has
+// returned, whatever the module did with the failed call.
 
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "kernel/kernel.hpp"
-#include "script/syntax/diagnostics.hpp"
 #include "script/syntax/source_text.hpp"
 
 namespace hvm {
 
 using arrayfold::Opcode;
 
-/// The first error in the calls out of a running module.
-using KeptError = std::optional<ScriptError>;
+/// The first exception in the calls out of a running module, null when there is none: a `ScriptError`, or the end of
+/// the script.
+using KeptException = std::exception_ptr;
 
 /// From where a module is called: what it receives as its context, and the place of the script.
 struct ModuleCaller {
   HostContext ctx;
   const SourceText* source;
   std::size_t offset;
-  KeptError* kept_error = nullptr;
+  KeptException* kept = nullptr;
 };
 
 /// Calls a registered function. Throws `Failure` when it returns 0 or throws.

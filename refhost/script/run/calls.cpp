@@ -11,6 +11,7 @@
 namespace hvm {
 
 Value Calls::call(const std::string& name, std::vector<Value> arguments, Span span) {
+  steps_.take();
   if (const auto function = functions_.fn(name)) return call_fn(*function, std::move(arguments), span);
   if (const Builtin* builtin = find_builtin(name)) {
     const ModuleCaller caller = site_.caller(span);
@@ -59,6 +60,7 @@ Value Calls::run_fn(const Function& function, std::vector<Value> arguments) {
 }
 
 Value Calls::method(Value& self, const std::string& name, std::vector<Value> arguments, Span span) {
+  steps_.take();
   if (!self.is_object()) site_.fail(fmt::format("{} has no methods", kind_in_words(self)), span);
   quotations_.require_live(arguments, span);
   Value result;

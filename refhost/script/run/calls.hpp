@@ -8,6 +8,7 @@
 #include "script/library/builtins.hpp"
 #include "script/run/call_depth.hpp"
 #include "script/run/quotations.hpp"
+#include "script/run/steps.hpp"
 
 namespace hvm {
 
@@ -17,9 +18,10 @@ class Statements;
 /// Everything that fails is a `ScriptError` at the call.
 class Calls {
  public:
-  Calls(Site& site, Scopes& scopes, const Functions& functions, Quotations& quotations, const ArrayChecks& checks,
-        const PrintLine& print, FileAccess files, Statements& statements)
+  Calls(Site& site, Steps& steps, Scopes& scopes, const Functions& functions, Quotations& quotations,
+        const ArrayChecks& checks, const PrintLine& print, FileAccess files, Statements& statements)
       : site_(site),
+        steps_(steps),
         scopes_(scopes),
         functions_(functions),
         quotations_(quotations),
@@ -42,6 +44,7 @@ class Calls {
   [[noreturn]] void fail_unknown(const std::string& name, Span span) const;
 
   Site& site_;
+  Steps& steps_;
   Scopes& scopes_;
   const Functions& functions_;
   Quotations& quotations_;

@@ -20,6 +20,7 @@ struct Interpreter::Parts {
   Parts(const ModuleFunctions& module, InterpreterOptions chosen)
       : options(std::move(chosen)),
         checks(options.has_checks),
+        steps(options.step_limit),
         site(context.handle()),
         scopes(context),
         functions(module),
@@ -28,13 +29,14 @@ struct Interpreter::Parts {
         elements(site, checks),
         operators(site, checks),
         evaluator(site, variables, elements, operators, quotations, calls),
-        statements(site, scopes, functions, variables, elements, operators, evaluator, uses),
+        statements(site, steps, scopes, functions, variables, elements, operators, evaluator, uses),
         uses(site, scopes, functions, statements, options.files),
-        calls(site, scopes, functions, quotations, checks, options.print, options.files, statements),
-        callbacks(context, site, scopes, calls, evaluator) {}
+        calls(site, steps, scopes, functions, quotations, checks, options.print, options.files, statements),
+        callbacks(context, site, steps, scopes, calls, evaluator) {}
 
   InterpreterOptions options;
   ArrayChecks checks;
+  Steps steps;
   Context context;
   Site site;
   Scopes scopes;

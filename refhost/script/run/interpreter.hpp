@@ -1,10 +1,12 @@
 // script/run/interpreter.hpp: running scripts
 //
 // An interpreter holds global variables and functions: those of one script, or all that is typed into a
-// REPL. Its trees may come from several sources. Everything that goes wrong is a `ScriptError`.
+// REPL. Its trees may come from several sources. Everything that goes wrong is a `ScriptError`; a `ScriptEnd` ends the
+// script without one.
 
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -20,6 +22,7 @@ struct InterpreterOptions {
   PrintLine print;         // where `print` goes
   Warn warn = {};          // where warnings go; they are lost without it
   FileAccess files = FileAccess::all;
+  std::uint64_t step_limit = 0;  // of the interpreter's steps, beyond which there is `StepLimitReached`; 0: none
 };
 
 class Interpreter {

@@ -7,12 +7,14 @@
 #include <algorithm>
 #include <new>
 
+#include "script/library/script_end.hpp"
 #include "script/module/fault_report.hpp"
 
 namespace hvm {
 
-ModuleCallbacks::ModuleCallbacks(Context& context, Site& site, Scopes& scopes, Calls& calls, Evaluator& evaluator)
-    : site_(site), scopes_(scopes), calls_(calls), evaluator_(evaluator) {
+ModuleCallbacks::ModuleCallbacks(Context& context, Site& site, Steps& steps, Scopes& scopes, Calls& calls,
+                                 Evaluator& evaluator)
+    : site_(site), steps_(steps), scopes_(scopes), calls_(calls), evaluator_(evaluator) {
   context.carry(this);
   context.call_through(call_function);
   context.read_through(read_slot);
@@ -29,23 +31,32 @@ int ModuleCallbacks::call_function(const void* callee, HostContext ctx, HostValu
 }
 
 bool ModuleCallbacks::call(const Callee& callee, HostValue* args, int nargs, HostValue& result) {
-  KeptError& kept = site_.kept_error();
+  KeptException& kept = site_.kept();
   if (kept) return false;
-  const auto keep = [&](const char* message) {
-    kept.emplace(message, callee.code->source, callee.expression ? callee.expression->span : Span{});
-  };
-  // Nothing may be thrown from here through the module.
   try {
-    assign(result, value_of(callee, args, nargs).record());
+    assign(result, placed_value_of(callee, args, nargs).record());
     return true;
-  } catch (ScriptError& error) {
-    kept.emplace(std::move(error));
-  } catch (const std::bad_alloc&) {
-    keep("out of memory");
-  } catch (const std::exception& error) {
-    keep(error.what());
+  } catch (...) {
+    kept = std::current_exception();
+    return false;
   }
-  return false;
+}
+
+Value ModuleCallbacks::placed_value_of(const Callee& callee, HostValue* args, int nargs) {
+  const auto error = [&](const char* message) {
+    return ScriptError(message, callee.code->source, callee.expression ? callee.expression->span : Span{});
+  };
+  try {
+    return value_of(callee, args, nargs);
+  } catch (const ScriptError&) {
+    throw;
+  } catch (const ScriptEnd&) {
+    throw;
+  } catch (const std::bad_alloc&) {
+    throw error("out of memory");
+  } catch (const std::exception& other) {
+    throw error(other.what());
+  }
 }
 
 Value ModuleCallbacks::value_of(const Callee& callee, HostValue* args, int nargs) {
@@ -54,6 +65,7 @@ Value ModuleCallbacks::value_of(const Callee& callee, HostValue* args, int nargs
   const Expression* expression = callee.expression;
   if (!expression) site_.fail(fmt::format("'{}' names no function here", callee.text.get()), {});
   const RunningMark mark({site_.source().get(), expression->span.begin, false});
+  steps_.take();
   calls_.require_room(expression->span);
   if (!callee.takes_arguments) return evaluator_.evaluate(*expression);
   std::vector<Value> arguments;

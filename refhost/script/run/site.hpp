@@ -18,9 +18,9 @@ class Site {
 
   const SourcePtr& source() const { return source_; }
   /// What a call of the module from `span` needs to know.
-  ModuleCaller caller(Span span) { return {context_, source_.get(), span.begin, &kept_error_}; }
-  /// The first error in the calls out of the running module.
-  KeptError& kept_error() { return kept_error_; }
+  ModuleCaller caller(Span span) { return {context_, source_.get(), span.begin, &kept_}; }
+  /// The first exception in the calls out of the running module.
+  KeptException& kept() { return kept_; }
 
   [[noreturn]] void fail(std::string message, Span span) const { throw ScriptError(std::move(message), source_, span); }
 
@@ -39,7 +39,7 @@ class Site {
 
   HostContext context_;
   SourcePtr source_;
-  KeptError kept_error_;
+  KeptException kept_;
 };
 
 /// Makes another source the running one, and the old one again at the end.

@@ -32,6 +32,7 @@ Statements::Flow Statements::execute(const Block& block) {
 }
 
 Statements::Flow Statements::execute(const Statement& statement) {
+  steps_.take();
   // A fault may also come without a call of the module in the script: when the last reference to an object is dropped.
   const RunningMark mark({site_.source().get(), statement.span.begin, false});
   return std::visit([&](const auto& form) { return execute(form, statement.span); }, statement.form);
@@ -77,6 +78,7 @@ Statements::Flow Statements::execute(const If& form, Span) {
 }
 
 Statements::Flow Statements::turn(const Block& body) {
+  steps_.take();
   const Flow flow = execute(body);
   return flow == Flow::continued ? Flow::onward : flow;
 }

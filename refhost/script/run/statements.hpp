@@ -3,6 +3,7 @@
 #pragma once
 
 #include "script/run/evaluator.hpp"
+#include "script/run/steps.hpp"
 
 namespace hvm {
 
@@ -12,9 +13,10 @@ class Uses;
 /// Runs statements in the running scope. Everything that fails is a `ScriptError`.
 class Statements {
  public:
-  Statements(const Site& site, Scopes& scopes, const Functions& functions, const Variables& variables,
+  Statements(const Site& site, Steps& steps, Scopes& scopes, const Functions& functions, const Variables& variables,
              const Elements& elements, const Operators& operators, Evaluator& evaluator, Uses& uses)
       : site_(site),
+        steps_(steps),
         scopes_(scopes),
         functions_(functions),
         variables_(variables),
@@ -51,6 +53,7 @@ class Statements {
   Flow iterate(const For& form, const Value& table);
 
   const Site& site_;
+  Steps& steps_;
   Scopes& scopes_;
   const Functions& functions_;
   const Variables& variables_;

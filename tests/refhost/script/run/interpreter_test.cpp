@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "script/library/script_end.hpp"
 #include "script_run.hpp"
 
 namespace hvm::testing {
@@ -148,6 +149,53 @@ TEST(Assignment, InASingleStatement_KeepsTheOldValueOnError) {
   const auto& statement = std::get<ExpressionStatement>(shown.statements[0].form);
   const Value value = interpreter.evaluate(*statement.expression, shown.source);
   EXPECT_EQ(interpreter.shown(value, shown.source, {}), "1");
+}
+
+/// Whether a script comes to its end in this many steps.
+bool ends_within(std::uint64_t steps, const char* script) {
+  Interpreter interpreter(
+      toy_functions(), {true, [](const std::string&, const SourceText&, std::size_t) {}, {}, FileAccess::none, steps});
+  try {
+    interpreter.run(interpreter.parse(std::make_shared<SourceText>("a.hvm", script)));
+    return true;
+  } catch (const StepLimitReached&) {
+    return false;
+  }
+}
+
+TEST(Steps, AreStatementsTurnsOfLoopsAndCalls) {
+  struct Row {
+    const char* script;
+    std::uint64_t steps;
+  };
+  for (const Row& row : std::initializer_list<Row>{
+           {"x = 1; x += 1", 2},
+           {"if 1 then x = 1 end", 2},
+           {"print(len(\"abc\"))", 3},
+           {"i = 0\nwhile i < 5 do i += 1 end", 12},
+           {"i = 0\nwhile i < 5\ni += 1\nif i == 3 then i = 4 end\nend", 15},
+           {"for i in range(5)\nend", 6},
+           {"for i in [1, 2]\nend", 3},
+           {"fn f()\nreturn 1\nend\nx = f() + f()", 5},
+           {"a = toy_int(2); a.dump()", 4},
+       }) {
+    EXPECT_TRUE(ends_within(row.steps, row.script)) << row.script;
+    EXPECT_FALSE(ends_within(row.steps - 1, row.script)) << row.script;
+    EXPECT_TRUE(ends_within(0, row.script)) << row.script;
+  }
+}
+
+TEST(Steps, BeyondTheLimit_EndEverythingThatTheInterpreterRuns) {
+  const auto source = [](const char* text) { return std::make_shared<SourceText>("a.hvm", text); };
+  const Counts before = counts();
+  {
+    Interpreter interpreter(toy_functions(), {true, {}, {}, FileAccess::none, 1000});
+    const Program endless = interpreter.parse(source("t = [[1], \"text\"]\nwhile 1\nt[1] += \"x\"\nend"));
+    EXPECT_THROW(interpreter.run(endless), StepLimitReached);
+    const Program one_more = interpreter.parse(source("x = 1"));
+    EXPECT_THROW(interpreter.run(one_more), StepLimitReached);
+  }
+  EXPECT_TRUE(counts() == before);
 }
 
 TEST(Deep, Tables_ArePrintedAndDestroyed) {

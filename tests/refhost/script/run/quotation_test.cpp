@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "code_text.hpp"
+#include "script/library/script_end.hpp"
 #include "script_run.hpp"
 
 namespace hvm::testing {
@@ -273,6 +274,39 @@ TEST(Errors, OfTheHostItself_DoNotPassThroughAModule) {
   const auto broken = [](const std::string&, const SourceText&, std::size_t) { throw std::runtime_error("broken"); };
   EXPECT_EQ(message(out_of_memory), place("out of memory"));
   EXPECT_EQ(message(broken), place("broken"));
+}
+
+TEST(TheEndOfAScript, InACallOutOfAModule_PassesIt) {
+  const auto text = [](const std::string& script) { return std::make_shared<SourceText>("a.hvm", script); };
+  for (const char* entry : {"reading", "failing", "throwing"}) {
+    const Counts before = counts();
+    {
+      Interpreter interpreter(reader_functions(),
+                              {true, [](const std::string&, const SourceText&, std::size_t) { throw ScriptExit(3); }});
+      const std::string script = fmt::format("fn f()\nprint(1)\nend\nx = {0}(@g([1], {0}(@h(f())), 1 / 0))", entry);
+      try {
+        interpreter.run(interpreter.parse(text(script)));
+        FAIL() << entry;
+      } catch (const ScriptExit& end) {
+        EXPECT_EQ(end.status(), 3) << entry;
+      }
+      EXPECT_NO_THROW(interpreter.run(interpreter.parse(text("assert(reading(@g(1 + 1))[0] == 2)"))));
+    }
+    EXPECT_TRUE(counts() == before) << entry;
+  }
+}
+
+TEST(Steps, OfCallsOutOfAModule_Count) {
+  const auto runs = [](std::uint64_t limit, const char* script) {
+    Interpreter interpreter(reader_functions(), {true, {}, {}, FileAccess::none, limit});
+    interpreter.run(interpreter.parse(std::make_shared<SourceText>("a.hvm", script)));
+  };
+  // A statement, the call of the module, a computed argument, and a named one that is a call twice: out of the module,
+  // and by its name.
+  const char* script = "reading(@g(1 + 1, len(\"abc\")))";
+  EXPECT_NO_THROW(runs(5, script));
+  EXPECT_THROW(runs(4, script), StepLimitReached);
+  EXPECT_THROW(runs(1000, "fn f()\nwhile 1 do end\nend\nthrowing(@g(f()))"), StepLimitReached);
 }
 
 TEST(Errors, AfterAKeptOne_TheNextCallsAreClean) {
