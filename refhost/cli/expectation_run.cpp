@@ -9,6 +9,7 @@
 #include <set>
 
 #include "cli/expectations.hpp"
+#include "script/library/script_end.hpp"
 #include "script/run/interpreter.hpp"
 
 namespace hvm {
@@ -30,6 +31,8 @@ class ExpectationRun {
         if (word.kind != TokenKind::newline && word.kind != TokenKind::end_of_source)
           last_code_line_ = source_->line(word.span.begin);
       run();
+    } catch (const ScriptExit& end) {
+      if (end.status() != 0) report(running_line_, fmt::format("the script ended with the status {}", end.status()));
     } catch (const ScriptError& error) {
       report(error.line(), fmt::format("error: {}", error.message()));
     }

@@ -1,7 +1,7 @@
 // cli/main.cpp: the program hvm
 //
-// Exit status: 0; 1 after a script error, a failed test, or when the output cannot be written; 2 for wrong usage; 3
-// when the module cannot be loaded.
+// Exit status: 0, or what the script gives to `exit`; 1 after a script error, a failed test, or when the output cannot
+// be written; 2 for wrong usage; 3 when the module cannot be loaded.
 
 #include <fmt/format.h>
 #include <unistd.h>
@@ -14,6 +14,7 @@
 #include "cli/repl.hpp"
 #include "cli/streams.hpp"
 #include "cli/test_runner.hpp"
+#include "script/library/script_end.hpp"
 #include "script/library/script_file.hpp"
 #include "script/module/array_module.hpp"
 #include "script/module/fault_report.hpp"
@@ -74,8 +75,12 @@ int run_scripts(const Settings& settings, const Module& module) {
       {!settings.is_unchecked, [](const std::string& text, const SourceText&, std::size_t) { put(text + "\n"); },
        [](const std::string& warning) { put_error({warning}); }});
   interpreter.set_global("args", arguments_table(arguments));
-  if (source) return run_source(interpreter, source);
-  run_repl(interpreter);
+  try {
+    if (source) return run_source(interpreter, source);
+    run_repl(interpreter);
+  } catch (const ScriptExit& end) {
+    return end.status();
+  }
   return done;
 }
 
@@ -123,9 +128,8 @@ void describe(CLI::App& app, Settings& settings) {
   app.footer(
       "A script and its arguments follow the options: hvm [options] script.hvm [args], hvm [options] -e CODE [args].\n"
       "Without a script hvm reads one from the standard input; at a terminal it is a prompt.\n"
-      "Exit status: 0; 1 after a script error, a failed test, or when the output cannot be written; 2 for wrong "
-      "usage;\n"
-      "3 when the module cannot be loaded.");
+      "Exit status: 0, or what the script gives to exit; 1 after a script error, a failed test, or when the output\n"
+      "cannot be written; 2 for wrong usage; 3 when the module cannot be loaded.");
   app.prefix_command();
   app.set_help_flag("--help,-h", "say this and end");
   const auto code = app.add_option("-e", settings.code, "run this code")->type_name("CODE");

@@ -1,4 +1,4 @@
-// script/library/general_functions.cpp: print, len, type, str, range, assert, clock
+// script/library/general_functions.cpp: print, len, type, str, range, assert, error, exit, clock
 
 #include <fmt/format.h>
 
@@ -6,6 +6,7 @@
 
 #include "script/library/arguments.hpp"
 #include "script/library/range.hpp"
+#include "script/library/script_end.hpp"
 #include "script/library/truth.hpp"
 #include "script/module/object_text.hpp"
 #include "script/syntax/diagnostics.hpp"
@@ -75,6 +76,16 @@ Value assertion(const BuiltinCall& call) {
   throw Failure(fmt::format("assertion failed: {}", printer_for(call, Detail::brief).text(call.arguments[1])));
 }
 
+Value error(const BuiltinCall& call) { throw Failure(printer_for(call, Detail::brief).text(call.arguments[0])); }
+
+Value exit(const BuiltinCall& call) {
+  constexpr int highest_status = 255;
+  const std::int64_t status = call.count() == 0 ? 0 : integer_argument(call, 0);
+  if (status < 0 || status > highest_status)
+    call.fail(fmt::format("the status is from 0 to {}, not {}", highest_status, status));
+  throw ScriptExit(static_cast<int>(status));
+}
+
 Value clock(const BuiltinCall&) {
   const auto now = std::chrono::steady_clock::now().time_since_epoch();
   return Value(std::chrono::duration<double>(now).count());
@@ -84,6 +95,8 @@ Value clock(const BuiltinCall&) {
 constexpr Builtin rows[] = {
     {"assert", 1, 2, assertion},
     {"clock", 0, 0, clock},
+    {"error", 1, 1, error},
+    {"exit", 0, 1, exit},
     {"len", 1, 1, len},
     {"print", 0, -1, print},
     {"range", 1, 3, range},

@@ -120,6 +120,14 @@ TEST(Repl, ShowsValuesSurvivesErrorsAndEndsAtTheEndOfFile) {
   EXPECT_EQ(terminal.exit_status(), 0);
 }
 
+TEST(Repl, Exit_EndsItWithAStatus) {
+  Terminal terminal;
+  terminal.wait_for("> ");
+  terminal.answer("x = 3");
+  terminal.type("exit(x)\r");
+  EXPECT_EQ(terminal.exit_status(), 3);
+}
+
 TEST(Repl, OpenBlocksAndBrackets_GoOnInTheNextLine) {
   Terminal terminal;
   terminal.wait_for("> ");

@@ -46,6 +46,65 @@ TEST(Strings, AreJoinedAndCompared) {
                   {"print(\"a\"[0][0])", "a"}});
 }
 
+TEST(Strings, TimesAnInteger_AreRepeated) {
+  expect_outputs({{"print(\"ab\" * 3, \"-\" * 2L, \"\\u{e4}\" * 2)", "ababab -- \xC3\xA4\xC3\xA4"},
+                  {"print(type(w\"x\" * 3), len(w\"\\u{1F600}\" * 3))", "string 3"},
+                  {"print(\"[\" + \"ab\" * 0 + \"ab\" * -1 + \"\" * 2147483647 + \"]\")", "[]"},
+                  {"s = \"ab\"; s *= 2; print(s)", "abab"},
+                  {"print(\"a\" * 9223372036854775807L)", "!a string of 9223372036854775807 repetitions is too long"},
+                  {"print(\"abc\" * 1000000000)", "!a string of 1000000000 repetitions is too long"},
+                  {"print(3 * \"a\")", "!'*' is not defined for an int and a string"},
+                  {"print(\"a\" * 1.5)", "!'*' is not defined for a string and a real"}});
+}
+
+TEST(Strings, HaveCharactersAndRangesOfThem) {
+  const char* text = "s = \"a\\u{e4}\\u{1F600}b\"; ";
+  const auto row = [&](const char* expression) { return output_of(std::string(text) + "print(" + expression + ")"); };
+  EXPECT_EQ(row("s[0] + s[3], s[1], s[2] == \"\\u{1F600}\""), "ab \xC3\xA4 1");
+  EXPECT_EQ(row("s[1:2], s[:2] == s[0:2], s[3:], s[:] == s"), "\xC3\xA4 1 b 1");
+  EXPECT_EQ(row("\"[\" + s[2:2] + s[3:1] + s[4:] + s[100:] + s[:0] + \"]\""), "[]");
+  EXPECT_EQ(row("s[3:100], s[1L:2L] == s[1]"), "b 1");
+  EXPECT_EQ(row("s[4]"), "!the position 4 is beyond the string, which has 4 characters");
+  EXPECT_EQ(row("\"\"[0]"), "!the position 0 is beyond the string, which has 0 characters");
+  EXPECT_EQ(row("s[-1]"), "!the position -1 in a string is negative");
+  EXPECT_EQ(row("s[-1:]"), "!the position -1 in a string is negative");
+  EXPECT_EQ(row("s[0:-9223372036854775808L]"), "!the position -9223372036854775808 in a string is negative");
+  EXPECT_EQ(row("s[1.0]"), "!the position in a string is an integer, not a real");
+  EXPECT_EQ(row("s[:\"b\"]"), "!the position in a string is an integer, not a string");
+  EXPECT_EQ(row("s[0, 1]"), "!a string takes one index, not 2");
+  EXPECT_EQ(row("s[0, 1:2]"), "!a range of keys is allowed in quotations only");
+}
+
+TEST(Strings, WideOnes_HaveCharactersOfTheirOwnKind) {
+  expect_outputs({{"w = w\"a\\u{1F600}b\"; print(w[1:] + w[0], len(w[1]), type(w[0:1]))",
+                   "\xF0\x9F\x98\x80"
+                   "ba 1 string"},
+                  {"print(w\"ab\"[2])", "!the position 2 is beyond the string, which has 2 characters"}});
+  Interpreter interpreter(toy_functions(), {});
+  const auto source = std::make_shared<SourceText>("test.hvm", "w\"abc\"[1:2]");
+  const Program program = interpreter.parse(source);
+  const auto& statement = std::get<ExpressionStatement>(program.statements.at(0).form);
+  EXPECT_EQ(interpreter.evaluate(*statement.expression, source).tag(), ValueTag::wide_string);
+}
+
+TEST(Ranges, OfAnythingButAString_AreErrors) {
+  expect_outputs({{"t = [1, 2]; print(t[0:1])", "!a range of keys is allowed in quotations only"},
+                  {"a = toy_int(3); print(a[0:1])", "!a range selects characters of a string, and this is $xintarray"},
+                  {"x = 5; print(x[:])", "!a range selects characters of a string, and this is an int"}});
+}
+
+TEST(Nil, IsALiteralAndComparedWithEverything) {
+  expect_outputs({{"x = nil; print(x, type(nil), nil == nil, nil != nil)", "nil nil 1 0"},
+                  {"t = [\"a\": nil]; print(t[\"a\"] == nil, t[\"b\"] == nil, len(t))", "1 1 1"},
+                  {"print(1 == nil, \"\" == nil, [] == nil, nil != [1], @f == nil)", "0 0 0 1 0"},
+                  {"a = toy_int(2); print(a == nil, nil == a, a != nil, nil != a)", "0 0 1 1"},
+                  {"if nil then print(1) else print(2) end", "2"},
+                  {"fn f() return nil end; print(f())", "nil"},
+                  {"print([1, nil, 3])", "[1, nil, 3]"},
+                  {"nil + 1", "!'+' is not defined for nil and an int"},
+                  {"nil < 1", "!'<' is not defined for nil and an int"}});
+}
+
 TEST(Conditions, TakeNumbersAndNilOnly) {
   expect_outputs(
       {{"if 2 then print(1) end", "1"},
@@ -57,6 +116,74 @@ TEST(Conditions, TakeNumbersAndNilOnly) {
        {"if [] then end", "!a condition must be a number, not a table"},
        {"if toy_int(2) then end", "!a condition must be a number, and $xintarray is an array or another object"},
        {"x = not toy_int(2)", "!a condition must be a number, and $xintarray is an array or another object"}});
+}
+
+TEST(Loops, EndEarlyWithBreakAndPassOverWithContinue) {
+  expect_outputs(
+      {{"for i in range(9) do if i == 1 then continue end; if i == 4 then break end; print(i) end", "0|2|3"},
+       {"for v in [5, 6, 7, 8] do if v == 6 then continue end; if v == 8 then break end; print(v) end", "5|7"},
+       {"n = 0; while n < 9 do n += 1; if n == 2 then continue end; if n == 4 then break end; print(n) end", "1|3"},
+       {"for i in range(2) do for j in range(9) do if j == 1 then break end; print(i, j) end end", "0 0|1 0"},
+       {"for i in range(3) do if i == 1 then if 1 then break end end; print(i) end; print(\"on\")", "0|on"},
+       {"fn f() for i in range(9) do while 1 do return i + 5 end end end; print(f())", "5"},
+       {"fn f() for i in range(9) do break end; return 7 end; print(f())", "7"}});
+}
+
+TEST(Loops, WithAKey_WalkEntries) {
+  expect_outputs(
+      {{"for k, v in [10, \"x\": 20, 2.5: 30] do print(k, type(k), v) end", "0 int 10|x string 20|2.5 real 30"},
+       {"for i, v in range(5, 8) do print(i, v) end", "0 5|1 6|2 7"},
+       {"t = [\"a\": 1]; for k, v in t do t[k + k] = v end; print(t)", "[\"a\": 1, \"aa\": 1]"},
+       {"for k, v in [] do print(k) end; print(\"none\")", "none"},
+       {"for v, v in [7, 8] do print(v) end", "7|8"},
+       {"for k, v in 5 do print(k) end", "!'for' walks a table or a range, not an int"},
+       {"for k, v in [[1, 2], [3]] do for i, x in v do print(k, i, x) end end", "0 0 1|0 1 2|1 0 3"}});
+}
+
+TEST(Try, CatchesTheErrorsOfItsBlock) {
+  expect_outputs(
+      {{"try print(1); 1 / 0; print(2) catch e print(e) end; print(3)", "1|'/' by the integer zero|3"},
+       {"try print(1) catch e print(2) end", "1"},
+       {"try missing() catch e end; print(type(e))", "string"},
+       {"fn f() 1 / 0 end; try f() catch e print(e) end", "'/' by the integer zero"},
+       {"try toy_fail() catch e print(e) end", "toy_fail: the call failed without arguments"},
+       {"try error(\"mine\") catch e print(e) end", "mine"},
+       {"try try error(\"a\") catch e error(e + \"b\") end catch e print(e) end", "ab"},
+       {"try 1 / 0 catch e error(e) end; print(2)", "!'/' by the integer zero"},
+       {"fn f(n) return f(n + 1) end; try f(0) catch e print(e) end; print(7)",
+        "the calls nest too deeply: more than 1000 levels|7"},
+       {"fn f() try return 1 catch e return 2 end end; print(f())", "1"},
+       {"fn f() try error(\"x\") catch e return e end end; print(f())", "x"},
+       {"for i in range(4) do try if i == 2 then break end; error(\"x\") catch e continue end end; print(i)", "2"},
+       {"fn f() try 1 / 0 catch e end end; f(); print(e)", "!there is no variable 'e'"}});
+}
+
+TEST(Error, HasTheMessageOfItsArgument) {
+  expect_outputs({{"error(\"no such month\")", "!no such month"},
+                  {"error(5)", "!5"},
+                  {"error()", "!error: it takes 1 argument, not 0"}});
+}
+
+TEST(Exit, EndsTheScriptWithAStatus) {
+  const auto status_of = [](const std::string& script) {
+    const Counts before = counts();
+    int status = -1;
+    try {
+      output_of(script);
+    } catch (const ScriptExit& end) {
+      status = end.status();
+    }
+    EXPECT_TRUE(counts() == before) << "left behind by: " << script;
+    return status;
+  };
+  EXPECT_EQ(status_of("exit()"), 0);
+  EXPECT_EQ(status_of("exit(3); error(1)"), 3);
+  EXPECT_EQ(status_of("exit(255L)"), 255);
+  EXPECT_EQ(status_of("fn f(t) for v in t do while 1 do exit(v) end end end; f([7])"), 7);
+  EXPECT_EQ(status_of("try exit(4) catch e print(e) end"), 4);
+  expect_outputs({{"exit(256)", "!exit: the status is from 0 to 255, not 256"},
+                  {"exit(-1)", "!exit: the status is from 0 to 255, not -1"},
+                  {"exit(\"1\")", "!exit: it takes an integer, not a string"}});
 }
 
 TEST(Tables, AreWrittenReadAndShared) {

@@ -107,7 +107,19 @@ TEST(Parser, Blocks_EndWithEnd) {
                 {"if a then b end", "{(if a {b})}"},
                 {"while a do b end", "{(while a {b})}"},
                 {"for i in range(3)\nprint(i)\nend", "{(for i (call range 3) {(call print i)})}"},
-                {"for v in t do end", "{(for v t {})}"}});
+                {"for v in t do end", "{(for v t {})}"},
+                {"for k, v in t do end", "{(for k, v t {})}"},
+                {"while a do if b then break end; continue end", "{(while a {(if b {(break)}) (continue)})}"},
+                {"try a\nb catch e c end", "{(try {a b} e {c})}"},
+                {"for v in t\ntry\nbreak\ncatch e\ncontinue\nend\nend", "{(for v t {(try {(break)} e {(continue)})})}"},
+                {"use \"lib/a.hvm\"; a", "{(use \"lib/a.hvm\") a}"}});
+}
+
+TEST(Parser, Ranges_StandBetweenBrackets) {
+  expect_trees({{"s[1:2]", "{(at s 1..2)}"},
+                {"s[:n + 1]", "{(at s ..(+ n 1))}"},
+                {"f(s)[len(s) - 1:]", "{(at (call f s) (- (call len s) 1)..)}"},
+                {"s[:][1]", "{(at (at s ..) 1)}"}});
 }
 
 TEST(Parser, NamesInAFn_AreLocalWhenAssignedThere) {
@@ -123,6 +135,12 @@ TEST(Parser, NamesInAFn_AreLocalWhenAssignedThere) {
   EXPECT_EQ(tree_text(program.statements), "{(= b 1)}");
   EXPECT_FALSE(globals.find("a"));
   EXPECT_TRUE(globals.find("g"));
+}
+
+TEST(Parser, LoopVariablesAndCaughtErrors_AreLocalInAFn) {
+  NameTable globals;
+  const Program program = parse(source_of("fn f(t)\nfor k, v in t\ntry\ng(k)\ncatch e\nend\nend\nend"), globals);
+  EXPECT_EQ(program.functions.at(0)->locals, (std::vector<std::string>{"t", "k", "v", "e"}));
 }
 
 TEST(Parser, Errors_SayWhatIsWrong) {
@@ -212,8 +230,9 @@ TEST(Parser, InvalidUtf8_IsAnErrorNamingThePlace) {
 }
 
 TEST(Parser, Incompleteness_IsToldFromErrors) {
-  for (const char* text : {"print(1,", "a = 1 +", "if a", "fn f()\n", "t = [1, ", "while 1\nb\n", "a =", "a = @",
-                           "a = @f(1,", "a = @[[1.0],", "a = @f(t[1:"})
+  for (const char* text :
+       {"print(1,", "a = 1 +", "if a", "fn f()\n", "t = [1, ", "while 1\nb\n", "a =", "a = @", "a = @f(1,",
+        "a = @[[1.0],", "a = @f(t[1:", "s[1:", "try", "try\na\n", "try\na\ncatch e\n", "for k,"})
     EXPECT_TRUE(error_of(text).is_incomplete()) << text;
   for (const char* text : {"a = )", "end", "x = \"abc", "a = 1 2", "if a = b"})
     EXPECT_FALSE(error_of(text).is_incomplete()) << text;
