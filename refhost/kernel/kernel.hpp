@@ -89,37 +89,40 @@ HostValue shared(const HostValue& value) noexcept;
 /// content.
 void assign(HostValue& destination, const HostValue& source) noexcept;
 /// Narrow characters of any string form, in UTF-8; empty for what is no string. They last as long as the record's
-/// content, those of a wide string until the eighth conversion after this one.
-std::string_view text_of(const HostValue& value) noexcept;
+/// content, those of a wide string until the eighth conversion after this one. Throws `std::bad_alloc` when memory for
+/// the conversion is missing.
+std::string_view text_of(const HostValue& value);
 /// The 16-bit characters of a wide string (tag 24); empty for everything else.
 std::u16string_view wide_text_of(const HostValue& value) noexcept;
 
 /// A record with an owner: released at the end, shared by copying. It has the size and alignment of a record, so that a
-/// `std::vector<Value>` is an argument list. Where memory for a text is missing it is nil.
+/// `std::vector<Value>` is an argument list. Making a text or a table throws `std::bad_alloc` when memory is missing; a
+/// text of 2 GiB or more never finds it.
 class Value {
  public:
   Value() noexcept : record_(nil_record()) {}
   explicit Value(int x) noexcept;
   explicit Value(std::int64_t x) noexcept;
   explicit Value(double x) noexcept;
-  explicit Value(std::string_view text) noexcept;
-  explicit Value(const char* text) noexcept : Value(std::string_view(text)) {}
-  explicit Value(std::u16string_view text) noexcept;
-  explicit Value(const char16_t* text) noexcept : Value(std::u16string_view(text)) {}
+  explicit Value(std::string_view text);
+  explicit Value(const char* text) : Value(std::string_view(text)) {}
+  explicit Value(std::u16string_view text);
+  explicit Value(const char16_t* text) : Value(std::u16string_view(text)) {}
 
-  /// An owner that shares the content of `record`.
-  static Value sharing(const HostValue& record) noexcept { return Value(hvm::shared(record)); }
+  /// An owner that shares the content of `record`. Throws `std::bad_alloc` when the text of a record that is no
+  /// temporary must be copied and memory is missing.
+  static Value sharing(const HostValue& record);
   /// An owner that takes the content out of `record` and leaves nil there.
   static Value taking(HostValue& record) noexcept;
   /// A string that refers to a literal, which must outlive every record that shares it.
   static Value literal(std::string_view text) noexcept;
   static Value literal(std::u16string_view text) noexcept;
   /// A string whose characters are behind a record of length and text (tag 6).
-  static Value string_record(std::string_view text) noexcept;
+  static Value string_record(std::string_view text);
   /// A new, empty table.
-  static Value table(int capacity = 4) noexcept;
+  static Value table(int capacity = 4);
   /// A table of these values under the keys 0, 1, 2, ...
-  static Value table_of(const std::vector<Value>& values) noexcept;
+  static Value table_of(const std::vector<Value>& values);
   /// A new object of a registered type; nil when the host makes none.
   static Value object(HostContext ctx, const char* type_name) noexcept;
   /// An owner of a reference to `any`; nil for null.
@@ -182,6 +185,10 @@ HostValue* find(const HostHash* table, std::string_view key) noexcept;
 HostValue* slot(HostHash* table, const HostValue& key) noexcept;
 HostValue* slot(HostHash* table, int key) noexcept;
 HostValue* slot(HostHash* table, std::string_view key) noexcept;
+/// Writes the value of a key. Throws `std::bad_alloc` when memory is missing. Requires: `key` is one.
+void set_entry(HostHash* table, const HostValue& key, const HostValue& value);
+void set_entry(HostHash* table, int key, const HostValue& value);
+void set_entry(HostHash* table, std::string_view key, const HostValue& value);
 
 /// An entry of a table, both null at the end. A string key has tag 6.
 struct Entry {
@@ -273,6 +280,8 @@ void withhold_objects(bool withhold) noexcept;
 void fail_allocation(std::int64_t nth) noexcept;
 /// True when a failure asked for by `fail_allocation` has come since then.
 bool allocation_has_failed() noexcept;
+/// Lets every allocation fail that would make all memory of the host more than this many bytes; 0: none does.
+void limit_memory(std::size_t bytes) noexcept;
 /// The allocations since the library was loaded, failed ones included.
 std::int64_t allocation_count() noexcept;
 

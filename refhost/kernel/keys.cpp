@@ -28,6 +28,13 @@ std::uint64_t real_bits(double x) noexcept {
   return arrayfold::load<std::uint64_t>(&x);
 }
 
+/// No key for what is no text, and for a wide one where memory for its UTF-8 form is missing.
+Key key_of_text(const HostValue& record) noexcept {
+  if (!is_text(record)) return {};
+  const std::string_view text = text_or_null(record);
+  return text.data() || record.tag != ValueTag::wide_string ? key_of(text) : Key{};
+}
+
 }  // namespace
 
 Key key_of(std::int64_t x) noexcept {
@@ -53,13 +60,13 @@ Key key_of(const HostValue& record) noexcept {
     case ValueTag::real:
       return key_of(payload_of<double>(record));
     default:
-      return is_text(record) ? key_of(text_of(record)) : Key{};
+      return key_of_text(record);
   }
 }
 
 bool is_same(const HostValue& record, const Key& key) noexcept {
   if (record.tag != key.tag) return false;
-  if (key.tag == ValueTag::string_record) return text_of(record) == key.text;
+  if (key.tag == ValueTag::string_record) return text_or_null(record) == key.text;
   if (key.is_integer()) return payload_of<std::int32_t>(record) == key.integer();
   return payload_of<std::uint64_t>(record) == key.bits;
 }

@@ -27,6 +27,8 @@ static_assert(sizeof(BlockHead) == 16, "what follows the head is aligned for any
 constexpr std::size_t largest_block = std::numeric_limits<std::ptrdiff_t>::max() - sizeof(BlockHead);
 
 std::int64_t live_blocks[block_kinds];
+std::size_t live_bytes;
+std::size_t byte_limit;  // of all blocks together; 0: none
 std::int64_t asked_blocks;
 std::int64_t blocks_until_failure;  // 0: none fails
 bool failure_has_come;
@@ -35,6 +37,10 @@ BlockHead* head_of(void* block) noexcept { return static_cast<BlockHead*>(block)
 const BlockHead* head_of(const void* block) noexcept { return static_cast<const BlockHead*>(block) - 1; }
 
 std::int64_t& live(BlockKind kind) noexcept { return live_blocks[static_cast<std::size_t>(kind)]; }
+
+bool is_beyond_limit(std::size_t size) noexcept {
+  return byte_limit > 0 && (live_bytes > byte_limit || size > byte_limit - live_bytes);
+}
 
 bool fails_now() noexcept {
   ++asked_blocks;
@@ -57,11 +63,12 @@ void free_block(BlockHead* head) noexcept {
 }  // namespace
 
 void* allocate(std::size_t size, BlockKind kind) noexcept {
-  if (fails_now() || size > largest_block) return nullptr;
+  if (fails_now() || size > largest_block || is_beyond_limit(size)) return nullptr;
   auto* head = static_cast<BlockHead*>(std::malloc(sizeof(BlockHead) + size));
   if (!head) return nullptr;
   *head = {size, kind, 1};
   ++live(kind);
+  live_bytes += size;
   return head + 1;
 }
 
@@ -78,6 +85,7 @@ void give_back(void* block) noexcept {
   BlockHead* head = head_of(block);
   if (--head->references > 0) return;
   --live(head->kind);
+  live_bytes -= head->size;
   free_block(head);
 }
 
@@ -98,6 +106,7 @@ void fail_allocation(std::int64_t nth) noexcept {
 }
 
 bool allocation_has_failed() noexcept { return kernel::failure_has_come; }
+void limit_memory(std::size_t bytes) noexcept { kernel::byte_limit = bytes; }
 std::int64_t allocation_count() noexcept { return kernel::asked_blocks; }
 
 Counts counts() noexcept {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 #include "kernel/memory.hpp"
 #include "kernel/recorder.hpp"
@@ -81,6 +82,20 @@ HostValue string_record(std::string_view text) noexcept {
   return record_of<void*>(ValueTag::string_record, block);
 }
 
+std::string_view text_or_null(const HostValue& value) noexcept {
+  switch (value.tag) {
+    case ValueTag::string:
+    case ValueTag::converted_string:
+      return text_at_payload<char>(value);
+    case ValueTag::string_record:
+      return text_of_record(value);
+    case ValueTag::wide_string:
+      return narrowed(wide_text_of(value));
+    default:
+      return {};
+  }
+}
+
 void drop_text(const HostValue& value) noexcept {
   if (has_own_block(value)) give_back(payload_of<void*>(value));
 }
@@ -96,7 +111,7 @@ HostValue shared_text(const HostValue& value) noexcept {
 
 HostValue copy_of_text(const HostValue& value) noexcept {
   if (value.tag == ValueTag::wide_string) return owned_string(wide_text_of(value));
-  const std::string_view text = text_of(value);
+  const std::string_view text = text_or_null(value);
   return value.tag == ValueTag::string_record ? string_record(text) : owned_string(text, value.tag);
 }
 
@@ -104,18 +119,10 @@ HostValue copy_of_text(const HostValue& value) noexcept {
 
 using namespace kernel;
 
-std::string_view text_of(const HostValue& value) noexcept {
-  switch (value.tag) {
-    case ValueTag::string:
-    case ValueTag::converted_string:
-      return text_at_payload<char>(value);
-    case ValueTag::string_record:
-      return text_of_record(value);
-    case ValueTag::wide_string:
-      return narrowed(wide_text_of(value));
-    default:
-      return {};
-  }
+std::string_view text_of(const HostValue& value) {
+  const std::string_view text = text_or_null(value);
+  if (value.tag == ValueTag::wide_string && !text.data()) throw std::bad_alloc();
+  return text;
 }
 
 std::u16string_view wide_text_of(const HostValue& value) noexcept {
@@ -161,7 +168,7 @@ HostBool HVM_StringCheckAll(HostValue* value) {
 
 const char* HVM_AsString(HostValue* value) {
   note("HVM_AsString", value);
-  const char* text = value ? text_of(*value).data() : nullptr;
+  const char* text = value ? text_or_null(*value).data() : nullptr;
   return text ? text : "";
 }
 
@@ -169,7 +176,7 @@ int HVM_StringLen(HostValue* value) {
   note("HVM_StringLen", value);
   if (!value) return 0;
   const bool is_wide = value->tag == ValueTag::wide_string;
-  return static_cast<int>(is_wide ? wide_text_of(*value).size() : text_of(*value).size());
+  return static_cast<int>(is_wide ? wide_text_of(*value).size() : text_or_null(*value).size());
 }
 
 void HVM_SetString(HostContext ctx, HostValue* value, const char* text) {

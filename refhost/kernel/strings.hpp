@@ -28,6 +28,8 @@ HostValue literal_string(std::u16string_view text) noexcept;
 /// Text of tag 6, as keys are stored; nil when memory is missing.
 HostValue string_record(std::string_view text) noexcept;
 
+/// As `hvm::text_of`; without an address where memory for the conversion of a wide string is missing.
+std::string_view text_or_null(const HostValue& value) noexcept;
 /// Releases the text of a temporary.
 void drop_text(const HostValue& value) noexcept;
 /// A record of the same text: shared when it is owned there, referred to when it is a literal.

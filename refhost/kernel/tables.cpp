@@ -265,6 +265,13 @@ HostValue* find_in(const HostHash* table, const Key& key) noexcept {
 
 HostValue* slot_in(HostHash* table, const Key& key) noexcept { return table ? make_slot(*own(table), key) : nullptr; }
 
+void set_in(HostHash* table, const Key& key, const HostValue& value) {
+  Value entry = Value::sharing(value);
+  HostValue* place = slot_in(table, key);
+  if (!place) throw std::bad_alloc();
+  replace(nullptr, place, entry.give_up());
+}
+
 }  // namespace
 
 HostValue* find(const HostHash* table, const HostValue& key) noexcept { return find_in(table, key_of(key)); }
@@ -273,6 +280,9 @@ HostValue* find(const HostHash* table, std::string_view key) noexcept { return f
 HostValue* slot(HostHash* table, const HostValue& key) noexcept { return slot_in(table, key_of(key)); }
 HostValue* slot(HostHash* table, int key) noexcept { return slot_in(table, key_of(std::int64_t{key})); }
 HostValue* slot(HostHash* table, std::string_view key) noexcept { return slot_in(table, key_of(key)); }
+void set_entry(HostHash* table, const HostValue& key, const HostValue& value) { set_in(table, key_of(key), value); }
+void set_entry(HostHash* table, int key, const HostValue& value) { set_in(table, key_of(std::int64_t{key}), value); }
+void set_entry(HostHash* table, std::string_view key, const HostValue& value) { set_in(table, key_of(key), value); }
 
 Entry TableWalk::next() noexcept {
   if (!table_) return {};

@@ -65,7 +65,7 @@ Value range(const BuiltinCall& call) {
   Value table = Value::table();
   for (int i = 0; range.has_more(); ++i, range.advance()) {
     const Value number = range.value();
-    if (HostValue* place = slot(table_of(table.record()), i)) assign(*place, number.record());
+    set_entry(table_of(table.record()), i, number.record());
   }
   return table;
 }

@@ -82,9 +82,7 @@ void Elements::write(const ElementAssignment& form, Value& container, std::vecto
 
 void Elements::write_entry(Value& table, const Value& key, const Value& value, Span key_span) const {
   if (!is_key(key.record())) site_.fail(fmt::format("{} is not a key of a table", kind_in_words(key)), key_span);
-  HostValue* entry = slot(table_of(table.record()), key.record());
-  if (!entry) site_.fail("out of memory", key_span);
-  assign(*entry, value.record());
+  set_entry(table_of(table.record()), key.record(), value.record());
 }
 
 void Elements::require_one_key(const std::vector<Value>& indices, Span span) const {

@@ -71,11 +71,7 @@ void Interpreter::define(const Program& program) { parts_->functions.define(prog
 
 void Interpreter::run(const Statement& statement, const SourcePtr& source) {
   const SourceScope scope(parts_->site, source);
-  try {
-    parts_->statements.run(statement);
-  } catch (const std::bad_alloc&) {
-    throw ScriptError("out of memory", source, statement.span);
-  }
+  parts_->statements.run(statement);
 }
 
 void Interpreter::run(const Program& program) {

@@ -4,6 +4,8 @@
 
 #include <fmt/format.h>
 
+#include <new>
+
 #include "script/library/range.hpp"
 #include "script/module/fault_report.hpp"
 #include "script/run/uses.hpp"
@@ -35,7 +37,11 @@ Statements::Flow Statements::execute(const Statement& statement) {
   steps_.take();
   // A fault may also come without a call of the module in the script: when the last reference to an object is dropped.
   const RunningMark mark({site_.source().get(), statement.span.begin, false});
-  return std::visit([&](const auto& form) { return execute(form, statement.span); }, statement.form);
+  try {
+    return std::visit([&](const auto& form) { return execute(form, statement.span); }, statement.form);
+  } catch (const std::bad_alloc&) {
+    site_.fail("out of memory", statement.span);
+  }
 }
 
 Statements::Flow Statements::execute(const ExpressionStatement& form, Span) {

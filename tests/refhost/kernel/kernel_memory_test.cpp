@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <limits>
+#include <new>
 
 #include "kernel_fixture.hpp"
 
@@ -82,6 +83,25 @@ TEST_F(KernelMemory, FailAllocation_FailsTheNthOnce) {
   EXPECT_FALSE(allocation_has_failed());
 }
 
+TEST_F(KernelMemory, LimitMemory_BoundsAllBlocksTogether) {
+  const Value held(std::string(1000, 'x'));
+  limit_memory(100);  // less than is held already
+  EXPECT_EQ(HVM_Malloc(0), nullptr);
+  limit_memory(0);
+  void* first = HVM_Malloc(1'000'000);
+  limit_memory(1'100'000);
+  EXPECT_EQ(HVM_Malloc(100'000), nullptr);
+  void* second = HVM_Malloc(1000);
+  EXPECT_NE(second, nullptr);
+  HVM_Free(first);
+  first = HVM_Malloc(1'000'000);
+  EXPECT_NE(first, nullptr);
+  EXPECT_EQ(HVM_Realloc2(second, 200'000, 1000), nullptr);
+  limit_memory(0);
+  HVM_Free(first);
+  HVM_Free(second);
+}
+
 TEST_F(KernelMemory, Counts_CompareByEveryFigure) {
   Counts a, b;
   EXPECT_TRUE(a == b);
@@ -128,6 +148,44 @@ TEST_F(KernelMemory, RecordsWithoutMemory_BecomeNilOfZeros) {
   expect_nil([&](HostValue* v) { HVM_DupObject(ctx(), v, table.address(), 1); });
 }
 
+TEST_F(KernelMemory, ValuesWithoutMemory_ThrowBadAlloc) {
+  Value table = Value::table();
+  Value own("text");
+  HostValue looked_at = own.record();
+  looked_at.lifetime = Lifetime::none;
+  const auto expect_throw = [&](auto make) {
+    const Counts before = counts();
+    fail_allocation(1);
+    EXPECT_THROW(make(), std::bad_alloc);
+    EXPECT_TRUE(allocation_has_failed());
+    EXPECT_EQ(counts(), before);
+  };
+  expect_throw([] { Value value("text"); });
+  expect_throw([] { Value value(u"text"); });
+  expect_throw([] { Value::string_record("text"); });
+  expect_throw([] { Value::table(); });
+  expect_throw([&] { Value::sharing(looked_at); });
+  expect_throw([&] { set_entry(table_of(table.record()), 0, own.record()); });
+  expect_throw([&] { set_entry(table_of(table.record()), "key", own.record()); });
+  expect_throw([&] { set_entry(table_of(table.record()), own.record(), looked_at); });
+  EXPECT_EQ(entry_count(table_of(table.record())), 0);
+}
+
+TEST_F(KernelMemory, TablesOfValues_AreWholeOrThrow) {
+  const std::vector<Value> values(40, Value("text"));
+  for (int nth = 1;; ++nth) {
+    fail_allocation(nth);
+    try {
+      const Value table = Value::table_of(values);
+      EXPECT_FALSE(allocation_has_failed());
+      EXPECT_EQ(entry_count(table_of(table.record())), 40);
+      break;
+    } catch (const std::bad_alloc&) {
+      EXPECT_TRUE(allocation_has_failed());
+    }
+  }
+}
+
 // Every allocation of building one table fails once. What could not be stored is missing, the rest is whole.
 TEST_F(KernelMemory, TablesWithoutMemory_LackAnEntryAndLeakNothing) {
   int failures = 0;
@@ -137,7 +195,8 @@ TEST_F(KernelMemory, TablesWithoutMemory_LackAnEntryAndLeakNothing) {
     fail_allocation(nth);
     for (int key = 40; key >= 0; --key) HVM_SetString(ctx(), HVM_HashSetInt(ctx(), table, key), "text");
     for (int key = 0; key < 20; ++key) {
-      Value name(std::to_string(key));
+      const std::string text = std::to_string(key);
+      Value name = Value::literal(text);
       HVM_ForceTable(ctx(), HVM_HashSet(ctx(), table, name.address()), 4);
     }
     const bool has_failed = allocation_has_failed();
