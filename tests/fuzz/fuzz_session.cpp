@@ -9,16 +9,15 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
-#include <map>
+#include <limits>
 #include <new>
-#include <string>
 
 namespace arrayfold::fuzz {
 namespace {
 
-constexpr std::size_t largest_block = std::size_t{1} << 20;
+constexpr std::size_t any_size = std::numeric_limits<std::size_t>::max();
 
-bool is_limited = false;
+std::size_t largest_block = any_size;
 std::int64_t alive = 0;
 
 [[noreturn]] void give_up(const char* words) {
@@ -26,19 +25,17 @@ std::int64_t alive = 0;
   std::abort();
 }
 
-using Functions = std::map<std::string, EntryFunction>;
-
 int take_functions(void* host, int count, const FunctionRow* table) {
-  for (int row = 0; row < count; ++row) (*static_cast<Functions*>(host))[table[row].name] = table[row].function;
+  for (int row = 0; row < count; ++row) (*static_cast<FunctionMap*>(host))[table[row].name] = table[row].function;
   return 0;
 }
 
-Functions loaded_functions() {
+FunctionMap loaded_functions() {
   void* library = dlopen(MODULE_PATH, RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) give_up(dlerror());
   void* init = dlsym(library, "PKG_Init");
   if (init == nullptr) give_up("the module has no PKG_Init");
-  Functions functions;
+  FunctionMap functions;
   load<PackageInit> (&init)(&functions, take_functions);
   return functions;
 }
@@ -49,14 +46,20 @@ bool is_documented(const std::exception& thrown) {
          std::strcmp(thrown.what(), "\"object is not array\"") == 0;
 }
 
-/// The limit on blocks, as long as it lives.
+/// The limits are in force as long as it lives.
 struct Limit {
-  Limit() { is_limited = true; }
-  ~Limit() { is_limited = false; }
+  explicit Limit(MemoryLimits limits) {
+    largest_block = limits.largest_block;
+    hvm::limit_memory(limits.host);
+  }
+  ~Limit() {
+    largest_block = any_size;
+    hvm::limit_memory(0);
+  }
 };
 
-void run_limited(const std::function<void()>& action) {
-  const Limit limit;
+void run_limited(const std::function<void()>& action, MemoryLimits limits) {
+  const Limit limit(limits);
   try {
     action();
   } catch (const std::exception& thrown) {
@@ -66,17 +69,21 @@ void run_limited(const std::function<void()>& action) {
 
 }  // namespace
 
+const FunctionMap& functions() {
+  static const FunctionMap loaded = loaded_functions();
+  return loaded;
+}
+
 EntryFunction entry(const char* name) {
-  static const Functions functions = loaded_functions();
-  const auto row = functions.find(name);
-  if (row == functions.end()) give_up("the module lacks a function");
+  const auto row = functions().find(name);
+  if (row == functions().end()) give_up("the module lacks a function");
   return row->second;
 }
 
-void run_checked(const std::function<void()>& action) {
+void run_checked(const std::function<void()>& action, MemoryLimits limits) {
   const hvm::Counts host = hvm::counts();
   const std::int64_t before = alive;
-  run_limited(action);
+  run_limited(action, limits);
   if (hvm::counts() != host) give_up("the host holds something that the input left behind");
   if (alive != before) give_up("an allocation outlived the input");
 }
@@ -112,7 +119,7 @@ Value viewing(ValueTag tag, const void* payload) {
 
 namespace {
 
-bool is_withheld(std::size_t size) noexcept { return is_limited && size > largest_block; }
+bool is_withheld(std::size_t size) noexcept { return size > largest_block; }
 
 void* counted(void* memory) {
   if (memory == nullptr) throw std::bad_alloc();

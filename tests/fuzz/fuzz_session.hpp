@@ -2,7 +2,10 @@
 
 #pragma once
 
+#include <cstddef>
 #include <functional>
+#include <map>
+#include <string>
 #include <vector>
 
 #include "kernel/kernel.hpp"
@@ -11,13 +14,23 @@ namespace arrayfold::fuzz {
 
 using hvm::Value;
 
-/// A function of the module, which is loaded at the first call. Without it the process ends.
+using FunctionMap = std::map<std::string, EntryFunction>;
+
+/// The functions of the module by name. It is loaded at the first call.
+const FunctionMap& functions();
+/// One of them. Without it the process ends.
 EntryFunction entry(const char* name);
 
-/// Runs `action`, in which a single block of C++ memory may take no more than a megabyte: beyond it there is
-/// std::bad_alloc, as there is beyond the memory of a machine. The process ends when `action` throws anything but that
-/// or the module's own exception, and when it leaves an allocation or anything of the host's behind.
-void run_checked(const std::function<void()>& action);
+/// The memory that an input may take.
+struct MemoryLimits {
+  std::size_t largest_block = std::size_t{1} << 20;  // of a single block of C++ memory, in bytes
+  std::size_t host = 0;                              // of all memory of the host, in bytes; 0: any
+};
+
+/// Runs `action` under the limits: beyond them memory is missing, as it is beyond that of a machine. The process ends
+/// when `action` throws anything but std::bad_alloc or the module's own exception, and when it leaves an allocation or
+/// anything of the host's behind.
+void run_checked(const std::function<void()>& action, MemoryLimits limits = {});
 
 /// Calls a function with these arguments; the process ends when it throws and has changed its result. Nil when it
 /// failed or gave nothing.
