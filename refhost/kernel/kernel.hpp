@@ -183,8 +183,8 @@ HostValue* slot(HostHash* table, const HostValue& key) noexcept;
 HostValue* slot(HostHash* table, int key) noexcept;
 HostValue* slot(HostHash* table, std::string_view key) noexcept;
 
-/// Takes an entry out of a table and gives its value; nil when the key is absent. When the key is one of 0 to n - 1, all
-/// keys of the ordered part, the values behind it move down by one key, and the slot of n - 1 ends.
+/// Takes an entry out of a table and gives its value; nil when the key is absent. When the key is one of 0 to n - 1,
+/// all keys of the ordered part, the values behind it move down by one key, and the slot of n - 1 ends.
 Value remove(HostHash* table, const HostValue& key) noexcept;
 /// The first of 0, 1, 2, ... that is not a key of the table.
 std::int32_t next_position(const HostHash* table) noexcept;

@@ -3,8 +3,8 @@
 // The ordered part holds the keys 0 to n - 1. Its items lie in pieces that never move, so their slots last as long as
 // the table; `index` points at them. The hashed part holds all other keys in the array `items`, in the order in
 // which they came, with an index of places beside it. An integer key that extends the ordered part moves there with all
-// keys that follow it. It leaves an item with a nil key, which is not an entry, and so does a removed key. A table counts
-// its references and starts with one.
+// keys that follow it. It leaves an item with a nil key, which is not an entry, and so does a removed key. A table
+// counts its references and starts with one.
 
 #pragma once
 
@@ -59,8 +59,8 @@ HostValue* find_value(const Table& table, const Key& key) noexcept;
 /// The slot of a key, made when absent; null for what is not a key, or when memory is missing.
 HostValue* make_slot(Table& table, const Key& key) noexcept;
 
-/// Takes an entry out and gives its value, nil when there is none. The values behind a key of the ordered part move down
-/// by one key.
+/// Takes an entry out and gives its value, nil when there is none. The values behind a key of the ordered part move
+/// down by one key.
 HostValue take_entry(Table& table, const Key& key) noexcept;
 
 /// The lowest and the highest integer key; 0 and -1 when there is none.
