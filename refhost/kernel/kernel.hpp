@@ -190,6 +190,12 @@ void set_entry(HostHash* table, const HostValue& key, const HostValue& value);
 void set_entry(HostHash* table, int key, const HostValue& value);
 void set_entry(HostHash* table, std::string_view key, const HostValue& value);
 
+/// Takes an entry out of a table and gives its value; nil when the key is absent. When the key is one of 0 to n - 1,
+/// all keys of the ordered part, the values behind it move down by one key, and the slot of n - 1 ends.
+Value remove(HostHash* table, const HostValue& key) noexcept;
+/// The first of 0, 1, 2, ... that is not a key of the table.
+std::int32_t next_position(const HostHash* table) noexcept;
+
 /// An entry of a table, both null at the end. A string key has tag 6.
 struct Entry {
   const HostValue* key = nullptr;
@@ -198,7 +204,8 @@ struct Entry {
 };
 
 /// Walks the entries of a table: the keys 0 to n - 1 in their order, then the others as they came. It holds places, not
-/// pointers, so the table may be changed while it is walked (what comes in then may be seen or not), but must live.
+/// pointers, so the table may be changed while it is walked, but must live. What comes in then may be seen or not, and
+/// after a removal some of what follows may be left out.
 class TableWalk {
  public:
   explicit TableWalk(const HostHash* table) noexcept : table_(table) {}

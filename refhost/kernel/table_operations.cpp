@@ -51,12 +51,12 @@ HostValue* HVM_HashGet(HostContext, HostHash* hash, HostValue* key) {
   return or_nil(key ? hvm::find(hash, *key) : nullptr);
 }
 
-// Without an integer key the bounds are 0 and -1, so that a walk between them visits nothing.
+// Without an integer key a walk between the bounds visits nothing.
 void HVM_HashGetBounds(HostHash* hash, int* low, int* high) {
   note("HVM_HashGetBounds", hash);
-  const bool has_bounds = hash && own(hash)->has_integer_key;
-  if (low) *low = has_bounds ? own(hash)->lowest_key : 0;
-  if (high) *high = has_bounds ? own(hash)->highest_key : -1;
+  const KeyBounds bounds = hash ? bounds_of(*own(hash)) : KeyBounds{};
+  if (low) *low = bounds.lowest;
+  if (high) *high = bounds.highest;
 }
 
 HostValue* HVM_GetGlobalNilObj() {

@@ -59,15 +59,32 @@ bool pieces_have_room(Table& table) noexcept {
   return true;
 }
 
-HostHashItem* append_ordered(Table& table) noexcept {
-  if (!index_has_room(table) || !pieces_have_room(table)) return nullptr;
-  const std::int32_t key = table.index_count;
-  HostHashItem* item = table.spare_items++;
+bool next_item_is_made(Table& table) noexcept {
+  if (table.index_count < table.made_items) return true;
+  if (!index_has_room(table) || !pieces_have_room(table)) return false;
+  table.index.get()[table.made_items++] = table.spare_items++;
   --table.spare_count;
-  *item = new_item(record_of<std::int32_t>(ValueTag::integer, key), 0);
-  table.index.get()[key] = item;
+  return true;
+}
+
+HostHashItem* append_ordered(Table& table) noexcept {
+  if (!next_item_is_made(table)) return nullptr;
+  const std::int32_t key = table.index_count;
+  HostHashItem* item = table.index.get()[key];
   table.index_count = key + 1;
+  *item = new_item(record_of<std::int32_t>(ValueTag::integer, key), 0);
   return item;
+}
+
+// The values move, not the items, so the slots of the remaining keys stay where they are.
+HostValue take_ordered(Table& table, std::int32_t key) noexcept {
+  HostHashItem** items = table.index.get();
+  const HostValue value = items[key]->value;
+  const std::int32_t last = table.index_count - 1;
+  table.index_count = last;
+  for (std::int32_t n = key; n < last; ++n) items[n]->value = items[n + 1]->value;
+  items[last]->value = nil_record();
+  return value;
 }
 
 // ---- The hashed part
@@ -157,13 +174,13 @@ HostHashItem* append_hashed(Table& table, const Key& key) noexcept {
   return &item_at(table, n);
 }
 
-// Takes the value of an integer key out of the hashed part. Its item is no longer an entry.
-HostValue take_out(Table& table, std::uint32_t* place) noexcept {
+// Takes the value of a key out of the hashed part. Its item is no longer an entry.
+HostValue take_hashed(Table& table, std::uint32_t* place) noexcept {
   HostHashItem& item = item_at(table, static_cast<std::int32_t>(*place - 1));
   *place = left_place;
-  item.key = nil_record();
+  table.integer_items -= item.key.tag == ValueTag::integer;
   --table.live_items;
-  --table.integer_items;
+  hvm::release(item.key);
   const HostValue value = std::exchange(item.value, nil_record());
   if (table.live_items == 0) drop_hashed_storage(table);
   return value;
@@ -176,7 +193,7 @@ void draw_in_followers(Table& table) noexcept {
     if (!place) return;
     HostHashItem* item = append_ordered(table);
     if (!item) return;
-    item->value = take_out(table, place);
+    item->value = take_hashed(table, place);
   }
 }
 
@@ -197,6 +214,16 @@ HostHashItem* append_item(Table& table, const Key& key) noexcept {
   HostHashItem* item = append_ordered(table);
   if (item) draw_in_followers(table);
   return item;
+}
+
+void find_bounds_again(Table& table) noexcept {
+  table.has_stale_bounds = table.has_integer_key = false;
+  if (table.index_count > 0) widen_bounds(table, 0), widen_bounds(table, table.index_count - 1);
+  if (table.integer_items == 0) return;
+  for (std::int32_t n = 0; n < table.item_count; ++n) {
+    const HostValue& key = item_at(table, n).key;
+    if (key.tag == ValueTag::integer) widen_bounds(table, payload_of<std::int32_t>(key));
+  }
 }
 
 }  // namespace
@@ -234,6 +261,18 @@ HostValue* make_slot(Table& table, const Key& key) noexcept {
   if (!item) return nullptr;
   if (key.is_integer()) widen_bounds(table, key.integer());
   return &item->value;
+}
+
+HostValue take_entry(Table& table, const Key& key) noexcept {
+  if (key.is_integer()) table.has_stale_bounds = true;
+  if (is_ordered(table, key)) return take_ordered(table, key.integer());
+  std::uint32_t* place = key.exists() ? find_place(table, key) : nullptr;
+  return place ? take_hashed(table, place) : nil_record();
+}
+
+KeyBounds bounds_of(Table& table) noexcept {
+  if (table.has_stale_bounds) find_bounds_again(table);
+  return table.has_integer_key ? KeyBounds{table.lowest_key, table.highest_key} : KeyBounds{};
 }
 
 }  // namespace kernel
@@ -283,6 +322,18 @@ HostValue* slot(HostHash* table, std::string_view key) noexcept { return slot_in
 void set_entry(HostHash* table, const HostValue& key, const HostValue& value) { set_in(table, key_of(key), value); }
 void set_entry(HostHash* table, int key, const HostValue& value) { set_in(table, key_of(std::int64_t{key}), value); }
 void set_entry(HostHash* table, std::string_view key, const HostValue& value) { set_in(table, key_of(key), value); }
+
+Value remove(HostHash* table, const HostValue& key) noexcept {
+  HostValue taken = table ? take_entry(*own(table), key_of(key)) : nil_record();
+  return Value::taking(taken);
+}
+
+// A key from there on is hashed only after memory was missing.
+std::int32_t next_position(const HostHash* table) noexcept {
+  std::int32_t position = table ? table->index_count : 0;
+  while (find(table, position)) ++position;
+  return position;
+}
 
 Entry TableWalk::next() noexcept {
   if (!table_) return {};

@@ -3,8 +3,8 @@
 // The ordered part holds the keys 0 to n - 1. Its items lie in pieces that never move, so their slots last as long as
 // the table; `index` points at them. The hashed part holds all other keys in the array `items`, in the order in
 // which they came, with an index of places beside it. An integer key that extends the ordered part moves there with all
-// keys that follow it. It leaves an item with a nil key, which is not an entry. A table counts its references and
-// starts with one.
+// keys that follow it. It leaves an item with a nil key, which is not an entry, and so does a removed key. A table
+// counts its references and starts with one.
 
 #pragma once
 
@@ -18,8 +18,10 @@ struct Table : HostHash {
   std::uint32_t references;
   std::int32_t capacity_hint;
 
-  // Ordered part: `index` has room for `index_capacity`, and the youngest piece for `spare_count` more items.
+  // Ordered part: `index` has room for `index_capacity` and points at `made_items` items, of which those from
+  // `index_count` on were removed and serve the next keys. The youngest piece has room for `spare_count` more items.
   std::int32_t index_capacity;
+  std::int32_t made_items;
   std::int32_t spare_count;
   HostHashItem* spare_items;
   void* pieces;  // each begins with a pointer to the one before it
@@ -31,6 +33,8 @@ struct Table : HostHash {
   std::uint32_t place_count;
   std::uint32_t* places;
 
+  // The bounds of the integer keys. After a removal they are found again when somebody asks for them.
+  bool has_stale_bounds;
   bool has_integer_key;
   std::int32_t lowest_key;
   std::int32_t highest_key;
@@ -54,6 +58,17 @@ HostValue table_record(HostHash* table) noexcept;
 HostValue* find_value(const Table& table, const Key& key) noexcept;
 /// The slot of a key, made when absent; null for what is not a key, or when memory is missing.
 HostValue* make_slot(Table& table, const Key& key) noexcept;
+
+/// Takes an entry out and gives its value, nil when there is none. The values behind a key of the ordered part move
+/// down by one key.
+HostValue take_entry(Table& table, const Key& key) noexcept;
+
+/// The lowest and the highest integer key; 0 and -1 when there is none.
+struct KeyBounds {
+  std::int32_t lowest = 0;
+  std::int32_t highest = -1;
+};
+KeyBounds bounds_of(Table& table) noexcept;
 
 /// Drops a reference; with the last one the table is destroyed, with everything that it alone held. Does not recurse.
 /// Null is allowed.

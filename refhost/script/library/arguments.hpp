@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "script/library/builtins.hpp"
+#include "script/library/numbers.hpp"
 
 namespace hvm {
 
@@ -18,12 +19,19 @@ bool has_argument(const BuiltinCall& call, std::size_t i);
 /// The text of a string in UTF-8. It lasts as long as the argument; that of a wide string until the eighth conversion
 /// after this one.
 std::string_view text_argument(const BuiltinCall& call, std::size_t i);
+/// A number of any kind.
+Number exact_number_argument(const BuiltinCall& call, std::size_t i);
 /// A number of any kind, as a double.
 double number_argument(const BuiltinCall& call, std::size_t i);
 /// An int or an int64.
 std::int64_t integer_argument(const BuiltinCall& call, std::size_t i);
 /// A table; never null.
 HostHash* table_argument(const BuiltinCall& call, std::size_t i);
+/// A key of a table.
+const HostValue& key_argument(const BuiltinCall& call, std::size_t i);
+
+/// The text of a string, as `text_argument` gives it. Requires: `value` is a string.
+std::string_view narrow_text(const HostValue& value);
 
 /// An integer as a value: an `int` when it fits in 32 bits, otherwise an `int64`.
 Value integer_value(std::int64_t x) noexcept;

@@ -6,6 +6,7 @@
 
 #include <unordered_map>
 
+#include "script/module/object_text.hpp"
 #include "script/syntax/diagnostics.hpp"
 #include "script/text/number_text.hpp"
 
@@ -36,6 +37,8 @@ std::string wanted_count(const Builtin& builtin) {
 }  // namespace
 
 void BuiltinCall::fail(const std::string& message) const { throw Failure(fmt::format("{}: {}", name, message)); }
+
+Printer BuiltinCall::printer(Detail detail) const { return Printer(detail, object_text(caller, checks, detail)); }
 
 const Builtin* find_builtin(std::string_view name) {
   const auto found = builtins().find(name);

@@ -9,6 +9,7 @@
 
 #include "script/module/array_module.hpp"
 #include "script/module/module_functions.hpp"
+#include "script/text/printer.hpp"
 
 namespace hvm {
 
@@ -36,6 +37,8 @@ struct BuiltinCall {
   /// Throws a `Failure` whose message is `name: message`.
   [[noreturn]] void fail(const std::string& message) const;
   std::size_t count() const { return arguments.size(); }
+  /// Writes values as text, objects through their methods.
+  Printer printer(Detail detail) const;
 };
 
 struct Builtin {

@@ -8,10 +8,8 @@
 #include "script/library/range.hpp"
 #include "script/library/script_end.hpp"
 #include "script/library/truth.hpp"
-#include "script/module/object_text.hpp"
 #include "script/syntax/diagnostics.hpp"
 #include "script/syntax/unicode.hpp"
-#include "script/text/printer.hpp"
 #include "script/text/value_kinds.hpp"
 
 namespace hvm {
@@ -19,12 +17,8 @@ namespace {
 
 constexpr std::int64_t longest_range_table = 10'000'000;
 
-Printer printer_for(const BuiltinCall& call, Detail detail) {
-  return Printer(detail, object_text(call.caller, call.checks, detail));
-}
-
 Value print(const BuiltinCall& call) {
-  const Printer printer = printer_for(call, Detail::brief);
+  const Printer printer = call.printer(Detail::brief);
   std::string text;
   for (const Value& argument : call.arguments) {
     if (!text.empty() || &argument != &call.arguments.front()) text += ' ';
@@ -55,7 +49,7 @@ Value type(const BuiltinCall& call) { return Value(kind_name(call.arguments[0]))
 Value str(const BuiltinCall& call) {
   const Value& value = call.arguments[0];
   if (value.is_string()) return value;
-  return Value(printer_for(call, Detail::full).text(value));
+  return Value(call.printer(Detail::full).text(value));
 }
 
 Value range(const BuiltinCall& call) {
@@ -73,7 +67,7 @@ Value range(const BuiltinCall& call) {
 Value assertion(const BuiltinCall& call) {
   if (truth(call.arguments[0])) return {};
   if (call.arguments.size() == 1) throw Failure("assertion failed");
-  throw Failure(fmt::format("assertion failed: {}", printer_for(call, Detail::brief).text(call.arguments[1])));
+  throw Failure(fmt::format("assertion failed: {}", call.printer(Detail::brief).text(call.arguments[1])));
 }
 
 Value error(const BuiltinCall& call) { throw Failure(printer_for(call, Detail::brief).text(call.arguments[0])); }

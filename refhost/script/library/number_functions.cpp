@@ -1,9 +1,192 @@
 // script/library/number_functions.cpp: numbers: conversions, rounding, elementary functions
+//
+// Each takes single numbers of any kind. Integers never wrap: what does not fit in 32 bits becomes an int64, and what
+// does not fit in 64 bits is an error. The elementary functions give reals, NaN where they have no result.
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
 
 #include "script/library/arguments.hpp"
+#include "script/syntax/string_literals.hpp"
+#include "script/syntax/unicode.hpp"
+#include "script/text/value_kinds.hpp"
 
 namespace hvm {
+namespace {
 
-BuiltinFamily number_functions() { return {nullptr, nullptr}; }
+// ---- Conversions
+
+/// The start of a text, for messages.
+std::string quoted(std::string_view text) {
+  constexpr std::size_t longest = 40;
+  const std::size_t end = character_offset(text, longest);
+  return string_literal(text.substr(0, end)) + (end < text.size() ? "..." : "");
+}
+
+Value number(const BuiltinCall& call) {
+  const std::string_view text = text_argument(call, 0);
+  NumberInText read = number_in(text);
+  if (read.problem) call.fail(fmt::format("{} {}", quoted(text), read.problem));
+  return std::move(read.value);
+}
+
+[[noreturn]] void fail_range(const BuiltinCall& call, const std::string& number, int bits) {
+  call.fail(fmt::format("{} does not fit in {} bits", number, bits));
+}
+
+/// A whole real as an integer of so many bits.
+std::int64_t integer_of(const BuiltinCall& call, double x, int bits) {
+  if (std::isnan(x)) call.fail("nan is not an integer");
+  const double limit = std::ldexp(1.0, bits - 1);
+  if (x < -limit || x >= limit) fail_range(call, real_text(x, Detail::brief), bits);
+  return static_cast<std::int64_t>(x);
+}
+
+Value to_int(const BuiltinCall& call) {
+  const Number x = exact_number_argument(call, 0);
+  if (x.is_real()) return Value(static_cast<int>(integer_of(call, std::trunc(x.real), 32)));
+  if (!fits_32_bits(x.whole)) fail_range(call, fmt::format("{}", x.whole), 32);
+  return Value(static_cast<int>(x.whole));
+}
+
+Value to_int64(const BuiltinCall& call) {
+  const Number x = exact_number_argument(call, 0);
+  return Value(x.is_real() ? integer_of(call, std::trunc(x.real), 64) : x.whole);
+}
+
+Value to_real(const BuiltinCall& call) { return Value(number_argument(call, 0)); }
+
+// ---- Rounding
+
+template <double (*rounding)(double)>
+Value rounded(const BuiltinCall& call) {
+  const Number x = exact_number_argument(call, 0);
+  return x.is_real() ? integer_value(integer_of(call, rounding(x.real), 64)) : call.arguments[0];
+}
+
+/// To a multiple of a power of ten. The remainder is exact, so one rounding remains.
+double rounded_to_power(double x, std::int64_t exponent) {
+  constexpr std::int64_t beyond_all = 400;
+  const double unit = std::pow(10.0, static_cast<double>(std::min(exponent, beyond_all)));
+  return std::copysign(x - std::remainder(x, unit), x);
+}
+
+/// To digits behind the point, by the exact decimal digits of the number.
+double rounded_to_digits(double x, std::int64_t digits) {
+  constexpr std::int64_t most_digits = 341;  // a real that is rounded to more of them stays the same
+  if (digits > most_digits) return x;
+  const std::string text = fmt::format("{:.{}f}", x, digits);
+  double nearest = x;
+  std::from_chars(text.data(), text.data() + text.size(), nearest);
+  return nearest;
+}
+
+Value round(const BuiltinCall& call) {
+  if (!has_argument(call, 1)) return rounded<std::nearbyint>(call);
+  const double x = number_argument(call, 0);
+  const std::int64_t digits = integer_argument(call, 1);
+  if (!std::isfinite(x)) return Value(x);
+  return Value(digits < 0 ? rounded_to_power(x, -std::max<std::int64_t>(digits, -INT32_MAX))
+                          : rounded_to_digits(x, digits));
+}
+
+// ---- Magnitudes
+
+Value abs(const BuiltinCall& call) {
+  const Number x = exact_number_argument(call, 0);
+  if (x.is_real()) return Value(std::fabs(x.real));
+  std::int64_t magnitude = x.whole;
+  if (x.whole < 0 && __builtin_sub_overflow(0, x.whole, &magnitude)) fail_range(call, "9223372036854775808", 64);
+  return x.tag == ValueTag::integer ? integer_value(magnitude) : Value(magnitude);
+}
+
+using Beats = bool (*)(const Number& a, const Number& b);
+bool is_greater(const Number& a, const Number& b) { return is_less(b, a); }
+
+/// The first of the numbers that none of the others beats. NaN beats everything.
+class Extreme {
+ public:
+  Extreme(const BuiltinCall& call, Beats beats) : call_(call), beats_(beats) {}
+
+  void add(const HostValue& record) {
+    const Value value = Value::sharing(record);
+    if (!value.is_number()) call_.fail(fmt::format("it takes numbers, not {}", kind_in_words(value)));
+    const Number number = number_of(value);
+    const bool is_better = !std::isnan(best_.real) && (std::isnan(number.real) || beats_(number, best_));
+    if (found_.is_nil() || is_better) best_ = number, found_ = value;
+  }
+
+  Value found() const {
+    if (found_.is_nil()) call_.fail("the table is empty");
+    return found_;
+  }
+
+ private:
+  const BuiltinCall& call_;
+  Beats beats_;
+  Number best_;
+  Value found_;
+};
+
+template <Beats beats>
+Value extreme(const BuiltinCall& call) {
+  Extreme extreme(call, beats);
+  if (call.count() == 1 && call.arguments[0].is_table()) {
+    TableWalk walk(table_argument(call, 0));
+    while (const Entry entry = walk.next()) extreme.add(*entry.value);
+  } else {
+    for (const Value& argument : call.arguments) extreme.add(argument.record());
+  }
+  return extreme.found();
+}
+
+// ---- Elementary functions
+
+template <double (*function)(double)>
+Value elementary(const BuiltinCall& call) {
+  return Value(function(number_argument(call, 0)));
+}
+
+template <double (*function)(double, double)>
+Value elementary(const BuiltinCall& call) {
+  return Value(function(number_argument(call, 0), number_argument(call, 1)));
+}
+
+Value is_nan(const BuiltinCall& call) { return Value(std::isnan(number_argument(call, 0)) ? 1 : 0); }
+
+// clang-format off
+constexpr Builtin rows[] = {
+    {"abs", 1, 1, abs},
+    {"acos", 1, 1, elementary<std::acos>},
+    {"asin", 1, 1, elementary<std::asin>},
+    {"atan", 1, 1, elementary<std::atan>},
+    {"atan2", 2, 2, elementary<std::atan2>},
+    {"ceil", 1, 1, rounded<std::ceil>},
+    {"cos", 1, 1, elementary<std::cos>},
+    {"exp", 1, 1, elementary<std::exp>},
+    {"floor", 1, 1, rounded<std::floor>},
+    {"int", 1, 1, to_int},
+    {"int64", 1, 1, to_int64},
+    {"is_nan", 1, 1, is_nan},
+    {"log", 1, 1, elementary<std::log>},
+    {"log10", 1, 1, elementary<std::log10>},
+    {"max", 1, -1, extreme<is_greater>},
+    {"min", 1, -1, extreme<is_less>},
+    {"number", 1, 1, number},
+    {"pow", 2, 2, elementary<std::pow>},
+    {"real", 1, 1, to_real},
+    {"round", 1, 2, round},
+    {"sin", 1, 1, elementary<std::sin>},
+    {"sqrt", 1, 1, elementary<std::sqrt>},
+    {"tan", 1, 1, elementary<std::tan>},
+};
+// clang-format on
+
+}  // namespace
+
+BuiltinFamily number_functions() { return family_of(rows); }
 
 }  // namespace hvm

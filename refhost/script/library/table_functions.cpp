@@ -1,9 +1,136 @@
 // script/library/table_functions.cpp: tables: append, remove, keys, values, has, sort
 
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <deque>
+#include <string>
+#include <vector>
+
 #include "script/library/arguments.hpp"
+#include "script/library/results.hpp"
+#include "script/library/table_circles.hpp"
+#include "script/text/value_kinds.hpp"
 
 namespace hvm {
+namespace {
 
-BuiltinFamily table_functions() { return {nullptr, nullptr}; }
+Value append(const BuiltinCall& call) {
+  HostHash* table = table_argument(call, 0);
+  for (std::size_t i = 1; i < call.count(); ++i)
+    if (holds_table(call.arguments[i], table)) call.fail("a table cannot hold itself");
+  for (std::size_t i = 1; i < call.count(); ++i) append_value(table, call.arguments[i].record());
+  return {};
+}
+
+Value remove(const BuiltinCall& call) { return hvm::remove(table_argument(call, 0), key_argument(call, 1)); }
+
+Value keys(const BuiltinCall& call) {
+  Value made = empty_table();
+  TableWalk walk(table_argument(call, 0));
+  while (const Entry entry = walk.next()) append_value(table_of(made.record()), *entry.key);
+  return made;
+}
+
+Value values(const BuiltinCall& call) {
+  Value made = empty_table();
+  TableWalk walk(table_argument(call, 0));
+  while (const Entry entry = walk.next()) append_value(table_of(made.record()), *entry.value);
+  return made;
+}
+
+Value has(const BuiltinCall& call) { return Value(hvm::find(table_argument(call, 0), key_argument(call, 1)) ? 1 : 0); }
+
+// ---- Sorting
+
+/// A value of a table, with the number or text that decides its place.
+struct SortItem {
+  const HostValue* value;
+  Number number;
+  std::string_view text;
+};
+
+/// NaN is behind all other numbers.
+bool is_number_before(const SortItem& a, const SortItem& b) {
+  if (std::isnan(a.number.real) || std::isnan(b.number.real))
+    return !std::isnan(a.number.real) && std::isnan(b.number.real);
+  return is_less(a.number, b.number);
+}
+
+bool is_text_before(const SortItem& a, const SortItem& b) { return a.text < b.text; }
+
+/// Collects the values of a table, which stays as it is, and sorts them.
+class Sorter {
+ public:
+  explicit Sorter(const BuiltinCall& call) : call_(call) {}
+
+  void add(const Entry& entry) {
+    const HostValue& record = has_argument(call_, 1) ? inner(entry) : *entry.value;
+    const Value decisive = Value::sharing(record);
+    if (!decisive.is_number() && !decisive.is_string())
+      call_.fail(fmt::format("it takes numbers or strings, not {}", kind_in_words(decisive)));
+    if (items_.empty()) first_ = decisive;
+    if (decisive.is_number() != first_.is_number())
+      call_.fail(fmt::format("{} and {} have no order", kind_in_words(first_), kind_in_words(decisive)));
+    if (decisive.is_number()) return items_.push_back({entry.value, number_of(decisive), {}});
+    items_.push_back({entry.value, {}, lasting_text(record)});
+  }
+
+  Value sorted() {
+    std::stable_sort(items_.begin(), items_.end(), first_.is_number() ? is_number_before : is_text_before);
+    Value made = empty_table();
+    for (const SortItem& item : items_) append_value(table_of(made.record()), *item.value);
+    return made;
+  }
+
+ private:
+  const HostValue& inner(const Entry& entry) const {
+    const Value table = Value::sharing(*entry.value);
+    if (!table.is_table())
+      call_.fail(fmt::format("with a key it takes a table of tables, not of {}", kind_in_words(table)));
+    const HostValue* found = hvm::find(table_of(table.record()), key_argument(call_, 1));
+    if (!found)
+      call_.fail(fmt::format("the table at {} has no entry {}", shown(*entry.key), shown(key_argument(call_, 1))));
+    return *found;
+  }
+
+  std::string shown(const HostValue& key) const {
+    return call_.printer(Detail::brief).text_in_table(Value::sharing(key));
+  }
+
+  /// The text of a wide string lasts for a few conversions only.
+  std::string_view lasting_text(const HostValue& text) {
+    if (text.tag != ValueTag::wide_string) return text_of(text);
+    return converted_.emplace_back(narrow_text(text));
+  }
+
+  const BuiltinCall& call_;
+  Value first_;
+  std::vector<SortItem> items_;
+  std::deque<std::string> converted_;
+};
+
+Value sort(const BuiltinCall& call) {
+  Sorter sorter(call);
+  TableWalk walk(table_argument(call, 0));
+  while (const Entry entry = walk.next()) sorter.add(entry);
+  return sorter.sorted();
+}
+
+// clang-format off
+constexpr Builtin rows[] = {
+    {"append", 2, -1, append},
+    {"has", 2, 2, has},
+    {"keys", 1, 1, keys},
+    {"remove", 2, 2, remove},
+    {"sort", 1, 2, sort},
+    {"values", 1, 1, values},
+};
+// clang-format on
+
+}  // namespace
+
+BuiltinFamily table_functions() { return family_of(rows); }
 
 }  // namespace hvm

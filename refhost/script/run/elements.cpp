@@ -4,33 +4,13 @@
 
 #include <fmt/format.h>
 
-#include <unordered_set>
-
 #include "script/library/characters.hpp"
+#include "script/library/table_circles.hpp"
 #include "script/text/number_text.hpp"
 #include "script/text/value_kinds.hpp"
 
 namespace hvm {
 namespace {
-
-/// Whether `table` is `value` or lies anywhere in it.
-bool holds_table(const Value& value, const HostHash* table) {
-  const HostHash* outermost = table_of(value.record());
-  if (!outermost) return false;
-  std::unordered_set<const HostHash*> seen{outermost};
-  std::vector<const HostHash*> waiting{outermost};
-  while (!waiting.empty()) {
-    const HostHash* current = waiting.back();
-    waiting.pop_back();
-    if (current == table) return true;
-    TableWalk walk(current);
-    while (const Entry entry = walk.next()) {
-      const HostHash* inner = table_of(*entry.value);
-      if (inner && seen.insert(inner).second) waiting.push_back(inner);
-    }
-  }
-  return false;
-}
 
 std::string index_count(const std::vector<Value>& indices) { return counted(indices.size(), "index", "indices"); }
 

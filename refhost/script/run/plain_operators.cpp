@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 
+#include "script/library/numbers.hpp"
 #include "script/run/operators.hpp"
 #include "script/syntax/diagnostics.hpp"
 #include "script/syntax/unicode.hpp"
@@ -12,26 +13,6 @@
 
 namespace hvm {
 namespace {
-
-/// A number of a script as the host reckons with it.
-struct Number {
-  ValueTag tag;  // integer, integer64 or real
-  std::int64_t whole = 0;
-  double real = 0;
-};
-
-Number number_of(const Value& value) {
-  HostValue record = value.record();
-  if (value.tag() == ValueTag::integer || value.tag() == ValueTag::integer64) {
-    const std::int64_t whole = HVM_AsInt64(&record);
-    return {value.tag(), whole, static_cast<double>(whole)};
-  }
-  return {ValueTag::real, 0, HVM_AsDouble(&record)};
-}
-
-bool fits_32_bits(std::int64_t x) {
-  return x >= std::numeric_limits<std::int32_t>::min() && x <= std::numeric_limits<std::int32_t>::max();
-}
 
 Value integer_result(const Number& left, const Number& right, std::int64_t x) {
   const bool is_short = left.tag == ValueTag::integer && right.tag == ValueTag::integer && fits_32_bits(x);
@@ -107,15 +88,11 @@ bool compared(BinaryOperator op, const T& a, const T& b) {
 bool is_comparison(BinaryOperator op) { return op >= BinaryOperator::less_equal; }
 
 Value on_numbers(BinaryOperator op, const Number& left, const Number& right) {
-  const bool are_whole = left.tag != ValueTag::real && right.tag != ValueTag::real;
+  const bool are_whole = !left.is_real() && !right.is_real();
   if (!is_comparison(op))
     return are_whole ? whole_arithmetic(op, left, right) : real_arithmetic(op, left.real, right.real);
   if (are_whole) return Value(compared(op, left.whole, right.whole) ? 1 : 0);
-  // A long double holds every 64-bit integer, so that a comparison with a real is exact.
-  const auto exact = [](const Number& x) {
-    return x.tag == ValueTag::real ? static_cast<long double>(x.real) : static_cast<long double>(x.whole);
-  };
-  return Value(compared(op, exact(left), exact(right)) ? 1 : 0);
+  return Value(compared(op, left.exact(), right.exact()) ? 1 : 0);
 }
 
 std::u16string as_wide(const Value& value) {

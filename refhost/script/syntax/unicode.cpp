@@ -4,6 +4,7 @@
 
 #include <locale.h>
 #include <wchar.h>
+#include <wctype.h>
 
 namespace hvm {
 namespace {
@@ -27,7 +28,14 @@ std::size_t sequence_length(std::string_view text) {
   return is_overlong || encodes_surrogate || is_beyond ? 0 : length;
 }
 
-/// A locale with the widths of all characters, independent of the user's; null when the system has none.
+/// Unicode's property White_Space.
+bool is_blank(char32_t c) {
+  if (c < 0x80) return c == ' ' || (c >= '\t' && c <= '\r');
+  return c == 0x85 || c == 0xA0 || c == 0x1680 || (c >= 0x2000 && c <= 0x200A) || c == 0x2028 || c == 0x2029 ||
+         c == 0x202F || c == 0x205F || c == 0x3000;
+}
+
+/// A locale with the widths and forms of all characters, independent of the user's; null when the system has none.
 locale_t unicode_locale() {
   static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
   return locale;
@@ -94,6 +102,65 @@ std::size_t offset_in(Text text, std::size_t index) {
 
 std::size_t character_offset(std::string_view text, std::size_t index) { return offset_in(text, index); }
 std::size_t character_offset(std::u16string_view text, std::size_t index) { return offset_in(text, index); }
+
+bool is_character_boundary(std::string_view text, std::size_t offset) {
+  if (offset >= text.size() || !is_continuation(static_cast<unsigned char>(text[offset]))) return offset <= text.size();
+  // A character has at most three continuation bytes.
+  for (std::size_t back = 1; back <= 3 && back <= offset; ++back) {
+    const std::size_t lead = offset - back;
+    if (is_continuation(static_cast<unsigned char>(text[lead]))) continue;
+    return sequence_length(text.substr(lead)) <= back;
+  }
+  return true;
+}
+
+std::size_t blank_length(std::string_view text) {
+  const std::size_t length = text.empty() ? 0 : sequence_length(text);
+  if (length == 0) return 0;  // a byte of no character is no blank
+  return is_blank(take_character(text)) ? length : 0;
+}
+
+std::string_view trimmed(std::string_view text) {
+  while (const std::size_t length = blank_length(text)) text.remove_prefix(length);
+  std::size_t end = 0;  // behind the last character that is no blank
+  for (std::string_view rest = text; !rest.empty();) {
+    const std::size_t blank = blank_length(rest);
+    blank > 0 ? rest.remove_prefix(blank) : void(take_character(rest));
+    if (blank == 0) end = text.size() - rest.size();
+  }
+  return text.substr(0, end);
+}
+
+namespace {
+
+std::string with_forms(std::string_view text, wint_t (*form)(wint_t, locale_t)) {
+  const locale_t locale = unicode_locale();
+  std::string formed;
+  formed.reserve(text.size());
+  while (!text.empty()) {
+    const std::string_view begin = text;
+    const char32_t c = take_character(text);
+    const std::string_view bytes = begin.substr(0, begin.size() - text.size());
+    const bool is_letter = c < 0x80 || (bytes.size() > 1 && locale);  // a byte of no character stays
+    is_letter ? append_utf8(formed, form(c, locale)) : void(formed += bytes);
+  }
+  return formed;
+}
+
+wint_t upper_form(wint_t c, locale_t locale) {
+  if (c < 0x80) return c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c;
+  return towupper_l(c, locale);
+}
+
+wint_t lower_form(wint_t c, locale_t locale) {
+  if (c < 0x80) return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c;
+  return towlower_l(c, locale);
+}
+
+}  // namespace
+
+std::string upper_case(std::string_view text) { return with_forms(text, upper_form); }
+std::string lower_case(std::string_view text) { return with_forms(text, lower_form); }
 
 std::size_t display_width(char32_t c) {
   if (c < 0x80) return 1;

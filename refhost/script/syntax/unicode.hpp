@@ -29,6 +29,19 @@ std::size_t character_count(std::u16string_view text);
 std::size_t character_offset(std::string_view text, std::size_t index);
 std::size_t character_offset(std::u16string_view text, std::size_t index);
 
+/// Whether a character begins at `offset` of `text`, or `text` ends there.
+bool is_character_boundary(std::string_view text, std::size_t offset);
+
+/// The bytes of the blank at the front of `text`: a space, tab, line end or another character of Unicode's white space;
+/// 0 when there is none.
+std::size_t blank_length(std::string_view text);
+/// `text` without the blanks at both ends.
+std::string_view trimmed(std::string_view text);
+
+/// Every letter that has an upper-case or a lower-case form of one character in that form. All else stays as it is.
+std::string upper_case(std::string_view text);
+std::string lower_case(std::string_view text);
+
 /// The columns of a terminal that `c` takes up: 2 for wide East Asian characters, 0 for combining ones, otherwise 1.
 std::size_t display_width(char32_t c);
 

@@ -342,6 +342,216 @@ TEST_F(KernelTables, Walk_BearsAChangingTable) {
   EXPECT_EQ(visited, 1000);
 }
 
+TEST_F(KernelTables, Remove_GivesTheValueAndTakesTheKeyOut) {
+  put(0, 1);
+  put(Value("k"), 2);
+  put(Value(2.5), 3);
+  put(Value(std::int64_t{1} << 40), 4);
+  put(-7, 5);
+  const std::vector<std::pair<Value, int>> rows{
+      {Value("k"), 2}, {Value(-7), 5}, {Value(std::int64_t{1} << 40), 4}, {Value(0), 1}, {Value(2.5), 3}};
+  int left = entry_count(table());
+  for (const auto& [key, value] : rows) {
+    Value removed = remove(table(), key.record());
+    EXPECT_EQ(HVM_AsInt(removed.address()), value);
+    EXPECT_FALSE(has(key));
+    EXPECT_EQ(entry_count(table()), --left);
+    EXPECT_TRUE(remove(table(), key.record()).is_nil());
+  }
+  EXPECT_EQ(left, 0);
+  EXPECT_TRUE(raw_keys(table()).empty());
+  EXPECT_FALSE(TableWalk(table()).next());
+}
+
+TEST_F(KernelTables, Remove_OfWhatIsAbsentOrNoKey_ChangesNothing) {
+  put(0, 1);
+  put(Value("k"), 2);
+  for (const Value& key : {Value(1), Value(-1), Value("x"), Value(0.0), Value(), new_toy(), Value::table()})
+    EXPECT_TRUE(remove(table(), key.record()).is_nil());
+  EXPECT_TRUE(remove(nullptr, Value(0).record()).is_nil());
+  EXPECT_EQ(entry_count(table()), 2);
+}
+
+TEST_F(KernelTables, Remove_OfAnOrderedKey_MovesTheLaterValuesDown) {
+  for (int key = 0; key < 6; ++key) put(key, 10 * key);
+  put(8, 80);
+  HostValue* fourth = HVM_HashGetInt(table(), 4);
+  EXPECT_EQ(HVM_AsInt(remove(table(), Value(2).record()).address()), 20);
+  EXPECT_EQ(table()->index_count, 5);
+  EXPECT_EQ(raw_integer_keys(table()), (std::vector<int>{0, 1, 2, 3, 4, 8}));
+  const std::vector<int> values{0, 10, 30, 40, 50};
+  for (int key = 0; key < 5; ++key)
+    EXPECT_EQ(HVM_AsInt(HVM_HashGetInt(table(), key)), values[static_cast<std::size_t>(key)]);
+  EXPECT_EQ(HVM_HashGetInt(table(), 4), fourth);  // the slot of a key that remains
+  EXPECT_FALSE(has(Value(5)));
+  EXPECT_EQ(HVM_AsInt(HVM_HashGetInt(table(), 8)), 80);
+}
+
+TEST_F(KernelTables, Remove_OfTheLastOrderedKey_LeavesTheFirstOnes) {
+  put(0, 1);
+  put(1, 2);
+  remove(table(), Value(1).record());
+  put(2, 3);  // does not follow 0
+  EXPECT_EQ(table()->index_count, 1);
+  put(1, 9);
+  EXPECT_EQ(table()->index_count, 3);
+  EXPECT_EQ(HVM_AsInt(HVM_HashGetInt(table(), 2)), 3);
+}
+
+TEST_F(KernelTables, Remove_HandsTheContentOver) {
+  *slot(table(), 0) = Value("text").give_up();
+  *slot(table(), 1) = new_toy().give_up();
+  *slot(table(), "inner") = Value::table_of({new_toy()}).give_up();
+  Value text = remove(table(), Value(0).record());
+  Value toy = remove(table(), Value(0).record());
+  Value inner = remove(table(), Value("inner").record());
+  EXPECT_EQ(counts().strings, before_.strings + 1);  // the key is released
+  EXPECT_EQ(text_of(text.record()), "text");
+  EXPECT_EQ(references(object_of(toy.record())), 1u);
+  EXPECT_EQ(references(table_of(inner.record())), 1u);
+  EXPECT_EQ(Toy::live, 2);
+  toy = inner = Value();
+  EXPECT_EQ(Toy::live, 0);
+}
+
+TEST_F(KernelTables, Remove_ByAKeyOfTheTableItself_IsSafe) {
+  put(Value("a long enough key"), 1);
+  put(Value(5), 2);
+  while (const Entry entry = TableWalk(table()).next()) remove(table(), *entry.key);
+  EXPECT_EQ(entry_count(table()), 0);
+}
+
+TEST_F(KernelTables, Remove_NarrowsTheBounds) {
+  const auto bounds = [&] {
+    std::pair<int, int> found;
+    HVM_HashGetBounds(table(), &found.first, &found.second);
+    return found;
+  };
+  for (const int key : {-9, 0, 1, 2, 50, 70}) put(key, 1);
+  put(Value("k"), 1);
+  const std::vector<std::pair<int, std::pair<int, int>>> rows{{70, {-9, 50}}, {1, {-9, 50}}, {-9, {0, 50}},
+                                                              {50, {0, 1}},   {1, {0, 0}},   {0, {0, -1}}};
+  for (const auto& [key, expected] : rows) {
+    remove(table(), Value(key).record());
+    EXPECT_EQ(bounds(), expected) << "after " << key;
+  }
+  put(33, 1);
+  EXPECT_EQ(bounds(), std::make_pair(33, 33));
+  remove(table(), Value(33).record());
+  put(-2, 1);
+  put(4, 1);
+  EXPECT_EQ(bounds(), std::make_pair(-2, 4));
+}
+
+TEST_F(KernelTables, Remove_AndAppend_UseTheSameMemoryAgain) {
+  for (int key = 0; key < 1000; ++key) put(key, key);
+  const std::int64_t pieces = counts().pieces;
+  for (int round = 0; round < 5; ++round) {
+    for (int n = 0; n < 1000; ++n) remove(table(), Value(999 - n).record());
+    EXPECT_EQ(entry_count(table()), 0);
+    for (int key = 0; key < 1000; ++key) put(key, key + round);
+  }
+  EXPECT_EQ(counts().pieces, pieces);
+  for (int key = 0; key < 1000; ++key) ASSERT_EQ(HVM_AsInt(HVM_HashGetInt(table(), key)), key + 4);
+}
+
+TEST_F(KernelTables, Remove_OfEveryHashedKey_GivesItsMemoryBack) {
+  for (int key = 0; key < 1000; ++key) put(Value(std::to_string(key)), key);
+  for (int key = 0; key < 1000; ++key) remove(table(), Value(std::to_string(key)).record());
+  EXPECT_EQ(counts().pieces, before_.pieces);
+  EXPECT_EQ(counts().strings, before_.strings);
+  put(Value("again"), 1);
+  EXPECT_EQ(HVM_AsInt(read(Value("again"))), 1);
+}
+
+TEST_F(KernelTables, Remove_OfRandomKeys_AgreesWithAMap) {
+  std::mt19937 random(7);
+  std::map<int, int> hashed;  // negative keys
+  std::vector<int> ordered;
+  for (int n = 0; n < 30000; ++n) {
+    const int key = -1 - static_cast<int>(random() % 300);
+    switch (random() % 4) {
+      case 0:
+        put(next_position(table()), n);
+        ordered.push_back(n);
+        break;
+      case 1:
+        put(key, n);
+        hashed[key] = n;
+        break;
+      case 2: {
+        if (ordered.empty()) break;
+        const auto at = static_cast<int>(random() % ordered.size());
+        ASSERT_EQ(HVM_AsInt(remove(table(), Value(at).record()).address()), ordered[static_cast<std::size_t>(at)]);
+        ordered.erase(ordered.begin() + at);
+        break;
+      }
+      default:
+        ASSERT_EQ(remove(table(), Value(key).record()).is_nil(), hashed.erase(key) == 0);
+    }
+    int low = 0, high = 0;
+    HVM_HashGetBounds(table(), &low, &high);
+    ASSERT_EQ(low, hashed.empty() ? 0 : hashed.begin()->first);
+    ASSERT_EQ(high, !ordered.empty() ? static_cast<int>(ordered.size()) - 1
+                    : hashed.empty() ? -1
+                                     : hashed.rbegin()->first);
+  }
+  ASSERT_EQ(entry_count(table()), static_cast<int>(hashed.size() + ordered.size()));
+  for (const auto& [key, value] : hashed) ASSERT_EQ(HVM_AsInt(HVM_HashGetInt(table(), key)), value);
+  for (std::size_t n = 0; n < ordered.size(); ++n)
+    ASSERT_EQ(HVM_AsInt(HVM_HashGetInt(table(), static_cast<int>(n))), ordered[n]);
+}
+
+TEST_F(KernelTables, Remove_DuringAWalk_IsSafe) {
+  for (int key = 0; key < 50; ++key) put(key, key), put(Value(key + 0.5), key);
+  TableWalk walk(table());
+  int visited = 0;
+  while (const Entry entry = walk.next()) {
+    remove(table(), *entry.key);
+    ++visited;
+  }
+  EXPECT_EQ(entry_count(table()), 100 - visited);
+  EXPECT_GT(visited, 50);
+}
+
+TEST_F(KernelTables, ACopy_AfterRemovals_HoldsTheRest) {
+  for (int key = 0; key < 20; ++key) put(key, key), put(Value(std::to_string(key)), key);
+  for (int n = 0; n < 10; ++n) remove(table(), Value(n).record()), remove(table(), Value(std::to_string(n)).record());
+  Value copy;
+  HVM_DupObject(ctx(), copy.address(), table_.address(), 1);
+  EXPECT_EQ(printed(copy.record()), printed(table_.record()));
+  EXPECT_EQ(entry_count(table_of(copy.record())), 20);
+}
+
+TEST_F(KernelTables, NextPosition_IsTheFirstThatIsNoKey) {
+  EXPECT_EQ(next_position(table()), 0);
+  EXPECT_EQ(next_position(nullptr), 0);
+  put(1, 1);
+  EXPECT_EQ(next_position(table()), 0);
+  put(0, 1);
+  put(Value(2.0), 1);
+  EXPECT_EQ(next_position(table()), 2);
+}
+
+// Memory is missing when 1 should move behind 0.
+TEST_F(KernelTables, NextPosition_SkipsAKeyThatCouldNotMove) {
+  int failures = 0;
+  for (int nth = 1;; ++nth) {
+    Value value = Value::table();
+    HostHash* tried = table_of(value.record());
+    for (int key = 4; key > 0; --key) HVM_SetInt(ctx(), HVM_HashSetInt(ctx(), tried, key), key);
+    fail_allocation(nth);
+    HVM_HashSetInt(ctx(), tried, 0);
+    const bool has_failed = allocation_has_failed();
+    fail_allocation(0);
+    EXPECT_EQ(next_position(tried), find(tried, 0) ? 5 : 0);
+    for (int key = 1; key < 5; ++key) EXPECT_EQ(HVM_AsInt(find(tried, key)), key);
+    if (!has_failed) break;
+    ++failures;
+  }
+  EXPECT_GT(failures, 1);
+}
+
 TEST_F(KernelTables, FindAndSlot_TakeThreeFormsOfKeys) {
   HVM_SetInt(ctx(), slot(table(), 0), 1);
   HVM_SetInt(ctx(), slot(table(), "k"), 2);
