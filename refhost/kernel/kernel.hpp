@@ -189,6 +189,10 @@ HostValue* slot(HostHash* table, std::string_view key) noexcept;
 void set_entry(HostHash* table, const HostValue& key, const HostValue& value);
 void set_entry(HostHash* table, int key, const HostValue& value);
 void set_entry(HostHash* table, std::string_view key, const HostValue& value);
+/// Writes a value behind the last of the keys 0, 1, 2, ... Throws `std::bad_alloc` when memory is missing.
+void append_entry(HostHash* table, const HostValue& value);
+/// The key of an entry as a value of its own: a string key, which has tag 6 in its table, as an ordinary string.
+Value key_value(const HostValue& key);
 
 /// Takes an entry out of a table and gives its value; nil when the key is absent. When the key is one of 0 to n - 1,
 /// all keys of the ordered part, the values behind it move down by one key, and the slot of n - 1 ends.

@@ -322,6 +322,11 @@ HostValue* slot(HostHash* table, std::string_view key) noexcept { return slot_in
 void set_entry(HostHash* table, const HostValue& key, const HostValue& value) { set_in(table, key_of(key), value); }
 void set_entry(HostHash* table, int key, const HostValue& value) { set_in(table, key_of(std::int64_t{key}), value); }
 void set_entry(HostHash* table, std::string_view key, const HostValue& value) { set_in(table, key_of(key), value); }
+void append_entry(HostHash* table, const HostValue& value) { set_entry(table, next_position(table), value); }
+
+Value key_value(const HostValue& key) {
+  return key.tag == ValueTag::string_record ? Value(text_of(key)) : Value::sharing(key);
+}
 
 Value remove(HostHash* table, const HostValue& key) noexcept {
   HostValue taken = table ? take_entry(*own(table), key_of(key)) : nil_record();

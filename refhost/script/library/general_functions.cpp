@@ -70,7 +70,7 @@ Value assertion(const BuiltinCall& call) {
   throw Failure(fmt::format("assertion failed: {}", call.printer(Detail::brief).text(call.arguments[1])));
 }
 
-Value error(const BuiltinCall& call) { throw Failure(printer_for(call, Detail::brief).text(call.arguments[0])); }
+Value error(const BuiltinCall& call) { throw Failure(call.printer(Detail::brief).text(call.arguments[0])); }
 
 Value exit(const BuiltinCall& call) {
   constexpr int highest_status = 255;

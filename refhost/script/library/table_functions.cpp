@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "script/library/arguments.hpp"
-#include "script/library/results.hpp"
 #include "script/library/table_circles.hpp"
 #include "script/text/value_kinds.hpp"
 
@@ -20,23 +19,23 @@ Value append(const BuiltinCall& call) {
   HostHash* table = table_argument(call, 0);
   for (std::size_t i = 1; i < call.count(); ++i)
     if (holds_table(call.arguments[i], table)) call.fail("a table cannot hold itself");
-  for (std::size_t i = 1; i < call.count(); ++i) append_value(table, call.arguments[i].record());
+  for (std::size_t i = 1; i < call.count(); ++i) append_entry(table, call.arguments[i].record());
   return {};
 }
 
 Value remove(const BuiltinCall& call) { return hvm::remove(table_argument(call, 0), key_argument(call, 1)); }
 
 Value keys(const BuiltinCall& call) {
-  Value made = empty_table();
+  Value made = Value::table();
   TableWalk walk(table_argument(call, 0));
-  while (const Entry entry = walk.next()) append_value(table_of(made.record()), *entry.key);
+  while (const Entry entry = walk.next()) append_entry(table_of(made.record()), key_value(*entry.key).record());
   return made;
 }
 
 Value values(const BuiltinCall& call) {
-  Value made = empty_table();
+  Value made = Value::table();
   TableWalk walk(table_argument(call, 0));
-  while (const Entry entry = walk.next()) append_value(table_of(made.record()), *entry.value);
+  while (const Entry entry = walk.next()) append_entry(table_of(made.record()), *entry.value);
   return made;
 }
 
@@ -79,8 +78,8 @@ class Sorter {
 
   Value sorted() {
     std::stable_sort(items_.begin(), items_.end(), first_.is_number() ? is_number_before : is_text_before);
-    Value made = empty_table();
-    for (const SortItem& item : items_) append_value(table_of(made.record()), *item.value);
+    Value made = Value::table();
+    for (const SortItem& item : items_) append_entry(table_of(made.record()), *item.value);
     return made;
   }
 

@@ -12,7 +12,6 @@
 #include <utility>
 
 #include "script/library/arguments.hpp"
-#include "script/library/results.hpp"
 #include "script/syntax/unicode.hpp"
 
 namespace hvm {
@@ -97,7 +96,7 @@ Value format(const BuiltinCall& call) {
   FormatArguments arguments;
   for (std::size_t i = 1; i < call.count(); ++i) add_argument(arguments, call, call.arguments[i]);
   try {
-    return text_value(fmt::vformat(pattern, arguments));
+    return Value(fmt::vformat(pattern, arguments));
   } catch (const fmt::format_error& error) {
     call.fail(error.what());
   }
@@ -114,7 +113,7 @@ Value join(const BuiltinCall& call) {
     if (!is_first) joined += separator;
     joined += printer.text(Value::sharing(*entry.value));
   }
-  return text_value(joined);
+  return Value(joined);
 }
 
 constexpr std::size_t nowhere = std::string_view::npos;
@@ -151,10 +150,8 @@ void for_each_word(std::string_view text, Take take) {
 
 Value split(const BuiltinCall& call) {
   const std::string text(text_argument(call, 0));
-  Value pieces = empty_table();
-  const auto take = [&](std::string_view piece) {
-    append_value(table_of(pieces.record()), text_value(piece).record());
-  };
+  Value pieces = Value::table();
+  const auto take = [&](std::string_view piece) { append_entry(table_of(pieces.record()), Value(piece).record()); };
   if (!has_argument(call, 1)) {
     for_each_word(text, take);
     return pieces;
@@ -189,12 +186,12 @@ Value replace(const BuiltinCall& call) {
     if (!std::exchange(is_first, false)) replaced += new_part;
     replaced += piece;
   });
-  return text_value(replaced);
+  return Value(replaced);
 }
 
-Value trim(const BuiltinCall& call) { return text_value(trimmed(text_argument(call, 0))); }
-Value upper(const BuiltinCall& call) { return text_value(upper_case(text_argument(call, 0))); }
-Value lower(const BuiltinCall& call) { return text_value(lower_case(text_argument(call, 0))); }
+Value trim(const BuiltinCall& call) { return Value(trimmed(text_argument(call, 0))); }
+Value upper(const BuiltinCall& call) { return Value(upper_case(text_argument(call, 0))); }
+Value lower(const BuiltinCall& call) { return Value(lower_case(text_argument(call, 0))); }
 
 // clang-format off
 constexpr Builtin rows[] = {

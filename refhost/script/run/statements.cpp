@@ -12,14 +12,6 @@
 #include "script/text/value_kinds.hpp"
 
 namespace hvm {
-namespace {
-
-/// A string key of a table has a form of its own; scripts get it as an ordinary string.
-Value key_value(const HostValue& key) {
-  return key.tag == ValueTag::string_record ? Value(text_of(key)) : Value::sharing(key);
-}
-
-}  // namespace
 
 Value Statements::run_body(const Block& body) {
   return execute(body) == Flow::returned ? std::move(returned_) : Value();

@@ -167,6 +167,7 @@ TEST_F(KernelMemory, ValuesWithoutMemory_ThrowBadAlloc) {
   expect_throw([&] { Value::sharing(looked_at); });
   expect_throw([&] { set_entry(table_of(table.record()), 0, own.record()); });
   expect_throw([&] { set_entry(table_of(table.record()), "key", own.record()); });
+  expect_throw([&] { append_entry(table_of(table.record()), own.record()); });
   expect_throw([&] { set_entry(table_of(table.record()), own.record(), looked_at); });
   EXPECT_EQ(entry_count(table_of(table.record())), 0);
 }

@@ -552,6 +552,26 @@ TEST_F(KernelTables, NextPosition_SkipsAKeyThatCouldNotMove) {
   EXPECT_GT(failures, 1);
 }
 
+TEST_F(KernelTables, AppendEntry_WritesBehindTheLastPosition) {
+  put(1, 1);
+  put(Value("k"), 2);
+  append_entry(table(), Value("first").record());
+  append_entry(table(), Value(7).record());
+  EXPECT_EQ(printed(table_.record()), "[\"first\", 1, 7, \"k\": 2]");
+}
+
+TEST_F(KernelTables, KeyValue_IsAnOrdinaryString) {
+  put(Value(u"wide"), 1);
+  put(5, 2);
+  TableWalk walk(table());
+  const Entry first = walk.next();
+  EXPECT_EQ(first.key->tag, ValueTag::string_record);
+  const Value key = key_value(*first.key);
+  EXPECT_EQ(key.tag(), ValueTag::string);
+  EXPECT_EQ(text_of(key.record()), "wide");
+  EXPECT_EQ(printed(key_value(*walk.next().key).record()), "5");
+}
+
 TEST_F(KernelTables, FindAndSlot_TakeThreeFormsOfKeys) {
   HVM_SetInt(ctx(), slot(table(), 0), 1);
   HVM_SetInt(ctx(), slot(table(), "k"), 2);
