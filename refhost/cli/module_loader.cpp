@@ -85,7 +85,7 @@ void check_file(const std::string& path) {
 /// Calls `PKG_Init`. What it throws becomes a `ModuleError`.
 int initialized(arrayfold::PackageInit init, Module& module) {
   const SourceText place(module.path, "");
-  const RunningMark mark({&place, 0, true});
+  const RunningMark mark(&place, 0, true);
   try {
     return init(&module.functions, &ModuleFunctions::register_rows);
   } catch (...) {

@@ -13,6 +13,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -74,12 +75,33 @@ HostContext youngest_context() noexcept;
 
 // ---- Values
 
+/// A record of a tag and the bits of its payload, which releases what it holds. It is stored as compilers copy records,
+/// in sixteen bytes and two: a processor forwards a store only to a load that lies within it.
+inline HostValue record_of_bits(ValueTag tag, std::uint64_t payload) noexcept {
+  using Words = std::uint64_t __attribute__((vector_size(16)));
+  static_assert(offsetof(HostValue, payload) == 1, "the tag is the lowest byte");
+  const Words words{static_cast<std::uint64_t>(tag) | payload << 8, payload >> 56};
+  const auto last = static_cast<std::uint16_t>(static_cast<std::uint16_t>(Lifetime::temporary) << 8);
+  HostValue record;
+  std::memcpy(static_cast<void*>(&record), &words, sizeof words);
+  std::memcpy(static_cast<char*>(static_cast<void*>(&record)) + sizeof words, &last, sizeof last);
+  static_assert(sizeof record == sizeof words + sizeof last, "the two stores fill the record");
+  return record;
+}
 /// A nil record that releases what is written into it.
-inline HostValue nil_record() noexcept {
-  HostValue nil{};
-  nil.tag = ValueTag::nil;
-  nil.lifetime = Lifetime::temporary;
-  return nil;
+inline HostValue nil_record() noexcept { return record_of_bits(ValueTag::nil, 0); }
+
+/// True for the tags of texts, tables and objects. Records of all others are copied and dropped as bytes.
+inline bool refers_to_content(ValueTag tag) noexcept {
+  constexpr auto bit = [](ValueTag one) { return std::uint32_t{1} << static_cast<unsigned>(one); };
+  constexpr std::uint32_t tags = bit(ValueTag::string) | bit(ValueTag::table) | bit(ValueTag::string_record) |
+                                 bit(ValueTag::converted_string) | bit(ValueTag::object) | bit(ValueTag::wide_string);
+  const auto number = static_cast<unsigned>(tag);
+  return number < 32 && (tags >> number & 1) != 0;
+}
+/// True for a record whose release does something: it is a temporary, and its tag is one of those with content.
+inline bool holds_content(const HostValue& value) noexcept {
+  return refers_to_content(value.tag) && value.lifetime == Lifetime::temporary;
 }
 /// Releases what `value` holds and leaves nil.
 void release(HostValue& value) noexcept;
@@ -101,9 +123,10 @@ std::u16string_view wide_text_of(const HostValue& value) noexcept;
 class Value {
  public:
   Value() noexcept : record_(nil_record()) {}
-  explicit Value(int x) noexcept;
-  explicit Value(std::int64_t x) noexcept;
-  explicit Value(double x) noexcept;
+  explicit Value(int x) noexcept : record_(record_of_bits(ValueTag::integer, static_cast<std::uint32_t>(x))) {}
+  explicit Value(std::int64_t x) noexcept
+      : record_(record_of_bits(ValueTag::integer64, static_cast<std::uint64_t>(x))) {}
+  explicit Value(double x) noexcept : record_(record_of_bits(ValueTag::real, arrayfold::load<std::uint64_t>(&x))) {}
   explicit Value(std::string_view text);
   explicit Value(const char* text) : Value(std::string_view(text)) {}
   explicit Value(std::u16string_view text);
@@ -111,7 +134,9 @@ class Value {
 
   /// An owner that shares the content of `record`. Throws `std::bad_alloc` when the text of a record that is no
   /// temporary must be copied and memory is missing.
-  static Value sharing(const HostValue& record);
+  static Value sharing(const HostValue& record) {
+    return refers_to_content(record.tag) ? sharing_content(record) : Value(record);
+  }
   /// An owner that takes the content out of `record` and leaves nil there.
   static Value taking(HostValue& record) noexcept;
   /// A string that refers to a literal, which must outlive every record that shares it.
@@ -128,18 +153,34 @@ class Value {
   /// An owner of a reference to `any`; nil for null.
   static Value object(HostAny* any) noexcept;
 
-  Value(const Value& other) noexcept : record_(hvm::shared(other.record_)) {}
-  Value(Value&& other) noexcept : record_(other.record_) { other.record_ = nil_record(); }
+  // Numbers, which are most values of a loop, are copied and dropped without a call.
+  Value(const Value& other) noexcept
+      : record_(refers_to_content(other.tag()) ? hvm::shared(other.record_) : other.record_) {}
+  Value(Value&& other) noexcept : record_(other.give_up()) {}
   Value& operator=(const Value& other) noexcept {
-    assign(record_, other.record_);
+    if (holds_content(record_) || refers_to_content(other.tag()))
+      assign(record_, other.record_);
+    else
+      record_ = other.record_;
     return *this;
   }
-  Value& operator=(Value&& other) noexcept;
-  ~Value() { hvm::release(record_); }
+  // The old content is released last: the other may lie inside it.
+  Value& operator=(Value&& other) noexcept {
+    if (this == &other) return *this;
+    HostValue old = record_;
+    record_ = other.give_up();
+    if (holds_content(old)) hvm::release(old);
+    return *this;
+  }
+  ~Value() {
+    if (holds_content(record_)) hvm::release(record_);
+  }
 
   ValueTag tag() const noexcept { return record_.tag; }
   bool is_nil() const noexcept { return record_.tag == ValueTag::nil; }
-  bool is_number() const noexcept;
+  bool is_number() const noexcept {
+    return tag() == ValueTag::integer || tag() == ValueTag::real || tag() == ValueTag::integer64;
+  }
   bool is_string() const noexcept;
   bool is_table() const noexcept { return record_.tag == ValueTag::table; }
   bool is_object() const noexcept { return record_.tag == ValueTag::object; }
@@ -149,10 +190,15 @@ class Value {
   HostValue* address() noexcept { return &record_; }
 
   /// Gives the content away as a plain record and leaves nil.
-  HostValue give_up() noexcept;
+  HostValue give_up() noexcept {
+    const HostValue given = record_;
+    record_ = nil_record();
+    return given;
+  }
 
  private:
-  explicit Value(HostValue record) noexcept : record_(record) {}
+  explicit Value(const HostValue& record) noexcept : record_(record) {}
+  static Value sharing_content(const HostValue& record);
 
   HostValue record_;
 };

@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include <cstring>
+
 #include "kernel/kernel.hpp"
 
 namespace hvm::kernel {
@@ -13,25 +15,15 @@ extern std::int64_t live_records;
 template <class T>
 HostValue record_of(ValueTag tag, std::common_type_t<T> payload) noexcept {
   static_assert(sizeof(T) <= sizeof(HostValue::payload), "the payload holds it");
-  HostValue record = nil_record();
-  record.tag = tag;
-  arrayfold::store<T>(record.payload, payload);
-  return record;
+  const T given = payload;
+  std::uint64_t bits = 0;
+  std::memcpy(&bits, &given, sizeof given);
+  return record_of_bits(tag, bits);
 }
 
 template <class T>
 T payload_of(const HostValue& value) noexcept {
   return arrayfold::load<T>(value.payload);
-}
-
-/// True for a record whose release does something: it is a temporary, and its tag is one of those with content.
-inline bool holds_content(const HostValue& value) noexcept {
-  constexpr auto bit = [](ValueTag tag) { return std::uint32_t{1} << static_cast<unsigned>(tag); };
-  constexpr std::uint32_t tags_with_content = bit(ValueTag::string) | bit(ValueTag::table) |
-                                              bit(ValueTag::string_record) | bit(ValueTag::converted_string) |
-                                              bit(ValueTag::object) | bit(ValueTag::wide_string);
-  const auto tag = static_cast<unsigned>(value.tag);
-  return value.lifetime == Lifetime::temporary && tag < 32 && (tags_with_content >> tag & 1) != 0;
 }
 
 /// Releases what `value` holds, and leaves the bytes of the record as they are.

@@ -32,13 +32,10 @@ HostValue made(const HostValue& record) {
 
 }  // namespace
 
-Value::Value(int x) noexcept : record_(record_of<std::int32_t>(ValueTag::integer, x)) {}
-Value::Value(std::int64_t x) noexcept : record_(record_of<std::int64_t>(ValueTag::integer64, x)) {}
-Value::Value(double x) noexcept : record_(record_of<double>(ValueTag::real, x)) {}
 Value::Value(std::string_view text) : record_(made(owned_string(limited(text)))) {}
 Value::Value(std::u16string_view text) : record_(made(owned_string(limited(text)))) {}
 
-Value Value::sharing(const HostValue& record) {
+Value Value::sharing_content(const HostValue& record) {
   Value other(hvm::shared(record));
   if (other.is_nil() && record.tag != ValueTag::nil) throw std::bad_alloc();
   return other;
@@ -64,19 +61,7 @@ Value Value::object(HostAny* any) noexcept {
   return Value(any ? record_of<HostAny*>(ValueTag::object, any) : nil_record());
 }
 
-// The old content is released last: the other may lie inside it.
-Value& Value::operator=(Value&& other) noexcept {
-  if (this != &other) replace(nullptr, &record_, other.give_up());
-  return *this;
-}
-
-bool Value::is_number() const noexcept {
-  return tag() == ValueTag::integer || tag() == ValueTag::real || tag() == ValueTag::integer64;
-}
-
 bool Value::is_string() const noexcept { return is_text(record_); }
-
-HostValue Value::give_up() noexcept { return std::exchange(record_, nil_record()); }
 
 HostValue* records_of(std::vector<Value>& values) noexcept {
   return values.empty() ? nullptr : values.front().address();

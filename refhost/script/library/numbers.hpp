@@ -22,9 +22,10 @@ struct Number {
 };
 
 /// Requires: the record holds a number.
-inline Number number_of(HostValue record) noexcept {
-  if (record.tag == ValueTag::real) return {ValueTag::real, 0, HVM_AsDouble(&record)};
-  const std::int64_t whole = HVM_AsInt64(&record);
+inline Number number_of(const HostValue& record) noexcept {
+  if (record.tag == ValueTag::real) return {ValueTag::real, 0, arrayfold::load<double>(record.payload)};
+  const std::int64_t whole = record.tag == ValueTag::integer ? arrayfold::load<std::int32_t>(record.payload)
+                                                             : arrayfold::load<std::int64_t>(record.payload);
   return {record.tag, whole, static_cast<double>(whole)};
 }
 inline Number number_of(const Value& value) noexcept { return number_of(value.record()); }

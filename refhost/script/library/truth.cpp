@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "script/library/numbers.hpp"
 #include "script/syntax/diagnostics.hpp"
 #include "script/text/value_kinds.hpp"
 
@@ -11,8 +12,7 @@ namespace hvm {
 
 bool truth(const Value& value) {
   if (value.is_nil()) return false;
-  HostValue record = value.record();
-  if (value.is_number()) return HVM_AsBool(&record) != 0;
+  if (value.is_number()) return number_of(value).real != 0;
   if (value.is_object())
     throw Failure(fmt::format("a condition must be a number, and {} is an array or another object", kind_name(value)));
   throw Failure(fmt::format("a condition must be a number, not {}", kind_in_words(value)));

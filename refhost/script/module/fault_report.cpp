@@ -17,9 +17,11 @@
 #include "script/module/exception_text.hpp"
 
 namespace hvm {
+
+const RunningPlace* running_place = nullptr;
+
 namespace {
 
-RunningPlace current;
 volatile sig_atomic_t is_reported = 0;
 
 struct Fault {
@@ -58,8 +60,9 @@ class Line {
 
 void begin(Line& line) {
   line << "hvm: ";
-  if (current.source) line << current.source->name().c_str() << ":" << current.source->line(current.offset) << ": ";
-  line << (current.is_in_module ? "the module ended the process: "
+  const RunningPlace* place = running_place;
+  if (place && place->source) line << place->source->name().c_str() << ":" << place->source->line(place->offset) << ": ";
+  line << (place && place->is_in_module ? "the module ended the process: "
                                 : "the process ends outside of a call of the module: ");
 }
 
@@ -98,17 +101,6 @@ void use_alternate_stack() {
 }
 
 }  // namespace
-
-RunningMark::RunningMark(RunningPlace place) noexcept : outer_(current) {
-  current = place;
-  // The handler may interrupt here, and must see the new value.
-  std::atomic_signal_fence(std::memory_order_release);
-}
-
-RunningMark::~RunningMark() {
-  current = outer_;
-  std::atomic_signal_fence(std::memory_order_release);
-}
 
 void install_fault_report() {
   use_alternate_stack();

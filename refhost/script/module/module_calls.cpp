@@ -22,7 +22,7 @@ using arrayfold::HostIndexList;
 /// Runs `call` as the module's; what it throws becomes a `Failure` that begins with `name`.
 template <class Call>
 auto translated(const ModuleCaller& caller, const std::string& name, Call call) {
-  const RunningMark mark({caller.source, caller.offset, true});
+  const RunningMark mark(caller.source, caller.offset, true);
   try {
     return call();
   } catch (...) {

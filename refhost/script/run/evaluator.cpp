@@ -8,6 +8,9 @@
 namespace hvm {
 
 Value Evaluator::evaluate(const Expression& expression) {
+  // Most expressions of a loop are variables and operators.
+  if (const auto* variable = std::get_if<Variable>(&expression.form)) return evaluate(*variable, expression.span);
+  if (const auto* chain = std::get_if<Chain>(&expression.form)) return evaluate(*chain, expression.span);
   return std::visit([&](const auto& form) { return evaluate(form, expression.span); }, expression.form);
 }
 

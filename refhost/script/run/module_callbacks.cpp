@@ -64,7 +64,7 @@ Value ModuleCallbacks::value_of(const Callee& callee, HostValue* args, int nargs
   const SourceScope source(site_, callee.code->source);
   const Expression* expression = callee.expression;
   if (!expression) site_.fail(fmt::format("'{}' names no function here", callee.text.get()), {});
-  const RunningMark mark({site_.source().get(), expression->span.begin, false});
+  const RunningMark mark(site_.source().get(), expression->span.begin, false);
   steps_.take();
   calls_.require_room(expression->span);
   if (!callee.takes_arguments) return evaluator_.evaluate(*expression);

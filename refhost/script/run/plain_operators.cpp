@@ -92,6 +92,7 @@ Value on_numbers(BinaryOperator op, const Number& left, const Number& right) {
   if (!is_comparison(op))
     return are_whole ? whole_arithmetic(op, left, right) : real_arithmetic(op, left.real, right.real);
   if (are_whole) return Value(compared(op, left.whole, right.whole) ? 1 : 0);
+  if (left.is_real() && right.is_real()) return Value(compared(op, left.real, right.real) ? 1 : 0);
   return Value(compared(op, left.exact(), right.exact()) ? 1 : 0);
 }
 

@@ -47,20 +47,12 @@ void Scopes::make_room() { globals_.resize(global_names_.size()); }
 void Scopes::set_global(const std::string& name, Value value) {
   const std::size_t slot = global_names_.slot_of(name);
   make_room();
-  globals_[slot] = {std::move(value), true};
+  globals_[slot].give(std::move(value));
 }
 
 bool Scopes::is_set_global(const std::string& name) const {
   const auto slot = global_names_.find(name);
   return slot && globals_[*slot].is_set;
-}
-
-Slot& Scopes::slot_of(const Variable& variable) {
-  return variable.is_local ? running_->locals[variable.slot] : globals_[variable.slot];
-}
-
-const Slot& Scopes::slot_of(const Variable& variable) const {
-  return variable.is_local ? running_->locals[variable.slot] : globals_[variable.slot];
 }
 
 std::uint32_t Scopes::tree_slot(const Variable& variable) const {
@@ -98,7 +90,7 @@ CallScope::CallScope(Scopes& scopes, const Function& function, std::vector<Value
     : scopes_(scopes),
       frame_(function, scopes.frames_.empty() ? nullptr : scopes.frames_.back(), scopes.live_codes_),
       outer_(scopes.running_) {
-  for (std::size_t i = 0; i < arguments.size(); ++i) frame_.locals[i] = {std::move(arguments[i]), true};
+  for (std::size_t i = 0; i < arguments.size(); ++i) frame_.locals[i].give(std::move(arguments[i]));
   scopes_.frames_.push_back(&frame_);
   scopes_.run_in(&frame_);
 }

@@ -6,7 +6,6 @@
 
 #pragma once
 
-#include <deque>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -22,6 +21,11 @@ namespace hvm {
 struct Slot {
   Value value;
   bool is_set = false;
+
+  void give(Value given) noexcept {
+    value = std::move(given);
+    is_set = true;
+  }
 };
 
 /// A fn that runs.
@@ -53,9 +57,13 @@ class Scopes {
   void set_global(const std::string& name, Value value);
   bool is_set_global(const std::string& name) const;
 
-  /// The slot of a variable of the running scope.
-  Slot& slot_of(const Variable& variable);
-  const Slot& slot_of(const Variable& variable) const;
+  /// The slot of a variable of the running scope. It stays where it is until names are added or the scope ends.
+  Slot& slot_of(const Variable& variable) {
+    return variable.is_local ? running_->locals[variable.slot] : globals_[variable.slot];
+  }
+  const Slot& slot_of(const Variable& variable) const {
+    return variable.is_local ? running_->locals[variable.slot] : globals_[variable.slot];
+  }
   /// The number of a variable of the running scope in a tree.
   std::uint32_t tree_slot(const Variable& variable) const;
   /// The names of the variables that the running scope sees.
@@ -81,7 +89,7 @@ class Scopes {
   LiveCodes live_codes_;
   ScopeCodes outermost_codes_{live_codes_};
   NameTable global_names_;
-  std::deque<Slot> globals_;
+  std::vector<Slot> globals_;
   std::vector<Frame*> frames_;  // of the fns that have not returned, the youngest last
   Frame* running_ = nullptr;
 };

@@ -28,7 +28,7 @@ Statements::Flow Statements::execute(const Block& block) {
 Statements::Flow Statements::execute(const Statement& statement) {
   steps_.take();
   // A fault may also come without a call of the module in the script: when the last reference to an object is dropped.
-  const RunningMark mark({site_.source().get(), statement.span.begin, false});
+  const RunningMark mark(site_.source().get(), statement.span.begin, false);
   try {
     return std::visit([&](const auto& form) { return execute(form, statement.span); }, statement.form);
   } catch (const std::bad_alloc&) {
@@ -123,7 +123,7 @@ Statements::Flow Statements::iterate(const For& form, const Value& table) {
 }
 
 void Statements::give(const ExpressionPtr& variable, Value value) {
-  scopes_.slot_of(std::get<Variable>(variable->form)) = {std::move(value), true};
+  scopes_.slot_of(std::get<Variable>(variable->form)).give(std::move(value));
 }
 
 Statements::Flow Statements::execute(const Break&, Span) { return Flow::broken; }

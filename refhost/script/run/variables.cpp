@@ -6,12 +6,6 @@
 
 namespace hvm {
 
-const Value& Variables::read(const Variable& variable, Span span) const {
-  const Slot& slot = scopes_.slot_of(variable);
-  if (!slot.is_set) fail_unset(variable, span);
-  return slot.value;
-}
-
 VariableState Variables::state(const Variable& variable) const {
   const Slot& slot = scopes_.slot_of(variable);
   if (!slot.is_set) return VariableState::unset;

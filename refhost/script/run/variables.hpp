@@ -15,7 +15,11 @@ class Variables final : public VariableView {
       : site_(site), scopes_(scopes), functions_(functions) {}
 
   /// The value of a variable. Throws `ScriptError` when it has none.
-  const Value& read(const Variable& variable, Span span) const;
+  const Value& read(const Variable& variable, Span span) const {
+    const Slot& slot = scopes_.slot_of(variable);
+    if (!slot.is_set) fail_unset(variable, span);
+    return slot.value;
+  }
 
   VariableState state(const Variable& variable) const override;
   std::uint32_t slot(const Variable& variable) const override { return scopes_.tree_slot(variable); }
