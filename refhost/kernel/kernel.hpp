@@ -204,6 +204,22 @@ class Value {
 };
 static_assert(sizeof(Value) == sizeof(HostValue) && alignof(Value) == 1, "a vector of them is an array of records");
 
+/// Values next to each other, which somebody else owns.
+class ValueSpan {
+ public:
+  ValueSpan(Value* first, std::size_t count) noexcept : first_(first), count_(count) {}
+  ValueSpan(std::vector<Value>& values) noexcept : ValueSpan(values.data(), values.size()) {}
+
+  Value* begin() const noexcept { return first_; }
+  Value* end() const noexcept { return first_ + count_; }
+  std::size_t size() const noexcept { return count_; }
+  Value& operator[](std::size_t i) const noexcept { return first_[i]; }
+
+ private:
+  Value* first_;
+  std::size_t count_;
+};
+
 /// The records of an argument list, null when it is empty.
 HostValue* records_of(std::vector<Value>& values) noexcept;
 

@@ -32,7 +32,7 @@ Value of_text(const Value& text, Read read) {
 
 }  // namespace
 
-Value character_at(const Value& text, const std::vector<Value>& indices) {
+Value character_at(const Value& text, ValueSpan indices) {
   if (indices.size() != 1) throw Failure(fmt::format("a string takes one index, not {}", indices.size()));
   const std::size_t position = position_of(indices[0]);
   return of_text(text, [&](auto whole) {

@@ -4,15 +4,13 @@
 
 #pragma once
 
-#include <vector>
-
 #include "kernel/kernel.hpp"
 
 namespace hvm {
 
 /// The character at the one index, as a string. Throws `Failure` for any other number of indices, for an index that is
 /// no integer, and for a position outside of the string.
-Value character_at(const Value& text, const std::vector<Value>& indices);
+Value character_at(const Value& text, ValueSpan indices);
 
 /// The characters from `low` to before `high`. An end that is nil is the end of the string, and so is one beyond it.
 /// Throws `Failure` for an end that is negative or no integer.

@@ -6,6 +6,7 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <string_view>
 
@@ -145,7 +146,37 @@ std::optional<std::string> kind_of_array(const Value& value) {
   return value.is_object() ? array_kind(type_name(value)) : std::nullopt;
 }
 
-std::optional<Extents> shape_of(const ModuleCaller& caller, Value& object) {
+namespace {
+
+/// The shapes that objects have given lately. Asking an object costs many times as much as reading an element.
+class RecentShapes {
+ public:
+  /// Null when the object has not given its shape, or may have changed it since.
+  const Extents* find(const HostAny* object) noexcept {
+    if (changes_ != module_changes()) return nullptr;
+    const auto found = std::find_if(shapes_.begin(), shapes_.end(), [&](const Shape& x) { return x.object == object; });
+    return found == shapes_.end() ? nullptr : &found->extents;
+  }
+
+  const Extents* keep(const HostAny* object, Extents extents) {
+    if (changes_ != module_changes()) shapes_.fill({});
+    changes_ = module_changes();
+    Shape& oldest = shapes_[next_++ % shapes_.size()];
+    oldest = {object, std::move(extents)};
+    return &oldest.extents;
+  }
+
+ private:
+  struct Shape {
+    const HostAny* object = nullptr;
+    Extents extents;
+  };
+  std::array<Shape, 4> shapes_;
+  std::size_t next_ = 0;
+  std::uint64_t changes_ = 0;  // as they were when the shapes were given
+};
+
+std::optional<Extents> asked_shape(const ModuleCaller& caller, Value& object) {
   std::vector<Value> none;
   Value table;
   try {
@@ -160,6 +191,22 @@ std::optional<Extents> shape_of(const ModuleCaller& caller, Value& object) {
     extents.push_back(HVM_AsInt64(entry.value));
   }
   return extents;
+}
+
+/// The extents of an object, valid until the next question; null when it has none.
+const Extents* extents_of(const ModuleCaller& caller, Value& object) {
+  static RecentShapes recent;
+  const HostAny* any = object_of(object.record());
+  if (const Extents* known = recent.find(any)) return known;
+  auto asked = asked_shape(caller, object);
+  return asked ? recent.keep(any, std::move(*asked)) : nullptr;
+}
+
+}  // namespace
+
+std::optional<Extents> shape_of(const ModuleCaller& caller, Value& object) {
+  const Extents* extents = extents_of(caller, object);
+  return extents ? std::optional(*extents) : std::nullopt;
 }
 
 std::optional<std::string> dump_of(const ModuleCaller& caller, Value& object) {
@@ -247,11 +294,11 @@ void ArrayChecks::operation(const ModuleCaller& caller, BinaryOperator op, Value
   if (right.is_object()) extents(caller, right);
 }
 
-void ArrayChecks::indices(const ModuleCaller& caller, Value& object, std::vector<Value>& indices) const {
+void ArrayChecks::indices(const ModuleCaller& caller, Value& object, ValueSpan indices) const {
   if (!are_on_) return;
   for (const Value& index : indices)
     if (!index.is_number()) throw Failure(fmt::format("an index must be a number, not {}", kind_in_words(index)));
-  const auto extents = shape_of(caller, object);
+  const Extents* extents = extents_of(caller, object);
   if (!extents) return;
   require_sound(*extents);
   const std::size_t aligned = std::min(indices.size(), extents->size());
@@ -262,7 +309,7 @@ void ArrayChecks::indices(const ModuleCaller& caller, Value& object, std::vector
 
 void ArrayChecks::extents(const ModuleCaller& caller, Value& object) const {
   if (!are_on_) return;
-  if (const auto extents = shape_of(caller, object)) require_sound(*extents);
+  if (const Extents* extents = extents_of(caller, object)) require_sound(*extents);
 }
 
 }  // namespace hvm

@@ -65,7 +65,7 @@ class ArrayChecks {
 
   /// Indices that are not numbers, or lie outside of the extents that they meet. Indices align with the last extents;
   /// leading indices beyond the number of extents pass.
-  void indices(const ModuleCaller& caller, Value& object, std::vector<Value>& indices) const;
+  void indices(const ModuleCaller& caller, Value& object, ValueSpan indices) const;
 
   /// An array with extents that are negative, or whose product is more than an array can hold.
   void extents(const ModuleCaller& caller, Value& object) const;

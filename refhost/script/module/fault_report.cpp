@@ -61,9 +61,10 @@ class Line {
 void begin(Line& line) {
   line << "hvm: ";
   const RunningPlace* place = running_place;
-  if (place && place->source) line << place->source->name().c_str() << ":" << place->source->line(place->offset) << ": ";
+  if (place && place->source)
+    line << place->source->name().c_str() << ":" << place->source->line(place->offset) << ": ";
   line << (place && place->is_in_module ? "the module ended the process: "
-                                : "the process ends outside of a call of the module: ");
+                                        : "the process ends outside of a call of the module: ");
 }
 
 void report_signal(int signal) {

@@ -16,12 +16,28 @@
 namespace hvm {
 namespace {
 
+std::uint64_t changes = 0;
+
+/// A call that may change objects. It counts before and after, since a script may run in between.
+class Change {
+ public:
+  explicit Change(bool may_change) noexcept : may_change_(may_change) { changes += may_change_ ? 1 : 0; }
+  ~Change() { changes += may_change_ ? 1 : 0; }
+  Change(const Change&) = delete;
+  Change& operator=(const Change&) = delete;
+
+ private:
+  bool may_change_;
+};
+
+bool is_element_access(Opcode opcode) { return opcode == Opcode::read_element || opcode == Opcode::write_element; }
+
 using arrayfold::HostIndexEntry;
 using arrayfold::HostIndexList;
 
 /// Runs `call` as the module's; what it throws becomes a `Failure` that begins with `name`.
 template <class Call>
-auto translated(const ModuleCaller& caller, const std::string& name, Call call) {
+auto translated(const ModuleCaller& caller, std::string_view name, Call call) {
   const RunningMark mark(caller.source, caller.offset, true);
   try {
     return call();
@@ -36,7 +52,7 @@ void throw_kept(const ModuleCaller& caller) {
 
 /// The same, but an exception that was kept while the module ran takes precedence over what the module throws.
 template <class Call>
-auto contained(const ModuleCaller& caller, const std::string& name, Call call) {
+auto contained(const ModuleCaller& caller, std::string_view name, Call call) {
   try {
     const auto returned = translated(caller, name, call);
     throw_kept(caller);
@@ -50,7 +66,7 @@ auto contained(const ModuleCaller& caller, const std::string& name, Call call) {
 /// An index list over `indices`, which must outlive it. A few entries lie in the list itself, more on the heap.
 class IndexList {
  public:
-  explicit IndexList(std::vector<Value>& indices) {
+  explicit IndexList(ValueSpan indices) {
     const bool fits = indices.size() <= most_inside;
     if (!fits) elsewhere_.resize(indices.size());
     HostIndexEntry* entries = fits ? list_.inside : elsewhere_.data();
@@ -88,8 +104,11 @@ std::string given(const std::vector<Value>& arguments) {
 
 }  // namespace
 
+std::uint64_t module_changes() noexcept { return changes; }
+
 Value call_function(const ModuleCaller& caller, const std::string& name, arrayfold::EntryFunction function,
                     std::vector<Value>& arguments) {
+  const Change change(true);
   Value result;
   const int status = contained(caller, name, [&] {
     return function(caller.ctx, records_of(arguments), static_cast<int>(arguments.size()), result.address());
@@ -102,6 +121,7 @@ bool call_method(const ModuleCaller& caller, Value& self, const std::string& nam
                  Value& result) {
   const auto method = callbacks_of(object_of(self.record())).method;
   if (!method) return false;
+  const Change change(name != "shape");
   std::vector<HostValue*> pointers;
   pointers.reserve(arguments.size());
   for (Value& argument : arguments) pointers.push_back(argument.address());
@@ -111,16 +131,17 @@ bool call_method(const ModuleCaller& caller, Value& self, const std::string& nam
   });
 }
 
-bool call_operator(const ModuleCaller& caller, const std::string& name, Opcode opcode, HostValue* left,
-                   HostValue* right, HostValue* result) {
+bool call_operator(const ModuleCaller& caller, std::string_view name, Opcode opcode, HostValue* left, HostValue* right,
+                   HostValue* result) {
   const HostAny* object = object_of(*left);
   if (!object && right) object = object_of(*right);
   const auto op = callbacks_of(object).op;
   if (!op) return false;
+  const Change change(!is_element_access(opcode));
   return contained(caller, name, [&] { return op(caller.ctx, static_cast<int>(opcode), left, right, result) != 0; });
 }
 
-std::optional<Value> read_element(const ModuleCaller& caller, Value& object, std::vector<Value>& indices) {
+std::optional<Value> read_element(const ModuleCaller& caller, Value& object, ValueSpan indices) {
   IndexList list(indices);
   Value element;
   const bool is_read =
@@ -128,7 +149,7 @@ std::optional<Value> read_element(const ModuleCaller& caller, Value& object, std
   return is_read ? std::optional(std::move(element)) : std::nullopt;
 }
 
-bool write_element(const ModuleCaller& caller, Value& object, std::vector<Value>& indices, Value& value) {
+bool write_element(const ModuleCaller& caller, Value& object, ValueSpan indices, Value& value) {
   IndexList list(indices);
   return call_operator(caller, "[]", Opcode::write_element, object.address(), list.as_operand(), value.address());
 }

@@ -10,6 +10,7 @@
 #include <exception>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "kernel/kernel.hpp"
@@ -31,6 +32,10 @@ struct ModuleCaller {
   KeptException* kept = nullptr;
 };
 
+/// Counts the calls that may make, change or end objects: all but reading and writing elements and the method `shape`.
+/// As long as it is the same, an object at some address is the same object and has the same shape.
+std::uint64_t module_changes() noexcept;
+
 /// Calls a registered function. Throws `Failure` when it returns 0 or throws.
 Value call_function(const ModuleCaller& caller, const std::string& name, arrayfold::EntryFunction function,
                     std::vector<Value>& arguments);
@@ -43,12 +48,12 @@ bool call_method(const ModuleCaller& caller, Value& self, const std::string& nam
 /// Calls the operator callback of the left operand's type when that is an object, otherwise the right one's, and
 /// returns what it returns; false when the type has no operators. `right` is what the opcode asks for. Throws `Failure`
 /// with `name` in front when the callback throws.
-bool call_operator(const ModuleCaller& caller, const std::string& name, Opcode opcode, HostValue* left,
-                   HostValue* right, HostValue* result);
+bool call_operator(const ModuleCaller& caller, std::string_view name, Opcode opcode, HostValue* left, HostValue* right,
+                   HostValue* result);
 
 /// The element at `indices`; no value when the type returns false. Throws `Failure`.
-std::optional<Value> read_element(const ModuleCaller& caller, Value& object, std::vector<Value>& indices);
+std::optional<Value> read_element(const ModuleCaller& caller, Value& object, ValueSpan indices);
 /// Writes `value` to the element at `indices`. Returns false when the type does. Throws `Failure`.
-bool write_element(const ModuleCaller& caller, Value& object, std::vector<Value>& indices, Value& value);
+bool write_element(const ModuleCaller& caller, Value& object, ValueSpan indices, Value& value);
 
 }  // namespace hvm

@@ -2,8 +2,6 @@
 
 #include "script/module/object_operators.hpp"
 
-#include <fmt/format.h>
-
 #include "script/syntax/diagnostics.hpp"
 
 namespace hvm {
@@ -42,8 +40,8 @@ void call_type(const ModuleCaller& caller, const std::string& name, BinaryOperat
                Value& result) {
   bool is_defined = false;
   try {
-    is_defined = call_operator(caller, fmt::format("'{}'", name), opcode_of(op), left.address(), right.address(),
-                               result.address());
+    is_defined =
+        call_operator(caller, '\'' + name + '\'', opcode_of(op), left.address(), right.address(), result.address());
   } catch (const Failure& failure) {
     throw Failure(thrown_operator(caller, failure.message(), left, right));
   }
@@ -59,7 +57,7 @@ Value object_binary(const ModuleCaller& caller, BinaryOperator op, Value& left, 
 }
 
 void object_compound(const ModuleCaller& caller, BinaryOperator op, Value& variable, Value& right) {
-  call_type(caller, fmt::format("{}=", spelling(op)), op, variable, right, variable);
+  call_type(caller, std::string(spelling(op)) + '=', op, variable, right, variable);
 }
 
 Value object_negated(const ModuleCaller& caller, Value& operand) {

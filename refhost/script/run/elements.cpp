@@ -12,11 +12,11 @@
 namespace hvm {
 namespace {
 
-std::string index_count(const std::vector<Value>& indices) { return counted(indices.size(), "index", "indices"); }
+std::string index_count(ValueSpan indices) { return counted(indices.size(), "index", "indices"); }
 
 }  // namespace
 
-Value Elements::read(Value& container, std::vector<Value>& indices, Span span) const {
+Value Elements::read(Value& container, ValueSpan indices, Span span) const {
   if (container.is_table()) {
     require_one_key(indices, span);
     const HostValue* found = find(table_of(container.record()), indices[0].record());
@@ -39,7 +39,7 @@ Value Elements::read_range(const Value& container, const Value& low, const Value
   return site_.placed(span, [&] { return characters_between(container, low, high); });
 }
 
-void Elements::write(const ElementAssignment& form, Value& container, std::vector<Value>& indices, Value& value) const {
+void Elements::write(const ElementAssignment& form, Value& container, ValueSpan indices, Value& value) const {
   const Span span = form.index_span;
   if (container.is_table()) {
     require_one_key(indices, span);
@@ -65,7 +65,7 @@ void Elements::write_entry(Value& table, const Value& key, const Value& value, S
   set_entry(table_of(table.record()), key.record(), value.record());
 }
 
-void Elements::require_one_key(const std::vector<Value>& indices, Span span) const {
+void Elements::require_one_key(ValueSpan indices, Span span) const {
   if (indices.size() != 1) site_.fail("a table takes one key", span);
   if (!is_key(indices[0].record()))
     site_.fail(fmt::format("{} is not a key of a table", kind_in_words(indices[0])), span);

@@ -57,8 +57,19 @@ Value Evaluator::evaluate(const Call& form, Span span) {
 }
 
 Value Evaluator::evaluate(const Postfix& form, Span) {
-  Value value = evaluate(*form.operand);
-  for (const Suffix& suffix : form.suffixes) {
+  auto suffix_at = form.suffixes.begin();
+  Value value;
+  // An element of a variable is read where the variable is: a copy of an array or a table counts its references.
+  const auto* variable = std::get_if<Variable>(&form.operand->form);
+  const auto* index = std::get_if<Index>(&suffix_at->form);
+  if (variable && index) {
+    value = element(variables_.place(*variable, form.operand->span), *index, suffix_at->span);
+    ++suffix_at;
+  } else {
+    value = evaluate(*form.operand);
+  }
+  for (; suffix_at != form.suffixes.end(); ++suffix_at) {
+    const Suffix& suffix = *suffix_at;
     if (const auto* method = std::get_if<MethodCall>(&suffix.form)) {
       value = calls_.method(value, method->name, evaluate(method->arguments), joined(form.operand->span, suffix.span));
       continue;
@@ -72,12 +83,22 @@ Value Evaluator::element(Value& container, const Index& index, Span span) {
   const Expression& first = *index.indices.front();
   const auto* range = index.indices.size() == 1 ? std::get_if<KeyRange>(&first.form) : nullptr;
   if (!range) {
-    std::vector<Value> indices = evaluate(index.indices);
-    return elements_.read(container, indices, span);
+    IndexValues values;
+    return elements_.read(container, indices(index, values), span);
   }
   const Value low = range->low ? evaluate(*range->low) : Value();
   const Value high = range->high ? evaluate(*range->high) : Value();
   return elements_.read_range(container, low, high, first.span);
+}
+
+ValueSpan Evaluator::indices(const Index& index, IndexValues& values) {
+  const std::size_t count = index.indices.size();
+  if (count > values.few.size()) {
+    values.many = evaluate(index.indices);
+    return values.many;
+  }
+  for (std::size_t i = 0; i < count; ++i) values.few[i] = evaluate(*index.indices[i]);
+  return {values.few.data(), count};
 }
 
 /// Any range that is not the only index of a string.

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <array>
 #include <vector>
 
 #include "script/run/elements.hpp"
@@ -15,7 +16,7 @@ class Calls;
 /// Evaluates expressions in the running scope. Everything that fails is a `ScriptError`.
 class Evaluator {
  public:
-  Evaluator(const Site& site, const Variables& variables, const Elements& elements, const Operators& operators,
+  Evaluator(const Site& site, Variables& variables, const Elements& elements, const Operators& operators,
             Quotations& quotations, Calls& calls)
       : site_(site),
         variables_(variables),
@@ -26,6 +27,13 @@ class Evaluator {
 
   Value evaluate(const Expression& expression);
   std::vector<Value> evaluate(const Expressions& expressions);
+  /// Room for the values of indices, on the stack where they are few.
+  struct IndexValues {
+    std::array<Value, 4> few;
+    std::vector<Value> many;
+  };
+  /// The values of indices, in `values`.
+  ValueSpan indices(const Index& index, IndexValues& values);
   /// Whether a condition holds.
   bool holds(const Expression& condition);
 
@@ -49,7 +57,7 @@ class Evaluator {
   Value evaluate(const QuotationLiteral& form, Span span);
 
   const Site& site_;
-  const Variables& variables_;
+  Variables& variables_;
   const Elements& elements_;
   const Operators& operators_;
   Quotations& quotations_;

@@ -57,7 +57,8 @@ Statements::Flow Statements::execute(const VariableAssignment& form, Span span) 
 
 Statements::Flow Statements::execute(const ElementAssignment& form, Span span) {
   Value container = evaluator_.evaluate(*form.container);
-  std::vector<Value> indices = evaluator_.evaluate(form.index.indices);
+  Evaluator::IndexValues values;
+  const ValueSpan indices = evaluator_.indices(form.index, values);
   Value value = evaluator_.evaluate(*form.value);
   if (form.op) {
     Value present = elements_.read(container, indices, form.index_span);
