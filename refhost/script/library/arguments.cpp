@@ -4,8 +4,6 @@
 
 #include <fmt/format.h>
 
-#include <new>
-
 #include "script/text/value_kinds.hpp"
 
 namespace hvm {
@@ -22,7 +20,7 @@ bool has_argument(const BuiltinCall& call, std::size_t i) { return i < call.coun
 std::string_view text_argument(const BuiltinCall& call, std::size_t i) {
   const Value& value = call.arguments[i];
   if (!value.is_string()) fail_kind(call, "a string", value);
-  return narrow_text(value.record());
+  return text_of(value.record());
 }
 
 Number exact_number_argument(const BuiltinCall& call, std::size_t i) {
@@ -50,13 +48,6 @@ const HostValue& key_argument(const BuiltinCall& call, std::size_t i) {
   const Value& key = call.arguments[i];
   if (!is_key(key.record())) call.fail(fmt::format("{} is not a key of a table", kind_in_words(key)));
   return key.record();
-}
-
-std::string_view narrow_text(const HostValue& value) {
-  const std::string_view text = text_of(value);
-  // The conversion of a wide string takes memory.
-  if (text.empty() && !wide_text_of(value).empty()) throw std::bad_alloc();
-  return text;
 }
 
 Value integer_value(std::int64_t x) noexcept { return fits_32_bits(x) ? Value(static_cast<int>(x)) : Value(x); }

@@ -30,9 +30,6 @@ HostHash* table_argument(const BuiltinCall& call, std::size_t i);
 /// A key of a table.
 const HostValue& key_argument(const BuiltinCall& call, std::size_t i);
 
-/// The text of a string, as `text_argument` gives it. Requires: `value` is a string.
-std::string_view narrow_text(const HostValue& value);
-
 /// An integer as a value: an `int` when it fits in 32 bits, otherwise an `int64`.
 Value integer_value(std::int64_t x) noexcept;
 

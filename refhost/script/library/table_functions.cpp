@@ -101,7 +101,7 @@ class Sorter {
   /// The text of a wide string lasts for a few conversions only.
   std::string_view lasting_text(const HostValue& text) {
     if (text.tag != ValueTag::wide_string) return text_of(text);
-    return converted_.emplace_back(narrow_text(text));
+    return converted_.emplace_back(text_of(text));
   }
 
   const BuiltinCall& call_;

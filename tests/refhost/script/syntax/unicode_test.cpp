@@ -43,6 +43,41 @@ TEST(Unicode, TheTwoForms_HoldTheSameText) {
   EXPECT_EQ(narrow_text(wide_text(text)), text);
 }
 
+TEST(Unicode, Boundaries_AreWhereCharactersBegin) {
+  const std::string text = "a\xCF\x80\xE4\xB8\xAD\xF0\x9F\x98\x80\xE4\xB8z\x80\x80\x80\x80";
+  std::string_view rest = text;
+  for (std::size_t offset = 0; offset <= text.size(); ++offset) {
+    const bool begins = offset == text.size() - rest.size();
+    EXPECT_EQ(is_character_boundary(text, offset), begins) << offset;
+    if (begins && !rest.empty()) take_character(rest);
+  }
+  EXPECT_FALSE(is_character_boundary(text, text.size() + 1));
+  EXPECT_TRUE(is_character_boundary("", 0));
+}
+
+TEST(Unicode, Blanks_AreThoseOfUnicode) {
+  for (const char* blank :
+       {" ", "\t", "\n", "\v", "\f", "\r", "\xC2\x85", "\xC2\xA0", "\xE1\x9A\x80", "\xE2\x80\x80", "\xE2\x80\x8A",
+        "\xE2\x80\xA8", "\xE2\x80\xA9", "\xE2\x80\xAF", "\xE2\x81\x9F", "\xE3\x80\x80"}) {
+    EXPECT_EQ(blank_length(blank), std::string_view(blank).size());
+    EXPECT_EQ(trimmed(std::string(blank) + "a" + blank + "b" + blank), std::string("a") + blank + "b");
+  }
+  for (const char* other :
+       {"", "a", "\x08", "\x1F", "\x7F", "\x85", "\xA0", "\xE2\x80\x8B", "\xEF\xBB\xBF", "\xCF\x80"}) {
+    EXPECT_EQ(blank_length(other), 0u) << other;
+    EXPECT_EQ(trimmed(other), other);
+  }
+  EXPECT_EQ(trimmed(" \t\n"), "");
+}
+
+TEST(Unicode, Forms_AreOfOneCharacter) {
+  EXPECT_EQ(upper_case("az09 \xCF\x80\xC3\xA4\xC3\x9F\xF0\x90\x90\xA8"),
+            "AZ09 \xCE\xA0\xC3\x84\xC3\x9F\xF0\x90\x90\x80");
+  EXPECT_EQ(lower_case("AZ09 \xCE\xA0\xC3\x84\xF0\x90\x90\x80"), "az09 \xCF\x80\xC3\xA4\xF0\x90\x90\xA8");
+  EXPECT_EQ(upper_case("\xE4\xFF"), "\xE4\xFF");
+  EXPECT_EQ(upper_case(std::string_view("\0a", 2)), std::string("\0A", 2));
+}
+
 TEST(Unicode, Widths_AreTwoForWideOnesAndZeroForCombiningOnes) {
   EXPECT_EQ(display_width(U'a'), 1u);
   EXPECT_EQ(display_width(U'\u03C0'), 1u);
