@@ -143,8 +143,6 @@ Statements::Flow Statements::execute(const Try& form, Span) {
     return execute(form.body);
   } catch (const ScriptError& error) {
     message = error.message();
-  } catch (const std::bad_alloc&) {
-    message = "out of memory";
   }
   give(form.variable, Value(std::string_view(message)));
   return execute(form.handler);

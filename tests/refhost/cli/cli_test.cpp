@@ -146,6 +146,19 @@ TEST(CommandLine, OutputThatCannotBeWritten_GivesStatusOneAndTheReason) {
   }
 }
 
+TEST(CommandLine, AClosedOutput_GivesStatusOneOnceSomethingIsPrinted) {
+  Conditions conditions;
+  conditions.out = Stream::closed;
+  const std::string closed = "hvm: the output cannot be written: Bad file descriptor\n";
+  EXPECT_EQ(run_toy({"-e", "x = 1"}, conditions).status, 0);
+  for (const char* script :
+       {"print(1)", "try print(1) catch e end", "print(1)\nexit(0)", "for i in [1] do print(i) end"}) {
+    const Outcome outcome = run_toy({"-e", script}, conditions);
+    EXPECT_EQ(outcome.status, 1) << script;
+    EXPECT_EQ(outcome.err, closed) << script;
+  }
+}
+
 TEST(CommandLine, AReaderThatIsGone_EndsTheScript) {
   Conditions conditions;
   conditions.out = Stream::without_reader;

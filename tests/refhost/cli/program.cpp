@@ -7,6 +7,7 @@
 #include <linux/capability.h>
 #include <signal.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -41,7 +42,6 @@ void redirect(Stream stream, const std::string& path, int descriptor) {
       close(pipe_ends[1]);
       break;
     case Stream::closed:
-      close(descriptor);
       break;
   }
 }
@@ -52,12 +52,17 @@ void redirect(Stream stream, const std::string& path, int descriptor) {
   dup2(open((place.path() + "/in").c_str(), O_RDONLY), STDIN_FILENO);
   redirect(conditions.out, place.path() + "/out", STDOUT_FILENO);
   redirect(conditions.err, place.path() + "/err", STDERR_FILENO);
+  // Last, so that no file is opened in the place of a closed stream.
+  if (conditions.out == Stream::closed) close(STDOUT_FILENO);
+  if (conditions.err == Stream::closed) close(STDERR_FILENO);
   for (const auto& [name, value] : conditions.environment) setenv(name.c_str(), value.c_str(), 1);
   if (conditions.obeys_permissions) {
     // Root reads everything; without these two rights it is a user like any other. Other users cannot drop them.
     prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE, 0, 0, 0);
     prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH, 0, 0, 0);
   }
+  const rlimit memory{conditions.memory, conditions.memory};
+  if (conditions.memory > 0 && setrlimit(RLIMIT_AS, &memory) != 0) _exit(127);
   std::vector<char*> words{const_cast<char*>(HVM_PROGRAM)};
   for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
   words.push_back(nullptr);

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
@@ -33,6 +34,7 @@ struct Conditions {
   std::vector<std::pair<std::string, std::string>> environment;  // what is added to it
   Stream out = Stream::file;
   Stream err = Stream::file;
+  std::size_t memory = 0;          // of its addresses, in bytes; 0: any
   bool obeys_permissions = false;  // also when root runs the test
 };
 

@@ -1,14 +1,16 @@
-// refhost/script/run/memory_test.cpp: scripts that are read while memory runs out
+// refhost/script/run/memory_test.cpp: scripts that are read and run while memory runs out
 //
 // `operator new` is replaced for the whole program.
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <new>
+#include <optional>
 
 #include "script/library/script_file.hpp"
 #include "script/syntax/names.hpp"
@@ -92,6 +94,96 @@ TEST(MemoryRunsOut, WhileAScriptIsReadFromItsFile_TheErrorNamesTheScript) {
       });
   EXPECT_GT(failures, 3);
   std::filesystem::remove(path);
+}
+
+/// A script that needs memory in every way, without a module.
+const char* const every_way = R"(
+fn doubled(text, n)
+  if n == 0 then return text end
+  return doubled(text + text, n - 1)
+end
+s = doubled("some text that is no short one ", 2)
+w = w"wide text " + s
+t = [s, [w, 2.5], "key": [1, 2], 3L: "three", w: "wide key"]
+for i in range(20) do t["n" + str(i)] = [s, i] end
+for k, v in t do t[k] = [v] end
+for v in range(5) do t[v] = s[v:20] end
+numbers = range(50)
+numbers[7] += 0.5
+words = ""
+for v in numbers do words += str(v) * 2 end
+q = [@double(numbers, "a text for the module"), @[[1, 2], [3, v]]]
+print(len(t), len(words), type(q[0]), w < s, w == w, s[3], w[4:9] + s[:2])
+print(t["key"], t["n7"], [1, [2, "x": [s]]])
+words = "an error that is caught, unless memory is missing"
+try error(words) catch message if message != words then error(message) end end
+print(message)
+)";
+
+/// What a run printed, and the error that ended it. It needs memory only where `print` hands over a line.
+struct Run {
+  std::vector<std::string> lines;
+  std::optional<ScriptError> error;
+};
+
+Run run_of(const Program& program, Interpreter& interpreter, std::vector<std::string>& lines) {
+  Run run;
+  try {
+    for (const Statement& statement : program.statements) interpreter.run(statement, program.source);
+  } catch (const ScriptError& error) {
+    run.error = error;
+  }
+  run.lines = std::move(lines);
+  return run;
+}
+
+/// Runs a script with the first allocation failing that `fail` counts, then with the second, and so on until none
+/// fails. A run whose allocation failed ends with the error of it, and has printed right lines up to there.
+template <class Fail, class HasFailed>
+void expect_error_of_each_failure(const ModuleFunctions& functions, const char* script, int least_failures, Fail fail,
+                                  HasFailed has_failed) {
+  std::vector<std::string> right;
+  for (int nth = 0;; ++nth) {
+    const Counts before = counts();
+    {
+      std::vector<std::string> lines;
+      Interpreter interpreter(
+          functions, {true, [&](const std::string& text, const SourceText&, std::size_t) { lines.push_back(text); }});
+      const Program program = interpreter.parse(std::make_shared<SourceText>("a.hvm", script));
+      interpreter.define(program);
+      if (nth > 0) fail(nth);
+      Run run = run_of(program, interpreter, lines);
+      const bool is_short = nth > 0 && has_failed();
+      fail(0);
+      if (nth == 0) {
+        ASSERT_FALSE(run.error) << run.error->report();
+        right = run.lines;
+      }
+      ASSERT_EQ(run.error.has_value(), is_short) << "allocation " << nth;
+      ASSERT_LE(run.lines.size(), right.size());
+      if (run.error) {
+        EXPECT_NE(run.error->message().find("out of memory"), std::string::npos) << run.error->report();
+      } else {
+        EXPECT_EQ(run.lines, right);
+      }
+      EXPECT_TRUE(std::equal(run.lines.begin(), run.lines.end(), right.begin())) << "allocation " << nth;
+      if (nth > 0 && !is_short) {
+        EXPECT_GT(nth, least_failures);
+        break;
+      }
+    }
+    EXPECT_TRUE(counts() == before) << "allocation " << nth;
+  }
+}
+
+TEST(MemoryRunsOut, InTheInterpreter_EndsTheScriptWithAnError) {
+  expect_error_of_each_failure(
+      toy_functions(), every_way, 400, [](int nth) { allocations_to_failure = nth; },
+      [] { return allocations_to_failure == 0; });
+}
+
+TEST(MemoryRunsOut, InTheHost_EndsTheScriptWithAnError) {
+  expect_error_of_each_failure(toy_functions(), every_way, 100, fail_allocation, allocation_has_failed);
 }
 
 }  // namespace
