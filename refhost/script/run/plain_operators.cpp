@@ -115,9 +115,11 @@ Value repeated(Text text, std::int64_t times) {
   if (times <= 0 || text.empty()) return Value(text.substr(0, 0));
   if (times > longest / static_cast<std::int64_t>(text.size()))
     throw Failure(fmt::format("a string of {} repetitions is too long", times));
+  const std::size_t size = text.size() * static_cast<std::size_t>(times);
   std::basic_string<typename Text::value_type> whole;
-  whole.reserve(text.size() * static_cast<std::size_t>(times));
-  for (; times > 0; --times) whole += text;
+  whole.reserve(size);
+  whole = text;
+  while (whole.size() < size) whole.append(whole, 0, size - whole.size());
   return Value(Text(whole));
 }
 
