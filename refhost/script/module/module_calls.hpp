@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "kernel/kernel.hpp"
+#include "script/syntax/diagnostics.hpp"
 #include "script/syntax/source_text.hpp"
 
 namespace hvm {
