@@ -31,6 +31,9 @@ void* allocated(std::size_t size) {
 
 void* operator new(std::size_t size) { return allocated(size); }
 void* operator new[](std::size_t size) { return allocated(size); }
+// Never fails: a sort that gets no buffer does without.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size > 0 ? size : 1); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
@@ -120,6 +123,20 @@ try error(words) catch message if message != words then error(message) end end
 print(message)
 )";
 
+/// The built-in functions that make texts and tables.
+const char* const every_function = R"(
+text = "some words, that are no short text: " * 2
+w = w"wide, with a part that is narrowed"
+t = split(text); u = split(w, ", ")
+print(join(t, "; " * 10), join(u), upper(text), lower(w), trim("  " + text), replace(text, "o", "0" * 20))
+print(find(text, "short"), find(text, text), find(w, "narrowed"), find(text, "nothing of it"))
+print(format("{:>40} {:<40.3f} {:+d} {}", text[:30], 2.5, 3, [1, [2.5, text]]), str([text, w]))
+append(t, text, [u], w); removed = remove(t, 3)
+rows = [["k": "b" * 20, "n": 2], ["k": w, "n": 1], ["k": "a" * 20, "n": 3]]
+print(keys(rows[0]), values(rows[0]), sort(rows, "k")[0], sort(["b", w, "a"]), removed, has(t, w))
+print(min([3, 1, 2]), max(1, 2.5), number(" 1.5e3 "), round(2.567, 2), type(text), range(3, 40), len(w))
+)";
+
 /// What a run printed, and the error that ended it. It needs memory only where `print` hands over a line.
 struct Run {
   std::vector<std::string> lines;
@@ -180,10 +197,14 @@ TEST(MemoryRunsOut, InTheInterpreter_EndsTheScriptWithAnError) {
   expect_error_of_each_failure(
       toy_functions(), every_way, 400, [](int nth) { allocations_to_failure = nth; },
       [] { return allocations_to_failure == 0; });
+  expect_error_of_each_failure(
+      toy_functions(), every_function, 100, [](int nth) { allocations_to_failure = nth; },
+      [] { return allocations_to_failure == 0; });
 }
 
 TEST(MemoryRunsOut, InTheHost_EndsTheScriptWithAnError) {
   expect_error_of_each_failure(toy_functions(), every_way, 100, fail_allocation, allocation_has_failed);
+  expect_error_of_each_failure(toy_functions(), every_function, 50, fail_allocation, allocation_has_failed);
 }
 
 }  // namespace
