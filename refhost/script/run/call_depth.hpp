@@ -1,4 +1,4 @@
-// script/run/call_depth.hpp: how deep calls may nest
+// script/run/call_depth.hpp: how deep calls, and scripts that use others, may nest
 
 #pragma once
 
@@ -8,10 +8,11 @@
 
 namespace hvm {
 
-/// The maximum nesting of calls of fns.
+/// The maximum nesting of calls of fns and scripts that use others.
 inline constexpr int call_limit = 1000;
 
-/// Counts the calls of fns that have not returned, and measures the stack that they use up.
+/// Counts the calls of fns that have not returned and the scripts that are being used, and measures the stack that they
+/// use up.
 class CallDepth {
  public:
   /// The stack is measured from here on.
@@ -20,7 +21,7 @@ class CallDepth {
   /// Throws `ScriptError` when calls nest too deeply for another one at `span`.
   void require_room(Span span) const;
 
-  /// A call that has not returned.
+  /// A call that has not returned, or a script that is being used.
   class Level {
    public:
     explicit Level(CallDepth& depth) : depth_(depth) { ++depth_.levels_; }

@@ -18,18 +18,18 @@ class Statements;
 /// Everything that fails is a `ScriptError` at the call.
 class Calls {
  public:
-  Calls(Site& site, Steps& steps, Scopes& scopes, const Functions& functions, Quotations& quotations,
+  Calls(Site& site, Steps& steps, CallDepth& depth, Scopes& scopes, const Functions& functions, Quotations& quotations,
         const ArrayChecks& checks, const PrintLine& print, FileAccess files, Statements& statements)
       : site_(site),
         steps_(steps),
+        depth_(depth),
         scopes_(scopes),
         functions_(functions),
         quotations_(quotations),
         checks_(checks),
         print_(print),
         files_(files),
-        statements_(statements),
-        depth_(site) {}
+        statements_(statements) {}
 
   Value call(const std::string& name, std::vector<Value> arguments, Span span);
   /// A method of the object `self`.
@@ -45,6 +45,7 @@ class Calls {
 
   Site& site_;
   Steps& steps_;
+  CallDepth& depth_;
   Scopes& scopes_;
   const Functions& functions_;
   Quotations& quotations_;
@@ -52,7 +53,6 @@ class Calls {
   const PrintLine& print_;
   FileAccess files_;
   Statements& statements_;
-  CallDepth depth_;
 };
 
 }  // namespace hvm

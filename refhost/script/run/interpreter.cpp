@@ -22,6 +22,7 @@ struct Interpreter::Parts {
         checks(options.has_checks),
         steps(options.step_limit),
         site(context.handle()),
+        depth(site),
         scopes(context),
         functions(module),
         variables(site, scopes, functions),
@@ -30,8 +31,8 @@ struct Interpreter::Parts {
         operators(site, checks),
         evaluator(site, variables, elements, operators, quotations, calls),
         statements(site, steps, scopes, functions, variables, elements, operators, evaluator, uses),
-        uses(site, scopes, functions, statements, options.files),
-        calls(site, steps, scopes, functions, quotations, checks, options.print, options.files, statements),
+        uses(site, depth, scopes, functions, statements, options.files),
+        calls(site, steps, depth, scopes, functions, quotations, checks, options.print, options.files, statements),
         callbacks(context, site, steps, scopes, calls, evaluator) {}
 
   InterpreterOptions options;
@@ -39,6 +40,7 @@ struct Interpreter::Parts {
   Steps steps;
   Context context;
   Site site;
+  CallDepth depth;
   Scopes scopes;
   Functions functions;
   Variables variables;

@@ -58,6 +58,7 @@ void Uses::run(const std::string& path, Span span) {
     return source_at(used);
   });
   if (!source) return;
+  depth_.require_room(span);
   try {
     run_script(source);
   } catch (ScriptError& error) {
@@ -77,6 +78,7 @@ void Uses::require_no_circle(const Path& used) const {
 
 void Uses::run_script(const SourcePtr& source) {
   const Path path = canonical_form(source->name());
+  const CallDepth::Level level(depth_);
   const Listed listed(running_, path);
   const SourceScope scope(site_, source);
   const Program program = parse(source, scopes_.global_names());

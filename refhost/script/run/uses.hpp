@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "script/library/builtins.hpp"
+#include "script/run/call_depth.hpp"
 #include "script/run/functions.hpp"
 #include "script/run/scopes.hpp"
 #include "script/run/site.hpp"
@@ -19,8 +20,8 @@ class Statements;
 /// Runs each script that is used, once, among the variables and functions of the script that uses it.
 class Uses {
  public:
-  Uses(Site& site, Scopes& scopes, Functions& functions, Statements& statements, FileAccess files)
-      : site_(site), scopes_(scopes), functions_(functions), statements_(statements), files_(files) {}
+  Uses(Site& site, CallDepth& depth, Scopes& scopes, Functions& functions, Statements& statements, FileAccess files)
+      : site_(site), depth_(depth), scopes_(scopes), functions_(functions), statements_(statements), files_(files) {}
 
   /// Runs the script at `path`, which is relative to the folder of the running one. Does nothing when it has run
   /// before. Throws `ScriptError` when it cannot be read, when it fails, or when it is being run: then scripts use each
@@ -34,6 +35,7 @@ class Uses {
   void require_no_circle(const Path& used) const;
 
   Site& site_;
+  CallDepth& depth_;
   Scopes& scopes_;
   Functions& functions_;
   Statements& statements_;

@@ -47,6 +47,18 @@ TEST(Use, RunsEachScriptOnce) {
                  "c\nb\na\n");
 }
 
+TEST(Use, OfScriptsByScripts_IsLimitedInDepth) {
+  const Workplace place;
+  const auto name = [](int number) { return std::to_string(number) + ".hvm"; };
+  const auto chain = [&](int first, int last) {
+    for (int i = first; i < last; ++i) place.write(name(i), "use \"" + name(i + 1) + "\"");
+    return place.path() + "/" + name(first);
+  };
+  place.write(name(2000), "print(\"the last\")");
+  expect_printed(chain(1100, 2000), "the last\n");
+  expect_error(chain(900, 1100), "", "the calls nest too deeply");
+}
+
 TEST(Use, LooksInTheFolderOfTheScript) {
   const Workplace place;
   place.write("lib/b.hvm", "use \"c.hvm\"");
