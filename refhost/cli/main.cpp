@@ -10,6 +10,7 @@
 #include <sstream>
 
 #include "cli/module_loader.hpp"
+#include "cli/process_end.hpp"
 #include "cli/processor.hpp"
 #include "cli/repl.hpp"
 #include "cli/streams.hpp"
@@ -220,5 +221,5 @@ int guarded_run(int argc, char** argv) noexcept {
 int main(int argc, char** argv) {
   hvm::prepare_streams();
   hvm::install_fault_report();
-  return hvm::guarded_run(argc, argv);
+  hvm::end_process(hvm::guarded_run(argc, argv));
 }

@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "cli/expectation_run.hpp"
+#include "cli/process_end.hpp"
 #include "cli/streams.hpp"
 #include "script/library/script_file.hpp"
 
@@ -67,7 +68,7 @@ class TestRunner {
     if (child == 0) {
       end_with(parent);
       start_clock();
-      std::exit(passes(path) ? EXIT_SUCCESS : EXIT_FAILURE);
+      end_process(passes(path) ? EXIT_SUCCESS : EXIT_FAILURE);
     }
     int status = 0;
     while (waitpid(child, &status, 0) < 0)

@@ -13,8 +13,8 @@
 namespace hvm {
 namespace {
 
-SourcePtr source_of(const std::string& name, std::istream& input) {
-  return std::make_shared<SourceText>(name, std::string{std::istreambuf_iterator<char>(input), {}});
+SourcePtr source_of(const std::string& name, std::istream& input, Origin origin) {
+  return std::make_shared<SourceText>(name, std::string{std::istreambuf_iterator<char>(input), {}}, origin);
 }
 
 /// Runs `read`, and names the script when memory runs out.
@@ -29,19 +29,25 @@ SourcePtr named(const std::string& name, Read read) {
 
 }  // namespace
 
-SourcePtr read_script(const std::string& path) {
+SourcePtr read_script(const std::string& path, Origin origin) {
   return named(path, [&] {
     std::error_code error;
     if (std::filesystem::is_directory(path, error))
       throw FileError(fmt::format("{} is a directory, not a script", path));
     std::ifstream file(path, std::ios::binary);
     if (!file) throw FileError(fmt::format("the script {} cannot be opened", path));
-    return source_of(path, file);
+    return source_of(path, file, origin);
   });
 }
 
+std::string library_file(const std::string& name) {
+  std::error_code error;
+  const std::filesystem::path home = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+  return (home.parent_path() / "share" / "hvm" / (name + ".hvm")).string();
+}
+
 SourcePtr read_standard_input() {
-  return named("<stdin>", [] { return source_of("<stdin>", std::cin); });
+  return named("<stdin>", [] { return source_of("<stdin>", std::cin, Origin::script); });
 }
 
 }  // namespace hvm

@@ -16,7 +16,9 @@ class FileError : public std::runtime_error {
 };
 
 /// The script in a file. Throws `FileError`, or `std::runtime_error` when memory runs out.
-SourcePtr read_script(const std::string& path);
+SourcePtr read_script(const std::string& path, Origin origin = Origin::script);
+/// The file of a library of this name, which may be missing: in `../share/hvm` as seen from the folder of the program.
+std::string library_file(const std::string& name);
 /// The script that comes through the standard input. Throws `std::runtime_error` when memory runs out.
 SourcePtr read_standard_input();
 

@@ -47,9 +47,16 @@ Value Calls::call_fn(const Function& function, std::vector<Value> arguments, Spa
   try {
     return run_fn(function, std::move(arguments));
   } catch (ScriptError& error) {
+    if (function.source->is_library() && !site_.source()->is_library()) fail_in_library(function.name, error, span);
     error.add_call(function.name, *site_.source(), span);
     throw;
   }
+}
+
+void Calls::fail_in_library(const std::string& name, const ScriptError& error, Span span) const {
+  const std::string front = name + ": ";
+  const bool is_named = error.message().compare(0, front.size(), front) == 0;
+  site_.fail(is_named ? error.message() : front + error.message(), span);
 }
 
 Value Calls::run_fn(const Function& function, std::vector<Value> arguments) {

@@ -41,6 +41,8 @@ class Calls {
   Value call_fn(const Function& function, std::vector<Value> arguments, Span span);
   Value run_fn(const Function& function, std::vector<Value> arguments);
   Value call_module(const std::string& name, std::vector<Value>& arguments, Span span);
+  /// Fails at the call of a fn of a library, with its name before the message.
+  [[noreturn]] void fail_in_library(const std::string& name, const ScriptError& error, Span span) const;
   [[noreturn]] void fail_unknown(const std::string& name, Span span) const;
 
   Site& site_;

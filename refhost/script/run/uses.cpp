@@ -34,9 +34,15 @@ std::filesystem::path canonical_form(const std::filesystem::path& path) {
   return error ? path : canonical;
 }
 
-SourcePtr source_at(const std::filesystem::path& path) {
+/// A library has a name of letters, digits and underscores; a script has a path that ends in .hvm.
+bool is_library_name(const std::string& name) {
+  const auto is_letter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_'; };
+  return !name.empty() && std::all_of(name.begin(), name.end(), is_letter);
+}
+
+SourcePtr source_at(const std::filesystem::path& path, Origin origin) {
   try {
-    return read_script(path.string());
+    return read_script(path.string(), origin);
   } catch (const std::runtime_error& error) {
     throw Failure(fmt::format("use: {}", error.what()));
   }
@@ -49,13 +55,17 @@ void Uses::run(const std::string& path, Span span) {
   const Path name = site_.source()->name();
   const SourcePtr source = site_.placed(span, [&]() -> SourcePtr {
     if (files_ == FileAccess::none) throw Failure("use: files are switched off");
-    if (Path(path).extension() != ".hvm")
+    const bool is_library = is_library_name(path);
+    if (!is_library && Path(path).extension() != ".hvm")
       throw Failure(fmt::format("use: the name of a script ends in .hvm, and \"{}\" does not", path));
-    const Path used = (name.parent_path() / path).lexically_normal();
+    const Path used = is_library ? Path(library_file(path)) : (name.parent_path() / path).lexically_normal();
+    std::error_code error;
+    if (is_library && !std::filesystem::exists(used, error))
+      throw Failure(fmt::format("use: there is no library \"{}\"; the name of a script ends in .hvm", path));
     if (done_.count(canonical_form(used)) != 0) return nullptr;
     if (running_.empty()) running_.push_back(canonical_form(name));
     require_no_circle(canonical_form(used));
-    return source_at(used);
+    return source_at(used, is_library ? Origin::library : Origin::script);
   });
   if (!source) return;
   depth_.require_room(span);

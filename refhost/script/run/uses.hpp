@@ -23,7 +23,8 @@ class Uses {
   Uses(Site& site, CallDepth& depth, Scopes& scopes, Functions& functions, Statements& statements, FileAccess files)
       : site_(site), depth_(depth), scopes_(scopes), functions_(functions), statements_(statements), files_(files) {}
 
-  /// Runs the script at `path`, which is relative to the folder of the running one. Does nothing when it has run
+  /// Runs the library of that name, or the script at `path`, which is relative to the folder of the running one. Does
+  /// nothing when it has run
   /// before. Throws `ScriptError` when it cannot be read, when it fails, or when it is being run: then scripts use each
   /// other in a circle. A script that has failed may be used again.
   void run(const std::string& path, Span span);

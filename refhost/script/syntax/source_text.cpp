@@ -8,7 +8,8 @@
 
 namespace hvm {
 
-SourceText::SourceText(std::string name, std::string text) : name_(std::move(name)), text_(std::move(text)) {
+SourceText::SourceText(std::string name, std::string text, Origin origin)
+    : name_(std::move(name)), text_(std::move(text)), origin_(origin) {
   line_starts_.push_back(0);
   for (std::size_t i = 0; i < text_.size(); ++i)
     if (text_[i] == '\n') line_starts_.push_back(i + 1);

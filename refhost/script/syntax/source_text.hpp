@@ -25,12 +25,16 @@ struct Place {
   std::size_t column = 1;
 };
 
+/// Whose text a script is: its author's, or part of hvm. What fails in a library is an error of the line that calls it.
+enum class Origin { script, library };
+
 /// A named text that finds lines and columns of byte offsets.
 class SourceText {
  public:
-  SourceText(std::string name, std::string text);
+  SourceText(std::string name, std::string text, Origin origin = Origin::script);
 
   const std::string& name() const { return name_; }
+  bool is_library() const { return origin_ == Origin::library; }
   const std::string& text() const { return text_; }
   /// The bytes of `span`.
   std::string_view text(Span span) const;
@@ -43,6 +47,7 @@ class SourceText {
  private:
   std::string name_;
   std::string text_;
+  Origin origin_;
   std::vector<std::size_t> line_starts_;
 };
 

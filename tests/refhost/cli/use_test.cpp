@@ -113,6 +113,12 @@ TEST(Use, OfWhatCannotBeRead_IsAnError) {
   expect_error(place.write("e.hvm", "use \"text.hvm\""), "", "text.hvm:1:6: error: the source is not valid UTF-8");
 }
 
+TEST(Use, OfALibraryThatIsNotThere_IsAnError) {
+  const Workplace place;
+  expect_error(place.write("a.hvm", "use \"nothing_of_this_name\""), "",
+               "error: use: there is no library \"nothing_of_this_name\"; the name of a script ends in .hvm");
+}
+
 TEST(Use, InATest_PrintsForItsOwnLine) {
   const Workplace place;
   place.write("lib/b.txt", "");

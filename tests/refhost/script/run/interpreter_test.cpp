@@ -164,6 +164,32 @@ TEST(Error, HasTheMessageOfItsArgument) {
                   {"error()", "!error: it takes 1 argument, not 0"}});
 }
 
+TEST(Library, ErrorsAreThoseOfTheLineThatCallsIt) {
+  const Counts before = counts();
+  const auto error_of = [](const std::string& script) {
+    Interpreter interpreter(toy_functions(), {});
+    const char* text =
+        "fn quarter(x)\n  if x < 0 then error(\"quarter: x is negative\") end\n  return half(half(x))\nend\n"
+        "fn half(x)\n  return x / 2\nend\n";
+    interpreter.run(interpreter.parse(std::make_shared<SourceText>("library.hvm", text, Origin::library)));
+    try {
+      interpreter.run(interpreter.parse(std::make_shared<SourceText>("test.hvm", script)));
+    } catch (const ScriptError& error) {
+      return error.report();
+    }
+    return std::string("no error");
+  };
+  EXPECT_EQ(error_of("assert(quarter(8) == 2)"), "no error");
+  EXPECT_EQ(error_of("a = 1\nquarter(-1)"), "test.hvm:2:1: error: quarter: x is negative\n    quarter(-1)\n    ^\n");
+  EXPECT_EQ(error_of("quarter(nil)"),
+            "test.hvm:1:1: error: quarter: '<' is not defined for nil and an int\n    quarter(nil)\n    ^\n");
+  EXPECT_EQ(error_of("half()"), "test.hvm:1:1: error: half: it takes 1 argument, not 0\n    half()\n    ^\n");
+  EXPECT_EQ(error_of("fn f()\n  half(\"x\")\nend\nf()"),
+            "test.hvm:2:3: error: half: '/' is not defined for a string and an int\n      half(\"x\")\n      ^\n"
+            "  in f, called at test.hvm:4:1\n");
+  EXPECT_TRUE(counts() == before);
+}
+
 TEST(Exit, EndsTheScriptWithAStatus) {
   const auto status_of = [](const std::string& script) {
     const Counts before = counts();
