@@ -17,7 +17,7 @@ struct CellNumber {
   };
   Kind kind = Kind::none;
   std::int64_t integer = 0;
-  double real = 0;  // also the value of an integer
+  double real = 0;  // also the value of an integer; infinite beyond the range
 };
 
 /// The number in a cell: decimal, with a sign and blanks around it or without.

@@ -12,7 +12,6 @@
 #include "script/data/data_error.hpp"
 #include "script/data/json_limits.hpp"
 #include "script/data/number_form.hpp"
-#include "script/syntax/string_literals.hpp"
 #include "script/syntax/unicode.hpp"
 #include "script/text/value_kinds.hpp"
 
@@ -39,7 +38,7 @@ bool needs_escape(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 
 
 void append_string(std::string& out, std::string_view text) {
   if (first_invalid_utf8(text) != std::string_view::npos)
-    throw DataError(fmt::format("the string {} is not valid UTF-8", string_literal(text.substr(0, 40))));
+    throw DataError("a string is not valid UTF-8");
   out += '"';
   std::size_t done = 0;
   for (std::size_t i = 0; i < text.size(); ++i) {

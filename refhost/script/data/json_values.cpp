@@ -29,9 +29,12 @@ namespace {
 std::string_view cause_in(std::string_view message) {
   if (message.find("number overflow") != std::string_view::npos) return "the number is beyond the range of a real";
   message = message.substr(0, message.find("; last read: "));
-  constexpr std::string_view behind_place = ": ";
-  const std::size_t place_end = message.find(behind_place);
-  return place_end == std::string_view::npos ? message : message.substr(place_end + behind_place.size());
+  // `[json.exception.parse_error.101] parse error at line 1, column 3: syntax error while parsing value - cause`
+  for (const std::string_view behind : {": ", " - "}) {
+    const std::size_t end = message.find(behind);
+    if (end != std::string_view::npos) message.remove_prefix(end + behind.size());
+  }
+  return message;
 }
 
 /// Takes the events of the library's parser and makes values of them.
@@ -47,7 +50,11 @@ class ValueBuilder : public nlohmann::json_sax<nlohmann::json> {
   bool number_unsigned(number_unsigned_t x) override {
     return add(x <= INT64_MAX ? integer_of(static_cast<std::int64_t>(x)) : Value(static_cast<double>(x)));
   }
-  bool number_float(number_float_t x, const string_t&) override { return add(Value(x)); }
+  bool number_float(number_float_t x, const string_t&) override {
+    if (open_.empty() || !open_.back().is_list) return add(Value(x));
+    put_real(open_.back().table, open_.back().count++, x);
+    return true;
+  }
   bool string(string_t& text) override { return add(new_text(text)); }
   bool binary(binary_t&) override { return false; }  // there is none in text
 

@@ -23,10 +23,6 @@ std::string shown_name(const std::string& path) { return is_standard_input(path)
 
 int opened(const std::string& path) {
   if (is_standard_input(path)) return STDIN_FILENO;
-  if (path.find('\0') != std::string::npos) {
-    errno = EINVAL;
-    return -1;
-  }
   return uninterrupted([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); });
 }
 

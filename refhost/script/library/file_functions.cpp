@@ -33,7 +33,8 @@ auto with_data(const BuiltinCall& call, Action action) {
 
 std::string path_argument(const BuiltinCall& call) {
   std::string path(text_argument(call, 0));
-  if (call.files == FileAccess::none) call.fail(fmt::format("{}: files are switched off", path));
+  if (call.files == FileAccess::none) call.fail("files are switched off");
+  if (path.find('\0') != std::string::npos) call.fail("the path has a zero byte");
   return path;
 }
 
