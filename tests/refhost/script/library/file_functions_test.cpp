@@ -1,9 +1,15 @@
 // refhost/script/library/file_functions_test.cpp: texts and lines of files, and what a script may touch
 
+#include <gmock/gmock.h>
+
 #include "folder.hpp"
 
 namespace hvm::testing {
 namespace {
+
+using ::testing::AnyOf;
+using ::testing::Eq;
+using ::testing::HasSubstr;
 
 TEST(ReadText, GivesTheWholeFile) {
   expect_of_file("print(read_text(\"DIR/f\"))",
@@ -119,7 +125,8 @@ TEST(FileFunctions, WithoutMemoryInTheKernel_FailAndLeaveNothingBehind) {
         EXPECT_EQ(output, "");
         break;
       }
-      EXPECT_EQ(output, "!out of memory") << nth;
+      // The interpreter makes nil of a string that it cannot copy; then the function gets no path or text.
+      EXPECT_THAT(output, AnyOf(Eq("!out of memory"), HasSubstr("it takes a string, not nil"))) << nth;
       failures += output == "!out of memory";
     }
     EXPECT_GT(failures, 0) << script;
