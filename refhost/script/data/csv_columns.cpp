@@ -7,14 +7,14 @@
 #include <cstring>
 #include <utility>
 
-#include "script/data/cell_number.hpp"
-#include "script/data/table_building.hpp"
 #include "script/syntax/string_literals.hpp"
+#include "script/text/integer_value.hpp"
+#include "script/text/number_reading.hpp"
 
 namespace hvm {
 namespace {
 
-using Kind = CellNumber::Kind;
+using Kind = SpelledNumber::Kind;
 
 constexpr std::size_t most_quoted = 40;  // bytes of a cell in a message
 
@@ -27,7 +27,7 @@ std::string quoted(std::string_view cell) {
 
 [[noreturn]] void fail_beyond_range(const CsvReader& reader, std::size_t row, std::size_t position,
                                     std::string_view cell) {
-  reader.fail_at(row, position, fmt::format("{} is beyond the range of a real", quoted(cell)));
+  reader.fail_at(row, position, fmt::format("{} is beyond the range of 64-bit floating-point numbers", quoted(cell)));
 }
 
 // ---- Columns
@@ -75,7 +75,7 @@ std::optional<ColumnNumbers> numbers_of(const ColumnTexts& texts, std::size_t ro
   std::optional<std::pair<std::size_t, std::string_view>> beyond_range;
   numbers.reals.reserve(rows);
   const bool are_numbers = texts.each([&](std::size_t row, std::string_view cell) {
-    const CellNumber number = number_in(cell);
+    const SpelledNumber number = spelled_number(cell);
     if (number.kind == Kind::beyond_range && !beyond_range) beyond_range.emplace(row, cell);
     numbers.are_integers = numbers.are_integers && number.kind == Kind::integer;
     numbers.reals.push_back(number.real);
@@ -87,21 +87,21 @@ std::optional<ColumnNumbers> numbers_of(const ColumnTexts& texts, std::size_t ro
 }
 
 Value column_of(const ColumnTexts& texts, std::size_t rows, const CsvReader& reader) {
-  Value column = new_table();
+  Value column = Value::table();
   HostHash* table = table_of(column.record());
   const auto fill = [&](auto value_of) {
-    texts.each([&](std::size_t row, std::string_view cell) {
-      put(table, row, value_of(cell));
+    texts.each([&](std::size_t, std::string_view cell) {
+      append_entry(table, value_of(cell).record());
       return true;
     });
   };
   const auto numbers = numbers_of(texts, rows, reader);
   if (!numbers)
-    fill([](std::string_view cell) { return new_text(cell); });
+    fill([](std::string_view cell) { return Value(cell); });
   else if (numbers->are_integers)
-    fill([](std::string_view cell) { return integer_of(number_in(cell).integer); });
+    fill([](std::string_view cell) { return integer_value(spelled_number(cell).integer); });
   else
-    for (std::size_t row = 0; row < rows; ++row) put_real(table, row, numbers->reals[row]);
+    for (const double x : numbers->reals) append_entry(table, Value(x).record());
   return column;
 }
 
@@ -116,16 +116,16 @@ class ColumnSink : public CsvSink {
 
   /// The table of the columns. Their texts are freed one by one as the tables grow.
   Value columns(CsvReader& reader) {
-    Value result = new_table();
+    Value result = Value::table();
     HostHash* table = table_of(result.record());
     for (std::size_t i = 0; i < columns_.size(); ++i) {
       reader.progress().parts("column", i + 1, columns_.size());
       const ColumnTexts texts = std::move(columns_[i]);
-      Value column = column_of(texts, rows_, reader);
+      const Value column = column_of(texts, rows_, reader);
       if (texts.column().name.empty())
-        put(table, texts.column().position, std::move(column));
+        set_entry(table, static_cast<int>(texts.column().position), column.record());
       else
-        put(table, texts.column().name, std::move(column));
+        set_entry(table, texts.column().name, column.record());
     }
     return result;
   }
@@ -148,7 +148,7 @@ class NumberSink : public CsvSink {
   }
 
   void cell(std::size_t column, std::string_view text) override {
-    const CellNumber number = number_in(text);
+    const SpelledNumber number = spelled_number(text);
     const std::size_t position = columns_[column].position;
     if (number.kind == Kind::none)
       reader_.fail_at(numbers_.rows, position, fmt::format("{} is not a number", quoted(text)));

@@ -10,9 +10,9 @@
 #include <new>
 #include <unordered_map>
 
-#include "script/data/cell_number.hpp"
 #include "script/data/data_error.hpp"
 #include "script/syntax/string_literals.hpp"
+#include "script/text/number_reading.hpp"
 #include "script/text/number_text.hpp"
 
 namespace hvm {
@@ -247,8 +247,8 @@ class CsvReader::Parser {
 
   void require_names_in_header() const {
     const bool are_numbers = std::all_of(first_.begin(), first_.end(), [](const std::string& text) {
-      const auto kind = number_in(text).kind;
-      return kind != CellNumber::Kind::none && kind != CellNumber::Kind::missing;
+      const auto kind = spelled_number(text).kind;
+      return kind != SpelledNumber::Kind::none && kind != SpelledNumber::Kind::empty;
     });
     if (are_numbers)
       input_.fail(

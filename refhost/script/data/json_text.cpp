@@ -37,8 +37,7 @@ void append_escaped(std::string& out, char c) {
 bool needs_escape(char c) { return static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\'; }
 
 void append_string(std::string& out, std::string_view text) {
-  if (first_invalid_utf8(text) != std::string_view::npos)
-    throw DataError("a string is not valid UTF-8");
+  if (first_invalid_utf8(text) != std::string_view::npos) throw DataError("a string is not valid UTF-8");
   out += '"';
   std::size_t done = 0;
   for (std::size_t i = 0; i < text.size(); ++i) {

@@ -11,8 +11,8 @@
 
 #include "script/data/data_error.hpp"
 #include "script/data/json_limits.hpp"
-#include "script/data/table_building.hpp"
 #include "script/syntax/unicode.hpp"
+#include "script/text/integer_value.hpp"
 
 namespace hvm {
 namespace {
@@ -27,7 +27,8 @@ namespace {
 
 /// What the library says, without its own words for the place in front and the text that it read last behind.
 std::string_view cause_in(std::string_view message) {
-  if (message.find("number overflow") != std::string_view::npos) return "the number is beyond the range of a real";
+  if (message.find("number overflow") != std::string_view::npos)
+    return "the number is beyond the range of 64-bit floating-point numbers";
   message = message.substr(0, message.find("; last read: "));
   // `[json.exception.parse_error.101] parse error at line 1, column 3: syntax error while parsing value - cause`
   for (const std::string_view behind : {": ", " - "}) {
@@ -46,16 +47,12 @@ class ValueBuilder : public nlohmann::json_sax<nlohmann::json> {
 
   bool null() override { return add(Value()); }
   bool boolean(bool x) override { return add(Value(x ? 1 : 0)); }
-  bool number_integer(number_integer_t x) override { return add(integer_of(x)); }
+  bool number_integer(number_integer_t x) override { return add(integer_value(x)); }
   bool number_unsigned(number_unsigned_t x) override {
-    return add(x <= INT64_MAX ? integer_of(static_cast<std::int64_t>(x)) : Value(static_cast<double>(x)));
+    return add(x <= INT64_MAX ? integer_value(static_cast<std::int64_t>(x)) : Value(static_cast<double>(x)));
   }
-  bool number_float(number_float_t x, const string_t&) override {
-    if (open_.empty() || !open_.back().is_list) return add(Value(x));
-    put_real(open_.back().table, open_.back().count++, x);
-    return true;
-  }
-  bool string(string_t& text) override { return add(new_text(text)); }
+  bool number_float(number_float_t x, const string_t&) override { return add(Value(x)); }
+  bool string(string_t& text) override { return add(Value(text)); }
   bool binary(binary_t&) override { return false; }  // there is none in text
 
   bool start_object(std::size_t) override { return open(false); }
@@ -76,18 +73,16 @@ class ValueBuilder : public nlohmann::json_sax<nlohmann::json> {
   struct Open {
     HostHash* table;  // the value that holds it lives as long as `result_`
     bool is_list;
-    std::size_t count = 0;
     std::string key = {};
   };
 
-  bool add(Value value) {
-    if (open_.empty()) {
-      result_ = std::move(value);
-    } else if (open_.back().is_list) {
-      put(open_.back().table, open_.back().count++, std::move(value));
-    } else {
-      put(open_.back().table, open_.back().key, std::move(value));
-    }
+  bool add(const Value& value) {
+    if (open_.empty())
+      result_ = value;
+    else if (open_.back().is_list)
+      append_entry(open_.back().table, value.record());
+    else
+      set_entry(open_.back().table, open_.back().key, value.record());
     return true;
   }
 
@@ -95,10 +90,9 @@ class ValueBuilder : public nlohmann::json_sax<nlohmann::json> {
     if (open_.size() >= deepest_json)
       fail_at(text_, static_cast<std::size_t>(at_ - text_.data()) - 1,
               fmt::format("the text nests deeper than {} levels", deepest_json));
-    Value table = new_table();
-    HostHash* inner = table_of(table.record());
-    add(std::move(table));
-    open_.push_back({inner, is_list});
+    const Value table = Value::table();
+    add(table);
+    open_.push_back({table_of(table.record()), is_list});
     return true;
   }
 

@@ -10,10 +10,10 @@
 #include "script/data/json_text.hpp"
 #include "script/data/json_values.hpp"
 #include "script/data/output_file.hpp"
-#include "script/data/table_building.hpp"
 #include "script/data/text_input.hpp"
 #include "script/library/arguments.hpp"
 #include "script/library/options.hpp"
+#include "script/syntax/diagnostics.hpp"
 #include "script/syntax/string_literals.hpp"
 #include "script/text/number_text.hpp"
 #include "script/text/value_kinds.hpp"
@@ -53,7 +53,7 @@ Value read_text(const BuiltinCall& call) {
     TextInput input(path);
     std::string text;
     for (std::string_view part = input.next(); !part.empty(); part = input.next()) text += part;
-    return new_text(text);
+    return Value(text);
   });
 }
 
@@ -67,21 +67,20 @@ Value read_lines(const BuiltinCall& call) {
   const std::string path = input_path(call);
   return with_data(call, [&] {
     TextInput input(path);
-    Value lines = new_table();
+    Value lines = Value::table();
     HostHash* table = table_of(lines.record());
     std::string begun;  // a line that goes on in the next part
-    std::size_t count = 0;
     for (std::string_view part = input.next(); !part.empty(); part = input.next()) {
       for (std::size_t end = part.find('\n'); end != std::string_view::npos; end = part.find('\n')) {
         const std::string_view rest = part.substr(0, end);
         part.remove_prefix(end + 1);
         if (!begun.empty()) begun += rest;
-        put(table, count++, new_text(without_return(begun.empty() ? rest : begun)));
+        append_entry(table, Value(without_return(begun.empty() ? rest : begun)).record());
         begun.clear();
       }
       begun += part;
     }
-    if (!begun.empty()) put(table, count, new_text(without_return(begun)));
+    if (!begun.empty()) append_entry(table, Value(without_return(begun)).record());
     return lines;
   });
 }
@@ -297,7 +296,7 @@ Value to_json(const BuiltinCall& call) {
     if (!text) call.fail(fmt::format("{} has no form in JSON", kind_in_words(object)));
     out += *text;
   };
-  return with_data(call, [&] { return new_text(json_text(call.arguments[0], indent, append_object)); });
+  return with_data(call, [&] { return Value(json_text(call.arguments[0], indent, append_object)); });
 }
 
 // clang-format off

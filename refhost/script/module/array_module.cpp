@@ -240,13 +240,11 @@ Value double_matrix(const ModuleCaller& caller, const ModuleFunctions& module, s
   std::vector<Value> place{Value(static_cast<int>(rows)), Value(static_cast<int>(columns))};
   Value matrix = call_function(caller, "xzeros", zeros, place);
   if (!matrix.is_object()) throw Failure("the module made no array");
-  // The same records serve every element: making them anew takes longer than the module does.
-  Value element(0.0);
   for (std::size_t row = 0; row < rows; ++row) {
-    arrayfold::store<std::int32_t>(place[0].record().payload, static_cast<std::int32_t>(row));
+    place[0] = Value(static_cast<int>(row));
     for (std::size_t column = 0; column < columns; ++column) {
-      arrayfold::store<std::int32_t>(place[1].record().payload, static_cast<std::int32_t>(column));
-      arrayfold::store<double>(element.record().payload, next());
+      place[1] = Value(static_cast<int>(column));
+      Value element(next());
       if (!write_element(caller, matrix, place, element)) throw Failure("the module's array takes no element");
     }
   }

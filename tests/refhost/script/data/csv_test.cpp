@@ -128,8 +128,7 @@ TEST(ReadCsv, WrongFiles_AreErrorsWithTheirPlace) {
         "!read_csv: DIR/f: row 1, column 2 (line 2): a quotation mark stands inside a cell "
         "that does not begin with one"},
        {"a,b\n1,2\n\n1,1e999\n",
-        "!read_csv: DIR/f: row 2, column 2 (line 4): \"1e999\" is beyond the range of "
-        "a real"},
+        "!read_csv: DIR/f: row 2, column 2 (line 4): \"1e999\" is beyond the range of 64-bit floating-point numbers"},
        {"a,b\n1,\xFF\n", "!read_csv: DIR/f: line 2: the bytes are not valid UTF-8"},
        {std::string("a,b\n\0,2\n", 8), "!read_csv: DIR/f: line 2: a byte is 0: the file does not hold text"}});
 }
@@ -138,8 +137,8 @@ TEST(ReadCsvArray, NeedsNumbersInEveryCell) {
   expect_of_file("read_csv_array(\"DIR/f\")",
                  {{"a,b\n1,2\n3,x\n", "!read_csv_array: DIR/f: row 2, column 2 (line 3): \"x\" is not a number"},
                   {"a\n1e999\n",
-                   "!read_csv_array: DIR/f: row 1, column 1 (line 2): \"1e999\" is beyond the range of a "
-                   "real"},
+                   "!read_csv_array: DIR/f: row 1, column 1 (line 2): \"1e999\" is beyond the range of 64-bit "
+                   "floating-point numbers"},
                   {"a\n" + std::string(50, 'y'),
                    "!read_csv_array: DIR/f: row 1, column 1 (line 2): "
                    "\"yyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyy\"... is not a number"},

@@ -70,7 +70,7 @@ TEST(ParseJson, Errors_HaveLineAndColumn) {
       {"[1] ]", "line 1, column 5: unexpected ']'; expected end of input"},
       {"01", "line 1, column 2: unexpected number literal; expected end of input"},
       {"NaN", "line 1, column 1: invalid literal"},
-      {"1e999", "line 1, column 5: the number is beyond the range of a real"},
+      {"1e999", "line 1, column 5: the number is beyond the range of 64-bit floating-point numbers"},
       {"\"a", "line 1, column 3: invalid string: missing closing quote"},
       {"\"\\x\"", "line 1, column 3: invalid string: forbidden character after backslash"},
       {"\"\\ud800\"", "line 1, column 8: invalid string: surrogate U+D800..U+DBFF must be followed by U+DC00..U+DFFF"},

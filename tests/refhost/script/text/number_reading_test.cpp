@@ -1,6 +1,6 @@
-// refhost/script/data/cell_number_test.cpp: the numbers that cells spell
+// refhost/script/text/number_reading_test.cpp: the numbers that texts spell
 
-#include "script/data/cell_number.hpp"
+#include "script/text/number_reading.hpp"
 
 #include <gtest/gtest.h>
 
@@ -10,11 +10,11 @@
 namespace hvm {
 namespace {
 
-using Kind = CellNumber::Kind;
+using Kind = SpelledNumber::Kind;
 
-TEST(CellNumber, TellsIntegersRealsTextAndWhatIsMissing) {
+TEST(NumberReading, TellsIntegersRealsTextAndNoNumbers) {
   struct Row {
-    const char* cell;
+    const char* text;
     Kind kind;
     double real;
   };
@@ -25,7 +25,7 @@ TEST(CellNumber, TellsIntegersRealsTextAndWhatIsMissing) {
                          {" \t42 ", Kind::integer, 42},
                          {"007", Kind::integer, 7},
                          {"9223372036854775807", Kind::integer, 9223372036854775807.0},
-                         {"9223372036854775808", Kind::real, 9223372036854775808.0},
+                         {"9223372036854775808", Kind::wide_integer, 9223372036854775808.0},
                          {"1.5", Kind::real, 1.5},
                          {"+1.5", Kind::real, 1.5},
                          {".5", Kind::real, 0.5},
@@ -50,25 +50,29 @@ TEST(CellNumber, TellsIntegersRealsTextAndWhatIsMissing) {
                          {"1e", Kind::none, 0},
                          {"nan(1)", Kind::none, 0},
                          {"1_000", Kind::none, 0}}) {
-    const CellNumber number = number_in(row.cell);
-    EXPECT_EQ(number.kind, row.kind) << row.cell;
-    EXPECT_EQ(number.real, row.real) << row.cell;
+    const SpelledNumber number = spelled_number(row.text);
+    EXPECT_EQ(number.kind, row.kind) << row.text;
+    if (row.kind == Kind::none) {
+      EXPECT_TRUE(std::isnan(number.real)) << row.text;
+    } else {
+      EXPECT_EQ(number.real, row.real) << row.text;
+    }
   }
-  for (const char* cell : {"", " ", "\t"}) EXPECT_EQ(number_in(cell).kind, Kind::missing) << cell;
-  for (const char* cell : {"nan", "NaN", "-nan", ""}) EXPECT_TRUE(std::isnan(number_in(cell).real)) << cell;
+  for (const char* text : {"", " ", "\t"}) EXPECT_EQ(spelled_number(text).kind, Kind::empty) << text;
+  for (const char* text : {"nan", "NaN", "-nan", ""}) EXPECT_TRUE(std::isnan(spelled_number(text).real)) << text;
 }
 
-TEST(CellNumber, MinusZeroKeepsItsSignAsAReal) {
-  EXPECT_TRUE(std::signbit(number_in("-0").real));
-  EXPECT_TRUE(std::signbit(number_in("-0.0").real));
-  EXPECT_FALSE(std::signbit(number_in("0").real));
+TEST(NumberReading, MinusZeroKeepsItsSignAsAReal) {
+  EXPECT_TRUE(std::signbit(spelled_number("-0").real));
+  EXPECT_TRUE(std::signbit(spelled_number("-0.0").real));
+  EXPECT_FALSE(std::signbit(spelled_number("0").real));
 }
 
-TEST(CellNumber, LongDigits_AreJudgedByTheirValue) {
-  EXPECT_EQ(number_in("1" + std::string(400, '0')).kind, Kind::beyond_range);
-  EXPECT_EQ(number_in("1" + std::string(400, '0') + "e-400").real, 1);
-  EXPECT_EQ(number_in("0." + std::string(400, '0') + "1").real, 0);
-  EXPECT_EQ(number_in(std::string(400, '0') + "1").integer, 1);
+TEST(NumberReading, LongDigits_AreJudgedByTheirValue) {
+  EXPECT_EQ(spelled_number("1" + std::string(400, '0')).kind, Kind::beyond_range);
+  EXPECT_EQ(spelled_number("1" + std::string(400, '0') + "e-400").real, 1);
+  EXPECT_EQ(spelled_number("0." + std::string(400, '0') + "1").real, 0);
+  EXPECT_EQ(spelled_number(std::string(400, '0') + "1").integer, 1);
 }
 
 }  // namespace
