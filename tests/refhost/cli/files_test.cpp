@@ -110,6 +110,22 @@ TEST(Files, LargerThanTheMemory_AreErrors) {
   EXPECT_EQ(run_toy({"-e", "print(read_text(" + quoted(old) + "))"}).out, "old\n");
 }
 
+// ---- Room
+
+TEST(Files, WithoutRoom_StayAsTheyWere) {
+  const Workplace place;
+  const std::string path = place.write("folder/f", "old");
+  Conditions conditions;
+  conditions.file_size = 100'000;
+  const Outcome outcome = run_toy(
+      {"-e", "s = \"0123456789\"; for i in range(20) do s += s end; write_text(" + quoted(path) + ", s)"}, conditions);
+  EXPECT_EQ(outcome.status, 1) << outcome.signal;
+  EXPECT_THAT(outcome.err, HasSubstr("write_text: " + path + ": File too large"));
+  EXPECT_EQ(run_toy({"-e", "print(read_text(" + quoted(path) + "))"}).out, "old\n");
+  const std::filesystem::directory_iterator files(std::filesystem::path(path).parent_path());
+  EXPECT_EQ(std::distance(begin(files), end(files)), 1);
+}
+
 // ---- Arrays of the module
 
 TEST(Files, HoldArrays) {

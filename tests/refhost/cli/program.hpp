@@ -35,6 +35,7 @@ struct Conditions {
   Stream out = Stream::file;
   Stream err = Stream::file;
   std::size_t memory = 0;          // of its addresses, in bytes; 0: any
+  std::size_t file_size = 0;       // of a file that it writes, in bytes; 0: any
   bool obeys_permissions = false;  // also when root runs the test
 };
 
