@@ -58,6 +58,8 @@ class Machine {
 
   csv_parser* state() { return &state_; }
   bool is_out_of_memory() { return csv_error(&state_) == CSV_ENOMEM || csv_error(&state_) == CSV_ETOOBIG; }
+  /// Whether the next character begins a row: the library's first state.
+  bool is_between_rows() const { return state_.pstate == 0; }
   /// Whether the cell at which it stopped began with a quotation mark.
   bool is_in_quotes() const { return state_.quoted != 0; }
 
@@ -94,7 +96,7 @@ class CsvReader::Parser {
     const int status = csv_fini(machine_.state(), &Parser::take_cell, &Parser::take_row, this);
     rethrow();
     if (status != 0) fail_here("the quotation marks of this cell do not close");
-    if (!has_columns_) input_.fail(line_ == 1 && !is_row_open_ ? "the file is empty" : "the file has no rows");
+    if (!has_columns_) input_.fail(line_ == 1 ? "the file is empty" : "the file has no rows");
   }
 
   [[noreturn]] void fail_at(std::size_t row, std::size_t position, const std::string& cause) const {
@@ -108,11 +110,11 @@ class CsvReader::Parser {
   void parse_piece(std::string_view piece) {
     if (!is_row_open_) row_line_ = line_;
     if (is_plain_row(piece)) return parse_plain_row(piece);
-    is_row_open_ = is_row_open_ || !is_blank(piece);
     const std::size_t used =
         csv_parse(machine_.state(), piece.data(), piece.size(), &Parser::take_cell, &Parser::take_row, this);
     rethrow();
     if (used < piece.size()) fail_in_cell();
+    is_row_open_ = !machine_.is_between_rows();
     count_lines(piece);
   }
 
@@ -222,7 +224,6 @@ class CsvReader::Parser {
 
   void next_row() {
     cells_ = 0;
-    is_row_open_ = false;
     ++row_line_;  // right where several rows end in one piece: after a carriage return alone
   }
 

@@ -33,8 +33,9 @@ std::string end_of_links(std::string path) {
   for (int i = 0; i < most_links; ++i) {
     const ssize_t length = readlink(path.c_str(), named, sizeof(named));
     if (length < 0) return path;
-    const std::string next(named, static_cast<std::size_t>(length));
-    path = next.front() == '/' ? next : folder_of(path) + next;
+    std::string next = named[0] == '/' ? "" : folder_of(path);
+    next.append(named, static_cast<std::size_t>(length));
+    path = std::move(next);
   }
   errno = ELOOP;
   return {};

@@ -38,7 +38,14 @@ Progress::Progress(const std::string& action, const std::string& file)
   if (is_at_terminal_) front_ = fmt::format("{} {}: ", action, short_name(file));
 }
 
-Progress::~Progress() { clear(); }
+Progress::~Progress() {
+  if (shown_width_ == 0) return;
+  char blank[160];  // not a string: memory may be missing
+  const std::size_t width = std::min(shown_width_, sizeof(blank) - 2);
+  blank[0] = blank[width + 1] = '\r';
+  std::fill_n(blank + 1, width, ' ');
+  put({blank, width + 2});
+}
 
 void Progress::bytes(std::uint64_t done, std::uint64_t total) {
   if (!is_due()) return;
@@ -62,15 +69,6 @@ void Progress::show(const std::string& state) {
   const std::size_t old_width = std::max(shown_width_, line.size());
   shown_width_ = line.size();
   put(fmt::format("\r{:<{}}", line, old_width));
-}
-
-void Progress::clear() {
-  if (shown_width_ == 0) return;
-  char blank[160];  // not a string: memory may be missing
-  const std::size_t width = std::min(shown_width_, sizeof(blank) - 2);
-  blank[0] = blank[width + 1] = '\r';
-  std::fill_n(blank + 1, width, ' ');
-  put({blank, width + 2});
 }
 
 }  // namespace hvm

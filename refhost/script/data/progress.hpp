@@ -28,7 +28,6 @@ class Progress {
 
   bool is_due();
   void show(const std::string& state);
-  void clear();
 
   bool is_at_terminal_;
   std::string front_;

@@ -191,6 +191,26 @@ TEST(ReadCsv, CellsAreTheSameWithQuotationMarksAndWithout) {
   }
 }
 
+// Lines end within chunks of the reader and between them, and so do rows, in the ways of several systems.
+TEST(ReadCsv, CellsAreTheSameWhateverEndsTheirLines) {
+  std::mt19937 random(11);
+  const Folder folder;
+  for (int attempt = 0; attempt < 10; ++attempt) {
+    const std::string ends[] = {"\n", "\r\n", "\r"};
+    const auto kinds = attempt % 2 ? 3 : 1 + random() % 3;
+    std::string plain = "a,b", mixed = plain;
+    while (plain.size() < 600'000) {
+      std::string row = "x" + std::to_string(random());
+      row += random() % 3 ? ",y" : ",\"y\nz\"";
+      plain += "\n" + row;
+      mixed += ends[random() % kinds] + row;
+    }
+    folder.write("plain", plain);
+    folder.write("mixed", mixed + ends[random() % kinds]);
+    EXPECT_EQ(folder.output_of("print(str(read_csv(\"DIR/plain\")) == str(read_csv(\"DIR/mixed\")))"), "1") << attempt;
+  }
+}
+
 TEST(WriteCsv, WritesColumnsUnderTheirNames) {
   const Folder folder;
   const std::pair<const char*, const char*> rows[] = {
