@@ -16,18 +16,9 @@ namespace {
 
 using Kind = SpelledNumber::Kind;
 
-constexpr std::size_t most_quoted = 40;  // bytes of a cell in a message
-
-std::string quoted(std::string_view cell) {
-  if (cell.size() <= most_quoted) return string_literal(cell);
-  std::size_t length = most_quoted;
-  while (length > 0 && (static_cast<unsigned char>(cell[length]) & 0xC0) == 0x80) --length;
-  return string_literal(cell.substr(0, length)) + "...";
-}
-
 [[noreturn]] void fail_beyond_range(const CsvReader& reader, std::size_t row, std::size_t position,
                                     std::string_view cell) {
-  reader.fail_at(row, position, fmt::format("{} is beyond the range of 64-bit floating-point numbers", quoted(cell)));
+  reader.fail_at(row, position, fmt::format("{} is beyond the range of 64-bit floating-point numbers", short_literal(cell)));
 }
 
 // ---- Columns
@@ -151,7 +142,7 @@ class NumberSink : public CsvSink {
     const SpelledNumber number = spelled_number(text);
     const std::size_t position = columns_[column].position;
     if (number.kind == Kind::none)
-      reader_.fail_at(numbers_.rows, position, fmt::format("{} is not a number", quoted(text)));
+      reader_.fail_at(numbers_.rows, position, fmt::format("{} is not a number", short_literal(text)));
     if (number.kind == Kind::beyond_range) fail_beyond_range(reader_, numbers_.rows, position, text);
     row_[column] = number.real;
   }

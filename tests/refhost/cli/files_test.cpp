@@ -76,16 +76,8 @@ TEST(Files, InAFolderThatMayNotBeWritten_AreNotReplaced) {
 
 // ---- Memory
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool takes_all_addresses = true;
-#elif defined(__has_feature)
-constexpr bool takes_all_addresses = __has_feature(address_sanitizer);
-#else
-constexpr bool takes_all_addresses = false;
-#endif
-
 TEST(Files, LargerThanTheMemory_AreErrors) {
-  if (takes_all_addresses) GTEST_SKIP() << "the address sanitizer takes more addresses than the limit";
+  if (is_sanitized) GTEST_SKIP() << "the address sanitizer takes more addresses than the limit";
   const Workplace place;
   std::string csv = "a,b\n";
   while (csv.size() < 30'000'000) csv += "12345.678,text of a cell\n";
