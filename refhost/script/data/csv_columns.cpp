@@ -18,7 +18,8 @@ using Kind = SpelledNumber::Kind;
 
 [[noreturn]] void fail_beyond_range(const CsvReader& reader, std::size_t row, std::size_t position,
                                     std::string_view cell) {
-  reader.fail_at(row, position, fmt::format("{} is beyond the range of 64-bit floating-point numbers", short_literal(cell)));
+  reader.fail_at(row, position,
+                 fmt::format("{} is beyond the range of 64-bit floating-point numbers", short_literal(cell)));
 }
 
 // ---- Columns
