@@ -12,6 +12,7 @@ os.environ["OPENBLAS_NUM_THREADS"] = "1"
 os.environ["OMP_NUM_THREADS"] = "1"
 sys.dont_write_bytecode = True  # no cache files beside the sources
 
+import files
 import measurement
 import peers
 import report
@@ -89,6 +90,11 @@ def compare(cases, ours, chosen):
 
 def main():
     chosen = arguments()
+    with files.folder_beside(chosen.program):
+        return run(chosen)
+
+
+def run(chosen):
     ours = measurement.Ours(chosen.program)
     every_case = list(peers.all_cases())
     check_lists(every_case, ours)

@@ -14,5 +14,6 @@ void add_reductions();
 void add_ordering();
 void add_binning();
 void add_linear_algebra();
+void add_host();
 
 }  // namespace arrayfold::bench

@@ -28,6 +28,7 @@ void add_families() {
   add_ordering();
   add_binning();
   add_linear_algebra();
+  add_host();
 }
 
 int serve_module(const std::string& path) {

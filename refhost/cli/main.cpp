@@ -58,10 +58,14 @@ int run_source(Interpreter& interpreter, const SourcePtr& source) {
   return done;
 }
 
+bool comes_by_standard_input(const Settings& settings) {
+  return !settings.has_code && (settings.rest.empty() || settings.rest.front() == "-");
+}
+
 /// The script that the settings name; null for the REPL.
 SourcePtr chosen_source(const Settings& settings) {
   if (settings.has_code) return std::make_shared<SourceText>("<command line>", settings.code);
-  if (!settings.rest.empty() && settings.rest.front() != "-") return read_script(settings.rest.front());
+  if (!comes_by_standard_input(settings)) return read_script(settings.rest.front());
   if (settings.rest.empty() && isatty(STDIN_FILENO)) return nullptr;
   return read_standard_input();
 }
@@ -74,7 +78,8 @@ int run_scripts(const Settings& settings, const Module& module) {
   Interpreter interpreter(
       module.functions,
       {!settings.is_unchecked, [](const std::string& text, const SourceText&, std::size_t) { put(text + "\n"); },
-       [](const std::string& warning) { put_error({warning}); }});
+       [](const std::string& warning) { put_error({warning}); },
+       comes_by_standard_input(settings) ? FileAccess::without_standard_input : FileAccess::all});
   interpreter.set_global("args", arguments_table(arguments));
   try {
     if (source) return run_source(interpreter, source);

@@ -22,6 +22,7 @@ namespace {
 void prepare_streams() noexcept {
   std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
   signal(SIGPIPE, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);
 }
 
 void put(std::string_view text) {

@@ -16,8 +16,8 @@ class OutputError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// Makes each line go out at once, so that none is lost when a module ends the process. A pipe without a reader becomes
-/// an error of writing instead of a signal that ends the process.
+/// Makes each line go out at once, so that none is lost when a module ends the process. A pipe without a reader and a
+/// file that may not grow become errors of writing instead of signals that end the process.
 void prepare_streams() noexcept;
 
 /// Writes text to the standard output. Throws `OutputError`.

@@ -5,8 +5,8 @@
 // plugin.cpp, which stands above all and names the callbacks. The library's linear algebra is included in one header,
 // which fixes its order.
 //
-// In the reference host: cli -> the folders of script -> kernel; run -> library -> module -> text -> syntax. Of the
-// module it sees the two headers of the contract and nothing else.
+// In the reference host: cli -> the folders of script -> kernel; run -> library -> module, data -> text -> syntax.
+// Of the module it sees the two headers of the contract and nothing else.
 
 #include <filesystem>
 #include <fstream>
@@ -131,7 +131,8 @@ const std::map<std::string, std::set<std::string>> host_arrows = {
     {"script/syntax", {}},
     {"script/text", {"kernel", "script/syntax"}},
     {"script/module", {"kernel", "script/syntax", "script/text"}},
-    {"script/library", {"kernel", "script/syntax", "script/text", "script/module"}},
+    {"script/data", {"kernel", "script/syntax", "script/text"}},
+    {"script/library", {"kernel", "script/syntax", "script/text", "script/module", "script/data"}},
     {"script/run", {"kernel", "script/syntax", "script/text", "script/module", "script/library"}},
     {"cli", {"kernel", "script/syntax", "script/text", "script/module", "script/library", "script/run"}},
 };

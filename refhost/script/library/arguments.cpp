@@ -50,6 +50,4 @@ const HostValue& key_argument(const BuiltinCall& call, std::size_t i) {
   return key.record();
 }
 
-Value integer_value(std::int64_t x) noexcept { return fits_32_bits(x) ? Value(static_cast<int>(x)) : Value(x); }
-
 }  // namespace hvm

@@ -30,7 +30,4 @@ HostHash* table_argument(const BuiltinCall& call, std::size_t i);
 /// A key of a table.
 const HostValue& key_argument(const BuiltinCall& call, std::size_t i);
 
-/// An integer as a value: an `int` when it fits in 32 bits, otherwise an `int64`.
-Value integer_value(std::int64_t x) noexcept;
-
 }  // namespace hvm

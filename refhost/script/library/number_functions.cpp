@@ -11,7 +11,6 @@
 
 #include "script/library/arguments.hpp"
 #include "script/syntax/string_literals.hpp"
-#include "script/syntax/unicode.hpp"
 #include "script/text/value_kinds.hpp"
 
 namespace hvm {
@@ -19,17 +18,10 @@ namespace {
 
 // ---- Conversions
 
-/// The start of a text, for messages.
-std::string quoted(std::string_view text) {
-  constexpr std::size_t longest = 40;
-  const std::size_t end = character_offset(text, longest);
-  return string_literal(text.substr(0, end)) + (end < text.size() ? "..." : "");
-}
-
 Value number(const BuiltinCall& call) {
   const std::string_view text = text_argument(call, 0);
   NumberInText read = number_in(text);
-  if (read.problem) call.fail(fmt::format("{} {}", quoted(text), read.problem));
+  if (read.problem) call.fail(fmt::format("{} {}", short_literal(text), read.problem));
   return std::move(read.value);
 }
 

@@ -3,10 +3,9 @@
 #pragma once
 
 #include <cstdint>
-#include <limits>
 #include <string_view>
 
-#include "kernel/kernel.hpp"
+#include "script/text/integer_value.hpp"
 
 namespace hvm {
 
@@ -35,18 +34,13 @@ inline bool is_less(const Number& a, const Number& b) noexcept {
   return a.is_real() || b.is_real() ? a.exact() < b.exact() : a.whole < b.whole;
 }
 
-inline bool fits_32_bits(std::int64_t x) noexcept {
-  return x >= std::numeric_limits<std::int32_t>::min() && x <= std::numeric_limits<std::int32_t>::max();
-}
-
 /// What a text says as a number.
 struct NumberInText {
   Value value;                    // an int, an int64 when it needs one, or a real; nil when there is no number
   const char* problem = nullptr;  // why there is none: "is not a number"
 };
 
-/// Reads digits with a sign, a point and an exponent, or `nan`, `inf` and `infinity`, with blanks around them. The
-/// user's locale does not matter.
+/// The value of the number that a text spells.
 NumberInText number_in(std::string_view text);
 
 }  // namespace hvm

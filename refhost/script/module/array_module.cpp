@@ -230,6 +230,27 @@ std::optional<std::string> element_text(const ModuleCaller& caller, Value& objec
   return fmt::format("{}", HVM_AsInt64(&record));
 }
 
+Value double_matrix(const ModuleCaller& caller, const ModuleFunctions& module, std::size_t rows, std::size_t columns,
+                    const std::function<double()>& next) {
+  const arrayfold::EntryFunction zeros = module.find("xzeros");
+  if (!zeros) throw Failure("the module has no arrays of doubles");
+  constexpr std::size_t largest_extent = std::numeric_limits<std::int32_t>::max();
+  if (rows > largest_extent || columns > largest_extent)
+    throw Failure(fmt::format("an array cannot have {} rows and {} columns", rows, columns));
+  std::vector<Value> place{Value(static_cast<int>(rows)), Value(static_cast<int>(columns))};
+  Value matrix = call_function(caller, "xzeros", zeros, place);
+  if (!matrix.is_object()) throw Failure("the module made no array");
+  for (std::size_t row = 0; row < rows; ++row) {
+    place[0] = Value(static_cast<int>(row));
+    for (std::size_t column = 0; column < columns; ++column) {
+      place[1] = Value(static_cast<int>(column));
+      Value element(next());
+      if (!write_element(caller, matrix, place, element)) throw Failure("the module's array takes no element");
+    }
+  }
+  return matrix;
+}
+
 std::string described(const ModuleCaller& caller, Value& value) {
   if (!value.is_object()) return kind_in_words(value);
   const auto shape = shape_of(caller, value);

@@ -6,11 +6,13 @@
 
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "script/module/module_calls.hpp"
+#include "script/module/module_functions.hpp"
 #include "script/syntax/tree.hpp"
 #include "script/text/array_layout.hpp"
 
@@ -31,6 +33,10 @@ std::optional<std::string> dump_of(const ModuleCaller& caller, Value& object);
 /// The text of an element as its array shows it, with six significant digits for a floating-point number; no value when
 /// the array does not read it. Throws `Failure`.
 std::optional<std::string> element_text(const ModuleCaller& caller, Value& object, const Extents& position);
+
+/// A new array of doubles with two axes. `next` gives its elements, row by row. Throws `Failure`.
+Value double_matrix(const ModuleCaller& caller, const ModuleFunctions& module, std::size_t rows, std::size_t columns,
+                    const std::function<double()>& next);
 
 /// The value in words for messages: `an int`, `a table`, `$xintarray (2, 3)`.
 std::string described(const ModuleCaller& caller, Value& value);

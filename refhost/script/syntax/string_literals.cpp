@@ -135,4 +135,10 @@ std::string string_literal(std::string_view text) {
   return result + '"';
 }
 
+std::string short_literal(std::string_view text) {
+  constexpr std::size_t longest = 40;
+  const std::size_t end = character_offset(text, longest);
+  return string_literal(text.substr(0, end)) + (end < text.size() ? "..." : "");
+}
+
 }  // namespace hvm

@@ -15,5 +15,7 @@ std::string read_string(const SourceText& text, const SourcePtr& source, std::si
 
 /// `text` as a literal of the language, with its quotation marks.
 std::string string_literal(std::string_view text);
+/// The same of the first characters of `text`, for messages.
+std::string short_literal(std::string_view text);
 
 }  // namespace hvm

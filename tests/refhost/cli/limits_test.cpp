@@ -12,14 +12,6 @@ namespace {
 
 using ::testing::HasSubstr;
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool is_sanitized = true;
-#elif defined(__has_feature)
-constexpr bool is_sanitized = __has_feature(address_sanitizer);
-#else
-constexpr bool is_sanitized = false;
-#endif
-
 /// Runs a script over the module with the arrays. Memory is in bytes; 0: any.
 Outcome run_real(const std::string& script, std::size_t memory = 0) {
   const Workplace place;

@@ -46,6 +46,11 @@ void redirect(Stream stream, const std::string& path, int descriptor) {
   }
 }
 
+void limit(decltype(RLIMIT_AS) resource, std::size_t most) {
+  const rlimit limits = {most, most};
+  if (most > 0 && setrlimit(resource, &limits) != 0) _exit(127);
+}
+
 /// The standard streams are as `conditions` say, the environment has its additions, and hvm takes over.
 [[noreturn]] void become_hvm(const std::vector<std::string>& arguments, const Workplace& place,
                              const Conditions& conditions) {
@@ -61,8 +66,8 @@ void redirect(Stream stream, const std::string& path, int descriptor) {
     prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE, 0, 0, 0);
     prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH, 0, 0, 0);
   }
-  const rlimit memory{conditions.memory, conditions.memory};
-  if (conditions.memory > 0 && setrlimit(RLIMIT_AS, &memory) != 0) _exit(127);
+  limit(RLIMIT_AS, conditions.memory);
+  limit(RLIMIT_FSIZE, conditions.file_size);
   std::vector<char*> words{const_cast<char*>(HVM_PROGRAM)};
   for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
   words.push_back(nullptr);

@@ -9,6 +9,15 @@
 
 namespace hvm::testing {
 
+/// Whether hvm takes all addresses that there are, so that a limit of its memory ends it at once.
+#if defined(__SANITIZE_ADDRESS__)
+inline constexpr bool is_sanitized = true;
+#elif defined(__has_feature)
+inline constexpr bool is_sanitized = __has_feature(address_sanitizer);
+#else
+inline constexpr bool is_sanitized = false;
+#endif
+
 /// How a run ended.
 struct Outcome {
   int status = -1;  // exit status; -1 when a signal ended it
@@ -35,6 +44,7 @@ struct Conditions {
   Stream out = Stream::file;
   Stream err = Stream::file;
   std::size_t memory = 0;          // of its addresses, in bytes; 0: any
+  std::size_t file_size = 0;       // of a file that it writes, in bytes; 0: any
   bool obeys_permissions = false;  // also when root runs the test
 };
 

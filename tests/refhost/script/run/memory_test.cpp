@@ -1,4 +1,4 @@
-// refhost/script/run/memory_test.cpp: scripts that are read and run while memory runs out
+// refhost/script/run/memory_test.cpp: scripts and data that are read, and scripts that run, while memory runs out
 //
 // `operator new` is replaced for the whole program.
 
@@ -12,6 +12,10 @@
 #include <new>
 #include <optional>
 
+#include "script/data/csv_columns.hpp"
+#include "script/data/json_text.hpp"
+#include "script/data/json_values.hpp"
+#include "script/data/output_file.hpp"
 #include "script/library/script_file.hpp"
 #include "script/syntax/names.hpp"
 #include "script_run.hpp"
@@ -205,6 +209,40 @@ TEST(MemoryRunsOut, InTheInterpreter_EndsTheScriptWithAnError) {
 TEST(MemoryRunsOut, InTheHost_EndsTheScriptWithAnError) {
   expect_error_of_each_failure(toy_functions(), every_way, 100, fail_allocation, allocation_has_failed);
   expect_error_of_each_failure(toy_functions(), every_function, 50, fail_allocation, allocation_has_failed);
+}
+
+/// Every allocation of `action` fails once, with a `std::bad_alloc` that leaves nothing behind in the host.
+template <class Action>
+void expect_bad_alloc_everywhere(Action action) {
+  const Counts before = counts();
+  const int failures =
+      fail_each_allocation<std::bad_alloc>(action, [&](const std::bad_alloc&) { EXPECT_TRUE(counts() == before); });
+  EXPECT_GT(failures, 2);
+  EXPECT_TRUE(counts() == before);
+}
+
+TEST(MemoryRunsOut, WhileDataAreReadOrWritten_NothingIsLeftBehind) {
+  const std::string folder = ::testing::TempDir() + "memory-test-of-data/";
+  std::filesystem::create_directory(folder);
+  const std::string path = folder + "a-file-with-a-long-name.csv";
+  std::string csv = "\"a long name of a column\",b\n";
+  for (int row = 0; row < 100; ++row) csv += "\"a cell with a long text\"," + std::to_string(row) + ".5\n";
+  std::ofstream(path) << csv;
+  expect_bad_alloc_everywhere([&] { columns_of_csv(path, {}); });
+  CsvFormat numbers;
+  numbers.chosen = std::vector<ColumnChoice>{std::int64_t{1}};
+  expect_bad_alloc_everywhere([&] { numbers_of_csv(path, numbers); });
+  expect_bad_alloc_everywhere([&] {
+    OutputFile file(path);
+    file.write(csv);
+    file.finish();
+  });
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1);
+  const std::string json = "[[[[[1, 2.5, {\"a key of some length\": \"a text of some length\"}]]]]]";
+  expect_bad_alloc_everywhere([&] { json_value(json); });
+  const Value value = json_value(json);
+  expect_bad_alloc_everywhere([&] { json_text(value, 2, {}); });
+  std::filesystem::remove_all(folder);
 }
 
 }  // namespace
