@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <new>
 #include <sstream>
 
 #include "cli/module_loader.hpp"
@@ -48,16 +49,6 @@ Value arguments_table(const std::vector<std::string>& arguments) {
   return Value::table_of(values);
 }
 
-int run_source(Interpreter& interpreter, const SourcePtr& source) {
-  try {
-    interpreter.run(interpreter.parse(source));
-  } catch (const ScriptError& error) {
-    put_error({error.report()});
-    return script_failed;
-  }
-  return done;
-}
-
 bool comes_by_standard_input(const Settings& settings) {
   return !settings.has_code && (settings.rest.empty() || settings.rest.front() == "-");
 }
@@ -70,7 +61,8 @@ SourcePtr chosen_source(const Settings& settings) {
   return read_standard_input();
 }
 
-int run_scripts(const Settings& settings, const Module& module) {
+/// Runs the script that the settings name, or the prompt. Throws `ScriptError` and `ScriptExit`.
+void run_scripts(const Settings& settings, const Module& module) {
   const SourcePtr source = chosen_source(settings);
   const std::size_t names = settings.has_code || settings.rest.empty() ? 0 : 1;
   const std::vector<std::string> arguments(settings.rest.begin() + static_cast<std::ptrdiff_t>(names),
@@ -81,13 +73,24 @@ int run_scripts(const Settings& settings, const Module& module) {
        [](const std::string& warning) { put_error({warning}); },
        comes_by_standard_input(settings) ? FileAccess::without_standard_input : FileAccess::all});
   interpreter.set_global("args", arguments_table(arguments));
-  try {
-    if (source) return run_source(interpreter, source);
+  if (source)
+    interpreter.run(interpreter.parse(source));
+  else
     run_repl(interpreter);
+}
+
+/// The exit status of what `run_scripts` runs. An error is reported when the variables of the script are gone, since
+/// they may hold all memory.
+int status_of_scripts(const Settings& settings, const Module& module) {
+  try {
+    run_scripts(settings, module);
+    return done;
+  } catch (const ScriptError& error) {
+    put_error({error.report()});
+    return script_failed;
   } catch (const ScriptExit& end) {
     return end.status();
   }
-  return done;
 }
 
 /// Whether everything made since `before` has been freed; reports what has not.
@@ -125,7 +128,7 @@ int run(const Settings& settings) {
   if (settings.lists) return list(module), done;
   if (!settings.test_directory.empty()) return run_tests(settings, module);
   const Counts before = counts();
-  const int status = run_scripts(settings, module);
+  const int status = status_of_scripts(settings, module);
   if (!settings.counts_leaks) return status;
   return report_leaks(before) || status != done ? status : script_failed;
 }
@@ -215,6 +218,9 @@ int guarded_run(int argc, char** argv) noexcept {
     return failed(error, no_module);
   } catch (const FileError& error) {
     return failed(error, wrong_usage);
+  } catch (const std::bad_alloc&) {
+    put_error({"hvm: out of memory\n"});
+    return script_failed;
   } catch (const std::exception& error) {
     return failed(error, script_failed);
   }

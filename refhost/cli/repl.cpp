@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <optional>
 
 #include "cli/streams.hpp"
@@ -55,10 +56,19 @@ class Repl {
     } catch (const ScriptError& error) {
       if (error.is_incomplete()) return;
       finish_input();
-      put_error({error.report()});
+      report(error);
     } catch (const std::bad_alloc&) {
       finish_input();
       put_error({"error: out of memory\n"});
+    }
+  }
+
+  /// The variables stay, and may leave no memory for the place of the error.
+  static void report(const ScriptError& error) {
+    try {
+      put_error({error.report()});
+    } catch (const std::bad_alloc&) {
+      put_error({"error: ", error.message(), "\n"});
     }
   }
 
@@ -84,7 +94,7 @@ class Repl {
     try {
       interpreter_.parse(source());
     } catch (const ScriptError& error) {
-      put_error({error.report()});
+      report(error);
     }
   }
 
