@@ -6,10 +6,10 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
-#include <array>
 #include <limits>
 #include <string_view>
 
+#include "script/module/recent_shapes.hpp"
 #include "script/syntax/diagnostics.hpp"
 #include "script/text/number_text.hpp"
 #include "script/text/value_kinds.hpp"
@@ -148,34 +148,6 @@ std::optional<std::string> kind_of_array(const Value& value) {
 
 namespace {
 
-/// The shapes that objects have given lately. Asking an object costs many times as much as reading an element.
-class RecentShapes {
- public:
-  /// Null when the object has not given its shape, or may have changed it since.
-  const Extents* find(const HostAny* object) noexcept {
-    if (changes_ != module_changes()) return nullptr;
-    const auto found = std::find_if(shapes_.begin(), shapes_.end(), [&](const Shape& x) { return x.object == object; });
-    return found == shapes_.end() ? nullptr : &found->extents;
-  }
-
-  const Extents* keep(const HostAny* object, Extents extents) {
-    if (changes_ != module_changes()) shapes_.fill({});
-    changes_ = module_changes();
-    Shape& oldest = shapes_[next_++ % shapes_.size()];
-    oldest = {object, std::move(extents)};
-    return &oldest.extents;
-  }
-
- private:
-  struct Shape {
-    const HostAny* object = nullptr;
-    Extents extents;
-  };
-  std::array<Shape, 4> shapes_;
-  std::size_t next_ = 0;
-  std::uint64_t changes_ = 0;  // as they were when the shapes were given
-};
-
 std::optional<Extents> asked_shape(const ModuleCaller& caller, Value& object) {
   std::vector<Value> none;
   Value table;
@@ -195,11 +167,10 @@ std::optional<Extents> asked_shape(const ModuleCaller& caller, Value& object) {
 
 /// The extents of an object, valid until the next question; null when it has none.
 const Extents* extents_of(const ModuleCaller& caller, Value& object) {
-  static RecentShapes recent;
   const HostAny* any = object_of(object.record());
-  if (const Extents* known = recent.find(any)) return known;
+  if (const Extents* known = caller.shapes.find(any)) return known;
   auto asked = asked_shape(caller, object);
-  return asked ? recent.keep(any, std::move(*asked)) : nullptr;
+  return asked ? caller.shapes.keep(any, std::move(*asked)) : nullptr;
 }
 
 }  // namespace

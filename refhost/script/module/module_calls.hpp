@@ -25,11 +25,15 @@ using arrayfold::Opcode;
 /// the script.
 using KeptException = std::exception_ptr;
 
-/// From where a module is called: what it receives as its context, and the place of the script.
+class RecentShapes;
+
+/// From where a module is called: what it receives as its context, the place of the script, and what is known of its
+/// objects.
 struct ModuleCaller {
   HostContext ctx;
   const SourceText* source;
   std::size_t offset;
+  RecentShapes& shapes;
   KeptException* kept = nullptr;
 };
 

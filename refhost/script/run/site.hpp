@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "script/module/module_calls.hpp"
+#include "script/module/recent_shapes.hpp"
 #include "script/syntax/diagnostics.hpp"
 
 namespace hvm {
@@ -18,7 +19,7 @@ class Site {
 
   const SourcePtr& source() const { return source_; }
   /// What a call of the module from `span` needs to know.
-  ModuleCaller caller(Span span) { return {context_, source_.get(), span.begin, &kept_}; }
+  ModuleCaller caller(Span span) { return {context_, source_.get(), span.begin, shapes_, &kept_}; }
   /// The first exception in the calls out of the running module.
   KeptException& kept() { return kept_; }
 
@@ -39,6 +40,7 @@ class Site {
 
   HostContext context_;
   SourcePtr source_;
+  RecentShapes shapes_;
   KeptException kept_;
 };
 

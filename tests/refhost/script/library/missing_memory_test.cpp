@@ -5,6 +5,7 @@
 #include <new>
 
 #include "script/library/builtins.hpp"
+#include "script/module/recent_shapes.hpp"
 #include "script/text/printer.hpp"
 #include "script_run.hpp"
 
@@ -19,7 +20,8 @@ std::string text_of_result(const Value& result) {
 Value result_of(const char* name, std::vector<Value> arguments) {
   const SourceText source("test.hvm", "");
   const Context context;
-  const ModuleCaller caller{context.handle(), &source, 0};
+  RecentShapes shapes;
+  const ModuleCaller caller{context.handle(), &source, 0, shapes};
   const ArrayChecks checks(true);
   const PrintLine print;
   return call_builtin(*find_builtin(name), {caller, {}, toy_functions(), checks, print, FileAccess::all, arguments});
