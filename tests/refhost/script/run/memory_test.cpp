@@ -138,6 +138,7 @@ print(format("{:>40} {:<40.3f} {:+d} {}", text[:30], 2.5, 3, [1, [2.5, text]]), 
 append(t, text, [u], w); removed = remove(t, 3)
 rows = [["k": "b" * 20, "n": 2], ["k": w, "n": 1], ["k": "a" * 20, "n": 3]]
 print(keys(rows[0]), values(rows[0]), sort(rows, "k")[0], sort(["b", w, "a"]), removed, has(t, w))
+print(to_json([rows[0], 2.5, nil], 2), parse_json("{\"a key of some length\": [1, \"a text, \\u00e9\"]}"))
 print(min([3, 1, 2]), max(1, 2.5), number(" 1.5e3 "), round(2.567, 2), type(text), range(3, 40), len(w))
 )";
 
