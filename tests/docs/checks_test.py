@@ -10,7 +10,7 @@ import extract_blocks
 import function_pages
 
 PROJECT = pathlib.Path(sys.argv.pop(1))
-USED = ["plugin/host/functions.def", "docs", "tests/scripts"]
+USED = ["plugin/host/functions.def", "refhost/script/library/arrays.hvm", "docs", "tests/scripts"]
 
 
 class ExtractBlocks(unittest.TestCase):
@@ -34,15 +34,17 @@ class ExtractBlocks(unittest.TestCase):
     def test_pages_of_every_folder_are_read_and_old_scripts_go(self):
         with tempfile.TemporaryDirectory() as folder:
             root = pathlib.Path(folder)
-            (root / "docs" / "functions").mkdir(parents=True)
-            for page in ("README.md", "docs/guide.md", "docs/functions/xone.md"):
+            for pages in ("docs/functions", "docs/library"):
+                (root / pages).mkdir(parents=True)
+            for page in ("README.md", "docs/guide.md", "docs/functions/xone.md", "docs/library/one.md"):
                 (root / page).write_text("```hvm\nprint(1)\n```\n```text\nnot run\n```\n")
             output = root / "out"
             output.mkdir()
             (output / "old.hvm").write_text("fail()")
-            self.assertEqual(extract_blocks.extract(root, output), (3, []))
+            self.assertEqual(extract_blocks.extract(root, output), (4, []))
             names = sorted(str(path.relative_to(output)) for path in output.rglob("*.hvm"))
-            self.assertEqual(names, ["README-line-2.hvm", "docs/functions/xone-line-2.hvm", "docs/guide-line-2.hvm"])
+            self.assertEqual(names, ["README-line-2.hvm", "docs/functions/xone-line-2.hvm", "docs/guide-line-2.hvm",
+                                     "docs/library/one-line-2.hvm"])
 
 
 class FunctionPages(unittest.TestCase):
@@ -133,6 +135,19 @@ class FunctionPages(unittest.TestCase):
     def test_a_page_of_nothing_is_noticed(self):
         self.page.with_name("xnothing.md").write_text("# xnothing\n")
         self.assert_faulty("xnothing.md: is of nothing that is served")
+
+    def test_a_missing_page_or_script_of_the_library_is_noticed(self):
+        (self.root / "docs/library/column.md").unlink()
+        (self.root / "tests/scripts/library/column.hvm").unlink()
+        self.assert_faulty("library/column.md: there is no such page")
+        self.assert_faulty("0 scripts column.hvm")
+
+    def test_a_new_function_of_the_library_without_a_page_is_noticed(self):
+        library = self.root / "refhost/script/library/arrays.hvm"
+        library.write_text(library.read_text() + "\nfn arrays_other(a)\nend\n\nfn other(a)\nend\n")
+        self.assert_faulty("library/other.md: there is no such page")
+        faults = "\n".join(function_pages.faults_of_project(self.root))
+        self.assertNotIn("arrays_other", faults)
 
 
 if __name__ == "__main__":

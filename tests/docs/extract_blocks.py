@@ -24,7 +24,7 @@ class Block(NamedTuple):
 
 def pages_of(project):
     """The pages whose blocks run."""
-    for pattern in ("*.md", "docs/*.md", "docs/functions/*.md"):
+    for pattern in ("*.md", "docs/*.md", "docs/functions/*.md", "docs/library/*.md"):
         yield from sorted(project.glob(pattern))
 
 

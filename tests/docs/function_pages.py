@@ -1,9 +1,11 @@
-# tests/docs/function_pages.py: every function has its page and its script, and every page its form
+# tests/docs/function_pages.py: every function of the module and of the library has its page and its script, and every
+# page its form
 #
 # Usage: function_pages.py PROJECT_DIRECTORY
 #
 # hvm takes its help from the pages, so their form is fixed: the name, one sentence, and six sections in their order. A
-# function counts from the moment that its row in functions.def is `working` or `stub`.
+# function counts from the moment that its row in functions.def is `working` or `stub`. In the library arrays.hvm every
+# fn counts, except those whose names begin with `arrays_`.
 
 import pathlib
 import re
@@ -13,6 +15,7 @@ from extract_blocks import blocks_of
 
 SECTIONS = ["Synopsis", "Arguments", "Result", "Refusals and errors", "Examples", "See also"]
 ROW = re.compile(r"^FUNCTION\((\w+),\s*(\w+),\s*\d+,\s*(\w+)\)", re.MULTILINE)
+FN = re.compile(r"^fn (?!arrays_)(\w+)\(", re.MULTILINE)
 METHODS = ["dump", "shape", "reshape"]
 OPERATORS = {
     "add": " + ",
@@ -83,19 +86,8 @@ def faults_of_script(scripts, family, name, call):
         yield f"{found[0]}: expects nothing"
 
 
-def faults_of_project(project):
-    pages = project / "docs" / "functions"
-    scripts = project / "tests" / "scripts"
-    rows = rows_of((project / "plugin" / "host" / "functions.def").read_text())
-    served = {name: family for name, family, status in rows if status in ("working", "stub")}
-    if not served:
-        yield "functions.def: no function is served"
-    titles = {f"{name}.md": name for name in served}
-    titles.update({f"method-{name}.md": name for name in METHODS})
-    titles.update({f"operator-{name}.md": name for name in OPERATORS})
-    titles["element-access.md"] = "element access"
-    titles.update({f"callback-{name}.md": name for name in CALLBACKS})
-
+def faults_of_pages(pages, titles):
+    """A page for each title, with a link in the index, and no other page."""
     index = pages / "README.md"
     linked = set(LINK.findall(index.read_text())) if index.is_file() else set()
     for file, title in titles.items():
@@ -111,6 +103,30 @@ def faults_of_project(project):
         if page.name not in titles and page.name != "README.md":
             yield f"{page}: is of nothing that is served"
 
+
+def faults_of_library(project):
+    names = FN.findall((project / "refhost" / "script" / "library" / "arrays.hvm").read_text())
+    if not names:
+        yield "arrays.hvm: defines no function"
+    yield from faults_of_pages(project / "docs" / "library", {f"{name}.md": name for name in names})
+    for name in names:
+        yield from faults_of_script(project / "tests" / "scripts", "library", name, f"{name}(")
+
+
+def faults_of_module(project):
+    pages = project / "docs" / "functions"
+    scripts = project / "tests" / "scripts"
+    rows = rows_of((project / "plugin" / "host" / "functions.def").read_text())
+    served = {name: family for name, family, status in rows if status in ("working", "stub")}
+    if not served:
+        yield "functions.def: no function is served"
+    titles = {f"{name}.md": name for name in served}
+    titles.update({f"method-{name}.md": name for name in METHODS})
+    titles.update({f"operator-{name}.md": name for name in OPERATORS})
+    titles["element-access.md"] = "element access"
+    titles.update({f"callback-{name}.md": name for name in CALLBACKS})
+
+    yield from faults_of_pages(pages, titles)
     for name, family in served.items():
         yield from faults_of_script(scripts, family, name, f"{name}(")
     for name in METHODS:
@@ -118,6 +134,11 @@ def faults_of_project(project):
     for name, sign in OPERATORS.items():
         yield from faults_of_script(scripts, "object", name, sign)
     yield from faults_of_script(scripts, "object", "element_access", "[")
+
+
+def faults_of_project(project):
+    yield from faults_of_module(project)
+    yield from faults_of_library(project)
 
 
 def main(project):
