@@ -1,4 +1,4 @@
-// bench/host.cpp: the reference host's own functions for files and data
+// bench/host.cpp: the reference host's own functions for files and data, and the loops of its language
 
 #include <cmath>
 #include <filesystem>
@@ -9,6 +9,7 @@
 #include "module.hpp"
 #include "script/data/csv_writer.hpp"
 #include "script/library/builtins.hpp"
+#include "script/run/interpreter.hpp"
 
 namespace arrayfold::bench {
 namespace {
@@ -30,7 +31,8 @@ class Library {
 
  private:
   hvm::SourceText source_{"bench", ""};
-  hvm::ModuleCaller caller_{context(), &source_, 0};
+  hvm::RecentShapes shapes_;
+  hvm::ModuleCaller caller_{context(), &source_, 0, shapes_};
   hvm::ModuleFunctions module_;
   hvm::ArrayChecks checks_{true};
   hvm::PrintLine print_;
@@ -49,6 +51,27 @@ void add_builtin(const std::string& name, const std::vector<int>& sizes, const R
     Library library;
     try {
       for (auto _ : state) library.call(builtin, arguments);
+    } catch (const std::exception& error) {
+      state.SkipWithError(error.what());
+    }
+  });
+}
+
+/// A case that runs a script. Its variable `n` is the size, and `setup` has run before.
+void add_script(const std::string& name, int size, const std::string& setup, const std::string& script) {
+  const RecordsOf size_of = [](int n) { return std::vector<Value>{Value(n)}; };
+  add_case("host/" + name, {size}, size_of, [setup, script](benchmark::State& state, std::vector<Value>& arguments) {
+    hvm::ModuleFunctions functions;
+    functions.add("xzeros", entry_named("xzeros"));
+    hvm::Interpreter interpreter(functions, {});
+    const auto parsed = [&](const std::string& text) {
+      return interpreter.parse(std::make_shared<hvm::SourceText>("bench", text));
+    };
+    try {
+      interpreter.set_global("n", arguments.at(0));
+      interpreter.run(parsed(setup));
+      const hvm::Program program = parsed(script);
+      for (auto _ : state) interpreter.run(program);
     } catch (const std::exception& error) {
       state.SkipWithError(error.what());
     }
@@ -109,6 +132,9 @@ void add_host() {
   });
   add_builtin("parse_json", text_sizes, [](int n) { return std::vector<Value>{json_of(n)}; });
   add_builtin("to_json", text_sizes, [](int n) { return std::vector<Value>{normal_columns(n)}; });
+  add_script("loop_additions", 1'000'000, "", "x = 0\nfor i in range(n)\n  x = x + i\nend");
+  add_script("loop_elements", 100'000, "a = xzeros(n / 10, 10)",
+             "total = 0.0\nfor i in range(n / 10)\n  for j in range(10)\n    total += a[i, j]\n  end\nend");
 }
 
 }  // namespace arrayfold::bench

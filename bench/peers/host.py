@@ -6,6 +6,9 @@ from . import Case
 
 READ = 'np.loadtxt(path, delimiter=",", skiprows=1)'
 FILE = "import files; path = files.csv_file(n)"
+LOOPS = "import loops; a = loops.matrix(n)"
+# Global variables on both sides: a script of hvm has no others outside of its functions.
+LUA = "import loops; lua = loops.Lua(f'x = 0; for i = 0, {n} - 1 do x = x + i end')"
 LISTS = "import files, json; lists = files.normal_columns(n).T.tolist()"
 
 CASES = {
@@ -23,4 +26,7 @@ CASES = {
         ratios={1_000: 1.2, 100_000: 1.2},
     ),
     "to_json": Case(numpy="json.dumps(lists)", setup=LISTS, ratios={1_000: 0.3, 100_000: 0.3}),
+    # The peer of the additions is Lua, and that of the elements a loop of Python over the elements of a NumPy array.
+    "loop_additions": Case(numpy="lua.run()", setup=LUA, ratios={1_000_000: 3.0}),
+    "loop_elements": Case(numpy="loops.sum_of_elements(a)", setup=LOOPS, ratios={100_000: 1.0}),
 }
