@@ -70,9 +70,9 @@ void Uses::run(const std::string& path, Span span) {
   if (!source) return;
   depth_.require_room(span);
   try {
-    run_script(source);
+    site_.placed(span, [&] { run_script(source); });
   } catch (ScriptError& error) {
-    error.add_use(source->name(), *site_.source(), span);
+    if (error.source() != site_.source()) error.add_use(source->name(), *site_.source(), span);
     throw;
   }
 }
@@ -86,6 +86,15 @@ void Uses::require_no_circle(const Path& used) const {
       fmt::format("use: the scripts use each other in a circle: {} uses {}", circle, used.filename().string()));
 }
 
+void Uses::require_new_names(const Program& program) const {
+  for (const auto& function : program.functions) {
+    const auto known = functions_.fn(function->name);
+    if (!known || known->source->name() == program.source->name()) continue;
+    throw Failure(fmt::format("use: {} and {} both have a fn '{}'", known->source->name(), program.source->name(),
+                              function->name));
+  }
+}
+
 void Uses::run_script(const SourcePtr& source) {
   const Path path = canonical_form(source->name());
   const CallDepth::Level level(depth_);
@@ -93,6 +102,7 @@ void Uses::run_script(const SourcePtr& source) {
   const SourceScope scope(site_, source);
   const Program program = parse(source, scopes_.global_names());
   scopes_.make_room();
+  require_new_names(program);
   functions_.define(program);
   for (const Statement& statement : program.statements) statements_.run(statement);
   done_.insert(path);

@@ -33,6 +33,8 @@ class Uses {
   using Path = std::filesystem::path;
 
   void run_script(const SourcePtr& source);
+  /// Throws `Failure` when another source has a fn of one of the names: one of them would lose its own.
+  void require_new_names(const Program& program) const;
   void require_no_circle(const Path& used) const;
 
   Site& site_;

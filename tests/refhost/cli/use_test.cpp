@@ -100,6 +100,14 @@ TEST(Use, OfAScriptThatFails_NamesBothPlaces) {
   expect_error(script, "", "b.hvm:2:6: error: an expression expected");
 }
 
+TEST(Use, OfAScriptWithAFnOfTheSameName_IsAnError) {
+  const Workplace place;
+  place.write("b.hvm", "fn f()\n  return 1\nend\nfn g()\n  return f()\nend");
+  const std::string script = place.write("a.hvm", "print(1)\nuse \"b.hvm\"\nfn f()\n  return 2\nend");
+  expect_error(script, "1\n",
+               script + ":2:1: error: use: " + script + " and " + place.path() + "/b.hvm both have a fn 'f'");
+}
+
 TEST(Use, OfWhatCannotBeRead_IsAnError) {
   const Workplace place;
   std::filesystem::create_directory(place.path() + "/folder.hvm");
