@@ -22,8 +22,11 @@ class RowWriter {
 
   void number(const HostValue& value) {
     HostValue record = value;
-    separate();
-    value.tag == ValueTag::real ? append_real(out_, HVM_AsDouble(&record)) : append_integer(out_, HVM_AsInt64(&record));
+    digits_.clear();
+    value.tag == ValueTag::real ? append_real(digits_, HVM_AsDouble(&record))
+                                : append_integer(digits_, HVM_AsInt64(&record));
+    // The separator may be a point or a digit.
+    text(digits_);
   }
 
   void text(std::string_view text) {
@@ -65,6 +68,7 @@ class RowWriter {
   std::string& out_;
   char separator_;
   bool has_one_column_;
+  std::string digits_;
   bool is_first_ = true;
 };
 

@@ -278,5 +278,20 @@ TEST(WriteCsv, ReadCsvGivesBackWhatWasWritten) {
             "1|1");
 }
 
+TEST(WriteCsv, ASeparatorThatNumbersHold_PutsThemInQuotationMarks) {
+  const Folder folder;
+  for (const std::string& separator : std::vector<std::string>{".", "-", "1", "e", "n"}) {
+    const std::string options = ", [\"header\": false, \"separator\": \"" + separator + "\"]";
+    EXPECT_EQ(folder.output_of("t = [[1.5, -2.5], [-1, 10], [1e300, 0.0 / 0]]\n"
+                               "write_csv(\"DIR/f\", t" +
+                               options +
+                               ")\n"
+                               "print(str(read_csv(\"DIR/f\"" +
+                               options + ")) == str(t))"),
+              "1")
+        << separator;
+  }
+}
+
 }  // namespace
 }  // namespace hvm::testing
