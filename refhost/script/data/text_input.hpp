@@ -30,10 +30,10 @@ class TextInput {
   /// Throws a `DataError` whose message is `file: cause`.
   [[noreturn]] void fail(const std::string& cause) const;
   Progress& progress() { return progress_; }
-  /// The size of a regular file when it was opened, otherwise 0.
-  std::uint64_t size() const;
 
  private:
+  /// The size of a regular file when it was opened, otherwise 0.
+  std::uint64_t size() const;
   [[noreturn]] void fail_by_system() const;
   [[noreturn]] void fail_at(std::string_view text, std::size_t offset, const char* cause) const;
   bool read_more();
