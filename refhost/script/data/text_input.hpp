@@ -35,10 +35,12 @@ class TextInput {
   /// The size of a regular file when it was opened, otherwise 0.
   std::uint64_t size() const;
   [[noreturn]] void fail_by_system() const;
-  [[noreturn]] void fail_at(std::string_view text, std::size_t offset, const char* cause) const;
+  void leave_out_mark();
+  void pass(std::string_view text);
+  [[noreturn]] void fail_at(std::string_view text, std::size_t offset, const char* cause);
   bool read_more();
   void require_unchanged() const;
-  void require_text(std::string_view text) const;
+  void require_text(std::string_view text);
 
   std::string name_;
   Progress progress_;
@@ -50,7 +52,8 @@ class TextInput {
   bool is_at_start_ = true;
   bool has_ended_ = false;
   std::uint64_t bytes_ = 0;
-  std::uint64_t lines_ = 0;  // those that end before the buffer
+  std::uint64_t lines_ = 0;       // those that end before the buffer
+  std::uint64_t characters_ = 0;  // before the buffer in its first line
 };
 
 }  // namespace hvm

@@ -129,8 +129,9 @@ TEST(ReadCsv, WrongFiles_AreErrorsWithTheirPlace) {
         "that does not begin with one"},
        {"a,b\n1,2\n\n1,1e999\n",
         "!read_csv: DIR/f: row 2, column 2 (line 4): \"1e999\" is beyond the range of 64-bit floating-point numbers"},
-       {"a,b\n1,\xFF\n", "!read_csv: DIR/f: line 2: the bytes are not valid UTF-8"},
-       {std::string("a,b\n\0,2\n", 8), "!read_csv: DIR/f: line 2: a byte is 0: the file does not hold text"}});
+       {"a,b\n1,\xFF\n", "!read_csv: DIR/f: line 2, character 3: the bytes are not valid UTF-8"},
+       {std::string("a,b\n\0,2\n", 8),
+        "!read_csv: DIR/f: line 2, character 1: a byte is 0: the file does not hold text"}});
 }
 
 TEST(ReadCsvArray, NeedsNumbersInEveryCell) {
