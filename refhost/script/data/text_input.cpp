@@ -17,7 +17,6 @@ namespace hvm {
 namespace {
 
 constexpr std::size_t chunk_size = std::size_t{1} << 18;
-constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
 
 std::string shown_name(const std::string& path) { return is_standard_input(path) ? "the standard input" : path; }
 

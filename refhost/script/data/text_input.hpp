@@ -14,6 +14,9 @@
 
 namespace hvm {
 
+/// What `TextInput` leaves out at the beginning of a file.
+inline constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
+
 /// Whether a path means the standard input.
 bool is_standard_input(std::string_view path);
 

@@ -217,6 +217,7 @@ TEST(WriteCsv, WritesColumnsUnderTheirNames) {
   const std::pair<const char*, const char*> rows[] = {
       {"[\"a\": [1, 2], \"b\": [1.0, 2.5]]", "a,b\n1,1.0\n2,2.5\n"},
       {"[[1, 2], [\"x\", \"y\"]]", "1,x\n2,y\n"},
+      {"[[\"\\u{feff}\", \"z\"]]", "\"\xEF\xBB\xBF\"\nz\n"},
       {"[\"a\": []]", "a\n"},
       {"[\"a b\": [5000000000L, \" x\", \"y,z\", \"p\\\"q\", \"l\\nm\", w\"w\"]]",
        "a b\n5000000000\n\" x\"\n\"y,z\"\n\"p\"\"q\"\n\"l\nm\"\nw\n"},
