@@ -2,7 +2,9 @@
 
 #include "cli/streams.hpp"
 
+#include <fcntl.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -17,9 +19,19 @@ namespace {
   throw OutputError("the output cannot be written: " + reason);
 }
 
+/// Takes the place of a standard stream that is closed. Reading or writing it fails as before.
+void keep_place(int stream, int unusable_mode) {
+  if (fcntl(stream, F_GETFD) >= 0) return;
+  // The lowest free number, which is this one when all below it are taken.
+  [[maybe_unused]] const int taken = open("/dev/null", unusable_mode);
+}
+
 }  // namespace
 
 void prepare_streams() noexcept {
+  keep_place(STDIN_FILENO, O_WRONLY);
+  keep_place(STDOUT_FILENO, O_RDONLY);
+  keep_place(STDERR_FILENO, O_RDONLY);
   std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
   signal(SIGPIPE, SIG_IGN);
   signal(SIGXFSZ, SIG_IGN);

@@ -17,7 +17,8 @@ class OutputError : public std::runtime_error {
 };
 
 /// Makes each line go out at once, so that none is lost when a module ends the process. A pipe without a reader and a
-/// file that may not grow become errors of writing instead of signals that end the process.
+/// file that may not grow become errors of writing instead of signals that end the process. A file that is opened later
+/// cannot take the place of a standard stream that is closed, where `print` would write into it.
 void prepare_streams() noexcept;
 
 /// Writes text to the standard output. Throws `OutputError`.

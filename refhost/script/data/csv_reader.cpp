@@ -10,7 +10,6 @@
 #include <new>
 #include <unordered_map>
 
-#include "script/data/data_error.hpp"
 #include "script/syntax/string_literals.hpp"
 #include "script/text/number_reading.hpp"
 #include "script/text/number_text.hpp"

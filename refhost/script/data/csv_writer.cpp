@@ -7,6 +7,7 @@
 #include "script/data/data_error.hpp"
 #include "script/data/number_form.hpp"
 #include "script/data/output_file.hpp"
+#include "script/data/text_input.hpp"
 #include "script/syntax/unicode.hpp"
 #include "script/text/value_kinds.hpp"
 
@@ -22,8 +23,11 @@ class RowWriter {
 
   void number(const HostValue& value) {
     HostValue record = value;
-    separate();
-    value.tag == ValueTag::real ? append_real(out_, HVM_AsDouble(&record)) : append_integer(out_, HVM_AsInt64(&record));
+    digits_.clear();
+    value.tag == ValueTag::real ? append_real(digits_, HVM_AsDouble(&record))
+                                : append_integer(digits_, HVM_AsInt64(&record));
+    // The separator may be a point or a digit.
+    text(digits_);
   }
 
   void text(std::string_view text) {
@@ -45,10 +49,12 @@ class RowWriter {
     is_first_ = false;
   }
 
-  /// An empty cell in a column of its own would be an empty line, which is no row.
+  /// An empty cell in a column of its own would be an empty line, which is no row. A byte order mark that begins the
+  /// file would be left out.
   bool needs_quotes(std::string_view text) const {
     if (text.empty()) return has_one_column_;
     if (is_blank(text.front()) || is_blank(text.back())) return true;
+    if (text.substr(0, byte_order_mark.size()) == byte_order_mark) return true;
     const char special[] = {separator_, '"', '\n', '\r'};
     return text.find_first_of({special, sizeof(special)}) != std::string_view::npos;
   }
@@ -65,6 +71,7 @@ class RowWriter {
   std::string& out_;
   char separator_;
   bool has_one_column_;
+  std::string digits_;
   bool is_first_ = true;
 };
 

@@ -43,7 +43,6 @@ class OutputFile {
   void write(std::string_view text);
   /// Makes the text that was written the content of the file.
   void finish();
-  Progress& progress() { return progress_; }
 
  private:
   void replace_later(const std::string& target, unsigned mode);

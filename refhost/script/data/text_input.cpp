@@ -17,7 +17,6 @@ namespace hvm {
 namespace {
 
 constexpr std::size_t chunk_size = std::size_t{1} << 18;
-constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
 
 std::string shown_name(const std::string& path) { return is_standard_input(path) ? "the standard input" : path; }
 
@@ -59,7 +58,7 @@ TextInput::TextInput(const std::string& path)
 }
 
 std::string_view TextInput::next() {
-  lines_ += lines_in({buffer_.data(), given_});
+  pass({buffer_.data(), given_});
   std::copy(buffer_.begin() + static_cast<std::ptrdiff_t>(given_),
             buffer_.begin() + static_cast<std::ptrdiff_t>(filled_), buffer_.begin());
   filled_ -= given_;
@@ -69,13 +68,13 @@ std::string_view TextInput::next() {
     const std::string_view read(buffer_.data(), filled_);
     given_ = has_ended_ ? filled_ : whole_characters(read);
   }
-  std::string_view text(buffer_.data(), given_);
-  require_text(text);
-  if (is_at_start_ && !text.empty()) {
+  if (is_at_start_ && given_ > 0) {
     is_at_start_ = false;
-    if (text.substr(0, byte_order_mark.size()) == byte_order_mark) text.remove_prefix(byte_order_mark.size());
-    if (text.empty()) return next();
+    leave_out_mark();
+    if (given_ == 0) return next();
   }
+  const std::string_view text(buffer_.data(), given_);
+  require_text(text);
   return text;
 }
 
@@ -87,8 +86,27 @@ std::uint64_t TextInput::size() const {
 
 void TextInput::fail_by_system() const { fail(std::generic_category().message(errno)); }
 
-void TextInput::fail_at(std::string_view text, std::size_t offset, const char* cause) const {
-  fail(fmt::format("line {}: {}", lines_ + lines_in(text.substr(0, offset)) + 1, cause));
+/// Removes a byte order mark from the front of the buffer.
+void TextInput::leave_out_mark() {
+  const std::size_t length = byte_order_mark.size();
+  if (std::string_view(buffer_.data(), given_).substr(0, length) != byte_order_mark) return;
+  std::copy(buffer_.begin() + static_cast<std::ptrdiff_t>(length),
+            buffer_.begin() + static_cast<std::ptrdiff_t>(filled_), buffer_.begin());
+  filled_ -= length;
+  given_ -= length;
+}
+
+/// Moves the place at which the buffer begins behind `text`.
+void TextInput::pass(std::string_view text) {
+  lines_ += lines_in(text);
+  const std::size_t end = text.rfind('\n');
+  if (end != std::string_view::npos) characters_ = 0;
+  characters_ += character_count(text.substr(end + 1));  // npos + 1 is 0
+}
+
+void TextInput::fail_at(std::string_view text, std::size_t offset, const char* cause) {
+  pass(text.substr(0, offset));
+  fail(fmt::format("line {}, character {}: {}", lines_ + 1, characters_ + 1, cause));
 }
 
 /// False at the end of the file.
@@ -110,7 +128,7 @@ void TextInput::require_unchanged() const {
     fail("the file changed while it was read");
 }
 
-void TextInput::require_text(std::string_view text) const {
+void TextInput::require_text(std::string_view text) {
   const std::size_t nul = text.find('\0');
   if (nul != std::string_view::npos) fail_at(text, nul, "a byte is 0: the file does not hold text");
   if (is_ascii(text)) return;

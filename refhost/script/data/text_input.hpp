@@ -14,6 +14,9 @@
 
 namespace hvm {
 
+/// What `TextInput` leaves out at the beginning of a file.
+inline constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
+
 /// Whether a path means the standard input.
 bool is_standard_input(std::string_view path);
 
@@ -30,15 +33,17 @@ class TextInput {
   /// Throws a `DataError` whose message is `file: cause`.
   [[noreturn]] void fail(const std::string& cause) const;
   Progress& progress() { return progress_; }
-  /// The size of a regular file when it was opened, otherwise 0.
-  std::uint64_t size() const;
 
  private:
+  /// The size of a regular file when it was opened, otherwise 0.
+  std::uint64_t size() const;
   [[noreturn]] void fail_by_system() const;
-  [[noreturn]] void fail_at(std::string_view text, std::size_t offset, const char* cause) const;
+  void leave_out_mark();
+  void pass(std::string_view text);
+  [[noreturn]] void fail_at(std::string_view text, std::size_t offset, const char* cause);
   bool read_more();
   void require_unchanged() const;
-  void require_text(std::string_view text) const;
+  void require_text(std::string_view text);
 
   std::string name_;
   Progress progress_;
@@ -50,7 +55,8 @@ class TextInput {
   bool is_at_start_ = true;
   bool has_ended_ = false;
   std::uint64_t bytes_ = 0;
-  std::uint64_t lines_ = 0;  // those that end before the buffer
+  std::uint64_t lines_ = 0;       // those that end before the buffer
+  std::uint64_t characters_ = 0;  // before the buffer in its first line
 };
 
 }  // namespace hvm

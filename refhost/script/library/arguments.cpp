@@ -33,8 +33,7 @@ double number_argument(const BuiltinCall& call, std::size_t i) { return exact_nu
 
 std::int64_t integer_argument(const BuiltinCall& call, std::size_t i) {
   Value& value = call.arguments[i];
-  const bool is_integer = value.tag() == ValueTag::integer || value.tag() == ValueTag::integer64;
-  if (!is_integer) fail_kind(call, "an integer", value);
+  if (!is_integer(value)) fail_kind(call, "an integer", value);
   return HVM_AsInt64(value.address());
 }
 

@@ -8,6 +8,7 @@
 
 #include "script/syntax/diagnostics.hpp"
 #include "script/syntax/unicode.hpp"
+#include "script/text/integer_value.hpp"
 #include "script/text/number_text.hpp"
 #include "script/text/value_kinds.hpp"
 
@@ -16,8 +17,8 @@ namespace {
 
 std::size_t position_of(const Value& index) {
   HostValue record = index.record();
-  const bool is_integer = index.tag() == ValueTag::integer || index.tag() == ValueTag::integer64;
-  if (!is_integer) throw Failure(fmt::format("the position in a string is an integer, not {}", kind_in_words(index)));
+  if (!is_integer(index))
+    throw Failure(fmt::format("the position in a string is an integer, not {}", kind_in_words(index)));
   const std::int64_t position = HVM_AsInt64(&record);
   if (position < 0) throw Failure(fmt::format("the position {} in a string is negative", position));
   return static_cast<std::size_t>(position);

@@ -15,6 +15,7 @@
 #include "script/library/options.hpp"
 #include "script/syntax/diagnostics.hpp"
 #include "script/syntax/string_literals.hpp"
+#include "script/text/integer_value.hpp"
 #include "script/text/number_text.hpp"
 #include "script/text/value_kinds.hpp"
 
@@ -96,7 +97,7 @@ std::vector<ColumnChoice> column_choices(const BuiltinCall& call, const Value& l
     Value choice = Value::sharing(*entry.value);
     if (choice.is_string())
       choices.emplace_back(std::string(text_of(choice.record())));
-    else if (choice.tag() == ValueTag::integer || choice.tag() == ValueTag::integer64)
+    else if (is_integer(choice))
       choices.emplace_back(HVM_AsInt64(choice.address()));
     else
       call.fail(fmt::format("\"columns\" has names and positions, not {}", kind_in_words(choice)));

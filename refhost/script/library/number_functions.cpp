@@ -81,8 +81,10 @@ Value round(const BuiltinCall& call) {
   const double x = number_argument(call, 0);
   const std::int64_t digits = integer_argument(call, 1);
   if (!std::isfinite(x)) return Value(x);
-  return Value(digits < 0 ? rounded_to_power(x, -std::max<std::int64_t>(digits, -INT32_MAX))
-                          : rounded_to_digits(x, digits));
+  const double nearest =
+      digits < 0 ? rounded_to_power(x, -std::max<std::int64_t>(digits, -INT32_MAX)) : rounded_to_digits(x, digits);
+  if (std::isinf(nearest)) call.fail("the result is beyond the range of 64-bit floating-point numbers");
+  return Value(nearest);
 }
 
 // ---- Magnitudes

@@ -3,7 +3,6 @@
 #include "script/library/options.hpp"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <algorithm>
 

@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "script/syntax/diagnostics.hpp"
+#include "script/text/integer_value.hpp"
 #include "script/text/value_kinds.hpp"
 
 namespace hvm {
@@ -26,8 +27,7 @@ Range::Range(const std::vector<Value>& arguments) {
 std::int64_t Range::number(const Value& argument) {
   HostValue record = argument.record();
   if (argument.tag() == ValueTag::integer64) is_short_ = false;
-  const bool is_integer = argument.tag() == ValueTag::integer || argument.tag() == ValueTag::integer64;
-  if (!is_integer) throw Failure(fmt::format("range: it takes integers, not {}", kind_in_words(argument)));
+  if (!is_integer(argument)) throw Failure(fmt::format("range: it takes integers, not {}", kind_in_words(argument)));
   return HVM_AsInt64(&record);
 }
 

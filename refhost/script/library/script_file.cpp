@@ -4,11 +4,13 @@
 
 #include <fmt/format.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
 #include <new>
+#include <system_error>
 
 namespace hvm {
 namespace {
@@ -35,7 +37,8 @@ SourcePtr read_script(const std::string& path, Origin origin) {
     if (std::filesystem::is_directory(path, error))
       throw FileError(fmt::format("{} is a directory, not a script", path));
     std::ifstream file(path, std::ios::binary);
-    if (!file) throw FileError(fmt::format("the script {} cannot be opened", path));
+    if (!file)
+      throw FileError(fmt::format("the script {} cannot be opened: {}", path, std::generic_category().message(errno)));
     return source_of(path, file, origin);
   });
 }

@@ -107,8 +107,6 @@ Value joined_strings(const Value& left, const Value& right) {
   return Value(std::string(text_of(left.record())).append(text_of(right.record())));
 }
 
-bool is_integer(const Value& value) { return value.tag() == ValueTag::integer || value.tag() == ValueTag::integer64; }
-
 template <class Text>
 Value repeated(Text text, std::int64_t times) {
   constexpr std::int64_t longest = std::numeric_limits<std::int32_t>::max();

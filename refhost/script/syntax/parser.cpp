@@ -17,6 +17,8 @@ bool ends_block(TokenKind kind) {
          kind == TokenKind::kw_catch;
 }
 
+bool is_keyword(TokenKind kind) { return kind >= TokenKind::kw_and && kind <= TokenKind::kw_while; }
+
 std::optional<BinaryOperator> operator_of(TokenKind assignment) {
   switch (assignment) {
     case TokenKind::plus_assign:
@@ -43,6 +45,7 @@ class Parser {
     Program program;
     program.source = cursor_.source();
     for (cursor_.skip_separators(); !cursor_.is_at(TokenKind::end_of_source); cursor_.skip_separators()) {
+      require_no_assigned_keyword();
       if (cursor_.is_at(TokenKind::kw_fn))
         program.functions.push_back(function());
       else
@@ -63,6 +66,7 @@ class Parser {
     Block statements;
     for (cursor_.skip_separators(); !ends_block(cursor_.current().kind); cursor_.skip_separators()) {
       if (cursor_.is_at(TokenKind::end_of_source)) fail_unclosed(opening);
+      require_no_assigned_keyword();
       if (cursor_.is_at(TokenKind::kw_fn)) cursor_.fail("a fn is allowed at the outermost level only");
       statements.push_back(statement());
       end_of_statement();
@@ -89,6 +93,12 @@ class Parser {
   }
 
   // ---- Statements
+
+  void require_no_assigned_keyword() {
+    if (is_keyword(cursor_.current().kind) && is_assignment(cursor_.following().kind))
+      cursor_.fail(
+          fmt::format("{} is a word of the language, not a name for a variable", described(cursor_.current().kind)));
+  }
 
   Statement statement() {
     const std::size_t begin = cursor_.current().span.begin;

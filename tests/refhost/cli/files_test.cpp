@@ -45,6 +45,21 @@ TEST(StandardInput, ItsErrorsNameIt) {
               HasSubstr("error: read_csv: the standard input: row 1 (line 2): 1 cell instead of 2"));
 }
 
+// ---- Closed streams
+
+TEST(ClosedStreams, AreNotReplacedByFilesThatAScriptOpens) {
+  const Workplace place;
+  const std::string path = quoted(place.path() + "/f");
+  Conditions conditions;
+  conditions.out = Stream::closed;
+  EXPECT_EQ(run_toy({"-e", "write_text(" + path + ", \"text\"); print(1)"}, conditions).status, 1);
+  conditions.out = Stream::file;
+  EXPECT_EQ(run_toy({"-e", "print(read_text(" + path + "))"}, conditions).out, "text\n");
+  conditions.has_input = false;
+  const std::string reads = "read_text(" + path + ")\ntry read_text(\"-\") catch e print(e) end";
+  EXPECT_EQ(run_toy({"-e", reads}, conditions).out, "read_text: the standard input: Bad file descriptor\n");
+}
+
 // ---- Permissions
 
 TEST(Files, ThatMayNotBeReadOrWritten_AreErrors) {

@@ -58,6 +58,7 @@ void limit(decltype(RLIMIT_AS) resource, std::size_t most) {
   redirect(conditions.out, place.path() + "/out", STDOUT_FILENO);
   redirect(conditions.err, place.path() + "/err", STDERR_FILENO);
   // Last, so that no file is opened in the place of a closed stream.
+  if (!conditions.has_input) close(STDIN_FILENO);
   if (conditions.out == Stream::closed) close(STDOUT_FILENO);
   if (conditions.err == Stream::closed) close(STDERR_FILENO);
   for (const auto& [name, value] : conditions.environment) setenv(name.c_str(), value.c_str(), 1);

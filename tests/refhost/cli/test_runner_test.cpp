@@ -103,7 +103,7 @@ TEST(TestRunner, AScriptThatCannotBeRead_FailsAlone) {
   conditions.obeys_permissions = true;
   const Outcome outcome = run_toy({"--test", place.path()}, conditions);
   EXPECT_EQ(outcome.out, "1 passed, 1 failed\n");
-  EXPECT_THAT(outcome.err, HasSubstr("the script " + closed + " cannot be opened"));
+  EXPECT_THAT(outcome.err, HasSubstr("the script " + closed + " cannot be opened: Permission denied"));
   EXPECT_EQ(outcome.status, 1);
 }
 

@@ -113,7 +113,7 @@ TEST(Use, OfWhatCannotBeRead_IsAnError) {
   std::filesystem::create_directory(place.path() + "/folder.hvm");
   place.write("text.hvm", "x = \"\xFF\"");
   expect_error(place.write("a.hvm", "use \"none.hvm\""), "",
-               "error: use: the script " + place.path() + "/none.hvm cannot be opened");
+               "error: use: the script " + place.path() + "/none.hvm cannot be opened: No such file or directory");
   expect_error(place.write("b.hvm", "use \"folder.hvm\""), "", "/folder.hvm is a directory, not a script");
   expect_error(place.write("c.hvm", "use \"data.csv\""), "",
                "use: the name of a script ends in .hvm, and \"data.csv\" does not");

@@ -129,8 +129,9 @@ TEST(ReadCsv, WrongFiles_AreErrorsWithTheirPlace) {
         "that does not begin with one"},
        {"a,b\n1,2\n\n1,1e999\n",
         "!read_csv: DIR/f: row 2, column 2 (line 4): \"1e999\" is beyond the range of 64-bit floating-point numbers"},
-       {"a,b\n1,\xFF\n", "!read_csv: DIR/f: line 2: the bytes are not valid UTF-8"},
-       {std::string("a,b\n\0,2\n", 8), "!read_csv: DIR/f: line 2: a byte is 0: the file does not hold text"}});
+       {"a,b\n1,\xFF\n", "!read_csv: DIR/f: line 2, character 3: the bytes are not valid UTF-8"},
+       {std::string("a,b\n\0,2\n", 8),
+        "!read_csv: DIR/f: line 2, character 1: a byte is 0: the file does not hold text"}});
 }
 
 TEST(ReadCsvArray, NeedsNumbersInEveryCell) {
@@ -216,6 +217,7 @@ TEST(WriteCsv, WritesColumnsUnderTheirNames) {
   const std::pair<const char*, const char*> rows[] = {
       {"[\"a\": [1, 2], \"b\": [1.0, 2.5]]", "a,b\n1,1.0\n2,2.5\n"},
       {"[[1, 2], [\"x\", \"y\"]]", "1,x\n2,y\n"},
+      {"[[\"\\u{feff}\", \"z\"]]", "\"\xEF\xBB\xBF\"\nz\n"},
       {"[\"a\": []]", "a\n"},
       {"[\"a b\": [5000000000L, \" x\", \"y,z\", \"p\\\"q\", \"l\\nm\", w\"w\"]]",
        "a b\n5000000000\n\" x\"\n\"y,z\"\n\"p\"\"q\"\n\"l\nm\"\nw\n"},
@@ -276,6 +278,21 @@ TEST(WriteCsv, ReadCsvGivesBackWhatWasWritten) {
                              "write_csv(\"DIR/g\", u, [\"separator\": \"|\"])\n"
                              "print(str(read_csv(\"DIR/g\", [\"separator\": \"|\"])) == str(t))"),
             "1|1");
+}
+
+TEST(WriteCsv, ASeparatorThatNumbersHold_PutsThemInQuotationMarks) {
+  const Folder folder;
+  for (const std::string& separator : std::vector<std::string>{".", "-", "1", "e", "n"}) {
+    const std::string options = ", [\"header\": false, \"separator\": \"" + separator + "\"]";
+    EXPECT_EQ(folder.output_of("t = [[1.5, -2.5], [-1, 10], [1e300, 0.0 / 0]]\n"
+                               "write_csv(\"DIR/f\", t" +
+                               options +
+                               ")\n"
+                               "print(str(read_csv(\"DIR/f\"" +
+                               options + ")) == str(t))"),
+              "1")
+        << separator;
+  }
 }
 
 }  // namespace

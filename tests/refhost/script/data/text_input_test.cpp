@@ -57,21 +57,27 @@ TEST(TextInput, SkipsAByteOrderMarkAtTheBeginningAlone) {
   EXPECT_EQ(text_of_file(folder.write("f", "")), "");
 }
 
-TEST(TextInput, BytesThatAreNoText_AreAnErrorWithTheLine) {
+TEST(TextInput, BytesThatAreNoText_AreAnErrorWithTheirPlace) {
   const Folder folder;
-  EXPECT_EQ(error_of_file(folder.write("f", "a\nb\n\xFFz")), "line 3: the bytes are not valid UTF-8");
-  EXPECT_EQ(error_of_file(folder.write("f", "a\xC3")), "line 1: the bytes are not valid UTF-8");
-  EXPECT_EQ(error_of_file(folder.write("f", "\xED\xA0\x80")), "line 1: the bytes are not valid UTF-8");
+  EXPECT_EQ(error_of_file(folder.write("f", "a\nb\n\xFFz")), "line 3, character 1: the bytes are not valid UTF-8");
+  EXPECT_EQ(error_of_file(folder.write("f", "a\xC3")), "line 1, character 2: the bytes are not valid UTF-8");
+  EXPECT_EQ(error_of_file(folder.write("f", "\xED\xA0\x80")), "line 1, character 1: the bytes are not valid UTF-8");
   EXPECT_EQ(error_of_file(folder.write("f", std::string("\xFF\xFE"
                                                         "a\0",
                                                         4))),
-            "line 1: a byte is 0: the file does not hold text");
+            "line 1, character 4: a byte is 0: the file does not hold text");
   EXPECT_EQ(error_of_file(folder.write("f",
                                        "\xFE\xFF"
                                        "aa")),
-            "line 1: the bytes are not valid UTF-8");
+            "line 1, character 1: the bytes are not valid UTF-8");
   EXPECT_EQ(error_of_file(folder.write("f", std::string(700'000, '\n') + '\0')),
-            "line 700001: a byte is 0: the file does not hold text");
+            "line 700001, character 1: a byte is 0: the file does not hold text");
+  EXPECT_EQ(error_of_file(folder.write("f", "\xEF\xBB\xBF\xC3\xA9\xFF")),
+            "line 1, character 2: the bytes are not valid UTF-8");
+  std::string long_line = "a\n";
+  for (int i = 0; i < 500'000; ++i) long_line += "\xC3\xA9";
+  EXPECT_EQ(error_of_file(folder.write("f", long_line + "\xFF")),
+            "line 2, character 500001: the bytes are not valid UTF-8");
 }
 
 TEST(TextInput, WhatCannotBeRead_IsAnErrorWithTheReasonOfTheSystem) {
@@ -139,7 +145,7 @@ TEST(TextInput, AHugeSparseFile_IsRefusedAtItsFirstByte) {
   const Folder folder;
   folder.write("f", "");
   std::filesystem::resize_file(folder / "f", std::uintmax_t{1} << 40);
-  EXPECT_EQ(error_of_file(folder / "f"), "line 1: a byte is 0: the file does not hold text");
+  EXPECT_EQ(error_of_file(folder / "f"), "line 1, character 1: a byte is 0: the file does not hold text");
 }
 
 }  // namespace

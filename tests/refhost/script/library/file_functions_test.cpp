@@ -10,7 +10,7 @@ TEST(ReadText, GivesTheWholeFile) {
                  {{"", ""},
                   {"a\r\nb\n", "a\r\nb\n"},
                   {"\xEF\xBB\xBF\xC3\xA9", "\xC3\xA9"},
-                  {"a\xFF", "!read_text: DIR/f: line 1: the bytes are not valid UTF-8"}});
+                  {"a\xFF", "!read_text: DIR/f: line 1, character 2: the bytes are not valid UTF-8"}});
 }
 
 TEST(ReadLines, GivesLinesWithoutTheirEnds) {
@@ -24,7 +24,7 @@ TEST(ReadLines, GivesLinesWithoutTheirEnds) {
                                                    "a\n\n",
                                                    "[\"a\", \"\"]"},
                                                   {"a\n\xFF",
-                                                   "!read_lines: DIR/f: line 2: the bytes are not valid "
+                                                   "!read_lines: DIR/f: line 2, character 1: the bytes are not valid "
                                                    "UTF-8"}});
 }
 

@@ -83,6 +83,7 @@ TEST(NumberFunctions, Round_ToDigits_GivesTheNearestReal) {
        {"print(round(-3, -1), round(-0.4, 0), round(5e-324, 341) > 0, round(1e308, -400))", "-0.0 -0.0 1 0.0"},
        {"print(round(1234, -9223372036854775807L - 1), round(1.25, 9223372036854775807L))", "0.0 1.25"},
        {"print(round(0.0 / 0, 2), round(1.0 / 0, -2), round(-1.0 / 0, 2))", "nan inf -inf"},
+       {"round(1.7e308, -308)", "!round: the result is beyond the range of 64-bit floating-point numbers"},
        {"round(1.5, 1.0)", "!round: it takes an integer, not a real"},
        {"round(\"1\", 1)", "!round: it takes a number, not a string"}});
 }
