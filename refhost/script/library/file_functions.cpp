@@ -35,6 +35,7 @@ auto with_data(const BuiltinCall& call, Action action) {
 std::string path_argument(const BuiltinCall& call) {
   std::string path(text_argument(call, 0));
   if (call.files == FileAccess::none) call.fail("files are switched off");
+  if (path.empty()) call.fail("the path is empty");
   if (path.find('\0') != std::string::npos) call.fail("the path has a zero byte");
   return path;
 }
@@ -266,6 +267,8 @@ Value write_csv(const BuiltinCall& call) {
   const Options options(call, 2, {"header", "separator"});
   const char separator = separator_in(call, options);
   Value& data = call.arguments[1];
+  if (!data.is_object() && !data.is_table())
+    call.fail(fmt::format("it takes a table of columns or an array, not {}", kind_in_words(data)));
   CsvContent content =
       data.is_object() ? content_of_array(call, data) : content_of_columns(call, table_argument(call, 1));
   choose_names(call, options, content);

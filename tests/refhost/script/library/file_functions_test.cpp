@@ -51,6 +51,8 @@ TEST(FileFunctions, ErrorsNameTheFunctionThePathAndTheCause) {
       {"read_csv(\"DIR\")", "!read_csv: DIR: Is a directory"},
       {"read_csv_array(\"DIR/m\")", "!read_csv_array: DIR/m: No such file or directory"},
       {"read_text(\"a\\0b\")", "!read_text: the path has a zero byte"},
+      {"read_csv(\"\")", "!read_csv: the path is empty"},
+      {"write_csv(\"DIR/o\", 1)", "!write_csv: it takes a table of columns or an array, not an int"},
       {"write_text(\"DIR\", \"\")", "!write_text: DIR: Is a directory"},
       {"write_text(\"/dev/full\", \"x\")", "!write_text: /dev/full: No space left on device"},
       {"write_csv(\"/dev/full\", [[1]])", "!write_csv: /dev/full: No space left on device"},
