@@ -1,6 +1,6 @@
 # refhost/script/library/arrays_beside_numpy.py: the functions of the library `arrays` give what NumPy gives
 #
-# Usage: arrays_beside_numpy.py HVM
+# Usage: arrays_beside_numpy.py HVM SEEDS
 #
 # Each seed makes a script of one call of every function, with random arguments. Kinds and shapes must be the same, and
 # so must elements, but for those whose sums NumPy adds in another order and those whose powers it computes otherwise.
@@ -13,7 +13,7 @@ import numpy as np
 
 HVM = sys.argv[1]
 KINDS = {"bool": np.bool_, "int": np.int32, "int64": np.int64, "double": np.float64}
-SEEDS = 150
+SEEDS = int(sys.argv[2])
 
 
 def literal(x):
