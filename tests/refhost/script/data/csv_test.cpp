@@ -241,7 +241,7 @@ TEST(WriteCsv, WhatIsNoTable_IsAnErrorAndTheFileStays) {
   const Folder folder;
   folder.write("f", "old");
   const std::pair<const char*, const char*> rows[] = {
-      {"5", "it takes a table, not an int"},
+      {"5", "it takes a table of columns or an array, not an int"},
       {"[]", "there are no columns"},
       {"[\"a\": 5]", "column a is an int, not a table"},
       {"[\"a\": [1], \"b\": [1, 2]]", "column b has 2 values, the first column has 1"},
