@@ -51,8 +51,9 @@ void Scopes::set_global(const std::string& name, Value value) {
 }
 
 bool Scopes::is_set_global(const std::string& name) const {
+  // A script that could not be read to its end leaves names without a slot.
   const auto slot = global_names_.find(name);
-  return slot && globals_[*slot].is_set;
+  return slot && *slot < globals_.size() && globals_[*slot].is_set;
 }
 
 std::uint32_t Scopes::tree_slot(const Variable& variable) const {
