@@ -12,7 +12,7 @@ namespace hvm {
 
 Value Calls::call(const std::string& name, std::vector<Value> arguments, Span span) {
   steps_.take();
-  if (const auto function = functions_.fn(name)) return call_fn(*function, std::move(arguments), span);
+  if (const auto function = functions_.fn(name, *site_.source())) return call_fn(*function, std::move(arguments), span);
   if (const Builtin* builtin = find_builtin(name)) {
     const ModuleCaller caller = site_.caller(span);
     return site_.placed(span, [&] {

@@ -14,8 +14,8 @@ namespace hvm {
 
 class Statements;
 
-/// Calls functions by name: a fn of the script before a built-in function, and that before one of the module.
-/// Everything that fails is a `ScriptError` at the call.
+/// Calls functions by name: a fn before a built-in function, and that before one of the module. Everything that fails
+/// is a `ScriptError` at the call.
 class Calls {
  public:
   Calls(Site& site, Steps& steps, CallDepth& depth, Scopes& scopes, const Functions& functions, Quotations& quotations,

@@ -8,21 +8,30 @@
 namespace hvm {
 
 void Functions::define(const Program& program) {
-  for (const auto& function : program.functions) fns_[function->name] = function;
+  Fns& fns = program.source->is_library() ? of_libraries_ : of_scripts_;
+  for (const auto& function : program.functions) fns[function->name] = function;
+}
+
+std::shared_ptr<const Function> Functions::found(const Fns& fns, const std::string& name) {
+  const auto entry = fns.find(name);
+  return entry == fns.end() ? nullptr : entry->second;
 }
 
 std::shared_ptr<const Function> Functions::fn(const std::string& name) const {
-  const auto entry = fns_.find(name);
-  return entry == fns_.end() ? nullptr : entry->second;
+  auto of_script = found(of_scripts_, name);
+  return of_script ? of_script : found(of_libraries_, name);
 }
 
-bool Functions::has(const std::string& name) const {
-  return fns_.count(name) != 0 || find_builtin(name) || module_.find(name);
+std::shared_ptr<const Function> Functions::fn(const std::string& name, const SourceText& caller) const {
+  return caller.is_library() ? found(of_libraries_, name) : fn(name);
 }
+
+bool Functions::has(const std::string& name) const { return fn(name) || find_builtin(name) || module_.find(name); }
 
 std::string Functions::nearest(const std::string& name) const {
   std::vector<std::string_view> known = builtin_names();
-  for (const auto& entry : fns_) known.push_back(entry.first);
+  for (const auto& entry : of_scripts_) known.push_back(entry.first);
+  for (const auto& entry : of_libraries_) known.push_back(entry.first);
   known.insert(known.end(), module_.names().begin(), module_.names().end());
   return suggestion(name, known);
 }

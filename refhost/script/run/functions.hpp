@@ -23,6 +23,9 @@ class Functions {
 
   /// The fn of a name, null when there is none. The caller holds it while it runs: another input may replace it.
   std::shared_ptr<const Function> fn(const std::string& name) const;
+  /// The same for a call in `caller`. A library does not see the fns of scripts: one of them may have the name of
+  /// a function that the library needs.
+  std::shared_ptr<const Function> fn(const std::string& name, const SourceText& caller) const;
   /// The module's function of a name, null when there is none.
   arrayfold::EntryFunction of_module(const std::string& name) const { return module_.find(name); }
   /// Whether there is a function of this name: a fn, a built-in one or the module's.
@@ -31,8 +34,13 @@ class Functions {
   std::string nearest(const std::string& name) const;
 
  private:
+  using Fns = std::unordered_map<std::string, std::shared_ptr<const Function>>;
+
+  static std::shared_ptr<const Function> found(const Fns& fns, const std::string& name);
+
   const ModuleFunctions& module_;
-  std::unordered_map<std::string, std::shared_ptr<const Function>> fns_;
+  Fns of_scripts_;
+  Fns of_libraries_;
 };
 
 }  // namespace hvm

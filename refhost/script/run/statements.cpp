@@ -89,9 +89,9 @@ Statements::Flow Statements::execute(const While& form, Span) {
 }
 
 Statements::Flow Statements::execute(const For& form, Span) {
-  // A range is walked without making its table, unless the script has a `range` of its own.
+  // A range is walked without making its table, unless a fn is called `range`.
   const Call* call = std::get_if<Call>(&form.sequence->form);
-  const bool is_range = call && !form.key && call->name == "range" && !functions_.fn("range");
+  const bool is_range = call && !form.key && call->name == "range" && !functions_.fn("range", *site_.source());
   if (!is_range) return iterate(form, evaluator_.evaluate(*form.sequence));
   const std::vector<Value> arguments = evaluator_.evaluate(call->arguments);
   return iterate(form, site_.placed(form.sequence->span, [&] { return Range(arguments); }));
