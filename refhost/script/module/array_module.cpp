@@ -6,6 +6,7 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <string_view>
 
@@ -133,8 +134,11 @@ void check_reshape(const ModuleCaller& caller, Value& self, std::vector<Value>& 
     throw Failure(fmt::format("reshape: the extents {} need more elements than the {} of the array", text, count));
 }
 
+/// The module reads 32 bits of an index: those of a longer one would be another index, and NaN would be 0.
 void check_index(const Extents& extents, std::size_t axis, Value& index) {
-  const std::int64_t at = HVM_AsInt(index.address());
+  if (index.tag() == ValueTag::real && std::isnan(HVM_AsDouble(index.address()))) throw Failure("an index is NaN");
+  const bool is_wide = index.tag() == ValueTag::integer64;
+  const std::int64_t at = is_wide ? HVM_AsInt64(index.address()) : HVM_AsInt(index.address());
   if (at >= 0 && at < extents[axis]) return;
   throw Failure(fmt::format("index {} is outside of axis {}, which has {} elements (shape {})", at, axis, extents[axis],
                             in_parentheses(extents)));
