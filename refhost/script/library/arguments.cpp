@@ -32,9 +32,9 @@ Number exact_number_argument(const BuiltinCall& call, std::size_t i) {
 double number_argument(const BuiltinCall& call, std::size_t i) { return exact_number_argument(call, i).real; }
 
 std::int64_t integer_argument(const BuiltinCall& call, std::size_t i) {
-  Value& value = call.arguments[i];
+  const Value& value = call.arguments[i];
   if (!is_integer(value)) fail_kind(call, "an integer", value);
-  return HVM_AsInt64(value.address());
+  return number_of(value).whole;
 }
 
 HostHash* table_argument(const BuiltinCall& call, std::size_t i) {

@@ -6,6 +6,7 @@
 
 #include <limits>
 
+#include "script/library/numbers.hpp"
 #include "script/syntax/diagnostics.hpp"
 #include "script/syntax/unicode.hpp"
 #include "script/text/integer_value.hpp"
@@ -16,19 +17,11 @@ namespace hvm {
 namespace {
 
 std::size_t position_of(const Value& index) {
-  HostValue record = index.record();
   if (!is_integer(index))
     throw Failure(fmt::format("the position in a string is an integer, not {}", kind_in_words(index)));
-  const std::int64_t position = HVM_AsInt64(&record);
+  const std::int64_t position = number_of(index).whole;
   if (position < 0) throw Failure(fmt::format("the position {} in a string is negative", position));
   return static_cast<std::size_t>(position);
-}
-
-/// Runs `read` with the text as a view of its own kind of characters.
-template <class Read>
-Value of_text(const Value& text, Read read) {
-  if (text.tag() == ValueTag::wide_string) return read(wide_text_of(text.record()));
-  return read(text_of(text.record()));
 }
 
 }  // namespace
@@ -36,7 +29,7 @@ Value of_text(const Value& text, Read read) {
 Value character_at(const Value& text, ValueSpan indices) {
   if (indices.size() != 1) throw Failure(fmt::format("a string takes one index, not {}", indices.size()));
   const std::size_t position = position_of(indices[0]);
-  return of_text(text, [&](auto whole) {
+  return with_characters(text, [&](auto whole) {
     auto rest = whole.substr(character_offset(whole, position));
     if (rest.empty())
       throw Failure(fmt::format("the position {} is beyond the string, which has {}", position,
@@ -50,7 +43,7 @@ Value character_at(const Value& text, ValueSpan indices) {
 Value characters_between(const Value& text, const Value& low, const Value& high) {
   const std::size_t first = low.is_nil() ? 0 : position_of(low);
   const std::size_t last = high.is_nil() ? std::numeric_limits<std::size_t>::max() : position_of(high);
-  return of_text(text, [&](auto whole) {
+  return with_characters(text, [&](auto whole) {
     const auto rest = whole.substr(character_offset(whole, first));
     if (last <= first) return Value(rest.substr(0, 0));
     return Value(rest.substr(0, character_offset(rest, last - first)));

@@ -8,6 +8,13 @@
 
 namespace hvm {
 
+/// Gives the text of a string to `read`, as a view of its own kind of characters. Requires: `text` is a string.
+template <class Read>
+auto with_characters(const Value& text, Read read) {
+  if (text.tag() == ValueTag::wide_string) return read(wide_text_of(text.record()));
+  return read(text_of(text.record()));
+}
+
 /// The character at the one index, as a string. Throws `Failure` for any other number of indices, for an index that is
 /// no integer, and for a position outside of the string.
 Value character_at(const Value& text, ValueSpan indices);

@@ -5,6 +5,7 @@
 #include <chrono>
 
 #include "script/library/arguments.hpp"
+#include "script/library/characters.hpp"
 #include "script/library/range.hpp"
 #include "script/library/script_end.hpp"
 #include "script/library/truth.hpp"
@@ -30,8 +31,7 @@ Value print(const BuiltinCall& call) {
 }
 
 std::size_t characters_in(const Value& text) {
-  const HostValue& record = text.record();
-  return text.tag() == ValueTag::wide_string ? character_count(wide_text_of(record)) : character_count(text_of(record));
+  return with_characters(text, [](auto characters) { return character_count(characters); });
 }
 
 Value len(const BuiltinCall& call) {

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "script/library/numbers.hpp"
 #include "script/syntax/diagnostics.hpp"
 #include "script/text/integer_value.hpp"
 #include "script/text/value_kinds.hpp"
@@ -25,10 +26,9 @@ Range::Range(const std::vector<Value>& arguments) {
 }
 
 std::int64_t Range::number(const Value& argument) {
-  HostValue record = argument.record();
   if (argument.tag() == ValueTag::integer64) is_short_ = false;
   if (!is_integer(argument)) throw Failure(fmt::format("range: it takes integers, not {}", kind_in_words(argument)));
-  return HVM_AsInt64(&record);
+  return number_of(argument).whole;
 }
 
 std::int64_t Range::count() const {

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 
+#include "script/library/characters.hpp"
 #include "script/library/numbers.hpp"
 #include "script/run/operators.hpp"
 #include "script/syntax/diagnostics.hpp"
@@ -123,9 +124,7 @@ Value repeated(Text text, std::int64_t times) {
 
 /// The string so often, an empty one when the number is not positive.
 Value repeated(const Value& text, const Value& times) {
-  const std::int64_t count = number_of(times).whole;
-  if (text.tag() == ValueTag::wide_string) return repeated(wide_text_of(text.record()), count);
-  return repeated(text_of(text.record()), count);
+  return with_characters(text, [&](auto characters) { return repeated(characters, number_of(times).whole); });
 }
 
 }  // namespace
