@@ -9,8 +9,8 @@
 #include <set>
 
 #include "cli/expectations.hpp"
-#include "script/library/script_end.hpp"
 #include "script/run/interpreter.hpp"
+#include "script/stop/script_end.hpp"
 
 namespace hvm {
 namespace {

@@ -17,11 +17,11 @@
 #include "cli/repl.hpp"
 #include "cli/streams.hpp"
 #include "cli/test_runner.hpp"
-#include "script/library/script_end.hpp"
 #include "script/library/script_file.hpp"
 #include "script/module/array_module.hpp"
 #include "script/module/fault_report.hpp"
 #include "script/run/interpreter.hpp"
+#include "script/stop/script_end.hpp"
 
 namespace hvm {
 namespace {
@@ -40,6 +40,7 @@ struct Settings {
   bool shows_version = false;
   bool is_unchecked = false;
   bool counts_leaks = false;
+  bool stays = false;             // at a prompt after the script
   std::vector<std::string> rest;  // the script and its arguments, or the arguments of -e
 };
 
@@ -59,6 +60,11 @@ TextSize terminal_size() {
 
 bool comes_by_standard_input(const Settings& settings) {
   return !settings.has_code && (settings.rest.empty() || settings.rest.front() == "-");
+}
+
+/// Whether a script is named that is the standard input itself.
+bool reads_script_from_input(const Settings& settings) {
+  return !settings.has_code && !settings.rest.empty() && settings.rest.front() == "-";
 }
 
 /// The script that the settings name; null for the REPL.
@@ -83,10 +89,10 @@ void run_scripts(const Settings& settings, const Module& module) {
   options.text_size = terminal_size;
   Interpreter interpreter(module.functions, std::move(options));
   interpreter.set_global("args", arguments_table(arguments));
-  if (source)
+  if (source && !settings.stays)
     interpreter.run(interpreter.parse(source));
   else
-    run_repl(interpreter);
+    run_repl(interpreter, source);
 }
 
 /// The exit status of what `run_scripts` runs. An error is reported when the variables of the script are gone, since
@@ -152,6 +158,7 @@ void describe(CLI::App& app, Settings& settings) {
   app.prefix_command();
   app.set_help_flag("--help,-h", "say this and end");
   const auto code = app.add_option("-e", settings.code, "run this code")->type_name("CODE");
+  const auto stay = app.add_flag("-i", settings.stays, "stay at a prompt after the script or CODE");
   const auto test = app.add_option("--test", settings.test_directory, "run every *.hvm below a directory as a test")
                         ->type_name("DIR")
                         ->check(CLI::ExistingDirectory);
@@ -171,6 +178,7 @@ void describe(CLI::App& app, Settings& settings) {
       app.add_flag("--version", settings.shows_version,
                    "say the version, the processor's vector instructions, the module and its libraries");
   code->excludes(test)->excludes(list_flag)->excludes(version);
+  stay->excludes(test)->excludes(list_flag)->excludes(version);
   test->excludes(list_flag)->excludes(version);
 }
 
@@ -203,6 +211,10 @@ std::optional<int> parse_command_line(int argc, char** argv, Settings& settings)
   const bool takes_no_script = settings.lists || settings.shows_version || !settings.test_directory.empty();
   if (takes_no_script && !settings.rest.empty()) {
     put_error({"hvm: ", settings.rest.front(), " is one argument too many\n"});
+    return wrong_usage;
+  }
+  if (settings.stays && !(isatty(STDIN_FILENO) == 1 && !reads_script_from_input(settings))) {
+    put_error({"hvm: -i needs a terminal as its standard input\n"});
     return wrong_usage;
   }
   return std::nullopt;

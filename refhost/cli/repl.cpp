@@ -2,112 +2,192 @@
 
 #include "cli/repl.hpp"
 
-#include <editline/readline.h>
 #include <fmt/format.h>
-#include <langinfo.h>
-#include <locale.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
 
-#include <cstdlib>
-#include <cstring>
-#include <memory>
-#include <new>
-#include <optional>
+#include <algorithm>
+#include <filesystem>
 
+#include "cli/completions.hpp"
+#include "cli/help.hpp"
+#include "cli/history_file.hpp"
+#include "cli/inputs.hpp"
+#include "cli/interrupts.hpp"
+#include "cli/line_editor.hpp"
 #include "cli/streams.hpp"
+#include "script/stop/script_end.hpp"
+#include "script/syntax/unicode.hpp"
 
 namespace hvm {
 namespace {
 
-/// A line without its end; no value at the end of file.
-std::optional<std::string> read_line(const char* prompt) {
-  const std::unique_ptr<char, decltype(&std::free)> line(readline(prompt), &std::free);
-  return line ? std::optional<std::string>(line.get()) : std::nullopt;
+bool has_terminal() {
+  termios settings = {};
+  return tcgetattr(STDIN_FILENO, &settings) == 0;
 }
 
-/// Makes the line editor read UTF-8, also when the user's locale has only ASCII.
-void use_unicode() {
-  const bool has_locale = setlocale(LC_CTYPE, "") != nullptr;
-  if (!has_locale || std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0) setlocale(LC_CTYPE, "C.UTF-8");
+bool has_more_to_read() {
+  int count = 0;
+  return ioctl(STDIN_FILENO, FIONREAD, &count) == 0 && count > 0;
+}
+
+std::string folder_of(const std::string& path) {
+  const std::string folder = std::filesystem::path(path).parent_path().string();
+  return path.empty() || !folder.empty() ? folder : ".";
 }
 
 class Repl {
  public:
-  explicit Repl(Interpreter& interpreter) : interpreter_(interpreter) {}
+  explicit Repl(Interpreter& interpreter)
+      : interpreter_(interpreter),
+        history_(history_path()),
+        session_(folder_of(history_path())),
+        inputs_(interpreter, session_, [this](const std::string& input) { remember(input); }),
+        editor_([&interpreter](std::string_view line) { return completion_of(line, interpreter); }) {}
 
-  void run() {
-    using_history();
-    while (const auto line = read_line(pending_.empty() ? "> " : "... ")) {
-      if (line->find_first_not_of(" \t") != std::string::npos) add_history(line->c_str());
-      pending_ += *line + "\n";
-      take_pending();
+  void run(const SourcePtr& script) {
+    try {
+      greet();
+      if (script) inputs_.run_script(script);
+      read_inputs();
+    } catch (const ScriptExit&) {
+      session_.end();
+      throw;
     }
-    put("\n");
-    if (!pending_.empty()) report_unfinished();
   }
 
  private:
-  SourcePtr source() const { return std::make_shared<SourceText>(fmt::format("<input {}>", count_), pending_); }
-
-  void take_pending() {
-    try {
-      const Program program = interpreter_.parse(source());
-      finish_input();
-      run(program);
-    } catch (const ScriptError& error) {
-      if (error.is_incomplete()) return;
-      finish_input();
-      report(error);
-    } catch (const std::bad_alloc&) {
-      finish_input();
-      put_error({"error: out of memory\n"});
-    }
+  void greet() {
+    put(fmt::format("hvm {}, type help for help\n", HVM_VERSION));
+    for (const std::string& path : session_.lost_sessions())
+      put(fmt::format("A session did not come to its end; its inputs are in {}\n", path));
+    for (const std::string& input : history_.read()) editor_.remember(input);
+    tell_complaint();
   }
 
-  /// The variables stay, and may leave no memory for the place of the error.
-  static void report(const ScriptError& error) {
-    try {
-      put_error({error.report()});
-    } catch (const std::bad_alloc&) {
-      put_error({"error: ", error.message(), "\n"});
-    }
+  void tell_complaint() {
+    const std::string complaint = history_.complaint();
+    if (!complaint.empty()) put_error({"hvm: ", complaint, "\n"});
   }
 
-  void finish_input() {
+  void remember(const std::string& input) {
+    editor_.remember(input);
+    history_.add(input);
+    tell_complaint();
+  }
+
+  void read_inputs() {
+    bool goes_on = true;
+    while (goes_on) {
+      finish_output();
+      const TypedLine line = editor_.read(pending_.empty() ? "> " : "... ");
+      if (line.end == TypedLine::End::closed) return close();
+      if (line.end == TypedLine::End::dropped)
+        drop();
+      else
+        goes_on = take(line.text);
+    }
+    session_.end();
+  }
+
+  void drop() {
+    put("\n");
     pending_.clear();
-    ++count_;
+    read_size_ = 0;
   }
 
-  void run(const Program& program) {
-    interpreter_.define(program);
-    for (const Statement& statement : program.statements) {
-      const auto* expression = std::get_if<ExpressionStatement>(&statement.form);
-      if (!expression) {
-        interpreter_.run(statement, program.source);
-        continue;
-      }
-      const Value value = interpreter_.evaluate(*expression->expression, program.source);
-      if (!value.is_nil()) put(interpreter_.shown(value, program.source, statement.span) + "\n");
-    }
+  /// The input has ended. Where the terminal is gone the inputs of the session are kept for the next one.
+  void close() {
+    if (!has_terminal()) return;
+    session_.end();
+    put("\n");
+    if (!pending_.empty()) inputs_.report_unfinished(pending_);
   }
 
-  void report_unfinished() {
-    try {
-      interpreter_.parse(source());
-    } catch (const ScriptError& error) {
-      report(error);
+  /// Returns false at the user's wish to leave.
+  bool take(const std::string& line) {
+    if (pending_.empty()) {
+      const std::string words(trimmed(line));
+      timing_ = Inputs::Timing::untold;
+      if (words.empty()) return true;
+      if (is_free("exit") && words == "exit") return remember(words), false;
+      if (is_free("quit") && (words == "quit" || words == "quit()")) return remember(words), false;
+      const auto asked = is_free("help") ? help_asked(words) : std::nullopt;
+      if (asked) return remember(words), put(asked->empty() ? help_topics() : help_on(*asked, interpreter_)), true;
+      if (words.front() == ':') return take_command(words), true;
     }
+    take_part(line);
+    return true;
   }
+
+  /// Whether a word has no meaning of the script's own.
+  bool is_free(const char* word) const { return !interpreter_.has_global(word) && !interpreter_.fn(word); }
+
+  void take_part(const std::string& line) {
+    pending_ += line + "\n";
+    // A long block that still comes in is not read again for each of its lines.
+    const bool is_long = pending_.size() > long_input && pending_.size() < read_size_ + read_size_ / 8;
+    if (is_long && has_more_to_read()) return;
+    read_size_ = pending_.size();
+    if (!inputs_.run(pending_, timing_)) return;
+    pending_.clear();
+    read_size_ = 0;
+  }
+
+  // ---- Commands
+
+  void take_command(const std::string& words) {
+    const std::size_t end = std::min(words.find_first_of(" \t"), words.size());
+    const std::string name = words.substr(0, end);
+    const std::string rest(trimmed(std::string_view(words).substr(end)));
+    if (name == ":time" && !rest.empty()) {
+      timing_ = Inputs::Timing::told;
+      return take_part(rest);
+    }
+    remember(words);
+    if (name == ":vars" && rest.empty()) return show_variables();
+    if (name == ":load" && !rest.empty()) return inputs_.load(unquoted(rest));
+    if (name == ":save" && !rest.empty()) return save(unquoted(rest));
+    const auto& known = prompt_commands();
+    const auto command = std::find_if(known.begin(), known.end(), [&](const auto& each) { return each.name == name; });
+    inputs_.tell_error(command == known.end() ? fmt::format("there is no command {}; help(commands) lists them", name)
+                                              : fmt::format("it is written {}", command->usage));
+  }
+
+  static std::string unquoted(const std::string& path) {
+    const bool is_quoted = path.size() > 1 && path.front() == '"' && path.back() == '"';
+    return is_quoted ? path.substr(1, path.size() - 2) : path;
+  }
+
+  void show_variables() {
+    std::size_t widest = 0;
+    for (const std::string& name : interpreter_.globals()) widest = std::max(widest, name.size());
+    for (const std::string& name : interpreter_.globals())
+      put(fmt::format("{:<{}}  {}\n", name, widest, inputs_.outline(name)));
+  }
+
+  void save(const std::string& path) {
+    const std::string failure = save_script(path, session_.script());
+    failure.empty() ? put(fmt::format("saved in {}\n", path)) : inputs_.tell_error(failure);
+  }
+
+  static constexpr std::size_t long_input = std::size_t{16} << 10;
 
   Interpreter& interpreter_;
-  std::string pending_;
-  int count_ = 1;
+  HistoryFile history_;
+  Session session_;
+  Inputs inputs_;
+  LineEditor editor_;
+  Interrupts interrupts_;
+  std::string pending_;        // the lines of an input that goes on
+  std::size_t read_size_ = 0;  // of what was found to go on
+  Inputs::Timing timing_ = Inputs::Timing::untold;
 };
 
 }  // namespace
 
-void run_repl(Interpreter& interpreter) {
-  use_unicode();
-  Repl(interpreter).run();
-}
+void run_repl(Interpreter& interpreter, const SourcePtr& script) { Repl(interpreter).run(script); }
 
 }  // namespace hvm

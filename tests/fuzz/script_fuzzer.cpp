@@ -7,8 +7,8 @@
 #include <cstdlib>
 
 #include "fuzz/fuzz_session.hpp"
-#include "script/library/script_end.hpp"
 #include "script/run/interpreter.hpp"
+#include "script/stop/script_end.hpp"
 #include "script/syntax/diagnostics.hpp"
 
 namespace {

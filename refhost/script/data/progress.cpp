@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include "script/stop/interruption.hpp"
+
 namespace hvm {
 namespace {
 
@@ -57,6 +59,7 @@ void Progress::parts(const char* what, std::uint64_t done, std::uint64_t total) 
 }
 
 bool Progress::is_due() {
+  obey_interruption();
   if (!is_at_terminal_) return false;
   const Clock::time_point now = Clock::now();
   if (now < next_) return false;

@@ -18,6 +18,8 @@ class Progress {
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
+  // Both throw `ScriptInterrupted` when the user has asked for it.
+
   /// So many bytes are done, of so many; 0: nobody knows of how many.
   void bytes(std::uint64_t done, std::uint64_t total);
   /// So many things are done, of so many.

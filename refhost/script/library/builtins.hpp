@@ -43,11 +43,17 @@ struct BuiltinCall {
   Printer printer(Detail detail) const;
 };
 
+/// Whether a call is made for its value or for what it does.
+enum class Gives { value, nothing };
+
 struct Builtin {
   std::string_view name;
   int minimum;  // of the number of arguments
   int maximum;  // -1: any number
   Value (*body)(const BuiltinCall& call);
+  std::string_view usage;    // the forms of a call, such as `round(x)` and `round(x, digits)`, with a line end between
+  std::string_view summary;  // what it does, in a sentence
+  Gives gives = Gives::value;
 };
 
 /// The built-in functions of one source file.

@@ -290,14 +290,17 @@ Value to_json(const BuiltinCall& call) {
 
 // clang-format off
 constexpr Builtin rows[] = {
-    {"parse_json", 1, 1, parse_json},
-    {"read_csv", 1, 2, read_csv},
-    {"read_csv_array", 1, 2, read_csv_array},
-    {"read_lines", 1, 1, read_lines},
-    {"read_text", 1, 1, read_text},
-    {"to_json", 1, 2, to_json},
-    {"write_csv", 2, 3, write_csv},
-    {"write_text", 2, 2, write_text},
+    {"parse_json", 1, 1, parse_json, "parse_json(text)", "Reads JSON: objects and arrays become tables."},
+    {"read_csv", 1, 2, read_csv, "read_csv(path)\nread_csv(path, options)",
+     "Reads a CSV file into a table of its columns."},
+    {"read_csv_array", 1, 2, read_csv_array, "read_csv_array(path)\nread_csv_array(path, options)",
+     "Reads the numbers of a CSV file into an array."},
+    {"read_lines", 1, 1, read_lines, "read_lines(path)", "Gives the lines of a file as a table of strings."},
+    {"read_text", 1, 1, read_text, "read_text(path)", "Gives a whole file as a string."},
+    {"to_json", 1, 2, to_json, "to_json(value)\nto_json(value, indent)", "Gives a value as JSON."},
+    {"write_csv", 2, 3, write_csv, "write_csv(path, data)\nwrite_csv(path, data, options)",
+     "Writes a table of columns or an array as a CSV file.", Gives::nothing},
+    {"write_text", 2, 2, write_text, "write_text(path, text)", "Writes a string into a file.", Gives::nothing},
 };
 // clang-format on
 

@@ -7,8 +7,8 @@
 #include "script/library/arguments.hpp"
 #include "script/library/characters.hpp"
 #include "script/library/range.hpp"
-#include "script/library/script_end.hpp"
 #include "script/library/truth.hpp"
+#include "script/stop/interruption.hpp"
 #include "script/syntax/diagnostics.hpp"
 #include "script/syntax/unicode.hpp"
 #include "script/text/value_kinds.hpp"
@@ -58,6 +58,7 @@ Value range(const BuiltinCall& call) {
     call.fail(fmt::format("a table of {} numbers is too long; 'for' walks a range without one", range.count()));
   Value table = Value::table();
   for (int i = 0; range.has_more(); ++i, range.advance()) {
+    obey_interruption();
     const Value number = range.value();
     set_entry(table_of(table.record()), i, number.record());
   }
@@ -87,15 +88,18 @@ Value clock(const BuiltinCall&) {
 
 // clang-format off
 constexpr Builtin rows[] = {
-    {"assert", 1, 2, assertion},
-    {"clock", 0, 0, clock},
-    {"error", 1, 1, error},
-    {"exit", 0, 1, exit},
-    {"len", 1, 1, len},
-    {"print", 0, -1, print},
-    {"range", 1, 3, range},
-    {"str", 1, 1, str},
-    {"type", 1, 1, type},
+    {"assert", 1, 2, assertion, "assert(condition)\nassert(condition, text)",
+     "Fails unless the condition holds.", Gives::nothing},
+    {"clock", 0, 0, clock, "clock()", "Gives a time in seconds, for measuring durations."},
+    {"error", 1, 1, error, "error(text)", "Fails with this message.", Gives::nothing},
+    {"exit", 0, 1, exit, "exit()\nexit(status)", "Ends the script, with a status from 0 to 255.", Gives::nothing},
+    {"len", 1, 1, len, "len(x)",
+     "Gives the characters of a string, the entries of a table, or the first extent of an array."},
+    {"print", 0, -1, print, "print(value, ...)", "Prints values with blanks between them.", Gives::nothing},
+    {"range", 1, 3, range, "range(stop)\nrange(start, stop)\nrange(start, stop, step)",
+     "Gives a table of whole numbers; a for loop walks it without one."},
+    {"str", 1, 1, str, "str(x)", "Gives the full text of a value."},
+    {"type", 1, 1, type, "type(x)", "Gives the name of the kind of a value."},
 };
 // clang-format on
 

@@ -285,11 +285,15 @@ Value save_plot(const BuiltinCall& call) {
 
 // clang-format off
 constexpr Builtin rows[] = {
-    {"plot", 1, 3, plot},
-    {"plot_histogram", 1, 3, plot_histogram},
-    {"plot_matrix", 1, 2, plot_matrix},
-    {"plot_points", 1, 3, plot_points},
-    {"save_plot", 1, 2, save_plot},
+    {"plot", 1, 3, plot, "plot(y)\nplot(x, y)\nplot(x, y, options)", "Draws a curve as text.", Gives::nothing},
+    {"plot_histogram", 1, 3, plot_histogram,
+     "plot_histogram(a)\nplot_histogram(a, bins)\nplot_histogram(a, bins, options)", "Draws how often values occur.", Gives::nothing},
+    {"plot_matrix", 1, 2, plot_matrix, "plot_matrix(a)\nplot_matrix(a, options)",
+     "Draws an array of two axes, a cell for each element.", Gives::nothing},
+    {"plot_points", 1, 3, plot_points, "plot_points(y)\nplot_points(x, y)\nplot_points(x, y, options)",
+     "Draws points as text.", Gives::nothing},
+    {"save_plot", 1, 2, save_plot, "save_plot(path)\nsave_plot(path, options)",
+     "Writes the last picture into a file.", Gives::nothing},
 };
 // clang-format on
 

@@ -10,6 +10,7 @@
 
 #include "script/library/arguments.hpp"
 #include "script/library/table_circles.hpp"
+#include "script/stop/interruption.hpp"
 #include "script/text/value_kinds.hpp"
 
 namespace hvm {
@@ -52,12 +53,16 @@ struct SortItem {
 
 /// NaN is behind all other numbers.
 bool is_number_before(const SortItem& a, const SortItem& b) {
+  obey_interruption();
   if (std::isnan(a.number.real) || std::isnan(b.number.real))
     return !std::isnan(a.number.real) && std::isnan(b.number.real);
   return is_less(a.number, b.number);
 }
 
-bool is_text_before(const SortItem& a, const SortItem& b) { return a.text < b.text; }
+bool is_text_before(const SortItem& a, const SortItem& b) {
+  obey_interruption();
+  return a.text < b.text;
+}
 
 /// Collects the values of a table, which stays as it is, and sorts them.
 class Sorter {
@@ -65,6 +70,7 @@ class Sorter {
   explicit Sorter(const BuiltinCall& call) : call_(call) {}
 
   void add(const Entry& entry) {
+    obey_interruption();
     const HostValue& record = has_argument(call_, 1) ? inner(entry) : *entry.value;
     const Value decisive = Value::sharing(record);
     if (!decisive.is_number() && !decisive.is_string())
@@ -119,12 +125,13 @@ Value sort(const BuiltinCall& call) {
 
 // clang-format off
 constexpr Builtin rows[] = {
-    {"append", 2, -1, append},
-    {"has", 2, 2, has},
-    {"keys", 1, 1, keys},
-    {"remove", 2, 2, remove},
-    {"sort", 1, 2, sort},
-    {"values", 1, 1, values},
+    {"append", 2, -1, append, "append(table, value, ...)", "Adds values behind the others of a table.", Gives::nothing},
+    {"has", 2, 2, has, "has(table, key)", "Says whether a table has a key."},
+    {"keys", 1, 1, keys, "keys(table)", "Gives a table of the keys."},
+    {"remove", 2, 2, remove, "remove(table, key)", "Removes an entry from a table and gives its value."},
+    {"sort", 1, 2, sort, "sort(table)\nsort(table, key)",
+     "Gives the values of a table in ascending order, or tables by their entry at a key."},
+    {"values", 1, 1, values, "values(table)", "Gives a table of the values."},
 };
 // clang-format on
 

@@ -203,14 +203,15 @@ Value lower(const BuiltinCall& call) { return Value(lower_case(text_argument(cal
 
 // clang-format off
 constexpr Builtin rows[] = {
-    {"find", 2, 3, find},
-    {"format", 1, -1, format},
-    {"join", 1, 2, join},
-    {"lower", 1, 1, lower},
-    {"replace", 3, 3, replace},
-    {"split", 1, 2, split},
-    {"trim", 1, 1, trim},
-    {"upper", 1, 1, upper},
+    {"find", 2, 3, find, "find(text, part)\nfind(text, part, start)", "Gives the position of the first occurrence, nil when there is none."},
+    {"format", 1, -1, format, "format(pattern, value, ...)", "Puts values into the {} of a pattern."},
+    {"join", 1, 2, join, "join(table)\njoin(table, separator)", "Makes one string of the values of a table."},
+    {"lower", 1, 1, lower, "lower(text)", "Gives the text in lower case."},
+    {"replace", 3, 3, replace, "replace(text, old, new)", "Replaces all occurrences of a part."},
+    {"split", 1, 2, split, "split(text)\nsplit(text, separator)",
+     "Makes a table of the parts between blanks or separators."},
+    {"trim", 1, 1, trim, "trim(text)", "Gives the text without the blanks at both ends."},
+    {"upper", 1, 1, upper, "upper(text)", "Gives the text in upper case."},
 };
 // clang-format on
 

@@ -21,6 +21,18 @@ namespace hvm {
 /// The file that is loaded when none is named.
 inline constexpr const char* array_module_file = "arrayfold.so";
 
+/// A method of arrays.
+struct ArrayMethod {
+  const char* name;
+  const char* usage;
+  const char* summary;
+};
+inline constexpr ArrayMethod array_methods[] = {
+    {"dump", "a.dump()", "Gives the elements of an array as text."},
+    {"reshape", "a.reshape(n, ...)", "Changes the shape of the array itself; there is no value."},
+    {"shape", "a.shape()", "Gives a table of the extents."},
+};
+
 /// The kind of an array, such as `double` of `$xdoublearray`; no value for anything else.
 std::optional<std::string> kind_of_array(const Value& value);
 

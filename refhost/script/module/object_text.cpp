@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <functional>
 #include <string_view>
 
 namespace hvm {
@@ -41,43 +42,54 @@ std::int64_t offset_of(const Extents& extents, const Extents& position) {
   return offset;
 }
 
+/// Arranges elements: the extents, how many positions to show at each end of an axis, the text of an element.
+using Arrangement = std::function<std::string(const Extents&, std::int64_t, const ElementText&)>;
+
 /// Elements from the text of `dump`. Those that it can only show as null (NaN, infinities) are read one by one where
 /// the type reads elements.
 std::string text_by_dump(const ModuleCaller& caller, Value& object, const Extents& extents, std::int64_t count,
-                         std::int64_t edge) {
+                         std::int64_t edge, const Arrangement& arranged) {
   std::string dump = dump_of(caller, object).value_or("");
   const std::vector<std::string_view> tokens = tokens_of(dump);
   if (static_cast<std::int64_t>(tokens.size()) != count) return dump;
-  return bracketed(extents, edge, [&](const Extents& position) {
+  return arranged(extents, edge, [&](const Extents& position) {
     const std::string_view token = tokens[static_cast<std::size_t>(offset_of(extents, position))];
     if (token == "null") return element_text(caller, object, position).value_or("null");
     return brief_token(token);
   });
 }
 
-std::string text_by_reading(const ModuleCaller& caller, Value& object, const Extents& extents, std::int64_t edge) {
-  return bracketed(extents, edge,
-                   [&](const Extents& position) { return element_text(caller, object, position).value_or("?"); });
+std::string text_by_reading(const ModuleCaller& caller, Value& object, const Extents& extents, std::int64_t edge,
+                            const Arrangement& arranged) {
+  return arranged(extents, edge,
+                  [&](const Extents& position) { return element_text(caller, object, position).value_or("?"); });
 }
 
-std::string elements_text(const ModuleCaller& caller, Value& object, const Extents& extents) {
+std::string elements_text(const ModuleCaller& caller, Value& object, const Extents& extents,
+                          const Arrangement& arranged) {
   std::int64_t count = 1;
   for (const std::int64_t extent : extents) count *= extent;
-  if (count <= most_shown) return text_by_dump(caller, object, extents, count, 0);
+  if (count <= most_shown) return text_by_dump(caller, object, extents, count, 0, arranged);
   const std::int64_t edge = edge_of(extents);
   const bool is_readable = element_text(caller, object, Extents(extents.size(), 0)).has_value();
-  return is_readable ? text_by_reading(caller, object, extents, edge)
-                     : text_by_dump(caller, object, extents, count, edge);
+  return is_readable ? text_by_reading(caller, object, extents, edge, arranged)
+                     : text_by_dump(caller, object, extents, count, edge, arranged);
+}
+
+/// The kind and shape with what `arranged` makes of the elements; no value for an object that is no array.
+std::optional<std::string> text_of_array(const ModuleCaller& caller, Value& object, const Arrangement& arranged) {
+  const auto extents = shape_of(caller, object);
+  if (!extents || extents->size() > most_axes) return std::nullopt;
+  const std::string elements = elements_text(caller, object, *extents, arranged);
+  const char* blank = elements.empty() || elements.front() == '\n' ? "" : " ";
+  return fmt::format("{}({}){}{}", kind_of_array(object).value_or(type_name_of(object_of(object.record()))),
+                     fmt::join(*extents, ", "), blank, elements);
 }
 
 std::string text_of_object(const ModuleCaller& caller, Value& object, Detail detail) {
-  const std::string name = type_name_of(object_of(object.record()));
-  const auto extents = shape_of(caller, object);
-  if (detail == Detail::full || !extents || extents->size() > most_axes)
-    return dump_of(caller, object).value_or(fmt::format("<{}>", name));
-  const std::string elements = elements_text(caller, object, *extents);
-  const char* blank = elements.empty() || elements.front() == '\n' ? "" : " ";
-  return fmt::format("{}({}){}{}", kind_of_array(object).value_or(name), fmt::join(*extents, ", "), blank, elements);
+  if (detail == Detail::brief)
+    if (auto text = text_of_array(caller, object, bracketed)) return *std::move(text);
+  return dump_of(caller, object).value_or(fmt::format("<{}>", type_name_of(object_of(object.record()))));
 }
 
 }  // namespace
@@ -88,6 +100,18 @@ ObjectText object_text(const ModuleCaller& caller, const ArrayChecks& checks, De
     checks.extents(caller, object);
     out += text_of_object(caller, object, detail);
   };
+}
+
+std::string aligned_object_text(const ModuleCaller& caller, const ArrayChecks& checks, Value object,
+                                std::size_t width) {
+  checks.extents(caller, object);
+  const auto in_columns = [&](const Extents& extents, std::int64_t edge, const ElementText& element) {
+    const std::size_t front =
+        kind_of_array(object).value_or("").size() + fmt::format("({}) ", fmt::join(extents, ", ")).size();
+    return aligned(extents, edge, element, front, width);
+  };
+  if (auto text = text_of_array(caller, object, in_columns)) return *std::move(text);
+  return text_of_object(caller, object, Detail::full);
 }
 
 }  // namespace hvm

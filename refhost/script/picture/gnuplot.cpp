@@ -17,6 +17,7 @@
 
 #include "script/data/descriptor.hpp"
 #include "script/picture/figure.hpp"
+#include "script/stop/interruption.hpp"
 
 namespace hvm {
 namespace {
@@ -141,6 +142,7 @@ std::string output_of_gnuplot(const std::string& commands) {
   write_end.close();
   std::string output = read_whole(read_end);
   if (gnuplot.await()) return output;
+  obey_interruption();  // it has ended gnuplot, too
   if (lseek(errors.number(), 0, SEEK_SET) < 0) fail_by_system("gnuplot fails");
   throw PictureError(fmt::format("gnuplot fails: {}", complaint_in(read_whole(errors))));
 }

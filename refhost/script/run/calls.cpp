@@ -50,6 +50,10 @@ Value Calls::call_fn(const Function& function, std::vector<Value> arguments, Spa
     if (function.source->is_library() && !site_.source()->is_library()) fail_in_library(function.name, error, span);
     error.add_call(function.name, *site_.source(), span);
     throw;
+  } catch (ScriptInterrupted& end) {
+    if (function.source->is_library() && !site_.source()->is_library()) end.move_to(site_.source(), span);
+    if (end.place() && !function.source->is_library()) end.place()->add_call(function.name, *site_.source(), span);
+    throw;
   }
 }
 

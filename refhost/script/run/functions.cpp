@@ -4,6 +4,8 @@
 
 #include <fmt/format.h>
 
+#include <map>
+
 #include "script/explain/other_names.hpp"
 #include "script/library/builtins.hpp"
 #include "script/library/script_file.hpp"
@@ -28,6 +30,15 @@ std::shared_ptr<const Function> Functions::fn(const std::string& name) const {
 
 std::shared_ptr<const Function> Functions::fn(const std::string& name, const SourceText& caller) const {
   return caller.is_library() ? found(of_libraries_, name) : fn(name);
+}
+
+std::vector<std::shared_ptr<const Function>> Functions::fns() const {
+  std::map<std::string, std::shared_ptr<const Function>> by_name(of_scripts_.begin(), of_scripts_.end());
+  by_name.insert(of_libraries_.begin(), of_libraries_.end());
+  std::vector<std::shared_ptr<const Function>> all;
+  all.reserve(by_name.size());
+  for (auto& entry : by_name) all.push_back(std::move(entry.second));
+  return all;
 }
 
 bool Functions::has(const std::string& name) const { return fn(name) || find_builtin(name) || module_.find(name); }

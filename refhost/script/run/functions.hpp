@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "script/module/module_functions.hpp"
 #include "script/syntax/tree.hpp"
@@ -28,6 +29,8 @@ class Functions {
   std::shared_ptr<const Function> fn(const std::string& name, const SourceText& caller) const;
   /// The module's function of a name, null when there is none.
   arrayfold::EntryFunction of_module(const std::string& name) const { return module_.find(name); }
+  /// All fns that scripts see, by name.
+  std::vector<std::shared_ptr<const Function>> fns() const;
   /// Whether there is a function of this name: a fn, a built-in one or the module's.
   bool has(const std::string& name) const;
   /// What to write in place of an unknown function, as the end of a sentence: where it comes from when it is part of a

@@ -2,6 +2,7 @@
 
 #include "script/run/interpreter.hpp"
 
+#include <algorithm>
 #include <new>
 
 #include "script/module/object_text.hpp"
@@ -89,14 +90,49 @@ Value Interpreter::evaluate(const Expression& expression, const SourcePtr& sourc
   return parts_->evaluator.evaluate(expression);
 }
 
+void Interpreter::interrupt() noexcept {
+  is_interruption_requested = true;
+  parts_->steps.interrupt();
+}
+
 void Interpreter::set_global(const std::string& name, Value value) {
   parts_->scopes.set_global(name, std::move(value));
 }
 
-std::string Interpreter::shown(const Value& value, const SourcePtr& source, Span span) {
+bool Interpreter::has_global(const std::string& name) const { return parts_->scopes.is_set_global(name); }
+
+std::vector<std::string> Interpreter::globals() const {
+  std::vector<std::string> names = parts_->scopes.set_globals();
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+std::vector<std::shared_ptr<const Function>> Interpreter::fns() const { return parts_->functions.fns(); }
+
+std::shared_ptr<const Function> Interpreter::fn(const std::string& name) const { return parts_->functions.fn(name); }
+
+const std::vector<std::string>& Interpreter::module_names() const { return parts_->functions.module().names(); }
+
+std::string Interpreter::shown(const Value& value, const SourcePtr& source, Span span, std::size_t width) {
   const SourceScope scope(parts_->site, source);
-  const ObjectText objects = object_text(parts_->site.caller(span), parts_->checks, Detail::brief);
-  return parts_->site.placed(span, [&] { return Printer(Detail::brief, objects).text_in_table(value); });
+  const ModuleCaller caller = parts_->site.caller(span);
+  return parts_->site.placed(span, [&] {
+    if (value.is_object()) return aligned_object_text(caller, parts_->checks, value, width);
+    return Printer(Detail::brief, object_text(caller, parts_->checks, Detail::brief)).shortened_text(value);
+  });
+}
+
+std::string Interpreter::outline(const std::string& name) {
+  constexpr std::size_t most_characters = 50;
+  const Value* global = parts_->scopes.global(name);
+  if (!global) return {};
+  Value value = *global;
+  if (value.is_table())
+    return "a table of " + counted(static_cast<std::size_t>(entry_count(table_of(value.record()))), "entry", "entries");
+  const SourceScope scope(parts_->site, std::make_shared<SourceText>("<outline>", ""));
+  const ModuleCaller caller = parts_->site.caller({});
+  if (value.is_object()) return parts_->site.placed({}, [&] { return described(caller, value); });
+  return Printer(Detail::brief, {}).shortened_text(value, most_characters);
 }
 
 }  // namespace hvm

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "script/library/builtins.hpp"
 #include "script/module/module_functions.hpp"
@@ -43,9 +44,27 @@ class Interpreter {
   void run(const Program& program);
   Value evaluate(const Expression& expression, const SourcePtr& source);
 
+  /// Ends what runs with `ScriptInterrupted`, as soon as it comes to a step. A signal handler may call this, and calls
+  /// it again while that has not come about.
+  void interrupt() noexcept;
+
   void set_global(const std::string& name, Value value);
-  /// `value` as in a printed table, for a REPL.
-  std::string shown(const Value& value, const SourcePtr& source, Span span);
+  /// Whether a global variable of this name has a value.
+  bool has_global(const std::string& name) const;
+  /// The names of the global variables that have a value, sorted.
+  std::vector<std::string> globals() const;
+  /// The fns that were defined or loaded, by name.
+  std::vector<std::shared_ptr<const Function>> fns() const;
+  /// The fn of a name, null when there is none.
+  std::shared_ptr<const Function> fn(const std::string& name) const;
+  /// The names of the module's functions.
+  const std::vector<std::string>& module_names() const;
+
+  /// `value` as in a printed table, for a prompt: an array in aligned columns that fit into `width`, what is long
+  /// shortened.
+  std::string shown(const Value& value, const SourcePtr& source, Span span, std::size_t width);
+  /// What a global variable holds, in a few words, such as `7`, `double (2, 3)` or `a table of 3 entries`.
+  std::string outline(const std::string& name);
 
  private:
   struct Parts;

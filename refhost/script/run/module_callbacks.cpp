@@ -7,8 +7,8 @@
 #include <algorithm>
 #include <new>
 
-#include "script/library/script_end.hpp"
 #include "script/module/fault_report.hpp"
+#include "script/stop/script_end.hpp"
 
 namespace hvm {
 

@@ -50,10 +50,17 @@ void Scopes::set_global(const std::string& name, Value value) {
   globals_[slot].give(std::move(value));
 }
 
-bool Scopes::is_set_global(const std::string& name) const {
+const Value* Scopes::global(const std::string& name) const {
   // A script that could not be read to its end leaves names without a slot.
   const auto slot = global_names_.find(name);
-  return slot && *slot < globals_.size() && globals_[*slot].is_set;
+  return slot && *slot < globals_.size() && globals_[*slot].is_set ? &globals_[*slot].value : nullptr;
+}
+
+std::vector<std::string> Scopes::set_globals() const {
+  std::vector<std::string> names;
+  for (std::size_t i = 0; i < globals_.size(); ++i)
+    if (globals_[i].is_set) names.push_back(global_names_.name(i));
+  return names;
 }
 
 std::uint32_t Scopes::tree_slot(const Variable& variable) const {

@@ -55,7 +55,11 @@ class Scopes {
   /// Gives every global name a slot.
   void make_room();
   void set_global(const std::string& name, Value value);
-  bool is_set_global(const std::string& name) const;
+  bool is_set_global(const std::string& name) const { return global(name) != nullptr; }
+  /// The value of a global variable; null when it has none.
+  const Value* global(const std::string& name) const;
+  /// The names of the global variables that have a value.
+  std::vector<std::string> set_globals() const;
 
   /// The slot of a variable of the running scope. It stays where it is until names are added or the scope ends.
   Slot& slot_of(const Variable& variable) {

@@ -26,13 +26,16 @@ Statements::Flow Statements::execute(const Block& block) {
 }
 
 Statements::Flow Statements::execute(const Statement& statement) {
-  steps_.take();
   // A fault may also come without a call of the module in the script: when the last reference to an object is dropped.
   const RunningMark mark(site_.source().get(), statement.span.begin, false);
   try {
+    steps_.take();
     return std::visit([&](const auto& form) { return execute(form, statement.span); }, statement.form);
   } catch (const std::bad_alloc&) {
     site_.fail("out of memory", statement.span);
+  } catch (ScriptInterrupted& end) {
+    end.set_place(site_.source(), statement.span);
+    throw;
   }
 }
 

@@ -74,6 +74,9 @@ void Uses::run(const std::string& path, Span span) {
   } catch (ScriptError& error) {
     if (error.source() != site_.source()) error.add_use(source->name(), *site_.source(), span);
     throw;
+  } catch (ScriptInterrupted& end) {
+    if (end.place()) end.place()->add_use(source->name(), *site_.source(), span);
+    throw;
   }
 }
 

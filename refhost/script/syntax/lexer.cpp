@@ -235,6 +235,12 @@ class Lexer {
 
 TokenList lex(const SourcePtr& source) { return Lexer(source).words(); }
 
+std::vector<std::string> keyword_names() {
+  std::vector<std::string> names;
+  for (const Spelling& word : keywords) names.emplace_back(word.text);
+  return names;
+}
+
 const char* described(TokenKind kind) {
   switch (kind) {
     case TokenKind::end_of_source:

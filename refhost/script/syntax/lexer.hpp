@@ -97,6 +97,9 @@ struct TokenList {
 /// Splits `source` into tokens. A newline inside round or square brackets gives no token. Throws `ScriptError`.
 TokenList lex(const SourcePtr& source);
 
+/// The words that are no names, in the order of the alphabet.
+std::vector<std::string> keyword_names();
+
 /// The name of a kind of token in messages, such as `')'` or `a name`.
 const char* described(TokenKind kind);
 

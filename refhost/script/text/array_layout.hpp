@@ -27,4 +27,10 @@ std::int64_t edge_of(const Extents& extents);
 /// them; an `edge` of 0 shows every position.
 std::string bracketed(const Extents& extents, std::int64_t edge, const ElementText& element);
 
+/// The same for a terminal of `width` columns: in one line when there is one row and it fits behind the `front` columns
+/// that precede it, otherwise in lines of their own, the first one after a line end, with the elements of each column
+/// below each other. A row that is too wide continues in the next lines.
+std::string aligned(const Extents& extents, std::int64_t edge, const ElementText& element, std::size_t front,
+                    std::size_t width);
+
 }  // namespace hvm

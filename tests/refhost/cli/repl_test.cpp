@@ -30,6 +30,8 @@ class Terminal {
     if (child_ < 0) throw std::system_error(errno, std::generic_category(), "there is no pseudo-terminal");
     if (child_ == 0) {
       setenv("TERM", "dumb", 1);
+      setenv("XDG_STATE_HOME", place_.path().c_str(), 1);
+      unsetenv("HVM_HISTORY");
       if (locale) setenv("LC_ALL", locale, 1);
       execl(HVM_PROGRAM, HVM_PROGRAM, "--module", module.c_str(), nullptr);
       _exit(127);
@@ -98,6 +100,7 @@ class Terminal {
     return false;
   }
 
+  Workplace place_;  // of the history
   int terminal_ = -1;
   pid_t child_ = -1;
   bool is_running_ = true;

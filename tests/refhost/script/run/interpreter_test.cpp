@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "script/library/script_end.hpp"
+#include "script/stop/script_end.hpp"
 #include "script_run.hpp"
 
 namespace hvm::testing {

@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include "code_text.hpp"
-#include "script/library/script_end.hpp"
+#include "script/stop/script_end.hpp"
 #include "script_run.hpp"
 
 namespace hvm::testing {

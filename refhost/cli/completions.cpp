@@ -1,0 +1,172 @@
+// cli/completions.cpp: what a word at the prompt may become
+
+#include "cli/completions.hpp"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <set>
+
+#include "cli/help.hpp"
+#include "script/module/array_module.hpp"
+#include "script/syntax/lexer.hpp"
+#include "script/syntax/unicode.hpp"
+
+namespace hvm {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool is_in_name(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+}
+
+/// Where the line ends.
+struct Ending {
+  bool is_in_comment = false;
+  std::size_t quote = std::string_view::npos;  // the offset of the quotation mark of an open string
+};
+
+Ending ending_of(std::string_view line) {
+  Ending ending;
+  for (std::size_t i = 0; i < line.size(); ++i) {
+    const char c = line[i];
+    const bool is_in_string = ending.quote != std::string_view::npos;
+    if (c == '\n') ending = {};
+    if (ending.is_in_comment) continue;
+    if (is_in_string && c == '\\') ++i;
+    if (c == '"') ending.quote = is_in_string ? std::string_view::npos : i;
+    if (c == '#' && !is_in_string) ending.is_in_comment = true;
+  }
+  return ending;
+}
+
+void keep_matches(Completion& completion, const std::set<std::string>& words, std::string_view typed) {
+  for (const std::string& word : words)
+    if (word.compare(0, typed.size(), typed) == 0) completion.matches.push_back(word);
+}
+
+/// Whether a file name can be typed as it is.
+bool is_plain(const std::string& name) {
+  return std::none_of(
+             name.begin(), name.end(),
+             [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f' || c == '"' || c == '\\'; }) &&
+         first_invalid_utf8(name) == std::string_view::npos;
+}
+
+/// Files that begin as the path that is typed from `begin` on. A folder ends with a slash.
+Completion files(std::string_view line, std::size_t begin, const char* shown_after) {
+  const std::string typed(line.substr(begin));
+  const std::size_t slash = typed.rfind('/');
+  const std::string folder = slash == std::string::npos ? "" : typed.substr(0, slash + 1);
+  const std::string front = typed.substr(folder.size());
+  Completion completion;
+  completion.begin = begin + folder.size();
+  std::set<std::string> names;
+  std::error_code error;
+  for (fs::directory_iterator entry(folder.empty() ? "." : folder, error), end; !error && entry != end;
+       entry.increment(error)) {
+    std::string name = entry->path().filename().string();
+    const bool is_hidden = name.front() == '.' && front.empty();
+    if (is_hidden || !is_plain(name)) continue;
+    std::error_code no_folder;
+    if (entry->is_directory(no_folder)) name += '/';
+    names.insert(std::move(name));
+  }
+  keep_matches(completion, names, front);
+  const bool is_file = completion.matches.size() == 1 && completion.matches.front().back() != '/';
+  if (is_file) completion.shown_after = shown_after;
+  return completion;
+}
+
+/// Whether a word stands at the end of `text`, blanks aside.
+bool ends_with_word(std::string_view text, std::string_view word) {
+  text = trimmed(text);
+  if (text.size() < word.size() || text.substr(text.size() - word.size()) != word) return false;
+  return text.size() == word.size() || !is_in_name(text[text.size() - word.size() - 1]);
+}
+
+Completion quoted(std::string_view line, std::size_t quote) {
+  Completion completion = files(line, quote + 1, "\"");
+  if (!ends_with_word(line.substr(0, quote), "use")) return completion;
+  Completion libraries;
+  libraries.begin = quote + 1;
+  keep_matches(libraries, {"arrays"}, line.substr(quote + 1));
+  if (libraries.matches.empty() || completion.begin != libraries.begin) return completion;
+  completion.matches.insert(completion.matches.end(), libraries.matches.begin(), libraries.matches.end());
+  std::sort(completion.matches.begin(), completion.matches.end());
+  if (completion.matches.size() == 1) completion.shown_after = "\"";
+  return completion;
+}
+
+Completion commands(std::string_view line, std::size_t begin) {
+  Completion completion;
+  completion.begin = begin;
+  std::set<std::string> names;
+  for (const PromptCommand& command : prompt_commands()) names.insert(command.name);
+  keep_matches(completion, names, line.substr(begin));
+  completion.shown_after = " ";
+  return completion;
+}
+
+Completion methods(std::string_view line, std::size_t begin) {
+  Completion completion;
+  completion.begin = begin;
+  std::set<std::string> names;
+  for (const ArrayMethod& method : array_methods) names.insert(method.name);
+  keep_matches(completion, names, line.substr(begin));
+  completion.shown_after = "(";
+  return completion;
+}
+
+Completion names(std::string_view line, std::size_t begin, const Interpreter& interpreter) {
+  std::set<std::string> functions;
+  for (const std::string_view name : builtin_names()) functions.emplace(name);
+  functions.insert(interpreter.module_names().begin(), interpreter.module_names().end());
+  for (const auto& function : interpreter.fns()) {
+    // Names that begin with that of their library are its own.
+    const bool is_inner = function->source->is_library() &&
+                          function->name.rfind(fs::path(function->source->name()).stem().string() + "_", 0) == 0;
+    if (!is_inner) functions.insert(function->name);
+  }
+  std::set<std::string> words = functions;
+  for (const std::string& name : interpreter.globals()) words.insert(name);
+  for (const std::string& name : keyword_names()) words.insert(name);
+  for (const char* word : {"exit", "help", "quit"}) words.insert(word);
+  Completion completion;
+  completion.begin = begin;
+  keep_matches(completion, words, line.substr(begin));
+  const std::string_view before = trimmed(line.substr(0, begin));
+  const bool asks_help = before == "help" || before == "help(";
+  const bool is_function = completion.matches.size() == 1 && functions.count(completion.matches.front()) != 0 &&
+                           !interpreter.has_global(completion.matches.front());
+  if (is_function && !asks_help) completion.shown_after = "(";
+  if (completion.matches.size() == 1 && before == "help(") completion.shown_after = ")";
+  return completion;
+}
+
+}  // namespace
+
+Completion completion_of(std::string_view line, const Interpreter& interpreter) {
+  const std::size_t last_line = line.rfind('\n') + 1;  // npos + 1 is 0
+  const std::size_t first = std::min(line.find_first_not_of(" \t", last_line), line.size());
+  const std::string_view word = line.substr(first, line.find_first_of(" \t", first) - first);
+  const std::size_t behind = first + word.size();
+  if (word == ":load" || word == ":save") {
+    const std::size_t begin = std::min(line.find_first_not_of(" \t", behind), line.size());
+    if (begin > behind) return files(line, begin, "");
+  }
+  if (!word.empty() && word.front() == ':' && behind == line.size()) return commands(line, first);
+  const Ending ending = ending_of(line);
+  if (ending.is_in_comment) return {};
+  if (ending.quote != std::string_view::npos) return quoted(line, ending.quote);
+  std::size_t begin = line.size();
+  while (begin > 0 && is_in_name(line[begin - 1])) --begin;
+  const bool is_number = begin < line.size() && line[begin] >= '0' && line[begin] <= '9';
+  if (is_number) return {};
+  const bool is_behind_point = begin > 1 && line[begin - 1] == '.' &&
+                               (is_in_name(line[begin - 2]) || line[begin - 2] == ')' || line[begin - 2] == ']');
+  return is_behind_point ? methods(line, begin) : names(line, begin, interpreter);
+}
+
+}  // namespace hvm

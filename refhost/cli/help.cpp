@@ -1,0 +1,225 @@
+// cli/help.cpp: help at the prompt
+
+#include "cli/help.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "script/library/script_file.hpp"
+#include "script/module/array_module.hpp"
+#include "script/syntax/diagnostics.hpp"
+#include "script/syntax/lexer.hpp"
+#include "script/syntax/unicode.hpp"
+
+namespace hvm {
+namespace {
+
+struct KeywordHelp {
+  const char* names;  // with blanks around each
+  const char* usage;
+  const char* summary;
+};
+
+constexpr KeywordHelp keyword_table[] = {
+    {" if then elseif else ", "if c\n  ...\nelseif c\n  ...\nelse\n  ...\nend",
+     "Runs the block of the first condition that holds. On one line: if c then ... end."},
+    {" while do ", "while c\n  ...\nend", "Runs its block as long as the condition holds."},
+    {" for in ", "for i in range(n)\n  ...\nend\nfor v in t ... end\nfor k, v in t ... end",
+     "Runs its block for each number of a range, or each value of a table."},
+    {" break ", "break", "Ends the innermost loop."},
+    {" continue ", "continue", "Goes on with the next turn of the innermost loop."},
+    {" fn return ", "fn name(a, b)\n  return a + b\nend", "Defines a function. Without return a call gives nil."},
+    {" try catch ", "try\n  ...\ncatch e\n  ...\nend",
+     "Runs the second block when the first one fails, with the message in e."},
+    {" use ", "use \"file.hvm\"\nuse \"arrays\"", "Runs another script once, or loads the library of array functions."},
+    {" and or not ", "a and b, a or b, not a", "Conditions: a number that is not zero is true, nil is false."},
+    {" nil ", "nil", "The value of a call without a result, and of an absent entry."},
+    {" true false ", "true, false", "The numbers 1 and 0."},
+    {" end ", "end", "Ends a block of if, while, for, fn or try."},
+};
+
+/// Lines with two blanks before each.
+std::string indented(std::string_view lines) {
+  std::string text;
+  while (!lines.empty()) {
+    const std::string_view line = lines.substr(0, lines.find('\n'));
+    text += fmt::format("  {}\n", line);
+    lines.remove_prefix(std::min(lines.size(), line.size() + 1));
+  }
+  return text;
+}
+
+std::string entry(std::string_view usage, std::string_view summary) {
+  return fmt::format("{}{}\n", indented(usage), summary);
+}
+
+/// Words in lines of at most 78 characters.
+std::string in_lines(const std::vector<std::string>& words) {
+  constexpr std::size_t widest = 78;
+  std::string text;
+  std::size_t width = 0;
+  for (const std::string& word : words) {
+    const bool breaks = width + word.size() + 1 > widest;
+    if (breaks) text += '\n';
+    width = breaks ? 0 : width;
+    text += (width == 0 ? "  " : " ") + word;
+    width += word.size() + (width == 0 ? 2 : 1);
+  }
+  return text + "\n";
+}
+
+std::string builtin_list() {
+  std::vector<std::string> names;
+  for (const std::string_view name : builtin_names()) names.emplace_back(name);
+  std::sort(names.begin(), names.end());
+  return in_lines(names) + "help(print) tells of one.\n";
+}
+
+std::string module_list(const Interpreter& interpreter) {
+  return in_lines(interpreter.module_names()) + "They belong to the module. help(name) tells of one.\n";
+}
+
+std::string keyword_list() { return in_lines(keyword_names()) + "help(for) tells of one.\n"; }
+
+std::string command_list() {
+  std::string text;
+  for (const PromptCommand& command : prompt_commands())
+    text += fmt::format("  {:<18} {}\n", command.usage, command.summary);
+  return text;
+}
+
+std::string variable_names(const Interpreter& interpreter) {
+  return interpreter.globals().empty() ? "There are no variables.\n" : in_lines(interpreter.globals());
+}
+
+/// The comment right above a fn, without its marks.
+std::string comment_above(const SourceText& source, std::size_t fn_line) {
+  std::string text;
+  for (std::size_t line = fn_line - 1; line > 0; --line) {
+    const std::string_view words = trimmed(source.line_text(line));
+    if (words.empty() || words.front() != '#') break;
+    text = fmt::format("{}\n{}", trimmed(words.substr(1)), text);
+  }
+  return text;
+}
+
+/// The line on which a fn begins; 0 when it cannot be told.
+std::size_t line_of(const Function& function) {
+  const std::string& text = function.source->text();
+  const std::string opening = "fn " + function.name;
+  for (std::size_t at = text.find(opening); at != std::string::npos; at = text.find(opening, at + 1)) {
+    const std::size_t behind = text.find_first_not_of(" \t", at + opening.size());
+    const bool begins_word = at == 0 || text[at - 1] == '\n' || text[at - 1] == ' ' || text[at - 1] == ';';
+    if (begins_word && behind != std::string::npos && text[behind] == '(') return function.source->line(at);
+  }
+  return 0;
+}
+
+std::string help_on_fn(const Function& function) {
+  std::string parameters;
+  for (std::size_t i = 0; i < function.parameter_count; ++i) parameters += (i > 0 ? ", " : "") + function.locals[i];
+  const std::size_t line = line_of(function);
+  const std::string comment = line > 0 ? comment_above(*function.source, line) : "";
+  std::string text = entry(fmt::format("{}({})", function.name, parameters), "");
+  text.pop_back();  // the line end of the missing sentence
+  text += comment;
+  if (function.source->is_library()) return text + fmt::format("page: docs/library/{}.md\n", function.name);
+  if (line > 0) text += fmt::format("It is defined in {}, line {}.\n", function.source->name(), line);
+  return text;
+}
+
+std::optional<std::string> help_on_method(const std::string& name) {
+  for (const ArrayMethod& method : array_methods)
+    if (name == method.name) return entry(method.usage, method.summary);
+  return std::nullopt;
+}
+
+std::optional<std::string> help_on_keyword(const std::string& name) {
+  const std::string wanted = fmt::format(" {} ", name);
+  for (const KeywordHelp& help : keyword_table)
+    if (std::string_view(help.names).find(wanted) != std::string_view::npos) return entry(help.usage, help.summary);
+  return std::nullopt;
+}
+
+std::optional<std::string> help_on_topic(const std::string& name, const Interpreter& interpreter) {
+  if (name == "functions") return module_list(interpreter);
+  if (name == "builtins") return builtin_list();
+  if (name == "keywords") return keyword_list();
+  if (name == "commands") return command_list();
+  if (name == "variables") return variable_names(interpreter);
+  for (const PromptCommand& command : prompt_commands())
+    if (name == command.name) return entry(command.usage, command.summary);
+  return std::nullopt;
+}
+
+}  // namespace
+
+const std::vector<PromptCommand>& prompt_commands() {
+  static const std::vector<PromptCommand> commands = {
+      {":load", ":load FILE", "runs a script; its variables and functions stay"},
+      {":save", ":save FILE", "writes the inputs of the session as a script"},
+      {":time", ":time STATEMENT", "runs a statement and tells how long it took"},
+      {":vars", ":vars", "lists the variables and what they hold"},
+  };
+  return commands;
+}
+
+std::string help_topics() {
+  return fmt::format(
+      "Type a statement, or an expression to see its value. `_` is the value seen last.\n\n"
+      "  help(name)         tells of a function, a method or a keyword\n"
+      "  help(functions)    lists the functions of the module\n"
+      "  help(builtins)     lists those of the language\n"
+      "  help(keywords)     lists the words of statements\n\n"
+      "{}\n"
+      "  Tab                completes names, methods behind a point, files in quotes\n"
+      "  Up, Ctrl-R         bring inputs back, also those of earlier sessions\n"
+      "  Ctrl-C             ends what runs, or drops what is typed; variables stay\n"
+      "  exit, Ctrl-D       ends hvm\n\n"
+      "The language is described in docs/language.md, the prompt in docs/prompt.md.\n",
+      command_list());
+}
+
+std::string help_on(const std::string& name, const Interpreter& interpreter) {
+  if (const auto function = interpreter.fn(name)) return help_on_fn(*function);
+  if (const Builtin* builtin = find_builtin(name)) return entry(builtin->usage, builtin->summary);
+  const std::vector<std::string>& of_module = interpreter.module_names();
+  if (std::find(of_module.begin(), of_module.end(), name) != of_module.end())
+    return fmt::format("  {}(...)\nA function of the module.\n", name);
+  if (auto text = help_on_method(name)) return *text;
+  if (auto text = help_on_keyword(name)) return *text;
+  if (auto text = help_on_topic(name, interpreter)) return *text;
+  if (interpreter.has_global(name)) return fmt::format("{} is a variable. :vars tells what it holds.\n", name);
+  const std::string library = library_with(name);
+  if (!library.empty())
+    return fmt::format("{} comes with use \"{}\".\npage: docs/library/{}.md\n", name, library, name);
+  std::vector<std::string_view> known = builtin_names();
+  known.insert(known.end(), of_module.begin(), of_module.end());
+  return fmt::format("There is no help on '{}'{}. help alone lists the topics.\n", name, suggestion(name, known));
+}
+
+std::optional<std::string> help_asked(std::string_view input) {
+  constexpr std::string_view word = "help";
+  input = trimmed(input);
+  if (input.substr(0, word.size()) != word) return std::nullopt;
+  std::string_view rest = input.substr(word.size());
+  if (rest.empty()) return "";
+  const bool is_separate = rest.front() == ' ' || rest.front() == '\t';
+  rest = trimmed(rest);
+  if (rest.front() == '(') {
+    if (rest.back() != ')') return std::nullopt;
+    rest = trimmed(rest.substr(1, rest.size() - 2));
+  } else if (!is_separate) {
+    return std::nullopt;
+  }
+  const bool is_quoted = rest.size() > 1 && rest.front() == '"' && rest.back() == '"';
+  if (is_quoted) rest = rest.substr(1, rest.size() - 2);
+  const bool is_name = std::all_of(rest.begin(), rest.end(), [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == ':';
+  });
+  return is_name ? std::optional(std::string(rest)) : std::nullopt;
+}
+
+}  // namespace hvm

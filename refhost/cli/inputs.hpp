@@ -1,0 +1,56 @@
+// cli/inputs.hpp: running the inputs of a prompt
+
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <string>
+
+#include "cli/session.hpp"
+#include "cli/style.hpp"
+#include "script/run/interpreter.hpp"
+
+namespace hvm {
+
+/// Runs inputs, shows the values of expressions, and reports errors, which end only their own input. What ran to its
+/// end becomes part of the session. Ctrl-C ends the input that runs. A `ScriptExit` and an `OutputError` go through.
+class Inputs {
+ public:
+  /// `remember` gets each input before it runs.
+  Inputs(Interpreter& interpreter, Session& session, std::function<void(const std::string& input)> remember);
+
+  enum class Timing { untold, told };
+  /// Runs an input. Returns false when more lines could complete it; it is no input then.
+  bool run(const std::string& text, Timing timing = Timing::untold);
+  /// Reports what is missing in an input that does not go on.
+  void report_unfinished(const std::string& text);
+  /// Runs a script.
+  void run_script(const SourcePtr& source);
+  /// Runs the script in a file.
+  void load(const std::string& path);
+  /// What a variable holds, in a few words.
+  std::string outline(const std::string& variable);
+  /// Tells of something that is no error of a script.
+  void tell_error(const std::string& message) const;
+
+ private:
+  SourcePtr source_of(const std::string& text) const;
+  void report(const ScriptError& error) const;
+  /// Runs `action`, and reports what it throws. Returns whether it came to its end.
+  template <class Action>
+  bool guarded(Action action);
+  void run(const Program& program, SessionInput& input);
+  void show(const Value& value, const Statement& statement, const Program& program, SessionInput& input);
+  /// What is shown for nil: nothing for a call that is made for what it does.
+  std::string shown_nil(const Expression& expression) const;
+  void tell_time(std::chrono::steady_clock::duration time) const;
+
+  Interpreter& interpreter_;
+  Session& session_;
+  std::function<void(const std::string&)> remember_;
+  Style style_;
+  Style error_style_;
+  int count_ = 1;
+};
+
+}  // namespace hvm

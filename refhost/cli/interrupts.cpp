@@ -1,0 +1,165 @@
+// cli/interrupts.cpp: Ctrl-C at the prompt
+//
+// The handlers only read plain memory, and call write, timer_settime, pthread_kill, sigaction and raise.
+
+#include "cli/interrupts.hpp"
+
+#include <pthread.h>
+#include <signal.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <system_error>
+
+#include "script/module/fault_report.hpp"
+#include "script/stop/interruption.hpp"
+
+namespace hvm {
+namespace {
+
+constexpr long tick_nanoseconds = 100'000'000;
+constexpr int ticks_until_told = 10;
+constexpr int ticks_until_end = 5;  // a key that is held down does not end hvm
+
+std::atomic<Interpreter*> running{nullptr};
+std::atomic<int> presses{0};
+std::atomic<int> ticks{0};
+std::atomic<int> told_at{-1};  // in ticks; -1: not yet
+pthread_t main_thread;
+timer_t timer;
+
+void set_timer(long nanoseconds) {
+  itimerspec period = {};
+  period.it_interval.tv_nsec = nanoseconds;
+  period.it_value.tv_nsec = nanoseconds;
+  timer_settime(timer, 0, &period, nullptr);
+}
+
+/// Writes to the terminal, from a signal handler.
+class Line {
+ public:
+  Line& operator<<(const char* text) { return append(text, std::strlen(text)); }
+  Line& append(const char* text, std::size_t size) {
+    for (std::size_t i = 0; i < size && size_ < sizeof(bytes_); ++i) bytes_[size_++] = text[i];
+    return *this;
+  }
+  void put() const { [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, bytes_, size_); }
+
+ private:
+  char bytes_[256];
+  std::size_t size_ = 0;
+};
+
+bool is_in_name(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+}
+
+/// The name of the function whose call stands at the running place; empty where there is another expression.
+std::string_view called_name() {
+  const RunningPlace* place = running_place;
+  if (!place || !place->source) return {};
+  const std::string& text = place->source->text();
+  std::size_t end = place->offset;
+  while (end < text.size() && is_in_name(text[end])) ++end;
+  if (end >= text.size() || text[end] != '(') return {};
+  return std::string_view(text).substr(place->offset, end - place->offset);
+}
+
+void tell() {
+  told_at = ticks.load();
+  const std::string_view name = called_name();
+  Line line;
+  line << "\nwaiting for ";
+  if (name.empty())
+    line << (running_place && running_place->is_in_module ? "the module" : "the statement");
+  else
+    line.append(name.data(), name.size());
+  (line << (name.empty() && !(running_place && running_place->is_in_module) ? " to end" : " to return")
+        << "; press Ctrl-C again to end hvm\n")
+      .put();
+}
+
+void end_process_by(int signal) {
+  struct sigaction action = {};
+  action.sa_handler = SIG_DFL;
+  sigaction(signal, &action, nullptr);
+  raise(signal);
+}
+
+/// Whether another thread got the signal; the main thread gets it then.
+bool is_passed_on(int signal) {
+  if (pthread_equal(pthread_self(), main_thread)) return false;
+  pthread_kill(main_thread, signal);
+  return true;
+}
+
+void press(int signal) {
+  const int error = errno;
+  Interpreter* interpreter = running;
+  if (!is_passed_on(signal) && interpreter) {
+    interpreter->interrupt();
+    if (++presses == 1)
+      set_timer(tick_nanoseconds);
+    else if (told_at < 0)
+      tell();
+    else if (ticks - told_at >= ticks_until_end)
+      end_process_by(signal);
+  }
+  errno = error;
+}
+
+void tick(int signal) {
+  const int error = errno;
+  Interpreter* interpreter = running;
+  if (!is_passed_on(signal) && interpreter && presses > 0) {
+    interpreter->interrupt();
+    if (++ticks >= ticks_until_told && told_at < 0) tell();
+  }
+  errno = error;
+}
+
+void handle(int signal, void (*handler)(int)) {
+  struct sigaction action = {};
+  action.sa_handler = handler;
+  action.sa_flags = SA_RESTART | SA_ONSTACK;
+  sigaddset(&action.sa_mask, SIGINT);
+  sigaddset(&action.sa_mask, SIGALRM);
+  sigaction(signal, &action, nullptr);
+}
+
+}  // namespace
+
+Interrupts::Interrupts() {
+  main_thread = pthread_self();
+  sigevent event = {};
+  event.sigev_notify = SIGEV_SIGNAL;
+  event.sigev_signo = SIGALRM;
+  if (timer_create(CLOCK_MONOTONIC, &event, &timer) != 0)
+    throw std::system_error(errno, std::generic_category(), "there is no timer");
+  handle(SIGALRM, tick);
+  handle(SIGINT, press);
+}
+
+Interrupts::~Interrupts() {
+  handle(SIGINT, SIG_DFL);
+  timer_delete(timer);
+  handle(SIGALRM, SIG_DFL);
+}
+
+Interrupts::Run::Run(Interpreter& interpreter) noexcept {
+  presses = 0;
+  ticks = 0;
+  told_at = -1;
+  is_interruption_requested = false;
+  running = &interpreter;
+}
+
+Interrupts::Run::~Run() {
+  running = nullptr;
+  if (presses > 0) set_timer(0);
+  is_interruption_requested = false;
+}
+
+}  // namespace hvm

@@ -1,0 +1,198 @@
+// cli/line_editor.cpp: lines typed at a terminal
+
+#include "cli/line_editor.hpp"
+
+#include <histedit.h>
+#include <langinfo.h>
+#include <locale.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <new>
+
+#include "cli/streams.hpp"
+#include "script/syntax/unicode.hpp"
+
+namespace hvm {
+namespace {
+
+constexpr int history_length = 1000;
+constexpr std::size_t most_shown_matches = 200;
+
+/// Makes the line editor read UTF-8, also when the user's locale has only ASCII. Numbers keep their point.
+void use_unicode() {
+  const bool has_locale = setlocale(LC_CTYPE, "") != nullptr;
+  if (!has_locale || std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0) setlocale(LC_CTYPE, "C.UTF-8");
+}
+
+std::size_t width_of(std::string_view text) {
+  std::size_t width = 0;
+  while (!text.empty()) width += display_width(take_character(text));
+  return width;
+}
+
+/// Words in columns as wide as the widest, from top to bottom.
+std::string in_columns(const std::vector<std::string>& words, std::size_t width) {
+  std::size_t widest = 0;
+  for (const std::string& word : words) widest = std::max(widest, width_of(word));
+  const std::size_t columns = std::max<std::size_t>(1, width / (widest + 2));
+  const std::size_t rows = (words.size() + columns - 1) / columns;
+  std::string text;
+  for (std::size_t row = 0; row < rows; ++row) {
+    for (std::size_t i = row; i < words.size(); i += rows) {
+      text += words[i];
+      if (i + rows < words.size()) text.append(widest + 2 - width_of(words[i]), ' ');
+    }
+    text += '\n';
+  }
+  return text;
+}
+
+/// The bytes that all words begin with, in whole characters.
+std::size_t common_length(const std::vector<std::string>& words) {
+  const std::string& first = words.front();
+  std::size_t length = first.size();
+  for (const std::string& word : words)
+    length = std::min<std::size_t>(
+        length, std::mismatch(first.begin(), first.begin() + std::min(length, word.size()), word.begin()).first -
+                    first.begin());
+  while (length > 0 && !is_character_boundary(first, length)) --length;
+  return length;
+}
+
+}  // namespace
+
+std::size_t terminal_width() {
+  constexpr std::size_t usual = 80;
+  winsize window = {};
+  const bool is_known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &window) == 0 && window.ws_col > 0;
+  return is_known ? window.ws_col : usual;
+}
+
+/// The line editor of the system, with the functions of two keys.
+class LineEditor::Editor {
+ public:
+  explicit Editor(Completer completer) : completer_(std::move(completer)) {
+    use_unicode();
+    history_ = history_init();
+    line_ = history_ ? el_init("hvm", stdin, stdout, stderr) : nullptr;
+    if (!line_) {
+      if (history_) history_end(history_);
+      throw std::bad_alloc();
+    }
+    set_up();
+  }
+  ~Editor() {
+    el_end(line_);
+    history_end(history_);
+  }
+  Editor(const Editor&) = delete;
+  Editor& operator=(const Editor&) = delete;
+
+  TypedLine read(const std::string& prompt) {
+    prompt_ = prompt;
+    is_dropped_ = false;
+    int count = 0;
+    errno = 0;
+    const char* typed = el_gets(line_, &count);
+    if (is_dropped_ || (!typed && errno == EINTR)) return {TypedLine::End::dropped, {}};
+    if (!typed || count <= 0) return {};
+    std::string text(typed, static_cast<std::size_t>(count));
+    if (text.back() == '\n') text.pop_back();
+    return {TypedLine::End::entered, std::move(text)};
+  }
+
+  void remember(const std::string& entry) {
+    HistEvent event;
+    history(history_, &event, H_ENTER, entry.c_str());
+  }
+
+ private:
+  void set_up() {
+    HistEvent event;
+    history(history_, &event, H_SETSIZE, history_length);
+    history(history_, &event, H_SETUNIQUE, 1);
+    el_set(line_, EL_CLIENTDATA, this);
+    el_set(line_, EL_HIST, history, history_);
+    el_set(line_, EL_PROMPT, &Editor::shown_prompt);
+    el_wset(line_, EL_EDITOR, L"emacs");
+    el_wset(line_, EL_SIGNAL, 1);
+    el_wset(line_, EL_ADDFN, L"hvm-drop", L"drop the input", &Editor::drop_line);
+    el_wset(line_, EL_ADDFN, L"hvm-complete", L"complete a word", &Editor::complete_word);
+    // While a line is edited the terminal makes no signal of Ctrl-C.
+    el_wset(line_, EL_SETTY, L"-d", L"intr=", nullptr);
+    el_wset(line_, EL_BIND, L"^C", L"hvm-drop", nullptr);
+    el_wset(line_, EL_BIND, L"^I", L"hvm-complete", nullptr);
+    el_wset(line_, EL_BIND, L"^R", L"em-inc-search-prev", nullptr);
+    el_wset(line_, EL_BIND, L"\\e[3~", L"ed-delete-next-char", nullptr);
+  }
+
+  static Editor& of(EditLine* line) {
+    void* self = nullptr;
+    el_get(line, EL_CLIENTDATA, &self);
+    return *static_cast<Editor*>(self);
+  }
+
+  static char* shown_prompt(EditLine* line) { return of(line).prompt_.data(); }
+
+  static unsigned char drop_line(EditLine* line, wint_t) {
+    of(line).is_dropped_ = true;
+    const LineInfoW* info = el_wline(line);
+    el_cursor(line, static_cast<int>(info->lastchar - info->cursor));
+    return CC_NEWLINE;
+  }
+
+  static unsigned char complete_word(EditLine* line, wint_t) {
+    try {
+      return of(line).complete();
+    } catch (const std::exception&) {
+      return CC_ERROR;
+    }
+  }
+
+  unsigned char complete() {
+    const LineInfo* info = el_line(line_);
+    const std::string before(info->buffer, info->cursor);
+    // A tab before the first word indents, also in pasted text.
+    if (before.find_first_not_of(" \t", before.rfind('\n') + 1) == std::string::npos) return insert("  ");
+    const Completion completion = completer_(before);
+    if (completion.matches.empty()) return CC_ERROR;
+    const std::string typed = before.substr(completion.begin);
+    const std::size_t common = common_length(completion.matches);
+    if (completion.matches.size() == 1) {
+      const std::string rest = completion.matches.front().substr(typed.size()) + completion.shown_after;
+      return rest.empty() ? CC_NORM : insert(rest);
+    }
+    if (common > typed.size()) return insert(completion.matches.front().substr(typed.size(), common - typed.size()));
+    show(completion.matches);
+    return CC_REDISPLAY;
+  }
+
+  unsigned char insert(const std::string& text) const {
+    return el_insertstr(line_, text.c_str()) == 0 ? CC_REFRESH : CC_ERROR;
+  }
+
+  static void show(const std::vector<std::string>& matches) {
+    const bool are_too_many = matches.size() > most_shown_matches;
+    put("\n" + (are_too_many ? std::to_string(matches.size()) + " words begin so; type more letters\n"
+                             : in_columns(matches, terminal_width())));
+    finish_output();
+  }
+
+  Completer completer_;
+  History* history_ = nullptr;
+  EditLine* line_ = nullptr;
+  std::string prompt_;
+  bool is_dropped_ = false;
+};
+
+LineEditor::LineEditor(Completer completer) : editor_(std::make_unique<Editor>(std::move(completer))) {}
+LineEditor::~LineEditor() = default;
+TypedLine LineEditor::read(const std::string& prompt) { return editor_->read(prompt); }
+void LineEditor::remember(const std::string& entry) { editor_->remember(entry); }
+
+}  // namespace hvm
