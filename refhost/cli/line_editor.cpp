@@ -5,6 +5,7 @@
 #include <histedit.h>
 #include <langinfo.h>
 #include <locale.h>
+#include <signal.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -123,9 +124,11 @@ class LineEditor::Editor {
     el_wset(line_, EL_SIGNAL, 1);
     el_wset(line_, EL_ADDFN, L"hvm-drop", L"drop the input", &Editor::drop_line);
     el_wset(line_, EL_ADDFN, L"hvm-complete", L"complete a word", &Editor::complete_word);
-    // While a line is edited the terminal makes no signal of Ctrl-C.
-    el_wset(line_, EL_SETTY, L"-d", L"intr=", nullptr);
+    el_wset(line_, EL_ADDFN, L"hvm-stop", L"stop hvm until it is continued", &Editor::stop);
+    // While a line is edited the terminal makes no signals of keys.
+    el_wset(line_, EL_SETTY, L"-d", L"-isig", nullptr);
     el_wset(line_, EL_BIND, L"^C", L"hvm-drop", nullptr);
+    el_wset(line_, EL_BIND, L"^Z", L"hvm-stop", nullptr);
     el_wset(line_, EL_BIND, L"^I", L"hvm-complete", nullptr);
     el_wset(line_, EL_BIND, L"^R", L"em-inc-search-prev", nullptr);
     el_wset(line_, EL_BIND, L"\\e[3~", L"ed-delete-next-char", nullptr);
@@ -144,6 +147,11 @@ class LineEditor::Editor {
     const LineInfoW* info = el_wline(line);
     el_cursor(line, static_cast<int>(info->lastchar - info->cursor));
     return CC_NEWLINE;
+  }
+
+  static unsigned char stop(EditLine*, wint_t) {
+    raise(SIGTSTP);
+    return CC_NORM;
   }
 
   static unsigned char complete_word(EditLine* line, wint_t) {

@@ -2,121 +2,34 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <poll.h>
-#include <pty.h>
 #include <signal.h>
-#include <sys/wait.h>
-#include <termios.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
+#include <algorithm>
 #include <cstdlib>
-#include <system_error>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 
-#include "program.hpp"
+#include "terminal.hpp"
 
 namespace hvm::testing {
 namespace {
 
 using ::testing::HasSubstr;
-
-/// hvm at a terminal of its own.
-class Terminal {
- public:
-  /// `locale` is the user's, null for that of the test. Throws when there is no terminal, which ends the test.
-  explicit Terminal(const char* locale = nullptr) {
-    const std::string module = module_path("toy_module");
-    child_ = forkpty(&terminal_, nullptr, nullptr, nullptr);
-    if (child_ < 0) throw std::system_error(errno, std::generic_category(), "there is no pseudo-terminal");
-    if (child_ == 0) {
-      setenv("TERM", "dumb", 1);
-      setenv("XDG_STATE_HOME", place_.path().c_str(), 1);
-      unsetenv("HVM_HISTORY");
-      if (locale) setenv("LC_ALL", locale, 1);
-      execl(HVM_PROGRAM, HVM_PROGRAM, "--module", module.c_str(), nullptr);
-      _exit(127);
-    }
-  }
-  ~Terminal() {
-    close(terminal_);
-    if (is_running_) {
-      kill(child_, SIGKILL);
-      waitpid(child_, nullptr, 0);
-    }
-  }
-  Terminal(const Terminal&) = delete;
-  Terminal& operator=(const Terminal&) = delete;
-
-  /// Waits until the terminal shows `text`, and forgets all up to there. Gives what it forgot.
-  std::string wait_for(const std::string& text) {
-    std::size_t at = std::string::npos;
-    while ((at = shown_.find(text)) == std::string::npos) {
-      pollfd waiting{terminal_, POLLIN, 0};
-      char bytes[4096];
-      const bool has_more = poll(&waiting, 1, 20000) == 1;
-      const ssize_t count = has_more ? read(terminal_, bytes, sizeof(bytes)) : 0;
-      if (count <= 0) {
-        ADD_FAILURE() << "waited for " << text << ", but the terminal shows: " << shown_;
-        return shown_;
-      }
-      shown_.append(bytes, static_cast<std::size_t>(count));
-    }
-    const std::string before = shown_.substr(0, at + text.size());
-    shown_.erase(0, at + text.size());
-    return before;
-  }
-
-  /// Types at the prompt. The line editor shows its prompt a moment before it takes over the terminal, and an end of
-  /// file in that moment would be the terminal's own and get lost.
-  void type(const std::string& text) {
-    ASSERT_TRUE(comes_true([this] {
-      termios settings = {};
-      return tcgetattr(terminal_, &settings) == 0 && (settings.c_lflag & ICANON) == 0;
-    })) << "the line editor does not take over the terminal";
-    ASSERT_EQ(write(terminal_, text.data(), text.size()), ssize_t(text.size()));
-  }
-
-  /// Types a line at the prompt, and gives what is shown up to the next prompt.
-  std::string answer(const std::string& line, const std::string& next_prompt = "\n> ") {
-    type(line + "\n");
-    return wait_for(next_prompt);
-  }
-
-  int exit_status() {
-    int status = 0;
-    is_running_ = !comes_true([&] { return waitpid(child_, &status, WNOHANG) == child_; });
-    if (is_running_) return ADD_FAILURE() << "hvm does not end", -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  }
-
- private:
-  /// Asks again and again, for at most twenty seconds.
-  template <class Condition>
-  static bool comes_true(Condition condition) {
-    for (int i = 0; i < 20000; ++i) {
-      if (condition()) return true;
-      usleep(1000);
-    }
-    return false;
-  }
-
-  Workplace place_;  // of the history
-  int terminal_ = -1;
-  pid_t child_ = -1;
-  bool is_running_ = true;
-  std::string shown_;
-};
+using ::testing::Not;
 
 TEST(Repl, ShowsValuesSurvivesErrorsAndEndsAtTheEndOfFile) {
   Terminal terminal;
   terminal.wait_for("> ");
-  EXPECT_THAT(terminal.answer("x = 20"), ::testing::Not(HasSubstr("\r\n20")));
+  EXPECT_THAT(terminal.answer("x = 20"), Not(HasSubstr("\r\n20")));
   EXPECT_THAT(terminal.answer("x + 1"), HasSubstr("\r\n21\r\n"));
   EXPECT_THAT(terminal.answer("\"te\" + \"xt\""), HasSubstr("\r\n\"text\"\r\n"));
   EXPECT_THAT(terminal.answer("x / 0"), HasSubstr("<input 4>:1:3: error: '/' by the integer zero"));
   EXPECT_THAT(terminal.answer("x ="), HasSubstr("error: an expression expected"));
   EXPECT_THAT(terminal.answer("toy_fail()"), HasSubstr("error: toy_fail: the call failed"));
-  EXPECT_THAT(terminal.answer("toy_nothing()"), ::testing::Not(HasSubstr("nil")));
+  EXPECT_THAT(terminal.answer("toy_nothing()"), Not(HasSubstr("nil")));
   EXPECT_THAT(terminal.answer("print(toy_int(2))"), HasSubstr("\r\nint(2) [0, 1]\r\n"));
   EXPECT_THAT(terminal.answer("x"), HasSubstr("\r\n20\r\n"));
   terminal.type("\x04");
@@ -166,11 +79,544 @@ TEST(Repl, HistoryBringsALineBack) {
 
 TEST(Repl, CharactersBeyondAscii_ArriveInAnyLocale) {
   for (const char* locale : {"C", "C.UTF-8", "no_SUCH.locale"}) {
-    Terminal terminal(locale);
+    TerminalConditions conditions;
+    conditions.locale = locale;
+    Terminal terminal(conditions);
     terminal.wait_for("> ");
     EXPECT_THAT(terminal.answer("\"<\xCF\x80>\""), HasSubstr("\r\n\"<\xCF\x80>\"\r\n")) << locale;
     EXPECT_THAT(terminal.answer("len(w\"\xCF\x80\xE4\xB8\xAD\")"), HasSubstr("\r\n2\r\n")) << locale;
   }
+}
+
+// ---- Ctrl-C
+
+TEST(Repl, CtrlC_DropsALineAndABlock) {
+  Terminal terminal;
+  terminal.wait_for("> ");
+  terminal.type("x = 1 +\x03");
+  terminal.wait_for("\n> ");
+  terminal.answer("while 1", "\n... ");
+  terminal.type("x = 5\x03");
+  terminal.wait_for("\n> ");
+  EXPECT_THAT(terminal.answer("x"), HasSubstr("<input 1>:1:1: error: there is no variable 'x'"));
+  EXPECT_THAT(terminal.answer("1 + 1"), HasSubstr("\r\n2\r\n"));
+}
+
+TEST(Repl, CtrlC_EndsWhatRunsAndKeepsTheVariables) {
+  Terminal terminal;
+  terminal.wait_for("> ");
+  terminal.answer("kept = 7");
+  terminal.answer("fn spin(n)", "\n... ");
+  terminal.answer("while n > 0", "\n... ");
+  terminal.answer("n += 1L", "\n... ");
+  terminal.answer("end", "\n... ");
+  terminal.answer("end");
+  terminal.answer("fn deep(n) deep(n + 1) end");
+  const struct {
+    const char* input;
+    const char* report;
+  } rows[] = {
+      {"while 1 do end", "<input 4>:1:1: error: interrupted"},
+      {"for i in range(2000000000) do kept = 7 end", ": error: interrupted"},
+      {"spin(1)", "<input 2>:"},
+      {"try spin(1) catch e print(\"caught\") end", ": error: interrupted"},
+      {"while 1 do try deep(1) catch e end end", ": error: interrupted"},
+      {"while 1 do toy_count(1) end", ": error: interrupted"},
+      {"while 1 do range(10000000) end", ": error: interrupted"},
+      {"sort(range(9000000))", ": error: interrupted"},
+  };
+  for (const auto& row : rows) {
+    terminal.type(std::string(row.input) + "\n");
+    terminal.wait_until_it_runs();
+    terminal.press("\x03");
+    const std::string shown = terminal.wait_for("\n> ");
+    EXPECT_THAT(shown, HasSubstr(row.report)) << row.input;
+    EXPECT_THAT(shown, HasSubstr("error: interrupted")) << row.input;
+    EXPECT_THAT(shown, Not(HasSubstr("\r\ncaught"))) << row.input;
+  }
+  EXPECT_THAT(terminal.answer("kept"), HasSubstr("\r\n7\r\n"));
+  terminal.type("\x04");
+  EXPECT_EQ(terminal.exit_status(), 0);
+}
+
+TEST(Repl, CtrlC_NamesTheCallsThatLedThere) {
+  Terminal terminal;
+  terminal.wait_for("> ");
+  terminal.answer("fn spin() while 1 do end end");
+  terminal.type("spin()\n");
+  terminal.wait_until_it_runs();
+  terminal.press("\x03");
+  EXPECT_THAT(terminal.wait_for("\n> "), HasSubstr("in spin, called at <input 2>:1:1"));
+}
+
+TEST(Repl, CtrlC_InACallOfTheModuleWaitsAndSaysSo) {
+  Terminal terminal;
+  terminal.wait_for("> ");
+  terminal.answer("x = 3");
+  terminal.type("toy_wait(2000)\n");
+  terminal.wait_until_it_runs();
+  terminal.press("\x03");
+  terminal.wait_for("waiting for toy_wait to return; press Ctrl-C again to end hvm");
+  terminal.wait_for("\n> ");
+  EXPECT_THAT(terminal.answer("x"), HasSubstr("\r\n3\r\n"));
+}
+
+TEST(Repl, CtrlC_AgainInACallOfTheModuleEndsHvm) {
+  Terminal terminal;
+  terminal.wait_for("> ");
+  terminal.type("toy_wait(60000)\n");
+  terminal.wait_until_it_runs();
+  terminal.press("\x03");
+  usleep(50000);
+  terminal.press("\x03");
+  terminal.wait_for("press Ctrl-C again to end hvm");
+  terminal.press("\x03");  // of a key that is held down
+  usleep(800000);
+  terminal.press("\x03");
+  EXPECT_EQ(terminal.exit_status(), -1);
+  EXPECT_EQ(terminal.ending_signal(), SIGINT);
+}
+
+TEST(Repl, ASignalBetweenTwoInputs_ChangesNothing) {
+  Terminal terminal;
+  terminal.wait_for("> ");
+  terminal.answer("x = 3");
+  terminal.send(SIGINT);
+  terminal.wait_for("\n> ");
+  EXPECT_THAT(terminal.answer("x"), HasSubstr("\r\n3\r\n"));
+}
+
+// ---- What is shown
+
+TEST(Repl, NilIsShown_UnlessACallIsMadeForWhatItDoes) {
+  Terminal terminal;
+  terminal.wait_for("> ");
+  terminal.answer("t = []");
+  terminal.answer("fn quiet() t[0] = 1 end");
+  EXPECT_THAT(terminal.answer("nil"), HasSubstr("\r\nnil\r\n"));
+  EXPECT_THAT(terminal.answer("t[\"absent\"]"), HasSubstr("\r\nnil\r\n"));
+  EXPECT_THAT(terminal.answer("find(\"a\", \"b\")"), HasSubstr("\r\nnil\r\n"));
+  EXPECT_THAT(terminal.answer("toy_nothing()"), HasSubstr("\r\n(no value)\r\n"));
+  for (const char* quiet : {"quiet()", "append(t, 2)", "assert(1)", "x = nil"})
+    EXPECT_THAT(terminal.answer(quiet), Not(::testing::ContainsRegex("\r\n(nil|.no value.)\r\n"))) << quiet;
+}
+
+TEST(Repl, TheLastValueShown_IsAVariable) {
+  Terminal terminal;
+  terminal.wait_for("> ");
+  EXPECT_THAT(terminal.answer("_"), HasSubstr("error: there is no variable '_'"));
+  terminal.answer("20 + 1");
+  EXPECT_THAT(terminal.answer("_ * 2"), HasSubstr("\r\n42\r\n"));
+  terminal.answer("nil");
+  EXPECT_THAT(terminal.answer("_"), HasSubstr("\r\n42\r\n"));
+}
+
+TEST(Repl, WhatIsLong_IsShortened) {
+  Terminal terminal;
+  terminal.wait_for("> ");
+  EXPECT_THAT(terminal.answer("\"\xCF\x80\" * 100000"), HasSubstr("\xCF\x80\"... (100000 characters)\r\n"));
+  const std::string table = terminal.answer("range(100000)");
+  EXPECT_THAT(table, HasSubstr("...] (100000 entries)\r\n"));
+  EXPECT_LT(table.size(), 4000u);
+  EXPECT_THAT(terminal.answer("\"a\" * 400"), Not(HasSubstr("...")));
+}
+
+TEST(Repl, Arrays_StandInColumnsThatFitTheTerminal) {
+  TerminalConditions conditions;
+  conditions.columns = 30;
+  Terminal terminal(conditions);
+  terminal.wait_for("> ");
+  EXPECT_THAT(terminal.answer("toy_int(3)"), HasSubstr("\r\nint(3) [0, 1, 2]\r\n"));
+  EXPECT_THAT(terminal.answer("toy_int(3, 4)"), HasSubstr("\r\nint(3, 4)\r\n"
+                                                          "[[0, 1,  2,  3],\r\n"
+                                                          " [4, 5,  6,  7],\r\n"
+                                                          " [8, 9, 10, 11]]\r\n"));
+  EXPECT_THAT(terminal.answer("toy_int(12)"), HasSubstr("\r\nint(12)\r\n"
+                                                        "[ 0,  1,  2,  3,  4,  5,  6,\r\n"
+                                                        "  7,  8,  9, 10, 11]\r\n"));
+  EXPECT_THAT(terminal.answer("print(toy_int(3, 4))"), HasSubstr("\r\nint(3, 4) [[0, 1, 2, 3], ["));
+}
+
+TEST(Repl, Colours_AreForTerminalsThatTakeThem) {
+  const auto error_in = [](const char* type, const char* no_colour) {
+    TerminalConditions conditions;
+    conditions.type = type;
+    conditions.environment = {{"NO_COLOR", no_colour}};
+    Terminal terminal(conditions);
+    terminal.wait_for("> ");
+    terminal.type("x = )\n");
+    return terminal.wait_for("expected");
+  };
+  EXPECT_THAT(error_in("xterm", ""), HasSubstr("\x1b[1;31merror:\x1b[0m"));
+  EXPECT_THAT(error_in("xterm", "1"), Not(HasSubstr("\x1b[1;31m")));
+  EXPECT_THAT(error_in("dumb", ""), Not(HasSubstr("\x1b")));
+  EXPECT_THAT(error_in("", ""), Not(HasSubstr("\x1b")));
+}
+
+TEST(Repl, InputsAreCountedOnce) {
+  Terminal terminal;
+  terminal.wait_for("> ");
+  EXPECT_THAT(terminal.answer("1 / 0"), HasSubstr("<input 1>"));
+  terminal.answer("1 +", "\n... ");
+  EXPECT_THAT(terminal.answer(")"), HasSubstr("<input 2>"));
+  EXPECT_THAT(terminal.answer("1 / 0"), HasSubstr("<input 3>"));
+}
+
+// ---- Words and commands
+
+TEST(Repl, TheFirstLine_NamesVersionAndHelp) {
+  Terminal terminal;
+  EXPECT_THAT(terminal.wait_for("> "), ::testing::MatchesRegex("hvm [0-9.]+, type help for help\r\n> "));
+}
+
+TEST(Repl, ExitAndQuit_AreWordsOfTheirOwn) {
+  for (const char* word : {"exit", "quit", " quit() "}) {
+    Terminal terminal;
+    terminal.wait_for("> ");
+    terminal.type(std::string(word) + "\n");
+    EXPECT_EQ(terminal.exit_status(), 0) << word;
+  }
+  Terminal terminal;
+  terminal.wait_for("> ");
+  terminal.answer("quit = 5");
+  EXPECT_THAT(terminal.answer("quit"), HasSubstr("\r\n5\r\n"));
+}
+
+TEST(Repl, Help_TellsOfFunctionsKeywordsAndTopics) {
+  Terminal terminal;
+  terminal.wait_for("> ");
+  const std::string topics = terminal.answer("help");
+  EXPECT_THAT(topics, HasSubstr("help(name)"));
+  EXPECT_LT(std::count(topics.begin(), topics.end(), '\n'), 24);
+  EXPECT_THAT(terminal.answer("help(round)"), HasSubstr("  round(x, digits)\r\nGives the nearest whole number"));
+  EXPECT_THAT(terminal.answer("help while"), HasSubstr("  while c\r\n"));
+  EXPECT_THAT(terminal.answer("help(reshape)"), HasSubstr("a.reshape(n, ...)"));
+  EXPECT_THAT(terminal.answer("help(\":time\")"), HasSubstr(":time STATEMENT"));
+  EXPECT_THAT(terminal.answer("help(functions)"), HasSubstr("toy_count"));
+  EXPECT_THAT(terminal.answer("help(prnt)"), HasSubstr("There is no help on 'prnt' (did you mean 'print'?)"));
+  terminal.answer("# the area", "\n> ");
+  terminal.answer("fn area(w, h)  # of a field", "\n... ");
+  terminal.answer("return w * h", "\n... ");
+  terminal.answer("end");
+  EXPECT_THAT(terminal.answer("help(area)"), HasSubstr("  area(w, h)\r\n"));
+  EXPECT_THAT(terminal.answer("help(transpose)"), HasSubstr("comes with use \"arrays\""));
+  terminal.answer("help = 3");
+  EXPECT_THAT(terminal.answer("help"), HasSubstr("\r\n3\r\n"));
+}
+
+TEST(Repl, TimeAndVars_TellOfStatementsAndVariables) {
+  Terminal terminal;
+  terminal.wait_for("> ");
+  EXPECT_THAT(terminal.answer(":time x = 3"), ::testing::ContainsRegex("\r\n[0-9.]+ (us|ms)\r\n"));
+  EXPECT_THAT(terminal.answer(":time for i in range(3)", "\n... "), Not(HasSubstr("ms")));
+  EXPECT_THAT(terminal.answer("end"), ::testing::ContainsRegex("\r\n[0-9.]+ (us|ms)\r\n"));
+  terminal.answer("table = [1, 2]");
+  terminal.answer("a = toy_int(2, 3)");
+  terminal.answer("text = \"a\" * 60");
+  const std::string shown = terminal.answer(":vars");
+  EXPECT_THAT(shown, HasSubstr("\r\nx      3\r\n"));
+  EXPECT_THAT(shown, HasSubstr("\r\ntable  a table of 2 entries\r\n"));
+  EXPECT_THAT(shown, HasSubstr("(2, 3)\r\n"));
+  EXPECT_THAT(shown, HasSubstr("... (60 characters)\r\n"));
+  EXPECT_THAT(terminal.answer(":nothing"), HasSubstr("error: there is no command :nothing"));
+  EXPECT_THAT(terminal.answer(":load"), HasSubstr("error: it is written :load FILE"));
+}
+
+TEST(Repl, LoadAndSave_TakeScripts) {
+  const Workplace place;
+  const std::string script = place.write("area.hvm", "fn area(w, h) return w * h end\nscale = 2\n");
+  TerminalConditions conditions;
+  conditions.folder = place.path();
+  {
+    Terminal terminal(conditions);
+    terminal.wait_for("> ");
+    terminal.answer(":load area.hvm");
+    EXPECT_THAT(terminal.answer("area(2, 3) * scale"), HasSubstr("\r\n12\r\n"));
+    terminal.answer("half = _ / 2");
+    terminal.answer("half / 0");
+    EXPECT_THAT(terminal.answer(":save all.hvm"), HasSubstr("saved in all.hvm"));
+    EXPECT_THAT(terminal.answer(":save /no/such/folder/x.hvm"), HasSubstr("error: /no/such/folder/x.hvm"));
+    EXPECT_THAT(terminal.answer(":load absent.hvm"), HasSubstr("error: "));
+  }
+  std::ifstream file(place.path() + "/all.hvm");
+  const std::string saved{std::istreambuf_iterator<char>(file), {}};
+  EXPECT_EQ(saved,
+            "fn area(w, h) return w * h end\nscale = 2\n"
+            "_ = area(2, 3) * scale\n"
+            "half = _ / 2\n");
+  EXPECT_EQ(run_toy({place.path() + "/all.hvm"}).status, 0);
+}
+
+TEST(Repl, TheOptionI_StaysAfterAScript) {
+  const Workplace place;
+  TerminalConditions conditions;
+  conditions.arguments = {"-i", place.write("script.hvm", "x = 5\ny = x / 0\n")};
+  Terminal terminal(conditions);
+  EXPECT_THAT(terminal.wait_for("\n> "), HasSubstr("script.hvm:2:7: error: '/' by the integer zero"));
+  EXPECT_THAT(terminal.answer("x"), HasSubstr("\r\n5\r\n"));
+  EXPECT_EQ(run_toy({"-i", "-e", "1"}).status, 2);
+}
+
+TEST(Repl, TheOptionI_InterruptsTheScript) {
+  TerminalConditions conditions;
+  conditions.arguments = {"-i", "-e", "x = 5; print(x); while 1 do end"};
+  Terminal terminal(conditions);
+  terminal.wait_for("\n5");
+  terminal.press("\x03");
+  EXPECT_THAT(terminal.wait_for("\n> "), HasSubstr("error: interrupted"));
+  EXPECT_THAT(terminal.answer("x"), HasSubstr("\r\n5\r\n"));
+}
+
+// ---- Completion
+
+TEST(Repl, Tab_CompletesNamesMethodsAndKeywords) {
+  Terminal terminal;
+  terminal.wait_for("> ");
+  terminal.answer("distance = 7");
+  EXPECT_THAT(terminal.answer("dist\t + 1"), HasSubstr("\r\n8\r\n"));
+  EXPECT_THAT(terminal.answer("toy_cou\t1, 2)"), HasSubstr("\r\n2\r\n"));
+  terminal.answer("a = toy_int(2)");
+  EXPECT_THAT(terminal.answer("a.sh\t)"), HasSubstr("\r\n[2]\r\n"));
+  terminal.answer("whi\t 0", "\n... ");
+  terminal.answer("\tend");
+  EXPECT_THAT(terminal.answer("print(toy_n\t))"), HasSubstr("\r\nnil\r\n"));
+  EXPECT_THAT(terminal.answer("print(toy_zz\t)"), HasSubstr("there is no variable 'toy_zz'"));
+  EXPECT_THAT(terminal.answer("help(toy_fa\t"), HasSubstr("  toy_fail("));
+}
+
+TEST(Repl, Tab_ShowsSeveralMatches) {
+  Terminal terminal;
+  terminal.wait_for("> ");
+  terminal.type("toy_end\t");
+  EXPECT_THAT(terminal.wait_for("toy_end_with"), HasSubstr("\ntoy_end       toy_end_with"));
+  terminal.wait_for("\n> toy_end");
+  terminal.type("\x03");
+  terminal.wait_for("\n> ");
+  EXPECT_THAT(terminal.answer("# toy_en\t1"), Not(HasSubstr("toy_end")));
+}
+
+TEST(Repl, Tab_InQuotesCompletesFiles) {
+  const Workplace place;
+  place.write("data/measurements.csv", "a\n1\n");
+  place.write("odd\x01name.csv", "");
+  TerminalConditions conditions;
+  conditions.folder = place.path();
+  Terminal terminal(conditions);
+  terminal.wait_for("> ");
+  EXPECT_THAT(terminal.answer("read_csv(\"da\tmea\t)"), HasSubstr("[\"a\": [1]]"));
+  EXPECT_THAT(terminal.answer("len(\"odd\t\")"), HasSubstr("\r\n3\r\n"));
+  EXPECT_THAT(terminal.answer("use \"arr\t"), Not(HasSubstr("error")));
+}
+
+// ---- History
+
+TEST(Repl, History_OutlivesTheSession) {
+  const Workplace place;
+  TerminalConditions conditions;
+  conditions.state = place.path();
+  {
+    Terminal terminal(conditions);
+    terminal.wait_for("> ");
+    terminal.answer("fn twice(n)", "\n... ");
+    terminal.answer("return n * 2", "\n... ");
+    terminal.answer("end");
+    terminal.answer("text = \"\\\\n \xCF\x80\"");
+    terminal.type("\x04");
+    EXPECT_EQ(terminal.exit_status(), 0);
+  }
+  struct stat status = {};
+  ASSERT_EQ(stat((place.path() + "/hvm/history").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0600u);
+  Terminal terminal(conditions);
+  terminal.wait_for("> ");
+  terminal.type("\x10\n");
+  terminal.wait_for("\n> ");
+  EXPECT_THAT(terminal.answer("text"), HasSubstr("\r\n\"\\\\n \xCF\x80\"\r\n"));
+  terminal.type("\x10\x10\x10\n");
+  terminal.wait_for("\n> ");
+  EXPECT_THAT(terminal.answer("twice(4)"), HasSubstr("\r\n8\r\n"));
+}
+
+std::string contents(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+TEST(Repl, History_TakesTheInputsOfTwoSessions) {
+  const Workplace place;
+  TerminalConditions conditions;
+  conditions.state = place.path();
+  Terminal first(conditions);
+  Terminal second(conditions);
+  first.wait_for("> ");
+  second.wait_for("> ");
+  first.answer("1");
+  second.answer("2");
+  first.answer("3");
+  EXPECT_EQ(contents(place.path() + "/hvm/history"), "1\n2\n3\n");
+}
+
+TEST(Repl, History_KeepsTheLatestInputs) {
+  const Workplace place;
+  std::string inputs;
+  for (int i = 0; i < 5000; ++i) inputs += std::to_string(i) + "\n";
+  place.write("hvm/history", inputs);
+  TerminalConditions conditions;
+  conditions.state = place.path();
+  Terminal terminal(conditions);
+  terminal.wait_for("> ");
+  terminal.answer("7");
+  const std::string kept = contents(place.path() + "/hvm/history");
+  EXPECT_EQ(kept.substr(0, 5), "4000\n");
+  EXPECT_EQ(std::count(kept.begin(), kept.end(), '\n'), 1001);
+}
+
+TEST(Repl, History_IsWhereTheUserWantsIt) {
+  const Workplace place;
+  TerminalConditions conditions;
+  conditions.state = place.path() + "/state";
+  conditions.environment = {{"HVM_HISTORY", place.path() + "/mine"}};
+  {
+    Terminal terminal(conditions);
+    terminal.wait_for("> ");
+    terminal.answer("1");
+    EXPECT_EQ(contents(place.path() + "/mine"), "1\n");
+  }
+  conditions.environment = {{"HVM_HISTORY", ""}};
+  Terminal terminal(conditions);
+  terminal.wait_for("> ");
+  terminal.answer("1");
+  EXPECT_FALSE(std::filesystem::exists(place.path() + "/state"));
+}
+
+TEST(Repl, AHistoryThatCannotBeWritten_IsToldOnce) {
+  const Workplace place;
+  place.write("closed", "");
+  TerminalConditions conditions;
+  conditions.environment = {{"HVM_HISTORY", place.path() + "/closed/history"}};
+  Terminal terminal(conditions);
+  std::string shown = terminal.wait_for("> ");
+  shown += terminal.answer("1") + terminal.answer("2");
+  const std::size_t first = shown.find("the history is not kept");
+  ASSERT_NE(first, std::string::npos);
+  EXPECT_EQ(shown.find("the history is not kept", first + 1), std::string::npos);
+}
+
+TEST(Repl, AHistoryOfAnyBytes_DoesNoHarm) {
+  const Workplace place;
+  std::string bytes = "1 + 1\n\n\\";
+  for (int i = 0; i < 256; ++i) bytes += static_cast<char>(i);
+  bytes += "\n" + std::string(3 << 20, 'x');
+  place.write("hvm/history", bytes);
+  TerminalConditions conditions;
+  conditions.state = place.path();
+  Terminal terminal(conditions);
+  terminal.wait_for("> ");
+  EXPECT_THAT(terminal.answer("40 + 2"), HasSubstr("\r\n42\r\n"));
+}
+
+// ---- The session
+
+TEST(Repl, InputsOfASessionThatEndsInAFault_AreOffered) {
+  const Workplace place;
+  TerminalConditions conditions;
+  conditions.state = place.path();
+  {
+    Terminal terminal(conditions);
+    terminal.wait_for("> ");
+    terminal.answer("x = 41");
+    terminal.answer("x + 1");
+    terminal.type("toy_end(\"segv\")\n");
+    terminal.exit_status();
+  }
+  std::string path;
+  {
+    Terminal terminal(conditions);
+    const std::string shown = terminal.wait_for("\n> ");
+    const std::string words = "A session did not come to its end; its inputs are in ";
+    ASSERT_THAT(shown, HasSubstr(words));
+    const std::size_t begin = shown.find(words) + words.size();
+    path = shown.substr(begin, shown.find('\r', begin) - begin);
+    EXPECT_EQ(contents(path), "x = 41\nx + 1\n");
+    terminal.answer(":load " + path);
+    EXPECT_THAT(terminal.answer("x"), HasSubstr("\r\n41\r\n"));
+    terminal.type("exit\n");
+    EXPECT_EQ(terminal.exit_status(), 0);
+  }
+  Terminal terminal(conditions);
+  EXPECT_THAT(terminal.wait_for("> "), Not(HasSubstr("session")));
+}
+
+TEST(Repl, ASessionThatRuns_IsNotOfferedToAnother) {
+  const Workplace place;
+  TerminalConditions conditions;
+  conditions.state = place.path();
+  Terminal first(conditions);
+  first.wait_for("> ");
+  first.answer("x = 1");
+  Terminal second(conditions);
+  EXPECT_THAT(second.wait_for("> "), Not(HasSubstr("session")));
+}
+
+// ---- Terminals that are not as usual
+
+TEST(Repl, ATerminalThatGoesAway_EndsHvm) {
+  for (const bool ignores : {false, true}) {
+    const Workplace place;
+    TerminalConditions conditions;
+    conditions.state = place.path();
+    conditions.ignores_hangup = ignores;
+    Terminal terminal(conditions);
+    terminal.wait_for("> ");
+    terminal.answer("x = 1");
+    terminal.go_away();
+    terminal.exit_status();
+    Terminal next(conditions);
+    EXPECT_THAT(next.wait_for("\n> "), HasSubstr("A session did not come to its end")) << ignores;
+  }
+}
+
+TEST(Repl, AnyTerminal_TakesInputs) {
+  for (const char* type : {"", "dumb", "no-such-terminal", "xterm"})
+    for (const unsigned short columns : {0, 1, 2, 80, 60000}) {
+      TerminalConditions conditions;
+      conditions.type = type;
+      conditions.columns = columns;
+      Terminal terminal(conditions);
+      terminal.wait_for(">");
+      terminal.type(
+          "x = toy_int(2, 3)\nx\nto\t\x03"
+          "help\nprint(7000 + 77)\n");
+      terminal.wait_for("7077");
+      terminal.type("exit\n");
+      EXPECT_EQ(terminal.exit_status(), 0) << type << " " << columns;
+    }
+}
+
+TEST(Repl, PastedMegabytes_Arrive) {
+  Terminal terminal;
+  terminal.wait_for("> ");
+  std::string block = "t = [\n";
+  for (int i = 0; i < 100000; ++i) block += "  " + std::to_string(i) + ",\n";
+  terminal.type(block + "]\nlen(t)\n");
+  terminal.wait_for("\r\n100000\r\n");
+  EXPECT_THAT(terminal.answer("t[99999]"), HasSubstr("\r\n99999\r\n"));
+}
+
+TEST(Repl, ALongPastedLine_Arrives) {
+  Terminal terminal;
+  terminal.wait_for("> ");
+  terminal.type("s = \"" + std::string(200000, 'x') + "\"\nlen(s)\n");
+  terminal.wait_for("\r\n200000\r\n");
+}
+
+TEST(Repl, ControlCharacters_DoNoHarm) {
+  Terminal terminal;
+  terminal.wait_for("> ");
+  EXPECT_THAT(terminal.answer("\"\\x1b[2J\\x07\\0\""), HasSubstr("\r\n\"\\x1b[2J\\x07\\x00\"\r\n"));
+  terminal.type("\x80\xFF\x1B[Z\x1B[99~\x16\x01\x05\x0B\x15\x03");
+  terminal.wait_for("\n> ");
+  EXPECT_THAT(terminal.answer("40 + 2"), HasSubstr("\r\n42\r\n"));
 }
 
 }  // namespace

@@ -3,7 +3,9 @@
 #include "toy_module.hpp"
 
 #include <signal.h>
+#include <unistd.h>
 
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -297,6 +299,13 @@ int toy_deep(HostContext ctx, HostValue* args, int, HostValue* result) {
   return 1;
 }
 
+/// Waits for so many milliseconds, whatever signals come.
+int toy_wait(HostContext, HostValue* args, int nargs, HostValue*) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(nargs > 0 ? HVM_AsInt(args) : 0);
+  while (std::chrono::steady_clock::now() < end) usleep(1000);
+  return 1;
+}
+
 constexpr arrayfold::FunctionRow rows[] = {
     {"toy_int", toy_int},         {"toy_double", toy_double},
     {"toy_nothing", toy_nothing}, {"toy_bool", toy_bool},
@@ -306,6 +315,7 @@ constexpr arrayfold::FunctionRow rows[] = {
     {"toy_set", toy_set},         {"toy_deep", toy_deep},
     {"xarange", toy_count},       {"xarray", toy_count},
     {"toy_leak", toy_leak},       {"toy_end_with", toy_end_with},
+    {"toy_wait", toy_wait},
 };
 
 }  // namespace

@@ -1,0 +1,72 @@
+// refhost/cli/terminal.hpp: hvm at a terminal of its own
+
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "program.hpp"
+
+namespace hvm::testing {
+
+/// Where and how hvm runs.
+struct TerminalConditions {
+  std::string locale;           // the user's; empty: that of the test
+  std::string type = "dumb";    // empty: the terminal says nothing of itself
+  unsigned short columns = 80;  // 0: the terminal does not say
+  unsigned short lines = 24;
+  std::vector<std::string> arguments;                            // beside the module
+  std::string module;                                            // empty: the toy module
+  std::vector<std::pair<std::string, std::string>> environment;  // what is added to it
+  std::string folder;                                            // in which it runs; empty: that of the test
+  std::string state;                                             // of the history; empty: a folder for this run alone
+  bool obeys_permissions = false;                                // also when root runs the test
+  bool ignores_hangup = false;
+};
+
+/// hvm at a pseudo-terminal.
+class Terminal {
+ public:
+  /// Throws when there is no terminal, which ends the test.
+  explicit Terminal(const TerminalConditions& conditions = {});
+  ~Terminal();
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+
+  /// Waits until the terminal shows `text`, and forgets all up to there. Gives what it forgot.
+  std::string wait_for(const std::string& text);
+  /// Types at the prompt. The line editor shows its prompt a moment before it takes over the terminal, and an end of
+  /// file in that moment would be the terminal's own and get lost.
+  void type(const std::string& text);
+  /// Types while something runs.
+  void press(const std::string& text) const;
+  /// Types a line at the prompt, and gives what is shown up to the next prompt.
+  std::string answer(const std::string& line, const std::string& next_prompt = "\n> ");
+  /// Waits until something runs that a typed line has begun.
+  void wait_until_it_runs() const;
+
+  /// Takes the terminal away.
+  void go_away();
+  /// Ends hvm by a signal.
+  void send(int signal) const;
+  pid_t id() const { return child_; }
+
+  /// Waits for the end. -1 when a signal ended it, which `ending_signal` then gives.
+  int exit_status();
+  int ending_signal() const { return signal_; }
+
+ private:
+  bool is_editing() const;
+
+  Workplace place_;
+  int terminal_ = -1;
+  pid_t child_ = -1;
+  bool is_running_ = true;
+  int signal_ = 0;
+  std::string shown_;
+};
+
+}  // namespace hvm::testing
