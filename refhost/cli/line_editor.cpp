@@ -151,7 +151,7 @@ class LineEditor::Editor {
 
   static unsigned char stop(EditLine*, wint_t) {
     raise(SIGTSTP);
-    return CC_NORM;
+    return CC_REDISPLAY;
   }
 
   static unsigned char complete_word(EditLine* line, wint_t) {
