@@ -80,13 +80,17 @@ INSTANTIATE_TEST_SUITE_P(
                R"({"of": ["a", "b"], "summed_extents_differ": true})"},
         Phrase{"the shapes of `a` and `b` do not broadcast", R"({"of": ["a", "b"], "no_broadcast": true})"}));
 
-INSTANTIATE_TEST_SUITE_P(Numbers, Phrases,
-                         ::testing::Values(Phrase{"`n` is negative", R"({"of": ["n"], "below": 0})"},
-                                           Phrase{"an extent is negative", R"({"of": "any", "below": 0})"},
-                                           Phrase{"`n` is 0", R"({"of": ["n"], "equals": 0})"},
-                                           Phrase{"`n` is beyond 32 bits", R"({"of": ["n"], "beyond_32_bits": true})"},
-                                           Phrase{"`a` is an int or int64 array, and `b` is 0",
-                                                  R"({"all": [{"of": ["a"], "kind_in": ["int array", "int64 array"]},
+INSTANTIATE_TEST_SUITE_P(
+    Numbers, Phrases,
+    ::testing::Values(Phrase{"`n` is negative", R"({"of": ["n"], "below": 0})"},
+                      Phrase{"an extent is negative", R"({"of": "any", "below": 0})"},
+                      Phrase{"an argument is negative", R"({"of": "any", "below": 0})"},
+                      Phrase{"an extent is beyond 32 bits", R"({"of": "any", "beyond_32_bits": true})"},
+                      Phrase{"an argument is beyond 32 bits", R"({"of": "any", "beyond_32_bits": true})"},
+                      Phrase{"`n` is 0", R"({"of": ["n"], "equals": 0})"},
+                      Phrase{"`n` is beyond 32 bits", R"({"of": ["n"], "beyond_32_bits": true})"},
+                      Phrase{"`a` is an int or int64 array, and `b` is 0",
+                             R"({"all": [{"of": ["a"], "kind_in": ["int array", "int64 array"]},
                                          {"of": ["b"], "equals": 0}]})"}));
 
 INSTANTIATE_TEST_SUITE_P(Memory, Phrases,
