@@ -4,6 +4,7 @@
 // be written; 2 for wrong usage; 3 when the module cannot be loaded.
 
 #include <fmt/format.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -49,6 +50,13 @@ Value arguments_table(const std::vector<std::string>& arguments) {
   return Value::table_of(values);
 }
 
+/// The text that fits into the terminal with room for the line above and the prompt below.
+TextSize terminal_size() {
+  winsize window = {};
+  const bool is_known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &window) == 0 && window.ws_col > 1 && window.ws_row > 2;
+  return is_known ? TextSize{window.ws_col - 1, window.ws_row - 2} : TextSize{};
+}
+
 bool comes_by_standard_input(const Settings& settings) {
   return !settings.has_code && (settings.rest.empty() || settings.rest.front() == "-");
 }
@@ -67,11 +75,13 @@ void run_scripts(const Settings& settings, const Module& module) {
   const std::size_t names = settings.has_code || settings.rest.empty() ? 0 : 1;
   const std::vector<std::string> arguments(settings.rest.begin() + static_cast<std::ptrdiff_t>(names),
                                            settings.rest.end());
-  Interpreter interpreter(
-      module.functions,
-      {!settings.is_unchecked, [](const std::string& text, const SourceText&, std::size_t) { put(text + "\n"); },
-       [](const std::string& warning) { put_error({warning}); },
-       comes_by_standard_input(settings) ? FileAccess::without_standard_input : FileAccess::all});
+  InterpreterOptions options;
+  options.has_checks = !settings.is_unchecked;
+  options.print = [](const std::string& text, const SourceText&, std::size_t) { put(text + "\n"); };
+  options.warn = [](const std::string& warning) { put_error({warning}); };
+  options.files = comes_by_standard_input(settings) ? FileAccess::without_standard_input : FileAccess::all;
+  options.text_size = terminal_size;
+  Interpreter interpreter(module.functions, std::move(options));
   interpreter.set_global("args", arguments_table(arguments));
   if (source)
     interpreter.run(interpreter.parse(source));

@@ -13,6 +13,9 @@
 
 namespace hvm {
 
+/// Throws a `Failure` that says what the function takes and what `value` is, and for an array what takes one instead.
+[[noreturn]] void fail_kind(const BuiltinCall& call, const char* wanted, const Value& value);
+
 /// Whether the call has an argument at `i` that is not nil.
 bool has_argument(const BuiltinCall& call, std::size_t i);
 
@@ -29,5 +32,11 @@ std::int64_t integer_argument(const BuiltinCall& call, std::size_t i);
 HostHash* table_argument(const BuiltinCall& call, std::size_t i);
 /// A key of a table.
 const HostValue& key_argument(const BuiltinCall& call, std::size_t i);
+
+/// The path of a file, the first argument. A `Failure` says that it is empty, has a zero byte, or that files are
+/// switched off.
+std::string path_argument(const BuiltinCall& call);
+/// The path of a file that is written. It is not that of the standard input.
+std::string output_path(const BuiltinCall& call);
 
 }  // namespace hvm

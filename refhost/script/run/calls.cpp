@@ -16,7 +16,7 @@ Value Calls::call(const std::string& name, std::vector<Value> arguments, Span sp
   if (const Builtin* builtin = find_builtin(name)) {
     const ModuleCaller caller = site_.caller(span);
     return site_.placed(span, [&] {
-      return call_builtin(*builtin, {caller, span, functions_.module(), checks_, print_, files_, arguments});
+      return call_builtin(*builtin, {caller, span, functions_.module(), checks_, print_, files_, pictures_, arguments});
     });
   }
   return call_module(name, arguments, span);
@@ -35,7 +35,7 @@ Value Calls::call_module(const std::string& name, std::vector<Value>& arguments,
 
 void Calls::fail_unknown(const std::string& name, Span span) const {
   if (scopes_.is_set_global(name)) site_.fail(fmt::format("'{}' is a variable, not a function", name), span);
-  site_.fail(fmt::format("there is no function '{}'{}", name, functions_.nearest(name)), span);
+  site_.fail(fmt::format("there is no function '{}'{}", name, functions_.advice(name)), span);
 }
 
 Value Calls::call_fn(const Function& function, std::vector<Value> arguments, Span span) {

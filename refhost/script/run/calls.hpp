@@ -19,7 +19,7 @@ class Statements;
 class Calls {
  public:
   Calls(Site& site, Steps& steps, CallDepth& depth, Scopes& scopes, const Functions& functions, Quotations& quotations,
-        const ArrayChecks& checks, const PrintLine& print, FileAccess files, Statements& statements)
+        const ArrayChecks& checks, const PrintLine& print, FileAccess files, Pictures& pictures, Statements& statements)
       : site_(site),
         steps_(steps),
         depth_(depth),
@@ -29,6 +29,7 @@ class Calls {
         checks_(checks),
         print_(print),
         files_(files),
+        pictures_(pictures),
         statements_(statements) {}
 
   Value call(const std::string& name, std::vector<Value> arguments, Span span);
@@ -54,6 +55,7 @@ class Calls {
   const ArrayChecks& checks_;
   const PrintLine& print_;
   FileAccess files_;
+  Pictures& pictures_;
   Statements& statements_;
 };
 
