@@ -14,6 +14,7 @@ namespace hvm {
 namespace {
 
 constexpr std::size_t most_axes = 64;
+constexpr std::int64_t most_on_a_screen = 200;  // elements
 
 /// The elements in the text of `dump`, which are separated by brackets, commas and blanks.
 std::vector<std::string_view> tokens_of(std::string_view text) {
@@ -65,11 +66,12 @@ std::string text_by_reading(const ModuleCaller& caller, Value& object, const Ext
                   [&](const Extents& position) { return element_text(caller, object, position).value_or("?"); });
 }
 
-std::string elements_text(const ModuleCaller& caller, Value& object, const Extents& extents,
+/// Of more than `most` elements it shows the head and the tail of every axis.
+std::string elements_text(const ModuleCaller& caller, Value& object, const Extents& extents, std::int64_t most,
                           const Arrangement& arranged) {
   std::int64_t count = 1;
   for (const std::int64_t extent : extents) count *= extent;
-  if (count <= most_shown) return text_by_dump(caller, object, extents, count, 0, arranged);
+  if (count <= most) return text_by_dump(caller, object, extents, count, 0, arranged);
   const std::int64_t edge = edge_of(extents);
   const bool is_readable = element_text(caller, object, Extents(extents.size(), 0)).has_value();
   return is_readable ? text_by_reading(caller, object, extents, edge, arranged)
@@ -77,10 +79,11 @@ std::string elements_text(const ModuleCaller& caller, Value& object, const Exten
 }
 
 /// The kind and shape with what `arranged` makes of the elements; no value for an object that is no array.
-std::optional<std::string> text_of_array(const ModuleCaller& caller, Value& object, const Arrangement& arranged) {
+std::optional<std::string> text_of_array(const ModuleCaller& caller, Value& object, std::int64_t most,
+                                         const Arrangement& arranged) {
   const auto extents = shape_of(caller, object);
   if (!extents || extents->size() > most_axes) return std::nullopt;
-  const std::string elements = elements_text(caller, object, *extents, arranged);
+  const std::string elements = elements_text(caller, object, *extents, most, arranged);
   const char* blank = elements.empty() || elements.front() == '\n' ? "" : " ";
   return fmt::format("{}({}){}{}", kind_of_array(object).value_or(type_name_of(object_of(object.record()))),
                      fmt::join(*extents, ", "), blank, elements);
@@ -88,7 +91,7 @@ std::optional<std::string> text_of_array(const ModuleCaller& caller, Value& obje
 
 std::string text_of_object(const ModuleCaller& caller, Value& object, Detail detail) {
   if (detail == Detail::brief)
-    if (auto text = text_of_array(caller, object, bracketed)) return *std::move(text);
+    if (auto text = text_of_array(caller, object, most_shown, bracketed)) return *std::move(text);
   return dump_of(caller, object).value_or(fmt::format("<{}>", type_name_of(object_of(object.record()))));
 }
 
@@ -110,7 +113,7 @@ std::string aligned_object_text(const ModuleCaller& caller, const ArrayChecks& c
         kind_of_array(object).value_or("").size() + fmt::format("({}) ", fmt::join(extents, ", ")).size();
     return aligned(extents, edge, element, front, width);
   };
-  if (auto text = text_of_array(caller, object, in_columns)) return *std::move(text);
+  if (auto text = text_of_array(caller, object, most_on_a_screen, in_columns)) return *std::move(text);
   return text_of_object(caller, object, Detail::full);
 }
 

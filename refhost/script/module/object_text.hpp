@@ -14,7 +14,8 @@ namespace hvm {
 /// outlive the result.
 ObjectText object_text(const ModuleCaller& caller, const ArrayChecks& checks, Detail detail);
 
-/// The brief text of an object for a terminal of this width: its rows are aligned, see `aligned`. Throws `Failure`.
+/// The brief text of an object for a terminal of this width: its rows are aligned, see `aligned`, and
+/// more than two hundred elements are shortened. Throws `Failure`.
 std::string aligned_object_text(const ModuleCaller& caller, const ArrayChecks& checks, Value object, std::size_t width);
 
 }  // namespace hvm

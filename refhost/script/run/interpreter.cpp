@@ -131,7 +131,11 @@ std::string Interpreter::outline(const std::string& name) {
     return "a table of " + counted(static_cast<std::size_t>(entry_count(table_of(value.record()))), "entry", "entries");
   const SourceScope scope(parts_->site, std::make_shared<SourceText>("<outline>", ""));
   const ModuleCaller caller = parts_->site.caller({});
-  if (value.is_object()) return parts_->site.placed({}, [&] { return described(caller, value); });
+  if (value.is_object()) {
+    const std::string words = parts_->site.placed({}, [&] { return described(caller, value); });
+    const auto kind = kind_of_array(value);
+    return kind ? *kind + words.substr(std::min(words.find(' '), words.size())) : words;
+  }
   return Printer(Detail::brief, {}).shortened_text(value, most_characters);
 }
 
