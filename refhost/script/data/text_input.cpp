@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <poll.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -11,6 +12,7 @@
 #include <system_error>
 
 #include "script/data/data_error.hpp"
+#include "script/stop/interruption.hpp"
 #include "script/syntax/unicode.hpp"
 
 namespace hvm {
@@ -109,8 +111,16 @@ void TextInput::fail_at(std::string_view text, std::size_t offset, const char* c
   fail(fmt::format("line {}, character {}: {}", lines_ + 1, characters_ + 1, cause));
 }
 
+/// Waits until there is something to read, where that may take long: at a terminal, a pipe or a device.
+void TextInput::await_text() const {
+  if (S_ISREG(status_.st_mode)) return;
+  pollfd waiting{file_.number(), POLLIN, 0};
+  while (poll(&waiting, 1, -1) < 0 && errno == EINTR) obey_interruption();
+}
+
 /// False at the end of the file.
 bool TextInput::read_more() {
+  await_text();
   const ssize_t count =
       uninterrupted([&] { return read(file_.number(), buffer_.data() + filled_, buffer_.size() - filled_); });
   if (count < 0) fail_by_system();

@@ -1,5 +1,6 @@
 // refhost/cli/repl_test.cpp: the prompt at a pseudo-terminal
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -175,6 +176,37 @@ TEST(Repl, CtrlC_AgainInACallOfTheModuleEndsHvm) {
   terminal.press("\x03");
   EXPECT_EQ(terminal.exit_status(), -1);
   EXPECT_EQ(terminal.ending_signal(), SIGINT);
+}
+
+TEST(Repl, CtrlC_EndsADrawingWithoutHarm) {
+  const Workplace place;
+  const std::string path = place.write("gnuplot", "#!/bin/sh\nsleep 60\n");
+  std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+  TerminalConditions conditions;
+  conditions.environment = {{"PATH", place.path() + ":/usr/bin:/bin"}};
+  Terminal terminal(conditions);
+  terminal.wait_for("> ");
+  terminal.type("plot([1, 2])\n");
+  terminal.wait_until_it_runs();
+  usleep(200000);
+  terminal.press("\x03");
+  EXPECT_THAT(terminal.wait_for("\n> "), HasSubstr("<input 1>:1:1: error: interrupted"));
+  EXPECT_THAT(terminal.answer("40 + 2"), HasSubstr("\r\n42\r\n"));
+}
+
+TEST(Repl, CtrlC_EndsTheReadingOfAPipe) {
+  const Workplace place;
+  ASSERT_EQ(mkfifo((place.path() + "/pipe").c_str(), 0600), 0);
+  const int writer = open((place.path() + "/pipe").c_str(), O_RDWR | O_CLOEXEC);
+  TerminalConditions conditions;
+  conditions.folder = place.path();
+  Terminal terminal(conditions);
+  terminal.wait_for("> ");
+  terminal.type("read_text(\"pipe\")\n");
+  terminal.wait_until_it_runs();
+  terminal.press("\x03");
+  EXPECT_THAT(terminal.wait_for("\n> "), HasSubstr("<input 1>:1:1: error: interrupted"));
+  close(writer);
 }
 
 TEST(Repl, ASignalBetweenTwoInputs_ChangesNothing) {

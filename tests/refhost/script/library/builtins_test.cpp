@@ -1,5 +1,9 @@
 // refhost/script/library/builtins_test.cpp: the functions that the language itself has
 
+#include <algorithm>
+#include <string>
+
+#include "script/library/builtins.hpp"
 #include "script_run.hpp"
 
 namespace hvm::testing {
@@ -17,6 +21,22 @@ TEST(Builtins, CheckTheirArguments) {
                   {"range(1, 2, 3, 4)", "!range: it takes 1 to 3 arguments, not 4"},
                   {"assert(1 == 1, \"x\"); assert(1 > 2)", "!assertion failed"},
                   {"a = clock(); assert(clock() >= a and type(a) == \"real\")", ""}});
+}
+
+TEST(Builtins, SayWhatTheyDo) {
+  for (const std::string_view name : builtin_names()) {
+    const Builtin& builtin = *find_builtin(name);
+    EXPECT_EQ(builtin.summary.substr(builtin.summary.size() - 1), ".") << name;
+    for (std::string_view forms = builtin.usage; !forms.empty();) {
+      const std::string_view form = forms.substr(0, forms.find('\n'));
+      forms.remove_prefix(std::min(forms.size(), form.size() + 1));
+      EXPECT_EQ(form.substr(0, name.size() + 1), std::string(name) + "(") << name;
+      EXPECT_EQ(form.back(), ')') << name;
+      const bool has_arguments = form.find("()") == std::string_view::npos;
+      const auto count = has_arguments ? 1 + std::count(form.begin(), form.end(), ',') : 0;
+      EXPECT_TRUE(count >= builtin.minimum && (builtin.maximum < 0 || count <= builtin.maximum)) << form;
+    }
+  }
 }
 
 TEST(Builtins, Len_CountsCharactersWhateverTheirBytesOrUnits) {

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "script/stop/interruption.hpp"
 #include "script/stop/script_end.hpp"
 #include "script_run.hpp"
 
@@ -301,7 +302,7 @@ TEST(Assignment, InASingleStatement_KeepsTheOldValueOnError) {
   const Program shown = interpreter.parse(std::make_shared<SourceText>("b.hvm", "a"));
   const auto& statement = std::get<ExpressionStatement>(shown.statements[0].form);
   const Value value = interpreter.evaluate(*statement.expression, shown.source);
-  EXPECT_EQ(interpreter.shown(value, shown.source, {}), "1");
+  EXPECT_EQ(interpreter.shown(value, shown.source, {}, 80), "1");
 }
 
 /// Whether a script comes to its end in this many steps.
@@ -349,6 +350,66 @@ TEST(Steps, BeyondTheLimit_EndEverythingThatTheInterpreterRuns) {
     EXPECT_THROW(interpreter.run(one_more), StepLimitReached);
   }
   EXPECT_TRUE(counts() == before);
+}
+
+/// Runs a script whose first `print` interrupts it. Gives where it was; empty when it came to its end.
+std::string interrupted_place(const char* script, std::uint64_t step_limit = 0) {
+  Interpreter* running = nullptr;
+  InterpreterOptions options;
+  options.print = [&](const std::string&, const SourceText&, std::size_t) { running->interrupt(); };
+  options.step_limit = step_limit;
+  Interpreter interpreter(toy_functions(), std::move(options));
+  running = &interpreter;
+  try {
+    interpreter.run(interpreter.parse(std::make_shared<SourceText>("a.hvm", script)));
+    return {};
+  } catch (ScriptInterrupted& end) {
+    const std::string report = end.place() ? end.place()->report() : "";
+    return report.substr(0, report.find('\n'));
+  }
+}
+
+TEST(Interruption, EndsTheStatementThatRuns) {
+  EXPECT_EQ(interrupted_place("x = 1\nprint(1)\nx = 2"), "a.hvm:3:1: error: interrupted");
+  EXPECT_EQ(interrupted_place("print(1)\nwhile 1\nx = 2\nend"), "a.hvm:2:1: error: interrupted");
+  EXPECT_EQ(interrupted_place("fn f()\nprint(1)\nx = 1\nend\nf()"), "a.hvm:3:1: error: interrupted");
+  EXPECT_EQ(interrupted_place("fn f()\nprint(1)\nreturn len(\"a\")\nend\nx = f()"), "a.hvm:3:1: error: interrupted");
+  EXPECT_EQ(interrupted_place("print(1)\nx = range(10000000)"), "a.hvm:2:1: error: interrupted");
+  EXPECT_EQ(interrupted_place("try\nprint(1)\nx = 1\ncatch e\nprint(e)\nend"), "a.hvm:3:1: error: interrupted");
+  EXPECT_EQ(interrupted_place("print(1)"), "");
+}
+
+TEST(Interruption, LeavesTheInterpreterAsItWas) {
+  Interpreter* running = nullptr;
+  InterpreterOptions options;
+  options.print = [&](const std::string&, const SourceText&, std::size_t) { running->interrupt(); };
+  options.step_limit = 20;
+  Interpreter interpreter(toy_functions(), std::move(options));
+  running = &interpreter;
+  const auto run = [&](const char* text) {
+    interpreter.run(interpreter.parse(std::make_shared<SourceText>("a.hvm", text)));
+  };
+  run("kept = 7");
+  EXPECT_THROW(run("print(1)\nkept = 8"), ScriptInterrupted);
+  EXPECT_NO_THROW(run("assert(kept == 7)"));
+  EXPECT_THROW(run("while 1 do end"), StepLimitReached) << "required: an interruption gives no steps back";
+}
+
+TEST(Interruption, InALibrary_IsAtTheLineThatCallsIt) {
+  is_interruption_requested = false;
+  Interpreter interpreter(toy_functions(), {});
+  interpreter.run(interpreter.parse(
+      std::make_shared<SourceText>("tools.hvm", "fn spin()\nwhile 1 do range(9) end\nend", Origin::library)));
+  const Program program = interpreter.parse(std::make_shared<SourceText>("a.hvm", "x = 1\nspin()"));
+  is_interruption_requested = true;  // the range looks for it
+  try {
+    interpreter.run(program);
+    FAIL() << "nothing was interrupted";
+  } catch (ScriptInterrupted& end) {
+    ASSERT_TRUE(end.place());
+    EXPECT_EQ(end.place()->source()->name(), "a.hvm");
+    EXPECT_EQ(end.place()->line(), 2u);
+  }
 }
 
 TEST(Deep, Tables_ArePrintedAndDestroyed) {

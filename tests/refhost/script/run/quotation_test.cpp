@@ -350,7 +350,7 @@ TEST(Scopes, TheOutermostLevel_NeverEnds) {
     const Program shown = interpreter.parse(text("reading(q)"));
     const auto& statement = std::get<ExpressionStatement>(shown.statements[0].form);
     const Value value = interpreter.evaluate(*statement.expression, shown.source);
-    EXPECT_EQ(interpreter.shown(value, shown.source, {}), "[\"text\", 8, 5]");
+    EXPECT_EQ(interpreter.shown(value, shown.source, {}, 80), "[\"text\", 8, 5]");
   }
   EXPECT_TRUE(counts() == before);
 }

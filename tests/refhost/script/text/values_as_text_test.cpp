@@ -32,6 +32,17 @@ TEST(NumberText, CountsOfOne_AreSingular) {
   EXPECT_EQ(counted(0, "index", "indices"), "0 indices");
 }
 
+TEST(Printer, ShortensWhatIsLong) {
+  const Printer printer(Detail::brief, {});
+  EXPECT_EQ(printer.shortened_text(Value(std::string_view("\xCF\x80\xCF\x80x")), 3), "\"\xCF\x80\xCF\x80x\"");
+  EXPECT_EQ(printer.shortened_text(Value(std::string_view("\xCF\x80\xCF\x80xy")), 3),
+            "\"\xCF\x80\xCF\x80x\"... (4 characters)");
+  std::vector<Value> numbers;
+  for (int i = 0; i < 100; ++i) numbers.emplace_back(i);
+  EXPECT_EQ(printer.shortened_text(Value::table_of(numbers), 2), "[0, 1, 2, 3, ...] (100 entries)");
+  EXPECT_EQ(printer.shortened_text(Value::table_of(numbers)), printer.text(Value::table_of(numbers)));
+}
+
 TEST(ArrayLayout, Brackets_NestByAxis) {
   EXPECT_EQ(offset_text({2, 3}, 0), "[[0, 1, 2], [3, 4, 5]]");
   EXPECT_EQ(offset_text({}, 0), "0");
