@@ -12,6 +12,7 @@
 
 #include "script/library/builtins.hpp"
 #include "script/module/module_functions.hpp"
+#include "script/module/trace.hpp"
 #include "script/run/quotations.hpp"
 #include "script/syntax/tree.hpp"
 
@@ -24,6 +25,7 @@ struct InterpreterOptions {
   FileAccess files = FileAccess::all;
   std::uint64_t step_limit = 0;  // of the interpreter's steps, beyond which there is `StepLimitReached`; 0: none
   std::function<TextSize()> text_size = {};  // of pictures; the default without it
+  Trace* trace = nullptr;  // tells the calls of the module; it must outlive the interpreter
 };
 
 class Interpreter {

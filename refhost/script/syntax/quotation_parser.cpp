@@ -45,7 +45,9 @@ ExpressionPtr ExpressionParser::quotation() {
   quoted(*quotation);
   --quotation_depth_;
   quotation->variables.assign(variables_.begin() + static_cast<std::ptrdiff_t>(known), variables_.end());
-  return made({begin, cursor_.previous().span.end}, QuotationLiteral{std::move(quotation)});
+  const Span span{begin, cursor_.previous().span.end};
+  quotation->span = span;
+  return made(span, QuotationLiteral{std::move(quotation)});
 }
 
 void ExpressionParser::quoted(Quotation& quotation) {
