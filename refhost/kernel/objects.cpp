@@ -91,22 +91,22 @@ using namespace hvm::kernel;
 
 HostBool HVM_AnyCheck(HostValue* value) {
   return noted(
-      "HVM_AnyCheck", [&] { return HostBool{value && hvm::object_of(*value)}; }, value);
+      "HVM_AnyCheck", [=] { return HostBool{value && hvm::object_of(*value)}; }, value);
 }
 
 HostAny* HVM_GetAny(HostValue* value) {
   return noted(
-      "HVM_GetAny", [&] { return value ? hvm::object_of(*value) : nullptr; }, value);
+      "HVM_GetAny", [=] { return value ? hvm::object_of(*value) : nullptr; }, value);
 }
 
 HostAny* HVM_NewAny(HostContext, const char* type_name, std::int64_t zero_1, std::int64_t zero_2) {
-  const auto make = [&] { return new_object(hvm::type_named(type_name)); };
+  const auto make = [=] { return new_object(hvm::type_named(type_name)); };
   return noted("HVM_NewAny", make, type_name, zero_1, zero_2);
 }
 
 // The new object is held before the old one is released: they may be the same.
 void HVM_SetTypeAny(HostContext ctx, HostValue* value, HostAny* any) {
-  const auto set = [&] {
+  const auto set = [=] {
     hold_object(any);
     replace(ctx, value, any ? record_of<HostAny*>(ValueTag::object, any) : hvm::nil_record());
   };

@@ -68,22 +68,28 @@ inline RecordedOperand operand_of(BoundsResult x) noexcept {
 /// The call of an operation, with the subject and the number of its operands.
 RecordedCall call_of(const char* operation, const RecordedOperand* operands, std::size_t count) noexcept;
 
-/// Runs `work`, which is what an operation does, and gives its result. Whoever is told of calls hears of it before and
-/// after.
+/// Runs `work` and tells the sink before and after. Apart from `noted`, whose fast path stays small.
 template <class Work, class... Operands>
-inline auto noted(const char* operation, Work work, Operands... operands) {
-  CallSink* const told = sink;
-  if (__builtin_expect(!told, true)) return work();
+[[gnu::noinline, gnu::cold]] auto told(const char* operation, Work work, Operands... operands) {
+  CallSink* const listener = sink;
   const RecordedOperand list[] = {operand_of(operands)..., {}};
-  const std::size_t number = told->begin(call_of(operation, list, sizeof...(operands)));
+  const std::size_t number = listener->begin(call_of(operation, list, sizeof...(operands)));
   if constexpr (std::is_void_v<decltype(work())>) {
     work();
-    told->end(number, {});
+    listener->end(number, {});
   } else {
     const auto result = work();
-    told->end(number, operand_of(result));
+    listener->end(number, operand_of(result));
     return result;
   }
+}
+
+/// Runs `work`, which is what an operation does, and gives its result. The sink, if there is one, is told of it.
+/// Captures of `work` are copies: references would keep the arguments out of registers.
+template <class Work, class... Operands>
+[[gnu::always_inline]] inline auto noted(const char* operation, Work work, Operands... operands) {
+  if (__builtin_expect(!sink, true)) return work();
+  return told(operation, work, operands...);
 }
 
 }  // namespace hvm::kernel

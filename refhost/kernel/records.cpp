@@ -86,26 +86,26 @@ void free_records(HostContext ctx, HostValue* records, std::int64_t named_count)
 }  // namespace
 
 HostValue* HVM_NewObject() {
-  return noted("HVM_NewObject", [&] { return new_records(1); });
+  return noted("HVM_NewObject", [=] { return new_records(1); });
 }
 
 HostValue* HVM_NewObjects(std::int64_t count) {
   return noted(
-      "HVM_NewObjects", [&] { return new_records(count); }, count);
+      "HVM_NewObjects", [=] { return new_records(count); }, count);
 }
 
 void HVM_FreeObj(HostContext ctx, HostValue* object) {
   noted(
-      "HVM_FreeObj", [&] { free_records(ctx, object, 1); }, object);
+      "HVM_FreeObj", [=] { free_records(ctx, object, 1); }, object);
 }
 
 void HVM_FreeObjs(HostContext ctx, HostValue* objects, std::int64_t count) {
   noted(
-      "HVM_FreeObjs", [&] { free_records(ctx, objects, count); }, objects, count);
+      "HVM_FreeObjs", [=] { free_records(ctx, objects, count); }, objects, count);
 }
 
 void HVM_FreeObjectContent(HostContext ctx, HostValue* value) {
-  const auto release = [&] {
+  const auto release = [=] {
     if (value) replace(ctx, value, nil_record());
   };
   noted("HVM_FreeObjectContent", release, value);
@@ -113,7 +113,7 @@ void HVM_FreeObjectContent(HostContext ctx, HostValue* value) {
 
 // The copy is whole before the destination is released: the source may lie inside it.
 void HVM_DupObject(HostContext ctx, HostValue* destination, HostValue* source, std::uint8_t) {
-  const auto copy = [&] {
+  const auto copy = [=] {
     if (!destination || destination == source) return;
     replace(ctx, destination, source ? deep_copy(*source) : nil_record());
   };

@@ -163,11 +163,11 @@ std::basic_string_view<Char> literal_view_of(const Char* text, int length) noexc
 
 HostBool HVM_StringCheckAll(HostValue* value) {
   return noted(
-      "HVM_StringCheckAll", [&] { return HostBool{value && is_text(*value)}; }, value);
+      "HVM_StringCheckAll", [=] { return HostBool{value && is_text(*value)}; }, value);
 }
 
 const char* HVM_AsString(HostValue* value) {
-  const auto get = [&] {
+  const auto get = [=] {
     const char* text = value ? text_or_null(*value).data() : nullptr;
     return text ? text : "";
   };
@@ -175,7 +175,7 @@ const char* HVM_AsString(HostValue* value) {
 }
 
 int HVM_StringLen(HostValue* value) {
-  const auto count = [&] {
+  const auto count = [=] {
     if (!value) return 0;
     const bool is_wide = value->tag == ValueTag::wide_string;
     return static_cast<int>(is_wide ? wide_text_of(*value).size() : text_or_null(*value).size());
@@ -185,35 +185,35 @@ int HVM_StringLen(HostValue* value) {
 
 void HVM_SetString(HostContext ctx, HostValue* value, const char* text) {
   noted(
-      "HVM_SetString", [&] { replace(ctx, value, owned_string(view_of(text))); }, value, text);
+      "HVM_SetString", [=] { replace(ctx, value, owned_string(view_of(text))); }, value, text);
 }
 
 void HVM_SetStringEx(HostContext ctx, HostValue* value, const char* text, int length) {
   noted(
-      "HVM_SetStringEx", [&] { replace(ctx, value, owned_string(view_of(text, length))); }, value,
+      "HVM_SetStringEx", [=] { replace(ctx, value, owned_string(view_of(text, length))); }, value,
       TextOperand<char>{text, length}, length);
 }
 
 void HVM_SetWString(HostContext ctx, HostValue* value, const char16_t* text) {
   noted(
-      "HVM_SetWString", [&] { replace(ctx, value, owned_string(view_of(text))); }, value, text);
+      "HVM_SetWString", [=] { replace(ctx, value, owned_string(view_of(text))); }, value, text);
 }
 
 void HVM_SetWStringEx(HostContext ctx, HostValue* value, const char16_t* text, int length) {
   noted(
-      "HVM_SetWStringEx", [&] { replace(ctx, value, owned_string(view_of(text, length))); }, value,
+      "HVM_SetWStringEx", [=] { replace(ctx, value, owned_string(view_of(text, length))); }, value,
       TextOperand<char16_t>{text, length}, length);
 }
 
 void HVM_SetConstStringEx(HostContext null, HostValue* value, const char* text, int length) {
   noted(
-      "HVM_SetConstStringEx", [&] { replace(null, value, literal_string(literal_view_of(text, length))); }, value,
+      "HVM_SetConstStringEx", [=] { replace(null, value, literal_string(literal_view_of(text, length))); }, value,
       TextOperand<char>{text, length}, length);
 }
 
 void HVM_SetConstWStringEx(HostContext null, HostValue* value, const char16_t* text, int length) {
   noted(
-      "HVM_SetConstWStringEx", [&] { replace(null, value, literal_string(literal_view_of(text, length))); }, value,
+      "HVM_SetConstWStringEx", [=] { replace(null, value, literal_string(literal_view_of(text, length))); }, value,
       TextOperand<char16_t>{text, length}, length);
 }
 

@@ -102,7 +102,7 @@ using namespace hvm::kernel;
 // The name stays the caller's pointer: modules compare it with their own before they compare the text.
 AnyMan* HVM_NewAnyMan(const char* name, CreateCallback create, DestroyCallback destroy, MethodCallback method,
                       OperatorCallback op, void* null) {
-  const auto make = [&]() -> AnyMan* {
+  const auto make = [=]() -> AnyMan* {
     if (objects_are_withheld()) return nullptr;
     void* place = std::malloc(sizeof(Manager));
     if (!place) return nullptr;
@@ -117,7 +117,7 @@ AnyMan* HVM_NewAnyMan(const char* name, CreateCallback create, DestroyCallback d
 }
 
 void HVM_RegisterAnyMan(const char* name, AnyMan* man) {
-  const auto put = [&] {
+  const auto put = [=] {
     if (!name || !man) return;
     if (Registration* known = registration_of(name)) {
       known->passed = name;
