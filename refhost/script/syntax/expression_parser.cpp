@@ -224,7 +224,7 @@ ExpressionPtr ExpressionParser::integer(const Token& token, bool is_negative, Sp
 ExpressionPtr ExpressionParser::parenthesized() {
   cursor_.open();
   ExpressionPtr inner = expression();
-  cursor_.refuse_foreign(ForeignPlace::parenthesis);
+  if (cursor_.is_at(TokenKind::comma)) cursor_.refuse_foreign(ForeignPlace::parenthesis);
   cursor_.close("behind the expression");
   return inner;
 }
@@ -292,7 +292,7 @@ Suffix ExpressionParser::index() {
   Index index;
   do index.indices.push_back(index_item());
   while (cursor_.accept(TokenKind::comma));
-  cursor_.refuse_foreign(ForeignPlace::index);
+  if (cursor_.is_at(TokenKind::colon)) cursor_.refuse_foreign(ForeignPlace::index);
   cursor_.close("or ',' behind the index");
   return {{begin.begin, cursor_.previous().span.end}, std::move(index)};
 }

@@ -163,7 +163,7 @@ class Parser {
 
   Statement statement() {
     cursor_.begin_statement();
-    cursor_.refuse_foreign(ForeignPlace::statement);
+    if (cursor_.is_at(TokenKind::colon)) cursor_.refuse_foreign(ForeignPlace::statement);
     const std::size_t begin = cursor_.current().span.begin;
     Statement parsed{{}, form()};
     parsed.span = {begin, cursor_.previous().span.end};
@@ -202,9 +202,9 @@ class Parser {
     ExpressionPtr parsed = expressions_.expression();
     const bool has_word = cursor_.accept(TokenKind::kw_then) || cursor_.accept(TokenKind::kw_do);
     const bool has_end = cursor_.is_at(TokenKind::newline) || cursor_.is_at(TokenKind::semicolon);
+    if (has_word || has_end) return parsed;
     cursor_.refuse_foreign(ForeignPlace::header);
-    if (!has_word && !has_end) cursor_.fail_expected("the end of the line, ';', 'then' or 'do'");
-    return parsed;
+    cursor_.fail_expected("the end of the line, ';', 'then' or 'do'");
   }
 
   If conditional() {
@@ -238,9 +238,9 @@ class Parser {
   For iteration() {
     const Token opening = cursor_.take();
     For parsed;
-    cursor_.refuse_foreign(ForeignPlace::loop);
+    if (cursor_.is_at(TokenKind::left_paren)) cursor_.refuse_foreign(ForeignPlace::loop);
     parsed.variable = assigned_variable();
-    cursor_.refuse_foreign(ForeignPlace::loop);
+    if (cursor_.is_at(TokenKind::assign)) cursor_.refuse_foreign(ForeignPlace::loop);
     if (cursor_.accept(TokenKind::comma)) parsed.key = std::exchange(parsed.variable, assigned_variable());
     cursor_.expect(TokenKind::kw_in, "behind the variable");
     parsed.sequence = condition();
