@@ -101,10 +101,9 @@ class Parser {
   /// A fn inside a block. When it stands further left than the statement of the block, that lacks its end.
   [[noreturn]] void fail_inner_fn(const Token& opening) {
     const Span here = cursor_.current().span;
-    const std::size_t outer = indent(opening.span.begin);
-    const bool is_left = begins_line(here.begin) &&
-                         (opening.kind == TokenKind::kw_fn ? indent(here.begin) <= outer : indent(here.begin) < outer);
-    if (is_left)
+    const auto outer = indent(opening.span.begin);
+    const auto inner = indent(here.begin);
+    if (outer && inner && (*inner < *outer || (opening.kind == TokenKind::kw_fn && *inner == *outer)))
       cursor_.fail(fmt::format("{} has no 'end' before the 'fn' of line {}", described(opening.kind),
                                cursor_.source()->line(here.begin)),
                    opening.span);
@@ -113,10 +112,12 @@ class Parser {
 
   /// Takes the 'end' of a statement.
   void end_of_block(const Token& opening) {
-    const Token end = cursor_.expect(TokenKind::kw_end, fmt::format("for {}", described(opening.kind)).c_str());
-    const bool is_left = begins_line(end.span.begin) && begins_line(opening.span.begin) &&
-                         indent(end.span.begin) < indent(opening.span.begin);
-    if (is_left && !displaced_) displaced_ = DisplacedEnd{described(opening.kind), opening.span, end.span};
+    if (!cursor_.is_at(TokenKind::kw_end)) cursor_.fail_expected(fmt::format("'end' for {}", described(opening.kind)));
+    const Span end = cursor_.take().span;
+    const auto outer = indent(opening.span.begin);
+    const auto inner = indent(end.begin);
+    if (outer && inner && *inner < *outer && !displaced_)
+      displaced_ = DisplacedEnd{described(opening.kind), opening.span, end};
   }
 
   Block block_with_end(const Token& opening) {
@@ -129,13 +130,12 @@ class Parser {
     if (foreign_ && foreign_->begin > opening.span.begin) cursor_.fail(foreign_message(), *foreign_);
   }
 
-  /// Whether only blanks stand before `offset` on its line.
-  bool begins_line(std::size_t offset) const { return indent(offset) == cursor_.source()->place(offset).column - 1; }
-
-  /// The blanks at the beginning of the line of `offset`.
-  std::size_t indent(std::size_t offset) const {
-    const std::string_view line = cursor_.source()->line_text(cursor_.source()->line(offset));
-    return std::min(line.find_first_not_of(" \t"), line.size());
+  /// The blanks before `offset` on its line; no value when something else stands there, too.
+  std::optional<std::size_t> indent(std::size_t offset) const {
+    const std::string_view before = std::string_view(cursor_.source()->text()).substr(0, offset);
+    const std::size_t begin = before.find_last_not_of(" \t") + 1;  // npos + 1 is 0
+    const bool begins_line = begin == 0 || before[begin - 1] == '\n';
+    return begins_line ? std::optional(before.size() - begin) : std::nullopt;
   }
 
   /// Remembers a statement that is a word of another language: it may be the cause when a block does not end.
