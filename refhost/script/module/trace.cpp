@@ -131,7 +131,7 @@ void Trace::open(const std::string& path) {
   if (uninterrupted([&] { return ftruncate(file_.number(), 0); }) != 0) fail(system_cause(errno));
 }
 
-void Trace::write(std::string_view line) noexcept {
+void Trace::write(std::string_view line) {
   while (!line.empty() && !is_lost_) {
     const ssize_t count = uninterrupted([&] { return ::write(file_.number(), line.data(), line.size()); });
     if (count < 0) return lose(system_cause(errno));

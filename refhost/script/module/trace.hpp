@@ -59,7 +59,7 @@ class Trace {
   friend class TraceScope;
 
   void open(const std::string& path);
-  void write(std::string_view line) noexcept;
+  void write(std::string_view line);
   void lose(std::string cause) noexcept;
   [[noreturn]] void fail(const std::string& cause) const;
 

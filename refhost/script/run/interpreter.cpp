@@ -5,6 +5,7 @@
 #include <new>
 
 #include "script/module/object_text.hpp"
+#include "script/module/trace.hpp"
 #include "script/run/calls.hpp"
 #include "script/run/evaluator.hpp"
 #include "script/run/module_callbacks.hpp"

@@ -12,11 +12,12 @@
 
 #include "script/library/builtins.hpp"
 #include "script/module/module_functions.hpp"
-#include "script/module/trace.hpp"
 #include "script/run/quotations.hpp"
 #include "script/syntax/tree.hpp"
 
 namespace hvm {
+
+class Trace;
 
 struct InterpreterOptions {
   bool has_checks = true;  // check what the module does not
