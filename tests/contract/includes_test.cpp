@@ -5,7 +5,7 @@
 // plugin.cpp, which stands above all and names the callbacks. The library's linear algebra is included in one header,
 // which fixes its order.
 //
-// In the reference host: cli -> the folders of script -> kernel; run -> library -> module, data -> text -> syntax.
+// In the reference host: cli -> the folders of script -> kernel; run -> library -> module -> data -> text -> syntax.
 // Of the module it sees the two headers of the contract and nothing else; the program that describes the functions
 // reads their list.
 
@@ -133,7 +133,7 @@ const std::map<std::string, std::set<std::string>> host_arrows = {
     {"script/syntax", {}},
     {"script/stop", {"script/syntax"}},
     {"script/text", {"kernel", "script/syntax", "script/stop"}},
-    {"script/module", {"kernel", "script/syntax", "script/text"}},
+    {"script/module", {"kernel", "script/syntax", "script/text", "script/data"}},
     {"script/data", {"kernel", "script/syntax", "script/stop", "script/text"}},
     {"script/picture", {"script/syntax", "script/stop", "script/data"}},
     {"script/explain", {"kernel", "script/syntax", "script/text", "script/module", "script/data"}},

@@ -314,8 +314,8 @@ constexpr arrayfold::FunctionRow rows[] = {
     {"toy_end", toy_end},         {"toy_serve_elements", toy_serve_elements},
     {"toy_set", toy_set},         {"toy_deep", toy_deep},
     {"xarange", toy_count},       {"xarray", toy_count},
-    {"toy_leak", toy_leak},       {"toy_end_with", toy_end_with},
-    {"toy_wait", toy_wait},
+    {"toy_wait", toy_wait},       {"toy_leak", toy_leak},
+    {"toy_end_with", toy_end_with},
 };
 
 }  // namespace
