@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "cli/help_page.hpp"
 #include "script/library/script_file.hpp"
 #include "script/module/array_module.hpp"
 #include "script/syntax/diagnostics.hpp"
@@ -51,8 +52,9 @@ std::string indented(std::string_view lines) {
   return text;
 }
 
-std::string entry(std::string_view usage, std::string_view summary) {
-  return fmt::format("{}{}\n", indented(usage), summary);
+/// The help of what has no page.
+std::string entry(std::string_view usage, std::string_view summary, std::size_t width) {
+  return indented(usage) + wrapped(std::string(summary), 0, width);
 }
 
 /// Words in lines of at most 78 characters.
@@ -117,40 +119,48 @@ std::size_t line_of(const Function& function) {
   return 0;
 }
 
-std::string help_on_fn(const Function& function) {
+std::string library_page(const std::string& name) { return fmt::format("docs/library/{}.md", name); }
+
+std::string help_on_fn(const Function& function, std::size_t width) {
+  if (function.source->is_library())
+    if (const auto page = read_page(library_page(function.name))) return shown_page(*page, width);
   std::string parameters;
   for (std::size_t i = 0; i < function.parameter_count; ++i) parameters += (i > 0 ? ", " : "") + function.locals[i];
   const std::size_t line = line_of(function);
   const std::string comment = line > 0 ? comment_above(*function.source, line) : "";
-  std::string text = entry(fmt::format("{}({})", function.name, parameters), "");
-  text.pop_back();  // the line end of the missing sentence
-  text += comment;
-  if (function.source->is_library()) return text + fmt::format("page: docs/library/{}.md\n", function.name);
+  std::string text = fmt::format("  {}({})\n{}", function.name, parameters, comment);
   if (line > 0) text += fmt::format("It is defined in {}, line {}.\n", function.source->name(), line);
   return text;
 }
 
-std::optional<std::string> help_on_method(const std::string& name) {
+std::optional<std::string> help_on_method(const std::string& name, std::size_t width) {
   for (const ArrayMethod& method : array_methods)
-    if (name == method.name) return entry(method.usage, method.summary);
+    if (name == method.name) return entry(method.usage, method.summary, width);
   return std::nullopt;
 }
 
-std::optional<std::string> help_on_keyword(const std::string& name) {
+/// The function of the module, by its page.
+std::string help_on_module_function(const std::string& name, std::size_t width) {
+  if (const auto page = read_page(fmt::format("docs/functions/{}.md", name))) return shown_page(*page, width);
+  return entry(name + "(...)", "A function of the module.", width);
+}
+
+std::optional<std::string> help_on_keyword(const std::string& name, std::size_t width) {
   const std::string wanted = fmt::format(" {} ", name);
   for (const KeywordHelp& help : keyword_table)
-    if (std::string_view(help.names).find(wanted) != std::string_view::npos) return entry(help.usage, help.summary);
+    if (std::string_view(help.names).find(wanted) != std::string_view::npos)
+      return entry(help.usage, help.summary, width);
   return std::nullopt;
 }
 
-std::optional<std::string> help_on_topic(const std::string& name, const Interpreter& interpreter) {
+std::optional<std::string> help_on_topic(const std::string& name, const Interpreter& interpreter, std::size_t width) {
   if (name == "functions") return module_list(interpreter);
   if (name == "builtins") return builtin_list();
   if (name == "keywords") return keyword_list();
   if (name == "commands") return command_list();
   if (name == "variables") return variable_names(interpreter);
   for (const PromptCommand& command : prompt_commands())
-    if (name == command.name) return entry(command.usage, command.summary);
+    if (name == command.name) return entry(command.usage, std::string(command.summary) + ".", width);
   return std::nullopt;
 }
 
@@ -182,19 +192,21 @@ std::string help_topics() {
       command_list());
 }
 
-std::string help_on(const std::string& name, const Interpreter& interpreter) {
-  if (const auto function = interpreter.fn(name)) return help_on_fn(*function);
-  if (const Builtin* builtin = find_builtin(name)) return entry(builtin->usage, builtin->summary);
+std::string help_on(const std::string& name, const Interpreter& interpreter, std::size_t width) {
+  if (const auto function = interpreter.fn(name)) return help_on_fn(*function, width);
+  if (const Builtin* builtin = find_builtin(name)) return entry(builtin->usage, builtin->summary, width);
   const std::vector<std::string>& of_module = interpreter.module_names();
   if (std::find(of_module.begin(), of_module.end(), name) != of_module.end())
-    return fmt::format("  {}(...)\nA function of the module.\n", name);
-  if (auto text = help_on_method(name)) return *text;
-  if (auto text = help_on_keyword(name)) return *text;
-  if (auto text = help_on_topic(name, interpreter)) return *text;
+    return help_on_module_function(name, width);
+  if (auto text = help_on_method(name, width)) return *text;
+  if (auto text = help_on_keyword(name, width)) return *text;
+  if (auto text = help_on_topic(name, interpreter, width)) return *text;
   if (interpreter.has_global(name)) return fmt::format("{} is a variable. :vars tells what it holds.\n", name);
   const std::string library = library_with(name);
-  if (!library.empty())
-    return fmt::format("{} comes with use \"{}\".\npage: docs/library/{}.md\n", name, library, name);
+  if (!library.empty()) {
+    const auto page = read_page(library_page(name));
+    return fmt::format("It comes with use \"{}\".\n{}", library, page ? shown_page(*page, width) : "");
+  }
   std::vector<std::string_view> known = builtin_names();
   known.insert(known.end(), of_module.begin(), of_module.end());
   return fmt::format("There is no help on '{}'{}. help alone lists the topics.\n", name, suggestion(name, known));

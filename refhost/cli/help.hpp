@@ -22,7 +22,7 @@ const std::vector<PromptCommand>& prompt_commands();
 /// The topics, on less than a screen.
 std::string help_topics();
 /// What a name means: a function, a method, a keyword, a command of the prompt, or a topic.
-std::string help_on(const std::string& name, const Interpreter& interpreter);
+std::string help_on(const std::string& name, const Interpreter& interpreter, std::size_t width);
 /// What an input asks help for: `help`, `help(name)` or `help name`. Empty for `help` alone; no value when the input is
 /// another one.
 std::optional<std::string> help_asked(std::string_view input);

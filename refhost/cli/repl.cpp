@@ -115,7 +115,9 @@ class Repl {
       if (is_free("exit") && words == "exit") return remember(words), false;
       if (is_free("quit") && (words == "quit" || words == "quit()")) return remember(words), false;
       const auto asked = is_free("help") ? help_asked(words) : std::nullopt;
-      if (asked) return remember(words), put(asked->empty() ? help_topics() : help_on(*asked, interpreter_)), true;
+      if (asked)
+        return remember(words), put(asked->empty() ? help_topics() : help_on(*asked, interpreter_, terminal_width())),
+               true;
       if (words.front() == ':') return take_command(words), true;
     }
     take_part(line);

@@ -331,7 +331,7 @@ TEST(Repl, Help_TellsOfFunctionsKeywordsAndTopics) {
   terminal.answer("return w * h", "\n... ");
   terminal.answer("end");
   EXPECT_THAT(terminal.answer("help(area)"), HasSubstr("  area(w, h)\r\n"));
-  EXPECT_THAT(terminal.answer("help(transpose)"), HasSubstr("comes with use \"arrays\""));
+  EXPECT_THAT(terminal.answer("help(transpose)"), HasSubstr("It comes with use \"arrays\".\r\n  transpose(a)\r\n"));
   terminal.answer("help = 3");
   EXPECT_THAT(terminal.answer("help"), HasSubstr("\r\n3\r\n"));
 }
