@@ -134,8 +134,11 @@ std::string help_on_fn(const Function& function, std::size_t width) {
 }
 
 std::optional<std::string> help_on_method(const std::string& name, std::size_t width) {
-  for (const ArrayMethod& method : array_methods)
-    if (name == method.name) return entry(method.usage, method.summary, width);
+  for (const ArrayMethod& method : array_methods) {
+    if (name != method.name) continue;
+    const auto page = read_page(fmt::format("docs/functions/method-{}.md", name));
+    return page ? shown_page(*page, width) : entry(method.usage, method.summary, width);
+  }
   return std::nullopt;
 }
 
