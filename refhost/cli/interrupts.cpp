@@ -1,6 +1,6 @@
 // cli/interrupts.cpp: Ctrl-C at the prompt
 //
-// The handlers only read plain memory, and call write, timer_settime, pthread_kill, sigaction and raise.
+// The handlers only read plain memory, and call write, clock_gettime, timer_settime, pthread_kill, sigaction and raise.
 
 #include "cli/interrupts.hpp"
 
@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <system_error>
 
@@ -20,15 +21,21 @@ namespace hvm {
 namespace {
 
 constexpr long tick_nanoseconds = 100'000'000;
-constexpr int ticks_until_told = 10;
-constexpr int ticks_until_end = 5;  // a key that is held down does not end hvm
+constexpr std::int64_t milliseconds_until_told = 1000;
+constexpr std::int64_t milliseconds_until_end = 500;  // a key that is held down does not end hvm
+constexpr std::int64_t never = -1;
 
 std::atomic<Interpreter*> running{nullptr};
-std::atomic<int> presses{0};
-std::atomic<int> ticks{0};
-std::atomic<int> told_at{-1};  // in ticks; -1: not yet
+std::atomic<std::int64_t> pressed_at{never};  // in milliseconds
+std::atomic<std::int64_t> told_at{never};
 pthread_t main_thread;
 timer_t timer;
+
+std::int64_t milliseconds() {
+  timespec now = {};
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000;
+}
 
 void set_timer(long nanoseconds) {
   itimerspec period = {};
@@ -68,7 +75,7 @@ std::string_view called_name() {
 }
 
 void tell() {
-  told_at = ticks.load();
+  told_at = milliseconds();
   const std::string_view name = called_name();
   Line line;
   line << "\nwaiting for ";
@@ -100,12 +107,14 @@ void press(int signal) {
   Interpreter* interpreter = running;
   if (!is_passed_on(signal) && interpreter) {
     interpreter->interrupt();
-    if (++presses == 1)
+    if (pressed_at == never) {
+      pressed_at = milliseconds();
       set_timer(tick_nanoseconds);
-    else if (told_at < 0)
+    } else if (told_at == never) {
       tell();
-    else if (ticks - told_at >= ticks_until_end)
+    } else if (milliseconds() - told_at >= milliseconds_until_end) {
       end_process_by(signal);
+    }
   }
   errno = error;
 }
@@ -113,9 +122,9 @@ void press(int signal) {
 void tick(int signal) {
   const int error = errno;
   Interpreter* interpreter = running;
-  if (!is_passed_on(signal) && interpreter && presses > 0) {
+  if (!is_passed_on(signal) && interpreter && pressed_at != never) {
     interpreter->interrupt();
-    if (++ticks >= ticks_until_told && told_at < 0) tell();
+    if (told_at == never && milliseconds() - pressed_at >= milliseconds_until_told) tell();
   }
   errno = error;
 }
@@ -149,16 +158,15 @@ Interrupts::~Interrupts() {
 }
 
 Interrupts::Run::Run(Interpreter& interpreter) noexcept {
-  presses = 0;
-  ticks = 0;
-  told_at = -1;
+  pressed_at = never;
+  told_at = never;
   is_interruption_requested = false;
   running = &interpreter;
 }
 
 Interrupts::Run::~Run() {
   running = nullptr;
-  if (presses > 0) set_timer(0);
+  if (pressed_at != never) set_timer(0);
   is_interruption_requested = false;
 }
 

@@ -209,6 +209,31 @@ TEST(Repl, CtrlC_EndsTheReadingOfAPipe) {
   close(writer);
 }
 
+TEST(Repl, CtrlC_EndsAScriptWithoutAPrompt) {
+  TerminalConditions conditions;
+  conditions.arguments = {"-e", "print(7)\ntry\nwhile 1 do end\ncatch e\nend"};
+  Terminal terminal(conditions);
+  terminal.wait_for("7");
+  terminal.press("\x03");
+  EXPECT_EQ(terminal.exit_status(), -1);
+  EXPECT_EQ(terminal.ending_signal(), SIGINT);
+}
+
+TEST(Repl, CtrlC_EndsTheReadingOfALargeFile) {
+  const Workplace place;
+  std::string rows = "a,b\n";
+  while (rows.size() < (std::size_t{64} << 20)) rows += "1.5,\"text\"\n2.5,3\n";
+  place.write("large.csv", rows);
+  TerminalConditions conditions;
+  conditions.folder = place.path();
+  Terminal terminal(conditions);
+  terminal.wait_for("> ");
+  terminal.type("while 1 do read_csv(\"large.csv\") end\n");
+  terminal.wait_until_it_runs();
+  terminal.press("\x03");
+  EXPECT_THAT(terminal.wait_for("\n> "), HasSubstr("<input 1>:1:12: error: interrupted"));
+}
+
 TEST(Repl, ASignalBetweenTwoInputs_ChangesNothing) {
   Terminal terminal;
   terminal.wait_for("> ");
