@@ -36,6 +36,7 @@ struct Interpreter::Parts {
         callbacks(context, site, steps, scopes, calls, evaluator) {}
 
   InterpreterOptions options;
+  Explanation last_explanation;
   ArrayChecks checks;
   Steps steps;
   Context context;
@@ -95,5 +96,7 @@ std::string Interpreter::shown(const Value& value, const SourcePtr& source, Span
   const ObjectText objects = object_text(parts_->site.caller(span), parts_->checks, Detail::brief);
   return parts_->site.placed(span, [&] { return Printer(Detail::brief, objects).text_in_table(value); });
 }
+
+const Explanation& Interpreter::last_explanation() const { return parts_->last_explanation; }
 
 }  // namespace hvm

@@ -10,6 +10,8 @@
 #include <memory>
 #include <string>
 
+#include "script/explain/description.hpp"
+#include "script/explain/explanation.hpp"
 #include "script/library/builtins.hpp"
 #include "script/module/module_functions.hpp"
 #include "script/run/quotations.hpp"
@@ -23,6 +25,9 @@ struct InterpreterOptions {
   Warn warn = {};          // where warnings go; they are lost without it
   FileAccess files = FileAccess::all;
   std::uint64_t step_limit = 0;  // of the interpreter's steps, beyond which there is `StepLimitReached`; 0: none
+  const Description* description =
+      nullptr;            // of the module's functions; null: there is none. It outlives the interpreter
+  bool explains = false;  // keep the whole story of errors and warnings
 };
 
 class Interpreter {
@@ -45,6 +50,9 @@ class Interpreter {
   void set_global(const std::string& name, Value value);
   /// `value` as in a printed table, for a REPL.
   std::string shown(const Value& value, const SourcePtr& source, Span span);
+
+  /// The story of the last error or warning; empty before the first one, and unless the options ask for stories.
+  const Explanation& last_explanation() const;
 
  private:
   struct Parts;
