@@ -1,0 +1,203 @@
+// script/explain/failed_calls.cpp: why a call of the module failed, and what is wanted
+
+#include "script/explain/failed_calls.hpp"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <cctype>
+#include <new>
+#include <utility>
+
+#include "script/explain/condition_check.hpp"
+#include "script/module/array_module.hpp"
+#include "script/syntax/diagnostics.hpp"
+
+namespace hvm {
+namespace {
+
+// More causes than these in one sentence would explain nothing.
+constexpr std::size_t most_causes = 3;
+
+// ---- The row that fits
+
+/// What happened to a call.
+struct Happening {
+  Outcome outcome;
+  std::string exception;  // type and words; empty unless the call threw
+};
+
+Happening happening_of(const Failure& failure) {
+  const auto* call = dynamic_cast<const CallFailure*>(&failure);
+  if (!call) return {Outcome::refused, {}};
+  return {call->exception().empty() ? Outcome::fails : Outcome::throws, call->exception()};
+}
+
+bool is_of_memory(const Happening& happened) { return happened.exception.find("bad_alloc") != std::string::npos; }
+
+/// Why a call came to nothing, as far as the rows of its page tell.
+struct Reason {
+  std::vector<const FailureRow*> rows;  // several when only what happened could tell between them
+  std::string cause;                    // empty when no row fits
+  std::vector<std::string> considered;  // the rows that were looked at
+};
+
+std::vector<const FailureRow*> rows_of(const FunctionEntry& entry, const Happening& happened) {
+  std::vector<const FailureRow*> rows;
+  for (const FailureRow& row : entry.failures) {
+    const bool is_it = row.outcome == happened.outcome && row.exception == happened.exception;
+    if (is_it && (row.condition.form != Condition::Form::no_memory || is_of_memory(happened))) rows.push_back(&row);
+  }
+  return rows;
+}
+
+/// The row of a quotation that the host can judge, since it has read it itself.
+const FailureRow* row_of_quotation(DescribedCall& call, const std::vector<const FailureRow*>& rows) {
+  const Quotation* dtype = call.count() > 0 ? call.quotation(0) : nullptr;
+  const char* when = dtype ? failing_dtype(call.name(), *dtype, call.count()) : nullptr;
+  const auto row = std::find_if(rows.begin(), rows.end(), [&](const FailureRow* x) { return when && x->when == when; });
+  return row == rows.end() ? nullptr : *row;
+}
+
+Reason reason_of(DescribedCall& call, const Happening& happened) {
+  const std::vector<const FailureRow*> rows = rows_of(call.entry(), happened);
+  const FailureRow* of_quotation = row_of_quotation(call, rows);
+  Reason reason;
+  for (const FailureRow* row : rows) {
+    const Verdict verdict = checked(row->condition, call);
+    const bool holds = verdict.answer == Verdict::Answer::yes || row == of_quotation;
+    const char* answer = holds ? "yes" : verdict.answer == Verdict::Answer::no ? "no" : "may be";
+    reason.considered.push_back(fmt::format("{}: {}", call.with_names(row->when), answer));
+    if (holds) {
+      reason.rows = {row};
+      reason.cause = row == of_quotation ? call.with_numbers(row->when) : verdict.cause;
+      return reason;
+    }
+    if (verdict.answer == Verdict::Answer::unknown) reason.rows.push_back(row);
+  }
+  if (reason.rows.size() > most_causes) reason.rows.clear();
+  for (const FailureRow* row : reason.rows)
+    reason.cause += (reason.cause.empty() ? "" : ", or ") + call.with_numbers(row->when);
+  return reason;
+}
+
+// ---- Sentences
+
+std::string as_sentence(std::string text) {
+  if (text.empty()) return text;
+  text.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(text.front())));
+  if (text.back() != '.') text += '.';
+  return text;
+}
+
+/// What to write instead, as a sentence; empty where the rows tell nothing.
+std::string remedy_of(const DescribedCall& call, const std::vector<const FailureRow*>& rows) {
+  std::vector<std::string> remedies;
+  for (const FailureRow* row : rows) {
+    const std::string remedy = call.with_names(row->remedy);
+    if (!remedy.empty() && std::find(remedies.begin(), remedies.end(), remedy) == remedies.end())
+      remedies.push_back(remedy);
+  }
+  return as_sentence(fmt::format("{}", fmt::join(remedies, ", or ")));
+}
+
+std::string with_remedy(const std::string& sentence, const std::string& remedy) {
+  if (remedy.empty()) return sentence;
+  return fmt::format("{}{} {}", sentence, sentence.back() == '.' ? "" : ".", remedy);
+}
+
+/// What the host says of the call itself; what the module threw stays as it is.
+std::string sentence_of(const Failure& failure, const DescribedCall& call, const Happening& happened,
+                        const std::string& cause) {
+  if (happened.outcome == Outcome::refused || cause.empty()) return failure.message();
+  if (happened.outcome == Outcome::fails) return fmt::format("{}: {}", call.name(), cause);
+  return fmt::format("{}: {}; the module threw {}", call.name(), cause, happened.exception);
+}
+
+std::vector<std::string> notes_of(const FunctionEntry& entry) {
+  std::vector<std::string> notes;
+  if (!entry.synopsis.empty()) notes.push_back("usage: " + alternatives(entry.synopsis));
+  if (!entry.page.empty()) notes.push_back("page: " + entry.page);
+  return notes;
+}
+
+std::vector<std::string> names_of(const std::vector<FunctionEntry>& entries) {
+  std::vector<std::string> names;
+  for (const FunctionEntry& entry : entries) names.push_back(entry.name);
+  return names;
+}
+
+}  // namespace
+
+Failure FailedCalls::explained(const Failure& failure, const MadeCall& made) const {
+  if (!options_.description && !options_.explains) return failure;
+  try {
+    static const Description none;
+    static const FunctionEntry unknown;
+    const Description& description = options_.description ? *options_.description : none;
+    const FunctionEntry* entry = made.self ? description.find_method(made.name) : description.find(made.name);
+    if (!entry && made.self && options_.description) return of_unknown_method(failure, made);
+    return of_described(failure, entry ? *entry : unknown, made);
+  } catch (const std::bad_alloc&) {
+    return failure;
+  }
+}
+
+Failure FailedCalls::of_described(const Failure& failure, const FunctionEntry& entry, const MadeCall& made) const {
+  static const Description none;
+  DescribedCall call(options_.description ? *options_.description : none, entry, made, options_.may_ask);
+  const Happening happened = happening_of(failure);
+  Reason reason = reason_of(call, happened);
+  if (reason.cause.empty() && happened.outcome != Outcome::refused) {
+    Verdict misfit = first_misfit(call);
+    if (misfit.answer == Verdict::Answer::yes) reason.cause = std::move(misfit.cause);
+  }
+  const std::string remedy = remedy_of(call, reason.rows);
+  Failure result(with_remedy(sentence_of(failure, call, happened, reason.cause), remedy), notes_of(entry));
+  if (options_.explains) keep(result, call, std::move(reason.considered), remedy, made.self != nullptr);
+  return result;
+}
+
+Failure FailedCalls::of_unknown_method(const Failure& failure, const MadeCall& made) const {
+  const auto* call_failure = dynamic_cast<const CallFailure*>(&failure);
+  const bool is_array = kind_of_array(*made.self).has_value();
+  if (!call_failure || !call_failure->exception().empty() || !is_array) return failure;
+  const std::vector<std::string> methods = names_of(options_.description->methods);
+  const FunctionEntry* function = options_.description->find("x" + made.name);
+  std::string message = fmt::format("{}: an array has no such method", made.name);
+  if (methods.size() > 1)
+    message += fmt::format("; it has {} and {}", fmt::join(methods.begin(), methods.end() - 1, ", "), methods.back());
+  if (function) {
+    const std::string self = made.self_name.empty() ? "a" : made.self_name;
+    message += fmt::format(". Write {}({}).", function->name, self);
+  } else {
+    message += suggestion(made.name, {methods.begin(), methods.end()});
+  }
+  Failure result(message, function ? notes_of(*function) : std::vector<std::string>());
+  static const FunctionEntry unknown;
+  DescribedCall call(*options_.description, unknown, made, options_.may_ask);
+  if (options_.explains) keep(result, call, {}, {}, true);
+  return result;
+}
+
+void FailedCalls::keep(const Failure& failure, DescribedCall& call, std::vector<std::string> considered,
+                       std::string remedy, bool has_self) const {
+  Explanation story;
+  story.about = failure.message();
+  if (has_self) story.arguments.push_back("the object: " + call.self_at_length());
+  for (std::size_t i = 0; i < call.count(); ++i) {
+    const ArgumentEntry* entry = call.argument(i);
+    const std::string name = entry ? fmt::format(", {}", entry->name) : "";
+    const std::string wanted = entry && !entry->accepts.empty() ? fmt::format("; wanted: {}", entry->accepts) : "";
+    story.arguments.push_back(
+        fmt::format("{}{}: {}{}", DescribedCall::numbered(i), name, call.shown_at_length(i), wanted));
+  }
+  story.considered = std::move(considered);
+  story.remedy = std::move(remedy);
+  story.notes = failure.notes();
+  if (!options_.description) story.notes.push_back(options_.missing);
+  last_ = std::move(story);
+}
+
+}  // namespace hvm
