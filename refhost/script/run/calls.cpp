@@ -69,7 +69,7 @@ Failure Calls::explained(const Failure& failure, const std::string& name, Value*
 
 void Calls::fail_unknown(const std::string& name, Span span) const {
   if (scopes_.is_set_global(name)) site_.fail(fmt::format("'{}' is a variable, not a function", name), span);
-  site_.fail(fmt::format("there is no function '{}'{}", name, functions_.nearest(name)), span);
+  site_.fail(fmt::format("there is no function '{}'{}", name, functions_.advice(name)), span);
 }
 
 Value Calls::call_fn(const Function& function, std::vector<Value> arguments, Span span) {
