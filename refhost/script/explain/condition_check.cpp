@@ -121,6 +121,11 @@ Verdict of_square(const Condition& condition, DescribedCall& call) {
 
 // ---- Two arguments
 
+bool is_array(const DescribedCall& call, std::size_t i) {
+  static const std::vector<std::string> arrays{"array"};
+  return call.is_one_of(i, arrays);
+}
+
 /// Whether a product of matrices sums over different extents: the last of the left one, the last but one of the right
 /// one.
 bool summed_extents_differ(const Extents& left, const Extents& right) {
@@ -134,7 +139,7 @@ bool first_extents_differ(const Extents& left, const Extents& right) {
 
 Verdict of_two(const Condition& condition, DescribedCall& call) {
   const std::vector<std::size_t> positions = call.positions(condition);
-  if (positions.size() < 2) return no();
+  if (positions.size() < 2 || !is_array(call, positions[0]) || !is_array(call, positions[1])) return no();
   const std::size_t a = positions[0];
   const std::size_t b = positions[1];
   const std::string both = fmt::format("{} and {}", DescribedCall::numbered(a), DescribedCall::numbered(b));
@@ -150,8 +155,31 @@ Verdict of_two(const Condition& condition, DescribedCall& call) {
     return yes(fmt::format("the shapes of {} do not broadcast; these are {}", both, these()));
   if (condition.form == Form::first_extents_differ && first_extents_differ(*left, *right))
     return yes(fmt::format("the first extents of {} differ; these are {}", both, these()));
+  if (condition.form == Form::fewer_rows && !right->empty() && (left->empty() || left->front() < right->front()))
+    return yes(fmt::format("{} has fewer rows than {}; these are {}", DescribedCall::numbered(a),
+                           DescribedCall::numbered(b), these()));
   if (condition.form == Form::summed_extents_differ && summed_extents_differ(*left, *right))
     return yes(fmt::format("the extents of {} that are summed over differ; these are {}", both, these()));
+  return no();
+}
+
+/// The parts of one condition: all of them must hold. The causes follow one another.
+Verdict of_all(const Condition& condition, DescribedCall& call) {
+  std::string cause;
+  for (const Condition& part : condition.parts) {
+    const Verdict verdict = checked(part, call);
+    if (verdict.answer != Verdict::Answer::yes) return verdict;
+    cause += (cause.empty() ? "" : ", and ") + verdict.cause;
+  }
+  return yes(cause);
+}
+
+Verdict of_emptiness(const Condition& condition, DescribedCall& call) {
+  for (const std::size_t i : call.positions(condition)) {
+    const Extents* shape = call.shape(i);
+    if (shape && std::find(shape->begin(), shape->end(), 0) != shape->end())
+      return yes(fmt::format("{} has no elements; this is {}", DescribedCall::numbered(i), call.shown(i)));
+  }
   return no();
 }
 
@@ -163,6 +191,12 @@ Verdict checked(const Condition& condition, DescribedCall& call) {
     case Form::told:
     case Form::no_memory:
       return {};
+    case Form::always:
+      return yes("no arguments give a value");
+    case Form::all:
+      return of_all(condition, call);
+    case Form::empty:
+      return of_emptiness(condition, call);
     case Form::arguments_below:
       if (count >= condition.number) return no();
       return yes(fmt::format("argument {} is missing: {}", count + 1, call.usage()));
@@ -182,6 +216,7 @@ Verdict checked(const Condition& condition, DescribedCall& call) {
     case Form::summed_extents_differ:
     case Form::kinds_differ:
     case Form::no_broadcast:
+    case Form::fewer_rows:
       return of_two(condition, call);
     case Form::below:
       return of_number(call, call.positions(condition), fmt::format("be {} or more", condition.number),
@@ -202,7 +237,7 @@ Verdict checked(const Condition& condition, DescribedCall& call) {
 Verdict first_misfit(DescribedCall& call) {
   const auto count = static_cast<std::int64_t>(call.count());
   if (count < call.entry().least_arguments)
-    return checked({Form::arguments_below, {}, false, {}, call.entry().least_arguments}, call);
+    return yes(fmt::format("argument {} is missing: {}", count + 1, call.usage()));
   for (std::size_t i = 0; i < call.count(); ++i) {
     const ArgumentEntry* entry = call.argument(i);
     if (!entry) break;

@@ -115,26 +115,47 @@ std::string with_article(const std::string& noun) {
   return fmt::format("{} {}", has_vowel ? "an" : "a", noun);
 }
 
+/// The names between the brackets of the form in the synopsis that has this many arguments; empty when none has.
+std::vector<std::string> names_in_form(const FunctionEntry& entry, std::size_t count) {
+  for (const std::string& form : entry.synopsis) {
+    const std::size_t open = form.find('(');
+    const std::size_t close = form.rfind(')');
+    if (open == std::string::npos || close == std::string::npos || close <= open) continue;
+    std::vector<std::string> names{""};
+    for (const char c : form.substr(open + 1, close - open - 1)) {
+      if (c == ',') names.emplace_back();
+      if (c != ',' && c != ' ') names.back() += c;
+    }
+    if (names.size() == count) return names;
+  }
+  return {};
+}
+
 }  // namespace
 
 DescribedCall::DescribedCall(const Description& description, const FunctionEntry& entry, const MadeCall& made,
                              bool may_ask)
     : description_(description), entry_(entry), made_(made), may_ask_(may_ask) {
-  const std::string front = entry.arguments.empty() ? "" : entry.arguments.front().name + ".";
-  const bool is_named = !entry.synopsis.empty() && entry.synopsis.front().compare(0, front.size(), front) == 0;
-  receivers_ = made.self && !front.empty() && is_named ? 1 : 0;
+  const std::vector<std::string> names = names_in_form(entry, count());
+  for (std::size_t i = 0; i < count(); ++i) {
+    const std::string name = i < names.size() ? names[i] : std::string();
+    const auto named = std::find_if(entry.arguments.begin(), entry.arguments.end(),
+                                    [&](const ArgumentEntry& argument) { return argument.name == name; });
+    const bool is_named = named != entry.arguments.end();
+    places_.push_back(is_named ? static_cast<std::size_t>(named - entry.arguments.begin()) : i);
+  }
 }
 
 const ArgumentEntry* DescribedCall::argument(std::size_t i) const {
-  const std::size_t at = i + receivers_;
-  if (at < entry_.arguments.size()) return &entry_.arguments[at];
-  const bool repeats = entry_.arguments.size() > receivers_ && entry_.arguments.back().repeats;
+  const std::size_t place = i < places_.size() ? places_[i] : i;
+  if (place < entry_.arguments.size()) return &entry_.arguments[place];
+  const bool repeats = !entry_.arguments.empty() && entry_.arguments.back().repeats;
   return repeats ? &entry_.arguments.back() : nullptr;
 }
 
-std::optional<std::size_t> DescribedCall::position_in_page(const std::string& name) const {
-  for (std::size_t at = receivers_; at < entry_.arguments.size(); ++at)
-    if (entry_.arguments[at].name == name) return at - receivers_;
+std::optional<std::size_t> DescribedCall::position_of(const std::string& name) const {
+  for (std::size_t i = 0; i < std::max(count(), entry_.arguments.size()); ++i)
+    if (const ArgumentEntry* known = argument(i); known && known->name == name) return i;
   return std::nullopt;
 }
 
@@ -229,7 +250,7 @@ std::string DescribedCall::numbered(std::size_t i) { return fmt::format("argumen
 
 std::string DescribedCall::with_numbers(const std::string& text) const {
   return with_code_changed(text, [&](std::string_view code) {
-    const auto at = position_in_page(std::string(code));
+    const auto at = position_of(std::string(code));
     return at ? numbered(*at) : std::string(code);
   });
 }
@@ -237,11 +258,9 @@ std::string DescribedCall::with_numbers(const std::string& text) const {
 std::string DescribedCall::with_names(const std::string& text) const {
   return with_code_changed(text, [&](std::string_view code) {
     return with_names_replaced(code, [&](const std::string& word) -> std::optional<std::string> {
-      const bool is_self = receivers_ == 1 && word == entry_.arguments.front().name;
-      const auto at = position_in_page(word);
-      const std::string name = is_self                          ? made_.self_name
-                               : at && *at < made_.names.size() ? made_.names[*at]
-                                                                : std::string();
+      const auto at = position_of(word);
+      std::string name = at && *at < made_.names.size() ? made_.names[*at] : "";
+      if (entry_.receiver && word == entry_.receiver->name) name = made_.self_name;
       return name.empty() ? std::nullopt : std::optional(name);
     });
   });

@@ -72,13 +72,13 @@ class DescribedCall {
   std::string kind_of(const Value& value) const;
   std::string type_in_words(const Value& value, const Extents* extents) const;
   std::string at_length(Value& value, const Extents* extents) const;
-  std::optional<std::size_t> position_in_page(const std::string& name) const;
+  std::optional<std::size_t> position_of(const std::string& name) const;
 
   const Description& description_;
   const FunctionEntry& entry_;
   const MadeCall& made_;
   bool may_ask_;
-  std::size_t receivers_ = 0;  // 1 when the first argument of the page is the object of the method
+  std::vector<std::size_t> places_;  // in the arguments of the page, of the arguments in their order
   std::map<std::size_t, std::optional<Extents>> shapes_;
 };
 

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "script/explain/condition_check.hpp"
+#include "script/explain/other_names.hpp"
 #include "script/module/array_module.hpp"
 #include "script/syntax/diagnostics.hpp"
 
@@ -164,17 +165,11 @@ Failure FailedCalls::of_unknown_method(const Failure& failure, const MadeCall& m
   const bool is_array = kind_of_array(*made.self).has_value();
   if (!call_failure || !call_failure->exception().empty() || !is_array) return failure;
   const std::vector<std::string> methods = names_of(options_.description->methods);
-  const FunctionEntry* function = options_.description->find("x" + made.name);
   std::string message = fmt::format("{}: an array has no such method", made.name);
   if (methods.size() > 1)
     message += fmt::format("; it has {} and {}", fmt::join(methods.begin(), methods.end() - 1, ", "), methods.back());
-  if (function) {
-    const std::string self = made.self_name.empty() ? "a" : made.self_name;
-    message += fmt::format(". Write {}({}).", function->name, self);
-  } else {
-    message += suggestion(made.name, {methods.begin(), methods.end()});
-  }
-  Failure result(message, function ? notes_of(*function) : std::vector<std::string>());
+  const std::string other = counterpart_for_arrays(made.name, *options_.module);
+  Failure result(message + (other.empty() ? suggestion(made.name, {methods.begin(), methods.end()}) : other));
   static const FunctionEntry unknown;
   DescribedCall call(*options_.description, unknown, made, options_.may_ask);
   if (options_.explains) keep(result, call, {}, {}, true);

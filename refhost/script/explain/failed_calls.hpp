@@ -11,6 +11,7 @@
 #include "script/explain/described_call.hpp"
 #include "script/explain/description.hpp"
 #include "script/explain/explanation.hpp"
+#include "script/module/module_functions.hpp"
 
 namespace hvm {
 
@@ -18,6 +19,7 @@ namespace hvm {
 class FailedCalls {
  public:
   struct Options {
+    const ModuleFunctions* module;
     const Description* description = nullptr;  // null: messages stay as they are
     std::string missing = {};                  // why there is none, for explanations
     bool may_ask = true;                       // the objects of a failed call for their shapes

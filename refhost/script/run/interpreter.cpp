@@ -20,7 +20,7 @@ struct Interpreter::Parts {
   Parts(const ModuleFunctions& module, InterpreterOptions chosen)
       : options(std::move(chosen)),
         checks(options.has_checks),
-        failed_calls({options.description, options.no_description, options.has_checks, options.explains},
+        failed_calls({&module, options.description, options.no_description, options.has_checks, options.explains},
                      last_explanation),
         steps(options.step_limit),
         site(context.handle()),
@@ -66,7 +66,11 @@ auto Interpreter::with_story(Action action) {
     return action();
   } catch (const ScriptError& error) {
     Explanation& last = parts_->last_explanation;
-    if (parts_->options.explains && last.about != error.message()) last = {error.message(), {}, {}, {}, {}};
+    try {
+      if (parts_->options.explains && last.about != error.message()) last = {error.message(), {}, {}, {}, {}};
+    } catch (const std::bad_alloc&) {
+      last = {};
+    }
     throw;
   }
 }
