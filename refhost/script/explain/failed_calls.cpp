@@ -55,8 +55,7 @@ std::vector<const FailureRow*> rows_of(const FunctionEntry& entry, const Happeni
 
 /// The row of a quotation that the host can judge, since it has read it itself.
 const FailureRow* row_of_quotation(DescribedCall& call, const std::vector<const FailureRow*>& rows) {
-  const Quotation* dtype = call.count() > 0 ? call.quotation(0) : nullptr;
-  const char* when = dtype ? failing_dtype(call.name(), *dtype, call.count()) : nullptr;
+  const char* when = failing_quotation(call.name(), call.quotation(0), call.quotation(1), call.count());
   const auto row = std::find_if(rows.begin(), rows.end(), [&](const FailureRow* x) { return when && x->when == when; });
   return row == rows.end() ? nullptr : *row;
 }
@@ -85,10 +84,13 @@ Reason reason_of(DescribedCall& call, const Happening& happened) {
 
 // ---- Sentences
 
+/// Whether a text ends as a sentence does.
+bool has_ended(const std::string& text) { return !text.empty() && text.find_last_of(".!?") == text.size() - 1; }
+
 std::string as_sentence(std::string text) {
   if (text.empty()) return text;
   text.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(text.front())));
-  if (text.back() != '.') text += '.';
+  if (!has_ended(text)) text += '.';
   return text;
 }
 
@@ -105,7 +107,7 @@ std::string remedy_of(const DescribedCall& call, const std::vector<const Failure
 
 std::string with_remedy(const std::string& sentence, const std::string& remedy) {
   if (remedy.empty()) return sentence;
-  return fmt::format("{}{} {}", sentence, sentence.back() == '.' ? "" : ".", remedy);
+  return fmt::format("{}{} {}", sentence, has_ended(sentence) ? "" : ".", remedy);
 }
 
 /// What the host says of the call itself; what the module threw stays as it is.
@@ -121,6 +123,27 @@ std::vector<std::string> notes_of(const FunctionEntry& entry) {
   if (!entry.synopsis.empty()) notes.push_back("usage: " + alternatives(entry.synopsis));
   if (!entry.page.empty()) notes.push_back("page: " + entry.page);
   return notes;
+}
+
+/// The name under which the description has an operator; those that compare share an entry.
+const char* name_of(BinaryOperator op) {
+  switch (op) {
+    case BinaryOperator::add:
+      return "add";
+    case BinaryOperator::subtract:
+      return "subtract";
+    case BinaryOperator::multiply:
+      return "multiply";
+    case BinaryOperator::divide:
+      return "divide";
+    case BinaryOperator::remainder:
+      return "remainder";
+    case BinaryOperator::equal:
+    case BinaryOperator::not_equal:
+      return "equal";
+    default:
+      return "less";
+  }
 }
 
 std::vector<std::string> names_of(const std::vector<FunctionEntry>& entries) {
@@ -145,6 +168,26 @@ Failure FailedCalls::explained(const Failure& failure, const MadeCall& made) con
   }
 }
 
+Failure FailedCalls::explained(const Failure& failure, const ModuleCaller& caller, BinaryOperator op, const Value& left,
+                               const Value& right) const {
+  const FunctionEntry* entry = options_.description ? options_.description->find_operator(name_of(op)) : nullptr;
+  if (!entry) return failure;
+  try {
+    Failure result(failure.message(), {"page: " + entry->page});
+    if (!options_.explains) return result;
+    const std::string name = spelling(op);
+    std::vector<Value> operands{left, right};
+    const MadeCall made{caller, name, nullptr, operands};
+    DescribedCall call(*options_.description, *entry, made, options_.may_ask);
+    Explanation story{result.message(), {}, {}, {}, result.notes()};
+    story.arguments = {"the left operand: " + call.shown_at_length(0), "the right operand: " + call.shown_at_length(1)};
+    last_ = std::move(story);
+    return result;
+  } catch (const std::bad_alloc&) {
+    return failure;
+  }
+}
+
 Failure FailedCalls::of_described(const Failure& failure, const FunctionEntry& entry, const MadeCall& made) const {
   static const Description none;
   DescribedCall call(options_.description ? *options_.description : none, entry, made, options_.may_ask);
@@ -154,7 +197,9 @@ Failure FailedCalls::of_described(const Failure& failure, const FunctionEntry& e
     Verdict misfit = first_misfit(call);
     if (misfit.answer == Verdict::Answer::yes) reason.cause = std::move(misfit.cause);
   }
-  const std::string remedy = remedy_of(call, reason.rows);
+  // A check that says itself what to write knows the arguments better than a page does.
+  const bool has_remedy = happened.outcome == Outcome::refused && has_ended(failure.message());
+  const std::string remedy = has_remedy ? std::string() : remedy_of(call, reason.rows);
   Failure result(with_remedy(sentence_of(failure, call, happened, reason.cause), remedy), notes_of(entry));
   if (options_.explains) keep(result, call, std::move(reason.considered), remedy, made.self != nullptr);
   return result;
@@ -191,6 +236,7 @@ void FailedCalls::keep(const Failure& failure, DescribedCall& call, std::vector<
   story.considered = std::move(considered);
   story.remedy = std::move(remedy);
   story.notes = failure.notes();
+  if (!story.considered.empty()) story.considered.push_back("(the section Failures of " + call.entry().page + ")");
   if (!options_.description) story.notes.push_back(options_.missing);
   last_ = std::move(story);
 }

@@ -33,6 +33,9 @@ class FailedCalls {
   /// the words of an exception stay; they follow the host's sentence. The same failure when nothing is known of the
   /// call, and when memory runs out.
   Failure explained(const Failure& failure, const MadeCall& made) const;
+  /// `failure`, which is of an operator on an object, with the page of the operator. The message stays.
+  Failure explained(const Failure& failure, const ModuleCaller& caller, BinaryOperator op, const Value& left,
+                    const Value& right) const;
 
  private:
   Failure of_described(const Failure& failure, const FunctionEntry& entry, const MadeCall& made) const;

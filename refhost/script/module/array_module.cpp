@@ -328,13 +328,15 @@ const Expression* dropped_element(const std::string& function, const Quotation& 
   return name == "double" || name == "float" ? first_integer(*data.subject) : nullptr;
 }
 
-const char* failing_dtype(const std::string& function, const Quotation& dtype, std::size_t arguments) {
-  const auto* variable = std::get_if<Variable>(&dtype.subject->form);
-  if (function != "xarray" || dtype.form == Quotation::Form::data || !variable) return nullptr;
-  if (dtype.form == Quotation::Form::text) return "`dtype` is `@$name`";
+const char* failing_quotation(const std::string& function, const Quotation* dtype, const Quotation* data,
+                              std::size_t arguments) {
+  const auto* variable = dtype ? std::get_if<Variable>(&dtype->subject->form) : nullptr;
+  if (function != "xarray" || !variable || dtype->form == Quotation::Form::data) return nullptr;
+  if (dtype->form == Quotation::Form::text) return "`dtype` is `@$name`";
+  if (data && data->form != Quotation::Form::data) return "`data` quotes something else than a data literal";
   if (arguments > 1) return nullptr;
-  if (dtype.arguments.empty()) return "`dtype` stands alone and has no extents";
-  const bool has_no_int = std::any_of(dtype.arguments.begin(), dtype.arguments.end(),
+  if (dtype->arguments.empty()) return "`dtype` stands alone and has no extents";
+  const bool has_no_int = std::any_of(dtype->arguments.begin(), dtype->arguments.end(),
                                       [](const ExpressionPtr& extent) { return is_no_int(*extent); });
   // The module has read the extents before it looks at the name; nothing else is left when the name is one of a kind.
   return has_no_int || names_kind(variable->name) ? "an extent is no int" : "`dtype` stands alone and names no kind";

@@ -55,9 +55,10 @@ std::string thrown_operator(const ModuleCaller& caller, const std::string& messa
 /// floating-point numbers and takes no integer as an element; null when there is none.
 const Expression* dropped_element(const std::string& function, const Quotation& dtype, const Quotation& data);
 
-/// Why a call of `function` failed whose first argument is this quotation, in the words of its page's row, such as `an
-/// extent is no int`; null when that lies elsewhere.
-const char* failing_dtype(const std::string& function, const Quotation& dtype, std::size_t arguments);
+/// Why a call of `function` failed with these quotations as its first arguments, null for other arguments, in the words
+/// of its page's row, such as `an extent is no int`; null when that lies elsewhere.
+const char* failing_quotation(const std::string& function, const Quotation* dtype, const Quotation* data,
+                              std::size_t arguments);
 
 /// Checks what the module does not. It trusts its host with indices, extents and divisors, and would read beyond its
 /// memory or end the process. Each check throws a `Failure` instead. Switched off, it does nothing.

@@ -30,7 +30,7 @@ struct Interpreter::Parts {
         variables(site, scopes, functions),
         quotations(site, scopes, variables, options.warn),
         elements(site, checks),
-        operators(site, checks),
+        operators(site, checks, failed_calls),
         evaluator(site, variables, elements, operators, quotations, calls),
         statements(site, steps, scopes, functions, variables, elements, operators, evaluator, uses),
         uses(site, depth, scopes, functions, statements, options.files),
