@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cctype>
 #include <new>
+#include <string_view>
 #include <utility>
 
 #include "script/explain/condition_check.hpp"
@@ -44,10 +45,35 @@ struct Reason {
   std::vector<std::string> considered;  // the rows that were looked at
 };
 
+bool is_letter_or_digit(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0; }
+
+/// Whether `words` are those of a page, in which an N that stands alone is any number.
+bool are_words_of(std::string_view page, std::string_view words) {
+  for (char before = ' '; !page.empty(); before = page.front(), page.remove_prefix(1)) {
+    const bool is_number =
+        page.front() == 'N' && !is_letter_or_digit(before) && (page.size() == 1 || !is_letter_or_digit(page[1]));
+    const std::size_t length = is_number ? words.find_first_not_of("-0123456789") : 1;
+    if (words.empty() || length == 0 || (!is_number && words.front() != page.front())) return false;
+    words.remove_prefix(std::min(length, words.size()));
+  }
+  return words.empty();
+}
+
+/// The exception of a row of the page for what was thrown: these words themselves where a row has them.
+std::string words_on_page(const FunctionEntry& entry, const std::string& exception) {
+  std::string fitting = exception;
+  for (const FailureRow& row : entry.failures) {
+    if (row.exception == exception) return exception;
+    if (row.outcome == Outcome::throws && are_words_of(row.exception, exception)) fitting = row.exception;
+  }
+  return fitting;
+}
+
 std::vector<const FailureRow*> rows_of(const FunctionEntry& entry, const Happening& happened) {
   std::vector<const FailureRow*> rows;
+  const std::string exception = words_on_page(entry, happened.exception);
   for (const FailureRow& row : entry.failures) {
-    const bool is_it = row.outcome == happened.outcome && row.exception == happened.exception;
+    const bool is_it = row.outcome == happened.outcome && row.exception == exception;
     if (is_it && (row.condition.form != Condition::Form::no_memory || is_of_memory(happened))) rows.push_back(&row);
   }
   return rows;

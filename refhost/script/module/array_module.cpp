@@ -193,7 +193,7 @@ void check_range(std::vector<Value>& arguments) {
   const auto length =
       static_cast<std::int32_t>(static_cast<std::uint32_t>(number(1)) - static_cast<std::uint32_t>(number(0)));
   if (number(2) == -1 && length == std::numeric_limits<std::int32_t>::min())
-    throw Failure("xarange: the range has more than 2147483647 elements");
+    throw Failure("xarange: the range from argument 1 to argument 2 has more than 2147483647 elements");
 }
 
 /// The module reads 32 bits of an index: those of a longer one would be another index, and NaN would be 0.
