@@ -162,13 +162,15 @@ TEST(Messages, WithoutTheChecks_NumbersBeyond32BitsAreTheModules) {
   options.has_checks = false;
   std::string printed;
   options.print = [&](const std::string& text, const SourceText&, std::size_t) { printed += text; };
-  EXPECT_EQ(error_of("print(xzeros(4294967298L).shape(), xeye(4294967297L).shape(), xarange(4294967299L).shape())\n"
-                     "print(xlinspace(0.0, 1.0, 4294967298L).shape())\na = xones(6)\na.reshape(4294967299L, "
+  EXPECT_EQ(error_of("print(xzeros(4294967298L).shape(), xeye(4294967297L).dump(), xarange(4294967299L))\n"
+                     "print(xones(4294967298L).shape(), xempty(4294967298L).shape(), xrand(4294967298L).shape())\n"
+                     "print(xrandn(4294967298L).shape(), xlogspace(0.0, 1.0, 4294967298L).shape())\n"
+                     "print(xlinspace(0.0, 1.0, 4294967298L))\na = xones(6)\na.reshape(4294967299L, "
                      "2)\nprint(a.shape())",
                      options)
                 .message(),
             "");
-  EXPECT_EQ(printed, "[2] [1, 1] [3][2][3, 2]");
+  EXPECT_EQ(printed, "[2] [[1.0]] double(3) [0.0, 1.0, 2.0][2] [2] [2][2] [2]double(2) [0.0, 1.0][3, 2]");
 }
 
 TEST(Messages, OfLibraryFunctions_AreAboutTheLineOfTheScript) {
