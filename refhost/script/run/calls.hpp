@@ -21,7 +21,7 @@ class Calls {
  public:
   Calls(Site& site, Steps& steps, CallDepth& depth, Scopes& scopes, const Functions& functions, Quotations& quotations,
         const ArrayChecks& checks, const FailedCalls& failed_calls, const PrintLine& print, FileAccess files,
-        Statements& statements)
+        Pictures& pictures, Statements& statements)
       : site_(site),
         steps_(steps),
         depth_(depth),
@@ -32,6 +32,7 @@ class Calls {
         failed_calls_(failed_calls),
         print_(print),
         files_(files),
+        pictures_(pictures),
         statements_(statements) {}
 
   /// `written` are the arguments in the script, null when they do not stand there.
@@ -63,6 +64,7 @@ class Calls {
   const FailedCalls& failed_calls_;
   const PrintLine& print_;
   FileAccess files_;
+  Pictures& pictures_;
   Statements& statements_;
 };
 

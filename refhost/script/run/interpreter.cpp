@@ -34,8 +34,9 @@ struct Interpreter::Parts {
         evaluator(site, variables, elements, operators, quotations, calls),
         statements(site, steps, scopes, functions, variables, elements, operators, evaluator, uses),
         uses(site, depth, scopes, functions, statements, options.files),
+        pictures{options.text_size, std::nullopt},
         calls(site, steps, depth, scopes, functions, quotations, checks, failed_calls, options.print, options.files,
-              statements),
+              pictures, statements),
         callbacks(context, site, steps, scopes, calls, evaluator) {}
 
   InterpreterOptions options;
@@ -55,6 +56,7 @@ struct Interpreter::Parts {
   Evaluator evaluator;
   Statements statements;
   Uses uses;
+  Pictures pictures;
   Calls calls;
   ModuleCallbacks callbacks;
 };
