@@ -104,8 +104,9 @@ TEST(Messages, InReports_HaveUsageAndPageUnderTheCaret) {
 TEST(Messages, OfQuotationsThatNameNoArray_SayWhatIsWrongWithThem) {
   expect_messages({
       {"a = xarange(6); xarray(@int(a.shape()[0]))",
-       "xarray: an extent is no int. Make an int of it with int, as in xarray(@double(int(n)))."},
-      {"xarray(@int(2.0))", "xarray: an extent is no int. Make an int of it with int, as in xarray(@double(int(n)))."},
+       "xarray: an extent in argument 1 is no int. Make an int of it with int, as in xarray(@double(int(n)))."},
+      {"xarray(@int(2.0))",
+       "xarray: an extent in argument 1 is no int. Make an int of it with int, as in xarray(@double(int(n)))."},
       {"xarray(@int)",
        "xarray: argument 1 stands alone and has no extents. Pass extents, as in xarray(@double(2, 3)), or data."},
       {"xarray(@complex(2))", "xarray: argument 1 stands alone and names no kind. Name bool, int, int64 or double."},
