@@ -194,6 +194,20 @@ TEST(Explanations, ReadFewElementsOfALargeArray) {
   EXPECT_LT(text.size(), 2000u);
 }
 
+TEST(Explanations, ReadFewCharactersOfALongString) {
+  InterpreterOptions options = options_with_description();
+  options.explains = true;
+  Interpreter interpreter(module_functions(), options);
+  const auto explained = [&](const std::string& script) {
+    EXPECT_THROW(interpreter.run(interpreter.parse(std::make_shared<SourceText>("a.hvm", script))), ScriptError);
+    return interpreter.last_explanation().text();
+  };
+  const std::string shown = "argument 1, a: the string \"" + std::string(40, '-') + "...\"";
+  EXPECT_THAT(explained("s = \"-\" * 1000000\nxinv(s)"), HasSubstr(shown));
+  EXPECT_THAT(explained("w = w\"-\" * 1000000\nxinv(w)"), HasSubstr(shown));
+  EXPECT_THAT(explained("xinv(\"\")"), HasSubstr("argument 1, a: the string \"\""));
+}
+
 TEST(Explanations, OfOperators_ShowBothOperands) {
   InterpreterOptions options = options_with_description();
   options.explains = true;
