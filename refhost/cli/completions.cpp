@@ -132,7 +132,7 @@ Completion names(std::string_view line, std::size_t begin, const Interpreter& in
   std::set<std::string> words = functions;
   for (const std::string& name : interpreter.globals()) words.insert(name);
   for (const std::string& name : keyword_names()) words.insert(name);
-  for (const char* word : {"exit", "help", "quit"}) words.insert(word);
+  for (const char* word : {"exit", "help", "quit", "why"}) words.insert(word);
   Completion completion;
   completion.begin = begin;
   keep_matches(completion, words, line.substr(begin));

@@ -53,7 +53,7 @@ std::string indented(std::string_view lines) {
 }
 
 /// The help of what has no page.
-std::string entry(std::string_view usage, std::string_view summary, std::size_t width) {
+std::string brief_help(std::string_view usage, std::string_view summary, std::size_t width) {
   return indented(usage) + wrapped(std::string(summary), 0, width);
 }
 
@@ -133,26 +133,53 @@ std::string help_on_fn(const Function& function, std::size_t width) {
   return text;
 }
 
-std::optional<std::string> help_on_method(const std::string& name, std::size_t width) {
+/// What the description of a module says of a function or a method, with the examples of its page.
+HelpPage described_page(const FunctionEntry& entry) {
+  HelpPage page;
+  for (const std::string& form : entry.synopsis) page.usage += form + "\n";
+  page.summary = entry.summary;
+  for (const ArgumentEntry& argument : entry.arguments)
+    page.arguments.push_back({argument.name, argument.accepts, argument.default_value.value_or(""), argument.meaning});
+  for (const SurpriseEntry& surprise : entry.surprises)
+    page.surprises.push_back(fmt::format("Surprise: {} {}", surprise.title, surprise.text));
+  page.path = entry.page;
+  if (auto read = read_page(entry.page)) {
+    page.examples = std::move(read->examples);
+    page.path = std::move(read->path);
+  }
+  return page;
+}
+
+/// What is known of a function or a method of the module: by its description, or by its page.
+std::optional<std::string> help_by_page(const FunctionEntry* entry, const std::string& page, std::size_t width) {
+  if (entry) return shown_page(described_page(*entry), width);
+  const auto read = read_page(page);
+  return read ? std::optional(shown_page(*read, width)) : std::nullopt;
+}
+
+std::optional<std::string> help_on_method(const std::string& name, const HelpSources& sources) {
+  const FunctionEntry* entry = sources.description ? sources.description->find_method(name) : nullptr;
   for (const ArrayMethod& method : array_methods) {
     if (name != method.name) continue;
-    const auto page = read_page(fmt::format("docs/functions/method-{}.md", name));
-    return page ? shown_page(*page, width) : entry(method.usage, method.summary, width);
+    const auto text = help_by_page(entry, fmt::format("docs/functions/method-{}.md", name), sources.width);
+    return text ? *text : brief_help(method.usage, method.summary, sources.width);
   }
   return std::nullopt;
 }
 
-/// The function of the module, by its page.
-std::string help_on_module_function(const std::string& name, std::size_t width) {
-  if (const auto page = read_page(fmt::format("docs/functions/{}.md", name))) return shown_page(*page, width);
-  return entry(name + "(...)", "A function of the module.", width);
+std::optional<std::string> help_on_module_function(const std::string& name, const HelpSources& sources) {
+  const std::vector<std::string>& names = sources.interpreter.module_names();
+  if (std::find(names.begin(), names.end(), name) == names.end()) return std::nullopt;
+  const FunctionEntry* entry = sources.description ? sources.description->find(name) : nullptr;
+  const auto text = help_by_page(entry, fmt::format("docs/functions/{}.md", name), sources.width);
+  return text ? *text : brief_help(name + "(...)", "A function of the module.", sources.width);
 }
 
 std::optional<std::string> help_on_keyword(const std::string& name, std::size_t width) {
   const std::string wanted = fmt::format(" {} ", name);
   for (const KeywordHelp& help : keyword_table)
     if (std::string_view(help.names).find(wanted) != std::string_view::npos)
-      return entry(help.usage, help.summary, width);
+      return brief_help(help.usage, help.summary, width);
   return std::nullopt;
 }
 
@@ -163,7 +190,7 @@ std::optional<std::string> help_on_topic(const std::string& name, const Interpre
   if (name == "commands") return command_list();
   if (name == "variables") return variable_names(interpreter);
   for (const PromptCommand& command : prompt_commands())
-    if (name == command.name) return entry(command.usage, std::string(command.summary) + ".", width);
+    if (name == command.name) return brief_help(command.usage, std::string(command.summary) + ".", width);
   return std::nullopt;
 }
 
@@ -189,19 +216,20 @@ std::string help_topics() {
       "{}\n"
       "  Tab                completes names, methods behind a point, files in quotes\n"
       "  Up, Ctrl-R         bring inputs back, also those of earlier sessions\n"
+      "  why                tells more of the last error\n"
       "  Ctrl-C             ends what runs, or drops what is typed; variables stay\n"
       "  exit, Ctrl-D       ends hvm\n\n"
       "The language is described in docs/language.md, the prompt in docs/prompt.md.\n",
       command_list());
 }
 
-std::string help_on(const std::string& name, const Interpreter& interpreter, std::size_t width) {
+std::string help_on(const std::string& name, const HelpSources& sources) {
+  const Interpreter& interpreter = sources.interpreter;
+  const std::size_t width = sources.width;
   if (const auto function = interpreter.fn(name)) return help_on_fn(*function, width);
-  if (const Builtin* builtin = find_builtin(name)) return entry(builtin->usage, builtin->summary, width);
-  const std::vector<std::string>& of_module = interpreter.module_names();
-  if (std::find(of_module.begin(), of_module.end(), name) != of_module.end())
-    return help_on_module_function(name, width);
-  if (auto text = help_on_method(name, width)) return *text;
+  if (const Builtin* builtin = find_builtin(name)) return brief_help(builtin->usage, builtin->summary, width);
+  if (auto text = help_on_module_function(name, sources)) return *text;
+  if (auto text = help_on_method(name, sources)) return *text;
   if (auto text = help_on_keyword(name, width)) return *text;
   if (auto text = help_on_topic(name, interpreter, width)) return *text;
   if (interpreter.has_global(name)) return fmt::format("{} is a variable. :vars tells what it holds.\n", name);
@@ -211,6 +239,7 @@ std::string help_on(const std::string& name, const Interpreter& interpreter, std
     return fmt::format("It comes with use \"{}\".\n{}", library, page ? shown_page(*page, width) : "");
   }
   std::vector<std::string_view> known = builtin_names();
+  const std::vector<std::string>& of_module = interpreter.module_names();
   known.insert(known.end(), of_module.begin(), of_module.end());
   return fmt::format("There is no help on '{}'{}. help alone lists the topics.\n", name, suggestion(name, known));
 }

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "script/explain/description.hpp"
 #include "script/run/interpreter.hpp"
 
 namespace hvm {
@@ -21,8 +22,14 @@ const std::vector<PromptCommand>& prompt_commands();
 
 /// The topics, on less than a screen.
 std::string help_topics();
+/// What help knows.
+struct HelpSources {
+  const Interpreter& interpreter;
+  const Description* description;  // of the module's functions; null: there is none
+  std::size_t width;               // of the terminal
+};
 /// What a name means: a function, a method, a keyword, a command of the prompt, or a topic.
-std::string help_on(const std::string& name, const Interpreter& interpreter, std::size_t width);
+std::string help_on(const std::string& name, const HelpSources& sources);
 /// What an input asks help for: `help`, `help(name)` or `help name`. Empty for `help` alone; no value when the input is
 /// another one.
 std::optional<std::string> help_asked(std::string_view input);

@@ -40,9 +40,11 @@ std::string without_end(std::string text) {
 
 }  // namespace
 
-Inputs::Inputs(Interpreter& interpreter, Session& session, std::function<void(const std::string&)> remember)
+Inputs::Inputs(Interpreter& interpreter, Session& session, bool explains,
+               std::function<void(const std::string&)> remember)
     : interpreter_(interpreter),
       session_(session),
+      explains_(explains),
       remember_(std::move(remember)),
       style_(Style::of_stream(STDOUT_FILENO)),
       error_style_(Style::of_stream(STDERR_FILENO)) {}
@@ -97,6 +99,16 @@ void Inputs::load(const std::string& path) {
   }
 }
 
+void Inputs::tell_why() {
+  guarded([&] {
+    const Explanation& last = interpreter_.last_explanation();
+    if (last.is_empty())
+      put("nothing has failed\n");
+    else
+      put(last.has_details() ? last.text() : fmt::format("there is no more to say of: {}\n", last.about));
+  });
+}
+
 std::string Inputs::outline(const std::string& variable) {
   std::string text = "?";  // an array whose methods fail
   const Interrupts::Run run(interpreter_);
@@ -123,7 +135,7 @@ bool Inputs::guarded(Action action) {
 /// The variables stay, and may leave no memory for the place of the error.
 void Inputs::report(const ScriptError& error) const {
   try {
-    put_error({error_style_.report(error.report())});
+    put_error({error_style_.report(error.report()), explains_ ? interpreter_.last_explanation().text() : ""});
   } catch (const std::bad_alloc&) {
     put_error({"error: ", error.message(), "\n"});
   }

@@ -16,8 +16,9 @@ namespace hvm {
 /// end becomes part of the session. Ctrl-C ends the input that runs. A `ScriptExit` and an `OutputError` go through.
 class Inputs {
  public:
-  /// `remember` gets each input before it runs.
-  Inputs(Interpreter& interpreter, Session& session, std::function<void(const std::string& input)> remember);
+  /// With `explains` every error comes with its story. `remember` gets each input before it runs.
+  Inputs(Interpreter& interpreter, Session& session, bool explains,
+         std::function<void(const std::string& input)> remember);
 
   enum class Timing { untold, told };
   /// Runs an input. Returns false when more lines could complete it; it is no input then.
@@ -28,6 +29,8 @@ class Inputs {
   void run_script(const SourcePtr& source);
   /// Runs the script in a file.
   void load(const std::string& path);
+  /// Tells the story of the last error.
+  void tell_why();
   /// What a variable holds, in a few words.
   std::string outline(const std::string& variable);
   /// Tells of something that is no error of a script.
@@ -47,6 +50,7 @@ class Inputs {
 
   Interpreter& interpreter_;
   Session& session_;
+  bool explains_;
   std::function<void(const std::string&)> remember_;
   Style style_;
   Style error_style_;

@@ -40,17 +40,18 @@ std::string folder_of(const std::string& path) {
 
 class Repl {
  public:
-  explicit Repl(Interpreter& interpreter)
+  Repl(Interpreter& interpreter, const PromptSettings& settings)
       : interpreter_(interpreter),
+        settings_(settings),
         history_(history_path()),
         session_(folder_of(history_path())),
-        inputs_(interpreter, session_, [this](const std::string& input) { remember(input); }),
+        inputs_(interpreter, session_, settings.explains, [this](const std::string& input) { remember(input); }),
         editor_([&interpreter](std::string_view line) { return completion_of(line, interpreter); }) {}
 
-  void run(const SourcePtr& script) {
+  void run() {
     try {
       greet();
-      if (script) inputs_.run_script(script);
+      if (settings_.script) inputs_.run_script(settings_.script);
       read_inputs();
     } catch (const ScriptExit&) {
       session_.end();
@@ -114,14 +115,16 @@ class Repl {
       if (words.empty()) return true;
       if (is_free("exit") && words == "exit") return remember(words), false;
       if (is_free("quit") && (words == "quit" || words == "quit()")) return remember(words), false;
-      const auto asked = is_free("help") ? help_asked(words) : std::nullopt;
-      if (asked)
-        return remember(words), put(asked->empty() ? help_topics() : help_on(*asked, interpreter_, terminal_width())),
-               true;
+      if (is_free("why") && words == "why") return remember(words), inputs_.tell_why(), true;
+      if (is_free("help") && help_asked(words)) return remember(words), show_help(*help_asked(words)), true;
       if (words.front() == ':') return take_command(words), true;
     }
     take_part(line);
     return true;
+  }
+
+  void show_help(const std::string& name) {
+    put(name.empty() ? help_topics() : help_on(name, {interpreter_, settings_.description, terminal_width()}));
   }
 
   /// Whether a word has no meaning of the script's own.
@@ -178,6 +181,7 @@ class Repl {
   static constexpr std::size_t long_input = std::size_t{16} << 10;
 
   Interpreter& interpreter_;
+  const PromptSettings& settings_;
   HistoryFile history_;
   Session session_;
   Inputs inputs_;
@@ -190,6 +194,6 @@ class Repl {
 
 }  // namespace
 
-void run_repl(Interpreter& interpreter, const SourcePtr& script) { Repl(interpreter).run(script); }
+void run_repl(Interpreter& interpreter, const PromptSettings& settings) { Repl(interpreter, settings).run(); }
 
 }  // namespace hvm

@@ -6,9 +6,15 @@
 
 namespace hvm {
 
-/// Runs `script`, unless it is null, and then reads inputs until the end of file, runs each, and shows the value of an
+struct PromptSettings {
+  SourcePtr script = nullptr;                // runs before the first input; null: none
+  bool explains = false;                     // tell the whole story with every error
+  const Description* description = nullptr;  // of the module's functions; null: there is none
+};
+
+/// Runs the script, if there is one, and then reads inputs until the end of file, runs each, and shows the value of an
 /// expression. An open block or bracket continues in the next line. Errors are reported and end only their own input,
 /// and so does Ctrl-C. A `ScriptExit` ends the prompt.
-void run_repl(Interpreter& interpreter, const SourcePtr& script = nullptr);
+void run_repl(Interpreter& interpreter, const PromptSettings& settings);
 
 }  // namespace hvm

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "script/explain/description.hpp"
+#include "script/explain/explanation.hpp"
 #include "script/library/builtins.hpp"
 #include "script/module/module_functions.hpp"
 #include "script/run/quotations.hpp"
@@ -27,7 +29,11 @@ struct InterpreterOptions {
   FileAccess files = FileAccess::all;
   std::uint64_t step_limit = 0;  // of the interpreter's steps, beyond which there is `StepLimitReached`; 0: none
   std::function<TextSize()> text_size = {};  // of pictures; the default without it
-  Trace* trace = nullptr;  // tells the calls of the module; it must outlive the interpreter
+  Trace* trace = nullptr;                    // tells the calls of the module; it must outlive the interpreter
+  /// Of the module's functions; null: there is none. It must outlive the interpreter.
+  const Description* description = nullptr;
+  std::string no_description = {};  // why there is none, in a sentence
+  bool explains = false;            // keep the whole story of errors and warnings
 };
 
 class Interpreter {
@@ -69,8 +75,15 @@ class Interpreter {
   /// What a global variable holds, in a few words, such as `7`, `double (2, 3)` or `a table of 3 entries`.
   std::string outline(const std::string& name);
 
+  /// The story of the last error or warning; empty before the first one, and unless the options ask for stories.
+  const Explanation& last_explanation() const;
+
  private:
   struct Parts;
+
+  template <class Action>
+  auto with_story(Action action);
+
   std::unique_ptr<Parts> parts_;
 };
 

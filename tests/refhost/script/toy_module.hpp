@@ -14,6 +14,7 @@
 //   toy_serve_elements(flag)    whether element opcodes work, or return false
 //   toy_set(a, i, x)            writes an element past the host
 //   toy_deep(n)                 a table in a table, n deep
+//   toy_wait(milliseconds)      waits, whatever signals come
 //   toy_leak()                  takes memory of the host and loses it
 //   xarange(args...), xarray(args...)   how many arguments came
 
