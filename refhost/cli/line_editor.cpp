@@ -16,6 +16,7 @@
 #include <new>
 
 #include "cli/streams.hpp"
+#include "cli/style.hpp"
 #include "script/syntax/unicode.hpp"
 
 namespace hvm {
@@ -98,6 +99,7 @@ class LineEditor::Editor {
     prompt_ = prompt;
     is_dropped_ = false;
     int count = 0;
+    const Marks marks(marks_pastes_);
     errno = 0;
     const char* typed = el_gets(line_, &count);
     if (is_dropped_ || (!typed && errno == EINTR)) return {TypedLine::End::dropped, {}};
@@ -113,6 +115,27 @@ class LineEditor::Editor {
   }
 
  private:
+  /// While it lives the terminal marks the begin and the end of pasted text.
+  class Marks {
+   public:
+    explicit Marks(bool are_wanted) : are_wanted_(are_wanted) { send("\x1b[?2004h"); }
+    ~Marks() {
+      const int error = errno;
+      send("\x1b[?2004l");
+      errno = error;
+    }
+    Marks(const Marks&) = delete;
+    Marks& operator=(const Marks&) = delete;
+
+   private:
+    void send(std::string_view code) const {
+      if (!are_wanted_) return;
+      [[maybe_unused]] const ssize_t written = write(STDOUT_FILENO, code.data(), code.size());
+    }
+
+    bool are_wanted_;
+  };
+
   void set_up() {
     HistEvent event;
     history(history_, &event, H_SETSIZE, history_length);
@@ -130,6 +153,10 @@ class LineEditor::Editor {
     el_wset(line_, EL_BIND, L"^C", L"hvm-drop", nullptr);
     el_wset(line_, EL_BIND, L"^Z", L"hvm-stop", nullptr);
     el_wset(line_, EL_BIND, L"^I", L"hvm-complete", nullptr);
+    el_wset(line_, EL_ADDFN, L"hvm-paste-begins", L"take tabs as they are", &Editor::begin_paste);
+    el_wset(line_, EL_ADDFN, L"hvm-paste-ends", L"complete at tabs again", &Editor::end_paste);
+    el_wset(line_, EL_BIND, L"\\e[200~", L"hvm-paste-begins", nullptr);
+    el_wset(line_, EL_BIND, L"\\e[201~", L"hvm-paste-ends", nullptr);
     el_wset(line_, EL_BIND, L"^R", L"em-inc-search-prev", nullptr);
     el_wset(line_, EL_BIND, L"\\e[3~", L"ed-delete-next-char", nullptr);
   }
@@ -144,9 +171,20 @@ class LineEditor::Editor {
 
   static unsigned char drop_line(EditLine* line, wint_t) {
     of(line).is_dropped_ = true;
+    of(line).is_pasting_ = false;
     const LineInfoW* info = el_wline(line);
     el_cursor(line, static_cast<int>(info->lastchar - info->cursor));
     return CC_NEWLINE;
+  }
+
+  static unsigned char begin_paste(EditLine* line, wint_t) {
+    of(line).is_pasting_ = true;
+    return CC_NORM;
+  }
+
+  static unsigned char end_paste(EditLine* line, wint_t) {
+    of(line).is_pasting_ = false;
+    return CC_NORM;
   }
 
   static unsigned char stop(EditLine*, wint_t) {
@@ -163,6 +201,7 @@ class LineEditor::Editor {
   }
 
   unsigned char complete() {
+    if (is_pasting_) return insert("\t");
     const LineInfo* info = el_line(line_);
     const std::string before(info->buffer, info->cursor);
     // A tab before the first word indents, also in pasted text.
@@ -196,6 +235,8 @@ class LineEditor::Editor {
   EditLine* line_ = nullptr;
   std::string prompt_;
   bool is_dropped_ = false;
+  bool is_pasting_ = false;
+  bool marks_pastes_ = is_capable_terminal(STDOUT_FILENO);
 };
 
 LineEditor::LineEditor(Completer completer) : editor_(std::make_unique<Editor>(std::move(completer))) {}

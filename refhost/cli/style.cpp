@@ -9,12 +9,15 @@
 
 namespace hvm {
 
+bool is_capable_terminal(int descriptor) {
+  const char* type = std::getenv("TERM");
+  return type && *type != '\0' && std::string_view(type) != "dumb" && isatty(descriptor) == 1;
+}
+
 Style Style::of_stream(int descriptor) {
-  const char* terminal = std::getenv("TERM");
   const char* without = std::getenv("NO_COLOR");
-  const bool takes_colours = terminal && *terminal != '\0' && std::string_view(terminal) != "dumb";
   const bool is_switched_off = without && *without != '\0';
-  return Style(isatty(descriptor) == 1 && takes_colours && !is_switched_off);
+  return Style(is_capable_terminal(descriptor) && !is_switched_off);
 }
 
 std::string Style::report(const std::string& text) const {

@@ -6,6 +6,9 @@
 
 namespace hvm {
 
+/// Whether a stream is a terminal that takes control sequences.
+bool is_capable_terminal(int descriptor);
+
 /// Colours text where the terminal takes colours and the user has not switched them off by `NO_COLOR`.
 class Style {
  public:

@@ -97,9 +97,9 @@ class ColumnWriter {
     const Extents positions = shown_positions(extent, edge);
     if (is_row || positions.empty()) return add_row(number, is_row ? positions : Extents{});
     ++opened_;
-    for (std::size_t i = 0; i < positions.size(); ++i) {
-      at_[number] = positions[i];
-      positions[i] < 0 ? rows_.push_back({0, 0, true, {}}) : axis(number + 1);
+    for (const std::int64_t position : positions) {
+      at_[number] = position;
+      position < 0 ? rows_.push_back({0, 0, true, {}}) : axis(number + 1);
     }
     ++rows_.back().closed;
   }

@@ -660,6 +660,19 @@ TEST(Repl, PastedMegabytes_Arrive) {
   EXPECT_THAT(terminal.answer("t[99999]"), HasSubstr("\r\n99999\r\n"));
 }
 
+TEST(Repl, TabsInPastedText_AreNoRequests) {
+  TerminalConditions conditions;
+  conditions.type = "xterm";
+  Terminal terminal(conditions);
+  terminal.wait_for("> ");
+  terminal.type("distance = 1\n");
+  terminal.wait_for("> ");
+  terminal.type("\x1b[200~dis\t= 40\ndis\t+\t2\n\x1b[201~");
+  terminal.wait_for("42\r\n");
+  terminal.type("dist\t + 776\n");
+  terminal.wait_for("777\r\n");
+}
+
 TEST(Repl, ALongPastedLine_Arrives) {
   Terminal terminal;
   terminal.wait_for("> ");
