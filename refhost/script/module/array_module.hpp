@@ -9,6 +9,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "script/module/module_calls.hpp"
@@ -23,6 +24,9 @@ inline constexpr const char* array_module_file = "arrayfold.so";
 
 /// The kind of an array, such as `double` of `$xdoublearray`; no value for anything else.
 std::optional<std::string> kind_of_array(const Value& value);
+
+/// The same as `kind_of_array` without a copy, empty for anything else. It lasts as long as the type.
+std::string_view array_kind_of(const Value& value);
 
 /// The extents that the method `shape` gives; no value when it fails, throws, or gives no table of integers.
 std::optional<Extents> shape_of(const ModuleCaller& caller, Value& object);
@@ -48,10 +52,6 @@ std::string undefined_operator(const ModuleCaller& caller, const std::string& na
 /// `message`, which is of an exception from an operator, with the reason when it lies in the shapes of the operands.
 std::string thrown_operator(const ModuleCaller& caller, const std::string& message, Value& left, Value& right);
 
-/// The first integer literal of a data literal that a call of `function` drops, because it makes an array of
-/// floating-point numbers and takes no integer as an element; null when there is none.
-const Expression* dropped_element(const std::string& function, const Quotation& dtype, const Quotation& data);
-
 /// Checks what the module does not. It trusts its host with indices, extents and divisors, and would read beyond its
 /// memory or end the process. Each check throws a `Failure` instead. Switched off, it does nothing.
 class ArrayChecks {
@@ -70,8 +70,8 @@ class ArrayChecks {
   void operation(const ModuleCaller& caller, BinaryOperator op, Value& left, Value& right) const;
 
   /// Indices that are not numbers, or lie outside of the extents that they meet. Indices align with the last extents;
-  /// leading indices beyond the number of extents pass.
-  void indices(const ModuleCaller& caller, Value& object, ValueSpan indices) const;
+  /// leading indices beyond the number of extents pass. Returns whether there are fewer indices than extents.
+  bool indices(const ModuleCaller& caller, Value& object, ValueSpan indices) const;
 
   /// An array with extents that are negative, or whose product is more than an array can hold.
   void extents(const ModuleCaller& caller, Value& object) const;

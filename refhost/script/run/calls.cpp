@@ -10,27 +10,41 @@
 
 namespace hvm {
 
-Value Calls::call(const std::string& name, std::vector<Value> arguments, Span span) {
+Value Calls::call(const std::string& name, std::vector<Value> arguments, Span span, bool is_used) {
   steps_.take();
   if (const auto function = functions_.fn(name, *site_.source())) return call_fn(*function, std::move(arguments), span);
   if (const Builtin* builtin = find_builtin(name)) {
     const ModuleCaller caller = site_.caller(span);
-    return site_.placed(span, [&] {
+    Value result = site_.placed(span, [&] {
       return call_builtin(*builtin, {caller, span, functions_.module(), checks_, print_, files_, arguments});
     });
+    warnings_.made(result);
+    return result;
   }
-  return call_module(name, arguments, span);
+  return call_module(name, arguments, span, is_used);
 }
 
-Value Calls::call_module(const std::string& name, std::vector<Value>& arguments, Span span) {
-  const arrayfold::EntryFunction function = functions_.of_module(name);
+Value Calls::call_module(const std::string& name, std::vector<Value>& arguments, Span span, bool is_used) {
+  const ModuleFunctions::Entry* function = functions_.of_module(name);
   if (!function) fail_unknown(name, span);
   quotations_.require_live(arguments, span);
-  quotations_.warn_of_dropped_elements(name, arguments);
-  return site_.placed(span, [&] {
+  Value result = site_.placed(span, [&] {
     checks_.call(name, arguments);
-    return call_function(site_.caller(span), name, function, arguments);
+    return call_function(site_.caller(span), name, function->function, arguments);
   });
+  if (warnings_.are_on()) {
+    const Warnings::Watch& watch = warnings_.watch(function->number);
+    if (warnings_.is_notable(watch, arguments.size(), result)) look_at(watch, name, arguments, result, span, is_used);
+  }
+  return result;
+}
+
+void Calls::look_at(const Warnings::Watch& watch, const std::string& name, std::vector<Value>& arguments, Value& result,
+                    Span span, bool is_used) {
+  const QuotedArguments quoted = watch.reads_quotations ? quotations_.quoted(arguments) : QuotedArguments();
+  warnings_.call(
+      site_.source(), watch,
+      {site_.caller(span), span, name, arguments, result, is_used, quoted, watch.entry, warnings_.columns()});
 }
 
 void Calls::fail_unknown(const std::string& name, Span span) const {
@@ -66,7 +80,7 @@ Value Calls::run_fn(const Function& function, std::vector<Value> arguments) {
   return statements_.run_body(function.body);
 }
 
-Value Calls::method(Value& self, const std::string& name, std::vector<Value> arguments, Span span) {
+Value Calls::method(Value& self, const std::string& name, std::vector<Value> arguments, Span span, bool is_used) {
   steps_.take();
   if (!self.is_object()) site_.fail(fmt::format("{} has no methods", kind_in_words(self)), span);
   quotations_.require_live(arguments, span);
@@ -77,6 +91,7 @@ Value Calls::method(Value& self, const std::string& name, std::vector<Value> arg
     if (!call_method(caller, self, name, arguments, result))
       throw Failure(fmt::format("{}: the call failed on {}", name, described(caller, self)));
   });
+  if (warnings_.are_on()) warnings_.method(site_.source(), {site_.caller(span), span, name, is_used}, self, arguments);
   return result;
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "script/explain/warnings.hpp"
 #include "script/library/builtins.hpp"
 #include "script/run/call_depth.hpp"
 #include "script/run/quotations.hpp"
@@ -19,7 +20,7 @@ class Statements;
 class Calls {
  public:
   Calls(Site& site, Steps& steps, CallDepth& depth, Scopes& scopes, const Functions& functions, Quotations& quotations,
-        const ArrayChecks& checks, const PrintLine& print, FileAccess files, Statements& statements)
+        const ArrayChecks& checks, Warnings& warnings, const PrintLine& print, FileAccess files, Statements& statements)
       : site_(site),
         steps_(steps),
         depth_(depth),
@@ -27,20 +28,25 @@ class Calls {
         functions_(functions),
         quotations_(quotations),
         checks_(checks),
+        warnings_(warnings),
         print_(print),
         files_(files),
         statements_(statements) {}
 
-  Value call(const std::string& name, std::vector<Value> arguments, Span span);
+  /// `is_used` says whether something takes the value.
+  Value call(const std::string& name, std::vector<Value> arguments, Span span, bool is_used);
   /// A method of the object `self`.
-  Value method(Value& self, const std::string& name, std::vector<Value> arguments, Span span);
+  Value method(Value& self, const std::string& name, std::vector<Value> arguments, Span span, bool is_used);
   /// Fails when calls nest too deeply for another one.
   void require_room(Span span) const { depth_.require_room(span); }
 
  private:
   Value call_fn(const Function& function, std::vector<Value> arguments, Span span);
   Value run_fn(const Function& function, std::vector<Value> arguments);
-  Value call_module(const std::string& name, std::vector<Value>& arguments, Span span);
+  Value call_module(const std::string& name, std::vector<Value>& arguments, Span span, bool is_used);
+  /// Lets the warnings look at a call that the module has answered.
+  void look_at(const Warnings::Watch& watch, const std::string& name, std::vector<Value>& arguments, Value& result,
+               Span span, bool is_used);
   /// Fails at the call of a fn of a library, with its name before the message.
   [[noreturn]] void fail_in_library(const std::string& name, const ScriptError& error, Span span) const;
   [[noreturn]] void fail_unknown(const std::string& name, Span span) const;
@@ -52,6 +58,7 @@ class Calls {
   const Functions& functions_;
   Quotations& quotations_;
   const ArrayChecks& checks_;
+  Warnings& warnings_;
   const PrintLine& print_;
   FileAccess files_;
   Statements& statements_;

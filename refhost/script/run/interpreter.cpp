@@ -26,13 +26,15 @@ struct Interpreter::Parts {
         scopes(context),
         functions(module),
         variables(site, scopes, functions),
-        quotations(site, scopes, variables, options.warn),
-        elements(site, checks),
-        operators(site, checks),
+        quotations(site, scopes, variables),
+        warnings(module, options.description, options.warnings, options.warn),
+        elements(site, checks, warnings),
+        operators(site, checks, warnings),
         evaluator(site, variables, elements, operators, quotations, calls),
         statements(site, steps, scopes, functions, variables, elements, operators, evaluator, uses),
         uses(site, depth, scopes, functions, statements, options.files),
-        calls(site, steps, depth, scopes, functions, quotations, checks, options.print, options.files, statements),
+        calls(site, steps, depth, scopes, functions, quotations, checks, warnings, options.print, options.files,
+              statements),
         callbacks(context, site, steps, scopes, calls, evaluator) {}
 
   InterpreterOptions options;
@@ -46,6 +48,7 @@ struct Interpreter::Parts {
   Functions functions;
   Variables variables;
   Quotations quotations;
+  Warnings warnings;
   Elements elements;
   Operators operators;
   Evaluator evaluator;

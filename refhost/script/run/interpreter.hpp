@@ -12,6 +12,7 @@
 
 #include "script/explain/description.hpp"
 #include "script/explain/explanation.hpp"
+#include "script/explain/warnings.hpp"
 #include "script/library/builtins.hpp"
 #include "script/module/module_functions.hpp"
 #include "script/run/quotations.hpp"
@@ -26,7 +27,8 @@ struct InterpreterOptions {
   FileAccess files = FileAccess::all;
   std::uint64_t step_limit = 0;  // of the interpreter's steps, beyond which there is `StepLimitReached`; 0: none
   const Description* description =
-      nullptr;            // of the module's functions; null: there is none. It outlives the interpreter
+      nullptr;  // of the module's functions; null: there is none. It outlives the interpreter
+  WarningMode warnings = WarningMode::on;
   bool explains = false;  // keep the whole story of errors and warnings
 };
 

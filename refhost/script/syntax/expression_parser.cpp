@@ -259,7 +259,7 @@ ExpressionPtr ExpressionParser::call() {
   Expressions arguments = list(TokenKind::right_paren, "or ',' behind the argument");
   const bool has_quotation = quotation_count_ > quotations_before;
   return made({name.span.begin, cursor_.previous().span.end},
-              Call{std::move(name.text), std::move(arguments), has_quotation});
+              Call{std::move(name.text), std::move(arguments), has_quotation, false});
 }
 
 Expressions ExpressionParser::list(TokenKind closing, const char* purpose) {
@@ -278,7 +278,7 @@ Suffix ExpressionParser::method_call() {
     cursor_.fail(fmt::format("a method is called with parentheses: .{}()", name.text), name.span);
   cursor_.take();
   Expressions arguments = list(TokenKind::right_paren, "or ',' behind the argument");
-  return {{begin.begin, cursor_.previous().span.end}, MethodCall{std::move(name.text), std::move(arguments)}};
+  return {{begin.begin, cursor_.previous().span.end}, MethodCall{std::move(name.text), std::move(arguments), false}};
 }
 
 Suffix ExpressionParser::index() {
