@@ -203,7 +203,10 @@ class DataWalk {
         if (!close()) return fault_;
         continue;
       }
-      if (!is_number(*entry.key)) return {DataFault::Form::named, fmt::format("{:?}", key_text(*entry.key))};
+      if (!is_number(*entry.key)) {
+        level.first_name = level.first_name ? level.first_name : entry.key;
+        continue;
+      }
       ++level.count;
       const HostHash* row = table_of(*entry.value);
       if (!row && !is_number(*entry.value)) return {DataFault::Form::no_number, in_words(*entry.value)};
@@ -219,10 +222,9 @@ class DataWalk {
     TableWalk walk;
     std::int64_t count = 0;
     bool has_rows = false;
+    const HostValue* first_name = nullptr;  // the key of an entry that the module passes over
     explicit Level(const HostHash* table) : walk(table) {}
   };
-
-  static std::string key_text(const HostValue& key) { return short_text(text_of(key), "..."); }
 
   void open(const HostHash* table) { levels_.emplace_back(table); }
 
@@ -230,6 +232,10 @@ class DataWalk {
   bool close() {
     const Level row = levels_.back();
     levels_.pop_back();
+    if (row.count == 0 && row.first_name) {
+      fault_ = {DataFault::Form::named, fmt::format("{:?}", short_text(text_of(*row.first_name), "..."))};
+      return false;
+    }
     const std::size_t depth = levels_.size();
     if (lengths_.size() <= depth) lengths_.resize(depth + 1, Length{-1, false});
     Length& length = lengths_[depth];
@@ -283,7 +289,9 @@ Found ragged_rows(const AnsweredCall& call) {
 Found named_entries(const AnsweredCall& call) {
   const DataFault& fault = data_fault(call);
   if (fault.form != DataFault::Form::named) return {};
-  return Finding{fmt::format("xarray passes over the entry under the name {}; give entries without names", fault.what)};
+  return Finding{fmt::format("xarray passes over entries under names, and there are no others: the first is under {}; "
+                             "give entries without names",
+                             fault.what)};
 }
 
 std::string dtype_name(const AnsweredCall& call) {
@@ -752,7 +760,7 @@ const std::vector<WarningRow>& warning_table() {
        "docs/functions/xarray.md#result", CallCondition{Sign::call, {"xarray"}, data_that_ends_early}},
       {"ragged-rows", "xarray(@int, [[1, 2], [3]]) cuts elements off; make all rows of one length",
        "docs/functions/xarray.md#result", CallCondition{Sign::call, {"xarray"}, ragged_rows}},
-      {"named-entries", "xarray(@int, [\"a\": 1]) passes over entries under names; give entries without names",
+      {"named-entries", "xarray(@int, [\"a\": 1]) passes over entries under names, so that it is empty; give entries without names",
        "docs/functions/xarray.md#result", CallCondition{Sign::call, {"xarray"}, named_entries}},
       {"dropped-element", "xarray(@double, @[1, 2.5]) drops the integer; write 1.0 or use a table",
        "docs/functions/xarray.md#result", CallCondition{Sign::call, {"xarray"}, dropped_element}},
