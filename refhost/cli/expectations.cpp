@@ -145,8 +145,8 @@ std::map<std::size_t, Expectation> expectations_of(const SourcePtr& source, cons
     const auto expectation = read(comment.text);
     if (!expectation)
       throw ScriptError(
-          "an expectation is '# expect: text', '# expect ~tolerance: numbers', '# expect error: text' or '# expect "
-          "warning: text'",
+          "an expectation is '# expect: text', '# expect ~tolerance: numbers', '# expect error: text' or "
+          "'# expect warning: text'",
           source, comment.span);
     const auto [entry, is_new] = found.try_emplace(comment.line, *expectation);
     if (!is_new) entry->second.text += " " + expectation->text;

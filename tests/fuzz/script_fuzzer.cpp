@@ -31,11 +31,17 @@ const ModuleFunctions& functions_for(const std::string& text) {
   return text.find_first_of("/%") == text.npos ? all : none;
 }
 
+/// A warning has a place in the text, and can be shown.
+void take(const Warning& warning) {
+  if (warning.message.empty() || warning.report().empty()) std::abort();
+  if (warning.source->name() != "fuzz.hvm" || warning.span.begin > warning.source->text().size()) std::abort();
+}
+
 /// Runs the text. An error has a place in it, and can be shown.
 void run_script(const std::string& text) {
   const auto source = std::make_shared<SourceText>("fuzz.hvm", text);
   Interpreter interpreter(functions_for(text), {true, [](const std::string&, const SourceText&, std::size_t) {},
-                                                [](const std::string&) {}, FileAccess::none, step_limit});
+                                                [](const Warning& warning) { take(warning); }, FileAccess::none, step_limit});
   try {
     interpreter.set_global("args", Value::table());
     interpreter.run(interpreter.parse(source));

@@ -289,9 +289,10 @@ Found ragged_rows(const AnsweredCall& call) {
 Found named_entries(const AnsweredCall& call) {
   const DataFault& fault = data_fault(call);
   if (fault.form != DataFault::Form::named) return {};
-  return Finding{fmt::format("xarray passes over entries under names, and there are no others: the first is under {}; "
-                             "give entries without names",
-                             fault.what)};
+  return Finding{
+      fmt::format("xarray passes over entries under names, and there are no others: the first is under {}; "
+                  "give entries without names",
+                  fault.what)};
 }
 
 std::string dtype_name(const AnsweredCall& call) {
@@ -328,8 +329,9 @@ Found unknown_dtype(const AnsweredCall& call) {
 }
 
 Found data_that_are_no_table(const AnsweredCall& call) {
-  if (!gave_no_array(call) || call.arguments.size() < 2 || call.arguments[1].is_table()) return {};
+  if (!gave_no_array(call) || call.arguments.size() < 2) return {};
   const Value& data = call.arguments[1];
+  if (data.is_table() || data.tag() == ValueTag::code) return {};
   const std::string name = argument_name(call, 1, "a");
   const std::string remedy = is_of_kind(data, "bool") ? fmt::format("as_int({}) {} makes integers of it", name, library)
                              : is_integer_array(data) ? fmt::format("xminimum({0}, {0}) makes doubles of it", name)
@@ -378,7 +380,6 @@ Found dropped_element(const AnsweredCall& call) {
 
 Found largest_of_doubles(const AnsweredCall& call) {
   if (call.result.tag() != ValueTag::real) return {};
-  if (HVM_AsDouble(call.result.address()) != std::numeric_limits<double>::min()) return {};
   return Finding{
       fmt::format("xamax gives 2.2250738585072014e-308 of doubles without an element above it; write "
                   "-xamin(-{})",
@@ -711,6 +712,30 @@ std::string ArrayOperation::right_text(std::string_view otherwise) const {
   return text.empty() ? std::string(otherwise) : text;
 }
 
+bool bears(Sign sign, const std::vector<Value>& arguments, const Value& result, bool is_used) noexcept {
+  switch (sign) {
+    case Sign::used_value:
+      return is_used;
+    case Sign::real_argument:
+      for (const Value& argument : arguments)
+        if (argument.tag() == ValueTag::real) return true;
+      return false;
+    case Sign::three_arguments:
+      return arguments.size() == 3;
+    case Sign::integer_start:
+      return !arguments.empty() && arguments[0].tag() != ValueTag::real;
+    case Sign::integer_array:
+      return !arguments.empty() && is_integer_array(arguments[0]);
+    case Sign::odd_extreme: {
+      if (result.tag() == ValueTag::integer64) return true;
+      HostValue record = result.record();
+      return result.tag() == ValueTag::real && HVM_AsDouble(&record) == std::numeric_limits<double>::min();
+    }
+    default:
+      return true;
+  }
+}
+
 const std::vector<WarningRow>& warning_table() {
   static const std::vector<WarningRow> rows = {
       {"number-on-the-left", "n - a computes a - n: with a number the array stands on the left; write a * -1 + n",
@@ -726,26 +751,26 @@ const std::vector<WarningRow>& warning_table() {
       {"value-of-reshape", "a.reshape(...) changes a itself and gives nothing; write it on a line of its own",
        "docs/functions/method-reshape.md#result", MethodCondition{value_of_reshape}},
       {"value-of-shuffle", "xshuffle(a) changes a itself and gives 0; write it on a line of its own",
-       "docs/functions/xshuffle.md#result", CallCondition{Sign::call, {"xshuffle"}, value_of_shuffle}},
+       "docs/functions/xshuffle.md#result", CallCondition{Sign::used_value, {"xshuffle"}, value_of_shuffle}},
       {"integer-spacing", "xlinspace(0, 1, 5) gives integers, which lose their fractions; write xlinspace(0.0, 1, 5)",
-       "docs/functions/xlinspace.md#result", CallCondition{Sign::call, {"xlinspace"}, integer_spacing}},
+       "docs/functions/xlinspace.md#result", CallCondition{Sign::integer_start, {"xlinspace"}, integer_spacing}},
       {"integer-powers",
        "xlogspace(-2, 2, 5) gives integers, which do not hold the powers; write xlogspace(-2.0, 2, 5)",
-       "docs/functions/xlogspace.md#result", CallCondition{Sign::call, {"xlogspace"}, integer_powers}},
+       "docs/functions/xlogspace.md#result", CallCondition{Sign::integer_start, {"xlogspace"}, integer_powers}},
       {"integer-range", "xarange(0, 1.5) counts in integers; for fractions write xlinspace(start, stop, count)",
-       "docs/functions/xarange.md#arguments", CallCondition{Sign::call, {"xarange"}, integer_range}},
+       "docs/functions/xarange.md#arguments", CallCondition{Sign::real_argument, {"xarange"}, integer_range}},
       {"empty-range", "xarange(0, 2, 3) has no elements; give a step that is not beyond the range",
-       "docs/functions/xarange.md#result", CallCondition{Sign::call, {"xarange"}, empty_range}},
+       "docs/functions/xarange.md#result", CallCondition{Sign::three_arguments, {"xarange"}, empty_range}},
       {"fraction-of-an-argument", "xzeros(2.5) reads 2; give an integer", arguments,
-       CallCondition{Sign::call,
+       CallCondition{Sign::real_argument,
                      {"xzeros", "xones", "xempty", "xrand", "xrandn", "xeye", "xhistogram", "xpartition"},
                      fraction_of_an_argument}},
       {"largest-of-doubles", "xamax(a) gives 2.2250738585072014e-308 without an element above it; write -xamin(-a)",
-       "docs/functions/xamax.md#result", CallCondition{Sign::call, {"xamax"}, largest_of_doubles}},
+       "docs/functions/xamax.md#result", CallCondition{Sign::odd_extreme, {"xamax"}, largest_of_doubles}},
       {"largest-of-int64", "xamax(a) of int64 gives the smallest element; write -xamin(-a)",
-       "docs/functions/xamax.md#result", CallCondition{Sign::call, {"xamax"}, largest_of_int64}},
+       "docs/functions/xamax.md#result", CallCondition{Sign::odd_extreme, {"xamax"}, largest_of_int64}},
       {"kind-of-product", "xdot(i, d) of integers with doubles drops all fractions; write xdot(xminimum(i, i), d)",
-       result, CallCondition{Sign::call, {"xdot", "xvdot", "xouter", "xkron"}, kind_of_product}},
+       result, CallCondition{Sign::integer_array, {"xdot", "xvdot", "xouter", "xkron"}, kind_of_product}},
       {"column", "xsum(c) of a column counts the first element in place of the last ones; write c.reshape(n) first",
        result, CallCondition{Sign::column, functions_of(std::begin(on_columns), std::end(on_columns)), column}},
       {"computes-nothing", "xpow and others give nothing, whatever their arguments are; the page names what does",
@@ -760,7 +785,8 @@ const std::vector<WarningRow>& warning_table() {
        "docs/functions/xarray.md#result", CallCondition{Sign::call, {"xarray"}, data_that_ends_early}},
       {"ragged-rows", "xarray(@int, [[1, 2], [3]]) cuts elements off; make all rows of one length",
        "docs/functions/xarray.md#result", CallCondition{Sign::call, {"xarray"}, ragged_rows}},
-      {"named-entries", "xarray(@int, [\"a\": 1]) passes over entries under names, so that it is empty; give entries without names",
+      {"named-entries",
+       "xarray(@int, [\"a\": 1]) passes over entries under names, so that it is empty; give entries without names",
        "docs/functions/xarray.md#result", CallCondition{Sign::call, {"xarray"}, named_entries}},
       {"dropped-element", "xarray(@double, @[1, 2.5]) drops the integer; write 1.0 or use a table",
        "docs/functions/xarray.md#result", CallCondition{Sign::call, {"xarray"}, dropped_element}},

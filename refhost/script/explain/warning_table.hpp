@@ -89,13 +89,23 @@ struct AnsweredMethod {
   bool is_used;
 };
 
-/// When the condition of a row about calls is looked at.
-enum class Sign {
-  call,            // at each call of its functions
+/// When the condition of a row about calls is looked at: what is seen at once, so that most calls cost next to nothing.
+enum class Sign : std::uint8_t {
+  call,             // at each call of its functions
+  used_value,       // when something takes the value
+  real_argument,    // when an argument is a real
+  three_arguments,  // when there are three arguments
+  integer_start,    // when the first argument is no real
+  integer_array,    // when the first argument is an array of integers
+  odd_extreme,      // when the result is an int64, or the smallest normal number
+  // Of all functions alike:
   nothing,         // when the call gave nil
   more_arguments,  // when there are more arguments than the function looks at
   column,          // when an argument may be a column
 };
+
+/// Whether a call bears one of the signs before `nothing`.
+bool bears(Sign sign, const std::vector<Value>& arguments, const Value& result, bool is_used) noexcept;
 
 struct CallCondition {
   Sign sign;

@@ -132,7 +132,11 @@ Warnings::Warnings(const ModuleFunctions& module, const Description* description
       const auto& functions = condition->functions;
       const bool is_watched =
           functions.empty() || std::find(functions.begin(), functions.end(), name) != functions.end();
-      if (is_watched) rows_with(condition->sign, watch) |= Watch::Rows{1} << i;
+      if (!is_watched) continue;
+      rows_with(condition->sign, watch) |= Watch::Rows{1} << i;
+      const bool is_own = condition->sign < Sign::nothing;
+      const bool is_known = std::find(watch.signs.begin(), watch.signs.end(), condition->sign) != watch.signs.end();
+      if (is_own && !is_known) watch.signs.push_back(condition->sign);
     }
     watch.makes_columns =
         std::find(std::begin(makers_of_columns), std::end(makers_of_columns), name) != std::end(makers_of_columns);
@@ -161,8 +165,10 @@ void Warnings::call(const SourcePtr& source, const Watch& watch, const AnsweredC
     if (call.arguments.size() > watch.most_arguments) rows |= watch.on_more_arguments;
     for (; rows != 0; rows &= rows - 1) {
       const WarningRow& row = warning_table()[static_cast<std::size_t>(__builtin_ctzll(rows))];
+      const auto& condition = std::get<CallCondition>(row.condition);
+      if (!bears(condition.sign, call.arguments, call.result, call.is_used)) continue;
       if (is_settled(source, call.span, row)) break;
-      auto found = std::get<CallCondition>(row.condition).find(call);
+      auto found = condition.find(call);
       if (!found) continue;
       tell(row, std::move(*found), source, call.span, call.function);
       break;
@@ -213,11 +219,10 @@ void Warnings::track(const Watch& watch, const AnsweredCall& call) noexcept {
   const auto& arguments = call.arguments;
   const auto is_marked = [&](const Value& value) { return columns_.has(value); };
   bool may_be_column = std::any_of(arguments.begin(), arguments.end(), is_marked);
-  if (watch.makes_columns && !may_be_column) {
-    const bool takes_arrays = !arguments.empty() && arguments[0].is_object();
-    may_be_column = takes_arrays || (arguments.size() > 1 && is_one(arguments.back())) ||
-                    (call.quoted.dtype && may_make_column(call.quoted, arguments));
-  }
+  if (watch.reads_quotations)
+    may_be_column = may_make_column(call.quoted, arguments);
+  else if (watch.makes_columns && !may_be_column)
+    may_be_column = may_end_in_one(arguments);
   if (call.result.is_object()) return columns_.note(call.result, may_be_column);
   if (!may_be_column || !call.result.is_table()) return;
   TableWalk walk(table_of(call.result.record()));

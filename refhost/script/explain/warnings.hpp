@@ -45,24 +45,30 @@ class Warnings {
 
   bool are_on() const noexcept { return are_on_; }
 
-  /// What is looked for at a call of a function: a load and a branch for most.
+  /// What is looked for at a call of a function.
   struct Watch {
     using Rows = std::uint64_t;          // a bit for each row of the table
-    Rows rows = 0;                       // of the sign `call`
+    std::vector<Sign> signs;             // that the function alone is watched for; empty for most
     std::uint32_t most_arguments = ~0u;  // that the function looks at
-    bool makes_columns = false;          // its result may be a column whatever its arguments are
+    bool makes_columns = false;          // of two extents or more, the last of which is 1
     bool reads_quotations = false;
-    const FunctionEntry* entry = nullptr;
+    const FunctionEntry* entry = nullptr;  // null without a description
+    Rows rows = 0;                         // by the signs of the function alone
     Rows on_nothing = 0;
     Rows on_column = 0;
     Rows on_more_arguments = 0;
   };
   /// `number` is that of the module's function.
   const Watch& watch(std::uint32_t number) const noexcept { return watches_[number]; }
-  /// Whether the answer of a call is worth a look.
-  bool is_notable(const Watch& watch, std::size_t arguments, const Value& result) const noexcept {
-    return result.is_nil() || watch.rows != 0 || arguments > watch.most_arguments || watch.makes_columns ||
-           !columns_.is_empty();
+  /// Whether the answer of a call is worth a look. Costs most calls a few comparisons.
+  bool is_notable(const Watch& watch, const std::vector<Value>& arguments, const Value& result,
+                  bool is_used) const noexcept {
+    if (result.is_nil() || arguments.size() > watch.most_arguments) return true;
+    if (!columns_.is_empty() && columns_.has_any(arguments, result)) return true;
+    if (watch.makes_columns && may_end_in_one(arguments)) return true;
+    for (const Sign sign : watch.signs)
+      if (bears(sign, arguments, result, is_used)) return true;
+    return false;
   }
 
   void call(const SourcePtr& source, const Watch& watch, const AnsweredCall& call);
@@ -89,6 +95,14 @@ class Warnings {
     std::set<std::pair<std::size_t, const WarningRow*>> lines;
     std::map<std::size_t, std::vector<std::string>> allowed;
   };
+
+  /// Whether the arguments are an array, or extents that end in 1.
+  static bool may_end_in_one(const std::vector<Value>& arguments) noexcept {
+    if (arguments.empty() || !arguments[0].is_number()) return true;
+    if (arguments.size() < 2 || !arguments.back().is_number()) return false;
+    HostValue last = arguments.back().record();
+    return HVM_AsInt(&last) == 1;
+  }
 
   template <class Look>
   void guarded(const SourcePtr& source, Look look);

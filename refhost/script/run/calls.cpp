@@ -34,7 +34,7 @@ Value Calls::call_module(const std::string& name, std::vector<Value>& arguments,
   });
   if (warnings_.are_on()) {
     const Warnings::Watch& watch = warnings_.watch(function->number);
-    if (warnings_.is_notable(watch, arguments.size(), result)) look_at(watch, name, arguments, result, span, is_used);
+    if (warnings_.is_notable(watch, arguments, result, is_used)) look_at(watch, name, arguments, result, span, is_used);
   }
   return result;
 }

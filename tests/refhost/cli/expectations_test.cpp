@@ -67,8 +67,8 @@ TEST(Expectations, ThatAreNotMet_FailWithExpectedAndGot) {
   expect_failed("x = * 2", "a.hvm:1: error: an expression expected, but here is '*'");
   expect_failed(
       "print(1) # expect ~x: 1",
-      "a.hvm:1: error: an expectation is '# expect: text', '# expect ~tolerance: numbers' or '# expect error: "
-      "text'");
+      "a.hvm:1: error: an expectation is '# expect: text', '# expect ~tolerance: numbers', '# expect error: text' or "
+      "'# expect warning: text'");
 }
 
 TEST(Expectations, OfABlockThatStaysOpen_AreMetByTheErrorAtTheEnd) {
