@@ -17,8 +17,8 @@ namespace {
 
 class ExpectationRun {
  public:
-  ExpectationRun(SourcePtr source, const ModuleFunctions& functions, bool has_checks, WarningMode warnings)
-      : source_(std::move(source)), warnings_(warnings), interpreter_(functions, options(has_checks)) {}
+  ExpectationRun(SourcePtr source, const ModuleFunctions& functions, const RunConditions& conditions)
+      : source_(std::move(source)), warnings_(conditions.warnings), interpreter_(functions, options(conditions)) {}
 
   std::vector<std::string> failures() {
     try {
@@ -41,9 +41,10 @@ class ExpectationRun {
 
  private:
   /// Warnings are gathered here, and never end a statement.
-  InterpreterOptions options(bool has_checks) {
+  InterpreterOptions options(const RunConditions& conditions) {
     InterpreterOptions options;
-    options.has_checks = has_checks;
+    options.has_checks = conditions.has_checks;
+    options.description = conditions.description;
     options.print = [this](const std::string& text, const SourceText& from, std::size_t line) {
       print(text, from.name() == source_->name() ? line : running_line_);
     };
@@ -180,9 +181,9 @@ class ExpectationRun {
 
 }  // namespace
 
-std::vector<std::string> unmet_expectations(const SourcePtr& source, const ModuleFunctions& functions, bool has_checks,
-                                            WarningMode warnings) {
-  return ExpectationRun(source, functions, has_checks, warnings).failures();
+std::vector<std::string> unmet_expectations(const SourcePtr& source, const ModuleFunctions& functions,
+                                            const RunConditions& conditions) {
+  return ExpectationRun(source, functions, conditions).failures();
 }
 
 }  // namespace hvm

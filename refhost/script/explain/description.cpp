@@ -133,9 +133,15 @@ constexpr std::pair<std::string_view, Form> kind_forms[] = {
     {"kind_in", Form::kind_in},
 };
 constexpr std::pair<std::string_view, Form> plain_forms[] = {
-    {"not_square", Form::not_square},     {"first_extents_differ", Form::first_extents_differ},
-    {"kinds_differ", Form::kinds_differ}, {"summed_extents_differ", Form::summed_extents_differ},
-    {"no_broadcast", Form::no_broadcast}, {"beyond_32_bits", Form::beyond_32_bits},
+    {"not_square", Form::not_square},
+    {"first_extents_differ", Form::first_extents_differ},
+    {"kinds_differ", Form::kinds_differ},
+    {"summed_extents_differ", Form::summed_extents_differ},
+    {"no_broadcast", Form::no_broadcast},
+    {"fewer_rows", Form::fewer_rows},
+    {"empty", Form::empty},
+    {"always", Form::always},
+    {"beyond_32_bits", Form::beyond_32_bits},
     {"no_memory", Form::no_memory},
 };
 
@@ -152,6 +158,7 @@ Condition condition_of(const Part& part) {
     if (const auto kinds = part.find(key)) condition.form = form, condition.kinds = kinds->texts();
   for (const auto& [key, form] : plain_forms)
     if (part.is_true(key)) condition.form = form;
+  if (const auto parts = part.find("all")) condition.form = Form::all, condition.parts = parts->list(condition_of);
   return condition;
 }
 
@@ -202,6 +209,7 @@ FunctionEntry function_of(const Part& part) {
   function.synopsis = part.texts_or_nothing("synopsis");
   function.least_arguments = part.number_or_nothing("least_arguments").value_or(0);
   function.most_arguments = part.number_or_nothing("most_arguments");
+  if (const auto receiver = part.find("receiver")) function.receiver = argument_of(*receiver);
   if (const auto arguments = part.find("arguments")) function.arguments = arguments->list(argument_of);
   function.result = part.text_or_nothing("result");
   if (const auto failures = part.find("failures")) function.failures = failures->list(failure_of);

@@ -1,7 +1,7 @@
 // script/explain/description.hpp: what a module's pages say of its functions, read from its functions.json
 //
 // A module may bring a description of its functions: beside DIR/NAME.so it is DIR/NAME.json, otherwise
-// DIR/../share/NAME/functions.json. The structures here mirror that file; docs/functions-json.md describes it. hvm
+// DIR/../share/NAME/functions.json. The structures here mirror that file; docs/functions/… describes it. hvm
 // works without a description.
 
 #pragma once
@@ -17,7 +17,9 @@ namespace hvm {
 /// When a row of a table of failures applies.
 struct Condition {
   enum class Form {
-    told,  // no condition: only what happened tells
+    told,    // no condition: only what happened tells
+    always,  // every call
+    all,     // all of `parts`
     arguments_below,
     arguments_above,
     kind_not_in,
@@ -30,6 +32,8 @@ struct Condition {
     summed_extents_differ,
     kinds_differ,
     no_broadcast,
+    fewer_rows,  // the first of two arguments has a smaller first extent than the second
+    empty,
     below,
     equals,
     beyond_32_bits,
@@ -39,7 +43,8 @@ struct Condition {
   std::vector<std::string> of;  // names of arguments: one of them, or both where the form compares two
   bool is_of_any = false;       // of any argument
   std::vector<std::string> kinds;
-  std::int64_t number = 0;  // the count, the number of dimensions, or the bound
+  std::int64_t number = 0;       // the count, the number of dimensions, or the bound
+  std::vector<Condition> parts;  // of `all`
 };
 
 /// What a call does under a condition.
@@ -83,6 +88,7 @@ struct FunctionEntry {
   std::vector<std::string> synopsis;
   std::int64_t least_arguments = 0;
   std::optional<std::int64_t> most_arguments;  // absent: arguments repeat without end
+  std::optional<ArgumentEntry> receiver;       // of a method: the object that it is called on
   std::vector<ArgumentEntry> arguments;
   std::string result;
   std::vector<FailureRow> failures;

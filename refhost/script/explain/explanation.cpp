@@ -16,7 +16,7 @@ void append(std::string& text, std::string_view heading, const std::vector<std::
 }  // namespace
 
 std::string Explanation::text() const {
-  if (is_empty()) return {};
+  if (!has_details()) return {};
   std::string text = "explanation: " + about + "\n";
   append(text, "arguments", arguments);
   append(text, "what was looked at", considered);

@@ -16,7 +16,9 @@ struct Explanation {
   std::vector<std::string> notes;       // `usage: xinv(a)`, `page: docs/functions/xinv.md`
 
   bool is_empty() const { return about.empty(); }
-  /// The story in lines, each with its end; empty when the explanation is.
+  /// Whether there is more to tell than the message.
+  bool has_details() const { return !(arguments.empty() && considered.empty() && remedy.empty() && notes.empty()); }
+  /// The story in lines, each with its end; empty without details.
   std::string text() const;
 };
 

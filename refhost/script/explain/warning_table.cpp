@@ -47,12 +47,6 @@ std::int64_t as_int64(const Value& value) {
   return HVM_AsInt64(&record);
 }
 
-std::string number_text(const Value& value) {
-  HostValue record = value.record();
-  if (value.tag() == ValueTag::real) return real_text(HVM_AsDouble(&record), Detail::brief);
-  return fmt::format("{}", HVM_AsInt64(&record));
-}
-
 std::string in_parentheses(const Extents& extents) { return fmt::format("({})", fmt::join(extents, ", ")); }
 
 /// An argument in the words of the script; `otherwise` where it is missing or too long for a sentence.

@@ -91,6 +91,12 @@ std::size_t settled_place(const SourceText* source, std::size_t offset, const Wa
   return (mixed ^ mixed >> 7) % 64;
 }
 
+std::vector<Value*> addresses(ValueSpan values) {
+  std::vector<Value*> found;
+  for (Value& value : values) found.push_back(&value);
+  return found;
+}
+
 /// The rows of a sign that a function is watched for.
 Warnings::Watch::Rows& rows_with(Sign sign, Warnings::Watch& watch) {
   switch (sign) {
@@ -111,10 +117,11 @@ std::string Warning::report() const {
   return warning_report(message, *source, span) + fmt::format("  page: {}\n  allow: # allow: {}\n", page, row.name);
 }
 
-Warnings::Warnings(const ModuleFunctions& module, const Description* description, WarningMode mode, Warn warn)
-    : are_on_(is_array_module(module) && (mode == WarningMode::error || (mode == WarningMode::on && warn))),
-      mode_(mode),
-      warn_(std::move(warn)) {
+Warnings::Warnings(const ModuleFunctions& module, Options options, Explanation& last)
+    : are_on_(is_array_module(module) &&
+              (options.mode == WarningMode::error || (options.mode == WarningMode::on && options.warn))),
+      options_(std::move(options)),
+      last_(last) {
   if (!are_on_) return;
   for (const WarningRow& row : warning_table()) {
     if (std::holds_alternative<OperationCondition>(row.condition)) operation_rows_.push_back(&row);
@@ -141,7 +148,7 @@ Warnings::Warnings(const ModuleFunctions& module, const Description* description
     watch.makes_columns =
         std::find(std::begin(makers_of_columns), std::end(makers_of_columns), name) != std::end(makers_of_columns);
     watch.reads_quotations = name == "xarray";
-    watch.entry = description ? description->find(name) : nullptr;
+    watch.entry = options_.description ? options_.description->find(name) : nullptr;
     const bool has_limit = watch.entry && watch.entry->most_arguments && *watch.entry->most_arguments >= 0;
     if (has_limit) watch.most_arguments = static_cast<std::uint32_t>(*watch.entry->most_arguments);
   }
@@ -170,7 +177,7 @@ void Warnings::call(const SourcePtr& source, const Watch& watch, const AnsweredC
       if (is_settled(source, call.span, row)) break;
       auto found = condition.find(call);
       if (!found) continue;
-      tell(row, std::move(*found), source, call.span, call.function);
+      tell(row, std::move(*found), source, call.span, call.function, call.caller, addresses(call.arguments));
       break;
     }
   });
@@ -184,7 +191,7 @@ void Warnings::operation(const SourcePtr& source, Span span, const ArrayOperatio
       if (is_settled(source, span, row)) break;
       auto found = std::get<OperationCondition>(row.condition).find(operation);
       if (!found) continue;
-      tell(row, std::move(*found), source, span, {});
+      tell(row, std::move(*found), source, span, {}, operation.caller, {&operation.left, &operation.right});
       break;
     }
   });
@@ -196,7 +203,10 @@ void Warnings::element(const SourcePtr& source, Span span, const ElementAccess& 
       const WarningRow& row = *each;
       if (is_settled(source, span, row)) continue;
       auto found = std::get<ElementCondition>(row.condition).find(access);
-      if (found) tell(row, std::move(*found), source, span, {});
+      if (!found) continue;
+      std::vector<Value*> values = addresses(access.indices);
+      values.insert(values.begin(), &access.object);
+      tell(row, std::move(*found), source, span, {}, access.caller, values);
     }
   });
 }
@@ -210,7 +220,7 @@ void Warnings::method(const SourcePtr& source, const AnsweredMethod& call, Value
       const WarningRow& row = *each;
       if (is_settled(source, call.span, row)) continue;
       auto found = std::get<MethodCondition>(row.condition).find(call);
-      if (found) tell(row, std::move(*found), source, call.span, call.method);
+      if (found) tell(row, std::move(*found), source, call.span, call.method, call.caller, {&self});
     }
   });
 }
@@ -232,7 +242,7 @@ void Warnings::track(const Watch& watch, const AnsweredCall& call) noexcept {
 
 /// In the mode `error` a warning comes as often as its cause.
 bool Warnings::is_settled(const SourcePtr& source, Span span, const WarningRow& row) const noexcept {
-  if (mode_ == WarningMode::error) return false;
+  if (options_.mode == WarningMode::error) return false;
   const Settled& place = settled_[settled_place(source.get(), span.begin, row)];
   return place.source == source.get() && place.offset == span.begin && place.row == &row;
 }
@@ -244,7 +254,7 @@ Warnings::Told& Warnings::told_of(const SourcePtr& source) {
 }
 
 void Warnings::tell(const WarningRow& row, Finding finding, const SourcePtr& running, Span span,
-                    std::string_view function) {
+                    std::string_view function, const ModuleCaller& caller, const std::vector<Value*>& values) {
   const SourcePtr source = finding.source ? finding.source : running;
   const Span place = finding.span ? *finding.span : span;
   told_of(running);
@@ -255,10 +265,25 @@ void Warnings::tell(const WarningRow& row, Finding finding, const SourcePtr& run
   const bool is_allowed = allowed != told.allowed.end() &&
                           std::find(allowed->second.begin(), allowed->second.end(), row.name) != allowed->second.end();
   if (is_allowed) return;
-  if (mode_ == WarningMode::error) throw ScriptError(std::move(finding.message), source, place);
+  if (options_.mode == WarningMode::error) throw ScriptError(std::move(finding.message), source, place);
   if (!told.lines.emplace(line, &row).second) return;
   const std::string page = finding.page.empty() ? page_for(row.page, function) : std::move(finding.page);
-  warn_({row, std::move(finding.message), page, source, place});
+  if (options_.explains) keep_story(row, finding.message, page, caller, values);
+  options_.warn({row, std::move(finding.message), page, source, place, options_.explains ? &last_ : nullptr});
+}
+
+void Warnings::keep_story(const WarningRow& row, const std::string& message, const std::string& page,
+                          const ModuleCaller& caller, const std::vector<Value*>& values) {
+  constexpr std::string_view before_remedy = "; ";
+  Explanation story;
+  story.about = message;
+  for (Value* value : values) story.arguments.push_back(described(caller, *value));
+  story.considered.push_back(fmt::format("{}: {}", row.name, row.sentence));
+  const std::size_t remedy = message.rfind(before_remedy);
+  if (remedy != std::string::npos) story.remedy = message.substr(remedy + before_remedy.size());
+  story.notes.push_back("page: " + page);
+  story.notes.push_back(fmt::format("allow: # allow: {}", row.name));
+  last_ = std::move(story);
 }
 
 }  // namespace hvm

@@ -27,6 +27,7 @@ struct Warning {
   std::string page;
   SourcePtr source;
   Span span;
+  const Explanation* explanation;  // null unless stories are kept
 
   std::size_t line() const { return source->line(span.begin); }
   /// The line and a caret, as of an error, with the page and the comment that takes the warning back.
@@ -40,8 +41,16 @@ using Warn = std::function<void(const Warning&)>;
 /// nothing: a warning for which memory is missing is lost.
 class Warnings {
  public:
-  /// Does nothing unless `module` is the module of arrays. `description` may be null.
-  Warnings(const ModuleFunctions& module, const Description* description, WarningMode mode, Warn warn);
+  struct Options {
+    const Description* description = nullptr;  // null: nothing is known of numbers of arguments
+    WarningMode mode = WarningMode::on;
+    Warn warn = {};
+    bool explains = false;
+  };
+
+  /// Does nothing unless `module` is the module of arrays. The last explanation goes to `last`, which must outlive
+  /// this.
+  Warnings(const ModuleFunctions& module, Options options, Explanation& last);
 
   bool are_on() const noexcept { return are_on_; }
 
@@ -85,8 +94,6 @@ class Warnings {
     if (are_on_ && value.is_object()) columns_.mark(object_of(value.record()));
   }
   Columns& columns() noexcept { return columns_; }
-  /// The story of the last warning.
-  const Explanation& last_explanation() const noexcept { return last_explanation_; }
 
  private:
   /// What was told of a source, and what it allows.
@@ -109,18 +116,21 @@ class Warnings {
   void track(const Watch& watch, const AnsweredCall& call) noexcept;
   bool is_settled(const SourcePtr& source, Span span, const WarningRow& row) const noexcept;
   Told& told_of(const SourcePtr& source);
-  void tell(const WarningRow& row, Finding finding, const SourcePtr& source, Span span, std::string_view function);
+  /// `values` are what the warning is about, for its story.
+  void tell(const WarningRow& row, Finding finding, const SourcePtr& source, Span span, std::string_view function,
+            const ModuleCaller& caller, const std::vector<Value*>& values);
+  void keep_story(const WarningRow& row, const std::string& message, const std::string& page, const ModuleCaller& caller,
+                  const std::vector<Value*>& values);
 
   bool are_on_;
-  WarningMode mode_;
-  Warn warn_;
+  Options options_;
+  Explanation& last_;
   std::vector<Watch> watches_;
   std::vector<const WarningRow*> operation_rows_;
   std::vector<const WarningRow*> element_rows_;
   std::vector<const WarningRow*> method_rows_;
   Columns columns_;
   std::unordered_map<const SourceText*, Told> told_;
-  Explanation last_explanation_;
 
   /// Places that need no second look, by the bits of their address.
   struct Settled {

@@ -4,16 +4,15 @@
 
 #include <fmt/format.h>
 
+#include "script/explain/other_names.hpp"
 #include "script/text/value_kinds.hpp"
 
 namespace hvm {
-namespace {
 
-[[noreturn]] void fail_kind(const BuiltinCall& call, const char* wanted, const Value& value) {
-  call.fail(fmt::format("it takes {}, not {}", wanted, kind_in_words(value)));
+void fail_kind(const BuiltinCall& call, const char* wanted, const Value& value) {
+  const std::string instead = value.is_object() ? counterpart_for_arrays(call.name, call.module) : std::string();
+  call.fail(fmt::format("it takes {}, not {}{}", wanted, kind_in_words(value), instead));
 }
-
-}  // namespace
 
 bool has_argument(const BuiltinCall& call, std::size_t i) { return i < call.count() && !call.arguments[i].is_nil(); }
 

@@ -13,6 +13,9 @@
 
 namespace hvm {
 
+/// Throws a `Failure` that says what the function takes and what `value` is, and for an array what takes one instead.
+[[noreturn]] void fail_kind(const BuiltinCall& call, const char* wanted, const Value& value);
+
 /// Whether the call has an argument at `i` that is not nil.
 bool has_argument(const BuiltinCall& call, std::size_t i);
 

@@ -107,7 +107,7 @@ class Extreme {
 
   void add(const HostValue& record) {
     const Value value = Value::sharing(record);
-    if (!value.is_number()) call_.fail(fmt::format("it takes numbers, not {}", kind_in_words(value)));
+    if (!value.is_number()) fail_kind(call_, "numbers", value);
     const Number number = number_of(value);
     const bool is_better = !std::isnan(best_.real) && (std::isnan(number.real) || beats_(number, best_));
     if (found_.is_nil() || is_better) best_ = number, found_ = value;

@@ -29,6 +29,12 @@ SourcePtr named(const std::string& name, Read read) {
   }
 }
 
+std::filesystem::path libraries() {
+  std::error_code error;
+  const std::filesystem::path home = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+  return home.parent_path() / "share" / "hvm";
+}
+
 }  // namespace
 
 SourcePtr read_script(const std::string& path, Origin origin) {
@@ -43,10 +49,20 @@ SourcePtr read_script(const std::string& path, Origin origin) {
   });
 }
 
-std::string library_file(const std::string& name) {
+std::string library_file(const std::string& name) { return (libraries() / (name + ".hvm")).string(); }
+
+// A fn stands at the outermost level, and so at the beginning of its line.
+std::string library_with(const std::string& function) {
+  const std::string beginning = fmt::format("fn {}(", function);
   std::error_code error;
-  const std::filesystem::path home = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-  return (home.parent_path() / "share" / "hvm" / (name + ".hvm")).string();
+  for (const auto& entry : std::filesystem::directory_iterator(libraries(), error)) {
+    const std::string library = entry.path().stem().string();
+    if (entry.path().extension() != ".hvm" || function.rfind(library + '_', 0) == 0) continue;
+    std::ifstream file(entry.path(), std::ios::binary);
+    for (std::string line; std::getline(file, line);)
+      if (line.compare(0, beginning.size(), beginning) == 0) return library;
+  }
+  return {};
 }
 
 SourcePtr read_standard_input() {

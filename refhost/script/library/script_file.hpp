@@ -19,6 +19,9 @@ class FileError : public std::runtime_error {
 SourcePtr read_script(const std::string& path, Origin origin = Origin::script);
 /// The file of a library of this name, which may be missing: in `../share/hvm` as seen from the folder of the program.
 std::string library_file(const std::string& name);
+/// The library that has a fn of this name for scripts; empty when none has. The names that begin with that of their
+/// library are its own.
+std::string library_with(const std::string& function);
 /// The script that comes through the standard input. Throws `std::runtime_error` when memory runs out.
 SourcePtr read_standard_input();
 

@@ -35,14 +35,15 @@ bool is_element_access(Opcode opcode) { return opcode == Opcode::read_element ||
 using arrayfold::HostIndexEntry;
 using arrayfold::HostIndexList;
 
-/// Runs `call` as the module's; what it throws becomes a `Failure` that begins with `name`.
+/// Runs `call` as the module's; what it throws becomes a `CallFailure` that begins with `name`.
 template <class Call>
 auto translated(const ModuleCaller& caller, std::string_view name, Call call) {
   const RunningMark mark(caller.source, caller.offset, true);
   try {
     return call();
   } catch (...) {
-    throw Failure(fmt::format("{}: the module threw {}", name, current_exception_text()));
+    const std::string exception = current_exception_text();
+    throw CallFailure(fmt::format("{}: the module threw {}", name, exception), exception);
   }
 }
 
@@ -113,7 +114,7 @@ Value call_function(const ModuleCaller& caller, const std::string& name, arrayfo
   const int status = contained(caller, name, [&] {
     return function(caller.ctx, records_of(arguments), static_cast<int>(arguments.size()), result.address());
   });
-  if (status == 0) throw Failure(fmt::format("{}: the call failed {}", name, given(arguments)));
+  if (status == 0) throw CallFailure(fmt::format("{}: the call failed {}", name, given(arguments)));
   return result;
 }
 

@@ -2,7 +2,11 @@
 
 #include "script/run/functions.hpp"
 
+#include <fmt/format.h>
+
+#include "script/explain/other_names.hpp"
 #include "script/library/builtins.hpp"
+#include "script/library/script_file.hpp"
 #include "script/syntax/diagnostics.hpp"
 
 namespace hvm {
@@ -28,7 +32,11 @@ std::shared_ptr<const Function> Functions::fn(const std::string& name, const Sou
 
 bool Functions::has(const std::string& name) const { return fn(name) || find_builtin(name) || module_.find(name); }
 
-std::string Functions::nearest(const std::string& name) const {
+std::string Functions::advice(const std::string& name) const {
+  const std::string library = library_with(name);
+  if (!library.empty()) return fmt::format("; it comes with use \"{}\"", library);
+  const std::string known_elsewhere = counterpart(name);
+  if (!known_elsewhere.empty()) return known_elsewhere;
   std::vector<std::string_view> known = builtin_names();
   for (const auto& entry : of_scripts_) known.push_back(entry.first);
   for (const auto& entry : of_libraries_) known.push_back(entry.first);

@@ -30,8 +30,9 @@ class Functions {
   const ModuleFunctions::Entry* of_module(const std::string& name) const { return module_.find_entry(name); }
   /// Whether there is a function of this name: a fn, a built-in one or the module's.
   bool has(const std::string& name) const;
-  /// ` (did you mean 'xsum'?)` with the function whose name is nearest; empty when none is near.
-  std::string nearest(const std::string& name) const;
+  /// What to write in place of an unknown function, as the end of a sentence: where it comes from when it is part of a
+  /// library, what takes its place when it is known from elsewhere, ` (did you mean 'xsum'?)` when a name is near.
+  std::string advice(const std::string& name) const;
 
  private:
   using Fns = std::unordered_map<std::string, std::shared_ptr<const Function>>;

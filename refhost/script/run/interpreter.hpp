@@ -26,8 +26,9 @@ struct InterpreterOptions {
   Warn warn = {};          // where warnings go; they are lost without it
   FileAccess files = FileAccess::all;
   std::uint64_t step_limit = 0;  // of the interpreter's steps, beyond which there is `StepLimitReached`; 0: none
-  const Description* description =
-      nullptr;  // of the module's functions; null: there is none. It outlives the interpreter
+  /// Of the module's functions; null: there is none. It must outlive the interpreter.
+  const Description* description = nullptr;
+  std::string no_description = {};  // why there is none, in a sentence
   WarningMode warnings = WarningMode::on;
   bool explains = false;  // keep the whole story of errors and warnings
 };
@@ -55,9 +56,15 @@ class Interpreter {
 
   /// The story of the last error or warning; empty before the first one, and unless the options ask for stories.
   const Explanation& last_explanation() const;
+  /// Whether a global variable of this name has a value.
+  bool has_global(const std::string& name) const;
 
  private:
   struct Parts;
+
+  template <class Action>
+  auto with_story(Action action);
+
   std::unique_ptr<Parts> parts_;
 };
 

@@ -71,7 +71,7 @@ Value ModuleCallbacks::value_of(const Callee& callee, HostValue* args, int nargs
   std::vector<Value> arguments;
   arguments.reserve(static_cast<std::size_t>(std::max(nargs, 0)));
   for (int i = 0; i < nargs; ++i) arguments.push_back(Value::sharing(args[i]));
-  return calls_.call(std::get<Call>(expression->form).name, std::move(arguments), expression->span, true);
+  return calls_.call(std::get<Call>(expression->form).name, std::move(arguments), expression->span);
 }
 
 }  // namespace hvm

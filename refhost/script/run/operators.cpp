@@ -37,17 +37,28 @@ bool may_warn(BinaryOperator op, const Value& left, const Value& right) {
 
 }  // namespace
 
+template <class Action>
+auto Operators::explained(BinaryOperator op, const Value& left, const Value& right, Span span, Action action) const {
+  const ModuleCaller caller = site_.caller(span);
+  try {
+    return action(caller);
+  } catch (const Failure& failure) {
+    throw failed_calls_.explained(failure, caller, op, left, right);
+  }
+}
+
 Value Operators::binary(BinaryOperator op, Value& left, Value& right, const Place& place) const {
   return site_.placed(place.span, [&] {
     const bool has_object = left.is_object() || right.is_object();
     if (!has_object || is_comparison_with_nil(op, left, right)) return plain_binary(op, left, right);
-    const ModuleCaller caller = site_.caller(place.span);
-    checks_.operation(caller, op, left, right);
-    if (may_warn(op, left, right))
-      warnings_.operation(site_.source(), place.span, {caller, op, left, right, place.chain, place.link, nullptr});
-    Value result = object_binary(caller, op, left, right);
-    warnings_.combined(result, left, right);
-    return result;
+    return explained(op, left, right, place.span, [&](const ModuleCaller& caller) {
+      checks_.operation(caller, op, left, right);
+      if (may_warn(op, left, right))
+        warnings_.operation(site_.source(), place.span, {caller, op, left, right, place.chain, place.link, nullptr});
+      Value result = object_binary(caller, op, left, right);
+      warnings_.combined(result, left, right);
+      return result;
+    });
   });
 }
 
@@ -58,22 +69,25 @@ void Operators::compound(BinaryOperator op, Value& variable, Value& right, Span 
       variable = plain_binary(op, variable, right);
       return;
     }
-    const ModuleCaller caller = site_.caller(span);
-    checks_.operation(caller, op, variable, right);
-    if (may_warn(op, variable, right))
-      warnings_.operation(site_.source(), span, {caller, op, variable, right, nullptr, nullptr, &form});
-    object_compound(caller, op, variable, right);
-    warnings_.combined(variable, variable, right);
+    explained(op, variable, right, span, [&](const ModuleCaller& caller) {
+      checks_.operation(caller, op, variable, right);
+      if (may_warn(op, variable, right))
+        warnings_.operation(site_.source(), span, {caller, op, variable, right, nullptr, nullptr, &form});
+      object_compound(caller, op, variable, right);
+      warnings_.combined(variable, variable, right);
+    });
   });
 }
 
 Value Operators::negated(Value& operand, Span span) const {
   return site_.placed(span, [&] {
     if (!operand.is_object()) return plain_negated(operand);
-    checks_.extents(site_.caller(span), operand);
-    Value result = object_negated(site_.caller(span), operand);
-    warnings_.combined(result, operand, operand);
-    return result;
+    return explained(BinaryOperator::multiply, operand, Value(-1), span, [&](const ModuleCaller& caller) {
+      checks_.extents(caller, operand);
+      Value result = object_negated(caller, operand);
+      warnings_.combined(result, operand, operand);
+      return result;
+    });
   });
 }
 

@@ -6,6 +6,7 @@
 
 #pragma once
 
+#include "script/explain/failed_calls.hpp"
 #include "script/explain/warnings.hpp"
 #include "script/module/array_module.hpp"
 #include "script/run/site.hpp"
@@ -15,8 +16,8 @@ namespace hvm {
 /// Applies operators at a place of the script. Everything that fails is a `ScriptError` there.
 class Operators {
  public:
-  Operators(Site& site, const ArrayChecks& checks, Warnings& warnings)
-      : site_(site), checks_(checks), warnings_(warnings) {}
+  Operators(Site& site, const ArrayChecks& checks, const FailedCalls& failed_calls, Warnings& warnings)
+      : site_(site), checks_(checks), failed_calls_(failed_calls), warnings_(warnings) {}
 
   /// Where an operator stands: in a link of a chain, or elsewhere.
   struct Place {
@@ -33,8 +34,13 @@ class Operators {
   Value negated(Value& operand, Span span) const;
 
  private:
+  /// Runs `action`, which applies an operator to an object, and explains its failure.
+  template <class Action>
+  auto explained(BinaryOperator op, const Value& left, const Value& right, Span span, Action action) const;
+
   Site& site_;
   const ArrayChecks& checks_;
+  const FailedCalls& failed_calls_;
   Warnings& warnings_;
 };
 

@@ -4,6 +4,8 @@
 
 #include <fmt/format.h>
 
+#include "script/explain/other_names.hpp"
+
 namespace hvm {
 
 VariableState Variables::state(const Variable& variable) const {
@@ -17,7 +19,10 @@ void Variables::fail_unset(const Variable& variable, Span span) const {
   if (variable.is_local) site_.fail(fmt::format("'{}' has no value yet in this fn", name), span);
   if (functions_.has(name))
     site_.fail(fmt::format("'{0}' is a function; it is called with parentheses: {0}()", name), span);
-  site_.fail(fmt::format("there is no variable '{}'{}", name, suggestion(name, scopes_.visible_names())), span);
+  const std::string instead = counterpart(name);
+  site_.fail(fmt::format("there is no variable '{}'{}", name,
+                         instead.empty() ? suggestion(name, scopes_.visible_names()) : instead),
+             span);
 }
 
 }  // namespace hvm

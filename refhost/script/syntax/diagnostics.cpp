@@ -40,16 +40,19 @@ std::string caret_lines(std::string_view line, std::size_t column) {
   return fmt::format("    {}{}{}\n    {}^\n", lead, shown, end < line.size() ? "..." : "", under);
 }
 
+/// How many letters differ, are missing, or have changed places with their neighbours.
 std::size_t edit_distance(std::string_view a, std::string_view b) {
+  std::vector<std::size_t> before(b.size() + 1);
+  std::vector<std::size_t> above(b.size() + 1);
   std::vector<std::size_t> row(b.size() + 1);
   std::iota(row.begin(), row.end(), std::size_t{0});
   for (std::size_t i = 0; i < a.size(); ++i) {
-    std::size_t diagonal = row[0];
+    before.swap(above);
+    above.swap(row);
     row[0] = i + 1;
     for (std::size_t j = 0; j < b.size(); ++j) {
-      const std::size_t replaced = diagonal + (a[i] == b[j] ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({replaced, row[j] + 1, row[j + 1] + 1});
+      row[j + 1] = std::min({above[j] + (a[i] == b[j] ? 0 : 1), row[j] + 1, above[j + 1] + 1});
+      if (i > 0 && j > 0 && a[i] == b[j - 1] && a[i - 1] == b[j]) row[j + 1] = std::min(row[j + 1], before[j - 1] + 1);
     }
   }
   return row.back();
@@ -85,6 +88,7 @@ void ScriptError::add_step(const std::string& what, const SourceText& source, Sp
 
 std::string ScriptError::report() const {
   std::string text = report_of("error", message_, *source_, span_);
+  for (const std::string& note : notes_) text += fmt::format("  {}\n", note);
   for (const std::string& call : calls_) text += call;
   if (omitted_calls_ > 0) text += fmt::format("  and {} calls more\n", omitted_calls_);
   return text;
@@ -97,7 +101,7 @@ std::string warning_report(const std::string& message, const SourceText& source,
 std::string suggestion(std::string_view name, const std::vector<std::string_view>& candidates) {
   constexpr std::size_t longest_compared = 40;
   if (name.size() > longest_compared) return {};
-  std::size_t best = name.size() < 4 ? 2 : 3;  // one or two letters may differ
+  std::size_t best = name.size() < 6 ? 2 : 3;  // one letter of a short name may differ, two of a longer one
   std::string_view nearest;
   for (const std::string_view candidate : candidates) {
     if (candidate.size() > longest_compared) continue;

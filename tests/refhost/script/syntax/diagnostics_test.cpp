@@ -38,6 +38,12 @@ TEST(Diagnostics, Caret_StandsUnderWideAndBehindCombiningCharacters) {
 TEST(Diagnostics, Suggestion_NamesTheNearestCandidate) {
   EXPECT_EQ(suggestion("xsumm", {"xsort", "xsum", "print"}), " (did you mean 'xsum'?)");
   EXPECT_EQ(suggestion("entirely", {"xsort", "xsum"}), "");
+  EXPECT_EQ(suggestion("pirnt", {"range", "print"}), " (did you mean 'print'?)");
+  EXPECT_EQ(suggestion("xmaen", {"xmean", "xsum"}), " (did you mean 'xmean'?)");
+  EXPECT_EQ(suggestion("open", {"len", "range"}), "");
+  EXPECT_EQ(suggestion("transpsoe", {"transpose"}), " (did you mean 'transpose'?)");
+  EXPECT_EQ(suggestion("tarnspsoe", {"transpose"}), " (did you mean 'transpose'?)");
+  EXPECT_EQ(suggestion("tarnspsoee", {"transpose"}), "");
 }
 
 }  // namespace

@@ -1,0 +1,166 @@
+// script/explain/other_names.cpp: what the names of other languages and of NumPy are here
+
+#include "script/explain/other_names.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace hvm {
+namespace {
+
+// Names that differ from ours by a leading x or by a letter or two are found without this table. Sorted by name.
+constexpr OtherName table[] = {
+    {"False", "write false"},
+    {"Infinity", "write 1.0 / 0"},
+    {"Math", "write functions alone: sqrt(x)"},
+    {"NaN", "write 0.0 / 0"},
+    {"None", "write nil"},
+    {"T", "write transpose(a), after use \"arrays\""},
+    {"True", "write true"},
+    {"absolute", "write abs(x) of a number, xabs(a) of an array"},
+    {"all", "write count(m) == len(m) of a bool array, after use \"arrays\""},
+    {"allclose", "write xamax(xabs(a - b)) < 1e-9"},
+    {"any", "write count(m) > 0 of a bool array, after use \"arrays\""},
+    {"arccos", "write acos(x)"},
+    {"arcsin", "write asin(x)"},
+    {"arctan", "write atan(x)"},
+    {"arctan2", "write atan2(y, x)"},
+    {"argwhere", "write where(m), after use \"arrays\""},
+    {"asarray", "write xarray(@double, t)"},
+    {"astype", "write as_double(a) or as_int(a), after use \"arrays\""},
+    {"average", "write xmean(a)"},
+    {"boolean", "write x != 0"},
+    {"concatenate", "write stack(arrays), after use \"arrays\""},
+    {"console", "write print(x)"},
+    {"contains", "write has(t, key) of a table, find(s, part) != nil of a string"},
+    {"convolve", "write moving_average(a, n) for equal weights, after use \"arrays\""},
+    {"copy", "write a + 0, which is a new array"},
+    {"dict", "write [\"key\": value], which is a table"},
+    {"dtype", "write type(a)"},
+    {"dumps", "write to_json(x)"},
+    {"echo", "write print(x)"},
+    {"enumerate", "write for i, x in t"},
+    {"eval", "write the expression itself; a text is never run"},
+    {"extend", "write append(t, x) for each value"},
+    {"fabs", "write abs(x) of a number, xabs(a) of an array"},
+    {"filter", "write mask(a, m) of an array, after use \"arrays\"; of a table, write a for loop"},
+    {"flatnonzero", "write where(m), after use \"arrays\""},
+    {"flatten", "write a.reshape(n) with the count of elements; it changes the array itself"},
+    {"float", "write real(x) of a number, number(s) of a string"},
+    {"floor_divide", "write a / b of integer arrays, which truncates"},
+    {"full", "write xones(n) * value"},
+    {"genfromtxt", "write read_csv_array(path)"},
+    {"help", "see docs/language.md and docs/functions"},
+    {"histogram_bin_edges", "write xhistogram_bin_edges(a)"},
+    {"identity", "write xeye(n)"},
+    {"import", "write use \"arrays\" for the library; functions of the module need nothing"},
+    {"indexOf", "write find(s, part)"},
+    {"inf", "write 1.0 / 0"},
+    {"infinity", "write 1.0 / 0"},
+    {"input", "write read_lines(\"-\"), which reads the standard input"},
+    {"insert", "write append(t, x)"},
+    {"int32", "write int(x) of a number, as_int(a) of an array after use \"arrays\""},
+    {"interp", "write interpolate(x, xp, fp), after use \"arrays\""},
+    {"isclose", "write abs(x - y) < 1e-9"},
+    {"isfinite", "write xisfinite(a)"},
+    {"isinf", "write xisinf(a)"},
+    {"isinstance", "write type(x) == \"int\""},
+    {"isnan", "write is_nan(x) of a number, xisnan(a) of an array"},
+    {"item", "write a[0]"},
+    {"json", "write parse_json(text) or to_json(x)"},
+    {"length", "write len(x)"},
+    {"linalg", "write functions alone: xinv(a)"},
+    {"list", "write values(t), or [1, 2] for a new table"},
+    {"ln", "write log(x) of a number, xlog(a) of an array"},
+    {"load", "write read_csv_array(path)"},
+    {"loads", "write parse_json(text)"},
+    {"loadtxt", "write read_csv_array(path)"},
+    {"log2", "write log(x) / log(2)"},
+    {"logical_not", "write a <= x in place of a > x; a bool array has no negation"},
+    {"map", "write a for loop"},
+    {"math", "write functions alone: sqrt(x)"},
+    {"matmul", "write xdot(a, b)"},
+    {"max", "write xamax(a)"},
+    {"min", "write xamin(a)"},
+    {"nan", "write 0.0 / 0"},
+    {"ndim", "write len(a.shape())"},
+    {"nonzero", "write where(m), after use \"arrays\""},
+    {"normal", "write xrandn(n)"},
+    {"np", "write functions alone: xmean(a)"},
+    {"null", "write nil"},
+    {"numpy", "write functions alone: xmean(a)"},
+    {"open", "write read_text(path) or read_csv(path), write_text(path, text) or write_csv(path, data)"},
+    {"percentile", "write quantile(a, p) with p from 0 to 1, after use \"arrays\""},
+    {"pi", "write 3.141592653589793"},
+    {"polyfit", "write xlstsq(a, b) with the powers in the columns of a"},
+    {"pop", "write remove(t, key)"},
+    {"pow", "write power(a, p), after use \"arrays\""},
+    {"printf", "write print(format(pattern, x))"},
+    {"println", "write print(x)"},
+    {"push", "write append(t, x)"},
+    {"puts", "write print(x)"},
+    {"quit", "write exit()"},
+    {"randint", "write choice(a, n) for draws from an array, after use \"arrays\""},
+    {"random", "write xrand(n)"},
+    {"ravel", "write a.reshape(n) with the count of elements; it changes the array itself"},
+    {"read", "write read_text(path)"},
+    {"readline", "write read_lines(path)"},
+    {"readlines", "write read_lines(path)"},
+    {"repeat", "write s * n of a string, a for loop of an array"},
+    {"require", "write use \"file.hvm\" or use \"arrays\""},
+    {"reversed", "write range(n - 1, -1, -1) for the positions"},
+    {"savetxt", "write write_csv(path, data)"},
+    {"sd", "write xstddev(a)"},
+    {"seed", "leave it out: each process draws the same numbers, and no function changes the seed"},
+    {"size", "write len(x), and a.shape() for all extents of an array"},
+    {"sorted", "write sort(t) of a table, xsort(a) of an array"},
+    {"sprintf", "write format(pattern, x)"},
+    {"std", "write xstddev(a)"},
+    {"stdev", "write xstddev(a)"},
+    {"string", "write str(x)"},
+    {"strip", "write trim(s)"},
+    {"strlen", "write len(s)"},
+    {"substr", "write s[0:3]"},
+    {"substring", "write s[0:3]"},
+    {"tensordot", "write xdot(a, b)"},
+    {"time", "write clock()"},
+    {"toString", "write str(x)"},
+    {"tolist", "write parse_json(a.dump()), which is a table"},
+    {"tonumber", "write number(s)"},
+    {"tostring", "write str(x)"},
+    {"typeof", "write type(x)"},
+    {"undefined", "write nil"},
+    {"uniform", "write xrand(n)"},
+    {"var", "write xvariance(a)"},
+    {"vstack", "write stack(arrays), after use \"arrays\""},
+    {"write", "write write_text(path, text)"},
+    {"zip", "write for i in range(len(t)), and t[i], u[i]"},
+};
+
+constexpr bool is_sorted_by_name() {
+  for (std::size_t i = 1; i < std::size(table); ++i)
+    if (table[i - 1].name >= table[i].name) return false;
+  return true;
+}
+static_assert(is_sorted_by_name(), "the table is searched by halves");
+
+}  // namespace
+
+OtherNames other_names() { return {std::begin(table), std::end(table)}; }
+
+std::string counterpart(std::string_view name) {
+  const auto row =
+      std::lower_bound(std::begin(table), std::end(table), name,
+                       [](const OtherName& other, std::string_view wanted) { return other.name < wanted; });
+  return row != std::end(table) && row->name == name ? fmt::format("; {}", row->instead) : std::string();
+}
+
+std::string counterpart_for_arrays(std::string_view name, const ModuleFunctions& module) {
+  const std::string known = counterpart(name);
+  const std::string own = fmt::format("x{}", name);
+  return known.empty() && module.find(own) ? fmt::format("; write {}(a)", own) : known;
+}
+
+}  // namespace hvm
