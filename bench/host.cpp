@@ -26,7 +26,8 @@ class Library {
   Library() { module_.add("xzeros", entry_named("xzeros")); }
 
   Value call(const hvm::Builtin& builtin, std::vector<Value>& arguments) {
-    return hvm::call_builtin(builtin, {caller_, {}, module_, checks_, print_, hvm::FileAccess::all, arguments});
+    return hvm::call_builtin(builtin,
+                             {caller_, {}, module_, checks_, print_, hvm::FileAccess::all, pictures_, arguments});
   }
 
  private:
@@ -36,6 +37,7 @@ class Library {
   hvm::ModuleFunctions module_;
   hvm::ArrayChecks checks_{true};
   hvm::PrintLine print_;
+  hvm::Pictures pictures_;
 };
 
 const hvm::Builtin& builtin_named(const std::string& name) {

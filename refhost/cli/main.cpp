@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -53,6 +54,13 @@ Value arguments_table(const std::vector<std::string>& arguments) {
   values.reserve(arguments.size());
   for (const std::string& argument : arguments) values.emplace_back(std::string_view(argument));
   return Value::table_of(values);
+}
+
+/// The text that fits into the terminal with room for the line above and the prompt below.
+TextSize terminal_size() {
+  winsize window = {};
+  const bool is_known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &window) == 0 && window.ws_col > 1 && window.ws_row > 2;
+  return is_known ? TextSize{window.ws_col - 1, window.ws_row - 2} : TextSize{};
 }
 
 bool comes_by_standard_input(const Settings& settings) {
@@ -113,10 +121,11 @@ void run_scripts(const Settings& settings, const Module& module, const Descripti
   };
   options.warnings = warning_mode(settings);
   if (comes_by_standard_input(settings)) options.files = FileAccess::without_standard_input;
+  options.text_size = terminal_size;
   options.description = reading.description ? &*reading.description : nullptr;
   options.no_description = absence_of(reading);
   options.explains = settings.explains || !source;
-  Interpreter interpreter(module.functions, options);
+  Interpreter interpreter(module.functions, std::move(options));
   interpreter.set_global("args", arguments_table(arguments));
   if (!source) return run_repl(interpreter, settings.explains);
   try {

@@ -64,6 +64,7 @@ Argument argument_of(const Page& page, const Row& row) {
 
 std::vector<std::string> names_of(const std::vector<Argument>& arguments) {
   std::vector<std::string> names;
+  names.reserve(arguments.size());
   for (const Argument& argument : arguments) names.push_back(argument.name);
   return names;
 }

@@ -69,10 +69,11 @@ void check_sections(const Page& page) {
   }
 }
 
-bool is_item(const std::string& line) {
-  const std::string text = trimmed(line);
+/// Does the line begin an item of a list? In a paragraph a number begins one only when it is 1, as Markdown has it.
+bool is_item(const std::string& text, bool in_paragraph) {
   const std::size_t digits = text.find_first_not_of("0123456789");
-  return starts_with(text, "- ") || (digits != 0 && digits != std::string::npos && text.substr(digits, 2) == ". ");
+  const bool is_numbered = digits != 0 && digits != std::string::npos && text.compare(digits, 2, ". ") == 0;
+  return starts_with(text, "- ") || (is_numbered && (!in_paragraph || starts_with(text, "1. ")));
 }
 
 }  // namespace
@@ -154,7 +155,7 @@ std::vector<Line> paragraphs_of(const Section& section) {
     const std::string text = trimmed(line.text);
     if (starts_with(text, "```")) in_code = !in_code;
     const bool is_indented = starts_with(line.text, "  ");
-    if (text.empty() || in_code || starts_with(text, "```") || is_table_line(text) || is_item(line.text) ||
+    if (text.empty() || in_code || starts_with(text, "```") || is_table_line(text) || is_item(text, is_open) ||
         is_indented) {
       is_open = false;
       continue;

@@ -134,7 +134,7 @@ const std::map<std::string, std::set<std::string>> host_arrows = {
     {"script/text", {"kernel", "script/syntax"}},
     {"script/module", {"kernel", "script/syntax", "script/text"}},
     {"script/data", {"kernel", "script/syntax", "script/text"}},
-    {"script/library", {"kernel", "script/syntax", "script/text", "script/module", "script/data"}},
+    {"script/library", {"kernel", "script/syntax", "script/text", "script/module", "script/data", "script/explain"}},
     {"script/explain", {"kernel", "script/syntax", "script/text", "script/module", "script/data"}},
     {"script/run", {"kernel", "script/syntax", "script/text", "script/module", "script/library", "script/explain"}},
     {"cli",

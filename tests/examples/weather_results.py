@@ -9,6 +9,7 @@ import statistics
 import subprocess
 import sys
 import tempfile
+import xml.etree.ElementTree
 
 MONTHS = "Jan Feb Mar Apr May Jun Jul Aug Sep Oct Nov Dec".split()
 YEARS = 4
@@ -55,11 +56,16 @@ def faults(hvm, module, project):
             yield f"weather.hvm ends with status {run.returncode}: {run.stderr}"
             return
         written = sorted(path.name for path in folder.iterdir())
-        if written != ["months.csv", "weather.json"]:
+        if written != ["months.csv", "temperature.svg", "weather.json"]:
             yield f"weather.hvm has written {written}"
         with (folder / "months.csv").open(newline="") as file:
             table = list(csv.DictReader(file))
         results = json.loads((folder / "weather.json").read_text())
+        picture = xml.etree.ElementTree.parse(folder / "temperature.svg").getroot()
+    drawn = " ".join(text.strip() for text in picture.itertext())
+    for label in ("Seattle", "year", "degrees", "days", "model"):
+        if label not in drawn:
+            yield f"temperature.svg does not show {label}"
     expected = list(expected_months(project / "examples/data/seattle-weather.csv"))
     yield from faults_of_months("months.csv", table, expected)
     yield from faults_of_months("weather.json", results["months"], expected)

@@ -10,30 +10,13 @@
 #include <optional>
 #include <set>
 
+#include "described_module.hpp"
 #include "failure_calls.hpp"
-#include "script/explain/description.hpp"
 #include "script/run/interpreter.hpp"
 #include "support/allocations.hpp"
-#include "support/module_test.hpp"
 
 namespace hvm::testing {
 namespace {
-
-const ModuleFunctions& module_functions() {
-  static const ModuleFunctions functions = [] {
-    ModuleFunctions made;
-    for (const arrayfold::FunctionRow& row : arrayfold::test::Module::loaded().rows()) made.add(row.name, row.function);
-    return made;
-  }();
-  return functions;
-}
-
-const Description& description() {
-  static const DescriptionReading reading =
-      read_description(std::string(BUILD_DIRECTORY) + "/lib/arrayfold.so", module_functions().names());
-  if (!reading.description) throw std::runtime_error("no description: " + reading.problem);
-  return *reading.description;
-}
 
 /// What came of a call.
 struct Ending {

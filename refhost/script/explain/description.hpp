@@ -1,7 +1,7 @@
 // script/explain/description.hpp: what a module's pages say of its functions, read from its functions.json
 //
 // A module may bring a description of its functions: beside DIR/NAME.so it is DIR/NAME.json, otherwise
-// DIR/../share/NAME/functions.json. The structures here mirror that file; docs/functions/… describes it. hvm
+// DIR/../share/NAME/functions.json. The structures here mirror that file; docs/description.md describes it. hvm
 // works without a description.
 
 #pragma once

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "script/data/text_input.hpp"
 #include "script/explain/other_names.hpp"
 #include "script/text/value_kinds.hpp"
 
@@ -46,6 +47,20 @@ const HostValue& key_argument(const BuiltinCall& call, std::size_t i) {
   const Value& key = call.arguments[i];
   if (!is_key(key.record())) call.fail(fmt::format("{} is not a key of a table", kind_in_words(key)));
   return key.record();
+}
+
+std::string path_argument(const BuiltinCall& call) {
+  std::string path(text_argument(call, 0));
+  if (call.files == FileAccess::none) call.fail("files are switched off");
+  if (path.empty()) call.fail("the path is empty");
+  if (path.find('\0') != std::string::npos) call.fail("the path has a zero byte");
+  return path;
+}
+
+std::string output_path(const BuiltinCall& call) {
+  std::string path = path_argument(call);
+  if (is_standard_input(path)) call.fail("\"-\" is the standard input; 'print' writes to the standard output");
+  return path;
 }
 
 }  // namespace hvm

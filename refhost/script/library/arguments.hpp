@@ -33,4 +33,10 @@ HostHash* table_argument(const BuiltinCall& call, std::size_t i);
 /// A key of a table.
 const HostValue& key_argument(const BuiltinCall& call, std::size_t i);
 
+/// The path of a file, the first argument. A `Failure` says that it is empty, has a zero byte, or that files are
+/// switched off.
+std::string path_argument(const BuiltinCall& call);
+/// The path of a file that is written. It is not that of the standard input.
+std::string output_path(const BuiltinCall& call);
+
 }  // namespace hvm

@@ -18,8 +18,8 @@ using BuiltinTable = std::unordered_map<std::string_view, const Builtin*>;
 const BuiltinTable& builtins() {
   static const BuiltinTable table = [] {
     BuiltinTable made;
-    for (const BuiltinFamily& family :
-         {general_functions(), number_functions(), text_functions(), table_functions(), file_functions()})
+    for (const BuiltinFamily& family : {general_functions(), number_functions(), text_functions(), table_functions(),
+                                        file_functions(), picture_functions()})
       for (const Builtin& builtin : family) made.emplace(builtin.name, &builtin);
     return made;
   }();

@@ -9,6 +9,7 @@
 
 #include "script/module/array_module.hpp"
 #include "script/module/module_functions.hpp"
+#include "script/picture/figure.hpp"
 #include "script/text/printer.hpp"
 
 namespace hvm {
@@ -31,6 +32,7 @@ struct BuiltinCall {
   const ArrayChecks& checks;
   const PrintLine& print;
   FileAccess files;
+  Pictures& pictures;
   std::vector<Value>& arguments;
   std::string_view name = {};  // of the function that is called
 
@@ -65,6 +67,7 @@ BuiltinFamily number_functions();
 BuiltinFamily text_functions();
 BuiltinFamily table_functions();
 BuiltinFamily file_functions();
+BuiltinFamily picture_functions();
 
 /// The built-in function of a name, null when there is none.
 const Builtin* find_builtin(std::string_view name);

@@ -32,14 +32,6 @@ auto with_data(const BuiltinCall& call, Action action) {
   }
 }
 
-std::string path_argument(const BuiltinCall& call) {
-  std::string path(text_argument(call, 0));
-  if (call.files == FileAccess::none) call.fail("files are switched off");
-  if (path.empty()) call.fail("the path is empty");
-  if (path.find('\0') != std::string::npos) call.fail("the path has a zero byte");
-  return path;
-}
-
 std::string input_path(const BuiltinCall& call) {
   std::string path = path_argument(call);
   if (is_standard_input(path) && call.files == FileAccess::without_standard_input)
@@ -141,13 +133,6 @@ Value read_csv_array(const BuiltinCall& call) {
   } catch (const Failure& failure) {
     call.fail(failure.message());
   }
-}
-
-/// Where the text goes. `print` writes to the standard output.
-std::string output_path(const BuiltinCall& call) {
-  std::string path = path_argument(call);
-  if (is_standard_input(path)) call.fail("\"-\" is the standard input; 'print' writes to the standard output");
-  return path;
 }
 
 Value write_text(const BuiltinCall& call) {

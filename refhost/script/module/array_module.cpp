@@ -137,23 +137,19 @@ void require_32_bits(const std::string& name, std::vector<Value>& arguments, std
           fmt::format("{}: argument {} must fit into 32 bits; this is {}", name, i + 1, number_text(arguments[i])));
 }
 
-/// The extents with the one that fits in place of the only negative one; no value when there is none.
-std::optional<Extents> completed(Extents extents, std::int64_t count) {
-  const auto is_negative = [](std::int64_t extent) { return extent < 0; };
-  if (std::count_if(extents.begin(), extents.end(), is_negative) != 1) return std::nullopt;
-  const auto open = std::find_if(extents.begin(), extents.end(), is_negative);
-  *open = 1;
-  const auto others = is_empty(extents) ? std::nullopt : limited_product(extents, most_elements);
-  if (!others || count % *others != 0) return std::nullopt;
-  *open = count / *others;
-  return extents;
-}
-
 [[noreturn]] void fail_negative(const Extents& requested, std::int64_t count) {
-  const std::string message = fmt::format("reshape: the extents {} are negative, and none is inferred from the others",
-                                          in_parentheses(requested));
-  const auto fitting = completed(requested, count);
-  throw Failure(fitting ? fmt::format("{}. Write reshape{}.", message, in_parentheses(*fitting)) : message);
+  const auto is_negative = [](std::int64_t extent) { return extent < 0; };
+  std::string message = fmt::format("reshape: the extents {} are negative", in_parentheses(requested));
+  if (std::count_if(requested.begin(), requested.end(), is_negative) > 1) throw Failure(message);
+  message += ", and none is inferred from the others";
+  // The extent that would fit in the place of the negative one.
+  Extents fitting = requested;
+  std::int64_t& open = *std::find_if(fitting.begin(), fitting.end(), is_negative);
+  open = 1;
+  const auto others = is_empty(fitting) ? std::nullopt : limited_product(fitting, most_elements);
+  if (!others || count % *others != 0) throw Failure(message);
+  open = count / *others;
+  throw Failure(fmt::format("{}. Write reshape{}.", message, in_parentheses(fitting)));
 }
 
 void check_reshape(const ModuleCaller& caller, Value& self, std::vector<Value>& arguments) {

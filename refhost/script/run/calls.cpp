@@ -18,7 +18,7 @@ Value Calls::call(const std::string& name, std::vector<Value> arguments, Span sp
   if (const Builtin* builtin = find_builtin(name)) {
     const ModuleCaller caller = site_.caller(span);
     Value result = site_.placed(span, [&] {
-      return call_builtin(*builtin, {caller, span, functions_.module(), checks_, print_, files_, arguments});
+      return call_builtin(*builtin, {caller, span, functions_.module(), checks_, print_, files_, pictures_, arguments});
     });
     warnings_.made(result);
     return result;

@@ -22,7 +22,7 @@ class Calls {
  public:
   Calls(Site& site, Steps& steps, CallDepth& depth, Scopes& scopes, const Functions& functions, Quotations& quotations,
         const ArrayChecks& checks, const FailedCalls& failed_calls, Warnings& warnings, const PrintLine& print,
-        FileAccess files, Statements& statements)
+        FileAccess files, Pictures& pictures, Statements& statements)
       : site_(site),
         steps_(steps),
         depth_(depth),
@@ -34,6 +34,7 @@ class Calls {
         warnings_(warnings),
         print_(print),
         files_(files),
+        pictures_(pictures),
         statements_(statements) {}
 
   /// `form` is the call in the script, null when it does not stand there.
@@ -69,6 +70,7 @@ class Calls {
   Warnings& warnings_;
   const PrintLine& print_;
   FileAccess files_;
+  Pictures& pictures_;
   Statements& statements_;
 };
 

@@ -35,8 +35,9 @@ struct Interpreter::Parts {
         evaluator(site, variables, elements, operators, quotations, calls),
         statements(site, steps, scopes, functions, variables, elements, operators, evaluator, uses),
         uses(site, depth, scopes, functions, statements, options.files),
+        pictures{options.text_size, std::nullopt},
         calls(site, steps, depth, scopes, functions, quotations, checks, failed_calls, warnings, options.print,
-              options.files, statements),
+              options.files, pictures, statements),
         callbacks(context, site, steps, scopes, calls, evaluator) {}
 
   InterpreterOptions options;
@@ -57,6 +58,7 @@ struct Interpreter::Parts {
   Evaluator evaluator;
   Statements statements;
   Uses uses;
+  Pictures pictures;
   Calls calls;
   ModuleCallbacks callbacks;
 };

@@ -26,6 +26,7 @@ struct InterpreterOptions {
   Warn warn = {};          // where warnings go; they are lost without it
   FileAccess files = FileAccess::all;
   std::uint64_t step_limit = 0;  // of the interpreter's steps, beyond which there is `StepLimitReached`; 0: none
+  std::function<TextSize()> text_size = {};  // of pictures; the default without it
   /// Of the module's functions; null: there is none. It must outlive the interpreter.
   const Description* description = nullptr;
   std::string no_description = {};  // why there is none, in a sentence

@@ -24,7 +24,9 @@ Value result_of(const char* name, std::vector<Value> arguments) {
   const ModuleCaller caller{context.handle(), &source, 0, shapes};
   const ArrayChecks checks(true);
   const PrintLine print;
-  return call_builtin(*find_builtin(name), {caller, {}, toy_functions(), checks, print, FileAccess::all, arguments});
+  Pictures pictures;
+  return call_builtin(*find_builtin(name),
+                      {caller, {}, toy_functions(), checks, print, FileAccess::all, pictures, arguments});
 }
 
 Value words() { return Value::table_of({Value("first"), Value(u"second"), Value(3), Value::table_of({Value(4)})}); }
