@@ -254,6 +254,39 @@ class DataWalk {
   std::int64_t left_ = std::int64_t{1} << 24;
 };
 
+/// Whether data are numbers in rows of one length, found without memory and in few levels.
+class RegularData {
+ public:
+  bool holds(const HostHash* table, std::size_t depth = 0) {
+    if (depth == most_levels) return false;
+    std::int32_t count = 0;
+    bool has_rows = false;
+    TableWalk walk(table);
+    for (Entry entry = walk.next(); entry; entry = walk.next(), ++count) {
+      if (--left_ < 0) return true;
+      const HostHash* row = table_of(*entry.value);
+      if (!is_number(*entry.key) || !(row || is_number(*entry.value))) return false;
+      if (count > 0 && has_rows != (row != nullptr)) return false;
+      has_rows = row != nullptr;
+      if (row && !holds(row, depth + 1)) return false;
+    }
+    Level& level = levels_[depth];
+    if (level.count < 0) level = {count, has_rows};
+    return level.count == count && level.has_rows == has_rows;
+  }
+
+ private:
+  static constexpr std::size_t most_levels = 8;
+  struct Level {
+    std::int32_t count = -1;
+    bool has_rows = false;
+  };
+  Level levels_[most_levels];
+  std::int64_t left_ = std::int64_t{1} << 24;
+};
+
+bool are_regular(const HostHash* data) { return RegularData().holds(data); }
+
 const DataFault& data_fault(const AnsweredCall& call) {
   if (!call.data_fault) {
     const bool has_table = call.arguments.size() > 1 && call.arguments[1].is_table() && call.result.is_object();
@@ -725,6 +758,10 @@ bool bears(Sign sign, const std::vector<Value>& arguments, const Value& result, 
       HostValue record = result.record();
       return result.tag() == ValueTag::real && HVM_AsDouble(&record) == std::numeric_limits<double>::min();
     }
+    case Sign::odd_data:
+      return arguments.size() > 1 && arguments[1].is_table() && !are_regular(table_of(arguments[1].record()));
+    case Sign::quoted_data:
+      return arguments.size() > 1 && arguments[1].tag() == ValueTag::code;
     default:
       return true;
   }
@@ -776,14 +813,14 @@ const std::vector<WarningRow>& warning_table() {
       {"data-that-end-early",
        "xarray(@double, [1, \"x\"]) stops at what is no number; stack(rows) of use \"arrays\" "
        "joins arrays",
-       "docs/functions/xarray.md#result", CallCondition{Sign::call, {"xarray"}, data_that_ends_early}},
+       "docs/functions/xarray.md#result", CallCondition{Sign::odd_data, {"xarray"}, data_that_ends_early}},
       {"ragged-rows", "xarray(@int, [[1, 2], [3]]) cuts elements off; make all rows of one length",
-       "docs/functions/xarray.md#result", CallCondition{Sign::call, {"xarray"}, ragged_rows}},
+       "docs/functions/xarray.md#result", CallCondition{Sign::odd_data, {"xarray"}, ragged_rows}},
       {"named-entries",
        "xarray(@int, [\"a\": 1]) passes over entries under names, so that it is empty; give entries without names",
-       "docs/functions/xarray.md#result", CallCondition{Sign::call, {"xarray"}, named_entries}},
+       "docs/functions/xarray.md#result", CallCondition{Sign::odd_data, {"xarray"}, named_entries}},
       {"dropped-element", "xarray(@double, @[1, 2.5]) drops the integer; write 1.0 or use a table",
-       "docs/functions/xarray.md#result", CallCondition{Sign::call, {"xarray"}, dropped_element}},
+       "docs/functions/xarray.md#result", CallCondition{Sign::quoted_data, {"xarray"}, dropped_element}},
       {"dtype-that-is-a-variable", "with a variable double, xarray(@double, t) gives nothing; rename the variable",
        "docs/functions/xarray.md#result", CallCondition{Sign::nothing, {"xarray"}, dtype_that_is_a_variable}},
       {"float-dtype", "xarray(@float, t) gives nothing; write @double", "docs/functions/xarray.md#result",

@@ -98,6 +98,8 @@ enum class Sign : std::uint8_t {
   integer_start,    // when the first argument is no real
   integer_array,    // when the first argument is an array of integers
   odd_extreme,      // when the result is an int64, or the smallest normal number
+  odd_data,         // when the second argument is a table of other things than numbers in rows of one length
+  quoted_data,      // when the second argument is a quotation
   // Of all functions alike:
   nothing,         // when the call gave nil
   more_arguments,  // when there are more arguments than the function looks at

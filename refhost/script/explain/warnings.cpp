@@ -54,6 +54,14 @@ bool may_make_column(const QuotedArguments& quoted, const std::vector<Value>& ar
   return !last || last->value == 1;
 }
 
+/// Whether the arguments are an array, extents that end in 1, or data in rows of one element.
+bool may_end_in_one(const std::vector<Value>& arguments) {
+  if (arguments.empty()) return false;
+  if (arguments[0].is_number()) return arguments.size() > 1 && is_one(arguments.back());
+  const bool has_table = arguments.size() > 1 && arguments[1].is_table();
+  return !has_table || has_rows_of_one(table_of(arguments[1].record()));
+}
+
 /// The names that the comments of a source allow, by line.
 std::map<std::size_t, std::vector<std::string>> allowed_by_comments(const SourcePtr& source) {
   constexpr std::string_view sign = "# allow:";
@@ -141,9 +149,7 @@ Warnings::Warnings(const ModuleFunctions& module, Options options, Explanation& 
           functions.empty() || std::find(functions.begin(), functions.end(), name) != functions.end();
       if (!is_watched) continue;
       rows_with(condition->sign, watch) |= Watch::Rows{1} << i;
-      const bool is_own = condition->sign < Sign::nothing;
-      const bool is_known = std::find(watch.signs.begin(), watch.signs.end(), condition->sign) != watch.signs.end();
-      if (is_own && !is_known) watch.signs.push_back(condition->sign);
+      if (condition->sign < Sign::nothing) watch.signs |= 1u << static_cast<unsigned>(condition->sign);
     }
     watch.makes_columns =
         std::find(std::begin(makers_of_columns), std::end(makers_of_columns), name) != std::end(makers_of_columns);
@@ -152,6 +158,14 @@ Warnings::Warnings(const ModuleFunctions& module, Options options, Explanation& 
     const bool has_limit = watch.entry && watch.entry->most_arguments && *watch.entry->most_arguments >= 0;
     if (has_limit) watch.most_arguments = static_cast<std::uint32_t>(*watch.entry->most_arguments);
   }
+}
+
+bool Warnings::is_watched_for(const Watch& watch, const std::vector<Value>& arguments, const Value& result,
+                              bool is_used) noexcept {
+  if (watch.makes_columns && may_end_in_one(arguments)) return true;
+  for (std::uint32_t left = watch.signs; left != 0; left &= left - 1)
+    if (bears(static_cast<Sign>(__builtin_ctz(left)), arguments, result, is_used)) return true;
+  return false;
 }
 
 /// Looks at a place of a script. In a library nothing is looked at, and without memory nothing is told.

@@ -57,7 +57,7 @@ class Warnings {
   /// What is looked for at a call of a function.
   struct Watch {
     using Rows = std::uint64_t;          // a bit for each row of the table
-    std::vector<Sign> signs;             // that the function alone is watched for; empty for most
+    std::uint32_t signs = 0;             // a bit for each sign that the function alone is watched for
     std::uint32_t most_arguments = ~0u;  // that the function looks at
     bool makes_columns = false;          // of two extents or more, the last of which is 1
     bool reads_quotations = false;
@@ -74,10 +74,7 @@ class Warnings {
                   bool is_used) const noexcept {
     if (result.is_nil() || arguments.size() > watch.most_arguments) return true;
     if (!columns_.is_empty() && columns_.has_any(arguments, result)) return true;
-    if (watch.makes_columns && may_end_in_one(arguments)) return true;
-    for (const Sign sign : watch.signs)
-      if (bears(sign, arguments, result, is_used)) return true;
-    return false;
+    return (watch.signs != 0 || watch.makes_columns) && is_watched_for(watch, arguments, result, is_used);
   }
 
   void call(const SourcePtr& source, const Watch& watch, const AnsweredCall& call);
@@ -103,13 +100,8 @@ class Warnings {
     std::map<std::size_t, std::vector<std::string>> allowed;
   };
 
-  /// Whether the arguments are an array, or extents that end in 1.
-  static bool may_end_in_one(const std::vector<Value>& arguments) noexcept {
-    if (arguments.empty() || !arguments[0].is_number()) return true;
-    if (arguments.size() < 2 || !arguments.back().is_number()) return false;
-    HostValue last = arguments.back().record();
-    return HVM_AsInt(&last) == 1;
-  }
+  static bool is_watched_for(const Watch& watch, const std::vector<Value>& arguments, const Value& result,
+                             bool is_used) noexcept;
 
   template <class Look>
   void guarded(const SourcePtr& source, Look look);
@@ -119,8 +111,8 @@ class Warnings {
   /// `values` are what the warning is about, for its story.
   void tell(const WarningRow& row, Finding finding, const SourcePtr& source, Span span, std::string_view function,
             const ModuleCaller& caller, const std::vector<Value*>& values);
-  void keep_story(const WarningRow& row, const std::string& message, const std::string& page, const ModuleCaller& caller,
-                  const std::vector<Value*>& values);
+  void keep_story(const WarningRow& row, const std::string& message, const std::string& page,
+                  const ModuleCaller& caller, const std::vector<Value*>& values);
 
   bool are_on_;
   Options options_;

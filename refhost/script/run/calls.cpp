@@ -48,7 +48,9 @@ Value Calls::call_module(const std::string& name, std::vector<Value>& arguments,
 
 void Calls::look_at(const Warnings::Watch& watch, const std::string& name, std::vector<Value>& arguments, Value& result,
                     Span span, bool is_used) {
-  const QuotedArguments quoted = watch.reads_quotations ? quotations_.quoted(arguments) : QuotedArguments();
+  const bool has_table = arguments.size() > 1 && arguments[1].is_table();
+  const bool needs_quotations = watch.reads_quotations && (!has_table || result.is_nil());
+  const QuotedArguments quoted = needs_quotations ? quotations_.quoted(arguments) : QuotedArguments();
   warnings_.call(
       site_.source(), watch,
       {site_.caller(span), span, name, arguments, result, is_used, quoted, watch.entry, warnings_.columns()});
@@ -131,7 +133,7 @@ Value Calls::method(Value& self, const MethodCall& form, std::vector<Value> argu
       throw explained(failure, name, &self, arguments, span, &form.arguments, operand);
     }
   });
-  if (warnings_.are_on())
+  if (warnings_.are_on() && name == "reshape")
     warnings_.method(site_.source(), {site_.caller(span), span, name, !form.is_statement}, self, arguments);
   return result;
 }
