@@ -212,7 +212,7 @@ const HandMade hand_made[] = {
     {"xarray", "`dtype` is `@$name`", "name = \"double\"", "xarray(@$name)"},
     {"xarray", "a selection among the extents goes on in what is no table", "t = [1, 2]", "xarray(@int(t[0, 1]))"},
     {"xarray", "`dtype` stands alone and has no extents", "", "xarray(@double)"},
-    {"xarray", "an extent is no int", "n = xarange(3).shape()[0]", "xarray(@double(n))"},
+    {"xarray", "an extent in `dtype` is no int", "n = xarange(3).shape()[0]", "xarray(@double(n))"},
     {"xarray", "`dtype` stands alone and names no kind", "", "xarray(@complex(2))"},
     {"xarray", "an extent in `dtype` is negative", "", "xarray(@double(-1))"},
     {"xarray", "`dtype` names no kind, and there is data", "", "xarray(@complex, [1, 2])"},

@@ -9,6 +9,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <sstream>
 
 #include "described_module.hpp"
 #include "failure_calls.hpp"
@@ -114,6 +115,32 @@ bool names_subject(const FunctionEntry& entry, const std::string& message) {
                      [&](const ArgumentEntry& argument) { return message.find(argument.name) != std::string::npos; });
 }
 
+/// Whether a message says what the words of a row say, but for the code in them.
+bool has_words_of(const std::string& when, const std::string& message) {
+  std::istringstream pieces(when);
+  bool is_code = false;
+  for (std::string piece; std::getline(pieces, piece, '`'); is_code = !is_code)
+    if (!is_code && message.find(piece) == std::string::npos) return false;
+  return true;
+}
+
+/// Whether a message tells the cause: what is missing, what the argument is, or the words of the row.
+bool names_cause(const FailureRow& row, const std::string& message) {
+  using Form = Condition::Form;
+  const auto has = [&](const char* part) { return message.find(part) != std::string::npos; };
+  switch (row.condition.form) {
+    case Form::told:
+    case Form::no_memory:
+      return has_words_of(row.when, message);
+    case Form::always:
+      return has("no arguments give a value");
+    case Form::arguments_below:
+      return has(" is missing: ");
+    default:
+      return has("; this is ") || has("; these are ") || has_words_of(row.when, message);
+  }
+}
+
 void expect_explained(const FunctionEntry& entry, const FailureRow& row, const std::string& message) {
   EXPECT_EQ(message.compare(0, entry.name.size() + 2, entry.name + ": "), 0) << message;
   EXPECT_EQ(message.find("the call failed"), std::string::npos) << message;
@@ -121,6 +148,9 @@ void expect_explained(const FunctionEntry& entry, const FailureRow& row, const s
     EXPECT_TRUE(names_subject(entry, message)) << message;
   } else if (is_about_arguments(entry, row)) {
     EXPECT_TRUE(names_argument(message)) << message;
+  }
+  if (row.outcome != Outcome::refused) {
+    EXPECT_TRUE(names_cause(row, message)) << message;
   }
   if (row.outcome == Outcome::throws) {
     EXPECT_NE(message.find("; the module threw " + row.exception), std::string::npos) << message;

@@ -104,8 +104,9 @@ TEST(Messages, InReports_HaveUsageAndPageUnderTheCaret) {
 TEST(Messages, OfQuotationsThatNameNoArray_SayWhatIsWrongWithThem) {
   expect_messages({
       {"a = xarange(6); xarray(@int(a.shape()[0]))",
-       "xarray: an extent is no int. Make an int of it with int, as in xarray(@double(int(n)))."},
-      {"xarray(@int(2.0))", "xarray: an extent is no int. Make an int of it with int, as in xarray(@double(int(n)))."},
+       "xarray: an extent in argument 1 is no int. Make an int of it with int, as in xarray(@double(int(n)))."},
+      {"xarray(@int(2.0))",
+       "xarray: an extent in argument 1 is no int. Make an int of it with int, as in xarray(@double(int(n)))."},
       {"xarray(@int)",
        "xarray: argument 1 stands alone and has no extents. Pass extents, as in xarray(@double(2, 3)), or data."},
       {"xarray(@complex(2))", "xarray: argument 1 stands alone and names no kind. Name bool, int, int64 or double."},
@@ -191,6 +192,20 @@ TEST(Explanations, ReadFewElementsOfALargeArray) {
   EXPECT_THAT(text, HasSubstr("    no argument: no\n"));
   EXPECT_THAT(text, HasSubstr("    a is a bool array: yes\n"));
   EXPECT_LT(text.size(), 2000u);
+}
+
+TEST(Explanations, ReadFewCharactersOfALongString) {
+  InterpreterOptions options = options_with_description();
+  options.explains = true;
+  Interpreter interpreter(module_functions(), options);
+  const auto explained = [&](const std::string& script) {
+    EXPECT_THROW(interpreter.run(interpreter.parse(std::make_shared<SourceText>("a.hvm", script))), ScriptError);
+    return interpreter.last_explanation().text();
+  };
+  const std::string shown = "argument 1, a: the string \"" + std::string(40, '-') + "...\"";
+  EXPECT_THAT(explained("s = \"-\" * 1000000\nxinv(s)"), HasSubstr(shown));
+  EXPECT_THAT(explained("w = w\"-\" * 1000000\nxinv(w)"), HasSubstr(shown));
+  EXPECT_THAT(explained("xinv(\"\")"), HasSubstr("argument 1, a: the string \"\""));
 }
 
 TEST(Explanations, OfOperators_ShowBothOperands) {

@@ -167,7 +167,7 @@ Verdict of_two(const Condition& condition, DescribedCall& call) {
 Verdict of_all(const Condition& condition, DescribedCall& call) {
   std::string cause;
   for (const Condition& part : condition.parts) {
-    const Verdict verdict = checked(part, call);
+    Verdict verdict = checked(part, call);
     if (verdict.answer != Verdict::Answer::yes) return verdict;
     cause += (cause.empty() ? "" : ", and ") + verdict.cause;
   }

@@ -82,8 +82,15 @@ std::string with_code_changed(std::string_view text, Change change) {
   }
 }
 
+/// The first characters of a string in quotation marks. The rest of a long one is not touched.
 std::string quoted(const Value& value) {
-  const std::string whole = printed(value.record());
+  if (value.tag() == ValueTag::wide_string) {
+    const std::u16string_view whole = wide_text_of(value.record());
+    const std::size_t end = character_offset(whole, most_shown_characters);
+    const Value front(whole.substr(0, end));
+    return fmt::format("\"{}{}\"", printed(front.record()), end < whole.size() ? "..." : "");
+  }
+  const std::string_view whole = text_of(value.record());
   const std::size_t end = character_offset(whole, most_shown_characters);
   return fmt::format("\"{}{}\"", whole.substr(0, end), end < whole.size() ? "..." : "");
 }
@@ -228,7 +235,7 @@ std::string DescribedCall::at_length(Value& value, const Extents* extents) const
   }
   if (value.tag() == ValueTag::code) return "a quotation";
   if (!value.is_object()) return kind_in_words(value);
-  const std::string type = type_in_words(value, extents);
+  std::string type = type_in_words(value, extents);
   if (!extents) return type;
   try {
     ArrayChecks(true).extents(made_.caller, value);

@@ -173,8 +173,8 @@ const char* name_of(BinaryOperator op) {
 }
 
 std::vector<std::string> names_of(const std::vector<FunctionEntry>& entries) {
-  std::vector<std::string> names;
-  for (const FunctionEntry& entry : entries) names.push_back(entry.name);
+  std::vector<std::string> names(entries.size());
+  std::transform(entries.begin(), entries.end(), names.begin(), [](const FunctionEntry& entry) { return entry.name; });
   return names;
 }
 

@@ -169,7 +169,6 @@ void check_reshape(const ModuleCaller& caller, Value& self, std::vector<Value>& 
 }
 
 void check_range(std::vector<Value>& arguments) {
-  if (arguments.size() > 3) throw Failure("xarange: it takes at most three arguments (start, stop, step)");
   if (arguments.size() < 3 || !are_numbers(arguments)) return;
   const auto number = [&](std::size_t i) { return HVM_AsInt(arguments[i].address()); };
   if (number(2) == 0) throw Failure("xarange: the step is zero as an integer");
@@ -321,15 +320,18 @@ const char* failing_quotation(const std::string& function, const Quotation* dtyp
   const bool has_no_int = std::any_of(dtype->arguments.begin(), dtype->arguments.end(),
                                       [](const ExpressionPtr& extent) { return is_no_int(*extent); });
   // The module has read the extents before it looks at the name; nothing else is left when the name is one of a kind.
-  return has_no_int || names_kind(variable->name) ? "an extent is no int" : "`dtype` stands alone and names no kind";
+  return has_no_int || names_kind(variable->name) ? "an extent in `dtype` is no int"
+                                                  : "`dtype` stands alone and names no kind";
 }
 
 void ArrayChecks::call(const std::string& function, std::vector<Value>& arguments) const {
   if (!are_on_) return;
-  if (function == "xarange") check_range(arguments);
-  if (!std::any_of(arguments.begin(), arguments.end(), may_be_beyond_32_bits)) return;
-  for (const IntArguments& read : int_arguments)
-    if (function == read.function) require_32_bits(function, arguments, read.first, read.count);
+  const bool is_range = function == "xarange";
+  if (is_range && arguments.size() > 3) throw Failure("xarange: it takes at most three arguments (start, stop, step)");
+  if (std::any_of(arguments.begin(), arguments.end(), may_be_beyond_32_bits))
+    for (const IntArguments& read : int_arguments)
+      if (function == read.function) require_32_bits(function, arguments, read.first, read.count);
+  if (is_range) check_range(arguments);
 }
 
 void ArrayChecks::method(const ModuleCaller& caller, Value& self, const std::string& name,

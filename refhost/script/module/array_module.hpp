@@ -56,7 +56,7 @@ std::string undefined_operator(const ModuleCaller& caller, const std::string& na
 std::string thrown_operator(const ModuleCaller& caller, const std::string& message, Value& left, Value& right);
 
 /// Why a call of `function` failed with these quotations as its first arguments, null for other arguments, in the words
-/// of its page's row, such as `an extent is no int`; null when that lies elsewhere.
+/// of its page's row, such as `an extent in `dtype` is no int`; null when that lies elsewhere.
 const char* failing_quotation(const std::string& function, const Quotation* dtype, const Quotation* data,
                               std::size_t arguments);
 
