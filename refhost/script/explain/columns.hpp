@@ -21,11 +21,10 @@ class Columns {
     return object && !is_empty() && places_[place_of(object)] == object;
   }
   bool has(const Value& value) const noexcept { return value.is_object() && has(object_of(value.record())); }
-  /// Whether one of the arguments or the result of a call is marked.
-  bool has_any(const std::vector<Value>& arguments, const Value& result) const noexcept {
-    for (const Value& argument : arguments)
-      if (has(argument)) return true;
-    return has(result);
+  bool has_any(const std::vector<Value>& values) const noexcept {
+    for (const Value& value : values)
+      if (has(value)) return true;
+    return false;
   }
 
   void mark(const HostAny* object) noexcept {

@@ -24,11 +24,6 @@ constexpr auto library = "of use \"arrays\"";
 
 bool is_of_kind(const Value& value, std::string_view kind) { return array_kind_of(value) == kind; }
 
-bool is_integer_array(const Value& value) {
-  const std::string_view kind = array_kind_of(value);
-  return kind == "int" || kind == "int64";
-}
-
 /// Whether the value is a real that an integer cannot hold; NaN is one.
 bool has_fraction(const Value& value) {
   if (value.tag() != ValueTag::real) return false;
@@ -106,8 +101,25 @@ struct IntegerSpacing {
   bool is_cut() const { return count > 1 && (stop - start) % (count - 1) != 0; }
 };
 
-bool has_integer_start(const AnsweredCall& call) {
-  return call.arguments.size() > 1 && call.result.is_object() && call.arguments[0].tag() != ValueTag::real;
+bool has_integer_start(const std::vector<Value>& arguments) {
+  return arguments.size() > 1 && arguments[0].is_number() && arguments[0].tag() != ValueTag::real &&
+         arguments[1].is_number();
+}
+
+bool are_cut(const std::vector<Value>& arguments) {
+  if (!has_integer_start(arguments)) return false;
+  const IntegerSpacing spacing(arguments);
+  return spacing.is_cut() || (has_fraction(arguments[1]) && spacing.count > 1);
+}
+
+/// Whether one of the powers from 10 to the first argument on is no integer of its kind.
+bool are_odd_powers(const std::vector<Value>& arguments) {
+  if (!has_integer_start(arguments)) return false;
+  const IntegerSpacing spacing(arguments);
+  const bool is_wide = arguments[0].tag() == ValueTag::integer64;
+  const IntegerSpacing::Wide stop = spacing.count > 1 ? spacing.stop : spacing.start;
+  const bool has_odd_ends = std::min(spacing.start, stop) < 0 || std::max(spacing.start, stop) > (is_wide ? 18 : 9);
+  return spacing.count > 0 && (has_odd_ends || are_cut(arguments));
 }
 
 std::string real_start_remedy(const AnsweredCall& call) {
@@ -116,24 +128,11 @@ std::string real_start_remedy(const AnsweredCall& call) {
 }
 
 Found integer_spacing(const AnsweredCall& call) {
-  if (!has_integer_start(call)) return {};
-  const IntegerSpacing spacing(call.arguments);
-  const bool is_stop_cut = has_fraction(call.arguments[1]) && spacing.count > 1;
-  if (!is_stop_cut && !spacing.is_cut()) return {};
   return Finding{fmt::format("{} gives integers, which lose their fractions: the kind is that of its start; {}",
                              short_text(call.text(), call.function), real_start_remedy(call))};
 }
 
 Found integer_powers(const AnsweredCall& call) {
-  if (!has_integer_start(call)) return {};
-  const IntegerSpacing spacing(call.arguments);
-  if (spacing.count < 1) return {};
-  const bool is_wide = call.arguments[0].tag() == ValueTag::integer64;
-  const IntegerSpacing::Wide stop = spacing.count > 1 ? spacing.stop : spacing.start;
-  const bool has_fractions = std::min(spacing.start, stop) < 0;
-  const bool is_beyond = std::max(spacing.start, stop) > (is_wide ? 18 : 9);
-  const bool is_stop_cut = has_fraction(call.arguments[1]) && spacing.count > 1;
-  if (!has_fractions && !is_beyond && !is_stop_cut && !spacing.is_cut()) return {};
   return Finding{fmt::format("{} gives integers, which do not hold these powers: the kind is that of its start; {}",
                              short_text(call.text(), call.function), real_start_remedy(call))};
 }
@@ -264,7 +263,7 @@ class RegularData {
     TableWalk walk(table);
     for (Entry entry = walk.next(); entry; entry = walk.next(), ++count) {
       if (--left_ < 0) return true;
-      const HostHash* row = table_of(*entry.value);
+      const HostHash* row = entry.value->tag == ValueTag::table ? table_of(*entry.value) : nullptr;
       if (!is_number(*entry.key) || !(row || is_number(*entry.value))) return false;
       if (count > 0 && has_rows != (row != nullptr)) return false;
       has_rows = row != nullptr;
@@ -283,9 +282,20 @@ class RegularData {
   };
   Level levels_[most_levels];
   std::int64_t left_ = std::int64_t{1} << 24;
+
+ public:
+  /// Whether rows have one element, so that the array is a column.
+  bool has_rows_of_one() const {
+    std::size_t depth = 0;
+    while (depth + 1 < most_levels && levels_[depth].has_rows) ++depth;
+    return depth > 0 && levels_[depth].count == 1;
+  }
 };
 
-bool are_regular(const HostHash* data) { return RegularData().holds(data); }
+bool are_odd(const HostHash* data) {
+  RegularData regular;
+  return !regular.holds(data) || regular.has_rows_of_one();
+}
 
 const DataFault& data_fault(const AnsweredCall& call) {
   if (!call.data_fault) {
@@ -749,8 +759,10 @@ bool bears(Sign sign, const std::vector<Value>& arguments, const Value& result, 
       return false;
     case Sign::three_arguments:
       return arguments.size() == 3;
-    case Sign::integer_start:
-      return !arguments.empty() && arguments[0].tag() != ValueTag::real;
+    case Sign::cut_integers:
+      return are_cut(arguments);
+    case Sign::odd_powers:
+      return are_odd_powers(arguments);
     case Sign::integer_array:
       return !arguments.empty() && is_integer_array(arguments[0]);
     case Sign::odd_extreme: {
@@ -759,7 +771,7 @@ bool bears(Sign sign, const std::vector<Value>& arguments, const Value& result, 
       return result.tag() == ValueTag::real && HVM_AsDouble(&record) == std::numeric_limits<double>::min();
     }
     case Sign::odd_data:
-      return arguments.size() > 1 && arguments[1].is_table() && !are_regular(table_of(arguments[1].record()));
+      return arguments.size() > 1 && arguments[1].is_table() && are_odd(table_of(arguments[1].record()));
     case Sign::quoted_data:
       return arguments.size() > 1 && arguments[1].tag() == ValueTag::code;
     default:
@@ -784,10 +796,10 @@ const std::vector<WarningRow>& warning_table() {
       {"value-of-shuffle", "xshuffle(a) changes a itself and gives 0; write it on a line of its own",
        "docs/functions/xshuffle.md#result", CallCondition{Sign::used_value, {"xshuffle"}, value_of_shuffle}},
       {"integer-spacing", "xlinspace(0, 1, 5) gives integers, which lose their fractions; write xlinspace(0.0, 1, 5)",
-       "docs/functions/xlinspace.md#result", CallCondition{Sign::integer_start, {"xlinspace"}, integer_spacing}},
+       "docs/functions/xlinspace.md#result", CallCondition{Sign::cut_integers, {"xlinspace"}, integer_spacing}},
       {"integer-powers",
        "xlogspace(-2, 2, 5) gives integers, which do not hold the powers; write xlogspace(-2.0, 2, 5)",
-       "docs/functions/xlogspace.md#result", CallCondition{Sign::integer_start, {"xlogspace"}, integer_powers}},
+       "docs/functions/xlogspace.md#result", CallCondition{Sign::odd_powers, {"xlogspace"}, integer_powers}},
       {"integer-range", "xarange(0, 1.5) counts in integers; for fractions write xlinspace(start, stop, count)",
        "docs/functions/xarange.md#arguments", CallCondition{Sign::real_argument, {"xarange"}, integer_range}},
       {"empty-range", "xarange(0, 2, 3) has no elements; give a step that is not beyond the range",

@@ -95,10 +95,11 @@ enum class Sign : std::uint8_t {
   used_value,       // when something takes the value
   real_argument,    // when an argument is a real
   three_arguments,  // when there are three arguments
-  integer_start,    // when the first argument is no real
+  cut_integers,     // when integers from the first argument to the second one have no whole spacing
+  odd_powers,       // the same, or when such powers of ten are no integers
   integer_array,    // when the first argument is an array of integers
   odd_extreme,      // when the result is an int64, or the smallest normal number
-  odd_data,         // when the second argument is a table of other things than numbers in rows of one length
+  odd_data,         // when the second argument is a table of other things than numbers in longer rows of one length
   quoted_data,      // when the second argument is a quotation
   // Of all functions alike:
   nothing,         // when the call gave nil

@@ -54,12 +54,11 @@ bool may_make_column(const QuotedArguments& quoted, const std::vector<Value>& ar
   return !last || last->value == 1;
 }
 
-/// Whether the arguments are an array, extents that end in 1, or data in rows of one element.
+/// Whether the arguments are extents that end in 1, or one quotation, which may hold such.
 bool may_end_in_one(const std::vector<Value>& arguments) {
   if (arguments.empty()) return false;
   if (arguments[0].is_number()) return arguments.size() > 1 && is_one(arguments.back());
-  const bool has_table = arguments.size() > 1 && arguments[1].is_table();
-  return !has_table || has_rows_of_one(table_of(arguments[1].record()));
+  return arguments.size() == 1;
 }
 
 /// The names that the comments of a source allow, by line.
@@ -162,7 +161,9 @@ Warnings::Warnings(const ModuleFunctions& module, Options options, Explanation& 
 
 bool Warnings::is_watched_for(const Watch& watch, const std::vector<Value>& arguments, const Value& result,
                               bool is_used) noexcept {
-  if (watch.makes_columns && may_end_in_one(arguments)) return true;
+  const bool takes_array = !arguments.empty() && arguments[0].is_object();
+  if (watch.makes_columns && takes_array) columns_.note(result, true);
+  if (watch.makes_columns && !takes_array && may_end_in_one(arguments)) return true;
   for (std::uint32_t left = watch.signs; left != 0; left &= left - 1)
     if (bears(static_cast<Sign>(__builtin_ctz(left)), arguments, result, is_used)) return true;
   return false;
@@ -243,10 +244,11 @@ void Warnings::track(const Watch& watch, const AnsweredCall& call) noexcept {
   const auto& arguments = call.arguments;
   const auto is_marked = [&](const Value& value) { return columns_.has(value); };
   bool may_be_column = std::any_of(arguments.begin(), arguments.end(), is_marked);
+  const bool takes_array = !arguments.empty() && arguments[0].is_object();
   if (watch.reads_quotations)
     may_be_column = may_make_column(call.quoted, arguments);
   else if (watch.makes_columns && !may_be_column)
-    may_be_column = may_end_in_one(arguments);
+    may_be_column = takes_array || may_end_in_one(arguments);
   if (call.result.is_object()) return columns_.note(call.result, may_be_column);
   if (!may_be_column || !call.result.is_table()) return;
   TableWalk walk(table_of(call.result.record()));

@@ -70,10 +70,12 @@ class Warnings {
   /// `number` is that of the module's function.
   const Watch& watch(std::uint32_t number) const noexcept { return watches_[number]; }
   /// Whether the answer of a call is worth a look. Costs most calls a few comparisons.
-  bool is_notable(const Watch& watch, const std::vector<Value>& arguments, const Value& result,
-                  bool is_used) const noexcept {
+  bool is_notable(const Watch& watch, const std::vector<Value>& arguments, const Value& result, bool is_used) noexcept {
     if (result.is_nil() || arguments.size() > watch.most_arguments) return true;
-    if (!columns_.is_empty() && columns_.has_any(arguments, result)) return true;
+    if (!columns_.is_empty()) {
+      if (columns_.has_any(arguments)) return true;
+      columns_.forget(object_of(result.record()));  // it is another object than the one that was marked there
+    }
     return (watch.signs != 0 || watch.makes_columns) && is_watched_for(watch, arguments, result, is_used);
   }
 
@@ -100,8 +102,8 @@ class Warnings {
     std::map<std::size_t, std::vector<std::string>> allowed;
   };
 
-  static bool is_watched_for(const Watch& watch, const std::vector<Value>& arguments, const Value& result,
-                             bool is_used) noexcept;
+  bool is_watched_for(const Watch& watch, const std::vector<Value>& arguments, const Value& result,
+                      bool is_used) noexcept;
 
   template <class Look>
   void guarded(const SourcePtr& source, Look look);

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <string_view>
 
@@ -198,6 +199,12 @@ bool do_broadcast(const Extents& left, const Extents& right) {
 
 std::string_view array_kind_of(const Value& value) {
   return value.is_object() ? array_kind(type_name_of(object_of(value.record()))) : std::string_view{};
+}
+
+bool is_integer_array(const Value& value) {
+  if (!value.is_object()) return false;
+  const char* name = type_name_of(object_of(value.record()));
+  return std::strncmp(name, "$xint", 5) == 0 && (name == int_array || name == int64_array);
 }
 
 std::optional<std::string> kind_of_array(const Value& value) {

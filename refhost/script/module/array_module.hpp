@@ -31,6 +31,9 @@ std::optional<std::string> kind_of_array(const Value& value);
 /// The same as `kind_of_array` without a copy, empty for anything else. It lasts as long as the type.
 std::string_view array_kind_of(const Value& value);
 
+/// Whether a value is an array of integers, of 32 bits or 64.
+bool is_integer_array(const Value& value);
+
 /// The extents that the method `shape` gives; no value when it fails, throws, or gives no table of integers.
 std::optional<Extents> shape_of(const ModuleCaller& caller, Value& object);
 

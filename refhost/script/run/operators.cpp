@@ -22,11 +22,6 @@ bool is_comparison_with_nil(BinaryOperator op, const Value& left, const Value& r
   return (op == BinaryOperator::equal || op == BinaryOperator::not_equal) && (left.is_nil() || right.is_nil());
 }
 
-bool is_integer_array(const Value& value) {
-  const std::string_view kind = array_kind_of(value);
-  return !kind.empty() && kind.front() == 'i';
-}
-
 /// Whether there may be a warning: of a number on the left, a real beside integers, or a remainder.
 bool may_warn(BinaryOperator op, const Value& left, const Value& right) {
   if (left.is_number() && op != BinaryOperator::add && op != BinaryOperator::multiply) return true;
