@@ -226,7 +226,7 @@ Verdict checked(const Condition& condition, DescribedCall& call) {
                        [&](const ReadNumber& x) { return x.value == static_cast<double>(condition.number); });
     case Form::beyond_32_bits:
       for (const std::size_t i : call.positions(condition))
-        if (call.value(i).is_number() && is_beyond_32_bits(call.value(i)))
+        if (is_beyond_32_bits(call.value(i)))
           return yes(fmt::format("{} must fit into 32 bits; this is {}", DescribedCall::numbered(i),
                                  number_text(call.value(i))));
       return no();

@@ -125,15 +125,10 @@ constexpr IntArguments int_arguments[] = {
     {"xeye", 0, 2},     {"xarange", 0, 3}, {"xlinspace", 2, 1}, {"xlogspace", 2, 1},
 };
 
-/// Whether a value is a number of more than 32 bits, so that it has to be looked at.
-bool may_be_beyond_32_bits(const Value& value) {
-  return value.tag() == ValueTag::integer64 || value.tag() == ValueTag::real;
-}
-
 /// The module would read another number, and make an array of another size.
 void require_32_bits(const std::string& name, std::vector<Value>& arguments, std::size_t first, std::size_t count) {
   for (std::size_t i = first; i < arguments.size() && i - first < count; ++i)
-    if (arguments[i].is_number() && is_beyond_32_bits(arguments[i]))
+    if (is_beyond_32_bits(arguments[i]))
       throw Failure(
           fmt::format("{}: argument {} must fit into 32 bits; this is {}", name, i + 1, number_text(arguments[i])));
 }
@@ -333,9 +328,11 @@ const char* failing_quotation(const std::string& function, const Quotation* dtyp
 
 void ArrayChecks::call(const std::string& function, std::vector<Value>& arguments) const {
   if (!are_on_) return;
-  const bool is_range = function == "xarange";
+  // Every call comes by here: names of other lengths are told apart without a look at their letters.
+  constexpr std::string_view range_function = "xarange";
+  const bool is_range = function == range_function;
   if (is_range && arguments.size() > 3) throw Failure("xarange: it takes at most three arguments (start, stop, step)");
-  if (std::any_of(arguments.begin(), arguments.end(), may_be_beyond_32_bits))
+  if (std::any_of(arguments.begin(), arguments.end(), is_beyond_32_bits))
     for (const IntArguments& read : int_arguments)
       if (function == read.function) require_32_bits(function, arguments, read.first, read.count);
   if (is_range) check_range(arguments);
