@@ -24,6 +24,7 @@
 #include "script/library/script_file.hpp"
 #include "script/module/array_module.hpp"
 #include "script/module/fault_report.hpp"
+#include "script/module/trace.hpp"
 #include "script/run/interpreter.hpp"
 
 namespace hvm {
@@ -46,6 +47,8 @@ struct Settings {
   bool lists_warnings = false;
   bool counts_leaks = false;
   bool explains = false;
+  std::string trace_path;
+  std::string trace_operations = std::to_string(Trace::most_operations_by_default);
   std::vector<std::string> rest;  // the script and its arguments, or the arguments of -e
 };
 
@@ -106,7 +109,7 @@ std::string story_of(const Interpreter& interpreter) {
 
 /// Runs the script that the settings name, or the prompt, and leaves the story of an error in `story`. Throws
 /// `ScriptError` and `ScriptExit`.
-void run_scripts(const Settings& settings, const Module& module, const DescriptionReading& reading,
+void run_scripts(const Settings& settings, const Module& module, const DescriptionReading& reading, Trace* trace,
                  std::string& story) {
   const SourcePtr source = chosen_source(settings);
   const std::size_t names = settings.has_code || settings.rest.empty() ? 0 : 1;
@@ -125,6 +128,7 @@ void run_scripts(const Settings& settings, const Module& module, const Descripti
   options.description = reading.description ? &*reading.description : nullptr;
   options.no_description = absence_of(reading);
   options.explains = settings.explains || !source;
+  options.trace = trace;
   Interpreter interpreter(module.functions, std::move(options));
   interpreter.set_global("args", arguments_table(arguments));
   if (!source) return run_repl(interpreter, settings.explains);
@@ -138,11 +142,11 @@ void run_scripts(const Settings& settings, const Module& module, const Descripti
 
 /// The exit status of what `run_scripts` runs. An error is reported when the variables of the script are gone, since
 /// they may hold all memory.
-int status_of_scripts(const Settings& settings, const Module& module) {
+int status_of_scripts(const Settings& settings, const Module& module, Trace* trace) {
   const DescriptionReading reading = described_functions(module);
   std::string story;
   try {
-    run_scripts(settings, module, reading, story);
+    run_scripts(settings, module, reading, trace, story);
     return done;
   } catch (const ScriptError& error) {
     put_error({error.report(), story});
@@ -199,6 +203,10 @@ void show_libraries(const Module& module) {
     if (library != module.path) put(fmt::format("  with {}\n", library));
 }
 
+std::size_t traced_operations(const Settings& settings) {
+  return settings.trace_operations == "off" ? 0 : std::stoul(settings.trace_operations);
+}
+
 int run(const Settings& settings) {
   if (settings.lists_warnings) return list_warnings(), done;
   if (settings.shows_version) put(fmt::format("hvm {}\nprocessor {}\n", HVM_VERSION, processor_target()));
@@ -206,10 +214,21 @@ int run(const Settings& settings) {
   if (settings.shows_version) return show_libraries(module), done;
   if (settings.lists) return list(module), done;
   if (!settings.test_directory.empty()) return run_tests(settings, module);
+  std::optional<Trace> trace;
+  if (!settings.trace_path.empty()) trace.emplace(settings.trace_path, traced_operations(settings));
   const Counts before = counts();
-  const int status = status_of_scripts(settings, module);
-  if (!settings.counts_leaks) return status;
-  return report_leaks(before) || status != done ? status : script_failed;
+  int status = status_of_scripts(settings, module, trace ? &*trace : nullptr);
+  if (settings.counts_leaks && !report_leaks(before) && status == done) status = script_failed;
+  if (trace) trace->finish();
+  return status;
+}
+
+/// What is wrong with the text of a count; empty when nothing is.
+std::string wrong_count_of_operations(const std::string& text) {
+  constexpr std::size_t most_digits = 9;
+  const bool is_count =
+      !text.empty() && text.size() <= most_digits && text.find_first_not_of("0123456789") == std::string::npos;
+  return is_count || text == "off" ? "" : fmt::format("'{}' is neither a count up to 999999999 nor off", text);
 }
 
 void describe(CLI::App& app, Settings& settings) {
@@ -248,6 +267,17 @@ void describe(CLI::App& app, Settings& settings) {
   const auto version =
       app.add_flag("--version", settings.shows_version,
                    "say the version, the processor's vector instructions, the module and its libraries");
+  const auto trace = app.add_option("--trace", settings.trace_path,
+                                    "write every call of the module to a file, a line of JSON for each; -: to the "
+                                    "standard error")
+                         ->type_name("FILE");
+  app.add_option("--trace-operations", settings.trace_operations,
+                 "how many operations of the host the trace tells of each call; off: none")
+      ->type_name("COUNT")
+      ->capture_default_str()
+      ->check(CLI::Validator(wrong_count_of_operations, ""))
+      ->needs(trace);
+  trace->excludes(test)->excludes(list_flag)->excludes(version)->excludes(warnings_flag);
   code->excludes(test)->excludes(list_flag)->excludes(version)->excludes(warnings_flag);
   test->excludes(list_flag)->excludes(version)->excludes(warnings_flag);
 }

@@ -39,6 +39,7 @@ class CallFailure : public Failure {
 };
 
 class RecentShapes;
+class Trace;
 
 /// From where a module is called: what it receives as its context, the place of the script, and what is known of its
 /// objects.
@@ -48,6 +49,7 @@ struct ModuleCaller {
   std::size_t offset;
   RecentShapes& shapes;
   KeptException* kept = nullptr;
+  Trace* trace = nullptr;  // null: calls are not told
 };
 
 /// Counts the calls that may make, change or end objects: all but reading and writing elements and the method `shape`.

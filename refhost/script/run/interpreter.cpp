@@ -5,6 +5,7 @@
 #include <new>
 
 #include "script/module/object_text.hpp"
+#include "script/module/trace.hpp"
 #include "script/run/calls.hpp"
 #include "script/run/evaluator.hpp"
 #include "script/run/module_callbacks.hpp"
@@ -23,7 +24,7 @@ struct Interpreter::Parts {
         failed_calls({&module, options.description, options.no_description, options.has_checks, options.explains},
                      last_explanation),
         steps(options.step_limit),
-        site(context.handle()),
+        site(context.handle(), options.trace),
         depth(site),
         scopes(context),
         functions(module),
@@ -38,7 +39,15 @@ struct Interpreter::Parts {
         pictures{options.text_size, std::nullopt},
         calls(site, steps, depth, scopes, functions, quotations, checks, failed_calls, warnings, options.print,
               options.files, pictures, statements),
-        callbacks(context, site, steps, scopes, calls, evaluator) {}
+        callbacks(context, site, steps, scopes, calls, evaluator) {
+    if (options.trace) options.trace->read_quotations_by([this](const HostValue& record) { return quoted(record); });
+  }
+
+  /// The text of a quotation.
+  std::string_view quoted(const HostValue& record) const {
+    const Code* code = scopes.find_code(record);
+    return code ? code->source->text(code->quotation->span) : std::string_view();
+  }
 
   InterpreterOptions options;
   Explanation last_explanation;

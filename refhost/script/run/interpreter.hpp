@@ -20,6 +20,8 @@
 
 namespace hvm {
 
+class Trace;
+
 struct InterpreterOptions {
   bool has_checks = true;  // check what the module does not
   PrintLine print;         // where `print` goes
@@ -31,7 +33,8 @@ struct InterpreterOptions {
   const Description* description = nullptr;
   std::string no_description = {};  // why there is none, in a sentence
   WarningMode warnings = WarningMode::on;
-  bool explains = false;  // keep the whole story of errors and warnings
+  bool explains = false;   // keep the whole story of errors and warnings
+  Trace* trace = nullptr;  // tells the calls of the module; it must outlive the interpreter
 };
 
 class Interpreter {
