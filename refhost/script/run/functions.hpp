@@ -28,7 +28,7 @@ class Functions {
   /// a function that the library needs.
   std::shared_ptr<const Function> fn(const std::string& name, const SourceText& caller) const;
   /// The module's function of a name, null when there is none.
-  arrayfold::EntryFunction of_module(const std::string& name) const { return module_.find(name); }
+  const ModuleFunctions::Entry* of_module(const std::string& name) const { return module_.find_entry(name); }
   /// All fns that scripts see, by name.
   std::vector<std::shared_ptr<const Function>> fns() const;
   /// Whether there is a function of this name: a fn, a built-in one or the module's.
