@@ -24,6 +24,7 @@ namespace {
 
 constexpr int history_length = 1000;
 constexpr std::size_t most_shown_matches = 200;
+constexpr std::size_t least_width = 10;  // of a window in which lines are edited
 
 /// Makes the line editor read UTF-8, also when the user's locale has only ASCII. Numbers keep their point.
 void use_unicode() {
@@ -99,6 +100,8 @@ class LineEditor::Editor {
     prompt_ = prompt;
     is_dropped_ = false;
     int count = 0;
+    // The system's editor ends the process in a window of a few columns. There the terminal edits the lines.
+    el_wset(line_, EL_EDITMODE, terminal_width() >= least_width ? 1 : 0);
     const Marks marks(marks_pastes_);
     errno = 0;
     const char* typed = el_gets(line_, &count);

@@ -35,7 +35,8 @@ struct TypedLine {
 std::size_t terminal_width();
 
 /// Reads lines with the keys of Emacs, a history, and completion by Tab. It reads UTF-8 in every locale. While a line
-/// is edited Ctrl-C is a key like others; afterwards the terminal is as it was.
+/// is edited Ctrl-C is a key like others; afterwards the terminal is as it was. In a window of less than ten columns
+/// the terminal itself takes the lines.
 class LineEditor {
  public:
   /// Throws `std::bad_alloc`.

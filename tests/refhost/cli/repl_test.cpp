@@ -635,19 +635,33 @@ TEST(Repl, ATerminalThatGoesAway_EndsHvm) {
 
 TEST(Repl, AnyTerminal_TakesInputs) {
   for (const char* type : {"", "dumb", "no-such-terminal", "xterm"})
-    for (const unsigned short columns : {0, 1, 2, 80, 60000}) {
+    for (const unsigned short columns : {0, 1, 2, 10, 80, 60000}) {
       TerminalConditions conditions;
       conditions.type = type;
       conditions.columns = columns;
       Terminal terminal(conditions);
       terminal.wait_for(">");
-      terminal.type(
-          "x = toy_int(2, 3)\nx\nto\t\x03"
-          "help\nprint(7000 + 77)\n");
+      // The keys of an editor are for windows in which there is one.
+      const bool is_edited = columns == 0 || columns >= 10;
+      const std::string keys = is_edited ? "to\t\x03" : "";
+      const std::string words = "x = toy_int(2, 3)\nx\n" + keys + "help\nprint(7000 + 77)\n";
+      is_edited ? terminal.type(words) : terminal.press(words);
       terminal.wait_for("7077");
-      terminal.type("exit\n");
+      is_edited ? terminal.type("exit\n") : terminal.press("exit\n");
       EXPECT_EQ(terminal.exit_status(), 0) << type << " " << columns;
     }
+}
+
+TEST(Repl, KeysInATinyWindow_DoNoHarm) {
+  TerminalConditions conditions;
+  conditions.type = "xterm";
+  conditions.columns = 3;
+  conditions.lines = 5;
+  Terminal terminal(conditions);
+  terminal.wait_for(">");
+  for (int i = 0; i < 20; ++i) terminal.press("\xF0\x9F\x98\x80\x19(x\x0C help \x02\x08\x1B[D\x1B[C\x14\t\x05\x7F\n");
+  terminal.press("\nprint(7000 + 77)\n");
+  terminal.wait_for("7077");
 }
 
 TEST(Repl, PastedMegabytes_Arrive) {
