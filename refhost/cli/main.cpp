@@ -7,10 +7,10 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
+#include <algorithm>
 #include <new>
-#include <sstream>
 
+#include "cli/command_line.hpp"
 #include "cli/module_loader.hpp"
 #include "cli/process_end.hpp"
 #include "cli/processor.hpp"
@@ -26,22 +26,7 @@
 namespace hvm {
 namespace {
 
-constexpr double longest_time_limit = 1e6;
-
 enum ExitStatus { done = 0, script_failed = 1, wrong_usage = 2, no_module = 3 };
-
-struct Settings {
-  std::string code;
-  bool has_code = false;
-  std::string test_directory;
-  double time_limit = 60;  // seconds
-  std::string module_path;
-  bool lists = false;
-  bool shows_version = false;
-  bool is_unchecked = false;
-  bool counts_leaks = false;
-  std::vector<std::string> rest;  // the script and its arguments, or the arguments of -e
-};
 
 Value arguments_table(const std::vector<std::string>& arguments) {
   std::vector<Value> values;
@@ -58,12 +43,12 @@ TextSize terminal_size() {
 }
 
 bool comes_by_standard_input(const Settings& settings) {
-  return !settings.has_code && (settings.rest.empty() || settings.rest.front() == "-");
+  return !settings.code && (settings.rest.empty() || settings.rest.front() == "-");
 }
 
 /// The script that the settings name; null for the REPL.
 SourcePtr chosen_source(const Settings& settings) {
-  if (settings.has_code) return std::make_shared<SourceText>("<command line>", settings.code);
+  if (settings.code) return std::make_shared<SourceText>("<command line>", *settings.code);
   if (!comes_by_standard_input(settings)) return read_script(settings.rest.front());
   if (settings.rest.empty() && isatty(STDIN_FILENO)) return nullptr;
   return read_standard_input();
@@ -72,7 +57,7 @@ SourcePtr chosen_source(const Settings& settings) {
 /// Runs the script that the settings name, or the prompt. Throws `ScriptError` and `ScriptExit`.
 void run_scripts(const Settings& settings, const Module& module) {
   const SourcePtr source = chosen_source(settings);
-  const std::size_t names = settings.has_code || settings.rest.empty() ? 0 : 1;
+  const std::size_t names = settings.code || settings.rest.empty() ? 0 : 1;
   const std::vector<std::string> arguments(settings.rest.begin() + static_cast<std::ptrdiff_t>(names),
                                            settings.rest.end());
   InterpreterOptions options;
@@ -112,11 +97,11 @@ bool report_leaks(const Counts& before) {
   return now == before;
 }
 
-int run_tests(const Settings& settings, const Module& module) {
+int status_of_tests(const Settings& settings, const Module& module) {
   const Counts before = counts();
   const auto ends_well = [&] { return !settings.counts_leaks || report_leaks(before); };
-  const bool passed = run_tests_below(settings.test_directory, module.functions,
-                                      {!settings.is_unchecked, settings.time_limit, ends_well});
+  const bool passed =
+      run_tests(settings.rest, module.functions, {!settings.is_unchecked, settings.time_limit, ends_well});
   return passed ? done : script_failed;
 }
 
@@ -132,86 +117,16 @@ void show_libraries(const Module& module) {
 }
 
 int run(const Settings& settings) {
-  if (settings.shows_version) put(fmt::format("hvm {}\nprocessor {}\n", HVM_VERSION, processor_target()));
+  if (settings.task == Task::show_help) return put(help_text()), done;
+  if (settings.task == Task::show_version) put(fmt::format("hvm {}\nprocessor {}\n", HVM_VERSION, processor_target()));
   const Module module = load_module(settings.module_path.empty() ? default_module_path() : settings.module_path);
-  if (settings.shows_version) return show_libraries(module), done;
-  if (settings.lists) return list(module), done;
-  if (!settings.test_directory.empty()) return run_tests(settings, module);
+  if (settings.task == Task::show_version) return show_libraries(module), done;
+  if (settings.task == Task::list) return list(module), done;
+  if (settings.task == Task::test) return status_of_tests(settings, module);
   const Counts before = counts();
   const int status = status_of_scripts(settings, module);
   if (!settings.counts_leaks) return status;
   return report_leaks(before) || status != done ? status : script_failed;
-}
-
-void describe(CLI::App& app, Settings& settings) {
-  app.footer(
-      "A script and its arguments follow the options: hvm [options] script.hvm [args], hvm [options] -e CODE [args].\n"
-      "Without a script hvm reads one from the standard input; at a terminal it is a prompt.\n"
-      "Exit status: 0, or what the script gives to exit; 1 after a script error, a failed test, or when the output\n"
-      "cannot be written; 2 for wrong usage; 3 when the module cannot be loaded.");
-  app.prefix_command();
-  app.set_help_flag("--help,-h", "say this and end");
-  const auto code = app.add_option("-e", settings.code, "run this code")->type_name("CODE");
-  const auto test = app.add_option("--test", settings.test_directory, "run every *.hvm below a directory as a test")
-                        ->type_name("DIR")
-                        ->check(CLI::ExistingDirectory);
-  app.add_option("--time-limit", settings.time_limit, "seconds for each script of --test; 0: any time")
-      ->type_name("SECONDS")
-      ->capture_default_str()
-      ->check(CLI::Range(0.0, longest_time_limit).description(""))
-      ->needs(test);
-  app.add_option("--module", settings.module_path,
-                 fmt::format("the module; otherwise {} beside hvm or in ../lib", array_module_file))
-      ->type_name("PATH");
-  const auto list_flag = app.add_flag("--list", settings.lists, "list the functions and types of the module");
-  app.add_flag("--unchecked", settings.is_unchecked, "leave out the checks that the module itself does not make");
-  app.add_flag("--leaks", settings.counts_leaks,
-               "count what is left behind at the end; status 1 when that is anything");
-  const auto version =
-      app.add_flag("--version", settings.shows_version,
-                   "say the version, the processor's vector instructions, the module and its libraries");
-  code->excludes(test)->excludes(list_flag)->excludes(version);
-  test->excludes(list_flag)->excludes(version);
-}
-
-bool looks_like_option(const std::vector<std::string>& rest) {
-  return !rest.empty() && rest.front().size() > 1 && rest.front()[0] == '-';
-}
-
-/// Reads the command line. Returns the exit status when there is nothing else to do.
-std::optional<int> parse_command_line(int argc, char** argv, Settings& settings) {
-  CLI::App app("hvm: runs scripts over a module", "hvm");
-  describe(app, settings);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    std::ostringstream out;
-    std::ostringstream err;
-    const bool is_help = app.exit(error, out, err) == 0;
-    put(out.str());
-    put_error({err.str()});
-    return is_help ? done : wrong_usage;
-  }
-  settings.has_code = app.count("-e") > 0;
-  settings.rest = app.remaining();
-  const bool has_separator = !settings.rest.empty() && settings.rest.front() == "--";
-  if (has_separator) settings.rest.erase(settings.rest.begin());
-  if (!has_separator && looks_like_option(settings.rest)) {
-    put_error({"hvm: there is no option ", settings.rest.front(), "; hvm --help lists them\n"});
-    return wrong_usage;
-  }
-  const bool takes_no_script = settings.lists || settings.shows_version || !settings.test_directory.empty();
-  if (takes_no_script && !settings.rest.empty()) {
-    put_error({"hvm: ", settings.rest.front(), " is one argument too many\n"});
-    return wrong_usage;
-  }
-  return std::nullopt;
-}
-
-int run(int argc, char** argv) {
-  Settings settings;
-  const auto status = parse_command_line(argc, argv, settings);
-  return status ? *status : run(settings);
 }
 
 /// Runs hvm and returns its exit status, whatever happens. A run whose output is lost fails.
@@ -221,9 +136,11 @@ int guarded_run(int argc, char** argv) noexcept {
     return status;
   };
   try {
-    const int status = run(argc, argv);
+    const int status = run(read_command_line({argv + std::min(argc, 1), argv + argc}));
     finish_output();
     return status;
+  } catch (const UsageError& error) {
+    return failed(error, wrong_usage);
   } catch (const ModuleError& error) {
     return failed(error, no_module);
   } catch (const FileError& error) {

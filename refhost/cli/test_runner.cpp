@@ -1,8 +1,9 @@
-// cli/test_runner.cpp: every script below a directory as a test
+// cli/test_runner.cpp: scripts as tests
 
 #include "cli/test_runner.hpp"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/time.h>
@@ -28,18 +29,30 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The scripts below a directory, and the folders that cannot be read.
+/// The scripts below some paths, each once, in the order of their names, and the folders that cannot be read.
 class ScriptSearch {
  public:
-  explicit ScriptSearch(const fs::path& directory) {
-    search(directory);
+  explicit ScriptSearch(const std::vector<std::string>& paths) {
+    for (const std::string& path : paths) start(path);
     std::sort(scripts.begin(), scripts.end());
+    scripts.erase(std::unique(scripts.begin(), scripts.end()), scripts.end());
   }
 
   std::vector<std::string> scripts;
   std::vector<std::string> problems;
 
  private:
+  void start(const std::string& path) {
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (!fs::exists(status))
+      throw FileError(fmt::format("--test takes files or folders; {} is none: {}", path, error.message()));
+    if (fs::is_directory(status))
+      search(path);
+    else
+      scripts.push_back(path);
+  }
+
   void search(const fs::path& folder) {
     std::error_code error;
     fs::directory_iterator entry(folder, error);
@@ -129,13 +142,13 @@ class TestRunner {
 
 }  // namespace
 
-bool run_tests_below(const std::string& directory, const ModuleFunctions& functions, const TestOptions& options) {
-  const ScriptSearch found(directory);
+bool run_tests(const std::vector<std::string>& paths, const ModuleFunctions& functions, const TestOptions& options) {
+  const ScriptSearch found(paths);
   for (const std::string& problem : found.problems) put(problem + "\n");
   const TestRunner runner(functions, options);
   std::size_t failed = 0;
   for (const std::string& path : found.scripts) failed += runner.passes_apart(path) ? 0 : 1;
-  if (found.scripts.empty()) put(fmt::format("no scripts below {}\n", directory));
+  if (found.scripts.empty()) put(fmt::format("no scripts below {}\n", fmt::join(paths, ", ")));
   put(fmt::format("{} passed, {} failed\n", found.scripts.size() - failed, failed));
   return failed == 0 && found.problems.empty() && !found.scripts.empty();
 }

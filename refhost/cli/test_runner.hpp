@@ -1,9 +1,10 @@
-// cli/test_runner.hpp: every script below a directory as a test
+// cli/test_runner.hpp: scripts as tests
 
 #pragma once
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "script/module/module_functions.hpp"
 
@@ -15,10 +16,11 @@ struct TestOptions {
   std::function<bool()> ends_well;  // asked at the end of each script; false fails it
 };
 
-/// Runs every `*.hvm` below a directory, in the order of their names, each in a process of its own: what a script
-/// leaves in the module, and a fault that ends it, do not reach the others. A script's process ends with this one.
-/// Prints what failed, and at the end `N passed, N failed`. Returns whether all passed; a directory without scripts
-/// does not pass, nor does one with a folder that cannot be read. Throws `OutputError`.
-bool run_tests_below(const std::string& directory, const ModuleFunctions& functions, const TestOptions& options);
+/// Runs scripts, files and every `*.hvm` below folders, in the order of their names, each in a process of its own: what
+/// a script leaves in the module, and a fault that ends it, do not reach the others. A script's process ends with this
+/// one. Prints what failed, and at the end `N passed, N failed`. Returns whether all passed; paths without scripts do
+/// not pass, nor do those with a folder that cannot be read. Throws `OutputError`, and `FileError` for a path that
+/// leads nowhere.
+bool run_tests(const std::vector<std::string>& paths, const ModuleFunctions& functions, const TestOptions& options);
 
 }  // namespace hvm

@@ -1,0 +1,111 @@
+// cli/options.cpp: the options of hvm, one row for each
+
+#include "cli/options.hpp"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include "script/module/array_module.hpp"
+#include "script/text/number_reading.hpp"
+
+namespace hvm {
+namespace {
+
+using Form = OptionValue::Form;
+using Group = OptionGroup;
+using Tasks = std::vector<Task>;
+
+const Tasks scripts = {Task::run, Task::test};
+const Tasks everything = {Task::run, Task::test, Task::list, Task::show_version};
+
+// ---- Kinds of options. `names` is `-e`, `--test` or `-h, --help`.
+
+Option named(const std::string& names, Group group, Tasks tasks, std::string meaning) {
+  const std::size_t comma = names.find(", ");
+  const bool has_both = comma != std::string::npos;
+  const bool is_letter = !has_both && names.size() == 2;
+  Option option;
+  option.letter = has_both ? names.substr(0, comma) : is_letter ? names : "";
+  option.name = has_both ? names.substr(comma + 2) : is_letter ? "" : names;
+  option.group = group;
+  option.tasks = std::move(tasks);
+  option.meaning = std::move(meaning);
+  return option;
+}
+
+Option task(const std::string& names, Group group, Task chosen, std::string meaning) {
+  Option option = named(names, group, {chosen}, std::move(meaning));
+  option.chooses = chosen;
+  option.store = [chosen](Settings& settings, const std::string&) { return settings.task = chosen, true; };
+  return option;
+}
+
+Option flag(const std::string& names, Group group, Tasks tasks, bool Settings::*field, std::string meaning) {
+  Option option = named(names, group, std::move(tasks), std::move(meaning));
+  option.store = [field](Settings& settings, const std::string&) { return settings.*field = true; };
+  return option;
+}
+
+/// Any text; `terms` says what it is.
+template <class Field>
+Option text(const std::string& names, const char* word, Group group, Tasks tasks, Field Settings::*field,
+            const char* terms, std::string meaning) {
+  Option option = named(names, group, std::move(tasks), std::move(meaning));
+  option.value = OptionValue{word, terms, Form::text, {}};
+  option.store = [field](Settings& settings, const std::string& value) { return settings.*field = value, true; };
+  return option;
+}
+
+/// The name of a file.
+Option file(const std::string& names, const char* word, Group group, Tasks tasks, std::string Settings::*field,
+            std::string meaning) {
+  Option option = text(names, word, group, std::move(tasks), field, "the name of a file", std::move(meaning));
+  option.value->form = Form::file;
+  option.store = [field](Settings& settings, const std::string& value) {
+    settings.*field = value;
+    return !value.empty();
+  };
+  return option;
+}
+
+/// A number from `least` to `most`; `unit` is its unit in the plural.
+Option number(const std::string& names, const char* word, Group group, Tasks tasks, double Settings::*field,
+              double least, double most, const char* unit, std::string meaning) {
+  Option option = named(names, group, std::move(tasks), std::move(meaning));
+  option.value = OptionValue{word, fmt::format("{} from {:.0f} to {:.0f}", unit, least, most), Form::text, {}};
+  option.store = [=](Settings& settings, const std::string& value) {
+    const double x = spelled_number(value).real;
+    settings.*field = x;
+    return x >= least && x <= most;  // false for NaN, which stands for what is no number
+  };
+  return option;
+}
+
+}  // namespace
+
+const std::vector<Option>& options() {
+  // clang-format off
+  static const std::vector<Option> rows = {
+      text("-e", "CODE", Group::scripts, {Task::run}, &Settings::code, "code", "run this code"),
+      flag("--unchecked", Group::scripts, scripts, &Settings::is_unchecked,
+           "leave out the checks that the module itself does not make"),
+      flag("--leaks", Group::scripts, scripts, &Settings::counts_leaks,
+           "count what is left behind at the end; status 1 when that is anything"),
+
+      task("--test", Group::tests, Task::test, "run scripts as tests: files, and every *.hvm below folders"),
+      number("--time-limit", "SECONDS", Group::tests, {Task::test}, &Settings::time_limit, 0, 1e6, "seconds",
+             "the time that each script may take: 60 by default, 0 for any time"),
+
+      task("--list", Group::module, Task::list, "list the functions and types of the module"),
+      file("--module", "PATH", Group::module, everything, &Settings::module_path,
+           fmt::format("the module; otherwise {} beside hvm or in ../lib", array_module_file)),
+
+      task("-V, --version", Group::information, Task::show_version,
+           "say the version, the processor's vector instructions, the module and its libraries"),
+      task("-h, --help", Group::information, Task::show_help, "say this and end"),
+  };
+  // clang-format on
+  return rows;
+}
+
+}  // namespace hvm

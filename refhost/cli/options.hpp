@@ -1,0 +1,59 @@
+// cli/options.hpp: the options of hvm, one row for each
+//
+// The rows are read by the command line, by --help and by the files that complete a command line in a shell.
+
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace hvm {
+
+/// What hvm does.
+enum class Task { run, test, list, show_version, show_help };
+
+/// What a command line asks for.
+struct Settings {
+  Task task = Task::run;
+  std::optional<std::string> code;
+  double time_limit = 60;  // seconds
+  std::string module_path;
+  bool is_unchecked = false;
+  bool counts_leaks = false;
+  /// The script and its arguments, the arguments of -e, the paths of --test.
+  std::vector<std::string> rest;
+};
+
+/// What an option takes.
+struct OptionValue {
+  enum class Form { text, file, choice };
+  std::string word;   // in --help, such as CODE
+  std::string terms;  // in error messages, such as `seconds from 0 to 1000000`
+  Form form = Form::text;
+  std::vector<std::string> choices;  // of the form `choice`
+};
+
+/// The headings of --help, in their order.
+enum class OptionGroup { scripts, tests, module, information };
+
+struct Option {
+  std::string letter;  // such as -e; empty for none
+  std::string name;    // such as --test; empty for none
+  std::string meaning;
+  OptionGroup group = OptionGroup::scripts;
+  std::vector<Task> tasks;      // what it goes with
+  std::optional<Task> chooses;  // what hvm does because of it
+  std::optional<OptionValue> value;
+  /// Stores the value, empty for an option without one. Returns false for a value that is not what the option takes.
+  std::function<bool(Settings&, const std::string&)> store;
+
+  /// The name, or the letter when there is none.
+  const std::string& shown_name() const { return name.empty() ? letter : name; }
+};
+
+/// All options, in the order of --help.
+const std::vector<Option>& options();
+
+}  // namespace hvm
