@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <new>
+#include <thread>
 
 #include "cli/command_line.hpp"
 #include "cli/module_loader.hpp"
@@ -99,10 +100,15 @@ bool report_leaks(const Counts& before) {
 
 int status_of_tests(const Settings& settings, const Module& module) {
   const Counts before = counts();
-  const auto ends_well = [&] { return !settings.counts_leaks || report_leaks(before); };
-  const bool passed =
-      run_tests(settings.rest, module.functions, {!settings.is_unchecked, settings.time_limit, ends_well});
-  return passed ? done : script_failed;
+  TestOptions options;
+  options.has_checks = !settings.is_unchecked;
+  options.time_limit = settings.time_limit;
+  options.ends_well = [&] { return !settings.counts_leaks || report_leaks(before); };
+  options.filter = settings.filter;
+  options.jobs = settings.jobs > 0 ? settings.jobs : std::max(std::thread::hardware_concurrency(), 1U);
+  options.is_verbose = settings.is_verbose;
+  options.junit_path = settings.junit_path;
+  return run_tests(settings.rest, module.functions, options) ? done : script_failed;
 }
 
 void list(const Module& module) {

@@ -3,7 +3,8 @@
 #include "cli/options.hpp"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
+
+#include <cstdint>
 
 #include "script/module/array_module.hpp"
 #include "script/text/number_reading.hpp"
@@ -81,6 +82,19 @@ Option number(const std::string& names, const char* word, Group group, Tasks tas
   return option;
 }
 
+/// A whole number from 1 to `most`.
+Option count(const std::string& names, const char* word, Group group, Tasks tasks, std::size_t Settings::*field,
+             std::int64_t most, std::string meaning) {
+  Option option = named(names, group, std::move(tasks), std::move(meaning));
+  option.value = OptionValue{word, fmt::format("a whole number from 1 to {}", most), Form::text, {}};
+  option.store = [=](Settings& settings, const std::string& value) {
+    const SpelledNumber number = spelled_number(value);
+    settings.*field = static_cast<std::size_t>(number.integer);
+    return number.kind == SpelledNumber::Kind::integer && number.integer >= 1 && number.integer <= most;
+  };
+  return option;
+}
+
 }  // namespace
 
 const std::vector<Option>& options() {
@@ -93,6 +107,14 @@ const std::vector<Option>& options() {
            "count what is left behind at the end; status 1 when that is anything"),
 
       task("--test", Group::tests, Task::test, "run scripts as tests: files, and every *.hvm below folders"),
+      text("--filter", "PATTERN", Group::tests, {Task::test}, &Settings::filter, "a shell pattern",
+           "run only scripts whose path below the folder has a part that fits this shell pattern, whose * also fits /"),
+      flag("-v, --verbose", Group::tests, {Task::test}, &Settings::is_verbose,
+           "say how each script ended, after what time, and which were the slowest"),
+      file("--junit", "FILE", Group::tests, {Task::test}, &Settings::junit_path,
+           "write the results into a JUnit file, for programs of continuous integration"),
+      count("--jobs", "COUNT", Group::tests, {Task::test}, &Settings::jobs, 1000,
+            "run so many scripts at the same time: by default, as many as there are processors"),
       number("--time-limit", "SECONDS", Group::tests, {Task::test}, &Settings::time_limit, 0, 1e6, "seconds",
              "the time that each script may take: 60 by default, 0 for any time"),
 

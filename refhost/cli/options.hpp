@@ -4,6 +4,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <string>
@@ -18,6 +19,10 @@ enum class Task { run, test, list, show_version, show_help };
 struct Settings {
   Task task = Task::run;
   std::optional<std::string> code;
+  std::string filter;
+  bool is_verbose = false;
+  std::string junit_path;
+  std::size_t jobs = 0;    // 0: as many as there are processors
   double time_limit = 60;  // seconds
   std::string module_path;
   bool is_unchecked = false;

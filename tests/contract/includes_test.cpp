@@ -134,7 +134,7 @@ const std::map<std::string, std::set<std::string>> host_arrows = {
     {"script/data", {"kernel", "script/syntax", "script/text"}},
     {"script/library", {"kernel", "script/syntax", "script/text", "script/module", "script/data"}},
     {"script/run", {"kernel", "script/syntax", "script/text", "script/module", "script/library"}},
-    {"cli", {"kernel", "script/syntax", "script/text", "script/module", "script/library", "script/run"}},
+    {"cli", {"kernel", "script/syntax", "script/text", "script/data", "script/module", "script/library", "script/run"}},
 };
 
 /// The folder of a file of the reference host, such as `script/run` of `script/run/calls.hpp`.

@@ -46,6 +46,15 @@ TEST(Options, WrongOnes_AreToldInOneSentence) {
             "--time-limit takes seconds from 0 to 1000000, not \"\ufffd[1m\ufffd \""},
            {{"--time-limit", long_text, "--test", "a"},
             "--time-limit takes seconds from 0 to 1000000, not \"" + long_text.substr(0, 60) + "...\""},
+           {{"--jobs", "0", "--test", "a"}, "--jobs takes a whole number from 1 to 1000, not \"0\""},
+           {{"--jobs", "2.5", "--test", "a"}, "--jobs takes a whole number from 1 to 1000, not \"2.5\""},
+           {{"--jobs", "9999999999999999999", "--test", "a"},
+            "--jobs takes a whole number from 1 to 1000, not \"9999999999999999999\""},
+           {{"--junit", "", "--test", "a"}, "--junit takes the name of a file, not \"\""},
+           {{"--junit", "/no/such/file", "--test", "/tmp"},
+            "--junit: /no/such/file: no file can be made in its folder: No such file or directory"},
+           {{"-v"}, "--verbose goes with --test"},
+           {{"--filter", "x", "a.hvm"}, "--filter goes with --test"},
            {{"--leaks=yes"}, "--leaks takes no value"},
            {{"-e", "1", "-e", "2"}, "-e is given twice"},
            {{"--module", "a", "--module=a"}, "--module is given twice"},
@@ -57,7 +66,7 @@ TEST(Options, WrongOnes_AreToldInOneSentence) {
            {{"--list", "--test", "a"}, "--test does not go with --list"},
            {{"--version", "a"}, "--version takes no arguments, and there is \"a\""},
            {{"--test"}, "--test takes files or folders, and there are none"},
-           {{"--test", "/no/such"}, "--test takes files or folders; /no/such is none: No such file or directory"},
+           {{"--test", "/no/such"}, "--test takes files or folders; \"/no/such\" is none: No such file or directory"},
        }) {
     const Outcome outcome = run_toy(usage.arguments);
     const bool is_right = usage.message.empty();
@@ -95,7 +104,7 @@ TEST(Options, EndAtTwoDashesAndAtTheScript) {
 TEST(Options, MayFollowThePathsOfTests) {
   const Workplace place;
   place.write("a.hvm", "print(1) # expect: 1");
-  EXPECT_EQ(run_toy({"--test", place.path(), "--time-limit", "10"}).out, "1 passed, 0 failed\n");
+  EXPECT_EQ(run_tests({"--test", place.path(), "--time-limit", "10"}).out, "1 passed, 0 failed\n");
 }
 
 TEST(Options, VersionHasALetter) { EXPECT_EQ(run_toy({"-V"}).out, run_toy({"--version"}).out); }

@@ -14,7 +14,7 @@ using ::testing::HasSubstr;
 Outcome tested(const std::string& script) {
   const Workplace place;
   place.write("deep/er/a.hvm", script);
-  Outcome outcome = run_toy({"--test", place.path()});
+  Outcome outcome = run_tests({"--test", place.path()});
   const std::string prefix = place.path() + "/deep/er/";
   for (std::size_t at = outcome.out.find(prefix); at != std::string::npos; at = outcome.out.find(prefix))
     outcome.out.erase(at, prefix.size());
