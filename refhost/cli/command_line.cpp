@@ -126,8 +126,7 @@ class CommandLine {
 
   void check() const {
     for (const Option* option : given_) check_task(*option);
-    const bool takes_none = settings_.task == Task::list || settings_.task == Task::show_version;
-    if (takes_none && !settings_.rest.empty())
+    if (settings_.task == Task::show_version && !settings_.rest.empty())
       throw UsageError(fmt::format("{} takes no arguments, and there is \"{}\"", chooser_->shown_name(),
                                    briefly(settings_.rest.front())));
     if (settings_.task == Task::test && settings_.rest.empty())
@@ -206,7 +205,8 @@ std::string help_text() {
       "hvm: runs scripts over a module\n\n"
       "  hvm [OPTION...] SCRIPT [ARGUMENT...]\n"
       "  hvm [OPTION...] -e CODE [ARGUMENT...]\n"
-      "  hvm [OPTION...] --test PATH...\n\n"
+      "  hvm [OPTION...] --test PATH...\n"
+      "  hvm [OPTION...] --list [PATTERN...]\n\n"
       "Without a script hvm reads one from the standard input; at a terminal it is a\n"
       "prompt. The script - is the standard input. Options end at --.\n";
   for (const OptionGroup group :

@@ -4,7 +4,6 @@
 // be written; 2 for wrong usage; 3 when the module cannot be loaded.
 
 #include <fmt/format.h>
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -12,11 +11,13 @@
 #include <thread>
 
 #include "cli/command_line.hpp"
+#include "cli/listing.hpp"
 #include "cli/module_loader.hpp"
 #include "cli/process_end.hpp"
 #include "cli/processor.hpp"
 #include "cli/repl.hpp"
 #include "cli/streams.hpp"
+#include "cli/terminal.hpp"
 #include "cli/test_runner.hpp"
 #include "script/library/script_end.hpp"
 #include "script/library/script_file.hpp"
@@ -38,9 +39,9 @@ Value arguments_table(const std::vector<std::string>& arguments) {
 
 /// The text that fits into the terminal with room for the line above and the prompt below.
 TextSize terminal_size() {
-  winsize window = {};
-  const bool is_known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &window) == 0 && window.ws_col > 1 && window.ws_row > 2;
-  return is_known ? TextSize{window.ws_col - 1, window.ws_row - 2} : TextSize{};
+  const auto terminal = output_terminal();
+  const bool has_room = terminal && terminal->columns > 1 && terminal->rows > 2;
+  return has_room ? TextSize{terminal->columns - 1, terminal->rows - 2} : TextSize{};
 }
 
 bool comes_by_standard_input(const Settings& settings) {
@@ -111,9 +112,12 @@ int status_of_tests(const Settings& settings, const Module& module) {
   return run_tests(settings.rest, module.functions, options) ? done : script_failed;
 }
 
-void list(const Module& module) {
-  for (const std::string& name : module.functions.names()) put(fmt::format("function {}\n", name));
-  for (const RegisteredType& type : registered_types()) put(fmt::format("type {}\n", type.name));
+void list(const Settings& settings, const Module& module) {
+  std::vector<ListedName> names;
+  for (const std::string& name : module.functions.names()) names.push_back({"function", name, ""});
+  for (const RegisteredType& type : registered_types()) names.push_back({"type", type.name, ""});
+  const auto terminal = output_terminal();
+  put(listing(fitting_names(names, settings.rest), terminal ? static_cast<std::size_t>(terminal->columns) : 0));
 }
 
 void show_libraries(const Module& module) {
@@ -127,7 +131,7 @@ int run(const Settings& settings) {
   if (settings.task == Task::show_version) put(fmt::format("hvm {}\nprocessor {}\n", HVM_VERSION, processor_target()));
   const Module module = load_module(settings.module_path.empty() ? default_module_path() : settings.module_path);
   if (settings.task == Task::show_version) return show_libraries(module), done;
-  if (settings.task == Task::list) return list(module), done;
+  if (settings.task == Task::list) return list(settings, module), done;
   if (settings.task == Task::test) return status_of_tests(settings, module);
   const Counts before = counts();
   const int status = status_of_scripts(settings, module);

@@ -27,7 +27,7 @@ struct Settings {
   std::string module_path;
   bool is_unchecked = false;
   bool counts_leaks = false;
-  /// The script and its arguments, the arguments of -e, the paths of --test.
+  /// The script and its arguments, the arguments of -e, the paths of --test, the patterns of --list.
   std::vector<std::string> rest;
 };
 

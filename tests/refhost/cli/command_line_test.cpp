@@ -65,6 +65,9 @@ TEST(Options, WrongOnes_AreToldInOneSentence) {
            {{"--leaks", "--list"}, "--leaks does not go with --list"},
            {{"--list", "--test", "a"}, "--test does not go with --list"},
            {{"--version", "a"}, "--version takes no arguments, and there is \"a\""},
+           {{"--list", "toy_init"}, "no function or type of the module fits \"toy_init\" (did you mean 'toy_int'?)"},
+           {{"--list", "toy*", "\x1b*"}, "no function or type of the module fits \"\ufffd*\""},
+           {{"--list", ""}, "no function or type of the module fits \"\""},
            {{"--test"}, "--test takes files or folders, and there are none"},
            {{"--test", "/no/such"}, "--test takes files or folders; \"/no/such\" is none: No such file or directory"},
        }) {
