@@ -126,7 +126,8 @@ class CommandLine {
 
   void check() const {
     for (const Option* option : given_) check_task(*option);
-    if (settings_.task == Task::show_version && !settings_.rest.empty())
+    const bool takes_none = settings_.task == Task::show_version || settings_.task == Task::complete;
+    if (takes_none && !settings_.rest.empty())
       throw UsageError(fmt::format("{} takes no arguments, and there is \"{}\"", chooser_->shown_name(),
                                    briefly(settings_.rest.front())));
     if (settings_.task == Task::test && settings_.rest.empty())

@@ -16,6 +16,7 @@
 #include "cli/process_end.hpp"
 #include "cli/processor.hpp"
 #include "cli/repl.hpp"
+#include "cli/shell_completions.hpp"
 #include "cli/streams.hpp"
 #include "cli/terminal.hpp"
 #include "cli/test_runner.hpp"
@@ -128,6 +129,8 @@ void show_libraries(const Module& module) {
 
 int run(const Settings& settings) {
   if (settings.task == Task::show_help) return put(help_text()), done;
+  if (settings.task == Task::complete)
+    return put(settings.shell == "bash" ? bash_completion() : zsh_completion()), done;
   if (settings.task == Task::show_version) put(fmt::format("hvm {}\nprocessor {}\n", HVM_VERSION, processor_target()));
   const Module module = load_module(settings.module_path.empty() ? default_module_path() : settings.module_path);
   if (settings.task == Task::show_version) return show_libraries(module), done;

@@ -3,7 +3,9 @@
 #include "cli/options.hpp"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
+#include <algorithm>
 #include <cstdint>
 
 #include "script/module/array_module.hpp"
@@ -34,10 +36,13 @@ Option named(const std::string& names, Group group, Tasks tasks, std::string mea
   return option;
 }
 
-Option task(const std::string& names, Group group, Task chosen, std::string meaning) {
-  Option option = named(names, group, {chosen}, std::move(meaning));
+/// Makes an option choose what hvm does.
+Option choosing(Task chosen, Option option) {
   option.chooses = chosen;
-  option.store = [chosen](Settings& settings, const std::string&) { return settings.task = chosen, true; };
+  option.store = [chosen, store = std::move(option.store)](Settings& settings, const std::string& value) {
+    settings.task = chosen;
+    return store(settings, value);
+  };
   return option;
 }
 
@@ -45,6 +50,12 @@ Option flag(const std::string& names, Group group, Tasks tasks, bool Settings::*
   Option option = named(names, group, std::move(tasks), std::move(meaning));
   option.store = [field](Settings& settings, const std::string&) { return settings.*field = true; };
   return option;
+}
+
+Option task(const std::string& names, Group group, Task chosen, std::string meaning) {
+  Option option = named(names, group, {chosen}, std::move(meaning));
+  option.store = [](Settings&, const std::string&) { return true; };
+  return choosing(chosen, std::move(option));
 }
 
 /// Any text; `terms` says what it is.
@@ -65,6 +76,18 @@ Option file(const std::string& names, const char* word, Group group, Tasks tasks
   option.store = [field](Settings& settings, const std::string& value) {
     settings.*field = value;
     return !value.empty();
+  };
+  return option;
+}
+
+/// One of some words.
+Option choice(const std::string& names, const char* word, Group group, Tasks tasks, std::string Settings::*field,
+              const std::vector<std::string>& choices, std::string meaning) {
+  Option option = named(names, group, std::move(tasks), std::move(meaning));
+  option.value = OptionValue{word, fmt::format("{}", fmt::join(choices, " or ")), Form::choice, choices};
+  option.store = [=](Settings& settings, const std::string& value) {
+    settings.*field = value;
+    return std::find(choices.begin(), choices.end(), value) != choices.end();
   };
   return option;
 }
@@ -124,6 +147,9 @@ const std::vector<Option>& options() {
 
       task("-V, --version", Group::information, Task::show_version,
            "say the version, the processor's vector instructions, the module and its libraries"),
+      choosing(Task::complete,
+               choice("--completion", "SHELL", Group::information, {Task::complete}, &Settings::shell, {"bash", "zsh"},
+                      "write the file with which bash or zsh completes command lines of hvm")),
       task("-h, --help", Group::information, Task::show_help, "say this and end"),
   };
   // clang-format on

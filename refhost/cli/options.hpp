@@ -13,7 +13,7 @@
 namespace hvm {
 
 /// What hvm does.
-enum class Task { run, test, list, show_version, show_help };
+enum class Task { run, test, list, show_version, show_help, complete };
 
 /// What a command line asks for.
 struct Settings {
@@ -25,6 +25,7 @@ struct Settings {
   std::size_t jobs = 0;    // 0: as many as there are processors
   double time_limit = 60;  // seconds
   std::string module_path;
+  std::string shell;  // of `complete`
   bool is_unchecked = false;
   bool counts_leaks = false;
   /// The script and its arguments, the arguments of -e, the paths of --test, the patterns of --list.

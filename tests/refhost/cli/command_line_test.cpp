@@ -55,6 +55,8 @@ TEST(Options, WrongOnes_AreToldInOneSentence) {
             "--junit: /no/such/file: no file can be made in its folder: No such file or directory"},
            {{"-v"}, "--verbose goes with --test"},
            {{"--filter", "x", "a.hvm"}, "--filter goes with --test"},
+           {{"--completion", "fish"}, "--completion takes bash or zsh, not \"fish\""},
+           {{"--completion", "bash", "a"}, "--completion takes no arguments, and there is \"a\""},
            {{"--leaks=yes"}, "--leaks takes no value"},
            {{"-e", "1", "-e", "2"}, "-e is given twice"},
            {{"--module", "a", "--module=a"}, "--module is given twice"},
