@@ -32,9 +32,9 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(arithmetic_flags INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
 endif()
 
-find_package(hwy CONFIG REQUIRED)
-find_package(xtensor REQUIRED)
-find_package(nlohmann_json REQUIRED)
+require_package(hwy libhwy-dev)
+require_package(xtensor libxtensor-dev libxsimd-dev)
+require_package(nlohmann_json nlohmann-json3-dev)
 
 add_library(arrayfold_flags INTERFACE)
 target_link_libraries(arrayfold_flags INTERFACE project_flags arrayfold_contract)
@@ -52,9 +52,14 @@ target_compile_options(arrayfold_flags INTERFACE
 # libraries). Both come from one vendor.
 set(ARRAYFOLD_BLAS OpenBLAS CACHE STRING "BLAS and LAPACK: OpenBLAS, Generic or another BLA_VENDOR")
 set(BLA_VENDOR ${ARRAYFOLD_BLAS})
-find_package(BLAS REQUIRED)
-find_package(LAPACK REQUIRED)
-find_package(xtensor-blas REQUIRED)
+find_package(BLAS QUIET)
+find_package(LAPACK QUIET)
+if(NOT BLAS_FOUND OR NOT LAPACK_FOUND)
+  message(FATAL_ERROR "There is no BLAS with LAPACK for ARRAYFOLD_BLAS=${ARRAYFOLD_BLAS}. The usual values are OpenBLAS "
+    "(Debian's package libopenblas-dev) and Generic (libblas-dev and liblapack-dev). All values stand in "
+    "'cmake --help-module FindBLAS' under BLA_VENDOR.")
+endif()
+require_package(xtensor-blas libxtensor-blas-dev)
 message(STATUS "Linear algebra by ${ARRAYFOLD_BLAS}: ${LAPACK_LIBRARIES}")
 
 add_library(arrayfold_linear_algebra INTERFACE)

@@ -1,6 +1,6 @@
 # arrayfold_test(NAME SOURCES...): one test binary on GoogleTest, one entry of ctest.
 
-find_package(GTest REQUIRED)
+require_package(GTest libgtest-dev libgmock-dev)
 
 # Tests spend their time in what they test, which keeps its own flags: their code is compiled quickly instead. With the
 # checks of the sanitizers optimising it takes three times as long as not optimising it.

@@ -75,7 +75,8 @@ TEST(Options, WrongOnes_AreToldInOneSentence) {
        }) {
     const Outcome outcome = run_toy(usage.arguments);
     const bool is_right = usage.message.empty();
-    const bool names_module = usage.arguments.front() == "--module";
+    const std::string& first = usage.arguments.front();
+    const bool names_module = first == "--module" || first == "--completion";
     const Outcome alone = names_module ? run_hvm(usage.arguments) : outcome;
     EXPECT_EQ(alone.status, is_right ? 0 : 2) << usage.message;
     EXPECT_EQ(alone.err, is_right ? "" : "hvm: " + usage.message + "\n");

@@ -8,7 +8,6 @@ import os
 import pty
 import re
 import select
-import shutil
 import subprocess
 import sys
 import tempfile
@@ -170,7 +169,6 @@ class Bash(Completion, unittest.TestCase):
         self.expect(("num\t", ["num"]), ("--test num\t", ["--test", "num"]))
 
 
-@unittest.skipUnless(shutil.which("zsh"), "zsh is not installed")
 class Zsh(Completion, unittest.TestCase):
     def start(self):
         with open(os.path.join(self.folder, ".zshrc"), "w") as file:
