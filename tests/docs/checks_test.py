@@ -114,6 +114,39 @@ class FunctionPages(unittest.TestCase):
         self.change(self.page, "## Result", "## Results")
         self.assert_faulty("has the sections")
 
+    def test_the_old_title_of_the_failures_is_noticed(self):
+        self.change(self.page, "## Failures", "## Refusals and errors")
+        self.assert_faulty("has the sections")
+
+    def test_a_section_behind_that_for_host_authors_is_noticed(self):
+        self.page.write_text(self.page.read_text() + "\n## More\n")
+        self.assert_faulty("has the sections")
+
+    def test_a_page_without_a_section_for_host_authors_is_in_order(self):
+        self.page.write_text(self.page.read_text().split("\n## For host authors")[0])
+        self.assertEqual(list(function_pages.faults_of_project(self.root)), [])
+
+    def test_other_columns_in_the_library_are_noticed(self):
+        page = self.root / "docs/library/mask.md"
+        self.change(page, "| When | What happens | Remedy |", "| When | Error | Remedy |")
+        self.change(page, "| Name | Accepts |", "| Name | Kind |")
+        self.assert_faulty("mask.md: has no table with the columns ['When', 'What happens', 'Remedy'] under Failures")
+        self.assert_faulty("mask.md: has no table with the columns ['Name', 'Accepts', 'Default', 'Meaning'] under Arg")
+
+    def test_incomplete_rows_in_the_library_are_noticed(self):
+        page = self.root / "docs/library/mask.md"
+        self.change(page, "| the shapes differ |", "| |")
+        self.assert_faulty("mask.md: has a failure without a condition")
+        self.change(page, "| `a` | array | | the elements |", "| `a` | | | the elements |")
+        self.assert_faulty("mask.md: has an argument without name, kind or meaning")
+        self.change(page, "| `a` | | | the elements |", "| `a` | array | the elements |")
+        self.assert_faulty("mask.md: has a row of 3 cells under Arguments")
+
+    def test_a_failure_in_the_library_without_the_words_of_its_error_is_noticed(self):
+        page = self.root / "docs/library/mask.md"
+        self.change(page, "`mask: m has the shape [3], and a has [5]`", "the call fails")
+        self.assert_faulty("without the words of the error in backticks")
+
     def test_a_missing_sentence_is_noticed(self):
         lines = self.page.read_text().splitlines()
         for sentence in ("", "two. Sentences.", "lower case.", "No end"):

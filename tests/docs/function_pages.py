@@ -3,9 +3,13 @@
 #
 # Usage: function_pages.py PROJECT_DIRECTORY
 #
-# hvm takes its help from the pages, so their form is fixed: the name, one sentence, and six sections in their order. A
-# function counts from the moment that its row in functions.def is `working` or `stub`. In the library arrays.hvm every
-# fn counts, except those whose names begin with `arrays_`.
+# Machines read the pages, so their form is fixed: the name, one sentence, and six sections in their order, perhaps with
+# a seventh for authors of hosts. describe_functions reads the tables of the module's functions, methods and operators
+# while the project is built. Here the tables of the library are looked at, whose failures are messages. The pages of
+# the callbacks and of element access have the sections alone: they describe no function.
+#
+# A function counts from the moment that its row in functions.def is `working` or `stub`. In the library arrays.hvm
+# every fn counts, except those whose names begin with `arrays_`.
 
 import pathlib
 import re
@@ -13,7 +17,10 @@ import sys
 
 from extract_blocks import blocks_of
 
-SECTIONS = ["Synopsis", "Arguments", "Result", "Refusals and errors", "Examples", "See also"]
+SECTIONS = ["Synopsis", "Arguments", "Result", "Failures", "Examples", "See also"]
+LAST_SECTION = "For host authors"
+ARGUMENTS = ["Name", "Accepts", "Default", "Meaning"]
+FAILURES = ["When", "What happens", "Remedy"]
 ROW = re.compile(r"^FUNCTION\((\w+),\s*(\w+),\s*\d+,\s*(\w+)\)", re.MULTILINE)
 FN = re.compile(r"^fn (?!arrays_)(\w+)\(", re.MULTILINE)
 METHODS = ["dump", "shape", "reshape"]
@@ -53,14 +60,41 @@ def faults_of_page(text, title):
     if not re.fullmatch(r"[A-Z][^.]*(\.\S[^.]*)*\.", summary) or lines[3:4] != [""]:
         yield "has no sentence on its third line, or more than that one"
     sections = re.findall(r"^## (.*)$", text, re.MULTILINE)
-    if sections != SECTIONS:
-        yield f"has the sections {sections}, not {SECTIONS}"
+    if sections not in (SECTIONS, SECTIONS + [LAST_SECTION]):
+        yield f"has the sections {sections}, not {SECTIONS}, perhaps with '{LAST_SECTION}' behind them"
         return
     examples = examples_of(text)
     if not examples:
         yield "has no example"
     if not any(EXPECTATION.search(example) for example in examples):
         yield "has no example that expects anything"
+
+
+def table_of(text, section):
+    """The cells of the first table in a section, row by row, with its head and without the line of dashes."""
+    lines = text.split(f"\n## {section}\n")[1].split("\n## ")[0].splitlines()
+    rows = []
+    for line in lines:
+        if line.startswith("|"):
+            rows.append([cell.strip() for cell in line.strip("|").split("|")])
+        elif rows:
+            break
+    return rows[:1] + rows[2:]
+
+
+def faults_of_tables(text):
+    """What is wrong with the tables on a page of the library."""
+    for section, columns in (("Arguments", ARGUMENTS), ("Failures", FAILURES)):
+        head, *rows = table_of(text, section) or [[]]
+        if head != columns:
+            yield f"has no table with the columns {columns} under {section}"
+        for row in rows:
+            if len(row) != len(columns):
+                yield f"has a row of {len(row)} cells under {section}: {row}"
+            elif section == "Arguments" and not (row[0] and row[1] and row[3]):
+                yield f"has an argument without name, kind or meaning: {row}"
+            elif section == "Failures" and not (row[0] and re.fullmatch(r"`[^`]+`", row[1])):
+                yield f"has a failure without a condition or without the words of the error in backticks: {row}"
 
 
 def faults_of_links(page):
@@ -105,10 +139,15 @@ def faults_of_pages(pages, titles):
 
 
 def faults_of_library(project):
+    pages = project / "docs" / "library"
     names = FN.findall((project / "refhost" / "script" / "library" / "arrays.hvm").read_text())
     if not names:
         yield "arrays.hvm: defines no function"
-    yield from faults_of_pages(project / "docs" / "library", {f"{name}.md": name for name in names})
+    yield from faults_of_pages(pages, {f"{name}.md": name for name in names})
+    for page in (pages / f"{name}.md" for name in names):
+        text = page.read_text() if page.is_file() else ""
+        if all(f"\n## {section}\n" in text for section in SECTIONS):
+            yield from (f"{page}: {fault}" for fault in faults_of_tables(text))
     for name in names:
         yield from faults_of_script(project / "tests" / "scripts", "library", name, f"{name}(")
 
