@@ -44,11 +44,9 @@ std::vector<ListedName> fitting_names(const std::vector<ListedName>& names, cons
   for (const std::string& pattern : patterns) {
     if (std::any_of(names.begin(), names.end(), [&](const ListedName& listed) { return fits(pattern, listed); }))
       continue;
-    const std::vector<std::string_view> candidates = [&] {
-      std::vector<std::string_view> all;
-      for (const ListedName& listed : names) all.push_back(listed.name);
-      return all;
-    }();
+    std::vector<std::string_view> candidates(names.size());
+    std::transform(names.begin(), names.end(), candidates.begin(),
+                   [](const ListedName& listed) { return std::string_view(listed.name); });
     throw UsageError(fmt::format("no function or type of the module fits \"{}\"{}", briefly(pattern),
                                  suggestion(pattern, candidates)));
   }

@@ -70,10 +70,10 @@ std::string bash_words() {
   for (const Option& option : options()) {
     Spellings spellings;
     append_spellings(spellings, option);
-    const std::string chosen = option.chooses ? "task=" + task_name(*option.chooses) : "";
-    const std::string awaited = option.value ? "option=$word" : "";
-    const std::string both = chosen.empty() || awaited.empty() ? "" : "; ";
-    if (option.chooses || option.value) cases += bash_case(spellings, chosen + both + awaited);
+    Spellings assignments;
+    if (option.chooses) assignments.push_back("task=" + task_name(*option.chooses));
+    if (option.value) assignments.emplace_back("option=$word");
+    if (!assignments.empty()) cases += bash_case(spellings, fmt::format("{}", fmt::join(assignments, " ")));
   }
   return cases;
 }
