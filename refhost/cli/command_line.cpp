@@ -65,6 +65,11 @@ class CommandLine {
   }
 
  private:
+  struct Given {
+    const Option* option;
+    std::string spelling;
+  };
+
   bool is_at_end() const { return next_ == arguments_.size(); }
 
   void take(const std::string& argument) {
@@ -112,11 +117,12 @@ class CommandLine {
   }
 
   void store(const Option& option, const std::string& spelling, const std::string& value) {
-    const bool is_given = std::find(given_.begin(), given_.end(), &option) != given_.end();
-    if (is_given && option.value) throw UsageError(fmt::format("{} is given twice", spelling));
-    given_.push_back(&option);
-    const bool is_help = option.chooses == Task::show_help;
-    if (option.chooses && chooser_ && chooser_ != &option && !is_help) fail_together(option, *chooser_);
+    const bool is_repeated =
+        std::any_of(given_.begin(), given_.end(), [&](const Given& g) { return g.option == &option; });
+    if (is_repeated && option.value) throw UsageError(fmt::format("{} is given twice", spelling));
+    given_.push_back({&option, spelling});
+    const bool is_other_task = option.chooses && chooser_ && chooser_->chooses != option.chooses;
+    if (is_other_task && option.chooses != Task::show_help) fail_together(spelling);
     if (option.chooses) chooser_ = &option;
     if (!option.store(settings_, value))
       throw UsageError(fmt::format("{} takes {}, not \"{}\"", spelling, option.value->terms, briefly(value)));
@@ -125,7 +131,7 @@ class CommandLine {
   // ---- When everything is read
 
   void check() const {
-    for (const Option* option : given_) check_task(*option);
+    for (const Given& given : given_) check_task(given);
     const bool takes_none = settings_.task == Task::show_version || settings_.task == Task::complete;
     if (takes_none && !settings_.rest.empty())
       throw UsageError(fmt::format("{} takes no arguments, and there is \"{}\"", chooser_->shown_name(),
@@ -134,22 +140,22 @@ class CommandLine {
       throw UsageError("--test takes files or folders, and there are none");
   }
 
-  void check_task(const Option& option) const {
-    if (std::find(option.tasks.begin(), option.tasks.end(), settings_.task) != option.tasks.end()) return;
-    if (chooser_) fail_together(option, *chooser_);
-    throw UsageError(
-        fmt::format("{} goes with {}", option.shown_name(), chooser_of(option.tasks.front())->shown_name()));
+  void check_task(const Given& given) const {
+    const std::vector<Task>& tasks = given.option->tasks;
+    if (std::find(tasks.begin(), tasks.end(), settings_.task) != tasks.end()) return;
+    if (chooser_) fail_together(given.spelling);
+    throw UsageError(fmt::format("{} goes with {}", given.spelling, chooser_of(tasks.front())->shown_name()));
   }
 
-  [[noreturn]] static void fail_together(const Option& option, const Option& other) {
-    throw UsageError(fmt::format("{} does not go with {}", option.shown_name(), other.shown_name()));
+  [[noreturn]] void fail_together(const std::string& spelling) const {
+    throw UsageError(fmt::format("{} does not go with {}", spelling, chooser_->shown_name()));
   }
 
   const std::vector<std::string>& arguments_;
   std::size_t next_ = 0;
   Settings settings_;
-  std::vector<const Option*> given_;
-  const Option* chooser_ = nullptr;
+  std::vector<Given> given_;
+  const Option* chooser_ = nullptr;  // of the task
 };
 
 // ---- Help

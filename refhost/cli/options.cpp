@@ -141,7 +141,8 @@ const std::vector<Option>& options() {
       number("--time-limit", "SECONDS", Group::tests, {Task::test}, &Settings::time_limit, 0, 1e6, "seconds",
              "the time that each script may take: 60 by default, 0 for any time"),
 
-      task("--list", Group::module, Task::list, "list the functions and types of the module, or those that fit shell patterns"),
+      task("--list", Group::module, Task::list,
+           "list the functions and types of the module, or those that fit shell patterns"),
       file("--module", "PATH", Group::module, everything, &Settings::module_path,
            fmt::format("the module; otherwise {} beside hvm or in ../lib", array_module_file)),
 

@@ -162,7 +162,8 @@ class Bash(Completion, unittest.TestCase):
     def start(self):
         rc = os.path.join(self.folder, ".rc")
         with open(rc, "w") as file:
-            file.write(f"{self.rc}\nbind 'set bell-style none'\nbind 'set enable-bracketed-paste off'\nsource '{BASH_FILE}'\n")
+            file.write(f"bind 'set bell-style none'\nbind 'set enable-bracketed-paste off'\nsource '{BASH_FILE}'\n"
+                       f"{self.rc}\n")
         return Shell(["bash", "--noprofile", "--rcfile", rc, "-i"], {}, self.folder)
 
     def test_of_files_that_are_no_scripts(self):

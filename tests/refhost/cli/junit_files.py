@@ -107,7 +107,8 @@ class JUnitFiles(unittest.TestCase):
         outcome = subprocess.run([HVM, "--module", MODULE, "--test", self.tests, "--junit", self.folder + "/no/file"],
                                  capture_output=True, text=True)
         self.assertEqual(outcome.returncode, 2)
-        self.assertEqual(outcome.stderr, f"hvm: --junit: {self.folder}/no/file: no file can be made in its folder: No such file or directory\n")
+        reason = "no file can be made in its folder: No such file or directory"
+        self.assertEqual(outcome.stderr, f"hvm: --junit: {self.folder}/no/file: {reason}\n")
         self.assertEqual(outcome.stdout, "")
         self.assertFalse(os.path.exists(self.folder + "/ran"))
 
