@@ -117,9 +117,7 @@ class CommandLine {
   }
 
   void store(const Option& option, const std::string& spelling, const std::string& value) {
-    const bool is_repeated =
-        std::any_of(given_.begin(), given_.end(), [&](const Given& g) { return g.option == &option; });
-    if (is_repeated && option.value) throw UsageError(fmt::format("{} is given twice", spelling));
+    if (is_given(option) && option.value) throw UsageError(fmt::format("{} is given twice", spelling));
     given_.push_back({&option, spelling});
     const bool is_other_task = option.chooses && chooser_ && chooser_->chooses != option.chooses;
     if (is_other_task && option.chooses != Task::show_help) fail_together(spelling);
@@ -142,9 +140,19 @@ class CommandLine {
 
   void check_task(const Given& given) const {
     const std::vector<Task>& tasks = given.option->tasks;
-    if (std::find(tasks.begin(), tasks.end(), settings_.task) != tasks.end()) return;
-    if (chooser_) fail_together(given.spelling);
-    throw UsageError(fmt::format("{} goes with {}", given.spelling, chooser_of(tasks.front())->shown_name()));
+    const bool is_right = std::find(tasks.begin(), tasks.end(), settings_.task) != tasks.end();
+    if (!is_right && chooser_) fail_together(given.spelling);
+    if (!is_right) fail_alone(given.spelling, chooser_of(tasks.front())->shown_name());
+    const std::string& needed = given.option->needs;
+    if (!needed.empty() && !is_given(*option_of(needed))) fail_alone(given.spelling, needed);
+  }
+
+  bool is_given(const Option& option) const {
+    return std::any_of(given_.begin(), given_.end(), [&](const Given& given) { return given.option == &option; });
+  }
+
+  [[noreturn]] static void fail_alone(const std::string& spelling, const std::string& needed) {
+    throw UsageError(fmt::format("{} goes with {}", spelling, needed));
   }
 
   [[noreturn]] void fail_together(const std::string& spelling) const {

@@ -24,6 +24,7 @@
 #include "script/library/script_file.hpp"
 #include "script/module/array_module.hpp"
 #include "script/module/fault_report.hpp"
+#include "script/module/trace.hpp"
 #include "script/run/interpreter.hpp"
 
 namespace hvm {
@@ -58,7 +59,7 @@ SourcePtr chosen_source(const Settings& settings) {
 }
 
 /// Runs the script that the settings name, or the prompt. Throws `ScriptError` and `ScriptExit`.
-void run_scripts(const Settings& settings, const Module& module) {
+void run_scripts(const Settings& settings, const Module& module, Trace* trace) {
   const SourcePtr source = chosen_source(settings);
   const std::size_t names = settings.code || settings.rest.empty() ? 0 : 1;
   const std::vector<std::string> arguments(settings.rest.begin() + static_cast<std::ptrdiff_t>(names),
@@ -69,6 +70,7 @@ void run_scripts(const Settings& settings, const Module& module) {
   options.warn = [](const std::string& warning) { put_error({warning}); };
   options.files = comes_by_standard_input(settings) ? FileAccess::without_standard_input : FileAccess::all;
   options.text_size = terminal_size;
+  options.trace = trace;
   Interpreter interpreter(module.functions, std::move(options));
   interpreter.set_global("args", arguments_table(arguments));
   if (source)
@@ -79,9 +81,9 @@ void run_scripts(const Settings& settings, const Module& module) {
 
 /// The exit status of what `run_scripts` runs. An error is reported when the variables of the script are gone, since
 /// they may hold all memory.
-int status_of_scripts(const Settings& settings, const Module& module) {
+int status_of_scripts(const Settings& settings, const Module& module, Trace* trace) {
   try {
-    run_scripts(settings, module);
+    run_scripts(settings, module, trace);
     return done;
   } catch (const ScriptError& error) {
     put_error({error.report()});
@@ -136,10 +138,13 @@ int run(const Settings& settings) {
   if (settings.task == Task::show_version) return show_libraries(module), done;
   if (settings.task == Task::list) return list(settings, module), done;
   if (settings.task == Task::test) return status_of_tests(settings, module);
+  std::optional<Trace> trace;
+  if (!settings.trace_path.empty()) trace.emplace(settings.trace_path, settings.trace_operations);
   const Counts before = counts();
-  const int status = status_of_scripts(settings, module);
-  if (!settings.counts_leaks) return status;
-  return report_leaks(before) || status != done ? status : script_failed;
+  int status = status_of_scripts(settings, module, trace ? &*trace : nullptr);
+  if (settings.counts_leaks && !report_leaks(before) && status == done) status = script_failed;
+  if (trace) trace->finish();
+  return status;
 }
 
 /// Runs hvm and returns its exit status, whatever happens. A run whose output is lost fails.

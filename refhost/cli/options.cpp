@@ -105,16 +105,31 @@ Option number(const std::string& names, const char* word, Group group, Tasks tas
   return option;
 }
 
-/// A whole number from 1 to `most`.
+/// A whole number from `least` to `most`.
 Option count(const std::string& names, const char* word, Group group, Tasks tasks, std::size_t Settings::*field,
-             std::int64_t most, std::string meaning) {
+             std::int64_t least, std::int64_t most, std::string meaning) {
   Option option = named(names, group, std::move(tasks), std::move(meaning));
-  option.value = OptionValue{word, fmt::format("a whole number from 1 to {}", most), Form::text, {}};
+  option.value = OptionValue{word, fmt::format("a whole number from {} to {}", least, most), Form::text, {}};
   option.store = [=](Settings& settings, const std::string& value) {
     const SpelledNumber number = spelled_number(value);
     settings.*field = static_cast<std::size_t>(number.integer);
-    return number.kind == SpelledNumber::Kind::integer && number.integer >= 1 && number.integer <= most;
+    return number.kind == SpelledNumber::Kind::integer && number.integer >= least && number.integer <= most;
   };
+  return option;
+}
+
+/// Lets a count also be `off`, which stands for 0.
+Option or_off(Option option) {
+  option.value->terms += " or off";
+  option.store = [store = std::move(option.store)](Settings& settings, const std::string& value) {
+    return store(settings, value == "off" ? "0" : value);
+  };
+  return option;
+}
+
+/// Gives an option a meaning only beside another one.
+Option beside(const char* other, Option option) {
+  option.needs = other;
   return option;
 }
 
@@ -128,6 +143,13 @@ const std::vector<Option>& options() {
            "leave out the checks that the module itself does not make"),
       flag("--leaks", Group::scripts, scripts, &Settings::counts_leaks,
            "count what is left behind at the end; status 1 when that is anything"),
+      file("--trace", "FILE", Group::scripts, {Task::run}, &Settings::trace_path,
+           "write every call of the module to a file, a line of JSON for each; -: to the standard error"),
+      beside("--trace",
+             or_off(count("--trace-operations", "COUNT", Group::scripts, {Task::run}, &Settings::trace_operations, 0,
+                          999999999,
+                          fmt::format("how many operations of the host the trace tells of each call: {} by default, "
+                                      "off for none", Trace::most_operations_by_default)))),
 
       task("--test", Group::tests, Task::test, "run scripts as tests: files, and every *.hvm below folders"),
       text("--filter", "PATTERN", Group::tests, {Task::test}, &Settings::filter, "a shell pattern",
@@ -136,7 +158,7 @@ const std::vector<Option>& options() {
            "say how each script ended, after what time, and which were the slowest"),
       file("--junit", "FILE", Group::tests, {Task::test}, &Settings::junit_path,
            "write the results into a JUnit file, for programs of continuous integration"),
-      count("--jobs", "COUNT", Group::tests, {Task::test}, &Settings::jobs, 1000,
+      count("--jobs", "COUNT", Group::tests, {Task::test}, &Settings::jobs, 1, 1000,
             "run so many scripts at the same time: by default, as many as there are processors"),
       number("--time-limit", "SECONDS", Group::tests, {Task::test}, &Settings::time_limit, 0, 1e6, "seconds",
              "the time that each script may take: 60 by default, 0 for any time"),

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "script/module/trace.hpp"
+
 namespace hvm {
 
 /// What hvm does.
@@ -28,6 +30,8 @@ struct Settings {
   std::string shell;  // of `complete`
   bool is_unchecked = false;
   bool counts_leaks = false;
+  std::string trace_path;
+  std::size_t trace_operations = Trace::most_operations_by_default;
   /// The script and its arguments, the arguments of -e, the paths of --test, the patterns of --list.
   std::vector<std::string> rest;
 };
@@ -51,6 +55,7 @@ struct Option {
   OptionGroup group = OptionGroup::scripts;
   std::vector<Task> tasks;      // what it goes with
   std::optional<Task> chooses;  // what hvm does because of it
+  std::string needs;            // the name of an option without which it has no meaning; empty for none
   std::optional<OptionValue> value;
   /// Stores the value, empty for an option without one. Returns false for a value that is not what the option takes.
   std::function<bool(Settings&, const std::string&)> store;
