@@ -80,11 +80,17 @@ Option file(const std::string& names, const char* word, Group group, Tasks tasks
   return option;
 }
 
-/// One of some words.
+/// `off, on or error`
+std::string alternatives(const std::vector<std::string>& words) {
+  const std::vector<std::string> first(words.begin(), words.end() - 1);
+  return fmt::format("{} or {}", fmt::join(first, ", "), words.back());
+}
+
+/// One of at least two words.
 Option choice(const std::string& names, const char* word, Group group, Tasks tasks, std::string Settings::*field,
               const std::vector<std::string>& choices, std::string meaning) {
   Option option = named(names, group, std::move(tasks), std::move(meaning));
-  option.value = OptionValue{word, fmt::format("{}", fmt::join(choices, " or ")), Form::choice, choices};
+  option.value = OptionValue{word, alternatives(choices), Form::choice, choices};
   option.store = [=](Settings& settings, const std::string& value) {
     settings.*field = value;
     return std::find(choices.begin(), choices.end(), value) != choices.end();
