@@ -130,7 +130,8 @@ class CommandLine {
 
   void check() const {
     for (const Given& given : given_) check_task(given);
-    const bool takes_none = settings_.task == Task::show_version || settings_.task == Task::complete;
+    const Task task = settings_.task;
+    const bool takes_none = task == Task::list_warnings || task == Task::show_version || task == Task::complete;
     if (takes_none && !settings_.rest.empty())
       throw UsageError(fmt::format("{} takes no arguments, and there is \"{}\"", chooser_->shown_name(),
                                    briefly(settings_.rest.front())));

@@ -4,6 +4,7 @@
 // be written; 2 for wrong usage; 3 when the module cannot be loaded.
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -20,6 +21,7 @@
 #include "cli/streams.hpp"
 #include "cli/terminal.hpp"
 #include "cli/test_runner.hpp"
+#include "script/explain/description.hpp"
 #include "script/library/script_end.hpp"
 #include "script/library/script_file.hpp"
 #include "script/module/array_module.hpp"
@@ -50,6 +52,11 @@ bool comes_by_standard_input(const Settings& settings) {
   return !settings.code && (settings.rest.empty() || settings.rest.front() == "-");
 }
 
+WarningMode warning_mode(const Settings& settings) {
+  if (settings.warnings == "off") return WarningMode::off;
+  return settings.warnings == "error" ? WarningMode::error : WarningMode::on;
+}
+
 /// The script that the settings name; null for the REPL.
 SourcePtr chosen_source(const Settings& settings) {
   if (settings.code) return std::make_shared<SourceText>("<command line>", *settings.code);
@@ -58,8 +65,34 @@ SourcePtr chosen_source(const Settings& settings) {
   return read_standard_input();
 }
 
-/// Runs the script that the settings name, or the prompt. Throws `ScriptError` and `ScriptExit`.
-void run_scripts(const Settings& settings, const Module& module, Trace* trace) {
+/// What is known of the module's functions beside the module itself.
+DescriptionReading described_functions(const Module& module) {
+  DescriptionReading reading = read_description(module.path, module.functions.names());
+  if (!reading.problem.empty()) put_error({"hvm: ", reading.problem, "\n"});
+  return reading;
+}
+
+/// Why there is no description, in a sentence; empty when there is one.
+std::string absence_of(const DescriptionReading& reading) {
+  if (reading.description) return {};
+  if (!reading.problem.empty()) return reading.problem;
+  return fmt::format("there is no description of the module's functions, which would be {}",
+                     fmt::join(reading.places, " or "));
+}
+
+/// The story of the last error; empty when there is none to tell, or no memory for it.
+std::string story_of(const Interpreter& interpreter) {
+  try {
+    return interpreter.last_explanation().text();
+  } catch (const std::bad_alloc&) {
+    return {};
+  }
+}
+
+/// Runs the script that the settings name, or the prompt, and leaves the story of an error in `story`. Throws
+/// `ScriptError` and `ScriptExit`.
+void run_scripts(const Settings& settings, const Module& module, const DescriptionReading& reading, Trace* trace,
+                 std::string& story) {
   const SourcePtr source = chosen_source(settings);
   const std::size_t names = settings.code || settings.rest.empty() ? 0 : 1;
   const std::vector<std::string> arguments(settings.rest.begin() + static_cast<std::ptrdiff_t>(names),
@@ -67,26 +100,38 @@ void run_scripts(const Settings& settings, const Module& module, Trace* trace) {
   InterpreterOptions options;
   options.has_checks = !settings.is_unchecked;
   options.print = [](const std::string& text, const SourceText&, std::size_t) { put(text + "\n"); };
-  options.warn = [](const std::string& warning) { put_error({warning}); };
-  options.files = comes_by_standard_input(settings) ? FileAccess::without_standard_input : FileAccess::all;
+  options.warn = [&settings](const Warning& warning) {
+    const bool tells_story = settings.explains && warning.explanation;
+    put_error({warning.report(), tells_story ? warning.explanation->text() : std::string()});
+  };
+  options.warnings = warning_mode(settings);
+  if (comes_by_standard_input(settings)) options.files = FileAccess::without_standard_input;
   options.text_size = terminal_size;
+  options.description = reading.description ? &*reading.description : nullptr;
+  options.no_description = absence_of(reading);
+  options.explains = settings.explains || !source;
   options.trace = trace;
   Interpreter interpreter(module.functions, std::move(options));
   interpreter.set_global("args", arguments_table(arguments));
-  if (source)
+  if (!source) return run_repl(interpreter, settings.explains);
+  try {
     interpreter.run(interpreter.parse(source));
-  else
-    run_repl(interpreter);
+  } catch (const ScriptError&) {
+    story = story_of(interpreter);
+    throw;
+  }
 }
 
 /// The exit status of what `run_scripts` runs. An error is reported when the variables of the script are gone, since
 /// they may hold all memory.
 int status_of_scripts(const Settings& settings, const Module& module, Trace* trace) {
+  const DescriptionReading reading = described_functions(module);
+  std::string story;
   try {
-    run_scripts(settings, module, trace);
+    run_scripts(settings, module, reading, trace, story);
     return done;
   } catch (const ScriptError& error) {
-    put_error({error.report()});
+    put_error({error.report(), story});
     return script_failed;
   } catch (const ScriptExit& end) {
     return end.status();
@@ -104,8 +149,11 @@ bool report_leaks(const Counts& before) {
 
 int status_of_tests(const Settings& settings, const Module& module) {
   const Counts before = counts();
+  const DescriptionReading reading = described_functions(module);
   TestOptions options;
-  options.has_checks = !settings.is_unchecked;
+  options.conditions.has_checks = !settings.is_unchecked;
+  options.conditions.description = reading.description ? &*reading.description : nullptr;
+  options.conditions.warnings = warning_mode(settings);
   options.time_limit = settings.time_limit;
   options.ends_well = [&] { return !settings.counts_leaks || report_leaks(before); };
   options.filter = settings.filter;
@@ -115,12 +163,39 @@ int status_of_tests(const Settings& settings, const Module& module) {
   return run_tests(settings.rest, module.functions, options) ? done : script_failed;
 }
 
+/// What the description says of a type; empty when it says nothing.
+std::string sentence_on_type(const Description& description, const std::string& type) {
+  for (const KindEntry& kind : description.kinds)
+    if (kind.type == type) return kind.name;
+  return {};
+}
+
 void list(const Settings& settings, const Module& module) {
+  const DescriptionReading reading = described_functions(module);
+  const Description nothing;
+  const Description& description = reading.description ? *reading.description : nothing;
   std::vector<ListedName> names;
-  for (const std::string& name : module.functions.names()) names.push_back({"function", name, ""});
-  for (const RegisteredType& type : registered_types()) names.push_back({"type", type.name, ""});
+  for (const std::string& name : module.functions.names()) {
+    const FunctionEntry* const entry = description.find(name);
+    names.push_back({"function", name, entry ? entry->summary : ""});
+  }
+  for (const RegisteredType& type : registered_types())
+    names.push_back({"type", type.name, sentence_on_type(description, type.name)});
   const auto terminal = output_terminal();
   put(listing(fitting_names(names, settings.rest), terminal ? static_cast<std::size_t>(terminal->columns) : 0));
+}
+
+/// The warnings in three columns: name, sentence, page.
+void list_warnings() {
+  const auto longest = [](std::string_view WarningRow::*column) {
+    std::size_t width = 0;
+    for (const WarningRow& row : warning_table()) width = std::max(width, (row.*column).size());
+    return width;
+  };
+  const std::size_t names = longest(&WarningRow::name);
+  const std::size_t sentences = longest(&WarningRow::sentence);
+  for (const WarningRow& row : warning_table())
+    put(fmt::format("{:{}}  {:{}}  {}\n", row.name, names, row.sentence, sentences, row.page));
 }
 
 void show_libraries(const Module& module) {
@@ -133,6 +208,7 @@ int run(const Settings& settings) {
   if (settings.task == Task::show_help) return put(help_text()), done;
   if (settings.task == Task::complete)
     return put(settings.shell == "bash" ? bash_completion() : zsh_completion()), done;
+  if (settings.task == Task::list_warnings) return list_warnings(), done;
   if (settings.task == Task::show_version) put(fmt::format("hvm {}\nprocessor {}\n", HVM_VERSION, processor_target()));
   const Module module = load_module(settings.module_path.empty() ? default_module_path() : settings.module_path);
   if (settings.task == Task::show_version) return show_libraries(module), done;

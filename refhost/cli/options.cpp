@@ -19,7 +19,8 @@ using Group = OptionGroup;
 using Tasks = std::vector<Task>;
 
 const Tasks scripts = {Task::run, Task::test};
-const Tasks everything = {Task::run, Task::test, Task::list, Task::show_version};
+// Also where it changes nothing: whoever has an alias with such an option can give it always.
+const Tasks everything = {Task::run, Task::test, Task::list, Task::list_warnings, Task::show_version, Task::complete};
 
 // ---- Kinds of options. `names` is `-e`, `--test` or `-h, --help`.
 
@@ -149,6 +150,11 @@ const std::vector<Option>& options() {
            "leave out the checks that the module itself does not make"),
       flag("--leaks", Group::scripts, scripts, &Settings::counts_leaks,
            "count what is left behind at the end; status 1 when that is anything"),
+      flag("--explain", Group::scripts, {Task::run}, &Settings::explains,
+           "tell the whole story of the error that ends a script, and of warnings"),
+      choice("--warnings", "MODE", Group::scripts, scripts, &Settings::warnings, {"off", "on", "error"},
+             "what becomes of warnings: off, on (the default) or error; with --test, error: a warning that no comment "
+             "expects fails the script"),
       file("--trace", "FILE", Group::scripts, {Task::run}, &Settings::trace_path,
            "write every call of the module to a file, a line of JSON for each; -: to the standard error"),
       beside("--trace",
@@ -174,6 +180,7 @@ const std::vector<Option>& options() {
       file("--module", "PATH", Group::module, everything, &Settings::module_path,
            fmt::format("the module; otherwise {} beside hvm or in ../lib", array_module_file)),
 
+      task("--list-warnings", Group::information, Task::list_warnings, "list all warnings and their pages"),
       task("-V, --version", Group::information, Task::show_version,
            "say the version, the processor's vector instructions, the module and its libraries"),
       choosing(Task::complete,

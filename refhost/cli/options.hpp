@@ -15,7 +15,7 @@
 namespace hvm {
 
 /// What hvm does.
-enum class Task { run, test, list, show_version, show_help, complete };
+enum class Task { run, test, list, list_warnings, show_version, show_help, complete };
 
 /// What a command line asks for.
 struct Settings {
@@ -30,6 +30,8 @@ struct Settings {
   std::string shell;  // of `complete`
   bool is_unchecked = false;
   bool counts_leaks = false;
+  bool explains = false;
+  std::string warnings = "on";
   std::string trace_path;
   std::size_t trace_operations = Trace::most_operations_by_default;
   /// The script and its arguments, the arguments of -e, the paths of --test, the patterns of --list.

@@ -14,7 +14,6 @@
 #include <string_view>
 #include <system_error>
 
-#include "cli/expectation_run.hpp"
 #include "cli/junit_report.hpp"
 #include "cli/safe_text.hpp"
 #include "cli/script_search.hpp"
@@ -91,7 +90,7 @@ class TestRunner {
   /// In the script's process: runs it and prints what failed. Nothing is thrown: this process has one task.
   bool passes(const std::string& path) const noexcept {
     try {
-      const auto failures = unmet_expectations(read_script(path), functions_, options_.has_checks);
+      const auto failures = unmet_expectations(read_script(path), functions_, options_.conditions);
       for (const std::string& failure : failures) put(failure + "\n");
       const bool ends_well = options_.ends_well();
       finish_output();

@@ -7,12 +7,13 @@
 #include <string>
 #include <vector>
 
+#include "cli/expectation_run.hpp"
 #include "script/module/module_functions.hpp"
 
 namespace hvm {
 
 struct TestOptions {
-  bool has_checks = true;           // check what the module does not
+  RunConditions conditions;         // of each script
   double time_limit = 0;            // seconds for each script; 0: any time
   std::function<bool()> ends_well;  // asked at the end of each script; false fails it
   std::string filter;               // a shell pattern that a part of a script's path must fit

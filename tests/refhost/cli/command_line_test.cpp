@@ -81,7 +81,7 @@ TEST(Options, WrongOnes_AreToldInOneSentence) {
            {{"--test", "/no/such"}, "--test takes files or folders; \"/no/such\" is none: No such file or directory"},
        }) {
     const std::string& first = usage.arguments.front();
-    const bool needs_no_module = first == "--module" || first == "--completion";
+    const bool needs_no_module = first == "--module";
     const Outcome outcome = needs_no_module ? run_hvm(usage.arguments) : run_toy(usage.arguments);
     const bool is_right = usage.message.empty();
     EXPECT_EQ(outcome.status, is_right ? 0 : 2) << usage.message;

@@ -40,7 +40,7 @@ struct Conditions {
   Conditions(const char* given) : input(given) {}
 
   std::string input;
-  bool has_input = true;  // false: the standard input is closed
+  bool has_input = true;                                         // false: the standard input is closed
   std::vector<std::pair<std::string, std::string>> environment;  // what is added to it
   Stream out = Stream::file;
   Stream err = Stream::file;
@@ -56,6 +56,8 @@ Outcome run_toy(std::vector<std::string> arguments, const Conditions& conditions
 
 /// The same for `--test` among the arguments. The time that the summary ends with is not in the output.
 Outcome run_tests(std::vector<std::string> arguments, const Conditions& conditions = {});
+/// What --test prints, without the time that its summary ends with.
+std::string without_time(const std::string& report);
 
 /// The path of a stand-in module.
 std::string module_path(const std::string& name);
