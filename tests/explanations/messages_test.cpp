@@ -242,9 +242,13 @@ TEST(Explanations, LeaveNothingBehindWhenAnyAllocationFails) {
       }
     };
     const Counts before = counts();
+    struct Memory {
+      void (*fail)(std::int64_t);
+      bool (*has_failed)();
+    };
     for (const auto& [fail, has_failed] :
-         {std::pair{arrayfold::test::fail_allocation, arrayfold::test::allocation_has_failed},
-          std::pair{fail_allocation, allocation_has_failed}}) {
+         {Memory{arrayfold::test::fail_allocation, arrayfold::test::allocation_has_failed},
+          Memory{fail_allocation, allocation_has_failed}}) {
       int failures = 0;
       for (bool comes = true; comes; failures += comes) {
         fail(failures + 1);

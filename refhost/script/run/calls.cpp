@@ -69,7 +69,8 @@ std::string variable_name(const Expression& expression) {
 Failure Calls::explained(const Failure& failure, const std::string& name, Value* self, std::vector<Value>& arguments,
                          Span span, const Expressions* written, const Expression* operand) const {
   try {
-    const ModuleCaller caller = site_.caller(span);
+    ModuleCaller caller = site_.caller(span);
+    caller.trace = nullptr;  // what is asked for an explanation is no call of the script
     MadeCall made{caller, name, self, arguments};
     if (operand) made.self_name = variable_name(*operand);
     for (std::size_t i = 0; i < arguments.size(); ++i) {

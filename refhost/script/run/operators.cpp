@@ -34,10 +34,11 @@ bool may_warn(BinaryOperator op, const Value& left, const Value& right) {
 
 template <class Action>
 auto Operators::explained(BinaryOperator op, const Value& left, const Value& right, Span span, Action action) const {
-  const ModuleCaller caller = site_.caller(span);
+  ModuleCaller caller = site_.caller(span);
   try {
     return action(caller);
   } catch (const Failure& failure) {
+    caller.trace = nullptr;  // what is asked for an explanation is no call of the script
     throw failed_calls_.explained(failure, caller, op, left, right);
   }
 }

@@ -5,6 +5,8 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 
 #include "program.hpp"
 
@@ -199,6 +201,18 @@ TEST(Explain, TellsTheArgumentsTheRowsTheRemedyAndThePage) {
                                      "    Call another one.\n"
                                      "  usage: toy_fail(a)\n"
                                      "  page: pages/toy_fail.md\n"));
+}
+
+TEST(Explain, AsksTheModuleWithoutTellingATrace) {
+  const ToyFolder folder;
+  folder.write("lib/toy.json", toy_description());
+  const std::string trace = folder.write("trace.json", "");
+  const Outcome outcome = folder.run({"--explain", "--trace", trace, "-e", "toy_fail(toy_int(9))"});
+  EXPECT_THAT(outcome.err, HasSubstr("$xintarray (9): 0, 1, 2"));
+  std::ifstream file(trace);
+  const std::string calls{std::istreambuf_iterator<char>(file), {}};
+  EXPECT_THAT(calls, HasSubstr("toy_fail"));
+  EXPECT_THAT(calls, Not(HasSubstr("shape")));
 }
 
 TEST(Explain, SaysNothingOfErrorsWithoutAStoryAndOfScriptsThatEndWell) {
