@@ -136,6 +136,7 @@ class Completion:
     def test_of_values(self):
         self.expect(("--completion z\t", ["--completion", "zsh"]),
                     ("--completion=b\t", ["--completion=bash"]),
+                    ("--warnings e\tx", ["--warnings", "error", "x"]),
                     ("--module num\t-e x", ["--module", "numbers.csv", "-e", "x"]),
                     ("--module=num\t-e x", ["--module=numbers.csv", "-e", "x"]),
                     ("--test --junit num\t", ["--test", "--junit", "numbers.csv"]),
