@@ -766,9 +766,8 @@ bool bears(Sign sign, const std::vector<Value>& arguments, const Value& result, 
     case Sign::integer_array:
       return !arguments.empty() && is_integer_array(arguments[0]);
     case Sign::odd_extreme: {
-      if (result.tag() == ValueTag::integer64) return true;
-      HostValue record = result.record();
-      return result.tag() == ValueTag::real && HVM_AsDouble(&record) == std::numeric_limits<double>::min();
+      if (result.tag() != ValueTag::real) return result.tag() == ValueTag::integer64;
+      return arrayfold::load<double>(result.record().payload) == std::numeric_limits<double>::min();
     }
     case Sign::odd_data:
       return arguments.size() > 1 && arguments[1].is_table() && are_odd(table_of(arguments[1].record()));

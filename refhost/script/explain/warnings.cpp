@@ -161,9 +161,11 @@ Warnings::Warnings(const ModuleFunctions& module, Options options, Explanation& 
 
 bool Warnings::is_watched_for(const Watch& watch, const std::vector<Value>& arguments, const Value& result,
                               bool is_used) noexcept {
-  const bool takes_array = !arguments.empty() && arguments[0].is_object();
-  if (watch.makes_columns && takes_array) columns_.note(result, true);
-  if (watch.makes_columns && !takes_array && may_end_in_one(arguments)) return true;
+  if (watch.makes_columns) {
+    const bool takes_array = !arguments.empty() && arguments[0].is_object();
+    if (takes_array) columns_.note(result, true);
+    if (!takes_array && may_end_in_one(arguments)) return true;
+  }
   for (std::uint32_t left = watch.signs; left != 0; left &= left - 1)
     if (bears(static_cast<Sign>(__builtin_ctz(left)), arguments, result, is_used)) return true;
   return false;
