@@ -32,7 +32,8 @@ SourcePtr named(const std::string& name, Read read) {
 std::filesystem::path libraries() {
   std::error_code error;
   const std::filesystem::path home = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-  return home.parent_path() / "share" / "hvm";
+  const std::filesystem::path installed = home / HVM_WAY_TO_LIBRARIES;
+  return std::filesystem::exists(installed, error) ? installed : home.parent_path() / "share" / "hvm";
 }
 
 }  // namespace
