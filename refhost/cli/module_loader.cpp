@@ -116,6 +116,14 @@ Module load_module(const std::string& path) {
   return module;
 }
 
+std::string version_of(const Module& module) {
+  try {
+    return version_note(module.path, fs::path(module.path).stem());
+  } catch (const ElfError&) {
+    return {};
+  }
+}
+
 std::string default_module_path() {
   std::error_code error;
   const fs::path home = fs::read_symlink("/proc/self/exe", error).parent_path();
