@@ -83,6 +83,11 @@ class InstalledTree(unittest.TestCase):
         self.assertEqual(len(json.loads(beside.read_text())["functions"]), 93)
         self.assertTrue((data / "functions.schema.json").is_file())
 
+    def test_manual_pages_are_in_their_sections(self):
+        manual = self.tree / "share" / "man"
+        found = sorted(str(path.relative_to(manual)) for path in manual.rglob("*.[17]"))
+        self.assertEqual(found, ["man1/hvm.1", "man7/arrayfold.7", "man7/hvm.7"])
+
     def test_no_file_names_the_build(self):
         for path in self.tree.rglob("*"):
             is_text = path.suffix in (".cmake", ".pc", ".json", ".map", ".hvm", ".hpp", ".1", ".7")
