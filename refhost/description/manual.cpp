@@ -195,9 +195,9 @@ std::string head_roff(const std::string& name, int section, const std::string& v
   std::string capitals = name;
   std::transform(capitals.begin(), capitals.end(), capitals.begin(),
                  [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-  // The first line tells that the text is UTF-8, the last one that lines are not stretched.
+  // The first line tells that the text is UTF-8, the last ones that lines are not stretched and words not divided.
   return "'\\\" -*- coding: UTF-8 -*-\n.TH " + capitals + " " + std::to_string(section) + " \"\" \"arrayfold " +
-         version + "\" \"" + manual + "\"\n.ad l\n";
+         version + "\" \"" + manual + "\"\n.ad l\n.nr HY 0\n.nh\n";
 }
 
 }  // namespace hvm::description

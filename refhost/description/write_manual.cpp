@@ -63,7 +63,9 @@ std::string function_roff(const Page& page) {
     roff += "\\fB" + literal_roff(form.text) + "\\fR\n";
   }
   roff += inline_roff(page.summary) + "\n";
-  const std::vector<Line> result = paragraphs_of(page.section("Result"));
+  std::vector<Line> result = paragraphs_of(page.section("Result"));
+  // A colon leads to a list or a table, which is left out here.
+  if (!result.empty() && result.front().text.back() == ':') result.front().text.back() = '.';
   for (const Line& paragraph : result) {
     const bool is_surprise = paragraph.text.compare(0, 11, "**Surprise:") == 0;
     if (is_surprise || &paragraph == &result.front()) roff += ".IP\n" + inline_roff(paragraph.text) + "\n";

@@ -1,6 +1,6 @@
 # tests/install/installed_tree.py: what `cmake --install` puts somewhere works there, and after the tree has been moved
 #
-# Usage: installed_tree.py CMAKE CXX_COMPILER BUILD_DIRECTORY PROJECT_DIRECTORY LIBDIR
+# Usage: installed_tree.py CMAKE CXX_COMPILER BUILD_DIRECTORY PROJECT_DIRECTORY LIBDIR DOCDIR
 #
 # The folders have a blank in their names.
 
@@ -15,7 +15,7 @@ import unittest
 
 cmake, compiler = sys.argv[1:3]
 build, project = map(pathlib.Path, sys.argv[3:5])
-libdir = sys.argv[5]
+libdir, docdir = sys.argv[5:7]
 
 
 def run(*words, **settings):
@@ -62,7 +62,7 @@ class InstalledTree(unittest.TestCase):
         self.assertNotIn(str(build), out)
 
     def test_tour_and_the_data_of_examples_run(self):
-        pages = self.tree / "share" / "doc" / "arrayfold"
+        pages = self.tree / docdir
         for script in ("tour.hvm", "weather.hvm"):
             self.assert_succeeds(self.hvm, f"examples/{script}", cwd=pages)
         self.assert_succeeds(self.hvm, "masks.hvm", cwd=pages / "examples" / "week")
