@@ -21,6 +21,7 @@
 #include "script/library/script_file.hpp"
 #include "script/module/array_module.hpp"
 #include "script/module/fault_report.hpp"
+#include "script/module/trace.hpp"
 #include "script/run/interpreter.hpp"
 
 namespace hvm {
@@ -40,6 +41,8 @@ struct Settings {
   bool shows_version = false;
   bool is_unchecked = false;
   bool counts_leaks = false;
+  std::string trace_path;
+  std::string trace_operations = std::to_string(Trace::most_operations_by_default);
   std::vector<std::string> rest;  // the script and its arguments, or the arguments of -e
 };
 
@@ -70,7 +73,7 @@ SourcePtr chosen_source(const Settings& settings) {
 }
 
 /// Runs the script that the settings name, or the prompt. Throws `ScriptError` and `ScriptExit`.
-void run_scripts(const Settings& settings, const Module& module) {
+void run_scripts(const Settings& settings, const Module& module, Trace* trace) {
   const SourcePtr source = chosen_source(settings);
   const std::size_t names = settings.has_code || settings.rest.empty() ? 0 : 1;
   const std::vector<std::string> arguments(settings.rest.begin() + static_cast<std::ptrdiff_t>(names),
@@ -81,6 +84,7 @@ void run_scripts(const Settings& settings, const Module& module) {
   options.warn = [](const std::string& warning) { put_error({warning}); };
   options.files = comes_by_standard_input(settings) ? FileAccess::without_standard_input : FileAccess::all;
   options.text_size = terminal_size;
+  options.trace = trace;
   Interpreter interpreter(module.functions, std::move(options));
   interpreter.set_global("args", arguments_table(arguments));
   if (source)
@@ -91,9 +95,9 @@ void run_scripts(const Settings& settings, const Module& module) {
 
 /// The exit status of what `run_scripts` runs. An error is reported when the variables of the script are gone, since
 /// they may hold all memory.
-int status_of_scripts(const Settings& settings, const Module& module) {
+int status_of_scripts(const Settings& settings, const Module& module, Trace* trace) {
   try {
-    run_scripts(settings, module);
+    run_scripts(settings, module, trace);
     return done;
   } catch (const ScriptError& error) {
     put_error({error.report()});
@@ -133,16 +137,31 @@ void show_libraries(const Module& module) {
     if (library != module.path) put(fmt::format("  with {}\n", library));
 }
 
+std::size_t traced_operations(const Settings& settings) {
+  return settings.trace_operations == "off" ? 0 : std::stoul(settings.trace_operations);
+}
+
 int run(const Settings& settings) {
   if (settings.shows_version) put(fmt::format("hvm {}\nprocessor {}\n", HVM_VERSION, processor_target()));
   const Module module = load_module(settings.module_path.empty() ? default_module_path() : settings.module_path);
   if (settings.shows_version) return show_libraries(module), done;
   if (settings.lists) return list(module), done;
   if (!settings.test_directory.empty()) return run_tests(settings, module);
+  std::optional<Trace> trace;
+  if (!settings.trace_path.empty()) trace.emplace(settings.trace_path, traced_operations(settings));
   const Counts before = counts();
-  const int status = status_of_scripts(settings, module);
-  if (!settings.counts_leaks) return status;
-  return report_leaks(before) || status != done ? status : script_failed;
+  int status = status_of_scripts(settings, module, trace ? &*trace : nullptr);
+  if (settings.counts_leaks && !report_leaks(before) && status == done) status = script_failed;
+  if (trace) trace->finish();
+  return status;
+}
+
+/// What is wrong with the text of a count; empty when nothing is.
+std::string wrong_count_of_operations(const std::string& text) {
+  constexpr std::size_t most_digits = 9;
+  const bool is_count =
+      !text.empty() && text.size() <= most_digits && text.find_first_not_of("0123456789") == std::string::npos;
+  return is_count || text == "off" ? "" : fmt::format("'{}' is neither a count up to 999999999 nor off", text);
 }
 
 void describe(CLI::App& app, Settings& settings) {
@@ -172,6 +191,17 @@ void describe(CLI::App& app, Settings& settings) {
   const auto version =
       app.add_flag("--version", settings.shows_version,
                    "say the version, the processor's vector instructions, the module and its libraries");
+  const auto trace = app.add_option("--trace", settings.trace_path,
+                                    "write every call of the module to a file, a line of JSON for each; -: to the "
+                                    "standard error")
+                         ->type_name("FILE");
+  app.add_option("--trace-operations", settings.trace_operations,
+                 "how many operations of the host the trace tells of each call; off: none")
+      ->type_name("COUNT")
+      ->capture_default_str()
+      ->check(CLI::Validator(wrong_count_of_operations, ""))
+      ->needs(trace);
+  trace->excludes(test)->excludes(list_flag)->excludes(version);
   code->excludes(test)->excludes(list_flag)->excludes(version);
   test->excludes(list_flag)->excludes(version);
 }

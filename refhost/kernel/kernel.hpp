@@ -289,6 +289,8 @@ class TableWalk {
 HostAny* object_of(const HostValue& value) noexcept;
 /// The references to an object. A new one has none until a record takes it.
 std::uint32_t references(const HostAny* any) noexcept;
+/// Which of the objects that the host has made this is, counted from 1; 0 for null.
+std::uint64_t number_of(const HostAny* any) noexcept;
 
 /// What a type was made with.
 struct TypeCallbacks {
@@ -358,15 +360,58 @@ void limit_memory(std::size_t bytes) noexcept;
 /// The allocations since the library was loaded, failed ones included.
 std::int64_t allocation_count() noexcept;
 
+/// An operand or the result of an operation. Pointers are as they were passed: what they point at may have ended since.
+struct RecordedOperand {
+  enum class Form : std::uint8_t {
+    nothing,    // the result of an operation that gives none
+    record,     // HostValue
+    key,        // HostValue, of which only the value counts
+    table,      // HostHash
+    object,     // HostAny
+    manager,    // AnyMan
+    block,      // memory
+    text,       // characters
+    wide_text,  // 16-bit characters
+    integer,
+    real,
+    truth,
+    bounds  // two integers
+  };
+  Form form = Form::nothing;
+  const void* pointer = nullptr;
+  std::int64_t number = 0;  // integer, truth; the lower bound; the length of a text, -1: up to its terminator
+  std::int64_t high = 0;    // the upper bound
+  double real = 0;
+};
+
 /// One call of an operation. `subject` is what it is about: the record, table, object, manager or memory that it was
 /// given, the type's name for those that make objects, managers and registrations, the destination for `HVM_DupObject`,
-/// null for those that only make something; `number` is its integer argument (key, count, capacity, size, length), 1
-/// when an argument that is always zero is not, otherwise 0.
+/// null for those that only make something; `number` is the first of its integer arguments (key, count, capacity, size,
+/// length) that is not 0, otherwise 0. `operands` are all but the context, in their order.
 struct RecordedCall {
+  static constexpr std::size_t most_operands = 3;
+
   const char* operation;
   const void* subject;
   std::int64_t number;
+  std::size_t operand_count;
+  RecordedOperand operands[most_operands];
+  RecordedOperand result;  // as long as the operation runs: nothing
 };
+
+/// Is told of every operation. A destroy callback that an operation runs may call others before it ends.
+class CallSink {
+ public:
+  /// Returns the number by which `end` knows the call.
+  virtual std::size_t begin(const RecordedCall& call) noexcept = 0;
+  virtual void end(std::size_t number, const RecordedOperand& result) noexcept = 0;
+
+ protected:
+  ~CallSink() = default;
+};
+
+/// Tells `sink` of all operations from now on; null: nobody. Returns who was told before.
+CallSink* send_calls_to(CallSink* sink) noexcept;
 
 /// Starts with an empty record of calls, or stops; what was recorded stays until the next start.
 void record_calls(bool on) noexcept;

@@ -150,27 +150,29 @@ void* resize_memory(void* pointer, std::int64_t size) noexcept {
 }  // namespace
 
 void* HVM_Malloc(std::int64_t size) {
-  note("HVM_Malloc", nullptr, size);
-  return allocate_memory(size);
+  return noted(
+      "HVM_Malloc", [=] { return allocate_memory(size); }, size);
 }
 
 void HVM_Free(void* pointer) {
-  note("HVM_Free", pointer);
-  give_back(pointer);
+  noted(
+      "HVM_Free", [=] { give_back(pointer); }, pointer);
 }
 
 // The block knows its own size, so the old size that the caller names is not needed.
-void* HVM_Realloc2(void* pointer, std::int64_t new_size, std::int64_t) {
-  note("HVM_Realloc2", pointer, new_size);
-  return resize_memory(pointer, new_size);
+void* HVM_Realloc2(void* pointer, std::int64_t new_size, std::int64_t old_size) {
+  return noted(
+      "HVM_Realloc2", [=] { return resize_memory(pointer, new_size); }, pointer, new_size, old_size);
 }
 
 // The caller overwrites its only pointer with the result, so a block that cannot grow is freed here.
 void* HVM_ReallocNoLeak(void* pointer, std::int64_t new_size) {
-  note("HVM_ReallocNoLeak", pointer, new_size);
-  void* resized = resize_memory(pointer, new_size);
-  if (!resized) give_back(pointer);
-  return resized;
+  const auto resize = [=] {
+    void* resized = resize_memory(pointer, new_size);
+    if (!resized) give_back(pointer);
+    return resized;
+  };
+  return noted("HVM_ReallocNoLeak", resize, pointer, new_size);
 }
 
 }  // namespace arrayfold

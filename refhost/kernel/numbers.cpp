@@ -53,44 +53,44 @@ bool is_number(const HostValue* value) noexcept {
 }  // namespace
 
 HostBool HVM_NumberCheck(HostValue* value) {
-  note("HVM_NumberCheck", value);
-  return is_number(value);
+  return noted(
+      "HVM_NumberCheck", [=] { return HostBool{is_number(value)}; }, value);
 }
 
 int HVM_AsInt(HostValue* value) {
-  note("HVM_AsInt", value);
-  return as_integer<std::int32_t>(value);
+  return noted(
+      "HVM_AsInt", [=] { return as_integer<std::int32_t>(value); }, value);
 }
 
 std::int64_t HVM_AsInt64(HostValue* value) {
-  note("HVM_AsInt64", value);
-  return as_integer<std::int64_t>(value);
+  return noted(
+      "HVM_AsInt64", [=] { return as_integer<std::int64_t>(value); }, value);
 }
 
 double HVM_AsDouble(HostValue* value) {
-  note("HVM_AsDouble", value);
-  return as_double(value);
+  return noted(
+      "HVM_AsDouble", [=] { return as_double(value); }, value);
 }
 
 // Everything but zero is true, NaN too.
 HostBool HVM_AsBool(HostValue* value) {
-  note("HVM_AsBool", value);
-  return as_double(value) != 0;
+  return noted(
+      "HVM_AsBool", [=] { return HostBool{as_double(value) != 0}; }, value);
 }
 
 void HVM_SetInt(HostContext ctx, HostValue* value, int x) {
-  note("HVM_SetInt", value, x);
-  replace(ctx, value, record_of<std::int32_t>(ValueTag::integer, x));
+  noted(
+      "HVM_SetInt", [=] { replace(ctx, value, record_of<std::int32_t>(ValueTag::integer, x)); }, value, x);
 }
 
 void HVM_SetInt64(HostContext ctx, HostValue* value, std::int64_t x) {
-  note("HVM_SetInt64", value, x);
-  replace(ctx, value, record_of<std::int64_t>(ValueTag::integer64, x));
+  noted(
+      "HVM_SetInt64", [=] { replace(ctx, value, record_of<std::int64_t>(ValueTag::integer64, x)); }, value, x);
 }
 
 void HVM_SetReal(HostContext ctx, HostValue* value, double x) {
-  note("HVM_SetReal", value);
-  replace(ctx, value, record_of<double>(ValueTag::real, x));
+  noted(
+      "HVM_SetReal", [=] { replace(ctx, value, record_of<double>(ValueTag::real, x)); }, value, x);
 }
 
 }  // namespace arrayfold

@@ -5,6 +5,8 @@
 
 #include "kernel/objects.hpp"
 
+#include <new>
+
 #include "kernel/memory.hpp"
 #include "kernel/recorder.hpp"
 #include "kernel/records.hpp"
@@ -13,7 +15,13 @@ namespace hvm {
 namespace kernel {
 namespace {
 
+/// An object as the host keeps it: others see the record at its front.
+struct Object : HostAny {
+  std::uint64_t number;
+};
+
 bool objects_withheld = false;
+std::uint64_t made_objects = 0;
 
 void count_references(HostAny* any, std::uint32_t count) noexcept {
   arrayfold::store<std::uint32_t>(any->host_word, count);
@@ -35,13 +43,14 @@ bool objects_are_withheld() noexcept { return objects_withheld; }
 HostAny* new_object(AnyMan* man) noexcept {
   const auto create = callbacks_of(man).create;
   if (!create || objects_withheld) return nullptr;
-  auto* any = static_cast<HostAny*>(allocate(sizeof(HostAny), BlockKind::object));
-  if (!any) return nullptr;
-  *any = HostAny{};
-  any->manager = man;
-  any->content = create();
-  if (any->content) return any;
-  give_back(any);
+  void* place = allocate(sizeof(Object), BlockKind::object);
+  if (!place) return nullptr;
+  auto* object = new (place) Object{};
+  object->manager = man;
+  object->content = create();
+  object->number = object->content ? ++made_objects : 0;
+  if (object->content) return object;
+  give_back(object);
   return nullptr;
 }
 
@@ -70,6 +79,8 @@ std::uint32_t references(const HostAny* any) noexcept {
   return any ? arrayfold::load<std::uint32_t>(any->host_word) : 0;
 }
 
+std::uint64_t number_of(const HostAny* any) noexcept { return any ? static_cast<const Object*>(any)->number : 0; }
+
 }  // namespace hvm
 
 // ---- Operations
@@ -79,25 +90,27 @@ namespace arrayfold {
 using namespace hvm::kernel;
 
 HostBool HVM_AnyCheck(HostValue* value) {
-  note("HVM_AnyCheck", value);
-  return value && hvm::object_of(*value);
+  return noted(
+      "HVM_AnyCheck", [=] { return HostBool{value && hvm::object_of(*value)}; }, value);
 }
 
 HostAny* HVM_GetAny(HostValue* value) {
-  note("HVM_GetAny", value);
-  return value ? hvm::object_of(*value) : nullptr;
+  return noted(
+      "HVM_GetAny", [=] { return value ? hvm::object_of(*value) : nullptr; }, value);
 }
 
 HostAny* HVM_NewAny(HostContext, const char* type_name, std::int64_t zero_1, std::int64_t zero_2) {
-  note("HVM_NewAny", type_name, zero_1 != 0 || zero_2 != 0);
-  return new_object(hvm::type_named(type_name));
+  const auto make = [=] { return new_object(hvm::type_named(type_name)); };
+  return noted("HVM_NewAny", make, type_name, zero_1, zero_2);
 }
 
 // The new object is held before the old one is released: they may be the same.
 void HVM_SetTypeAny(HostContext ctx, HostValue* value, HostAny* any) {
-  note("HVM_SetTypeAny", value);
-  hold_object(any);
-  replace(ctx, value, any ? record_of<HostAny*>(ValueTag::object, any) : hvm::nil_record());
+  const auto set = [=] {
+    hold_object(any);
+    replace(ctx, value, any ? record_of<HostAny*>(ValueTag::object, any) : hvm::nil_record());
+  };
+  noted("HVM_SetTypeAny", set, value, any);
 }
 
 }  // namespace arrayfold

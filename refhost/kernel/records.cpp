@@ -86,39 +86,48 @@ void free_records(HostContext ctx, HostValue* records, std::int64_t named_count)
 }  // namespace
 
 HostValue* HVM_NewObject() {
-  note("HVM_NewObject");
-  return new_records(1);
+  return noted("HVM_NewObject", [=] { return new_records(1); });
 }
 
 HostValue* HVM_NewObjects(std::int64_t count) {
-  note("HVM_NewObjects", nullptr, count);
-  return new_records(count);
+  return noted(
+      "HVM_NewObjects", [=] { return new_records(count); }, count);
 }
 
 void HVM_FreeObj(HostContext ctx, HostValue* object) {
-  note("HVM_FreeObj", object);
-  free_records(ctx, object, 1);
+  noted(
+      "HVM_FreeObj", [=] { free_records(ctx, object, 1); }, object);
 }
 
 void HVM_FreeObjs(HostContext ctx, HostValue* objects, std::int64_t count) {
-  note("HVM_FreeObjs", objects, count);
-  free_records(ctx, objects, count);
+  noted(
+      "HVM_FreeObjs", [=] { free_records(ctx, objects, count); }, objects, count);
 }
 
 void HVM_FreeObjectContent(HostContext ctx, HostValue* value) {
-  note("HVM_FreeObjectContent", value);
-  if (value) replace(ctx, value, nil_record());
+  const auto release = [=] {
+    if (value) replace(ctx, value, nil_record());
+  };
+  noted("HVM_FreeObjectContent", release, value);
 }
 
 // The copy is whole before the destination is released: the source may lie inside it.
 void HVM_DupObject(HostContext ctx, HostValue* destination, HostValue* source, std::uint8_t) {
-  note("HVM_DupObject", destination);
-  if (!destination || destination == source) return;
-  replace(ctx, destination, source ? deep_copy(*source) : nil_record());
+  const auto copy = [=] {
+    if (!destination || destination == source) return;
+    replace(ctx, destination, source ? deep_copy(*source) : nil_record());
+  };
+  noted("HVM_DupObject", copy, destination, source);
 }
 
 // This host makes no matrices and no streams, so these two have nothing to free.
-void HVM_FreeMatrix(void* matrix) { note("HVM_FreeMatrix", matrix); }
-void HVM_DelStrm(void* stream) { note("HVM_DelStrm", stream); }
+void HVM_FreeMatrix(void* matrix) {
+  noted(
+      "HVM_FreeMatrix", [] {}, matrix);
+}
+void HVM_DelStrm(void* stream) {
+  noted(
+      "HVM_DelStrm", [] {}, stream);
+}
 
 }  // namespace arrayfold

@@ -162,51 +162,59 @@ std::basic_string_view<Char> literal_view_of(const Char* text, int length) noexc
 }  // namespace
 
 HostBool HVM_StringCheckAll(HostValue* value) {
-  note("HVM_StringCheckAll", value);
-  return value && is_text(*value);
+  return noted(
+      "HVM_StringCheckAll", [=] { return HostBool{value && is_text(*value)}; }, value);
 }
 
 const char* HVM_AsString(HostValue* value) {
-  note("HVM_AsString", value);
-  const char* text = value ? text_or_null(*value).data() : nullptr;
-  return text ? text : "";
+  const auto get = [=] {
+    const char* text = value ? text_or_null(*value).data() : nullptr;
+    return text ? text : "";
+  };
+  return noted("HVM_AsString", get, value);
 }
 
 int HVM_StringLen(HostValue* value) {
-  note("HVM_StringLen", value);
-  if (!value) return 0;
-  const bool is_wide = value->tag == ValueTag::wide_string;
-  return static_cast<int>(is_wide ? wide_text_of(*value).size() : text_or_null(*value).size());
+  const auto count = [=] {
+    if (!value) return 0;
+    const bool is_wide = value->tag == ValueTag::wide_string;
+    return static_cast<int>(is_wide ? wide_text_of(*value).size() : text_or_null(*value).size());
+  };
+  return noted("HVM_StringLen", count, value);
 }
 
 void HVM_SetString(HostContext ctx, HostValue* value, const char* text) {
-  note("HVM_SetString", value);
-  replace(ctx, value, owned_string(view_of(text)));
+  noted(
+      "HVM_SetString", [=] { replace(ctx, value, owned_string(view_of(text))); }, value, text);
 }
 
 void HVM_SetStringEx(HostContext ctx, HostValue* value, const char* text, int length) {
-  note("HVM_SetStringEx", value, length);
-  replace(ctx, value, owned_string(view_of(text, length)));
+  noted(
+      "HVM_SetStringEx", [=] { replace(ctx, value, owned_string(view_of(text, length))); }, value,
+      TextOperand<char>{text, length}, length);
 }
 
 void HVM_SetWString(HostContext ctx, HostValue* value, const char16_t* text) {
-  note("HVM_SetWString", value);
-  replace(ctx, value, owned_string(view_of(text)));
+  noted(
+      "HVM_SetWString", [=] { replace(ctx, value, owned_string(view_of(text))); }, value, text);
 }
 
 void HVM_SetWStringEx(HostContext ctx, HostValue* value, const char16_t* text, int length) {
-  note("HVM_SetWStringEx", value, length);
-  replace(ctx, value, owned_string(view_of(text, length)));
+  noted(
+      "HVM_SetWStringEx", [=] { replace(ctx, value, owned_string(view_of(text, length))); }, value,
+      TextOperand<char16_t>{text, length}, length);
 }
 
 void HVM_SetConstStringEx(HostContext null, HostValue* value, const char* text, int length) {
-  note("HVM_SetConstStringEx", value, length);
-  replace(null, value, literal_string(literal_view_of(text, length)));
+  noted(
+      "HVM_SetConstStringEx", [=] { replace(null, value, literal_string(literal_view_of(text, length))); }, value,
+      TextOperand<char>{text, length}, length);
 }
 
 void HVM_SetConstWStringEx(HostContext null, HostValue* value, const char16_t* text, int length) {
-  note("HVM_SetConstWStringEx", value, length);
-  replace(null, value, literal_string(literal_view_of(text, length)));
+  noted(
+      "HVM_SetConstWStringEx", [=] { replace(null, value, literal_string(literal_view_of(text, length))); }, value,
+      TextOperand<char16_t>{text, length}, length);
 }
 
 }  // namespace arrayfold

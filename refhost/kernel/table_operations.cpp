@@ -22,52 +22,56 @@ HostValue* or_nil(HostValue* value) noexcept { return value ? value : global_nil
 
 // Always a new, empty table, so that a result has no entries of an older table.
 void HVM_ForceTable(HostContext ctx, HostValue* value, int capacity) {
-  note("HVM_ForceTable", value, capacity);
-  if (value) replace(ctx, value, table_record(new_table(capacity)));
+  const auto make = [=] {
+    if (value) replace(ctx, value, table_record(new_table(capacity)));
+  };
+  noted("HVM_ForceTable", make, value, capacity);
 }
 
 HostHash* HVM_NewHash(HostContext, int capacity) {
-  note("HVM_NewHash", nullptr, capacity);
-  return new_table(capacity);
+  return noted(
+      "HVM_NewHash", [=]() -> HostHash* { return new_table(capacity); }, capacity);
 }
 
 HostValue* HVM_HashSetInt(HostContext, HostHash* hash, int key) {
-  note("HVM_HashSetInt", hash, key);
-  return or_lost(hvm::slot(hash, key));
+  return noted(
+      "HVM_HashSetInt", [=] { return or_lost(hvm::slot(hash, key)); }, hash, key);
 }
 
 HostValue* HVM_HashSet(HostContext, HostHash* hash, HostValue* key) {
-  note("HVM_HashSet", hash);
-  return or_lost(key ? hvm::slot(hash, *key) : nullptr);
+  const auto set = [=] { return or_lost(key ? hvm::slot(hash, *key) : nullptr); };
+  return noted("HVM_HashSet", set, hash, KeyOperand{key});
 }
 
 HostValue* HVM_HashGetInt(HostHash* hash, int key) {
-  note("HVM_HashGetInt", hash, key);
-  return or_nil(hvm::find(hash, key));
+  return noted(
+      "HVM_HashGetInt", [=] { return or_nil(hvm::find(hash, key)); }, hash, key);
 }
 
 HostValue* HVM_HashGet(HostContext, HostHash* hash, HostValue* key) {
-  note("HVM_HashGet", hash);
-  return or_nil(key ? hvm::find(hash, *key) : nullptr);
+  const auto get = [=] { return or_nil(key ? hvm::find(hash, *key) : nullptr); };
+  return noted("HVM_HashGet", get, hash, KeyOperand{key});
 }
 
 // Without an integer key a walk between the bounds visits nothing.
 void HVM_HashGetBounds(HostHash* hash, int* low, int* high) {
-  note("HVM_HashGetBounds", hash);
-  const KeyBounds bounds = hash ? bounds_of(*own(hash)) : KeyBounds{};
-  if (low) *low = bounds.lowest;
-  if (high) *high = bounds.highest;
+  const auto get = [=] {
+    const KeyBounds bounds = hash ? bounds_of(*own(hash)) : KeyBounds{};
+    if (low) *low = bounds.lowest;
+    if (high) *high = bounds.highest;
+    return BoundsResult{bounds.lowest, bounds.highest};
+  };
+  noted("HVM_HashGetBounds", get, hash);
 }
 
 HostValue* HVM_GetGlobalNilObj() {
-  note("HVM_GetGlobalNilObj");
-  return global_nil();
+  return noted("HVM_GetGlobalNilObj", [] { return global_nil(); });
 }
 
 // Drops the caller's reference, and destroys the table with the last one.
 void HVM_GCFreeTable(HostHash* hash) {
-  note("HVM_GCFreeTable", hash);
-  drop_table(hash ? own(hash) : nullptr, nullptr);
+  noted(
+      "HVM_GCFreeTable", [=] { drop_table(hash ? own(hash) : nullptr, nullptr); }, hash);
 }
 
 }  // namespace arrayfold

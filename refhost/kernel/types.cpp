@@ -102,27 +102,31 @@ using namespace hvm::kernel;
 // The name stays the caller's pointer: modules compare it with their own before they compare the text.
 AnyMan* HVM_NewAnyMan(const char* name, CreateCallback create, DestroyCallback destroy, MethodCallback method,
                       OperatorCallback op, void* null) {
-  note("HVM_NewAnyMan", name, null != nullptr);
-  if (objects_are_withheld()) return nullptr;
-  void* place = std::malloc(sizeof(Manager));
-  if (!place) return nullptr;
-  auto* man = new (place) Manager{};
-  man->name = name;
-  man->callbacks = {create, destroy, method, op};
-  man->older = youngest_manager;
-  youngest_manager = man;
-  return man;
+  const auto make = [=]() -> AnyMan* {
+    if (objects_are_withheld()) return nullptr;
+    void* place = std::malloc(sizeof(Manager));
+    if (!place) return nullptr;
+    auto* man = new (place) Manager{};
+    man->name = name;
+    man->callbacks = {create, destroy, method, op};
+    man->older = youngest_manager;
+    youngest_manager = man;
+    return man;
+  };
+  return noted("HVM_NewAnyMan", make, name, int{null != nullptr});
 }
 
 void HVM_RegisterAnyMan(const char* name, AnyMan* man) {
-  note("HVM_RegisterAnyMan", name);
-  if (!name || !man) return;
-  if (Registration* known = registration_of(name)) {
-    known->passed = name;
-    known->man = man;
-  } else {
-    add_registration(name, man);
-  }
+  const auto put = [=] {
+    if (!name || !man) return;
+    if (Registration* known = registration_of(name)) {
+      known->passed = name;
+      known->man = man;
+    } else {
+      add_registration(name, man);
+    }
+  };
+  noted("HVM_RegisterAnyMan", put, name, man);
 }
 
 }  // namespace arrayfold

@@ -5,7 +5,7 @@
 // plugin.cpp, which stands above all and names the callbacks. The library's linear algebra is included in one header,
 // which fixes its order.
 //
-// In the reference host: cli -> the folders of script -> kernel; run -> library -> module, data -> text -> syntax.
+// In the reference host: cli -> the folders of script -> kernel; run -> library -> module -> data -> text -> syntax.
 // Of the module it sees the two headers of the contract and nothing else; the program that describes the functions
 // reads their list.
 
@@ -132,7 +132,7 @@ const std::map<std::string, std::set<std::string>> host_arrows = {
     {"description", {}},
     {"script/syntax", {}},
     {"script/text", {"kernel", "script/syntax"}},
-    {"script/module", {"kernel", "script/syntax", "script/text"}},
+    {"script/module", {"kernel", "script/syntax", "script/text", "script/data"}},
     {"script/data", {"kernel", "script/syntax", "script/text"}},
     {"script/picture", {"script/syntax", "script/data"}},
     {"script/explain", {"kernel", "script/syntax", "script/text", "script/module", "script/data"}},

@@ -38,16 +38,7 @@ bool needs_escape(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 
 
 void append_string(std::string& out, std::string_view text) {
   if (first_invalid_utf8(text) != std::string_view::npos) throw DataError("a string is not valid UTF-8");
-  out += '"';
-  std::size_t done = 0;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (!needs_escape(text[i])) continue;
-    out += text.substr(done, i - done);
-    append_escaped(out, text[i]);
-    done = i + 1;
-  }
-  out += text.substr(done);
-  out += '"';
+  append_json_string(out, text);
 }
 
 /// Whether a table is a list; an error when it is no object either.
@@ -154,6 +145,19 @@ class JsonWriter {
 };
 
 }  // namespace
+
+void append_json_string(std::string& out, std::string_view text) {
+  out += '"';
+  std::size_t done = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (!needs_escape(text[i])) continue;
+    out += text.substr(done, i - done);
+    append_escaped(out, text[i]);
+    done = i + 1;
+  }
+  out += text.substr(done);
+  out += '"';
+}
 
 std::string json_text(const Value& value, std::optional<std::size_t> indent, const ObjectText& object_text) {
   return JsonWriter(indent, object_text).text(value);

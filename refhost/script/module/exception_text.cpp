@@ -26,14 +26,19 @@ std::string current_exception_type() {
   return type ? demangled(type->name()) : "something unknown";
 }
 
-std::string current_exception_text() {
+std::optional<std::string> current_exception_words() {
   try {
     throw;
   } catch (const std::exception& error) {
-    return demangled(typeid(error).name()) + ": " + error.what();
+    return error.what();
   } catch (...) {
-    return current_exception_type();
+    return std::nullopt;
   }
+}
+
+std::string current_exception_text() {
+  const std::optional<std::string> words = current_exception_words();
+  return words ? current_exception_type() + ": " + *words : current_exception_type();
 }
 
 }  // namespace hvm

@@ -10,6 +10,7 @@
 
 #include "script/module/exception_text.hpp"
 #include "script/module/fault_report.hpp"
+#include "script/module/trace.hpp"
 #include "script/syntax/diagnostics.hpp"
 #include "script/text/value_kinds.hpp"
 
@@ -35,11 +36,13 @@ bool is_element_access(Opcode opcode) { return opcode == Opcode::read_element ||
 using arrayfold::HostIndexEntry;
 using arrayfold::HostIndexList;
 
-/// Runs `call` as the module's; what it throws becomes a `Failure` that begins with `name`.
-template <class Call>
-auto translated(const ModuleCaller& caller, std::string_view name, Call call) {
+/// Runs `call` as the module's; what it throws becomes a `Failure` that begins with `name`. With a trace it is told as
+/// what `told` gives.
+template <class Call, class Told>
+auto translated(const ModuleCaller& caller, std::string_view name, Call call, Told told) {
   const RunningMark mark(caller.source, caller.offset, true);
   try {
+    if (__builtin_expect(caller.trace != nullptr, false)) return traced(caller, told(), call);
     return call();
   } catch (...) {
     throw Failure(fmt::format("{}: the module threw {}", name, current_exception_text()));
@@ -51,10 +54,10 @@ void throw_kept(const ModuleCaller& caller) {
 }
 
 /// The same, but an exception that was kept while the module ran takes precedence over what the module throws.
-template <class Call>
-auto contained(const ModuleCaller& caller, std::string_view name, Call call) {
+template <class Call, class Told>
+auto contained(const ModuleCaller& caller, std::string_view name, Call call, Told told) {
   try {
-    const auto returned = translated(caller, name, call);
+    const auto returned = translated(caller, name, call, told);
     throw_kept(caller);
     return returned;
   } catch (const Failure&) {
@@ -110,9 +113,10 @@ Value call_function(const ModuleCaller& caller, const std::string& name, arrayfo
                     std::vector<Value>& arguments) {
   const Change change(true);
   Value result;
-  const int status = contained(caller, name, [&] {
+  const auto call = [&] {
     return function(caller.ctx, records_of(arguments), static_cast<int>(arguments.size()), result.address());
-  });
+  };
+  const int status = contained(caller, name, call, [&] { return traced_function(name, arguments, result.address()); });
   if (status == 0) throw Failure(fmt::format("{}: the call failed {}", name, given(arguments)));
   return result;
 }
@@ -125,10 +129,11 @@ bool call_method(const ModuleCaller& caller, Value& self, const std::string& nam
   std::vector<HostValue*> pointers;
   pointers.reserve(arguments.size());
   for (Value& argument : arguments) pointers.push_back(argument.address());
-  return contained(caller, name, [&] {
+  const auto call = [&] {
     const int count = static_cast<int>(pointers.size());
     return method(caller.ctx, self.address(), name.c_str(), pointers.data(), count, result.address(), 0) != 0;
-  });
+  };
+  return contained(caller, name, call, [&] { return traced_method(self.address(), name, pointers, result.address()); });
 }
 
 bool call_operator(const ModuleCaller& caller, std::string_view name, Opcode opcode, HostValue* left, HostValue* right,
@@ -138,7 +143,8 @@ bool call_operator(const ModuleCaller& caller, std::string_view name, Opcode opc
   const auto op = callbacks_of(object).op;
   if (!op) return false;
   const Change change(!is_element_access(opcode));
-  return contained(caller, name, [&] { return op(caller.ctx, static_cast<int>(opcode), left, right, result) != 0; });
+  const auto call = [&] { return op(caller.ctx, static_cast<int>(opcode), left, right, result) != 0; };
+  return contained(caller, name, call, [&] { return traced_operator(opcode, left, right, result); });
 }
 
 std::optional<Value> read_element(const ModuleCaller& caller, Value& object, ValueSpan indices) {

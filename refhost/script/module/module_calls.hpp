@@ -26,6 +26,7 @@ using arrayfold::Opcode;
 using KeptException = std::exception_ptr;
 
 class RecentShapes;
+class Trace;
 
 /// From where a module is called: what it receives as its context, the place of the script, and what is known of its
 /// objects.
@@ -35,6 +36,7 @@ struct ModuleCaller {
   std::size_t offset;
   RecentShapes& shapes;
   KeptException* kept = nullptr;
+  Trace* trace = nullptr;  // null: calls are not told
 };
 
 /// Counts the calls that may make, change or end objects: all but reading and writing elements and the method `shape`.

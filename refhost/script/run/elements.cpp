@@ -35,7 +35,10 @@ Value Elements::read(Value& container, ValueSpan indices, Span span) const {
 Value Elements::read_range(const Value& container, const Value& low, const Value& high, Span span) const {
   if (container.is_table()) site_.fail("a range of keys is allowed in quotations only", span);
   if (!container.is_string())
-    site_.fail(fmt::format("a range selects characters of a string, and this is {}", kind_in_words(container)), span);
+    site_.fail(
+        fmt::format("a range selects characters of a string, and this is {}{}", kind_in_words(container),
+                    container.is_object() ? "; slice(a, from, to) takes a part of an array, after use \"arrays\"" : ""),
+        span);
   return site_.placed(span, [&] { return characters_between(container, low, high); });
 }
 

@@ -103,7 +103,10 @@ ValueSpan Evaluator::indices(const Index& index, IndexValues& values) {
 
 /// Any range that is not the only index of a string.
 Value Evaluator::evaluate(const KeyRange&, Span span) {
-  site_.fail("a range of keys is allowed in quotations only", span);
+  site_.fail(
+      "a range of keys is allowed in quotations only; row(a, i), column(a, j) and slice(a, from, to) take parts of an "
+      "array, after use \"arrays\"",
+      span);
 }
 
 // ---- Operators

@@ -5,6 +5,7 @@
 #include <new>
 
 #include "script/module/object_text.hpp"
+#include "script/module/trace.hpp"
 #include "script/run/calls.hpp"
 #include "script/run/evaluator.hpp"
 #include "script/run/module_callbacks.hpp"
@@ -21,7 +22,7 @@ struct Interpreter::Parts {
       : options(std::move(chosen)),
         checks(options.has_checks),
         steps(options.step_limit),
-        site(context.handle()),
+        site(context.handle(), options.trace),
         depth(site),
         scopes(context),
         functions(module),
@@ -35,7 +36,15 @@ struct Interpreter::Parts {
         pictures{options.text_size, std::nullopt},
         calls(site, steps, depth, scopes, functions, quotations, checks, options.print, options.files, pictures,
               statements),
-        callbacks(context, site, steps, scopes, calls, evaluator) {}
+        callbacks(context, site, steps, scopes, calls, evaluator) {
+    if (options.trace) options.trace->read_quotations_by([this](const HostValue& record) { return quoted(record); });
+  }
+
+  /// The text of a quotation.
+  std::string_view quoted(const HostValue& record) const {
+    const Code* code = scopes.find_code(record);
+    return code ? code->source->text(code->quotation->span) : std::string_view();
+  }
 
   InterpreterOptions options;
   ArrayChecks checks;

@@ -17,6 +17,8 @@
 
 namespace hvm {
 
+class Trace;
+
 struct InterpreterOptions {
   bool has_checks = true;  // check what the module does not
   PrintLine print;         // where `print` goes
@@ -24,6 +26,7 @@ struct InterpreterOptions {
   FileAccess files = FileAccess::all;
   std::uint64_t step_limit = 0;  // of the interpreter's steps, beyond which there is `StepLimitReached`; 0: none
   std::function<TextSize()> text_size = {};  // of pictures; the default without it
+  Trace* trace = nullptr;  // tells the calls of the module; it must outlive the interpreter
 };
 
 class Interpreter {

@@ -9,6 +9,7 @@
 
 #include "script/library/script_end.hpp"
 #include "script/module/fault_report.hpp"
+#include "script/module/trace.hpp"
 
 namespace hvm {
 
@@ -21,13 +22,18 @@ ModuleCallbacks::ModuleCallbacks(Context& context, Site& site, Steps& steps, Sco
 }
 
 HostValue* ModuleCallbacks::read_slot(HostContext ctx, int slot) {
-  return static_cast<ModuleCallbacks*>(user_of(ctx))->scopes_.numbered(slot);
+  auto& callbacks = *static_cast<ModuleCallbacks*>(user_of(ctx));
+  HostValue* value = callbacks.scopes_.numbered(slot);
+  if (Trace* trace = callbacks.site_.trace()) trace->slot_read(slot, value);
+  return value;
 }
 
 int ModuleCallbacks::call_function(const void* callee, HostContext ctx, HostValue* args, int nargs, HostValue* result) {
   auto& callbacks = *static_cast<ModuleCallbacks*>(user_of(ctx));
   const auto& called = *static_cast<const Callee*>(static_cast<const arrayfold::HostSymbol*>(callee));
-  return callbacks.call(called, args, nargs, *result) ? 1 : 0;
+  const auto call = [&] { return callbacks.call(called, args, nargs, *result) ? 1 : 0; };
+  Trace* trace = callbacks.site_.trace();
+  return trace ? trace->called_out(called.text.get(), args, nargs, result, call) : call();
 }
 
 bool ModuleCallbacks::call(const Callee& callee, HostValue* args, int nargs, HostValue& result) {

@@ -75,7 +75,8 @@ class Scopes {
   const Code& code_of(const std::shared_ptr<const Quotation>& quotation, const SourcePtr& source,
                       const VariableView& variables);
   /// The code of a value; null when it is of another kind, or its scope has ended.
-  const Code* find_code(const Value& value) const { return live_codes_.find(value.record()); }
+  const Code* find_code(const HostValue& value) const { return live_codes_.find(value); }
+  const Code* find_code(const Value& value) const { return find_code(value.record()); }
 
  private:
   friend class FrameScope;

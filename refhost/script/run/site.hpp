@@ -14,12 +14,13 @@ namespace hvm {
 /// Knows the source to which the spans of the running expressions belong.
 class Site {
  public:
-  /// `context` is what modules receive.
-  explicit Site(HostContext context) : context_(context) {}
+  /// `context` is what modules receive. Without a trace their calls are not told.
+  explicit Site(HostContext context, Trace* trace = nullptr) : context_(context), trace_(trace) {}
 
   const SourcePtr& source() const { return source_; }
   /// What a call of the module from `span` needs to know.
-  ModuleCaller caller(Span span) { return {context_, source_.get(), span.begin, shapes_, &kept_}; }
+  ModuleCaller caller(Span span) { return {context_, source_.get(), span.begin, shapes_, &kept_, trace_}; }
+  Trace* trace() const { return trace_; }
   /// The first exception in the calls out of the running module.
   KeptException& kept() { return kept_; }
 
@@ -39,6 +40,7 @@ class Site {
   friend class SourceScope;
 
   HostContext context_;
+  Trace* trace_;
   SourcePtr source_;
   RecentShapes shapes_;
   KeptException kept_;

@@ -15,32 +15,76 @@ namespace {
 constexpr std::size_t kept_calls = 8;
 constexpr std::size_t shown_columns = 100;
 
+/// Characters that would move the text of a terminal, or hide in it. They are shown as a question mark.
+bool is_shown_as_mark(char32_t c) {
+  const bool is_control = (c < 0x20 && c != '\t') || (c >= 0x7F && c < 0xA0);
+  const bool turns_direction = (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+  return is_control || turns_direction;
+}
+
+/// The columns that a character takes up where it is shown.
+std::size_t shown_width(char32_t c) {
+  constexpr std::size_t widest_tab = 8;
+  return c == '\t' ? widest_tab : is_shown_as_mark(c) ? 1 : display_width(c);
+}
+
+std::size_t shown_width(std::string_view text) {
+  std::size_t width = 0;
+  while (!text.empty()) width += shown_width(take_character(text));
+  return width;
+}
+
+/// The front of `text` that fits into so many columns.
+std::string_view fitting_front(std::string_view text, std::size_t columns) {
+  std::string_view rest = text;
+  std::size_t end = 0;
+  for (std::size_t width = 0; !rest.empty(); end = text.size() - rest.size())
+    if ((width += shown_width(take_character(rest))) > columns) break;
+  return text.substr(0, end);
+}
+
+/// The back of `text` that fits into so many columns.
+std::string_view fitting_back(std::string_view text, std::size_t columns) {
+  std::size_t width = shown_width(text);
+  while (width > columns) width -= shown_width(take_character(text));
+  return text;
+}
+
+/// A text as it is shown.
+std::string shown(std::string_view text) {
+  std::string out;
+  while (!text.empty()) {
+    const std::string_view before = text;
+    const char32_t c = take_character(text);
+    out += is_shown_as_mark(c) ? "?" : before.substr(0, before.size() - text.size());
+  }
+  return out;
+}
+
 /// Blanks as wide as `text`; a tab stays a tab.
 std::string blanks_under(std::string_view text) {
   std::string blanks;
   while (!text.empty()) {
     const char32_t c = take_character(text);
-    blanks += c == '\t' ? "\t" : std::string(display_width(c), ' ');
+    blanks += c == '\t' ? "\t" : std::string(shown_width(c), ' ');
   }
   return blanks;
 }
 
-/// The line and a caret under its column, which counts characters from 1. A line beyond the width is cut around the
-/// column.
+/// The line and a caret under its column, which counts characters from 1. A line that is too wide is cut around the
+/// caret.
 std::string caret_lines(std::string_view line, std::size_t column) {
-  const std::size_t first = column > shown_columns ? column - shown_columns / 2 : 0;
-  const std::size_t begin = character_offset(line, first);
-  const std::size_t end = character_offset(line, first + shown_columns);
   const std::size_t caret = character_offset(line, column - 1);
-  const std::string_view lead = first > 0 ? "..." : "";
-  const std::string under = std::string(lead.size(), ' ') + blanks_under(line.substr(begin, caret - begin));
-  std::string shown{line.substr(begin, end - begin)};
-  for (char& c : shown)
-    if (static_cast<unsigned char>(c) < 0x20 && c != '\t') c = '?';
-  return fmt::format("    {}{}{}\n    {}^\n", lead, shown, end < line.size() ? "..." : "", under);
+  const std::string_view before = line.substr(0, caret);
+  const bool is_cut = shown_width(before) > shown_columns;
+  const std::string_view front = is_cut ? fitting_back(before, shown_columns / 2) : before;
+  const std::string_view whole = line.substr(before.size() - front.size());
+  const std::string_view part = fitting_front(whole, std::max(shown_columns, shown_width(front) + 1));
+  const std::string_view lead = is_cut ? "..." : "";
+  const std::string under = std::string(lead.size(), ' ') + blanks_under(front);
+  return fmt::format("    {}{}{}\n    {}^\n", lead, shown(part), part.size() < whole.size() ? "..." : "", under);
 }
 
-/// How many letters differ, are missing, or have changed places with their neighbours.
 std::size_t edit_distance(std::string_view a, std::string_view b) {
   std::vector<std::size_t> before(b.size() + 1);
   std::vector<std::size_t> above(b.size() + 1);

@@ -222,20 +222,21 @@ ExpressionPtr ExpressionParser::integer(const Token& token, bool is_negative, Sp
 }
 
 ExpressionPtr ExpressionParser::parenthesized() {
-  cursor_.take();
+  cursor_.open();
   ExpressionPtr inner = expression();
-  cursor_.expect(TokenKind::right_paren, "behind the expression");
+  if (cursor_.is_at(TokenKind::comma)) cursor_.refuse_foreign(ForeignPlace::parenthesis);
+  cursor_.close("behind the expression");
   return inner;
 }
 
 ExpressionPtr ExpressionParser::table() {
-  const Span begin = cursor_.take().span;
+  const Span begin = cursor_.open().span;
   TableLiteral table;
   while (!cursor_.is_at(TokenKind::right_bracket)) {
     table.entries.push_back(table_entry());
     if (!cursor_.accept(TokenKind::comma)) break;
   }
-  const Span end = cursor_.expect(TokenKind::right_bracket, "or ',' in the table").span;
+  const Span end = cursor_.close("or ',' in the table").span;
   return made(joined(begin, end), std::move(table));
 }
 
@@ -254,40 +255,45 @@ ExpressionPtr ExpressionParser::variable() {
 
 ExpressionPtr ExpressionParser::call() {
   Token name = cursor_.take();
-  cursor_.take();
   const std::size_t quotations_before = quotation_count_;
-  Expressions arguments = list(TokenKind::right_paren, "or ',' behind the argument");
+  Expressions arguments = call_arguments();
   const bool has_quotation = quotation_count_ > quotations_before;
   return made({name.span.begin, cursor_.previous().span.end},
               Call{std::move(name.text), std::move(arguments), has_quotation});
 }
 
-Expressions ExpressionParser::list(TokenKind closing, const char* purpose) {
+Expressions ExpressionParser::call_arguments() {
+  cursor_.open();
   Expressions items;
-  if (cursor_.accept(closing)) return items;
+  if (cursor_.accept_close()) return items;
   do items.push_back(expression());
   while (cursor_.accept(TokenKind::comma));
-  cursor_.expect(closing, purpose);
+  cursor_.close("or ',' behind the argument");
   return items;
 }
 
 Suffix ExpressionParser::method_call() {
   const Span begin = cursor_.take().span;
   Token name = cursor_.expect(TokenKind::name, "of a method behind '.'");
-  if (!cursor_.is_at(TokenKind::left_paren))
-    cursor_.fail(fmt::format("a method is called with parentheses: .{}()", name.text), name.span);
-  cursor_.take();
-  Expressions arguments = list(TokenKind::right_paren, "or ',' behind the argument");
+  if (!cursor_.is_at(TokenKind::left_paren)) fail_member(name);
+  Expressions arguments = call_arguments();
   return {{begin.begin, cursor_.previous().span.end}, MethodCall{std::move(name.text), std::move(arguments)}};
 }
 
+void ExpressionParser::fail_member(const Token& name) const {
+  const std::string_view advice = foreign_advice(ForeignPlace::member, name.text);
+  if (!advice.empty()) cursor_.fail(fmt::format("there is no '.{}'; {}", name.text, advice), name.span);
+  cursor_.fail(fmt::format("a method is called with parentheses: .{}()", name.text), name.span);
+}
+
 Suffix ExpressionParser::index() {
-  const Span begin = cursor_.take().span;
+  const Span begin = cursor_.open().span;
   if (cursor_.is_at(TokenKind::right_bracket)) cursor_.fail("an index expected between the brackets");
   Index index;
   do index.indices.push_back(index_item());
   while (cursor_.accept(TokenKind::comma));
-  cursor_.expect(TokenKind::right_bracket, "or ',' behind the index");
+  if (cursor_.is_at(TokenKind::colon)) cursor_.refuse_foreign(ForeignPlace::index);
+  cursor_.close("or ',' behind the index");
   return {{begin.begin, cursor_.previous().span.end}, std::move(index)};
 }
 

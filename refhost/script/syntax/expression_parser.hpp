@@ -53,7 +53,8 @@ class ExpressionParser {
   Suffix method_call();
   Suffix index();
   ExpressionPtr index_item();
-  Expressions list(TokenKind closing, const char* purpose);
+  Expressions call_arguments();
+  [[noreturn]] void fail_member(const Token& name) const;
 
   // Quotations.
   ExpressionPtr quotation();

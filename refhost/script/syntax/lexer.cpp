@@ -9,6 +9,7 @@
 #include <limits>
 
 #include "script/syntax/diagnostics.hpp"
+#include "script/syntax/foreign_words.hpp"
 #include "script/syntax/string_literals.hpp"
 #include "script/syntax/unicode.hpp"
 
@@ -216,7 +217,10 @@ class Lexer {
 
   [[noreturn]] void unknown_character() const {
     const auto c = static_cast<unsigned char>(text_[at_]);
-    if (c == '!') fail("unexpected character '!'; a condition is negated by 'not'", at_, at_ + 1);
+    if (const std::string_view sign = foreign_sign(text_.substr(at_)); !sign.empty())
+      fail(fmt::format("unexpected {} '{}'; {}", character_count(sign) == 1 ? "character" : "characters", sign,
+                       foreign_advice(ForeignPlace::character, sign)),
+           at_, at_ + sign.size());
     if (c < 0x20 || c == 0x7F) fail(fmt::format("unexpected control character 0x{:02X}", c), at_, at_ + 1);
     std::size_t end = at_ + 1;
     while (end < text_.size() && (static_cast<unsigned char>(text_[end]) & 0xC0) == 0x80) ++end;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "script/syntax/diagnostics.hpp"
 #include "script/syntax/expression_parser.hpp"
 
 namespace hvm {
@@ -59,36 +60,96 @@ class Parser {
  private:
   // ---- Blocks
 
-  /// Statements up to a keyword that ends a block, which is not taken. `opening` is the block's first token, for
-  /// messages.
+  /// Statements up to a keyword that ends a block, which is not taken. `opening` is the first token of the statement
+  /// that the block belongs to.
   Block block(const Token& opening) {
     const NestingLevel level(depth_, cursor_);
     Block statements;
     for (cursor_.skip_separators(); !ends_block(cursor_.current().kind); cursor_.skip_separators()) {
       if (cursor_.is_at(TokenKind::end_of_source)) fail_unclosed(opening);
       require_no_assigned_keyword();
-      if (cursor_.is_at(TokenKind::kw_fn)) cursor_.fail("a fn is allowed at the outermost level only");
+      if (cursor_.is_at(TokenKind::kw_fn)) fail_inner_fn(opening);
       statements.push_back(statement());
+      remember_foreign(statements.back());
       end_of_statement();
     }
     return statements;
   }
 
+  /// The script ends before the block of `opening` does. What looks like the cause is reported where it is.
   [[noreturn]] void fail_unclosed(const Token& opening) {
-    const std::size_t line = cursor_.source()->line(opening.span.begin);
-    cursor_.fail_expected(fmt::format("'end' for the {} of line {}", described(opening.kind), line));
+    const auto fail = [&](std::string message, Span span) {
+      throw ScriptError(std::move(message), cursor_.source(), span, Completeness::incomplete);
+    };
+    const std::size_t begin = opening.span.begin;
+    if (foreign_ && foreign_->begin > begin) fail(foreign_message(), *foreign_);
+    if (else_if_ && else_if_->begin > begin)
+      fail("'else if' begins an 'if' of its own, which needs its own 'end'; write 'elseif'", *else_if_);
+    if (displaced_ && displaced_->opening.begin >= begin)
+      fail(fmt::format("{} has no 'end': the 'end' of line {} stands further left", displaced_->word,
+                       cursor_.source()->line(displaced_->end.begin)),
+           displaced_->opening);
+    throw ScriptError(fmt::format("{} has no 'end'", described(opening.kind)), cursor_.source(), opening.span,
+                      Completeness::incomplete);
+  }
+
+  std::string foreign_message() const {
+    const std::string_view word = cursor_.source()->text(*foreign_);
+    return fmt::format("unexpected '{}'; {}", word, foreign_advice(ForeignPlace::alone, word));
+  }
+
+  /// A fn inside a block. When it stands further left than the statement of the block, that lacks its end.
+  [[noreturn]] void fail_inner_fn(const Token& opening) {
+    const Span here = cursor_.current().span;
+    const auto outer = indent(opening.span.begin);
+    const auto inner = indent(here.begin);
+    if (outer && inner && (*inner < *outer || (opening.kind == TokenKind::kw_fn && *inner == *outer)))
+      cursor_.fail(fmt::format("{} has no 'end' before the 'fn' of line {}", described(opening.kind),
+                               cursor_.source()->line(here.begin)),
+                   opening.span);
+    cursor_.fail("a fn is allowed at the outermost level only");
+  }
+
+  /// Takes the 'end' of a statement.
+  void end_of_block(const Token& opening) {
+    if (!cursor_.is_at(TokenKind::kw_end)) cursor_.fail_expected(fmt::format("'end' for {}", described(opening.kind)));
+    const Span end = cursor_.take().span;
+    const auto outer = indent(opening.span.begin);
+    const auto inner = indent(end.begin);
+    if (outer && inner && *inner < *outer && !displaced_)
+      displaced_ = DisplacedEnd{described(opening.kind), opening.span, end};
   }
 
   Block block_with_end(const Token& opening) {
     Block body = block(opening);
-    cursor_.expect(TokenKind::kw_end, fmt::format("for {}", described(opening.kind)).c_str());
+    end_of_block(opening);
     return body;
+  }
+
+  void require_no_foreign_word(const Token& opening) const {
+    if (foreign_ && foreign_->begin > opening.span.begin) cursor_.fail(foreign_message(), *foreign_);
+  }
+
+  /// The blanks before `offset` on its line; no value when something else stands there, too.
+  std::optional<std::size_t> indent(std::size_t offset) const {
+    const std::string_view before = std::string_view(cursor_.source()->text()).substr(0, offset);
+    const std::size_t begin = before.find_last_not_of(" \t") + 1;  // npos + 1 is 0
+    const bool begins_line = begin == 0 || before[begin - 1] == '\n';
+    return begins_line ? std::optional(before.size() - begin) : std::nullopt;
+  }
+
+  /// Remembers a statement that is a word of another language: it may be the cause when a block does not end.
+  void remember_foreign(const Statement& read) {
+    const auto* form = std::get_if<ExpressionStatement>(&read.form);
+    const auto* word = form ? std::get_if<Variable>(&form->expression->form) : nullptr;
+    if (word && !foreign_ && !foreign_advice(ForeignPlace::alone, word->name).empty()) foreign_ = read.span;
   }
 
   void end_of_statement() {
     const TokenKind kind = cursor_.current().kind;
     const bool is_end = kind == TokenKind::newline || kind == TokenKind::semicolon || kind == TokenKind::end_of_source;
     if (is_end || (depth_ > 0 && ends_block(kind))) return;
+    cursor_.refuse_foreign(ForeignPlace::statement_end);
     cursor_.fail_expected("the end of the statement");
   }
 
@@ -101,6 +162,8 @@ class Parser {
   }
 
   Statement statement() {
+    cursor_.begin_statement();
+    if (cursor_.is_at(TokenKind::colon)) cursor_.refuse_foreign(ForeignPlace::statement);
     const std::size_t begin = cursor_.current().span.begin;
     Statement parsed{{}, form()};
     parsed.span = {begin, cursor_.previous().span.end};
@@ -139,21 +202,31 @@ class Parser {
     ExpressionPtr parsed = expressions_.expression();
     const bool has_word = cursor_.accept(TokenKind::kw_then) || cursor_.accept(TokenKind::kw_do);
     const bool has_end = cursor_.is_at(TokenKind::newline) || cursor_.is_at(TokenKind::semicolon);
-    if (!has_word && !has_end) cursor_.fail_expected("the end of the line, ';', 'then' or 'do'");
-    return parsed;
+    if (has_word || has_end) return parsed;
+    cursor_.refuse_foreign(ForeignPlace::header);
+    cursor_.fail_expected("the end of the line, ';', 'then' or 'do'");
   }
 
   If conditional() {
     If parsed;
-    Token opening = cursor_.current();
+    const Token opening = cursor_.current();
     do {
-      opening = cursor_.take();
+      cursor_.take();
       ExpressionPtr tested = condition();
       parsed.arms.push_back({std::move(tested), block(opening)});
     } while (cursor_.is_at(TokenKind::kw_elseif));
-    if (cursor_.accept(TokenKind::kw_else)) parsed.otherwise = block(opening);
-    cursor_.expect(TokenKind::kw_end, "for 'if'");
+    if (cursor_.accept(TokenKind::kw_else)) {
+      remember_else_if();
+      parsed.otherwise = block(opening);
+    }
+    end_of_block(opening);
     return parsed;
+  }
+
+  /// Remembers an 'if' right behind 'else': it may be meant as 'elseif'.
+  void remember_else_if() {
+    if (cursor_.is_at(TokenKind::kw_if) && !else_if_)
+      else_if_ = joined(cursor_.previous().span, cursor_.current().span);
   }
 
   While loop() {
@@ -165,7 +238,9 @@ class Parser {
   For iteration() {
     const Token opening = cursor_.take();
     For parsed;
+    if (cursor_.is_at(TokenKind::left_paren)) cursor_.refuse_foreign(ForeignPlace::loop);
     parsed.variable = assigned_variable();
+    if (cursor_.is_at(TokenKind::assign)) cursor_.refuse_foreign(ForeignPlace::loop);
     if (cursor_.accept(TokenKind::comma)) parsed.key = std::exchange(parsed.variable, assigned_variable());
     cursor_.expect(TokenKind::kw_in, "behind the variable");
     parsed.sequence = condition();
@@ -191,10 +266,11 @@ class Parser {
     const Token opening = cursor_.take();
     Try parsed;
     parsed.body = block(opening);
-    const Token catching = cursor_.expect(TokenKind::kw_catch, "for 'try'");
+    if (!cursor_.is_at(TokenKind::kw_catch)) require_no_foreign_word(opening);
+    cursor_.expect(TokenKind::kw_catch, "for 'try'");
     parsed.variable = assigned_variable();
-    parsed.handler = block(catching);
-    cursor_.expect(TokenKind::kw_end, "for 'try'");
+    parsed.handler = block(opening);
+    end_of_block(opening);
     return parsed;
   }
 
@@ -262,14 +338,15 @@ class Parser {
   }
 
   void parameters(Function& function) {
-    cursor_.expect(TokenKind::left_paren, "behind the name of the fn");
+    if (!cursor_.is_at(TokenKind::left_paren)) cursor_.expect(TokenKind::left_paren, "behind the name of the fn");
+    cursor_.open();
     while (!cursor_.is_at(TokenKind::right_paren)) {
       const Token name = cursor_.expect(TokenKind::name, "for a parameter");
       if (locals_->find(name.text)) cursor_.fail(fmt::format("two parameters are called '{}'", name.text), name.span);
       locals_->slot_of(name.text);
       if (!cursor_.accept(TokenKind::comma)) break;
     }
-    cursor_.expect(TokenKind::right_paren, "or ',' behind the parameter");
+    cursor_.close("or ',' behind the parameter");
     function.parameter_count = locals_->size();
   }
 
@@ -297,6 +374,16 @@ class Parser {
   ExpressionParser expressions_;
   NameTable& globals_;
   std::optional<NameTable> locals_;  // of the fn that is being read
+
+  // What may be the cause when a block does not end, each the first of the script.
+  struct DisplacedEnd {
+    const char* word;
+    Span opening;
+    Span end;
+  };
+  std::optional<DisplacedEnd> displaced_;  // an 'end' further left than its statement
+  std::optional<Span> else_if_;
+  std::optional<Span> foreign_;  // a statement that is a word of another language
 };
 
 }  // namespace

@@ -45,7 +45,9 @@ ExpressionPtr ExpressionParser::quotation() {
   quoted(*quotation);
   --quotation_depth_;
   quotation->variables.assign(variables_.begin() + static_cast<std::ptrdiff_t>(known), variables_.end());
-  return made({begin, cursor_.previous().span.end}, QuotationLiteral{std::move(quotation)});
+  const Span span{begin, cursor_.previous().span.end};
+  quotation->span = span;
+  return made(span, QuotationLiteral{std::move(quotation)});
 }
 
 void ExpressionParser::quoted(Quotation& quotation) {
@@ -72,16 +74,17 @@ void ExpressionParser::quoted(Quotation& quotation) {
 void ExpressionParser::quoted_name(Quotation& quotation) {
   if (!cursor_.is_at(TokenKind::name)) cursor_.fail_expected(quotable);
   quotation.subject = variable();
-  quotation.has_arguments = cursor_.accept(TokenKind::left_paren);
+  quotation.has_arguments = cursor_.is_at(TokenKind::left_paren);
   if (quotation.has_arguments) quotation.arguments = quoted_arguments();
 }
 
 Expressions ExpressionParser::quoted_arguments() {
+  cursor_.open();
   Expressions arguments;
-  if (cursor_.accept(TokenKind::right_paren)) return arguments;
+  if (cursor_.accept_close()) return arguments;
   do arguments.push_back(quoted_argument());
   while (cursor_.accept(TokenKind::comma));
-  cursor_.expect(TokenKind::right_paren, "or ',' behind the argument");
+  cursor_.close("or ',' behind the argument");
   return arguments;
 }
 
@@ -100,7 +103,7 @@ ExpressionPtr ExpressionParser::quoted_argument() {
 
 ExpressionPtr ExpressionParser::data_literal() {
   const NestingLevel level(depth_, cursor_);
-  const Span begin = cursor_.take().span;
+  const Span begin = cursor_.open().span;
   if (cursor_.is_at(TokenKind::right_bracket)) cursor_.fail("a data literal needs an element in every row");
   TableLiteral row;
   bool holds_rows = false;
@@ -108,7 +111,7 @@ ExpressionPtr ExpressionParser::data_literal() {
     row.entries.push_back({nullptr, data_element(row.entries.empty(), holds_rows)});
     if (!cursor_.accept(TokenKind::comma)) break;
   }
-  const Span end = cursor_.expect(TokenKind::right_bracket, "or ',' in the data literal").span;
+  const Span end = cursor_.close("or ',' in the data literal").span;
   return made(joined(begin, end), std::move(row));
 }
 

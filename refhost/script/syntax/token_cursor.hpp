@@ -3,7 +3,10 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+#include <vector>
 
+#include "script/syntax/foreign_words.hpp"
 #include "script/syntax/lexer.hpp"
 
 namespace hvm {
@@ -27,15 +30,43 @@ class TokenCursor {
   void skip_newlines();
   void skip_separators();
 
+  /// Takes an opening bracket. `close` or `accept_close` must follow when its content has been read.
+  Token open();
+  /// Takes the bracket that closes the one opened last; otherwise fails as `expect` does, or with what is wrong with
+  /// the brackets.
+  Token close(const char* purpose);
+  /// Takes the bracket that closes the one opened last, if it is here.
+  bool accept_close();
+
+  /// Remembers that a statement begins here, for messages.
+  void begin_statement() { statement_ = at_; }
+
   [[noreturn]] void fail(std::string message) const;
   [[noreturn]] void fail(std::string message, Span span) const;
-  /// Fails with what was expected at the current token; suggests '==' at an assignment.
+  /// Fails with what was expected at the current token, or with the likely cause: an open bracket, a form of another
+  /// language, an assignment.
   [[noreturn]] void fail_expected(const std::string& what) const;
+  /// Fails when the current token is a word or sign of another language at this place.
+  void refuse_foreign(ForeignPlace place) const;
 
  private:
+  /// The text of the token at an index.
+  std::string_view text(std::size_t index) const { return source_->text(tokens_[index].span); }
+  /// The text of the tokens at an index and behind it when no blank is between them; empty when there is one.
+  std::string_view joined_text(std::size_t index) const;
+  bool is_closed_later() const;
+  TokenKind closing_kind() const;
+  [[noreturn]] void fail_unclosed() const;
+  [[noreturn]] void fail_named_argument() const;
+  bool is_named_argument() const;
+  void refuse_foreign_joined(std::size_t index) const;
+  void refuse_foreign_forms() const;
+
   SourcePtr source_;
   std::vector<Token> tokens_;
   std::size_t at_ = 0;
+  std::size_t statement_ = 0;
+  std::vector<std::size_t> open_;  // the opening brackets whose content is being read, by their index
 };
 
 bool is_assignment(TokenKind kind);

@@ -146,6 +146,7 @@ struct Quotation {
     labelled,  // @label: name, @label: name(arguments)
     data       // @[...]
   };
+  Span span;
   Form form = Form::plain;
   std::string label;
   ExpressionPtr subject;  // a Variable; of a data literal a TableLiteral of literals, variables and rows

@@ -73,18 +73,14 @@ TEST(Expectations, ThatAreNotMet_FailWithExpectedAndGot) {
 
 TEST(Expectations, OfABlockThatStaysOpen_AreMetByTheErrorAtTheEnd) {
   for (const char* script :
-       {"if 1 then # expect error: 'end' for the 'if' of line 1", "if 1 then\n# expect error: 'end' for the 'if'\n",
-        "if 1 then\nprint(1) # expect error: 'end' for the 'if'\n",
-        "print(1) # expect: 1\nif 1 then # expect error: 'end' for the 'if'",
-        "print(1) # expect: 1\nx = f( # expect error: expected"})
+       {"if 1 then # expect error: 'if' has no 'end'", "if 1 then\n# expect error: 'if' has no 'end'\n",
+        "if 1 then\nprint(1) # expect error: 'if' has no 'end'\n",
+        "print(1) # expect: 1\nif 1 then # expect error: 'if' has no 'end'",
+        "print(1) # expect: 1\nx = f( # expect error: '(' is not closed"})
     expect_passed(script);
-  expect_failed(
-      "if 1 then # expect error: other",
-      "a.hvm:1: expected error: other; got error: 'end' for the 'if' of line 1 expected, but here is the end of "
-      "the script");
-  expect_failed("if 1 then\nx = ) # expect error: an expression",
-                "a.hvm:2: error: 'end' for the 'if' of line 1 expected, but here is the end of the script");
-  expect_failed("print(1) # expect: 1\nif 1 then\nx = 1 # expect error: 'end' for the 'if'",
+  expect_failed("if 1 then # expect error: other", "a.hvm:1: expected error: other; got error: 'if' has no 'end'");
+  expect_failed("if 1 then\nx = ) # expect error: an expression", "a.hvm:1: error: 'if' has no 'end'");
+  expect_failed("print(1) # expect: 1\nif 1 then\nx = 1 # expect error: 'if' has no 'end'",
                 "a.hvm:1: expected 1; nothing was printed");
 }
 

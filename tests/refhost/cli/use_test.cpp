@@ -97,7 +97,7 @@ TEST(Use, OfAScriptThatFails_NamesBothPlaces) {
   expect_error(script, "1\n", place.path() + "/b.hvm:2:7: error: '/' by the integer zero\n");
   EXPECT_THAT(run_toy({script}).err, EndsWith("  in " + place.path() + "/b.hvm, used at " + script + ":2:1\n"));
   place.write("b.hvm", "print(1)\nx = (");
-  expect_error(script, "", "b.hvm:2:6: error: an expression expected");
+  expect_error(script, "", "b.hvm:2:5: error: '(' is not closed");
 }
 
 TEST(Use, OfAScriptWithAFnOfTheSameName_IsAnError) {

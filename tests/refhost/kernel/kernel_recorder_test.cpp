@@ -150,5 +150,100 @@ TEST_F(KernelRecorder, Subjects_AndNumbers_AreWhatTheOperationIsAbout) {
   EXPECT_EQ(calls[4].number, -2);
 }
 
+using Form = RecordedOperand::Form;
+
+TEST_F(KernelRecorder, OperandsAndResults_AreWhatWasPassedAndAnswered) {
+  Value value, key(7), table = Value::table();
+  HostHash* hash = table_of(table.record());
+  record_calls(true);
+  HVM_SetInt(ctx(), value.address(), 5);
+  const int read = HVM_AsInt(value.address());
+  HVM_SetReal(ctx(), value.address(), 2.5);
+  HVM_AsDouble(value.address());
+  HVM_AnyCheck(value.address());
+  const HostValue* slot = HVM_HashSet(ctx(), hash, key.address());
+  int low = 0, high = 0;
+  HVM_HashGetBounds(hash, &low, &high);
+  HVM_SetStringEx(ctx(), value.address(), "abc", 2);
+  HostAny* made = HVM_NewAny(ctx(), Toy::name, 0, 0);
+  HVM_SetTypeAny(ctx(), value.address(), made);
+  const auto calls = recorded_calls();
+  record_calls(false);
+  ASSERT_EQ(calls.size(), 10u);
+  const auto operand = [&](std::size_t call, std::size_t n) { return calls[call].operands[n]; };
+  EXPECT_EQ(calls[0].operand_count, 2u);
+  EXPECT_EQ(operand(0, 0).form, Form::record);
+  EXPECT_EQ(operand(0, 0).pointer, value.address());
+  EXPECT_EQ(operand(0, 1).form, Form::integer);
+  EXPECT_EQ(operand(0, 1).number, 5);
+  EXPECT_EQ(calls[0].result.form, Form::nothing);
+  EXPECT_EQ(calls[1].result.form, Form::integer);
+  EXPECT_EQ(calls[1].result.number, read);
+  EXPECT_EQ(operand(2, 1).form, Form::real);
+  EXPECT_EQ(operand(2, 1).real, 2.5);
+  EXPECT_EQ(calls[3].result.real, 2.5);
+  EXPECT_EQ(calls[4].result.form, Form::truth);
+  EXPECT_EQ(calls[4].result.number, 0);
+  EXPECT_EQ(operand(5, 0).form, Form::table);
+  EXPECT_EQ(operand(5, 1).form, Form::key);
+  EXPECT_EQ(operand(5, 1).pointer, key.address());
+  EXPECT_EQ(calls[5].result.pointer, slot);
+  EXPECT_EQ(calls[6].result.form, Form::bounds);
+  EXPECT_EQ(calls[6].result.number, low);
+  EXPECT_EQ(calls[6].result.high, high);
+  EXPECT_EQ(operand(7, 1).form, Form::text);
+  EXPECT_EQ(operand(7, 1).number, 2);
+  EXPECT_EQ(operand(7, 2).number, 2);
+  EXPECT_EQ(calls[8].result.form, Form::object);
+  EXPECT_EQ(calls[8].result.pointer, made);
+  EXPECT_EQ(operand(9, 1).pointer, made);
+}
+
+/// Keeps what it is told, as words.
+struct Listener : CallSink {
+  std::size_t begin(const RecordedCall& call) noexcept override {
+    heard.push_back(std::string("begin ") + call.operation);
+    return heard.size();
+  }
+  void end(std::size_t number, const RecordedOperand&) noexcept override {
+    heard.push_back("end of " + std::to_string(number));
+  }
+  std::vector<std::string> heard;
+};
+
+struct Counting {
+  static constexpr char name[] = "$counting";
+  static void* create() { return new int(0); }
+  static void destroy(HostContext, void* content) {
+    HVM_GetGlobalNilObj();
+    delete static_cast<int*>(content);
+  }
+};
+
+TEST_F(KernelRecorder, ASink_HearsTheBeginAndTheEndOfEachOperation) {
+  HVM_RegisterAnyMan(Counting::name,
+                     HVM_NewAnyMan(Counting::name, Counting::create, Counting::destroy, nullptr, nullptr, nullptr));
+  Value value = Value::object(ctx(), Counting::name);
+  Listener listener;
+  EXPECT_EQ(send_calls_to(&listener), nullptr);
+  HVM_SetInt(ctx(), value.address(), 1);  // ends the object, whose type asks for the nil object
+  HVM_AsInt(value.address());
+  EXPECT_EQ(send_calls_to(nullptr), &listener);
+  HVM_AsInt(value.address());
+  EXPECT_EQ(listener.heard, (std::vector<std::string>{"begin HVM_SetInt", "begin HVM_GetGlobalNilObj", "end of 2",
+                                                      "end of 1", "begin HVM_AsInt", "end of 5"}));
+  forget_type(Counting::name);
+}
+
+TEST_F(KernelRecorder, Objects_AreNumberedAsTheyAreMade) {
+  const Value first = new_toy();
+  const std::uint64_t number = number_of(object_of(first.record()));
+  EXPECT_GT(number, 0u);
+  { const Value gone = new_toy(); }
+  const Value third = new_toy();
+  EXPECT_EQ(number_of(object_of(third.record())), number + 2);
+  EXPECT_EQ(number_of(nullptr), 0u);
+}
+
 }  // namespace
 }  // namespace hvm::testing

@@ -72,7 +72,9 @@ TEST(Strings, HaveCharactersAndRangesOfThem) {
   EXPECT_EQ(row("s[1.0]"), "!the position in a string is an integer, not a real");
   EXPECT_EQ(row("s[:\"b\"]"), "!the position in a string is an integer, not a string");
   EXPECT_EQ(row("s[0, 1]"), "!a string takes one index, not 2");
-  EXPECT_EQ(row("s[0, 1:2]"), "!a range of keys is allowed in quotations only");
+  EXPECT_EQ(row("s[0, 1:2]"),
+            "!a range of keys is allowed in quotations only; row(a, i), column(a, j) and slice(a, from, to) take parts "
+            "of an array, after use \"arrays\"");
 }
 
 TEST(Strings, WideOnes_HaveCharactersOfTheirOwnKind) {
@@ -88,9 +90,12 @@ TEST(Strings, WideOnes_HaveCharactersOfTheirOwnKind) {
 }
 
 TEST(Ranges, OfAnythingButAString_AreErrors) {
-  expect_outputs({{"t = [1, 2]; print(t[0:1])", "!a range of keys is allowed in quotations only"},
-                  {"a = toy_int(3); print(a[0:1])", "!a range selects characters of a string, and this is $xintarray"},
-                  {"x = 5; print(x[:])", "!a range selects characters of a string, and this is an int"}});
+  expect_outputs(
+      {{"t = [1, 2]; print(t[0:1])", "!a range of keys is allowed in quotations only"},
+       {"a = toy_int(3); print(a[0:1])",
+        "!a range selects characters of a string, and this is $xintarray; slice(a, from, to) takes a part of an array, "
+        "after use \"arrays\""},
+       {"x = 5; print(x[:])", "!a range selects characters of a string, and this is an int"}});
 }
 
 TEST(Nil, IsALiteralAndComparedWithEverything) {

@@ -35,6 +35,45 @@ TEST(Diagnostics, Caret_StandsUnderWideAndBehindCombiningCharacters) {
             "    x = \"e\xCC\x81\" ! 1\n            ^\n");
 }
 
+/// The columns before the caret, without the four blanks in front of both lines.
+std::size_t caret_column(const std::string& report) {
+  const std::size_t line = report.rfind('\n', report.size() - 2) + 1;
+  return report.find('^', line) - line - 4;
+}
+
+TEST(Diagnostics, CaretColumn_IsTheWidthOfWhatStandsBefore) {
+  struct Row {
+    const char* text;
+    std::size_t width;
+  };
+  for (const Row& row : {Row{"abc", 3}, Row{"\xE6\xBC\xA2\xE5\xAD\x97", 4},  // two wide characters
+                         Row{"e\xCC\x81", 1},                                // a combining accent
+                         Row{"\xF0\x9F\x98\x80", 2},                         // an emoji
+                         Row{"a\xE2\x80\x8B\x62", 2},                        // a zero-width space
+                         Row{"\xEF\xBD\xB1", 1},                             // a narrow form of a wide character
+                         Row{"\xEF\xBC\xA1", 2},                             // a wide form of a narrow one
+                         Row{"\xEA\xB0\x80", 2},                             // Hangul
+                         Row{"\xE2\x80\xAE", 1},                             // a change of direction, shown as a mark
+                         Row{"\xC2\x9B", 1},                                 // a control character, shown as a mark
+                         Row{"\x7F", 1}}) {
+    const std::string script = std::string("x = \"") + row.text + "\" ~";
+    EXPECT_EQ(caret_column(error_of(script).report()), 7 + row.width) << row.text;
+  }
+}
+
+TEST(Diagnostics, Report_ShowsControlCharactersAsMarks) {
+  const std::string report = error_of("x = \"\x1B[31m\xC2\x9B\xE2\x80\xAE\x7F\" ~").report();
+  EXPECT_NE(report.find("    x = \"?[31m???\" ~\n"), std::string::npos) << report;
+}
+
+TEST(Diagnostics, Report_CutsLinesOfWideCharactersByTheirWidth) {
+  std::string wide;
+  for (int i = 0; i < 300; ++i) wide += "\xE6\xBC\xA2";
+  const std::string report = error_of("x = \"" + wide + "\" ~ \"" + wide + "\"").report();
+  EXPECT_EQ(caret_column(report), 3u + 50) << report;
+  EXPECT_LT(report.size(), 400u) << report;
+}
+
 TEST(Diagnostics, Suggestion_NamesTheNearestCandidate) {
   EXPECT_EQ(suggestion("xsumm", {"xsort", "xsum", "print"}), " (did you mean 'xsum'?)");
   EXPECT_EQ(suggestion("entirely", {"xsort", "xsum"}), "");

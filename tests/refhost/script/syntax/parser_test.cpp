@@ -146,7 +146,7 @@ TEST(Parser, LoopVariablesAndCaughtErrors_AreLocalInAFn) {
 TEST(Parser, Errors_SayWhatIsWrong) {
   const Row rows[] = {
       {"if a = b\nend", "an assignment is not an expression; did you mean =="},
-      {"print(a = b)", "an assignment is not an expression; did you mean =="},
+      {"print(a = b)", "an assignment is not an expression, and a call takes no named arguments; did you mean =="},
       {"while a += 1\nend", "an assignment is not an expression"},
       {"use = 1", "'use' is a word of the language, not a name for a variable"},
       {"fn = 1", "'fn' is a word of the language, not a name for a variable"},
@@ -206,9 +206,9 @@ TEST(Parser, Errors_SayWhatIsWrong) {
       {"a = 1 2", "the end of the statement expected, but here is a number"},
       {"a b", "the end of the statement expected, but here is a name"},
       {"end", "'end' without a block"},
-      {"if a\nb", "'end' for the 'if' of line 1 expected, but here is the end of the script"},
+      {"if a\nb", "'if' has no 'end'"},
       {"if a b end", "the end of the line, ';', 'then' or 'do' expected, but here is a name"},
-      {"f(1, 2", "')' or ',' behind the argument expected, but here is the end of the script"},
+      {"f(1, 2", "'(' is not closed"},
       {"a.b", "a method is called with parentheses: .b()"},
       {"a[]", "an index expected between the brackets"},
       {"f(1)(2)", "only a name can be called"},
@@ -224,6 +224,65 @@ TEST(Parser, Errors_SayWhatIsWrong) {
   for (const Row& row : rows) EXPECT_EQ(error_of(row.text).message(), row.expected) << row.text;
 }
 
+TEST(Parser, ABracketThatIsNotClosed_IsReportedWhereItOpens) {
+  const Row rows[] = {
+      {"x = (1 + 2", "1:5 '(' is not closed"},
+      {"x = f(1, [2, 3", "1:10 '[' is not closed"},
+      {"print((1 + 2)", "1:6 '(' is not closed"},
+      {"a = @int(1, 2", "1:9 '(' is not closed"},
+      {"a = @[[1.0, 2.0], [3.0", "1:19 '[' is not closed"},
+      {"x = a[1, 2", "1:6 '[' is not closed"},
+      {"x = a.dump(1", "1:11 '(' is not closed"},
+      {"fn f(a, b\nend", "1:5 '(' is not closed"},
+      {"y = [1,\n2\nz = 3\n", "1:5 '[' is not closed"},
+      {"y = [1,\n2,\nz = 3\n", "1:5 '[' is not closed"},
+      {"x = (1 + 2\ny = 3\nprint([1])", "1:5 '(' is not closed"},
+      {"f(1, 2\nprint(3)\n", "1:2 '(' is not closed"},
+      // A bracket that is closed is not the cause.
+      {"t = [1, 2\n3, 4]", "2:1 ']' or ',' in the table expected, but here is a number"},
+      {"f(1 2)", "1:5 ')' or ',' behind the argument expected, but here is a number"},
+  };
+  for (const Row& row : rows) EXPECT_EQ(placed_error_of(row.text), row.expected) << row.text;
+}
+
+TEST(Parser, AWrongClosingBracket_NamesTheOneThatItShouldClose) {
+  const Row rows[] = {
+      {"x = [1, 2)", "1:10 the '[' is closed by ']', but here is ')'"},
+      {"x = f(1, [2, 3)", "1:15 the '[' is closed by ']', but here is ')'"},
+      {"x = f(1\n]", "2:1 the '(' of line 1 is closed by ')', but here is ']'"},
+      {"x = @[1.0, 2.0)", "1:15 the '[' is closed by ']', but here is ')'"},
+      {"x = @int(2]", "1:11 the '(' is closed by ')', but here is ']'"},
+      {"x = a[1)", "1:8 the '[' is closed by ']', but here is ')'"},
+      {"fn f(a]\nend", "1:7 the '(' is closed by ')', but here is ']'"},
+      {"print(1))", "1:9 unexpected ')'; it closes nothing"},
+      {"x = 1]", "1:6 unexpected ']'; it closes nothing"},
+  };
+  for (const Row& row : rows) EXPECT_EQ(placed_error_of(row.text), row.expected) << row.text;
+}
+
+TEST(Parser, AMissingEnd_IsReportedWhereItsStatementBegins) {
+  const Row rows[] = {
+      {"x = 1\nfor i in range(3)\n  print(i)\n", "2:1 'for' has no 'end'"},
+      {"while 1 do if 2 then x = 1 end", "1:1 'while' has no 'end'"},
+      {"if 1\nelseif 2\n", "1:1 'if' has no 'end'"},
+      {"if 1\nelse\n", "1:1 'if' has no 'end'"},
+      {"try\nx = 1\ncatch e\n", "1:1 'try' has no 'end'"},
+      {"fn f()\nx = 1\n", "1:1 'fn' has no 'end'"},
+      // The indent shows whose end is missing.
+      {"fn f(x)\n  while x\n    if x\n      x = 1\n  end\nend\n",
+       "3:5 'if' has no 'end': the 'end' of line 5 stands further left"},
+      {"fn f(x)\n  if x\n    return 1\n\nfn g()\nend", "2:3 'if' has no 'end' before the 'fn' of line 5"},
+      {"fn f(x)\n  return 1\n\nfn g()\nend", "1:1 'fn' has no 'end' before the 'fn' of line 4"},
+      {"if 1\n  x = 1\nelse if 2\n  x = 2\nend\n",
+       "3:1 'else if' begins an 'if' of its own, which needs its own 'end'; write 'elseif'"},
+      {"if 1 then\n  x = 1\nendif\n", "3:1 unexpected 'endif'; a block ends with 'end'"},
+      {"try\n  x = 1\nexcept\n  x = 2\nend\n", "3:1 unexpected 'except'; write catch e"},
+  };
+  for (const Row& row : rows) EXPECT_EQ(placed_error_of(row.text), row.expected) << row.text;
+  EXPECT_EQ(parsed("if a then b else if c then d end end"), "{(if a {b} else {(if c {d})})}");
+  EXPECT_EQ(parsed("endif = 1\nif endif\n  endif\nend"), "{(= endif 1) (if endif {endif})}");
+}
+
 TEST(Parser, InvalidUtf8_IsAnErrorNamingThePlace) {
   for (const char* bytes : {"\xFF", "\xC3", "\xE2\x82", "\xC0\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\x80"}) {
     const ScriptError error = error_of(std::string("a = 1\nb = \"x") + bytes + "\"");
@@ -233,11 +292,30 @@ TEST(Parser, InvalidUtf8_IsAnErrorNamingThePlace) {
 }
 
 TEST(Parser, Incompleteness_IsToldFromErrors) {
-  for (const char* text :
-       {"print(1,", "a = 1 +", "if a", "fn f()\n", "t = [1, ", "while 1\nb\n", "a =", "a = @", "a = @f(1,",
-        "a = @[[1.0],", "a = @f(t[1:", "s[1:", "try", "try\na\n", "try\na\ncatch e\n", "for k,"})
+  for (const char* text : {"print(1,",
+                           "a = 1 +",
+                           "if a",
+                           "fn f()\n",
+                           "t = [1, ",
+                           "while 1\nb\n",
+                           "a =",
+                           "a = @",
+                           "a = @f(1,",
+                           "a = @[[1.0],",
+                           "a = @f(t[1:",
+                           "s[1:",
+                           "f(\n",
+                           "x = (1 + 2",
+                           "x = [[1], [2]",
+                           "fn f(a,",
+                           "if 1 then\nendif\n",
+                           "if 1\nelse if 2\nend\n",
+                           "try",
+                           "try\na\n",
+                           "try\na\ncatch e\n",
+                           "for k,"})
     EXPECT_TRUE(error_of(text).is_incomplete()) << text;
-  for (const char* text : {"a = )", "end", "x = \"abc", "a = 1 2", "if a = b"})
+  for (const char* text : {"a = )", "end", "x = \"abc", "a = 1 2", "if a = b", "x = [1)", "x = (1 + 2\ny = 3", "f(1 2"})
     EXPECT_FALSE(error_of(text).is_incomplete()) << text;
 }
 

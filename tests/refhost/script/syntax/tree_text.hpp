@@ -132,4 +132,11 @@ inline ScriptError error_of(const std::string& text) {
   return ScriptError("none", source_of(text), {});
 }
 
+/// The place and the words of an error, as `line:column message`.
+inline std::string placed_error_of(const std::string& text) {
+  const ScriptError error = error_of(text);
+  const Place place = error.source()->place(error.span().begin);
+  return std::to_string(place.line) + ":" + std::to_string(place.column) + " " + error.message();
+}
+
 }  // namespace hvm::testing
