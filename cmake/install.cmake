@@ -47,8 +47,8 @@ file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/install)
 file(CREATE_LINK ${way}/functions.json ${PROJECT_BINARY_DIR}/install/arrayfold.json SYMBOLIC)
 install(FILES ${PROJECT_BINARY_DIR}/install/arrayfold.json DESTINATION ${ARRAYFOLD_MODULE_DIR})
 
-# For authors of hosts: the two headers of the contract, the version script of the library with lgamma and erf, and where
-# all of this and the module lie, for CMake and for pkg-config.
+# For authors of hosts: the two headers of the contract, the version script of the library with lgamma and erf, and for
+# CMake and pkg-config, where all of this and the module lie.
 install(FILES plugin/host/host_value.hpp plugin/host/host_operations.hpp
   DESTINATION ${ARRAYFOLD_INCLUDE_DIR}/host COMPONENT development)
 install(FILES refhost/interp/hvminterp.map DESTINATION ${ARRAYFOLD_DATA_DIR} COMPONENT development)

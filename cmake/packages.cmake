@@ -1,6 +1,5 @@
-# Packages of what is installed, by cpack. Debian's are hvm-arrayfold, which runs scripts, and hvm-arrayfold-dev, for who
-# writes a host: its headers and build files are of no use to those who run scripts. The preset `package` makes a build
-# for them.
+# Packages of what is installed, by cpack. Debian's are hvm-arrayfold, which runs scripts, and hvm-arrayfold-dev, whose
+# headers and build files serve authors of hosts alone. The preset `package` makes a build for them.
 
 set(CPACK_PACKAGE_NAME arrayfold)
 set(CPACK_PACKAGE_VENDOR arrayfold)
