@@ -1,5 +1,5 @@
-# Run by cpack over the files of its packages, before it packs them: adds to Debian's what Debian asks for, and gives
-# all files the date of SOURCE_DATE_EPOCH.
+# Run by cpack over the files of Debian's packages, before it packs them: adds what Debian asks for, and gives all files
+# the date of SOURCE_DATE_EPOCH.
 
 set(root ${CPACK_TEMPORARY_INSTALL_DIRECTORY})
 
@@ -24,36 +24,34 @@ function(write_copyright path)
     "Files: *\nCopyright: ${copyright}\nLicense: BSD-3-Clause\n ${license}\n")
 endfunction()
 
-if(CPACK_GENERATOR STREQUAL DEB)
-  set(doc ${root}/runtime/usr/share/doc/${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME})
-  file(GLOB manual ${root}/runtime/usr/share/man/man*/*.[0-9])
-  foreach(page IN LISTS manual)
-    run(gzip -9nf ${page})
-  endforeach()
+set(doc ${root}/runtime/usr/share/doc/${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME})
+file(GLOB manual ${root}/runtime/usr/share/man/man*/*.[0-9])
+foreach(page IN LISTS manual)
+  run(gzip -9nf ${page})
+endforeach()
 
-  # The changelog of the project opens with the version and its day.
-  file(READ ${doc}/CHANGELOG.md changes)
-  if(NOT changes MATCHES "\n## ${CPACK_PACKAGE_VERSION} - ([0-9-]+)\n")
-    message(FATAL_ERROR "CHANGELOG.md has no title '## ${CPACK_PACKAGE_VERSION} - YYYY-MM-DD'")
-  endif()
-  execute_process(COMMAND date --utc --rfc-email --date=${CMAKE_MATCH_1}
-    OUTPUT_VARIABLE day OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-  write_packed(${doc}/changelog "${changes}")
-  write_packed(${doc}/changelog.Debian
+# The changelog of the project opens with the version and its day.
+file(READ ${doc}/CHANGELOG.md changes)
+if(NOT changes MATCHES "\n## ${CPACK_PACKAGE_VERSION} - ([0-9-]+)\n")
+  message(FATAL_ERROR "CHANGELOG.md has no title '## ${CPACK_PACKAGE_VERSION} - YYYY-MM-DD'")
+endif()
+execute_process(COMMAND date --utc --rfc-email --date=${CMAKE_MATCH_1}
+  OUTPUT_VARIABLE day OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+write_packed(${doc}/changelog "${changes}")
+write_packed(${doc}/changelog.Debian
 "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} (${CPACK_PACKAGE_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}) unstable; urgency=medium
 
   * Version ${CPACK_PACKAGE_VERSION}: see changelog.gz.
 
  -- ${CPACK_PACKAGE_CONTACT}  ${day}
 ")
-  file(REMOVE ${doc}/CHANGELOG.md ${doc}/LICENSE)
-  write_copyright(${doc}/copyright)
+file(REMOVE ${doc}/CHANGELOG.md ${doc}/LICENSE)
+write_copyright(${doc}/copyright)
 
-  # One folder of documents serves both packages, which are of one version.
-  file(MAKE_DIRECTORY ${root}/development/usr/share/doc)
-  file(CREATE_LINK ${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME}
-    ${root}/development/usr/share/doc/${CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME} SYMBOLIC)
-endif()
+# One folder of documents serves both packages, which are of one version.
+file(MAKE_DIRECTORY ${root}/development/usr/share/doc)
+file(CREATE_LINK ${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME}
+  ${root}/development/usr/share/doc/${CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME} SYMBOLIC)
 
 if(DEFINED ENV{SOURCE_DATE_EPOCH})
   run(find ${root} -exec touch --no-dereference --date=@$ENV{SOURCE_DATE_EPOCH} {} +)

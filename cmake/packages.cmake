@@ -1,4 +1,4 @@
-# Packages of what is installed, by cpack. Debian's are hvm-arrayfold, which runs scripts, and hvm-arrayfold-dev, whose
+# Debian's packages of what is installed, by cpack: hvm-arrayfold, which runs scripts, and hvm-arrayfold-dev, whose
 # headers and build files serve authors of hosts alone. The preset `package` makes a build for them.
 
 set(CPACK_PACKAGE_NAME arrayfold)
@@ -6,7 +6,6 @@ set(CPACK_PACKAGE_VENDOR arrayfold)
 set(CPACK_PACKAGE_CONTACT "The arrayfold authors <arrayfold@example.org>" CACHE STRING
     "The maintainer that packages name")
 set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
-set(CPACK_PACKAGE_FILE_NAME arrayfold-${PROJECT_VERSION}-${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR})
 set(CPACK_COMPONENTS_ALL runtime development)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_VERBATIM_VARIABLES ON)
