@@ -17,11 +17,8 @@ namespace {
 
 class ExpectationRun {
  public:
-  ExpectationRun(SourcePtr source, const ModuleFunctions& functions, bool has_checks)
-      : source_(std::move(source)),
-        interpreter_(functions, {has_checks, [this](const std::string& text, const SourceText& from, std::size_t line) {
-                                   print(text, from.name() == source_->name() ? line : running_line_);
-                                 }}) {}
+  ExpectationRun(SourcePtr source, const ModuleFunctions& functions, bool has_checks, const Description* description)
+      : source_(std::move(source)), interpreter_(functions, options(has_checks, description)) {}
 
   std::vector<std::string> failures() {
     try {
@@ -41,6 +38,16 @@ class ExpectationRun {
   }
 
  private:
+  InterpreterOptions options(bool has_checks, const Description* description) {
+    InterpreterOptions options;
+    options.has_checks = has_checks;
+    options.description = description;
+    options.print = [this](const std::string& text, const SourceText& from, std::size_t line) {
+      print(text, from.name() == source_->name() ? line : running_line_);
+    };
+    return options;
+  }
+
   void run() {
     interpreter_.set_global("args", Value::table());
     const Program program = parsed();
@@ -139,9 +146,9 @@ class ExpectationRun {
 
 }  // namespace
 
-std::vector<std::string> unmet_expectations(const SourcePtr& source, const ModuleFunctions& functions,
-                                            bool has_checks) {
-  return ExpectationRun(source, functions, has_checks).failures();
+std::vector<std::string> unmet_expectations(const SourcePtr& source, const ModuleFunctions& functions, bool has_checks,
+                                            const Description* description) {
+  return ExpectationRun(source, functions, has_checks, description).failures();
 }
 
 }  // namespace hvm

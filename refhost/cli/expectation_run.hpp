@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "script/explain/description.hpp"
 #include "script/module/module_functions.hpp"
 #include "script/syntax/source_text.hpp"
 
@@ -14,6 +15,7 @@ namespace hvm {
 /// lines expects is left unfinished, and the script continues behind it; any other error ends the script. A script
 /// whose last line expects the error of a block that stays open runs nothing. Returns a sentence for each expectation
 /// that was not met, none for a script that passed.
-std::vector<std::string> unmet_expectations(const SourcePtr& source, const ModuleFunctions& functions, bool has_checks);
+std::vector<std::string> unmet_expectations(const SourcePtr& source, const ModuleFunctions& functions, bool has_checks,
+                                            const Description* description = nullptr);
 
 }  // namespace hvm

@@ -22,7 +22,7 @@ struct Expectation {
 ///
 ///     print(1 + 1)          # expect: 2
 ///     print(str(x))         # expect ~1e-12: 0.333333333333
-///     xamax(7)              # expect error: xamax: the call failed
+///     xamax(7)              # expect error: xamax: argument 1 must be an array
 ///
 /// A comment on a line of its own belongs to the line of the last code before it; further `expect:` there continue the
 /// text. Throws `ScriptError` for a comment that begins like an expectation and is not one.

@@ -4,6 +4,7 @@
 // be written; 2 for wrong usage; 3 when the module cannot be loaded.
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -17,6 +18,7 @@
 #include "cli/repl.hpp"
 #include "cli/streams.hpp"
 #include "cli/test_runner.hpp"
+#include "script/explain/description.hpp"
 #include "script/library/script_end.hpp"
 #include "script/library/script_file.hpp"
 #include "script/module/array_module.hpp"
@@ -41,6 +43,7 @@ struct Settings {
   bool shows_version = false;
   bool is_unchecked = false;
   bool counts_leaks = false;
+  bool explains = false;
   std::string trace_path;
   std::string trace_operations = std::to_string(Trace::most_operations_by_default);
   std::vector<std::string> rest;  // the script and its arguments, or the arguments of -e
@@ -72,8 +75,34 @@ SourcePtr chosen_source(const Settings& settings) {
   return read_standard_input();
 }
 
-/// Runs the script that the settings name, or the prompt. Throws `ScriptError` and `ScriptExit`.
-void run_scripts(const Settings& settings, const Module& module, Trace* trace) {
+/// What is known of the module's functions beside the module itself.
+DescriptionReading described_functions(const Module& module) {
+  DescriptionReading reading = read_description(module.path, module.functions.names());
+  if (!reading.problem.empty()) put_error({"hvm: ", reading.problem, "\n"});
+  return reading;
+}
+
+/// Why there is no description, in a sentence; empty when there is one.
+std::string absence_of(const DescriptionReading& reading) {
+  if (reading.description) return {};
+  if (!reading.problem.empty()) return reading.problem;
+  return fmt::format("there is no description of the module's functions, which would be {}",
+                     fmt::join(reading.places, " or "));
+}
+
+/// The story of the last error; empty when there is none to tell, or no memory for it.
+std::string story_of(const Interpreter& interpreter) {
+  try {
+    return interpreter.last_explanation().text();
+  } catch (const std::bad_alloc&) {
+    return {};
+  }
+}
+
+/// Runs the script that the settings name, or the prompt, and leaves the story of an error in `story`. Throws
+/// `ScriptError` and `ScriptExit`.
+void run_scripts(const Settings& settings, const Module& module, const DescriptionReading& reading, Trace* trace,
+                 std::string& story) {
   const SourcePtr source = chosen_source(settings);
   const std::size_t names = settings.has_code || settings.rest.empty() ? 0 : 1;
   const std::vector<std::string> arguments(settings.rest.begin() + static_cast<std::ptrdiff_t>(names),
@@ -82,25 +111,33 @@ void run_scripts(const Settings& settings, const Module& module, Trace* trace) {
   options.has_checks = !settings.is_unchecked;
   options.print = [](const std::string& text, const SourceText&, std::size_t) { put(text + "\n"); };
   options.warn = [](const std::string& warning) { put_error({warning}); };
-  options.files = comes_by_standard_input(settings) ? FileAccess::without_standard_input : FileAccess::all;
+  if (comes_by_standard_input(settings)) options.files = FileAccess::without_standard_input;
   options.text_size = terminal_size;
+  options.description = reading.description ? &*reading.description : nullptr;
+  options.no_description = absence_of(reading);
+  options.explains = settings.explains || !source;
   options.trace = trace;
   Interpreter interpreter(module.functions, std::move(options));
   interpreter.set_global("args", arguments_table(arguments));
-  if (source)
+  if (!source) return run_repl(interpreter, settings.explains);
+  try {
     interpreter.run(interpreter.parse(source));
-  else
-    run_repl(interpreter);
+  } catch (const ScriptError&) {
+    story = story_of(interpreter);
+    throw;
+  }
 }
 
 /// The exit status of what `run_scripts` runs. An error is reported when the variables of the script are gone, since
 /// they may hold all memory.
 int status_of_scripts(const Settings& settings, const Module& module, Trace* trace) {
+  const DescriptionReading reading = described_functions(module);
+  std::string story;
   try {
-    run_scripts(settings, module, trace);
+    run_scripts(settings, module, reading, trace, story);
     return done;
   } catch (const ScriptError& error) {
-    put_error({error.report()});
+    put_error({error.report(), story});
     return script_failed;
   } catch (const ScriptExit& end) {
     return end.status();
@@ -119,8 +156,10 @@ bool report_leaks(const Counts& before) {
 int run_tests(const Settings& settings, const Module& module) {
   const Counts before = counts();
   const auto ends_well = [&] { return !settings.counts_leaks || report_leaks(before); };
-  const bool passed = run_tests_below(settings.test_directory, module.functions,
-                                      {!settings.is_unchecked, settings.time_limit, ends_well});
+  const DescriptionReading reading = described_functions(module);
+  const bool passed = run_tests_below(
+      settings.test_directory, module.functions,
+      {!settings.is_unchecked, settings.time_limit, ends_well, reading.description ? &*reading.description : nullptr});
   return passed ? done : script_failed;
 }
 
@@ -188,6 +227,7 @@ void describe(CLI::App& app, Settings& settings) {
   app.add_flag("--unchecked", settings.is_unchecked, "leave out the checks that the module itself does not make");
   app.add_flag("--leaks", settings.counts_leaks,
                "count what is left behind at the end; status 1 when that is anything");
+  app.add_flag("--explain", settings.explains, "tell the whole story of the error that ends a script");
   const auto version =
       app.add_flag("--version", settings.shows_version,
                    "say the version, the processor's vector instructions, the module and its libraries");

@@ -12,6 +12,7 @@
 #include <memory>
 #include <new>
 #include <optional>
+#include <sstream>
 
 #include "cli/streams.hpp"
 
@@ -32,12 +33,16 @@ void use_unicode() {
 
 class Repl {
  public:
-  explicit Repl(Interpreter& interpreter) : interpreter_(interpreter) {}
+  Repl(Interpreter& interpreter, bool explains) : interpreter_(interpreter), explains_(explains) {}
 
   void run() {
     using_history();
     while (const auto line = read_line(pending_.empty() ? "> " : "... ")) {
       if (line->find_first_not_of(" \t") != std::string::npos) add_history(line->c_str());
+      if (asks_why(*line)) {
+        tell_why();
+        continue;
+      }
       pending_ += *line + "\n";
       take_pending();
     }
@@ -63,10 +68,31 @@ class Repl {
     }
   }
 
-  /// The variables stay, and may leave no memory for the place of the error.
-  static void report(const ScriptError& error) {
+  /// Whether a line is the word `why` alone, where that is neither a variable nor part of a longer input.
+  bool asks_why(const std::string& line) const {
+    std::istringstream words(line);
+    std::string first;
+    std::string second;
+    return pending_.empty() && words >> first && first == "why" && !(words >> second) &&
+           !interpreter_.has_global(first);
+  }
+
+  void tell_why() const {
+    const Explanation& last = interpreter_.last_explanation();
     try {
-      put_error({error.report()});
+      if (last.is_empty())
+        put("nothing has failed\n");
+      else
+        put(last.has_details() ? last.text() : fmt::format("there is no more to say of: {}\n", last.about));
+    } catch (const std::bad_alloc&) {
+      put_error({"error: out of memory\n"});
+    }
+  }
+
+  /// The variables stay, and may leave no memory for the place of the error.
+  void report(const ScriptError& error) const {
+    try {
+      put_error({error.report(), explains_ ? interpreter_.last_explanation().text() : ""});
     } catch (const std::bad_alloc&) {
       put_error({"error: ", error.message(), "\n"});
     }
@@ -99,15 +125,16 @@ class Repl {
   }
 
   Interpreter& interpreter_;
+  bool explains_;  // tell the whole story with every error
   std::string pending_;
   int count_ = 1;
 };
 
 }  // namespace
 
-void run_repl(Interpreter& interpreter) {
+void run_repl(Interpreter& interpreter, bool explains) {
   use_unicode();
-  Repl(interpreter).run();
+  Repl(interpreter, explains).run();
 }
 
 }  // namespace hvm

@@ -105,7 +105,8 @@ class TestRunner {
   /// Runs the script and prints what failed. Nothing is thrown: this process has one task.
   bool passes(const std::string& path) const noexcept {
     try {
-      const auto failures = unmet_expectations(read_script(path), functions_, options_.has_checks);
+      const auto failures =
+          unmet_expectations(read_script(path), functions_, options_.has_checks, options_.description);
       for (const std::string& failure : failures) put(failure + "\n");
       const bool ends_well = options_.ends_well();
       finish_output();

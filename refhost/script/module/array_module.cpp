@@ -12,6 +12,7 @@
 
 #include "script/module/recent_shapes.hpp"
 #include "script/syntax/diagnostics.hpp"
+#include "script/text/integer_value.hpp"
 #include "script/text/number_text.hpp"
 #include "script/text/value_kinds.hpp"
 
@@ -68,13 +69,6 @@ void require_sound(const Extents& extents) {
   throw Failure(fmt::format("an array cannot have the extents {}", in_parentheses(extents)));
 }
 
-/// Whether two shapes have, counted from the last, equal extents wherever neither has 1.
-bool broadcast(const Extents& left, const Extents& right) {
-  const std::size_t common = std::min(left.size(), right.size());
-  return std::equal(left.rbegin(), left.rbegin() + static_cast<std::ptrdiff_t>(common), right.rbegin(),
-                    [](std::int64_t a, std::int64_t b) { return a == b || a == 1 || b == 1; });
-}
-
 // ---- Operators
 
 /// What to do instead, where the kinds of the operands tell; begins with a colon.
@@ -113,25 +107,83 @@ const Expression* first_integer(const Expression& data) {
   return nullptr;
 }
 
+// ---- Kinds in quotations
+
+bool names_kind(const std::string& name) {
+  constexpr std::string_view kinds[] = {"bool", "int", "int64", "double", "float"};
+  return std::find(std::begin(kinds), std::end(kinds), name) != std::end(kinds);
+}
+
+/// Whether an extent in a quotation is certainly no int.
+bool is_no_int(const Expression& extent) {
+  return is_literal(extent) && !std::holds_alternative<IntegerLiteral>(extent.form);
+}
+
 // ---- Arguments
 
 bool are_numbers(const std::vector<Value>& values) {
   return std::all_of(values.begin(), values.end(), [](const Value& value) { return value.is_number(); });
 }
 
+/// The arguments that a function reads as integers of 32 bits and by which it makes an array.
+struct IntArguments {
+  std::string_view function;
+  std::size_t first;
+  std::size_t count;
+};
+constexpr std::size_t all = std::numeric_limits<std::size_t>::max();
+constexpr IntArguments int_arguments[] = {
+    {"xzeros", 0, all}, {"xones", 0, all}, {"xempty", 0, all},  {"xrand", 0, all},   {"xrandn", 0, all},
+    {"xeye", 0, 2},     {"xarange", 0, 3}, {"xlinspace", 2, 1}, {"xlogspace", 2, 1},
+};
+
+/// The module would read another number, and make an array of another size.
+void require_32_bits(const std::string& name, std::vector<Value>& arguments, std::size_t first, std::size_t count) {
+  for (std::size_t i = first; i < arguments.size() && i - first < count; ++i)
+    if (is_beyond_32_bits(arguments[i]))
+      throw Failure(
+          fmt::format("{}: argument {} must fit into 32 bits; this is {}", name, i + 1, number_text(arguments[i])));
+}
+
+[[noreturn]] void fail_negative(const Extents& requested, std::int64_t count) {
+  const auto is_negative = [](std::int64_t extent) { return extent < 0; };
+  std::string message = fmt::format("reshape: the extents {} are negative", in_parentheses(requested));
+  if (std::count_if(requested.begin(), requested.end(), is_negative) > 1) throw Failure(message);
+  message += ", and none is inferred from the others";
+  // The extent that would fit in the place of the negative one.
+  Extents fitting = requested;
+  std::int64_t& open = *std::find_if(fitting.begin(), fitting.end(), is_negative);
+  open = 1;
+  const auto others = is_empty(fitting) ? std::nullopt : limited_product(fitting, most_elements);
+  if (!others || count % *others != 0) throw Failure(message);
+  open = count / *others;
+  throw Failure(fmt::format("{}. Write reshape{}.", message, in_parentheses(fitting)));
+}
+
 void check_reshape(const ModuleCaller& caller, Value& self, std::vector<Value>& arguments) {
   const auto present = shape_of(caller, self);
   if (!present || !are_numbers(arguments)) return;
+  require_32_bits("reshape", arguments, 0, all);
   Extents requested;
   for (Value& argument : arguments) requested.push_back(HVM_AsInt(argument.address()));
   const std::string text = in_parentheses(requested);
-  for (const std::int64_t extent : requested)
-    if (extent < 0) throw Failure(fmt::format("reshape: the extents {} are negative", text));
   const std::int64_t count = element_count(*present);
+  for (const std::int64_t extent : requested)
+    if (extent < 0) fail_negative(requested, count);
   if (is_empty(requested) && !are_sound(requested))
     throw Failure(fmt::format("reshape: an array cannot have the extents {}", text));
   if (!is_empty(requested) && !limited_product(requested, std::max<std::int64_t>(count, 1)))
     throw Failure(fmt::format("reshape: the extents {} need more elements than the {} of the array", text, count));
+}
+
+void check_range(std::vector<Value>& arguments) {
+  if (arguments.size() < 3 || !are_numbers(arguments)) return;
+  const auto number = [&](std::size_t i) { return HVM_AsInt(arguments[i].address()); };
+  if (number(2) == 0) throw Failure("xarange: the step is zero as an integer");
+  const auto length =
+      static_cast<std::int32_t>(static_cast<std::uint32_t>(number(1)) - static_cast<std::uint32_t>(number(0)));
+  if (number(2) == -1 && length == std::numeric_limits<std::int32_t>::min())
+    throw Failure("xarange: the range from argument 1 to argument 2 has more than 2147483647 elements");
 }
 
 /// The module reads 32 bits of an index: those of a longer one would be another index, and NaN would be 0.
@@ -145,6 +197,12 @@ void check_index(const Extents& extents, std::size_t axis, Value& index) {
 }
 
 }  // namespace
+
+bool do_broadcast(const Extents& left, const Extents& right) {
+  const std::size_t common = std::min(left.size(), right.size());
+  return std::equal(left.rbegin(), left.rbegin() + static_cast<std::ptrdiff_t>(common), right.rbegin(),
+                    [](std::int64_t a, std::int64_t b) { return a == b || a == 1 || b == 1; });
+}
 
 std::optional<std::string> kind_of_array(const Value& value) {
   return value.is_object() ? array_kind(type_name(value)) : std::nullopt;
@@ -247,7 +305,7 @@ std::string thrown_operator(const ModuleCaller& caller, const std::string& messa
   if (left.is_object() && right.is_object()) {
     const auto left_shape = shape_of(caller, left);
     const auto right_shape = shape_of(caller, right);
-    if (left_shape && right_shape && !broadcast(*left_shape, *right_shape))
+    if (left_shape && right_shape && !do_broadcast(*left_shape, *right_shape))
       return fmt::format("the shapes {} and {} do not broadcast; {}", in_parentheses(*left_shape),
                          in_parentheses(*right_shape), message);
   }
@@ -260,16 +318,31 @@ const Expression* dropped_element(const std::string& function, const Quotation& 
   return name == "double" || name == "float" ? first_integer(*data.subject) : nullptr;
 }
 
+const char* failing_quotation(const std::string& function, const Quotation* dtype, const Quotation* data,
+                              std::size_t arguments) {
+  const auto* variable = dtype ? std::get_if<Variable>(&dtype->subject->form) : nullptr;
+  if (function != "xarray" || !variable || dtype->form == Quotation::Form::data) return nullptr;
+  if (dtype->form == Quotation::Form::text) return "`dtype` is `@$name`";
+  if (data && data->form != Quotation::Form::data) return "`data` quotes something else than a data literal";
+  if (arguments > 1) return nullptr;
+  if (dtype->arguments.empty()) return "`dtype` stands alone and has no extents";
+  const bool has_no_int = std::any_of(dtype->arguments.begin(), dtype->arguments.end(),
+                                      [](const ExpressionPtr& extent) { return is_no_int(*extent); });
+  // The module has read the extents before it looks at the name; nothing else is left when the name is one of a kind.
+  return has_no_int || names_kind(variable->name) ? "an extent in `dtype` is no int"
+                                                  : "`dtype` stands alone and names no kind";
+}
+
 void ArrayChecks::call(const std::string& function, std::vector<Value>& arguments) const {
-  if (!are_on_ || function != "xarange") return;
-  if (arguments.size() > 3) throw Failure("xarange: it takes at most three arguments (start, stop, step)");
-  if (arguments.size() < 3 || !are_numbers(arguments)) return;
-  const auto number = [&](std::size_t i) { return HVM_AsInt(arguments[i].address()); };
-  if (number(2) == 0) throw Failure("xarange: the step is zero as an integer");
-  const auto length =
-      static_cast<std::int32_t>(static_cast<std::uint32_t>(number(1)) - static_cast<std::uint32_t>(number(0)));
-  if (number(2) == -1 && length == std::numeric_limits<std::int32_t>::min())
-    throw Failure("xarange: the range has more than 2147483647 elements");
+  if (!are_on_) return;
+  // Every call comes by here: names of other lengths are told apart without a look at their letters.
+  constexpr std::string_view range_function = "xarange";
+  const bool is_range = function == range_function;
+  if (is_range && arguments.size() > 3) throw Failure("xarange: it takes at most three arguments (start, stop, step)");
+  if (std::any_of(arguments.begin(), arguments.end(), is_beyond_32_bits))
+    for (const IntArguments& read : int_arguments)
+      if (function == read.function) require_32_bits(function, arguments, read.first, read.count);
+  if (is_range) check_range(arguments);
 }
 
 void ArrayChecks::method(const ModuleCaller& caller, Value& self, const std::string& name,

@@ -21,6 +21,9 @@ namespace hvm {
 /// The file that is loaded when none is named.
 inline constexpr const char* array_module_file = "arrayfold.so";
 
+/// Whether two shapes have, counted from the last, equal extents wherever neither has 1.
+bool do_broadcast(const Extents& left, const Extents& right);
+
 /// The kind of an array, such as `double` of `$xdoublearray`; no value for anything else.
 std::optional<std::string> kind_of_array(const Value& value);
 
@@ -52,17 +55,23 @@ std::string thrown_operator(const ModuleCaller& caller, const std::string& messa
 /// floating-point numbers and takes no integer as an element; null when there is none.
 const Expression* dropped_element(const std::string& function, const Quotation& dtype, const Quotation& data);
 
+/// Why a call of `function` failed with these quotations as its first arguments, null for other arguments, in the words
+/// of its page's row, such as `an extent in `dtype` is no int`; null when that lies elsewhere.
+const char* failing_quotation(const std::string& function, const Quotation* dtype, const Quotation* data,
+                              std::size_t arguments);
+
 /// Checks what the module does not. It trusts its host with indices, extents and divisors, and would read beyond its
 /// memory or end the process. Each check throws a `Failure` instead. Switched off, it does nothing.
 class ArrayChecks {
  public:
   explicit ArrayChecks(bool are_on) : are_on_(are_on) {}
 
-  /// `xarange` with more than three arguments, with a step of zero, or over a range that its division cannot take.
+  /// `xarange` with more than three arguments, with a step of zero, or over a range that its division cannot take; and
+  /// an extent, a count or a number of `xarange` that does not fit into 32 bits.
   void call(const std::string& function, std::vector<Value>& arguments) const;
 
-  /// `reshape` to extents that are negative or need more elements than the array has, and every other method but
-  /// `shape` on an array that already has such extents.
+  /// `reshape` to extents that are negative, do not fit into 32 bits, or need more elements than the array has, and
+  /// every other method but `shape` on an array that already has such extents.
   void method(const ModuleCaller& caller, Value& self, const std::string& name, std::vector<Value>& arguments) const;
 
   /// An integer array under `/` or `%` with a number that it reads as zero, and an operand with extents that fail the

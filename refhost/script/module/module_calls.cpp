@@ -36,8 +36,8 @@ bool is_element_access(Opcode opcode) { return opcode == Opcode::read_element ||
 using arrayfold::HostIndexEntry;
 using arrayfold::HostIndexList;
 
-/// Runs `call` as the module's; what it throws becomes a `Failure` that begins with `name`. With a trace it is told as
-/// what `told` gives.
+/// Runs `call` as the module's; what it throws becomes a `CallFailure` that begins with `name`. With a trace it is told
+/// as what `told` gives.
 template <class Call, class Told>
 auto translated(const ModuleCaller& caller, std::string_view name, Call call, Told told) {
   const RunningMark mark(caller.source, caller.offset, true);
@@ -45,7 +45,8 @@ auto translated(const ModuleCaller& caller, std::string_view name, Call call, To
     if (__builtin_expect(caller.trace != nullptr, false)) return traced(caller, told(), call);
     return call();
   } catch (...) {
-    throw Failure(fmt::format("{}: the module threw {}", name, current_exception_text()));
+    const std::string exception = current_exception_text();
+    throw CallFailure(fmt::format("{}: the module threw {}", name, exception), exception);
   }
 }
 
@@ -117,7 +118,7 @@ Value call_function(const ModuleCaller& caller, const std::string& name, arrayfo
     return function(caller.ctx, records_of(arguments), static_cast<int>(arguments.size()), result.address());
   };
   const int status = contained(caller, name, call, [&] { return traced_function(name, arguments, result.address()); });
-  if (status == 0) throw Failure(fmt::format("{}: the call failed {}", name, given(arguments)));
+  if (status == 0) throw CallFailure(fmt::format("{}: the call failed {}", name, given(arguments)));
   return result;
 }
 

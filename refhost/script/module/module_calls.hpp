@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "kernel/kernel.hpp"
@@ -24,6 +25,18 @@ using arrayfold::Opcode;
 /// The first exception in the calls out of a running module, null when there is none: a `ScriptError`, or the end of
 /// the script.
 using KeptException = std::exception_ptr;
+
+/// A call of a module that came to nothing: the module returned 0 or false, or threw.
+class CallFailure : public Failure {
+ public:
+  /// `exception` is the type and the words of what the module threw; empty when it threw nothing.
+  explicit CallFailure(std::string message, std::string exception = {})
+      : Failure(std::move(message)), exception_(std::move(exception)) {}
+  const std::string& exception() const { return exception_; }
+
+ private:
+  std::string exception_;
+};
 
 class RecentShapes;
 class Trace;
@@ -43,18 +56,18 @@ struct ModuleCaller {
 /// As long as it is the same, an object at some address is the same object and has the same shape.
 std::uint64_t module_changes() noexcept;
 
-/// Calls a registered function. Throws `Failure` when it returns 0 or throws.
+/// Calls a registered function. Throws `CallFailure` when it returns 0 or throws.
 Value call_function(const ModuleCaller& caller, const std::string& name, arrayfold::EntryFunction function,
                     std::vector<Value>& arguments);
 
 /// Calls a method of the object in `self` and returns what it returns; false when the type has no methods. Throws
-/// `Failure` when it throws.
+/// `CallFailure` when it throws.
 bool call_method(const ModuleCaller& caller, Value& self, const std::string& name, std::vector<Value>& arguments,
                  Value& result);
 
 /// Calls the operator callback of the left operand's type when that is an object, otherwise the right one's, and
-/// returns what it returns; false when the type has no operators. `right` is what the opcode asks for. Throws `Failure`
-/// with `name` in front when the callback throws.
+/// returns what it returns; false when the type has no operators. `right` is what the opcode asks for. Throws
+/// `CallFailure` with `name` in front when the callback throws.
 bool call_operator(const ModuleCaller& caller, std::string_view name, Opcode opcode, HostValue* left, HostValue* right,
                    HostValue* result);
 

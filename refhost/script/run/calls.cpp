@@ -4,13 +4,15 @@
 
 #include <fmt/format.h>
 
+#include <new>
+
 #include "script/run/statements.hpp"
 #include "script/text/number_text.hpp"
 #include "script/text/value_kinds.hpp"
 
 namespace hvm {
 
-Value Calls::call(const std::string& name, std::vector<Value> arguments, Span span) {
+Value Calls::call(const std::string& name, std::vector<Value> arguments, Span span, const Expressions* written) {
   steps_.take();
   if (const auto function = functions_.fn(name, *site_.source())) return call_fn(*function, std::move(arguments), span);
   if (const Builtin* builtin = find_builtin(name)) {
@@ -19,18 +21,51 @@ Value Calls::call(const std::string& name, std::vector<Value> arguments, Span sp
       return call_builtin(*builtin, {caller, span, functions_.module(), checks_, print_, files_, pictures_, arguments});
     });
   }
-  return call_module(name, arguments, span);
+  return call_module(name, arguments, span, written);
 }
 
-Value Calls::call_module(const std::string& name, std::vector<Value>& arguments, Span span) {
+Value Calls::call_module(const std::string& name, std::vector<Value>& arguments, Span span,
+                         const Expressions* written) {
   const arrayfold::EntryFunction function = functions_.of_module(name);
   if (!function) fail_unknown(name, span);
   quotations_.require_live(arguments, span);
   quotations_.warn_of_dropped_elements(name, arguments);
   return site_.placed(span, [&] {
-    checks_.call(name, arguments);
-    return call_function(site_.caller(span), name, function, arguments);
+    try {
+      checks_.call(name, arguments);
+      return call_function(site_.caller(span), name, function, arguments);
+    } catch (const Failure& failure) {
+      throw explained(failure, name, nullptr, arguments, span, written, nullptr);
+    }
   });
+}
+
+namespace {
+
+/// The name of a variable; empty for any other expression.
+std::string variable_name(const Expression& expression) {
+  const auto* variable = std::get_if<Variable>(&expression.form);
+  return variable ? variable->name : std::string();
+}
+
+}  // namespace
+
+Failure Calls::explained(const Failure& failure, const std::string& name, Value* self, std::vector<Value>& arguments,
+                         Span span, const Expressions* written, const Expression* operand) const {
+  try {
+    ModuleCaller caller = site_.caller(span);
+    caller.trace = nullptr;  // what is asked for an explanation is no call of the script
+    MadeCall made{caller, name, self, arguments};
+    if (operand) made.self_name = variable_name(*operand);
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+      const Code* code = arguments[i].tag() == ValueTag::code ? scopes_.find_code(arguments[i]) : nullptr;
+      made.names.push_back(written && i < written->size() ? variable_name(*(*written)[i]) : std::string());
+      made.quotations.push_back(code ? code->quotation.get() : nullptr);
+    }
+    return failed_calls_.explained(failure, made);
+  } catch (const std::bad_alloc&) {
+    return failure;
+  }
 }
 
 void Calls::fail_unknown(const std::string& name, Span span) const {
@@ -66,16 +101,22 @@ Value Calls::run_fn(const Function& function, std::vector<Value> arguments) {
   return statements_.run_body(function.body);
 }
 
-Value Calls::method(Value& self, const std::string& name, std::vector<Value> arguments, Span span) {
+Value Calls::method(Value& self, const MethodCall& form, std::vector<Value> arguments, Span span,
+                    const Expression* operand) {
+  const std::string& name = form.name;
   steps_.take();
   if (!self.is_object()) site_.fail(fmt::format("{} has no methods", kind_in_words(self)), span);
   quotations_.require_live(arguments, span);
   Value result;
   site_.placed(span, [&] {
     const ModuleCaller caller = site_.caller(span);
-    checks_.method(caller, self, name, arguments);
-    if (!call_method(caller, self, name, arguments, result))
-      throw Failure(fmt::format("{}: the call failed on {}", name, described(caller, self)));
+    try {
+      checks_.method(caller, self, name, arguments);
+      if (!call_method(caller, self, name, arguments, result))
+        throw CallFailure(fmt::format("{}: the call failed on {}", name, described(caller, self)));
+    } catch (const Failure& failure) {
+      throw explained(failure, name, &self, arguments, span, &form.arguments, operand);
+    }
   });
   return result;
 }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "script/explain/failed_calls.hpp"
 #include "script/library/builtins.hpp"
 #include "script/run/call_depth.hpp"
 #include "script/run/quotations.hpp"
@@ -19,7 +20,8 @@ class Statements;
 class Calls {
  public:
   Calls(Site& site, Steps& steps, CallDepth& depth, Scopes& scopes, const Functions& functions, Quotations& quotations,
-        const ArrayChecks& checks, const PrintLine& print, FileAccess files, Pictures& pictures, Statements& statements)
+        const ArrayChecks& checks, const FailedCalls& failed_calls, const PrintLine& print, FileAccess files,
+        Pictures& pictures, Statements& statements)
       : site_(site),
         steps_(steps),
         depth_(depth),
@@ -27,21 +29,27 @@ class Calls {
         functions_(functions),
         quotations_(quotations),
         checks_(checks),
+        failed_calls_(failed_calls),
         print_(print),
         files_(files),
         pictures_(pictures),
         statements_(statements) {}
 
-  Value call(const std::string& name, std::vector<Value> arguments, Span span);
-  /// A method of the object `self`.
-  Value method(Value& self, const std::string& name, std::vector<Value> arguments, Span span);
+  /// `written` are the arguments in the script, null when they do not stand there.
+  Value call(const std::string& name, std::vector<Value> arguments, Span span, const Expressions* written = nullptr);
+  /// A method of the object `self`, which `operand` gives where it is no other call's.
+  Value method(Value& self, const MethodCall& form, std::vector<Value> arguments, Span span,
+               const Expression* operand = nullptr);
   /// Fails when calls nest too deeply for another one.
   void require_room(Span span) const { depth_.require_room(span); }
 
  private:
   Value call_fn(const Function& function, std::vector<Value> arguments, Span span);
   Value run_fn(const Function& function, std::vector<Value> arguments);
-  Value call_module(const std::string& name, std::vector<Value>& arguments, Span span);
+  Value call_module(const std::string& name, std::vector<Value>& arguments, Span span, const Expressions* written);
+  /// What the description says of a failed call. `self` is null for a function.
+  Failure explained(const Failure& failure, const std::string& name, Value* self, std::vector<Value>& arguments,
+                    Span span, const Expressions* written, const Expression* operand) const;
   /// Fails at the call of a fn of a library, with its name before the message.
   [[noreturn]] void fail_in_library(const std::string& name, const ScriptError& error, Span span) const;
   [[noreturn]] void fail_unknown(const std::string& name, Span span) const;
@@ -53,6 +61,7 @@ class Calls {
   const Functions& functions_;
   Quotations& quotations_;
   const ArrayChecks& checks_;
+  const FailedCalls& failed_calls_;
   const PrintLine& print_;
   FileAccess files_;
   Pictures& pictures_;

@@ -53,7 +53,7 @@ Value Evaluator::evaluate(const QuotationLiteral& form, Span) { return quotation
 Value Evaluator::evaluate(const Variable& form, Span span) { return variables_.read(form, span); }
 
 Value Evaluator::evaluate(const Call& form, Span span) {
-  return calls_.call(form.name, evaluate(form.arguments), span);
+  return calls_.call(form.name, evaluate(form.arguments), span, &form.arguments);
 }
 
 Value Evaluator::evaluate(const Postfix& form, Span) {
@@ -71,7 +71,9 @@ Value Evaluator::evaluate(const Postfix& form, Span) {
   for (; suffix_at != form.suffixes.end(); ++suffix_at) {
     const Suffix& suffix = *suffix_at;
     if (const auto* method = std::get_if<MethodCall>(&suffix.form)) {
-      value = calls_.method(value, method->name, evaluate(method->arguments), joined(form.operand->span, suffix.span));
+      const Expression* operand = &suffix == &form.suffixes.front() ? form.operand.get() : nullptr;
+      value =
+          calls_.method(value, *method, evaluate(method->arguments), joined(form.operand->span, suffix.span), operand);
       continue;
     }
     value = element(value, std::get<Index>(suffix.form), suffix.span);

@@ -21,6 +21,8 @@ struct Interpreter::Parts {
   Parts(const ModuleFunctions& module, InterpreterOptions chosen)
       : options(std::move(chosen)),
         checks(options.has_checks),
+        failed_calls({&module, options.description, options.no_description, options.has_checks, options.explains},
+                     last_explanation),
         steps(options.step_limit),
         site(context.handle(), options.trace),
         depth(site),
@@ -29,13 +31,13 @@ struct Interpreter::Parts {
         variables(site, scopes, functions),
         quotations(site, scopes, variables, options.warn),
         elements(site, checks),
-        operators(site, checks),
+        operators(site, checks, failed_calls),
         evaluator(site, variables, elements, operators, quotations, calls),
         statements(site, steps, scopes, functions, variables, elements, operators, evaluator, uses),
         uses(site, depth, scopes, functions, statements, options.files),
         pictures{options.text_size, std::nullopt},
-        calls(site, steps, depth, scopes, functions, quotations, checks, options.print, options.files, pictures,
-              statements),
+        calls(site, steps, depth, scopes, functions, quotations, checks, failed_calls, options.print, options.files,
+              pictures, statements),
         callbacks(context, site, steps, scopes, calls, evaluator) {
     if (options.trace) options.trace->read_quotations_by([this](const HostValue& record) { return quoted(record); });
   }
@@ -47,7 +49,9 @@ struct Interpreter::Parts {
   }
 
   InterpreterOptions options;
+  Explanation last_explanation;
   ArrayChecks checks;
+  FailedCalls failed_calls;
   Steps steps;
   Context context;
   Site site;
@@ -66,26 +70,46 @@ struct Interpreter::Parts {
   ModuleCallbacks callbacks;
 };
 
+/// Runs `action`. An error without a story of its own becomes the last one.
+template <class Action>
+auto Interpreter::with_story(Action action) {
+  try {
+    return action();
+  } catch (const ScriptError& error) {
+    Explanation& last = parts_->last_explanation;
+    try {
+      if (parts_->options.explains && last.about != error.message()) last = {error.message(), {}, {}, {}, {}};
+    } catch (const std::bad_alloc&) {
+      last = {};
+    }
+    throw;
+  }
+}
+
 Interpreter::Interpreter(const ModuleFunctions& functions, InterpreterOptions options)
     : parts_(std::make_unique<Parts>(functions, std::move(options))) {}
 
 Interpreter::~Interpreter() = default;
 
 Program Interpreter::parse(const SourcePtr& source) {
-  try {
-    Program program = hvm::parse(source, parts_->scopes.global_names());
-    parts_->scopes.make_room();
-    return program;
-  } catch (const std::bad_alloc&) {
-    throw ScriptError("out of memory while the script is read", source, {});
-  }
+  return with_story([&] {
+    try {
+      Program program = hvm::parse(source, parts_->scopes.global_names());
+      parts_->scopes.make_room();
+      return program;
+    } catch (const std::bad_alloc&) {
+      throw ScriptError("out of memory while the script is read", source, {});
+    }
+  });
 }
 
 void Interpreter::define(const Program& program) { parts_->functions.define(program); }
 
 void Interpreter::run(const Statement& statement, const SourcePtr& source) {
-  const SourceScope scope(parts_->site, source);
-  parts_->statements.run(statement);
+  with_story([&] {
+    const SourceScope scope(parts_->site, source);
+    parts_->statements.run(statement);
+  });
 }
 
 void Interpreter::run(const Program& program) {
@@ -94,8 +118,10 @@ void Interpreter::run(const Program& program) {
 }
 
 Value Interpreter::evaluate(const Expression& expression, const SourcePtr& source) {
-  const SourceScope scope(parts_->site, source);
-  return parts_->evaluator.evaluate(expression);
+  return with_story([&] {
+    const SourceScope scope(parts_->site, source);
+    return parts_->evaluator.evaluate(expression);
+  });
 }
 
 void Interpreter::set_global(const std::string& name, Value value) {
@@ -107,5 +133,9 @@ std::string Interpreter::shown(const Value& value, const SourcePtr& source, Span
   const ObjectText objects = object_text(parts_->site.caller(span), parts_->checks, Detail::brief);
   return parts_->site.placed(span, [&] { return Printer(Detail::brief, objects).text_in_table(value); });
 }
+
+const Explanation& Interpreter::last_explanation() const { return parts_->last_explanation; }
+
+bool Interpreter::has_global(const std::string& name) const { return parts_->scopes.is_set_global(name); }
 
 }  // namespace hvm

@@ -10,6 +10,8 @@
 #include <memory>
 #include <string>
 
+#include "script/explain/description.hpp"
+#include "script/explain/explanation.hpp"
 #include "script/library/builtins.hpp"
 #include "script/module/module_functions.hpp"
 #include "script/run/quotations.hpp"
@@ -26,7 +28,11 @@ struct InterpreterOptions {
   FileAccess files = FileAccess::all;
   std::uint64_t step_limit = 0;  // of the interpreter's steps, beyond which there is `StepLimitReached`; 0: none
   std::function<TextSize()> text_size = {};  // of pictures; the default without it
-  Trace* trace = nullptr;  // tells the calls of the module; it must outlive the interpreter
+  Trace* trace = nullptr;                    // tells the calls of the module; it must outlive the interpreter
+  /// Of the module's functions; null: there is none. It must outlive the interpreter.
+  const Description* description = nullptr;
+  std::string no_description = {};  // why there is none, in a sentence
+  bool explains = false;            // keep the whole story of errors and warnings
 };
 
 class Interpreter {
@@ -50,8 +56,17 @@ class Interpreter {
   /// `value` as in a printed table, for a REPL.
   std::string shown(const Value& value, const SourcePtr& source, Span span);
 
+  /// The story of the last error or warning; empty before the first one, and unless the options ask for stories.
+  const Explanation& last_explanation() const;
+  /// Whether a global variable of this name has a value.
+  bool has_global(const std::string& name) const;
+
  private:
   struct Parts;
+
+  template <class Action>
+  auto with_story(Action action);
+
   std::unique_ptr<Parts> parts_;
 };
 

@@ -24,12 +24,25 @@ bool is_comparison_with_nil(BinaryOperator op, const Value& left, const Value& r
 
 }  // namespace
 
+template <class Action>
+auto Operators::explained(BinaryOperator op, const Value& left, const Value& right, Span span, Action action) const {
+  ModuleCaller caller = site_.caller(span);
+  try {
+    return action(caller);
+  } catch (const Failure& failure) {
+    caller.trace = nullptr;  // what is asked for an explanation is no call of the script
+    throw failed_calls_.explained(failure, caller, op, left, right);
+  }
+}
+
 Value Operators::binary(BinaryOperator op, Value& left, Value& right, Span span) const {
   return site_.placed(span, [&] {
     const bool has_object = left.is_object() || right.is_object();
     if (!has_object || is_comparison_with_nil(op, left, right)) return plain_binary(op, left, right);
-    checks_.operation(site_.caller(span), op, left, right);
-    return object_binary(site_.caller(span), op, left, right);
+    return explained(op, left, right, span, [&](const ModuleCaller& caller) {
+      checks_.operation(caller, op, left, right);
+      return object_binary(caller, op, left, right);
+    });
   });
 }
 
@@ -39,16 +52,20 @@ void Operators::compound(BinaryOperator op, Value& variable, Value& right, Span 
       variable = plain_binary(op, variable, right);
       return;
     }
-    checks_.operation(site_.caller(span), op, variable, right);
-    object_compound(site_.caller(span), op, variable, right);
+    explained(op, variable, right, span, [&](const ModuleCaller& caller) {
+      checks_.operation(caller, op, variable, right);
+      object_compound(caller, op, variable, right);
+    });
   });
 }
 
 Value Operators::negated(Value& operand, Span span) const {
   return site_.placed(span, [&] {
     if (!operand.is_object()) return plain_negated(operand);
-    checks_.extents(site_.caller(span), operand);
-    return object_negated(site_.caller(span), operand);
+    return explained(BinaryOperator::multiply, operand, Value(-1), span, [&](const ModuleCaller& caller) {
+      checks_.extents(caller, operand);
+      return object_negated(caller, operand);
+    });
   });
 }
 

@@ -6,6 +6,7 @@
 
 #pragma once
 
+#include "script/explain/failed_calls.hpp"
 #include "script/module/array_module.hpp"
 #include "script/run/site.hpp"
 
@@ -14,7 +15,8 @@ namespace hvm {
 /// Applies operators at a place of the script. Everything that fails is a `ScriptError` there.
 class Operators {
  public:
-  Operators(Site& site, const ArrayChecks& checks) : site_(site), checks_(checks) {}
+  Operators(Site& site, const ArrayChecks& checks, const FailedCalls& failed_calls)
+      : site_(site), checks_(checks), failed_calls_(failed_calls) {}
 
   /// The value of `left op right`.
   Value binary(BinaryOperator op, Value& left, Value& right, Span span) const;
@@ -24,8 +26,13 @@ class Operators {
   Value negated(Value& operand, Span span) const;
 
  private:
+  /// Runs `action`, which applies an operator to an object, and explains its failure.
+  template <class Action>
+  auto explained(BinaryOperator op, const Value& left, const Value& right, Span span, Action action) const;
+
   Site& site_;
   const ArrayChecks& checks_;
+  const FailedCalls& failed_calls_;
 };
 
 /// An operator on two values of which none is an object. Throws `Failure`.

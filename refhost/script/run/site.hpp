@@ -25,6 +25,11 @@ class Site {
   KeptException& kept() { return kept_; }
 
   [[noreturn]] void fail(std::string message, Span span) const { throw ScriptError(std::move(message), source_, span); }
+  [[noreturn]] void fail(const Failure& failure, Span span) const {
+    ScriptError error(failure.message(), source_, span);
+    error.set_notes(failure.notes());
+    throw error;
+  }
 
   /// Runs `action`. Its `Failure` becomes a `ScriptError` at `span`.
   template <class Action>
@@ -32,7 +37,7 @@ class Site {
     try {
       return action();
     } catch (const Failure& failure) {
-      fail(failure.message(), span);
+      fail(failure, span);
     }
   }
 

@@ -132,6 +132,7 @@ void ScriptError::add_step(const std::string& what, const SourceText& source, Sp
 
 std::string ScriptError::report() const {
   std::string text = report_of("error", message_, *source_, span_);
+  for (const std::string& note : notes_) text += fmt::format("  {}\n", note);
   for (const std::string& call : calls_) text += call;
   if (omitted_calls_ > 0) text += fmt::format("  and {} calls more\n", omitted_calls_);
   return text;

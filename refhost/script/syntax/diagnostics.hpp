@@ -6,6 +6,7 @@
 #include <exception>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "script/syntax/source_text.hpp"
@@ -32,7 +33,10 @@ class ScriptError : public std::exception {
   /// Says where the failing script was used. It counts as a call.
   void add_use(const std::string& script, const SourceText& source, Span span);
 
-  /// `file:line:column: error: message`, the line, a caret under the column, and the calls that led there.
+  /// Gives lines that follow the caret of the report and are no part of the message.
+  void set_notes(std::vector<std::string> notes) { notes_ = std::move(notes); }
+
+  /// `file:line:column: error: message`, the line, a caret under the column, the notes, and the calls that led there.
   std::string report() const;
 
  private:
@@ -42,6 +46,7 @@ class ScriptError : public std::exception {
   SourcePtr source_;
   Span span_;
   Completeness completeness_;
+  std::vector<std::string> notes_;
   std::vector<std::string> calls_;
   std::size_t omitted_calls_ = 0;
 };
@@ -49,12 +54,16 @@ class ScriptError : public std::exception {
 /// A failure that does not know its place yet. The evaluation of the expression turns it into a `ScriptError`.
 class Failure : public std::exception {
  public:
-  explicit Failure(std::string message) : message_(std::move(message)) {}
+  explicit Failure(std::string message, std::vector<std::string> notes = {})
+      : message_(std::move(message)), notes_(std::move(notes)) {}
   const char* what() const noexcept override { return message_.c_str(); }
   const std::string& message() const { return message_; }
+  /// Lines for the report, such as `usage: xinv(a)`.
+  const std::vector<std::string>& notes() const { return notes_; }
 
  private:
   std::string message_;
+  std::vector<std::string> notes_;
 };
 
 /// `file:line:column: warning: message`, the line, and a caret under the column.

@@ -15,6 +15,12 @@ std::string real_text(double x, Detail detail) {
   return looks_whole ? text + ".0" : text;
 }
 
+std::string number_text(const Value& number) {
+  HostValue record = number.record();
+  if (number.tag() == ValueTag::real) return real_text(HVM_AsDouble(&record), Detail::brief);
+  return fmt::format("{}", HVM_AsInt64(&record));
+}
+
 std::string counted(std::size_t count, const char* one, const char* many) {
   return fmt::format("{} {}", count, count == 1 ? one : many);
 }

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <string>
 
+#include "kernel/kernel.hpp"
+
 namespace hvm {
 
 /// How much of a value is shown.
@@ -15,6 +17,9 @@ enum class Detail {
 
 /// A real number, always with a point, an exponent, or as `inf` or `nan`.
 std::string real_text(double x, Detail detail);
+
+/// A number as `print` shows it. Requires: `number` is one.
+std::string number_text(const Value& number);
 
 /// `1 argument`, `2 arguments`.
 std::string counted(std::size_t count, const char* one, const char* many);

@@ -40,7 +40,7 @@ struct Conditions {
   Conditions(const char* given) : input(given) {}
 
   std::string input;
-  bool has_input = true;  // false: the standard input is closed
+  bool has_input = true;                                         // false: the standard input is closed
   std::vector<std::pair<std::string, std::string>> environment;  // what is added to it
   Stream out = Stream::file;
   Stream err = Stream::file;

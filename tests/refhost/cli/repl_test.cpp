@@ -170,5 +170,31 @@ TEST(Repl, CharactersBeyondAscii_ArriveInAnyLocale) {
   }
 }
 
+TEST(Repl, Why_TellsTheStoryOfTheLastError) {
+  Terminal terminal;
+  terminal.wait_for("> ");
+  EXPECT_THAT(terminal.answer("why"), HasSubstr("nothing has failed"));
+  EXPECT_THAT(terminal.answer("toy_fail(toy_int(3))"), ::testing::Not(HasSubstr("arguments")));
+  EXPECT_THAT(terminal.answer("  why "), HasSubstr("argument 1: $xintarray (3): 0, 1, 2"));
+  EXPECT_THAT(terminal.answer("unknown + 1"), HasSubstr("error:"));
+  EXPECT_THAT(terminal.answer("why"), HasSubstr("there is no more to say of: "));
+}
+
+TEST(Repl, Why_IsAVariableWhereThereIsOne) {
+  Terminal terminal;
+  terminal.wait_for("> ");
+  terminal.answer("toy_fail()");
+  terminal.answer("why = 42");
+  EXPECT_THAT(terminal.answer("why"), HasSubstr("\r\n42\r\n"));
+}
+
+TEST(Repl, Why_InALongerInput_IsPartOfIt) {
+  Terminal terminal;
+  terminal.wait_for("> ");
+  terminal.answer("x = [1,", "\n... ");
+  terminal.answer("why", "\n... ");
+  EXPECT_THAT(terminal.answer("]"), HasSubstr("error: "));
+}
+
 }  // namespace
 }  // namespace hvm::testing
