@@ -83,6 +83,11 @@ class InstalledTree(unittest.TestCase):
         self.assertEqual(len(json.loads(beside.read_text())["functions"]), 93)
         self.assertTrue((data / "functions.schema.json").is_file())
 
+    def test_errors_are_explained_by_the_description_of_the_tree(self):
+        ended = run(self.hvm, "-e", 'xzeros("a")')
+        self.assertEqual(ended.returncode, 1)
+        self.assertIn("xzeros: argument 1 must be a number; this is a string.", ended.stderr)
+
     def test_manual_pages_are_in_their_sections(self):
         manual = self.tree / "share" / "man"
         found = sorted(str(path.relative_to(manual)) for path in manual.rglob("*.[17]"))
