@@ -6,6 +6,7 @@
 // pages give the same bytes.
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <regex>
@@ -20,6 +21,8 @@ namespace {
 
 /// Parts of the page about the language that tell how hvm is run.
 const std::vector<std::string> sections_about_hvm = {"Running hvm", "Scripts as tests"};
+
+std::string below(const std::string& folder, const std::string& name) { return std::filesystem::path(folder) / name; }
 
 std::string contents(const std::string& path) {
   std::ifstream file(path);
@@ -36,7 +39,7 @@ std::string section_roff(const Section& section) {
 }
 
 std::string hvm_1(const std::string& docs) {
-  const Document page = document(docs + "/language.md");
+  const Document page = document(below(docs, "language.md"));
   std::string roff = head_roff("hvm", 1, MODULE_VERSION, "User commands");
   roff += ".SH NAME\nhvm \\- runs scripts with numeric arrays\n";
   roff += ".SH SYNOPSIS\n.B hvm\n[\\fIOPTIONS\\fR] [\\fISCRIPT\\fR [\\fIARGUMENTS\\fR]]\n";
@@ -45,7 +48,7 @@ std::string hvm_1(const std::string& docs) {
 }
 
 std::string hvm_7(const std::string& docs) {
-  const Document page = document(docs + "/language.md");
+  const Document page = document(below(docs, "language.md"));
   std::string roff = head_roff("hvm", 7, MODULE_VERSION, "Languages");
   roff += ".SH NAME\nhvm \\- the script language of hvm\n.SH DESCRIPTION\n" + block_roff(page.beginning);
   for (const Section& section : page.sections) {
@@ -92,7 +95,7 @@ std::string family_roff(const std::string& folder, const Section& section) {
       continue;
     }
     for (const std::string& name : linked_pages(line.text)) {
-      const std::string path = folder + "/" + name;
+      const std::string path = below(folder, name);
       entries += function_roff(read_page(path, contents(path)));
     }
   }
@@ -100,8 +103,8 @@ std::string family_roff(const std::string& folder, const Section& section) {
 }
 
 std::string arrayfold_7(const std::string& docs) {
-  const std::string folder = docs + "/functions";
-  const Document index = document(folder + "/README.md");
+  const std::string folder = below(docs, "functions");
+  const Document index = document(below(folder, "README.md"));
   std::string roff = head_roff("arrayfold", 7, MODULE_VERSION, "Libraries of functions");
   roff += ".SH NAME\narrayfold \\- functions of numeric arrays for scripts of hvm\n";
   roff += ".SH DESCRIPTION\n";
@@ -116,11 +119,11 @@ int write_manual(const std::string& docs, const std::string& folder) {
   const std::vector<std::pair<std::string, std::string (*)(const std::string&)>> pages = {
       {"hvm.1", hvm_1}, {"hvm.7", hvm_7}, {"arrayfold.7", arrayfold_7}};
   for (const auto& [name, made] : pages) {
-    std::ofstream file(folder + "/" + name);
+    std::ofstream file(below(folder, name));
     file << made(docs);
     file.close();
     if (file) continue;
-    std::cerr << folder << '/' << name << ": cannot be written\n";
+    std::cerr << below(folder, name) << ": cannot be written\n";
     return 1;
   }
   return 0;

@@ -57,7 +57,7 @@ std::string library_with(const std::string& function) {
   const std::string beginning = fmt::format("fn {}(", function);
   std::error_code error;
   for (const auto& entry : std::filesystem::directory_iterator(libraries(), error)) {
-    const std::string library = entry.path().stem().string();
+    std::string library = entry.path().stem().string();
     if (entry.path().extension() != ".hvm" || function.rfind(library + '_', 0) == 0) continue;
     std::ifstream file(entry.path(), std::ios::binary);
     for (std::string line; std::getline(file, line);)
