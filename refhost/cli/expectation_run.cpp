@@ -17,13 +17,14 @@ namespace {
 
 class ExpectationRun {
  public:
-  ExpectationRun(SourcePtr source, const ModuleFunctions& functions, bool has_checks, const Description* description)
-      : source_(std::move(source)), interpreter_(functions, options(has_checks, description)) {}
+  ExpectationRun(SourcePtr source, const ModuleFunctions& functions, const RunConditions& conditions)
+      : source_(std::move(source)), warnings_(conditions.warnings), interpreter_(functions, options(conditions)) {}
 
   std::vector<std::string> failures() {
     try {
       const TokenList words = lex(source_);
       expected_ = expectations_of(source_, words);
+      expected_warnings_ = expected_warnings_of(source_, words);
       for (const Token& word : words.tokens)
         if (word.kind != TokenKind::newline && word.kind != TokenKind::end_of_source)
           last_code_line_ = source_->line(word.span.begin);
@@ -34,17 +35,24 @@ class ExpectationRun {
       report(error.line(), fmt::format("error: {}", error.message()));
     }
     compare_output();
+    compare_warnings();
     return std::move(failures_);
   }
 
  private:
-  InterpreterOptions options(bool has_checks, const Description* description) {
+  /// Warnings are gathered here, and never end a statement.
+  InterpreterOptions options(const RunConditions& conditions) {
     InterpreterOptions options;
-    options.has_checks = has_checks;
-    options.description = description;
+    options.has_checks = conditions.has_checks;
+    options.description = conditions.description;
     options.print = [this](const std::string& text, const SourceText& from, std::size_t line) {
       print(text, from.name() == source_->name() ? line : running_line_);
     };
+    options.warn = [this](const Warning& warning) {
+      const bool is_here = warning.source->name() == source_->name();
+      told_.push_back({is_here ? warning.line() : running_line_, warning.row.name, warning.message, false});
+    };
+    options.warnings = warnings_ == WarningMode::off ? WarningMode::off : WarningMode::on;
     return options;
   }
 
@@ -130,11 +138,38 @@ class ExpectationRun {
     }
   }
 
+  void compare_warnings() {
+    for (const auto& [line, text] : expected_warnings_) {
+      const auto is_meant = [&, expected = line, &words = text](const ToldWarning& warning) {
+        return !warning.is_expected && warning.line == expected && is_contained(words, warning.message);
+      };
+      const auto met = std::find_if(told_.begin(), told_.end(), is_meant);
+      if (met != told_.end())
+        met->is_expected = true;
+      else
+        report(line, fmt::format("expected warning: {}; there was none", text));
+    }
+    if (warnings_ != WarningMode::error) return;
+    for (const ToldWarning& warning : told_)
+      if (!warning.is_expected)
+        report(warning.line, fmt::format("unexpected warning: {}: {}", warning.name, warning.message));
+  }
+
   void report(std::size_t line, const std::string& what) {
     failures_.push_back(fmt::format("{}:{}: {}", source_->name(), line, what));
   }
 
+  struct ToldWarning {
+    std::size_t line;
+    std::string_view name;
+    std::string message;
+    bool is_expected;
+  };
+
   SourcePtr source_;
+  WarningMode warnings_;
+  std::vector<ToldWarning> told_;
+  std::multimap<std::size_t, std::string> expected_warnings_;
   std::map<std::size_t, std::string> printed_;
   std::map<std::size_t, Expectation> expected_;
   std::map<std::size_t, bool> failed_lines_;
@@ -146,9 +181,9 @@ class ExpectationRun {
 
 }  // namespace
 
-std::vector<std::string> unmet_expectations(const SourcePtr& source, const ModuleFunctions& functions, bool has_checks,
-                                            const Description* description) {
-  return ExpectationRun(source, functions, has_checks, description).failures();
+std::vector<std::string> unmet_expectations(const SourcePtr& source, const ModuleFunctions& functions,
+                                            const RunConditions& conditions) {
+  return ExpectationRun(source, functions, conditions).failures();
 }
 
 }  // namespace hvm

@@ -6,16 +6,26 @@
 #include <vector>
 
 #include "script/explain/description.hpp"
+#include "script/explain/warnings.hpp"
 #include "script/module/module_functions.hpp"
 #include "script/syntax/source_text.hpp"
 
 namespace hvm {
 
+/// How a script is run.
+struct RunConditions {
+  bool has_checks = true;                    // check what the module does not
+  const Description* description = nullptr;  // of the module's functions; null: there is none
+  WarningMode warnings = WarningMode::on;
+};
+
 /// Runs a script statement by statement against its expectations. A statement that fails as a comment on one of its
 /// lines expects is left unfinished, and the script continues behind it; any other error ends the script. A script
 /// whose last line expects the error of a block that stays open runs nothing. Returns a sentence for each expectation
 /// that was not met, none for a script that passed.
-std::vector<std::string> unmet_expectations(const SourcePtr& source, const ModuleFunctions& functions, bool has_checks,
-                                            const Description* description = nullptr);
+///
+/// In the mode `error`, a warning that no comment on its line expects is such a sentence, too; it ends no statement.
+std::vector<std::string> unmet_expectations(const SourcePtr& source, const ModuleFunctions& functions,
+                                            const RunConditions& conditions);
 
 }  // namespace hvm

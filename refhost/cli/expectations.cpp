@@ -2,6 +2,7 @@
 
 #include "cli/expectations.hpp"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <optional>
@@ -89,6 +90,42 @@ bool are_numbers_met(const Expectation& expectation, const std::string& printed)
   return true;
 }
 
+/// A part of a comment that says what a line does.
+struct ExpectingComment {
+  std::size_t line;
+  std::string_view text;  // behind `# expect`, or behind `# expect warning:`
+  bool is_of_warning;
+  Span span;
+};
+
+/// Where the next part of a comment begins: a part that expects a warning, or that allows one.
+std::size_t next_part(std::string_view text) {
+  return std::min(std::min(text.find("# expect warning:"), text.find("# allow:")), text.size());
+}
+
+std::vector<ExpectingComment> expecting_comments(const SourcePtr& source, const TokenList& words) {
+  std::vector<ExpectingComment> found;
+  auto word = words.tokens.begin();
+  std::size_t code_line = 0;
+  for (const Comment& comment : words.comments) {
+    for (; word != words.tokens.end() && word->span.begin < comment.span.begin; ++word)
+      if (word->kind != TokenKind::newline) code_line = source->line(word->span.begin);
+    const std::size_t line = comment.is_alone ? code_line : source->line(comment.span.begin);
+    std::string_view rest = source->text(comment.span);
+    while (!rest.empty()) {
+      rest.remove_prefix(1);  // the `#`
+      const std::size_t end = next_part(rest);
+      std::string_view text = trimmed(rest.substr(0, end));
+      rest.remove_prefix(end);
+      if (!take(text, "expect") || (!text.empty() && std::string_view(" :~").find(text[0]) == std::string_view::npos))
+        continue;
+      const bool is_of_warning = take(text, " warning:");
+      found.push_back({line, text, is_of_warning, comment.span});
+    }
+  }
+  return found;
+}
+
 }  // namespace
 
 std::string with_single_blanks(const std::string& text) {
@@ -103,23 +140,29 @@ std::string with_single_blanks(const std::string& text) {
 
 std::map<std::size_t, Expectation> expectations_of(const SourcePtr& source, const TokenList& words) {
   std::map<std::size_t, Expectation> found;
-  auto word = words.tokens.begin();
-  std::size_t code_line = 0;
-  for (const Comment& comment : words.comments) {
-    for (; word != words.tokens.end() && word->span.begin < comment.span.begin; ++word)
-      if (word->kind != TokenKind::newline) code_line = source->line(word->span.begin);
-    std::string_view text = trimmed(source->text(comment.span).substr(1));
-    if (!take(text, "expect") || (!text.empty() && std::string_view(" :~").find(text[0]) == std::string_view::npos))
-      continue;
-    const auto expectation = read(text);
+  for (const ExpectingComment& comment : expecting_comments(source, words)) {
+    if (comment.is_of_warning) continue;
+    const auto expectation = read(comment.text);
     if (!expectation)
-      throw ScriptError("an expectation is '# expect: text', '# expect ~tolerance: numbers' or '# expect error: text'",
-                        source, comment.span);
-    const std::size_t line = comment.is_alone ? code_line : source->line(comment.span.begin);
-    const auto [entry, is_new] = found.try_emplace(line, *expectation);
+      throw ScriptError(
+          "an expectation is '# expect: text', '# expect ~tolerance: numbers', '# expect error: text' or "
+          "'# expect warning: text'",
+          source, comment.span);
+    const auto [entry, is_new] = found.try_emplace(comment.line, *expectation);
     if (!is_new) entry->second.text += " " + expectation->text;
   }
   return found;
+}
+
+std::multimap<std::size_t, std::string> expected_warnings_of(const SourcePtr& source, const TokenList& words) {
+  std::multimap<std::size_t, std::string> found;
+  for (const ExpectingComment& comment : expecting_comments(source, words))
+    if (comment.is_of_warning) found.emplace(comment.line, trimmed(comment.text));
+  return found;
+}
+
+bool is_contained(const std::string& expected, const std::string& text) {
+  return with_single_blanks(text).find(with_single_blanks(expected)) != std::string::npos;
 }
 
 bool is_met(const Expectation& expectation, const std::string& printed) {
@@ -128,8 +171,7 @@ bool is_met(const Expectation& expectation, const std::string& printed) {
 }
 
 bool is_met_by_error(const Expectation& expectation, const std::string& message) {
-  return expectation.form == Expectation::Form::error &&
-         with_single_blanks(message).find(with_single_blanks(expectation.text)) != std::string::npos;
+  return expectation.form == Expectation::Form::error && is_contained(expectation.text, message);
 }
 
 }  // namespace hvm

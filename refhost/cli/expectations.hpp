@@ -28,6 +28,16 @@ struct Expectation {
 /// text. Throws `ScriptError` for a comment that begins like an expectation and is not one.
 std::map<std::size_t, Expectation> expectations_of(const SourcePtr& source, const TokenList& words);
 
+/// The warnings that a script expects, by line:
+///
+///     print(5 - a)          # expect: [4, 3, 2]  # expect warning: 5 - a computes a - 5
+///
+/// A line may expect several. A comment on a line of its own belongs to the line of the last code before it.
+std::multimap<std::size_t, std::string> expected_warnings_of(const SourcePtr& source, const TokenList& words);
+
+/// Whether a text contains the expected one. Successive blanks and line ends count as one blank.
+bool is_contained(const std::string& expected, const std::string& text);
+
 /// Whether printed text is what was expected. Successive blanks and line ends count as one blank.
 bool is_met(const Expectation& expectation, const std::string& printed);
 /// Whether the message of an error contains the expected text.

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <new>
 #include <sstream>
 
@@ -42,6 +43,8 @@ struct Settings {
   bool lists = false;
   bool shows_version = false;
   bool is_unchecked = false;
+  std::string warnings = "on";
+  bool lists_warnings = false;
   bool counts_leaks = false;
   bool explains = false;
   std::string trace_path;
@@ -65,6 +68,11 @@ TextSize terminal_size() {
 
 bool comes_by_standard_input(const Settings& settings) {
   return !settings.has_code && (settings.rest.empty() || settings.rest.front() == "-");
+}
+
+WarningMode warning_mode(const Settings& settings) {
+  if (settings.warnings == "off") return WarningMode::off;
+  return settings.warnings == "error" ? WarningMode::error : WarningMode::on;
 }
 
 /// The script that the settings name; null for the REPL.
@@ -110,7 +118,11 @@ void run_scripts(const Settings& settings, const Module& module, const Descripti
   InterpreterOptions options;
   options.has_checks = !settings.is_unchecked;
   options.print = [](const std::string& text, const SourceText&, std::size_t) { put(text + "\n"); };
-  options.warn = [](const std::string& warning) { put_error({warning}); };
+  options.warn = [&settings](const Warning& warning) {
+    const bool tells_story = settings.explains && warning.explanation;
+    put_error({warning.report(), tells_story ? warning.explanation->text() : std::string()});
+  };
+  options.warnings = warning_mode(settings);
   if (comes_by_standard_input(settings)) options.files = FileAccess::without_standard_input;
   options.text_size = terminal_size;
   options.description = reading.description ? &*reading.description : nullptr;
@@ -157,15 +169,32 @@ int run_tests(const Settings& settings, const Module& module) {
   const Counts before = counts();
   const auto ends_well = [&] { return !settings.counts_leaks || report_leaks(before); };
   const DescriptionReading reading = described_functions(module);
-  const bool passed = run_tests_below(
-      settings.test_directory, module.functions,
-      {!settings.is_unchecked, settings.time_limit, ends_well, reading.description ? &*reading.description : nullptr});
+  TestOptions options;
+  options.conditions.has_checks = !settings.is_unchecked;
+  options.conditions.description = reading.description ? &*reading.description : nullptr;
+  options.conditions.warnings = warning_mode(settings);
+  options.time_limit = settings.time_limit;
+  options.ends_well = ends_well;
+  const bool passed = run_tests_below(settings.test_directory, module.functions, options);
   return passed ? done : script_failed;
 }
 
 void list(const Module& module) {
   for (const std::string& name : module.functions.names()) put(fmt::format("function {}\n", name));
   for (const RegisteredType& type : registered_types()) put(fmt::format("type {}\n", type.name));
+}
+
+/// The warnings in three columns: name, sentence, page.
+void list_warnings() {
+  const auto longest = [](std::string_view WarningRow::*column) {
+    std::size_t width = 0;
+    for (const WarningRow& row : warning_table()) width = std::max(width, (row.*column).size());
+    return width;
+  };
+  const std::size_t names = longest(&WarningRow::name);
+  const std::size_t sentences = longest(&WarningRow::sentence);
+  for (const WarningRow& row : warning_table())
+    put(fmt::format("{:{}}  {:{}}  {}\n", row.name, names, row.sentence, sentences, row.page));
 }
 
 void show_libraries(const Module& module) {
@@ -181,6 +210,7 @@ std::size_t traced_operations(const Settings& settings) {
 }
 
 int run(const Settings& settings) {
+  if (settings.lists_warnings) return list_warnings(), done;
   if (settings.shows_version) put(fmt::format("hvm {}\nprocessor {}\n", HVM_VERSION, processor_target()));
   const Module module = load_module(settings.module_path.empty() ? default_module_path() : settings.module_path);
   if (settings.shows_version) return show_libraries(module), done;
@@ -225,9 +255,17 @@ void describe(CLI::App& app, Settings& settings) {
       ->type_name("PATH");
   const auto list_flag = app.add_flag("--list", settings.lists, "list the functions and types of the module");
   app.add_flag("--unchecked", settings.is_unchecked, "leave out the checks that the module itself does not make");
+  app.add_option("--warnings", settings.warnings,
+                 "what becomes of warnings: off, on, or error; with --test, error: a warning that no comment expects "
+                 "fails the script")
+      ->type_name("MODE")
+      ->capture_default_str()
+      ->check(CLI::IsMember({"off", "on", "error"}).description(""));
+  const auto warnings_flag =
+      app.add_flag("--list-warnings", settings.lists_warnings, "list all warnings and their pages");
   app.add_flag("--leaks", settings.counts_leaks,
                "count what is left behind at the end; status 1 when that is anything");
-  app.add_flag("--explain", settings.explains, "tell the whole story of the error that ends a script");
+  app.add_flag("--explain", settings.explains, "tell the whole story of the error that ends a script, and of warnings");
   const auto version =
       app.add_flag("--version", settings.shows_version,
                    "say the version, the processor's vector instructions, the module and its libraries");
@@ -241,9 +279,9 @@ void describe(CLI::App& app, Settings& settings) {
       ->capture_default_str()
       ->check(CLI::Validator(wrong_count_of_operations, ""))
       ->needs(trace);
-  trace->excludes(test)->excludes(list_flag)->excludes(version);
-  code->excludes(test)->excludes(list_flag)->excludes(version);
-  test->excludes(list_flag)->excludes(version);
+  trace->excludes(test)->excludes(list_flag)->excludes(version)->excludes(warnings_flag);
+  code->excludes(test)->excludes(list_flag)->excludes(version)->excludes(warnings_flag);
+  test->excludes(list_flag)->excludes(version)->excludes(warnings_flag);
 }
 
 bool looks_like_option(const std::vector<std::string>& rest) {
@@ -272,7 +310,8 @@ std::optional<int> parse_command_line(int argc, char** argv, Settings& settings)
     put_error({"hvm: there is no option ", settings.rest.front(), "; hvm --help lists them\n"});
     return wrong_usage;
   }
-  const bool takes_no_script = settings.lists || settings.shows_version || !settings.test_directory.empty();
+  const bool takes_no_script =
+      settings.lists || settings.lists_warnings || settings.shows_version || !settings.test_directory.empty();
   if (takes_no_script && !settings.rest.empty()) {
     put_error({"hvm: ", settings.rest.front(), " is one argument too many\n"});
     return wrong_usage;

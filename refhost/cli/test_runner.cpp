@@ -18,7 +18,6 @@
 #include <system_error>
 #include <vector>
 
-#include "cli/expectation_run.hpp"
 #include "cli/process_end.hpp"
 #include "cli/streams.hpp"
 #include "script/library/script_file.hpp"
@@ -105,8 +104,7 @@ class TestRunner {
   /// Runs the script and prints what failed. Nothing is thrown: this process has one task.
   bool passes(const std::string& path) const noexcept {
     try {
-      const auto failures =
-          unmet_expectations(read_script(path), functions_, options_.has_checks, options_.description);
+      const auto failures = unmet_expectations(read_script(path), functions_, options_.conditions);
       for (const std::string& failure : failures) put(failure + "\n");
       const bool ends_well = options_.ends_well();
       finish_output();

@@ -5,16 +5,15 @@
 #include <functional>
 #include <string>
 
-#include "script/explain/description.hpp"
+#include "cli/expectation_run.hpp"
 #include "script/module/module_functions.hpp"
 
 namespace hvm {
 
 struct TestOptions {
-  bool has_checks = true;                    // check what the module does not
-  double time_limit = 0;                     // seconds for each script; 0: any time
-  std::function<bool()> ends_well;           // asked at the end of each script; false fails it
-  const Description* description = nullptr;  // of the module's functions; null: there is none
+  RunConditions conditions;         // of each script
+  double time_limit = 0;            // seconds for each script; 0: any time
+  std::function<bool()> ends_well;  // asked at the end of each script; false fails it
 };
 
 /// Runs every `*.hvm` below a directory, in the order of their names, each in a process of its own: what a script

@@ -31,11 +31,43 @@ const ModuleFunctions& functions_for(const std::string& text) {
   return text.find_first_of("/%") == text.npos ? all : none;
 }
 
+/// A warning has a place in the text, and can be shown.
+void take(const Warning& warning) {
+  if (warning.message.empty() || warning.report().empty()) std::abort();
+  if (warning.source->name() != "fuzz.hvm" || warning.span.begin > warning.source->text().size()) std::abort();
+}
+
+/// Says that each function looks at one argument, so that more of them bring about a warning.
+const Description& description() {
+  static const Description made = [] {
+    Description described;
+    for (const auto& [name, function] : arrayfold::fuzz::functions()) {
+      FunctionEntry& entry = described.functions.emplace_back();
+      entry.name = name;
+      entry.most_arguments = 1;
+    }
+    return described;
+  }();
+  return made;
+}
+
+/// The length of a text decides whether warnings are errors, and whether stories are kept.
+InterpreterOptions options_for(const std::string& text) {
+  InterpreterOptions options;
+  options.print = [](const std::string&, const SourceText&, std::size_t) {};
+  options.warn = take;
+  options.files = FileAccess::none;
+  options.step_limit = step_limit;
+  options.warnings = text.size() % 8 == 0 ? WarningMode::error : WarningMode::on;
+  options.explains = text.size() % 2 == 0;
+  if (text.size() % 4 < 2) options.description = &description();
+  return options;
+}
+
 /// Runs the text. An error has a place in it, and can be shown.
 void run_script(const std::string& text) {
   const auto source = std::make_shared<SourceText>("fuzz.hvm", text);
-  Interpreter interpreter(functions_for(text), {true, [](const std::string&, const SourceText&, std::size_t) {},
-                                                [](const std::string&) {}, FileAccess::none, step_limit});
+  Interpreter interpreter(functions_for(text), options_for(text));
   try {
     interpreter.set_global("args", Value::table());
     interpreter.run(interpreter.parse(source));
@@ -52,6 +84,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
   // What is made once and kept is made before anything is counted.
   run_script("print(xsum(xarray(@int, [1, 2])) + len(\"text\"))");
   run_script("print(1 / 2)");
+  description();
   return 0;
 }
 

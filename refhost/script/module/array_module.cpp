@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <string_view>
 
@@ -31,14 +32,13 @@ std::string type_name(const Value& object) { return type_name_of(object_of(objec
 
 std::string in_parentheses(const Extents& extents) { return fmt::format("({})", fmt::join(extents, ", ")); }
 
-/// The kind in the name of an array type; no value for the name of another type.
-std::optional<std::string> array_kind(const std::string& name) {
+/// The kind in the name of an array type; empty for the name of another type.
+std::string_view array_kind(std::string_view name) {
   constexpr std::string_view front = "$x";
   constexpr std::string_view back = "array";
-  const bool is_array = name.size() > front.size() + back.size() && name.rfind(front, 0) == 0 &&
-                        name.compare(name.size() - back.size(), back.size(), back) == 0;
-  if (!is_array) return std::nullopt;
-  return name.substr(front.size(), name.size() - front.size() - back.size());
+  const bool is_array = name.size() > front.size() + back.size() && name.substr(0, front.size()) == front &&
+                        name.substr(name.size() - back.size()) == back;
+  return is_array ? name.substr(front.size(), name.size() - front.size() - back.size()) : std::string_view{};
 }
 
 // ---- Extents
@@ -93,18 +93,6 @@ void check_zero(BinaryOperator op, const Value& array, Value& number) {
   const bool is_integer_array = type == int_array || type == int64_array;
   if (is_integer_array && as_read(type, number) == 0)
     throw Failure(fmt::format("'{}' of an integer array with zero", spelling(op)));
-}
-
-// ---- Data literals
-
-const Expression* first_integer(const Expression& data) {
-  if (std::holds_alternative<IntegerLiteral>(data.form) || std::holds_alternative<Integer64Literal>(data.form))
-    return &data;
-  const auto* row = std::get_if<TableLiteral>(&data.form);
-  if (!row) return nullptr;
-  for (const TableEntry& entry : row->entries)
-    if (const Expression* found = first_integer(*entry.value)) return found;
-  return nullptr;
 }
 
 // ---- Kinds in quotations
@@ -204,8 +192,19 @@ bool do_broadcast(const Extents& left, const Extents& right) {
                     [](std::int64_t a, std::int64_t b) { return a == b || a == 1 || b == 1; });
 }
 
+std::string_view array_kind_of(const Value& value) {
+  return value.is_object() ? array_kind(type_name_of(object_of(value.record()))) : std::string_view{};
+}
+
+bool is_integer_array(const Value& value) {
+  if (!value.is_object()) return false;
+  const char* name = type_name_of(object_of(value.record()));
+  return std::strncmp(name, "$xint", 5) == 0 && (name == int_array || name == int64_array);
+}
+
 std::optional<std::string> kind_of_array(const Value& value) {
-  return value.is_object() ? array_kind(type_name(value)) : std::nullopt;
+  const std::string_view kind = array_kind_of(value);
+  return kind.empty() ? std::nullopt : std::optional<std::string>(kind);
 }
 
 namespace {
@@ -312,12 +311,6 @@ std::string thrown_operator(const ModuleCaller& caller, const std::string& messa
   return fmt::format("{} (operands: {} and {})", message, described(caller, left), described(caller, right));
 }
 
-const Expression* dropped_element(const std::string& function, const Quotation& dtype, const Quotation& data) {
-  if (function != "xarray" || data.form != Quotation::Form::data || dtype.form == Quotation::Form::data) return nullptr;
-  const std::string& name = std::get<Variable>(dtype.subject->form).name;
-  return name == "double" || name == "float" ? first_integer(*data.subject) : nullptr;
-}
-
 const char* failing_quotation(const std::string& function, const Quotation* dtype, const Quotation* data,
                               std::size_t arguments) {
   const auto* variable = dtype ? std::get_if<Variable>(&dtype->subject->form) : nullptr;
@@ -363,17 +356,18 @@ void ArrayChecks::operation(const ModuleCaller& caller, BinaryOperator op, Value
   if (right.is_object()) extents(caller, right);
 }
 
-void ArrayChecks::indices(const ModuleCaller& caller, Value& object, ValueSpan indices) const {
-  if (!are_on_) return;
+bool ArrayChecks::indices(const ModuleCaller& caller, Value& object, ValueSpan indices) const {
+  if (!are_on_) return false;
   for (const Value& index : indices)
     if (!index.is_number()) throw Failure(fmt::format("an index must be a number, not {}", kind_in_words(index)));
   const Extents* extents = extents_of(caller, object);
-  if (!extents) return;
+  if (!extents) return false;
   require_sound(*extents);
   const std::size_t aligned = std::min(indices.size(), extents->size());
   for (std::size_t i = 0; i < aligned; ++i)
     check_index(*extents, extents->size() - aligned + i, indices[indices.size() - aligned + i]);
   if (is_empty(*extents)) throw Failure(fmt::format("the array has no elements (shape {})", in_parentheses(*extents)));
+  return indices.size() < extents->size();
 }
 
 void ArrayChecks::extents(const ModuleCaller& caller, Value& object) const {

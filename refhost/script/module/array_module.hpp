@@ -9,6 +9,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "script/module/module_calls.hpp"
@@ -26,6 +27,12 @@ bool do_broadcast(const Extents& left, const Extents& right);
 
 /// The kind of an array, such as `double` of `$xdoublearray`; no value for anything else.
 std::optional<std::string> kind_of_array(const Value& value);
+
+/// The same as `kind_of_array` without a copy, empty for anything else. It lasts as long as the type.
+std::string_view array_kind_of(const Value& value);
+
+/// Whether a value is an array of integers, of 32 bits or 64.
+bool is_integer_array(const Value& value);
 
 /// The extents that the method `shape` gives; no value when it fails, throws, or gives no table of integers.
 std::optional<Extents> shape_of(const ModuleCaller& caller, Value& object);
@@ -51,10 +58,6 @@ std::string undefined_operator(const ModuleCaller& caller, const std::string& na
 /// `message`, which is of an exception from an operator, with the reason when it lies in the shapes of the operands.
 std::string thrown_operator(const ModuleCaller& caller, const std::string& message, Value& left, Value& right);
 
-/// The first integer literal of a data literal that a call of `function` drops, because it makes an array of
-/// floating-point numbers and takes no integer as an element; null when there is none.
-const Expression* dropped_element(const std::string& function, const Quotation& dtype, const Quotation& data);
-
 /// Why a call of `function` failed with these quotations as its first arguments, null for other arguments, in the words
 /// of its page's row, such as `an extent in `dtype` is no int`; null when that lies elsewhere.
 const char* failing_quotation(const std::string& function, const Quotation* dtype, const Quotation* data,
@@ -79,8 +82,8 @@ class ArrayChecks {
   void operation(const ModuleCaller& caller, BinaryOperator op, Value& left, Value& right) const;
 
   /// Indices that are not numbers, or lie outside of the extents that they meet. Indices align with the last extents;
-  /// leading indices beyond the number of extents pass.
-  void indices(const ModuleCaller& caller, Value& object, ValueSpan indices) const;
+  /// leading indices beyond the number of extents pass. Returns whether there are fewer indices than extents.
+  bool indices(const ModuleCaller& caller, Value& object, ValueSpan indices) const;
 
   /// An array with extents that are negative, or whose product is more than an array can hold.
   void extents(const ModuleCaller& caller, Value& object) const;

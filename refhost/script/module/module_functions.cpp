@@ -5,12 +5,19 @@
 namespace hvm {
 
 arrayfold::EntryFunction ModuleFunctions::find(const std::string& name) const {
+  const Entry* entry = find_entry(name);
+  return entry ? entry->function : nullptr;
+}
+
+const ModuleFunctions::Entry* ModuleFunctions::find_entry(const std::string& name) const {
   const auto entry = functions_.find(name);
-  return entry == functions_.end() ? nullptr : entry->second;
+  return entry == functions_.end() ? nullptr : &entry->second;
 }
 
 void ModuleFunctions::add(const std::string& name, arrayfold::EntryFunction function) {
-  const bool is_new = functions_.insert_or_assign(name, function).second;
+  const auto number = static_cast<std::uint32_t>(names_.size());
+  const auto [entry, is_new] = functions_.try_emplace(name, Entry{function, number});
+  entry->second.function = function;
   if (is_new) names_.push_back(name);
 }
 

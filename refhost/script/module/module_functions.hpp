@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -14,8 +15,16 @@ namespace hvm {
 /// The rows that a module registered, by name and in their order. The `host` of `PKG_Init` is one of these.
 class ModuleFunctions {
  public:
+  /// A function, and its place among the names.
+  struct Entry {
+    arrayfold::EntryFunction function;
+    std::uint32_t number;
+  };
+
   /// The function of a name, null when there is none.
   arrayfold::EntryFunction find(const std::string& name) const;
+  /// The same with its number.
+  const Entry* find_entry(const std::string& name) const;
   const std::vector<std::string>& names() const { return names_; }
   /// A later row of the same name replaces the function of the earlier one.
   void add(const std::string& name, arrayfold::EntryFunction function);
@@ -24,7 +33,7 @@ class ModuleFunctions {
 
  private:
   std::vector<std::string> names_;
-  std::unordered_map<std::string, arrayfold::EntryFunction> functions_;
+  std::unordered_map<std::string, Entry> functions_;
 };
 
 }  // namespace hvm

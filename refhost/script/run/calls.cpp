@@ -12,32 +12,48 @@
 
 namespace hvm {
 
-Value Calls::call(const std::string& name, std::vector<Value> arguments, Span span, const Expressions* written) {
+Value Calls::call(const std::string& name, std::vector<Value> arguments, Span span, const Call* form) {
   steps_.take();
   if (const auto function = functions_.fn(name, *site_.source())) return call_fn(*function, std::move(arguments), span);
   if (const Builtin* builtin = find_builtin(name)) {
     const ModuleCaller caller = site_.caller(span);
-    return site_.placed(span, [&] {
+    Value result = site_.placed(span, [&] {
       return call_builtin(*builtin, {caller, span, functions_.module(), checks_, print_, files_, pictures_, arguments});
     });
+    warnings_.made(result);
+    return result;
   }
-  return call_module(name, arguments, span, written);
+  return call_module(name, arguments, span, form);
 }
 
-Value Calls::call_module(const std::string& name, std::vector<Value>& arguments, Span span,
-                         const Expressions* written) {
-  const arrayfold::EntryFunction function = functions_.of_module(name);
+Value Calls::call_module(const std::string& name, std::vector<Value>& arguments, Span span, const Call* form) {
+  const ModuleFunctions::Entry* function = functions_.of_module(name);
   if (!function) fail_unknown(name, span);
   quotations_.require_live(arguments, span);
-  quotations_.warn_of_dropped_elements(name, arguments);
-  return site_.placed(span, [&] {
+  Value result = site_.placed(span, [&] {
     try {
       checks_.call(name, arguments);
-      return call_function(site_.caller(span), name, function, arguments);
+      return call_function(site_.caller(span), name, function->function, arguments);
     } catch (const Failure& failure) {
-      throw explained(failure, name, nullptr, arguments, span, written, nullptr);
+      throw explained(failure, name, nullptr, arguments, span, form ? &form->arguments : nullptr, nullptr);
     }
   });
+  if (warnings_.are_on()) {
+    const bool is_used = !form || !form->is_statement;
+    const Warnings::Watch& watch = warnings_.watch(function->number);
+    if (warnings_.is_notable(watch, arguments, result, is_used)) look_at(watch, name, arguments, result, span, is_used);
+  }
+  return result;
+}
+
+void Calls::look_at(const Warnings::Watch& watch, const std::string& name, std::vector<Value>& arguments, Value& result,
+                    Span span, bool is_used) {
+  const bool has_table = arguments.size() > 1 && arguments[1].is_table();
+  const bool needs_quotations = watch.reads_quotations && (!has_table || result.is_nil());
+  const QuotedArguments quoted = needs_quotations ? quotations_.quoted(arguments) : QuotedArguments();
+  warnings_.call(
+      site_.source(), watch,
+      {site_.caller(span), span, name, arguments, result, is_used, quoted, watch.entry, warnings_.columns()});
 }
 
 namespace {
@@ -118,6 +134,8 @@ Value Calls::method(Value& self, const MethodCall& form, std::vector<Value> argu
       throw explained(failure, name, &self, arguments, span, &form.arguments, operand);
     }
   });
+  if (warnings_.are_on() && name == "reshape")
+    warnings_.method(site_.source(), {site_.caller(span), span, name, !form.is_statement}, self, arguments);
   return result;
 }
 

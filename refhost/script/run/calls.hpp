@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "script/explain/failed_calls.hpp"
+#include "script/explain/warnings.hpp"
 #include "script/library/builtins.hpp"
 #include "script/run/call_depth.hpp"
 #include "script/run/quotations.hpp"
@@ -20,8 +21,8 @@ class Statements;
 class Calls {
  public:
   Calls(Site& site, Steps& steps, CallDepth& depth, Scopes& scopes, const Functions& functions, Quotations& quotations,
-        const ArrayChecks& checks, const FailedCalls& failed_calls, const PrintLine& print, FileAccess files,
-        Pictures& pictures, Statements& statements)
+        const ArrayChecks& checks, const FailedCalls& failed_calls, Warnings& warnings, const PrintLine& print,
+        FileAccess files, Pictures& pictures, Statements& statements)
       : site_(site),
         steps_(steps),
         depth_(depth),
@@ -30,13 +31,14 @@ class Calls {
         quotations_(quotations),
         checks_(checks),
         failed_calls_(failed_calls),
+        warnings_(warnings),
         print_(print),
         files_(files),
         pictures_(pictures),
         statements_(statements) {}
 
-  /// `written` are the arguments in the script, null when they do not stand there.
-  Value call(const std::string& name, std::vector<Value> arguments, Span span, const Expressions* written = nullptr);
+  /// `form` is the call in the script, null when it does not stand there.
+  Value call(const std::string& name, std::vector<Value> arguments, Span span, const Call* form = nullptr);
   /// A method of the object `self`, which `operand` gives where it is no other call's.
   Value method(Value& self, const MethodCall& form, std::vector<Value> arguments, Span span,
                const Expression* operand = nullptr);
@@ -46,7 +48,10 @@ class Calls {
  private:
   Value call_fn(const Function& function, std::vector<Value> arguments, Span span);
   Value run_fn(const Function& function, std::vector<Value> arguments);
-  Value call_module(const std::string& name, std::vector<Value>& arguments, Span span, const Expressions* written);
+  Value call_module(const std::string& name, std::vector<Value>& arguments, Span span, const Call* form);
+  /// Lets the warnings look at a call that the module has answered.
+  void look_at(const Warnings::Watch& watch, const std::string& name, std::vector<Value>& arguments, Value& result,
+               Span span, bool is_used);
   /// What the description says of a failed call. `self` is null for a function.
   Failure explained(const Failure& failure, const std::string& name, Value* self, std::vector<Value>& arguments,
                     Span span, const Expressions* written, const Expression* operand) const;
@@ -62,6 +67,7 @@ class Calls {
   Quotations& quotations_;
   const ArrayChecks& checks_;
   const FailedCalls& failed_calls_;
+  Warnings& warnings_;
   const PrintLine& print_;
   FileAccess files_;
   Pictures& pictures_;

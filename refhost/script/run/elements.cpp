@@ -26,7 +26,8 @@ Value Elements::read(Value& container, ValueSpan indices, Span span) const {
   if (!container.is_object()) site_.fail(fmt::format("{} has no elements", kind_in_words(container)), span);
   return site_.placed(span, [&] {
     const ModuleCaller caller = site_.caller(span);
-    checks_.indices(caller, container, indices);
+    const bool has_fewer = checks_.indices(caller, container, indices);
+    if (has_fewer) warnings_.element(site_.source(), span, {caller, container, indices, nullptr});
     if (auto element = read_element(caller, container, indices)) return std::move(*element);
     throw Failure(fmt::format("{} gives no element with {}", described(caller, container), index_count(indices)));
   });
@@ -53,7 +54,9 @@ void Elements::write(const ElementAssignment& form, Value& container, ValueSpan 
     site_.fail(fmt::format("{} has no elements to assign to", kind_in_words(container)), form.container->span);
   site_.placed(span, [&] {
     const ModuleCaller caller = site_.caller(span);
-    checks_.indices(caller, container, indices);
+    const bool has_fewer = checks_.indices(caller, container, indices);
+    if (has_fewer || (value.tag() == ValueTag::real && is_integer_array(container)))
+      warnings_.element(site_.source(), span, {caller, container, indices, &value});
     if (write_element(caller, container, indices, value)) return;
     if (!value.is_number())
       throw Failure(

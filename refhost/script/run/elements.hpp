@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "script/explain/warnings.hpp"
 #include "script/module/array_module.hpp"
 #include "script/run/site.hpp"
 #include "script/syntax/tree.hpp"
@@ -11,7 +12,8 @@ namespace hvm {
 /// Reads and writes entries and elements. Everything that fails is a `ScriptError`.
 class Elements {
  public:
-  Elements(Site& site, const ArrayChecks& checks) : site_(site), checks_(checks) {}
+  Elements(Site& site, const ArrayChecks& checks, Warnings& warnings)
+      : site_(site), checks_(checks), warnings_(warnings) {}
 
   /// `container[indices]`, whose brackets are at `span`. An absent entry of a table is nil. The element of a string is
   /// a character.
@@ -29,6 +31,7 @@ class Elements {
 
   Site& site_;
   const ArrayChecks& checks_;
+  Warnings& warnings_;
 };
 
 }  // namespace hvm

@@ -53,7 +53,7 @@ Value Evaluator::evaluate(const QuotationLiteral& form, Span) { return quotation
 Value Evaluator::evaluate(const Variable& form, Span span) { return variables_.read(form, span); }
 
 Value Evaluator::evaluate(const Call& form, Span span) {
-  return calls_.call(form.name, evaluate(form.arguments), span, &form.arguments);
+  return calls_.call(form.name, evaluate(form.arguments), span, &form);
 }
 
 Value Evaluator::evaluate(const Postfix& form, Span) {
@@ -117,7 +117,7 @@ Value Evaluator::evaluate(const Chain& form, Span) {
   Value value = evaluate(*form.first);
   for (const Link& link : form.links) {
     Value operand = evaluate(*link.operand);
-    value = operators_.binary(link.op, value, operand, link.op_span);
+    value = operators_.binary(link.op, value, operand, {link.op_span, &form, &link});
   }
   return value;
 }

@@ -27,7 +27,7 @@ class Functions {
   /// a function that the library needs.
   std::shared_ptr<const Function> fn(const std::string& name, const SourceText& caller) const;
   /// The module's function of a name, null when there is none.
-  arrayfold::EntryFunction of_module(const std::string& name) const { return module_.find(name); }
+  const ModuleFunctions::Entry* of_module(const std::string& name) const { return module_.find_entry(name); }
   /// Whether there is a function of this name: a fn, a built-in one or the module's.
   bool has(const std::string& name) const;
   /// What to write in place of an unknown function, as the end of a sentence: where it comes from when it is part of a

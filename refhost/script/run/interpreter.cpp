@@ -29,15 +29,16 @@ struct Interpreter::Parts {
         scopes(context),
         functions(module),
         variables(site, scopes, functions),
-        quotations(site, scopes, variables, options.warn),
-        elements(site, checks),
-        operators(site, checks, failed_calls),
+        quotations(site, scopes, variables),
+        warnings(module, {options.description, options.warnings, options.warn, options.explains}, last_explanation),
+        elements(site, checks, warnings),
+        operators(site, checks, failed_calls, warnings),
         evaluator(site, variables, elements, operators, quotations, calls),
         statements(site, steps, scopes, functions, variables, elements, operators, evaluator, uses),
         uses(site, depth, scopes, functions, statements, options.files),
         pictures{options.text_size, std::nullopt},
-        calls(site, steps, depth, scopes, functions, quotations, checks, failed_calls, options.print, options.files,
-              pictures, statements),
+        calls(site, steps, depth, scopes, functions, quotations, checks, failed_calls, warnings, options.print,
+              options.files, pictures, statements),
         callbacks(context, site, steps, scopes, calls, evaluator) {
     if (options.trace) options.trace->read_quotations_by([this](const HostValue& record) { return quoted(record); });
   }
@@ -60,6 +61,7 @@ struct Interpreter::Parts {
   Functions functions;
   Variables variables;
   Quotations quotations;
+  Warnings warnings;
   Elements elements;
   Operators operators;
   Evaluator evaluator;

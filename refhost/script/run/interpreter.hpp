@@ -12,6 +12,7 @@
 
 #include "script/explain/description.hpp"
 #include "script/explain/explanation.hpp"
+#include "script/explain/warnings.hpp"
 #include "script/library/builtins.hpp"
 #include "script/module/module_functions.hpp"
 #include "script/run/quotations.hpp"
@@ -28,11 +29,12 @@ struct InterpreterOptions {
   FileAccess files = FileAccess::all;
   std::uint64_t step_limit = 0;  // of the interpreter's steps, beyond which there is `StepLimitReached`; 0: none
   std::function<TextSize()> text_size = {};  // of pictures; the default without it
-  Trace* trace = nullptr;                    // tells the calls of the module; it must outlive the interpreter
   /// Of the module's functions; null: there is none. It must outlive the interpreter.
   const Description* description = nullptr;
   std::string no_description = {};  // why there is none, in a sentence
-  bool explains = false;            // keep the whole story of errors and warnings
+  WarningMode warnings = WarningMode::on;
+  bool explains = false;   // keep the whole story of errors and warnings
+  Trace* trace = nullptr;  // tells the calls of the module; it must outlive the interpreter
 };
 
 class Interpreter {

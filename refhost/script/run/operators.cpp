@@ -22,6 +22,14 @@ bool is_comparison_with_nil(BinaryOperator op, const Value& left, const Value& r
   return (op == BinaryOperator::equal || op == BinaryOperator::not_equal) && (left.is_nil() || right.is_nil());
 }
 
+/// Whether there may be a warning: of a number on the left, a real beside integers, or a remainder.
+bool may_warn(BinaryOperator op, const Value& left, const Value& right) {
+  if (left.is_number() && op != BinaryOperator::add && op != BinaryOperator::multiply) return true;
+  if (left.tag() == ValueTag::real) return is_integer_array(right);
+  if (right.tag() == ValueTag::real) return is_integer_array(left);
+  return op == BinaryOperator::remainder;
+}
+
 }  // namespace
 
 template <class Action>
@@ -35,18 +43,23 @@ auto Operators::explained(BinaryOperator op, const Value& left, const Value& rig
   }
 }
 
-Value Operators::binary(BinaryOperator op, Value& left, Value& right, Span span) const {
-  return site_.placed(span, [&] {
+Value Operators::binary(BinaryOperator op, Value& left, Value& right, const Place& place) const {
+  return site_.placed(place.span, [&] {
     const bool has_object = left.is_object() || right.is_object();
     if (!has_object || is_comparison_with_nil(op, left, right)) return plain_binary(op, left, right);
-    return explained(op, left, right, span, [&](const ModuleCaller& caller) {
+    return explained(op, left, right, place.span, [&](const ModuleCaller& caller) {
       checks_.operation(caller, op, left, right);
-      return object_binary(caller, op, left, right);
+      if (may_warn(op, left, right))
+        warnings_.operation(site_.source(), place.span, {caller, op, left, right, place.chain, place.link, nullptr});
+      Value result = object_binary(caller, op, left, right);
+      warnings_.combined(result, left, right);
+      return result;
     });
   });
 }
 
-void Operators::compound(BinaryOperator op, Value& variable, Value& right, Span span) const {
+void Operators::compound(BinaryOperator op, Value& variable, Value& right, Span span,
+                         const VariableAssignment& form) const {
   site_.placed(span, [&] {
     if (!variable.is_object() && !right.is_object()) {
       variable = plain_binary(op, variable, right);
@@ -54,7 +67,10 @@ void Operators::compound(BinaryOperator op, Value& variable, Value& right, Span 
     }
     explained(op, variable, right, span, [&](const ModuleCaller& caller) {
       checks_.operation(caller, op, variable, right);
+      if (may_warn(op, variable, right))
+        warnings_.operation(site_.source(), span, {caller, op, variable, right, nullptr, nullptr, &form});
       object_compound(caller, op, variable, right);
+      warnings_.combined(variable, variable, right);
     });
   });
 }
@@ -64,7 +80,9 @@ Value Operators::negated(Value& operand, Span span) const {
     if (!operand.is_object()) return plain_negated(operand);
     return explained(BinaryOperator::multiply, operand, Value(-1), span, [&](const ModuleCaller& caller) {
       checks_.extents(caller, operand);
-      return object_negated(caller, operand);
+      Value result = object_negated(caller, operand);
+      warnings_.combined(result, operand, operand);
+      return result;
     });
   });
 }

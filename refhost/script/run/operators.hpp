@@ -7,6 +7,7 @@
 #pragma once
 
 #include "script/explain/failed_calls.hpp"
+#include "script/explain/warnings.hpp"
 #include "script/module/array_module.hpp"
 #include "script/run/site.hpp"
 
@@ -15,13 +16,20 @@ namespace hvm {
 /// Applies operators at a place of the script. Everything that fails is a `ScriptError` there.
 class Operators {
  public:
-  Operators(Site& site, const ArrayChecks& checks, const FailedCalls& failed_calls)
-      : site_(site), checks_(checks), failed_calls_(failed_calls) {}
+  Operators(Site& site, const ArrayChecks& checks, const FailedCalls& failed_calls, Warnings& warnings)
+      : site_(site), checks_(checks), failed_calls_(failed_calls), warnings_(warnings) {}
+
+  /// Where an operator stands: in a link of a chain, or elsewhere.
+  struct Place {
+    Span span;
+    const Chain* chain = nullptr;
+    const Link* link = nullptr;
+  };
 
   /// The value of `left op right`.
-  Value binary(BinaryOperator op, Value& left, Value& right, Span span) const;
+  Value binary(BinaryOperator op, Value& left, Value& right, const Place& place) const;
   /// `variable op= right`. An object gets its own record as the result and may so change in place.
-  void compound(BinaryOperator op, Value& variable, Value& right, Span span) const;
+  void compound(BinaryOperator op, Value& variable, Value& right, Span span, const VariableAssignment& form) const;
   /// `-operand`; of an object its product with -1.
   Value negated(Value& operand, Span span) const;
 
@@ -33,6 +41,7 @@ class Operators {
   Site& site_;
   const ArrayChecks& checks_;
   const FailedCalls& failed_calls_;
+  Warnings& warnings_;
 };
 
 /// An operator on two values of which none is an object. Throws `Failure`.

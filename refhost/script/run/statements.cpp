@@ -51,7 +51,7 @@ Statements::Flow Statements::execute(const VariableAssignment& form, Span span) 
     return Flow::onward;
   }
   variables_.read(variable, form.variable->span);
-  operators_.compound(*form.op, scopes_.slot_of(variable).value, value, span);
+  operators_.compound(*form.op, scopes_.slot_of(variable).value, value, span, form);
   return Flow::onward;
 }
 
@@ -62,7 +62,7 @@ Statements::Flow Statements::execute(const ElementAssignment& form, Span span) {
   Value value = evaluator_.evaluate(*form.value);
   if (form.op) {
     Value present = elements_.read(container, indices, form.index_span);
-    value = operators_.binary(*form.op, present, value, span);
+    value = operators_.binary(*form.op, present, value, {span});
   }
   elements_.write(form, container, indices, value);
   return Flow::onward;

@@ -259,7 +259,7 @@ ExpressionPtr ExpressionParser::call() {
   Expressions arguments = call_arguments();
   const bool has_quotation = quotation_count_ > quotations_before;
   return made({name.span.begin, cursor_.previous().span.end},
-              Call{std::move(name.text), std::move(arguments), has_quotation});
+              Call{std::move(name.text), std::move(arguments), has_quotation, false});
 }
 
 Expressions ExpressionParser::call_arguments() {
@@ -277,7 +277,7 @@ Suffix ExpressionParser::method_call() {
   Token name = cursor_.expect(TokenKind::name, "of a method behind '.'");
   if (!cursor_.is_at(TokenKind::left_paren)) fail_member(name);
   Expressions arguments = call_arguments();
-  return {{begin.begin, cursor_.previous().span.end}, MethodCall{std::move(name.text), std::move(arguments)}};
+  return {{begin.begin, cursor_.previous().span.end}, MethodCall{std::move(name.text), std::move(arguments), false}};
 }
 
 void ExpressionParser::fail_member(const Token& name) const {

@@ -297,7 +297,10 @@ class Parser {
 
   decltype(Statement::form) expression_or_assignment() {
     ExpressionPtr target = expressions_.expression();
-    if (!is_assignment(cursor_.current().kind)) return ExpressionStatement{std::move(target)};
+    if (!is_assignment(cursor_.current().kind)) {
+      mark_statement(*target);
+      return ExpressionStatement{std::move(target)};
+    }
     const Token sign = cursor_.take();
     const auto op = operator_of(sign.kind);
     if (std::holds_alternative<Variable>(target->form)) {
@@ -306,6 +309,14 @@ class Parser {
       return VariableAssignment{std::move(target), op, std::move(value)};
     }
     return element_assignment(std::move(target), op, sign);
+  }
+
+  /// Marks a call whose value nothing takes.
+  static void mark_statement(Expression& expression) {
+    if (auto* call = std::get_if<Call>(&expression.form)) call->is_statement = true;
+    auto* postfix = std::get_if<Postfix>(&expression.form);
+    auto* method = postfix ? std::get_if<MethodCall>(&postfix->suffixes.back().form) : nullptr;
+    if (method) method->is_statement = true;
   }
 
   ElementAssignment element_assignment(ExpressionPtr target, std::optional<BinaryOperator> op, const Token& sign) {

@@ -76,6 +76,7 @@ struct Call {
   std::string name;
   Expressions arguments;
   bool has_quotation = false;  // somewhere among the arguments
+  bool is_statement = false;   // nothing takes its value
 };
 
 /// `low:high` between brackets: a range of keys in a quotation, a range of characters elsewhere. An end that is left
@@ -90,6 +91,7 @@ struct Index {
 struct MethodCall {
   std::string name;
   Expressions arguments;
+  bool is_statement = false;  // nothing takes its value
 };
 struct Suffix {
   Span span;

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 
 #include "program.hpp"
 
@@ -153,6 +154,57 @@ TEST(CommandLine, Warnings_GoToTheErrorStreamOnce) {
   EXPECT_EQ(outcome.err.find("<command line>:1:51: warning: a data literal of reals drops the integer 2"), 0u)
       << outcome.err;
   EXPECT_EQ(outcome.err.find("warning", 30), std::string::npos) << outcome.err;
+}
+
+TEST(CommandLine, Warnings_GoAsTheirModeSays) {
+  const char* const code = "a = toy_double(3); b = 5 - a; print(b)";
+  const std::string words = ": 5 - a computes a - 5: with a number the array stands on the left; write a * -1 + 5\n";
+  for (const std::vector<std::string>& options : {std::vector<std::string>{}, {"--warnings", "on"}}) {
+    std::vector<std::string> arguments = options;
+    arguments.insert(arguments.end(), {"-e", code});
+    const Outcome outcome = run_toy(arguments);
+    EXPECT_EQ(outcome.out, "double(3) [-5.0, -4.0, -3.0]\n");
+    EXPECT_THAT(outcome.err, HasSubstr("<command line>:1:26: warning" + words));
+  }
+  const Outcome off = run_toy({"--warnings", "off", "-e", code});
+  EXPECT_EQ(off.out + off.err, "double(3) [-5.0, -4.0, -3.0]\n");
+  const Outcome error = run_toy({"--warnings", "error", "-e", code});
+  EXPECT_EQ(error.status, 1);
+  EXPECT_EQ(error.out, "");
+  EXPECT_THAT(error.err, HasSubstr("<command line>:1:26: error" + words));
+  EXPECT_EQ(run_toy({"--warnings", "perhaps", "-e", code}).status, 2);
+}
+
+TEST(CommandLine, WarningsOfAScriptFromTheStandardInput_NameItsLines) {
+  const Outcome outcome = run_toy({"-"}, "a = toy_double(3)\n5 - a\n5 - a\n");
+  EXPECT_THAT(outcome.err, HasSubstr("<stdin>:2:3: warning"));
+  EXPECT_THAT(outcome.err, HasSubstr("<stdin>:3:3: warning"));
+}
+
+TEST(CommandLine, ListWarnings_AlignsNamesSentencesAndPages) {
+  const Outcome outcome = run_toy({"--list-warnings"});
+  EXPECT_EQ(outcome.status, 0);
+  std::istringstream lines(outcome.out);
+  std::size_t count = 0, page_column = 0;
+  for (std::string line; std::getline(lines, line); ++count) {
+    const std::size_t page = line.find("  docs/functions/");
+    ASSERT_NE(page, std::string::npos) << line;
+    if (count == 0) page_column = page;
+    EXPECT_EQ(page, page_column) << line;
+    EXPECT_NE(line.find('#', page), std::string::npos) << line;
+  }
+  EXPECT_GT(count, 25u);
+  EXPECT_THAT(outcome.out, HasSubstr("number-on-the-left "));
+  EXPECT_EQ(run_toy({"--list-warnings", "x.hvm"}).status, 2);
+}
+
+TEST(CommandLine, Explain_TellsTheStoryOfAWarning) {
+  const Outcome outcome = run_toy({"--explain", "-e", "a = toy_double(3); b = 5 - a"});
+  EXPECT_EQ(outcome.status, 0);
+  for (const char* words :
+       {"explanation: 5 - a computes a - 5", "$xdoublearray (3)", "number-on-the-left: n - a computes",
+        "write a * -1 + 5", "page: docs/functions/operator-subtract.md#result"})
+    EXPECT_THAT(outcome.err, HasSubstr(words));
 }
 
 TEST(CommandLine, Leaks_AreCountedAtTheEnd) {

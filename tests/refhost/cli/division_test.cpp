@@ -15,7 +15,7 @@ using ::testing::StartsWith;
 const char* const divided = "a = xlinspace(-2147483648, -2147483646, 3); l = xlinspace(1L, 3L, 3)\n";
 
 Outcome run_division(const std::string& statement, std::vector<std::string> options = {}) {
-  options.insert(options.begin(), {"--module", module_path("arrayfold")});
+  options.insert(options.begin(), {"--module", module_path("arrayfold"), "--warnings", "off"});
   options.insert(options.end(), {"-e", divided + statement});
   return run_hvm(options);
 }

@@ -11,10 +11,11 @@ namespace {
 using ::testing::HasSubstr;
 
 /// What `--test` says of a directory with this one script, which it names `a.hvm`.
-Outcome tested(const std::string& script) {
+Outcome tested(const std::string& script, std::vector<std::string> options = {}) {
   const Workplace place;
   place.write("deep/er/a.hvm", script);
-  Outcome outcome = run_toy({"--test", place.path()});
+  options.insert(options.end(), {"--test", place.path()});
+  Outcome outcome = run_toy(options);
   const std::string prefix = place.path() + "/deep/er/";
   for (std::size_t at = outcome.out.find(prefix); at != std::string::npos; at = outcome.out.find(prefix))
     outcome.out.erase(at, prefix.size());
@@ -67,8 +68,42 @@ TEST(Expectations, ThatAreNotMet_FailWithExpectedAndGot) {
   expect_failed("x = * 2", "a.hvm:1: error: an expression expected, but here is '*'");
   expect_failed(
       "print(1) # expect ~x: 1",
-      "a.hvm:1: error: an expectation is '# expect: text', '# expect ~tolerance: numbers' or '# expect error: "
-      "text'");
+      "a.hvm:1: error: an expectation is '# expect: text', '# expect ~tolerance: numbers', '# expect error: text' or "
+      "'# expect warning: text'");
+}
+
+const char* const subtraction = "a = toy_double(3)\nprint(5 - a)";
+
+TEST(ExpectedWarnings, ThatCome_Pass) {
+  for (const char* comment : {"# expect warning: 5 - a computes a - 5",
+                              "# expect: double(3) [-5.0, -4.0, -3.0]  # expect warning: write a * -1",
+                              "# expect warning:", "\n# expect warning: write a   * -1 + 5"})
+    EXPECT_EQ(tested(std::string(subtraction) + " " + comment).out, "1 passed, 0 failed\n") << comment;
+  EXPECT_EQ(
+      tested("a = toy_double(3)\nx = 5 - a; xarray(@double, @[1, 2]) # expect warning: 5 - a  # expect warning: drops")
+          .out,
+      "1 passed, 0 failed\n");
+}
+
+TEST(ExpectedWarnings, ThatDoNotCome_Fail) {
+  expect_failed("x = 1 # expect warning: 5 - a", "a.hvm:1: expected warning: 5 - a; there was none");
+  expect_failed(std::string(subtraction) + " # expect warning: 6 - a",
+                "a.hvm:2: expected warning: 6 - a; there was none");
+  expect_failed(std::string(subtraction) + " # expect warning: 5 - a # expect warning: 5 - a",
+                "a.hvm:2: expected warning: 5 - a; there was none");
+  const Outcome off = tested(std::string(subtraction) + " # expect warning: 5 - a", {"--warnings", "off"});
+  EXPECT_THAT(off.out, HasSubstr("a.hvm:2: expected warning: 5 - a; there was none"));
+}
+
+TEST(ExpectedWarnings, OthersFailAScriptInTheModeErrorAlone) {
+  EXPECT_EQ(tested(subtraction).out, "1 passed, 0 failed\n");
+  const Outcome failed = tested(std::string(subtraction) + "\nprint(1) # expect: 1", {"--warnings", "error"});
+  EXPECT_EQ(
+      failed.out,
+      "a.hvm:2: unexpected warning: number-on-the-left: 5 - a computes a - 5: with a number the array stands on the "
+      "left; write a * -1 + 5\n0 passed, 1 failed\n");
+  for (const char* comment : {" # expect warning: 5 - a", " # allow: number-on-the-left"})
+    EXPECT_EQ(tested(subtraction + std::string(comment), {"--warnings", "error"}).out, "1 passed, 0 failed\n");
 }
 
 TEST(Expectations, OfABlockThatStaysOpen_AreMetByTheErrorAtTheEnd) {

@@ -103,6 +103,40 @@ TEST(MemoryRunsOut, WhileAScriptIsReadFromItsFile_TheErrorNamesTheScript) {
   std::filesystem::remove(path);
 }
 
+TEST(MemoryRunsOut, WhileAWarningIsMade_ItIsLostAndNothingIsLeftBehind) {
+  // The arrays are there before memory fails: the toy module makes none without it.
+  const auto arrays = std::make_shared<SourceText>("arrays.hvm", "a = toy_double(3)\nm = toy_double(2, 3)");
+  const auto source = std::make_shared<SourceText>(
+      "test.hvm",
+      "x = xarray(@double, @[1, 2.5])\ny = m[1]\nz = m[2]  # allow: fewer-indices\nx = xarray(@int, @[1, 2.5])\n");
+  int most = 0, least = 100;
+  for (int nth = 1, has_failed = 1; has_failed; ++nth) {
+    const Counts before = counts();
+    int warnings = 0;
+    {
+      InterpreterOptions options;
+      options.warn = [&](const Warning&) { ++warnings; };
+      options.explains = true;
+      Interpreter interpreter(toy_functions(), options);
+      interpreter.run(interpreter.parse(arrays));
+      const Program program = interpreter.parse(source);
+      allocations_to_failure = nth;
+      try {
+        interpreter.run(program);
+      } catch (const ScriptError&) {
+      } catch (const std::bad_alloc&) {
+      }
+      has_failed = allocations_to_failure == 0;
+      allocations_to_failure = 0;
+    }
+    EXPECT_TRUE(counts() == before) << "left behind after allocation " << nth;
+    most = std::max(most, warnings);
+    least = std::min(least, warnings);
+  }
+  EXPECT_GE(most, 3);
+  EXPECT_LT(least, most);
+}
+
 /// A script that needs memory in every way, without a module.
 const char* const every_way = R"(
 fn doubled(text, n)

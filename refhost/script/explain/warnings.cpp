@@ -1,0 +1,307 @@
+// script/explain/warnings.cpp: telling a script of answers that are wrong or empty without a word
+
+#include "script/explain/warnings.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <string_view>
+
+#include "script/syntax/lexer.hpp"
+
+namespace hvm {
+namespace {
+
+/// Functions whose result may be a column: of an array without one, or of extents that end in 1.
+constexpr std::string_view makers_of_columns[] = {"xzeros", "xones",  "xempty", "xrand",  "xrandn",
+                                                  "xeye",   "xarray", "xdiff",  "xouter", "xpinv"};
+
+bool is_array_module(const ModuleFunctions& module) {
+  return module.find("xarray") != nullptr && type_named("$xdoublearray") != nullptr;
+}
+
+bool is_one(const Value& value) {
+  HostValue record = value.record();
+  return value.is_number() && HVM_AsInt(&record) == 1;
+}
+
+/// Whether the innermost rows of data, by the first of each level, have one element.
+bool has_rows_of_one(const HostHash* data) {
+  constexpr int deepest = 64;
+  const HostHash* row = data;
+  int depth = 0;
+  while (row && depth < deepest) {
+    const Entry first = TableWalk(row).next();
+    const HostHash* inner = first ? table_of(*first.value) : nullptr;
+    if (!inner) break;
+    row = inner;
+    ++depth;
+  }
+  return depth > 0 && row && entry_count(row) == 1;
+}
+
+/// Whether `xarray` may have made a column. Extents in a quotation are known where they are literals.
+bool may_make_column(const QuotedArguments& quoted, const std::vector<Value>& arguments) {
+  if (arguments.size() > 1 && arguments[1].is_table()) return has_rows_of_one(table_of(arguments[1].record()));
+  if (quoted.data && quoted.data->form == Quotation::Form::data) {
+    const auto* rows = std::get_if<TableLiteral>(&quoted.data->subject->form);
+    return rows && !rows->entries.empty() && std::holds_alternative<TableLiteral>(rows->entries[0].value->form);
+  }
+  if (!quoted.dtype || quoted.dtype->arguments.size() < 2) return false;
+  const auto* last = std::get_if<IntegerLiteral>(&quoted.dtype->arguments.back()->form);
+  return !last || last->value == 1;
+}
+
+/// Whether the arguments are extents that end in 1, or one quotation, which may hold such.
+bool may_end_in_one(const std::vector<Value>& arguments) {
+  if (arguments.empty()) return false;
+  if (arguments[0].is_number()) return arguments.size() > 1 && is_one(arguments.back());
+  return arguments.size() == 1;
+}
+
+/// The names that the comments of a source allow, by line.
+std::map<std::size_t, std::vector<std::string>> allowed_by_comments(const SourcePtr& source) {
+  constexpr std::string_view sign = "# allow:";
+  std::map<std::size_t, std::vector<std::string>> allowed;
+  if (source->text().find(sign) == std::string::npos) return allowed;
+  for (const Comment& comment : lex(source).comments) {
+    std::string_view text = source->text(comment.span);
+    for (std::size_t at = text.find(sign); at != std::string_view::npos; at = text.find(sign)) {
+      text.remove_prefix(at + sign.size());
+      std::string_view names = text.substr(0, text.find('#'));
+      std::vector<std::string>& list = allowed[source->line(comment.span.begin)];
+      constexpr std::string_view between = ", \t\r";
+      for (std::size_t begin = names.find_first_not_of(between); begin != std::string_view::npos;) {
+        const std::size_t end = std::min(names.find_first_of(between, begin), names.size());
+        list.emplace_back(names.substr(begin, end - begin));
+        begin = names.find_first_not_of(between, end);
+      }
+    }
+  }
+  return allowed;
+}
+
+/// The page of a row, with the name of the function in it.
+std::string page_for(std::string_view page, std::string_view function) {
+  constexpr std::string_view place = "NAME";
+  std::string text(page);
+  const std::size_t at = text.find(place);
+  if (at != std::string::npos) text.replace(at, place.size(), function);
+  return text;
+}
+
+std::size_t settled_place(const SourceText* source, std::size_t offset, const WarningRow& row) {
+  const auto mixed =
+      reinterpret_cast<std::uintptr_t>(source) / 16 + offset * 31 + reinterpret_cast<std::uintptr_t>(&row);
+  return (mixed ^ mixed >> 7) % 64;
+}
+
+std::vector<Value*> addresses(ValueSpan values) {
+  std::vector<Value*> found;
+  for (Value& value : values) found.push_back(&value);
+  return found;
+}
+
+/// The rows of a sign that a function is watched for.
+Warnings::Watch::Rows& rows_with(Sign sign, Warnings::Watch& watch) {
+  switch (sign) {
+    case Sign::nothing:
+      return watch.on_nothing;
+    case Sign::more_arguments:
+      return watch.on_more_arguments;
+    case Sign::column:
+      return watch.on_column;
+    default:
+      return watch.rows;
+  }
+}
+
+}  // namespace
+
+std::string Warning::report() const {
+  return warning_report(message, *source, span) + fmt::format("  page: {}\n  allow: # allow: {}\n", page, row.name);
+}
+
+Warnings::Warnings(const ModuleFunctions& module, Options options, Explanation& last)
+    : are_on_(is_array_module(module) &&
+              (options.mode == WarningMode::error || (options.mode == WarningMode::on && options.warn))),
+      options_(std::move(options)),
+      last_(last) {
+  if (!are_on_) return;
+  for (const WarningRow& row : warning_table()) {
+    if (std::holds_alternative<OperationCondition>(row.condition)) operation_rows_.push_back(&row);
+    if (std::holds_alternative<ElementCondition>(row.condition)) element_rows_.push_back(&row);
+    if (std::holds_alternative<MethodCondition>(row.condition)) method_rows_.push_back(&row);
+  }
+  watches_.resize(module.names().size());
+  const std::vector<WarningRow>& rows = warning_table();
+  for (std::size_t number = 0; number < watches_.size(); ++number) {
+    Watch& watch = watches_[number];
+    const std::string& name = module.names()[number];
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+      const auto* condition = std::get_if<CallCondition>(&rows[i].condition);
+      if (!condition) continue;
+      const auto& functions = condition->functions;
+      const bool is_watched =
+          functions.empty() || std::find(functions.begin(), functions.end(), name) != functions.end();
+      if (!is_watched) continue;
+      rows_with(condition->sign, watch) |= Watch::Rows{1} << i;
+      if (condition->sign < Sign::nothing) watch.signs |= 1u << static_cast<unsigned>(condition->sign);
+    }
+    watch.makes_columns =
+        std::find(std::begin(makers_of_columns), std::end(makers_of_columns), name) != std::end(makers_of_columns);
+    watch.reads_quotations = name == "xarray";
+    watch.entry = options_.description ? options_.description->find(name) : nullptr;
+    const bool has_limit = watch.entry && watch.entry->most_arguments && *watch.entry->most_arguments >= 0;
+    if (has_limit) watch.most_arguments = static_cast<std::uint32_t>(*watch.entry->most_arguments);
+  }
+}
+
+bool Warnings::is_watched_for(const Watch& watch, const std::vector<Value>& arguments, const Value& result,
+                              bool is_used) noexcept {
+  if (watch.makes_columns) {
+    const bool takes_array = !arguments.empty() && arguments[0].is_object();
+    if (takes_array) columns_.note(result, true);
+    if (!takes_array && may_end_in_one(arguments)) return true;
+  }
+  for (std::uint32_t left = watch.signs; left != 0; left &= left - 1)
+    if (bears(static_cast<Sign>(__builtin_ctz(left)), arguments, result, is_used)) return true;
+  return false;
+}
+
+/// Looks at a place of a script. In a library nothing is looked at, and without memory nothing is told.
+template <class Look>
+void Warnings::guarded(const SourcePtr& source, Look look) {
+  if (!are_on_ || source->is_library()) return;
+  try {
+    look();
+  } catch (const std::bad_alloc&) {
+  }
+}
+
+void Warnings::call(const SourcePtr& source, const Watch& watch, const AnsweredCall& call) {
+  guarded(source, [&] {
+    Watch::Rows rows = watch.rows;
+    if (call.result.is_nil()) rows |= watch.on_nothing;
+    if (!columns_.is_empty()) rows |= watch.on_column;
+    if (call.arguments.size() > watch.most_arguments) rows |= watch.on_more_arguments;
+    for (; rows != 0; rows &= rows - 1) {
+      const WarningRow& row = warning_table()[static_cast<std::size_t>(__builtin_ctzll(rows))];
+      const auto& condition = std::get<CallCondition>(row.condition);
+      if (!bears(condition.sign, call.arguments, call.result, call.is_used)) continue;
+      if (is_settled(source, call.span, row)) break;
+      auto found = condition.find(call);
+      if (!found) continue;
+      tell(row, std::move(*found), source, call.span, call.function, call.caller, addresses(call.arguments));
+      break;
+    }
+  });
+  track(watch, call);
+}
+
+void Warnings::operation(const SourcePtr& source, Span span, const ArrayOperation& operation) {
+  guarded(source, [&] {
+    for (const WarningRow* each : operation_rows_) {
+      const WarningRow& row = *each;
+      if (is_settled(source, span, row)) break;
+      auto found = std::get<OperationCondition>(row.condition).find(operation);
+      if (!found) continue;
+      tell(row, std::move(*found), source, span, {}, operation.caller, {&operation.left, &operation.right});
+      break;
+    }
+  });
+}
+
+void Warnings::element(const SourcePtr& source, Span span, const ElementAccess& access) {
+  guarded(source, [&] {
+    for (const WarningRow* each : element_rows_) {
+      const WarningRow& row = *each;
+      if (is_settled(source, span, row)) continue;
+      auto found = std::get<ElementCondition>(row.condition).find(access);
+      if (!found) continue;
+      std::vector<Value*> values = addresses(access.indices);
+      values.insert(values.begin(), &access.object);
+      tell(row, std::move(*found), source, span, {}, access.caller, values);
+    }
+  });
+}
+
+void Warnings::method(const SourcePtr& source, const AnsweredMethod& call, Value& self, std::vector<Value>& arguments) {
+  const bool is_array = kind_of_array(self).has_value();
+  if (call.method == "reshape" && is_array) columns_.note(self, arguments.size() > 1 && is_one(arguments.back()));
+  guarded(source, [&] {
+    if (!is_array) return;
+    for (const WarningRow* each : method_rows_) {
+      const WarningRow& row = *each;
+      if (is_settled(source, call.span, row)) continue;
+      auto found = std::get<MethodCondition>(row.condition).find(call);
+      if (found) tell(row, std::move(*found), source, call.span, call.method, call.caller, {&self});
+    }
+  });
+}
+
+void Warnings::track(const Watch& watch, const AnsweredCall& call) noexcept {
+  const auto& arguments = call.arguments;
+  const auto is_marked = [&](const Value& value) { return columns_.has(value); };
+  bool may_be_column = std::any_of(arguments.begin(), arguments.end(), is_marked);
+  const bool takes_array = !arguments.empty() && arguments[0].is_object();
+  if (watch.reads_quotations)
+    may_be_column = may_make_column(call.quoted, arguments);
+  else if (watch.makes_columns && !may_be_column)
+    may_be_column = takes_array || may_end_in_one(arguments);
+  if (call.result.is_object()) return columns_.note(call.result, may_be_column);
+  if (!may_be_column || !call.result.is_table()) return;
+  TableWalk walk(table_of(call.result.record()));
+  while (const Entry entry = walk.next())
+    if (const HostAny* object = object_of(*entry.value)) columns_.mark(object);
+}
+
+/// In the mode `error` a warning comes as often as its cause.
+bool Warnings::is_settled(const SourcePtr& source, Span span, const WarningRow& row) const noexcept {
+  if (options_.mode == WarningMode::error) return false;
+  const Settled& place = settled_[settled_place(source.get(), span.begin, row)];
+  return place.source == source.get() && place.offset == span.begin && place.row == &row;
+}
+
+Warnings::Told& Warnings::told_of(const SourcePtr& source) {
+  const auto known = told_.find(source.get());
+  if (known != told_.end()) return known->second;
+  return told_.emplace(source.get(), Told{source, {}, allowed_by_comments(source)}).first->second;
+}
+
+void Warnings::tell(const WarningRow& row, Finding finding, const SourcePtr& running, Span span,
+                    std::string_view function, const ModuleCaller& caller, const std::vector<Value*>& values) {
+  const SourcePtr source = finding.source ? finding.source : running;
+  const Span place = finding.span ? *finding.span : span;
+  told_of(running);
+  Told& told = told_of(source);
+  settled_[settled_place(running.get(), span.begin, row)] = {running.get(), span.begin, &row};
+  const std::size_t line = source->line(place.begin);
+  const auto allowed = told.allowed.find(line);
+  const bool is_allowed = allowed != told.allowed.end() &&
+                          std::find(allowed->second.begin(), allowed->second.end(), row.name) != allowed->second.end();
+  if (is_allowed) return;
+  if (options_.mode == WarningMode::error) throw ScriptError(std::move(finding.message), source, place);
+  if (!told.lines.emplace(line, &row).second) return;
+  const std::string page = finding.page.empty() ? page_for(row.page, function) : std::move(finding.page);
+  if (options_.explains) keep_story(row, finding.message, page, caller, values);
+  options_.warn({row, std::move(finding.message), page, source, place, options_.explains ? &last_ : nullptr});
+}
+
+void Warnings::keep_story(const WarningRow& row, const std::string& message, const std::string& page,
+                          const ModuleCaller& caller, const std::vector<Value*>& values) {
+  constexpr std::string_view before_remedy = "; ";
+  Explanation story;
+  story.about = message;
+  for (Value* value : values) story.arguments.push_back(described(caller, *value));
+  story.considered.push_back(fmt::format("{}: {}", row.name, row.sentence));
+  const std::size_t remedy = message.rfind(before_remedy);
+  if (remedy != std::string::npos) story.remedy = message.substr(remedy + before_remedy.size());
+  story.notes.push_back("page: " + page);
+  story.notes.push_back(fmt::format("allow: # allow: {}", row.name));
+  last_ = std::move(story);
+}
+
+}  // namespace hvm
