@@ -30,6 +30,9 @@ foreach(page IN LISTS manual)
   run(gzip -9nf ${page})
 endforeach()
 
+# Where zsh looks for what packages bring.
+file(RENAME ${root}/runtime/usr/share/zsh/site-functions ${root}/runtime/usr/share/zsh/vendor-completions)
+
 # The changelog of the project opens with the version and its day.
 file(READ ${doc}/CHANGELOG.md changes)
 if(NOT changes MATCHES "\n## ${CPACK_PACKAGE_VERSION} - ([0-9-]+)\n")

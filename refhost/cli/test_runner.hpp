@@ -1,9 +1,11 @@
-// cli/test_runner.hpp: every script below a directory as a test
+// cli/test_runner.hpp: scripts as tests
 
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "cli/expectation_run.hpp"
 #include "script/module/module_functions.hpp"
@@ -14,12 +16,18 @@ struct TestOptions {
   RunConditions conditions;         // of each script
   double time_limit = 0;            // seconds for each script; 0: any time
   std::function<bool()> ends_well;  // asked at the end of each script; false fails it
+  std::string filter;               // a shell pattern that a part of a script's path must fit
+  std::size_t jobs = 1;             // the most scripts that run at the same time
+  bool is_verbose = false;          // say how each script ended, and which were the slowest
+  std::string junit_path;           // the JUnit file; empty for none
 };
 
-/// Runs every `*.hvm` below a directory, in the order of their names, each in a process of its own: what a script
-/// leaves in the module, and a fault that ends it, do not reach the others. A script's process ends with this one.
-/// Prints what failed, and at the end `N passed, N failed`. Returns whether all passed; a directory without scripts
-/// does not pass, nor does one with a folder that cannot be read. Throws `OutputError`.
-bool run_tests_below(const std::string& directory, const ModuleFunctions& functions, const TestOptions& options);
+/// Runs scripts, files and every `*.hvm` below folders, each in a process of its own: what a script leaves in the
+/// module, and a fault that ends it, do not reach the others. A script's process ends with this one. Prints what failed
+/// in the order of the scripts' names, as soon as this order allows, and at the end `N passed, N failed in T s`.
+/// Returns whether all passed; paths without scripts do not pass, nor do those with a folder that cannot be read.
+/// Throws `FileError` for a path that leads nowhere and for a JUnit file that cannot be made, before anything runs, and
+/// `OutputError`.
+bool run_tests(const std::vector<std::string>& paths, const ModuleFunctions& functions, const TestOptions& options);
 
 }  // namespace hvm

@@ -50,7 +50,7 @@ def counted(project, hvm, work):
         run = subprocess.run([hvm, "--test", str(folder), "--warnings", "error"], cwd=work, stdout=subprocess.PIPE,
                              stderr=subprocess.STDOUT, text=True, check=False)
         *lines, last = run.stdout.splitlines() or [""]
-        total = re.fullmatch(r"(\d+) passed, (\d+) failed", last)
+        total = re.fullmatch(r"(\d+) passed, (\d+) failed in [\d.]+ s", last)
         if not total:
             failures.append(f"{folder}: {last}")
             continue

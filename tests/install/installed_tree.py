@@ -93,6 +93,10 @@ class InstalledTree(unittest.TestCase):
         found = sorted(str(path.relative_to(manual)) for path in manual.rglob("*.[17]"))
         self.assertEqual(found, ["man1/hvm.1", "man7/arrayfold.7", "man7/hvm.7"])
 
+    def test_completions_are_where_shells_look(self):
+        for path in ("bash-completion/completions/hvm", "zsh/site-functions/_hvm"):
+            self.assertIn("--module", (self.tree / "share" / path).read_text())
+
     def test_no_file_names_the_build(self):
         for path in self.tree.rglob("*"):
             is_text = path.suffix in (".cmake", ".pc", ".json", ".map", ".hvm", ".hpp", ".1", ".7")

@@ -74,6 +74,14 @@ TEST(CommandLine, ListShowsRowsAndTypesInTheirOrder) {
   EXPECT_THAT(outcome.out, HasSubstr("function toy_end_with\ntype $xintarray\ntype $xdoublearray\ntype $xboolarray\n"));
 }
 
+TEST(CommandLine, ListShowsWhatFitsAPattern) {
+  EXPECT_EQ(run_toy({"--list", "toy_int"}).out, "function toy_int\n");
+  EXPECT_EQ(run_toy({"--list", "toy_se*", "[$]*bool*", "toy_second"}).out,
+            "function toy_second\nfunction toy_serve_elements\nfunction toy_set\ntype $xboolarray\n");
+  EXPECT_EQ(run_toy({"--list", "*"}).out, run_toy({"--list"}).out);
+  EXPECT_EQ(run_toy({"--list", "--", "toy_in?"}).out, "function toy_int\n");
+}
+
 TEST(CommandLine, VersionNamesTheModuleAndTheLibrariesItBrought) {
   const Outcome outcome = run_hvm({"--version", "--module", module_path("module_over_interp")});
   EXPECT_EQ(outcome.status, 0) << outcome.err;

@@ -15,7 +15,7 @@ Outcome tested(const std::string& script, std::vector<std::string> options = {})
   const Workplace place;
   place.write("deep/er/a.hvm", script);
   options.insert(options.end(), {"--test", place.path()});
-  Outcome outcome = run_toy(options);
+  Outcome outcome = run_tests(options);
   const std::string prefix = place.path() + "/deep/er/";
   for (std::size_t at = outcome.out.find(prefix); at != std::string::npos; at = outcome.out.find(prefix))
     outcome.out.erase(at, prefix.size());

@@ -54,6 +54,11 @@ Outcome run_hvm(const std::vector<std::string>& arguments, const Conditions& con
 /// The same over the toy module.
 Outcome run_toy(std::vector<std::string> arguments, const Conditions& conditions = {});
 
+/// The same for `--test` among the arguments. The time that the summary ends with is not in the output.
+Outcome run_tests(std::vector<std::string> arguments, const Conditions& conditions = {});
+/// What --test prints, without the time that its summary ends with.
+std::string without_time(const std::string& report);
+
 /// The path of a stand-in module.
 std::string module_path(const std::string& name);
 

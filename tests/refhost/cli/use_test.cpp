@@ -134,7 +134,7 @@ TEST(Use, InATest_PrintsForItsOwnLine) {
   place.write("tests/a.hvm",
               "use \"../used/b.hvm\" # expect: 7\nf() # expect: 8\nuse \"../used/c.hvm\" # expect error: "
               "cannot be opened");
-  const Outcome outcome = run_toy({"--test", place.path() + "/tests"});
+  const Outcome outcome = run_tests({"--test", place.path() + "/tests"});
   EXPECT_EQ(outcome.out, "1 passed, 0 failed\n");
 }
 
@@ -152,7 +152,7 @@ TEST(Exit, OfATest_FailsUnlessItIsZero) {
   const Workplace place;
   place.write("a.hvm", "print(1) # expect: 1\nexit()\nprint(2)");
   place.write("b.hvm", "print(1) # expect: 1\n\nexit(4)");
-  const Outcome outcome = run_toy({"--test", place.path()});
+  const Outcome outcome = run_tests({"--test", place.path()});
   EXPECT_THAT(outcome.out, HasSubstr("b.hvm:3: the script ended with the status 4\n"));
   EXPECT_THAT(outcome.out, EndsWith("1 passed, 1 failed\n"));
 }

@@ -1,0 +1,17 @@
+// cli/safe_text.hpp: text of unknown origin, made safe to show
+
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace hvm {
+
+/// `text` with U+FFFD in place of every control character and of every byte that is not valid UTF-8. Tabs and line
+/// ends are kept. The result can be written to a terminal and, once its markup is escaped, into an XML file.
+std::string safe_text(std::string_view text);
+
+/// The same in one line, shortened when it is long: for error messages.
+std::string briefly(std::string_view text);
+
+}  // namespace hvm
