@@ -5,6 +5,8 @@
 #include <elf.h>
 #include <link.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -18,6 +20,9 @@ using SegmentHeader = ElfW(Phdr);
 using DynamicEntry = ElfW(Dyn);
 using VersionDefinition = ElfW(Verdef);
 using VersionName = ElfW(Verdaux);
+using NoteHeader = ElfW(Nhdr);
+
+constexpr std::uint32_t version_note_type = 1;
 
 /// The bytes of a file, read with a check of every bound.
 class ElfImage {
@@ -45,6 +50,23 @@ class ElfImage {
       *offset += definition.vd_next;
     }
     return names;
+  }
+
+  /// The text in the note of this owner and the type of versions; empty without one.
+  std::string version_note(const std::string& owner) const {
+    for (const SegmentHeader& segment : notes_) {
+      const std::size_t unit = segment.p_align == 8 ? 8 : 4;
+      const auto padded = [&](std::size_t size) { return (size + unit - 1) / unit * unit; };
+      const std::size_t end = segment.p_offset + std::min<std::size_t>(segment.p_filesz, bytes_.size());
+      for (std::size_t place = segment.p_offset; place < end;) {
+        const auto note = at<NoteHeader>(place);
+        const std::size_t content = place + sizeof(note) + padded(note.n_namesz);
+        if (note.n_type == version_note_type && text_of(place + sizeof(note), note.n_namesz) == owner)
+          return text_of(content, note.n_descsz);
+        place = content + padded(note.n_descsz);
+      }
+    }
+    return {};
   }
 
  private:
@@ -89,6 +111,7 @@ class ElfImage {
       const auto segment = at<SegmentHeader>(header_.e_phoff + i * header_.e_phentsize);
       if (segment.p_type == PT_LOAD) loads_.push_back(segment);
       if (segment.p_type == PT_DYNAMIC) read_dynamic(segment);
+      if (segment.p_type == PT_NOTE) notes_.push_back(segment);
     }
   }
 
@@ -127,8 +150,16 @@ class ElfImage {
     return bytes_.substr(offset, end - offset);
   }
 
+  /// The text in `size` bytes, up to a zero among them.
+  std::string text_of(std::size_t offset, std::size_t size) const {
+    if (offset > bytes_.size() || bytes_.size() - offset < size) throw ElfError("its ELF structure is cut off");
+    const std::string text = bytes_.substr(offset, size);
+    return text.substr(0, text.find('\0'));
+  }
+
   std::string bytes_;
   FileHeader header_ = {};
+  std::vector<SegmentHeader> notes_;
   std::vector<SegmentHeader> loads_;
   std::vector<DynamicEntry> dynamic_;
 };
@@ -138,5 +169,9 @@ class ElfImage {
 std::vector<std::string> needed_libraries(const std::string& path) { return ElfImage(path).needed(); }
 
 std::vector<std::string> defined_versions(const std::string& path) { return ElfImage(path).versions(); }
+
+std::string version_note(const std::string& path, const std::string& owner) {
+  return ElfImage(path).version_note(owner);
+}
 
 }  // namespace hvm

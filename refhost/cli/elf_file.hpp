@@ -21,4 +21,7 @@ std::vector<std::string> needed_libraries(const std::string& path);
 /// The names of the symbol versions that a shared object defines. Throws `ElfError` as above.
 std::vector<std::string> defined_versions(const std::string& path);
 
+/// The version that a shared object states in a note of this owner; empty without one. Throws `ElfError` as above.
+std::string version_note(const std::string& path, const std::string& owner);
+
 }  // namespace hvm

@@ -115,7 +115,7 @@ class PageReader {
 std::string page_file(const std::string& page) {
   std::error_code error;
   const fs::path home = fs::read_symlink("/proc/self/exe", error).parent_path();
-  for (const char* root : {"../share/doc/arrayfold", "../../.."}) {
+  for (const char* root : {HVM_WAY_TO_DOCUMENTS, "../../.."}) {
     const fs::path file = (home / root / page).lexically_normal();
     if (fs::is_regular_file(file, error)) return file.string();
   }

@@ -208,6 +208,8 @@ void list_warnings() {
 
 void show_libraries(const Module& module) {
   put(fmt::format("module {}\n", module.path));
+  const std::string version = version_of(module);
+  if (!version.empty()) put(fmt::format("  version {}\n", version));
   for (const std::string& library : module.libraries)
     if (library != module.path) put(fmt::format("  with {}\n", library));
 }

@@ -116,13 +116,23 @@ Module load_module(const std::string& path) {
   return module;
 }
 
+std::string version_of(const Module& module) {
+  try {
+    return version_note(module.path, fs::path(module.path).stem());
+  } catch (const ElfError&) {
+    return {};
+  }
+}
+
 std::string default_module_path() {
   std::error_code error;
   const fs::path home = fs::read_symlink("/proc/self/exe", error).parent_path();
-  for (const fs::path& candidate : {home / array_module_file, home.parent_path() / "lib" / array_module_file})
-    if (fs::exists(candidate, error)) return candidate;
-  throw ModuleError(fmt::format("there is no {0} in {1} or {2}; name a module with --module", array_module_file,
-                                home.string(), (home.parent_path() / "lib").string()));
+  const fs::path installed = (home / HVM_WAY_TO_MODULE).lexically_normal();
+  const fs::path built = home.parent_path() / "lib";
+  for (const fs::path& folder : {home, installed, built})
+    if (fs::exists(folder / array_module_file, error)) return folder / array_module_file;
+  throw ModuleError(fmt::format("there is no {0} in {1}, {2} or {3}; name a module with --module", array_module_file,
+                                home.string(), installed.string(), built.string()));
 }
 
 }  // namespace hvm

@@ -26,7 +26,12 @@ struct Module {
 /// Checks the file and the interpreter library under it, loads it, and lets it register. Throws `ModuleError`.
 Module load_module(const std::string& path);
 
-/// The module beside the running program, or in `../lib` from there. Throws `ModuleError` when there is neither.
+/// The version that a module states in its file, in a note whose owner has the module's name. Empty when there is no
+/// such note, or none that can be read.
+std::string version_of(const Module& module);
+
+/// The module beside the running program, where both are installed, or in `../lib` from there, where they are built.
+/// Throws `ModuleError` when there is none.
 std::string default_module_path();
 
 }  // namespace hvm

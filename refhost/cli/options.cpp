@@ -179,7 +179,7 @@ const std::vector<Option>& options() {
       task("--list", Group::module, Task::list,
            "list the functions and types of the module, or those that fit shell patterns"),
       file("--module", "PATH", Group::module, everything, &Settings::module_path,
-           fmt::format("the module; otherwise {} beside hvm or in ../lib", array_module_file)),
+           fmt::format("the module; otherwise {} beside hvm, where it is installed with hvm, or in ../lib", array_module_file)),
 
       task("--list-warnings", Group::information, Task::list_warnings, "list all warnings and their pages"),
       task("-V, --version", Group::information, Task::show_version,

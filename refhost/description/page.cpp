@@ -36,22 +36,10 @@ bool is_rule(const Row& row) {
   });
 }
 
-/// The cells between the bars. A bar in backticks belongs to its cell.
-Row row_of(const Line& line) {
-  Row row{{}, line.number};
-  std::string cell;
-  bool in_code = false;
-  for (const char c : line.text.substr(1)) {
-    if (c == '`') in_code = !in_code;
-    if (c == '|' && !in_code) {
-      row.cells.push_back(trimmed(cell));
-      cell.clear();
-    } else {
-      cell += c;
-    }
-  }
-  if (!trimmed(cell).empty()) row.cells.push_back(trimmed(cell));
-  return row;
+const Section& section_of(const std::string& file, const std::vector<Section>& sections, const std::string& title) {
+  for (const Section& one : sections)
+    if (one.title == title) return one;
+  throw PageFault(file, 1, "the section '" + title + "' is missing");
 }
 
 void check_sections(const Page& page) {
@@ -87,10 +75,42 @@ std::string trimmed(const std::string& text) {
   return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
 }
 
+Row row_of(const Line& line) {
+  Row row{{}, line.number};
+  std::string cell;
+  bool in_code = false;
+  for (const char c : line.text.substr(1)) {
+    if (c == '`') in_code = !in_code;
+    if (c == '|' && !in_code) {
+      row.cells.push_back(trimmed(cell));
+      cell.clear();
+    } else {
+      cell += c;
+    }
+  }
+  if (!trimmed(cell).empty()) row.cells.push_back(trimmed(cell));
+  return row;
+}
+
 const Section& Page::section(const std::string& title_of_section) const {
-  for (const Section& one : sections)
-    if (one.title == title_of_section) return one;
-  throw fault(1, "the section '" + title_of_section + "' is missing");
+  return section_of(file, sections, title_of_section);
+}
+
+const Section& Document::section(const std::string& title) const { return section_of(file, sections, title); }
+
+Document read_document(const std::string& file, const std::string& text) {
+  Document document{file, {}, {}};
+  bool in_code = false;
+  for (const Line& line : lines_of(text)) {
+    if (starts_with(line.text, "```")) in_code = !in_code;
+    if (!in_code && starts_with(line.text, "## "))
+      document.sections.push_back({trimmed(line.text.substr(3)), line.number, {}});
+    else if (!document.sections.empty())
+      document.sections.back().lines.push_back(line);
+    else if (in_code || !starts_with(line.text, "# "))
+      document.beginning.push_back(line);
+  }
+  return document;
 }
 
 Page read_page(const std::string& file, const std::string& text) {
@@ -102,14 +122,7 @@ Page read_page(const std::string& file, const std::string& text) {
   page.summary = trimmed(lines[2].text);
   if (page.summary.empty() || page.summary.back() != '.')
     throw page.fault(3, "the third line is one sentence that says what the function does");
-  bool in_code = false;
-  for (const Line& line : lines) {
-    if (starts_with(line.text, "```")) in_code = !in_code;
-    if (!in_code && starts_with(line.text, "## "))
-      page.sections.push_back({trimmed(line.text.substr(3)), line.number, {}});
-    else if (!page.sections.empty())
-      page.sections.back().lines.push_back(line);
-  }
+  page.sections = read_document(file, text).sections;
   check_sections(page);
   return page;
 }

@@ -41,6 +41,22 @@ struct Page {
   PageFault fault(int line, const std::string& words) const { return {file, line, words}; }
 };
 
+/// Any page: what stands between its title and its sections, and these.
+struct Document {
+  std::string file;
+  std::vector<Line> beginning;
+  std::vector<Section> sections;
+
+  /// Throws `PageFault` when there is no such section.
+  const Section& section(const std::string& title) const;
+};
+
+/// Reads the text of any page.
+Document read_document(const std::string& file, const std::string& text);
+
+/// The cells of a line of a table, between its bars. A bar in backticks belongs to its cell.
+Row row_of(const Line& line);
+
 /// Reads the text of a page. Throws `PageFault` when it does not begin with a title and a summary, or when its sections
 /// are not those of a function's page, in their order.
 Page read_page(const std::string& file, const std::string& text);

@@ -195,6 +195,16 @@ TEST(Library, NeedsBothHostLibrariesAndFindsThemByRunpath) {
   EXPECT_NE(dynamic.find("[libstdc++.so.6]"), std::string::npos) << dynamic;
 }
 
+TEST(Library, StatesItsVersionInANote) {
+  std::string notes;
+  for (const auto& line : lines_of("readelf -nW '" MODULE_PATH "'")) notes += line + "\n";
+  const std::string version = PROJECT_VERSION;
+  std::ostringstream content;  // with its zero, as readelf shows it
+  for (const char c : version) content << std::hex << static_cast<int>(c) << ' ';
+  EXPECT_NE(notes.find("Displaying notes found in: .note.arrayfold\n"), std::string::npos) << notes;
+  EXPECT_NE(notes.find("description data: " + content.str() + "00"), std::string::npos) << notes;
+}
+
 // frame_dummy and __cpu_indicator_init are the compiler's runtime; the latter comes with code that asks which processor
 // it runs on.
 TEST(Library, TableOfDtypeNames_IsItsOnlyInitialiser) {

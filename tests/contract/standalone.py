@@ -20,7 +20,8 @@ import tempfile
 
 FOLDERS = ["plugin", "refhost"]
 COMPILED = ["plugin", "refhost", "tests", "bench"]
-ELSEWHERE = ["tests/fuzz"]  # built with the sanitizers alone
+ELSEWHERE = ["tests/fuzz",  # built with the sanitizers alone
+             "tests/install"]  # a host outside of the project
 
 
 def checking(command, source):

@@ -51,6 +51,19 @@ class Description(unittest.TestCase):
         self.assertEqual(rows, LISTED)
         self.assertGreater(len(rows), 90)
 
+    def test_readme_names_what_never_gives_a_usable_value(self):
+        readme = (PROJECT / "README.md").read_text()
+        paragraph = next(part for part in readme.split("\n\n") if "never give a usable value" in part)
+        # That the results of the others are no use, only their pages tell.
+        useless = {"xeig": "An empty table.", "xeigvals": "Nothing, which is nil under `hvm`.", "xcond": "None.",
+                   "xpermutation": "The integer 0."}
+        for name, result in useless.items():
+            self.assertEqual(entry_of(self.description, name)["result"], result)
+        stubs = {entry["name"] for entry in self.description["functions"] if entry["status"] == "stub"}
+        self.assertEqual(set(re.findall(r"`(x\w+)`", paragraph)), stubs | set(useless))
+        self.assertEqual(len(stubs | set(useless)), 14)
+        self.assertTrue(paragraph.startswith("Fourteen of the 93 functions"))
+
     def test_every_page_that_it_names_is_there(self):
         for entry in entries_of(self.description):
             self.assertTrue((PROJECT / entry["page"]).is_file(), entry["page"])

@@ -32,7 +32,8 @@ SourcePtr named(const std::string& name, Read read) {
 std::filesystem::path libraries() {
   std::error_code error;
   const std::filesystem::path home = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-  return home.parent_path() / "share" / "hvm";
+  const std::filesystem::path installed = home / HVM_WAY_TO_LIBRARIES;
+  return std::filesystem::exists(installed, error) ? installed : home.parent_path() / "share" / "hvm";
 }
 
 }  // namespace
@@ -56,7 +57,7 @@ std::string library_with(const std::string& function) {
   const std::string beginning = fmt::format("fn {}(", function);
   std::error_code error;
   for (const auto& entry : std::filesystem::directory_iterator(libraries(), error)) {
-    const std::string library = entry.path().stem().string();
+    std::string library = entry.path().stem().string();
     if (entry.path().extension() != ".hvm" || function.rfind(library + '_', 0) == 0) continue;
     std::ifstream file(entry.path(), std::ios::binary);
     for (std::string line; std::getline(file, line);)

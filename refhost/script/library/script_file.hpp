@@ -17,7 +17,8 @@ class FileError : public std::runtime_error {
 
 /// The script in a file. Throws `FileError`, or `std::runtime_error` when memory runs out.
 SourcePtr read_script(const std::string& path, Origin origin = Origin::script);
-/// The file of a library of this name, which may be missing: in `../share/hvm` as seen from the folder of the program.
+/// The file of a library of this name, which may be missing: where libraries are installed with the program, or in
+/// `../share/hvm` as seen from its folder, where they are built.
 std::string library_file(const std::string& name);
 /// The library that has a fn of this name for scripts; empty when none has. The names that begin with that of their
 /// library are its own.

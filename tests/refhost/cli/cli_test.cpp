@@ -3,6 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <fstream>
+#include <iterator>
 #include <sstream>
 
 #include "program.hpp"
@@ -86,6 +89,39 @@ TEST(CommandLine, VersionNamesTheModuleAndTheLibrariesItBrought) {
   EXPECT_THAT(outcome.out, HasSubstr("module " + module_path("module_over_interp") + "\n"));
   EXPECT_THAT(outcome.out, HasSubstr("libHVMInterp.so\n"));
   EXPECT_THAT(run_toy({"--version"}).out, ::testing::Not(HasSubstr("libHVMInterp.so")));
+}
+
+TEST(CommandLine, VersionIsThatOfTheNoteInTheModule) {
+  const Outcome outcome = run_hvm({"--version", "--module", module_path("arrayfold")});
+  EXPECT_THAT(outcome.out, HasSubstr("hvm " PROJECT_VERSION "\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("arrayfold.so\n  version " PROJECT_VERSION "\n"));
+  EXPECT_THAT(run_toy({"--version"}).out, ::testing::Not(HasSubstr("  version ")));
+}
+
+/// The module with these bytes in place of those at `distance` from the type in its note. Before the type stand the
+/// sizes of the owner and of the version, behind it, in 12 bytes, the owner, and then the version.
+std::string module_with_note(const Workplace& place, std::ptrdiff_t distance, const std::string& bytes) {
+  std::ifstream file(module_path("arrayfold"), std::ios::binary);
+  std::string whole{std::istreambuf_iterator<char>(file), {}};
+  const std::size_t type = whole.find(std::string("\1\0\0\0arrayfold\0", 14));
+  EXPECT_NE(type, std::string::npos);
+  whole.replace(type + static_cast<std::size_t>(distance), bytes.size(), bytes);
+  return place.write("arrayfold.so", whole);
+}
+
+TEST(CommandLine, VersionOfABrokenOrForeignNote_IsLeftOut) {
+  const auto out = [](std::ptrdiff_t distance, const std::string& bytes) {
+    const Workplace place;
+    Conditions conditions;
+    conditions.environment = {{"LD_LIBRARY_PATH", MODULE_DIRECTORY}};
+    return run_hvm({"--version", "--module", module_with_note(place, distance, bytes)}, conditions).out;
+  };
+  const std::string huge = "\xff\xff\xff\xff";
+  EXPECT_THAT(out(-8, huge), ::testing::Not(HasSubstr("  version ")));
+  EXPECT_THAT(out(-4, huge), ::testing::Not(HasSubstr("  version ")));
+  EXPECT_THAT(out(0, "2"), ::testing::Not(HasSubstr("  version ")));
+  EXPECT_THAT(out(4, "A"), ::testing::Not(HasSubstr("  version ")));
+  EXPECT_THAT(out(16, "7"), HasSubstr("arrayfold.so\n  version 7"));
 }
 
 /// The target that --version should name, by the compiler's own look at the processor.
