@@ -417,6 +417,10 @@ Found dropped_element(const AnsweredCall& call) {
 
 Found largest_of_doubles(const AnsweredCall& call) {
   if (call.result.tag() != ValueTag::real) return {};
+  const auto extents = shape_of(call.caller, call.arguments[0]);
+  if (extents && std::find(extents->begin(), extents->end(), 0) != extents->end())
+    return Finding{fmt::format("xamax gives 2.2250738585072014e-308 of no elements; look at len({}) first",
+                               argument_name(call, 0, "a"))};
   return Finding{
       fmt::format("xamax gives 2.2250738585072014e-308 of doubles without an element above it; write "
                   "-xamin(-{})",
@@ -440,7 +444,7 @@ Found largest_of_int64(const AnsweredCall& call) {
 
 // The elements behind the last whole block may all equal the first one, or may not matter to an extreme. The answer is
 // then right by chance, and the warning comes all the same.
-constexpr std::string_view of_last_elements = "counts the first element in place of the last {}";
+constexpr std::string_view of_last_elements = "counts the first element in place of the last {} of {}";
 
 constexpr Word on_columns[] = {
     {"xsum", of_last_elements},
@@ -471,7 +475,7 @@ Found column(const AnsweredCall& call) {
   if (words == of_last_elements) count %= is_of_kind(array, "int") ? 8 : 4;
   if (count == 0) return {};
   return Finding{fmt::format("{} of a column {} {}; give it one dimension first: {}.reshape({})", call.function,
-                             in_parentheses(*extents), fmt::format(fmt::runtime(words), count),
+                             in_parentheses(*extents), fmt::format(fmt::runtime(words), count, whole),
                              argument_name(call, 0, "a"), whole)};
 }
 
@@ -565,24 +569,28 @@ Found value_of_shuffle(const AnsweredCall& call) {
 
 // ---- Arguments that are not looked at
 
+constexpr std::string_view no_axis = "there is no axis; row({0}, i) of use \"arrays\" gives each row of a matrix";
+constexpr std::string_view sorts_rows =
+    "there is no axis, and each row is sorted; transpose({0}) of use \"arrays\" makes rows of columns";
+
 constexpr Word without_more[] = {
     {"xsum", "there is no axis; sum_rows({0}) and sum_columns({0}) of use \"arrays\" sum rows and columns"},
     {"xmean", "there is no axis; mean_columns({0}) of use \"arrays\" gives the means of columns"},
-    {"xstddev", "there is no axis, and no degree of freedom is taken off"},
-    {"xvariance", "there is no axis, and no degree of freedom is taken off"},
-    {"xprod", "there is no axis"},
-    {"xamin", "there is no axis"},
-    {"xamax", "there is no axis"},
-    {"xmedian", "there is no axis"},
-    {"xcount_nonzero", "there is no axis"},
-    {"xargmin", "there is no axis"},
-    {"xargmax", "there is no axis"},
-    {"xsort", "there is no axis, and each row is sorted"},
-    {"xargsort", "there is no axis, and each row is sorted"},
-    {"xdiff", "there is no axis and no order"},
+    {"xstddev", "there is no axis and no degree of freedom; for a sample of n multiply by sqrt(n / (n - 1.0))"},
+    {"xvariance", "there is no axis and no degree of freedom; for a sample of n multiply by n / (n - 1.0)"},
+    {"xprod", no_axis},
+    {"xamin", no_axis},
+    {"xamax", no_axis},
+    {"xmedian", no_axis},
+    {"xcount_nonzero", no_axis},
+    {"xargmin", no_axis},
+    {"xargmax", no_axis},
+    {"xsort", sorts_rows},
+    {"xargsort", sorts_rows},
+    {"xdiff", "there is no axis and no order; write xdiff(xdiff({0})) for the second differences"},
     {"xtrapz", "there is no spacing; multiply the result by it"},
     {"xnorm", "there is one norm, the root of the sum of the squares"},
-    {"xhistogram_bin_edges", "there are always ten bins"},
+    {"xhistogram_bin_edges", "there are always ten bins; xlinspace(low, high, n + 1) gives other edges"},
     {"xlogspace", "the base is always 10"},
 };
 
@@ -647,7 +655,8 @@ std::string number_first(const ArrayOperation& operation, const std::string& n, 
 Found number_on_the_left(const ArrayOperation& operation) {
   if (!operation.left.is_number() || !is_turned_silently(operation.op)) return {};
   const std::string_view kind = array_kind_of(operation.right);
-  if (kind.empty() || kind == "bool") return {};
+  const bool fails = operation.op == BinaryOperator::remainder && kind == "double";  // and the error says so
+  if (kind.empty() || kind == "bool" || fails) return {};
   const std::string n = operation.left_text("n");
   const std::string a = operation.right_text("a");
   const std::string bare = n.front() == '(' && operation.chain ? n.substr(1, n.size() - 2) : n;
