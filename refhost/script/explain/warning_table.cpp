@@ -697,6 +697,14 @@ Found remainder_of_doubles(const ArrayOperation& operation) {
                              b, gives, library)};
 }
 
+Found bool_product(const ArrayOperation& operation) {
+  if (operation.op != BinaryOperator::multiply || operation.is_compound()) return {};
+  const bool is_left = is_of_kind(operation.left, "bool");
+  if (!is_left && !is_of_kind(operation.right, "bool")) return {};
+  return Finding{fmt::format("a bool array times a number gives nothing; as_int({}) {} makes integers of it",
+                             is_left ? operation.left_text("m") : operation.right_text("m"), library)};
+}
+
 // ---- Elements and methods
 
 Found fraction_of_an_element(const ElementAccess& access) {
@@ -795,6 +803,8 @@ const std::vector<WarningRow>& warning_table() {
        "docs/functions/operator-multiply.md#result", OperationCondition{fraction_of_a_number}},
       {"remainder-of-doubles", "a % b of doubles gives nothing; as_int(a) of use \"arrays\" makes integers of them",
        "docs/functions/operator-remainder.md#result", OperationCondition{remainder_of_doubles}},
+      {"bool-product", "m * 2 of a bool array gives nothing; as_int(m) of use \"arrays\" makes integers of it",
+       "docs/functions/operator-multiply.md#result", OperationCondition{bool_product}},
       {"fraction-of-an-element", "a[i] = 2.5 stores 2 where a has integers; a = xminimum(a, a) makes doubles of them",
        "docs/functions/element-access.md#result", ElementCondition{fraction_of_an_element}},
       {"fewer-indices", "m[i] of a matrix is m[0, i]; row(m, i) of use \"arrays\" gives a row",
