@@ -393,12 +393,36 @@ const Expression* first_dropped(const Expression& data, const std::string& dtype
   return nullptr;
 }
 
+/// Two rows of one table whose lengths differ.
+std::optional<std::pair<std::size_t, std::size_t>> differing_rows(const TableLiteral& table) {
+  const TableLiteral* first = nullptr;
+  for (const TableEntry& entry : table.entries) {
+    const auto* row = std::get_if<TableLiteral>(&entry.value->form);
+    if (!row) continue;
+    if (first && first->entries.size() != row->entries.size())
+      return std::pair(first->entries.size(), row->entries.size());
+    if (auto found = differing_rows(*row)) return found;
+    first = first ? first : row;
+  }
+  return {};
+}
+
+Found ragged_literal(const Expression& data) {
+  const auto* table = std::get_if<TableLiteral>(&data.form);
+  const auto lengths = table ? differing_rows(*table) : std::nullopt;
+  if (!lengths) return {};
+  return Finding{
+      fmt::format("the data literal has rows of {} and {}: xarray drops elements or adds zeros; make all rows of one "
+                  "length",
+                  lengths->first, lengths->second)};
+}
+
 Found dropped_element(const AnsweredCall& call) {
   const std::string dtype = dtype_name(call);
   const Quotation* data = call.quoted.data;
   if (!data || data->form != Quotation::Form::data || !(is_dtype(dtype) || dtype == "float")) return {};
   const Expression* dropped = first_dropped(*data->subject, dtype);
-  if (!dropped) return {};
+  if (!dropped) return ragged_literal(*data->subject);
   Finding finding;
   finding.span = dropped->span;
   finding.source = call.quoted.data_source;
