@@ -36,8 +36,8 @@ TEST(ArrayChecks, ExtentsBeyondEveryArray_AreNotWalked) {
 TEST(ArrayChecks, IntegerDivisionByAZeroNumber_FailsOnEitherSide) {
   expect_outputs({{"a = toy_int(2) / 0", "!'/' of an integer array with zero"},
                   {"a = toy_int(2) % 0", "!'%' of an integer array with zero"},
-                  {"a = toy_int(2) / 0.5", "!'/' of an integer array with zero"},
-                  {"a = 0 / toy_int(2)", "!'/' of an integer array with zero"},
+                  {"a = toy_int(2) / 0.5", "!'/' of an integer array with zero: 0.5 is read as 0"},
+                  {"a = 0 / toy_int(2)", "!'/' of an integer array with zero: 0 / a computes a / 0"},
                   {"a = toy_int(2); a /= 0", "!'/' of an integer array with zero"},
                   {"a = toy_double(2) / 0; print(type(a))", "$xdoublearray"},
                   {"print((toy_int(2) * 0).dump())", "[0,0]"}});
