@@ -193,6 +193,17 @@ void list(const Settings& settings, const Module& module) {
   put(listing(fitting_names(names, settings.rest), terminal ? static_cast<std::size_t>(terminal->columns) : 0));
 }
 
+/// The page of a warning. For several functions it is that of the one with which the sentence begins.
+std::string page_of(const WarningRow& row) {
+  constexpr std::string_view place = "NAME";
+  constexpr std::string_view of_names = "abcdefghijklmnopqrstuvwxyz0123456789_";
+  std::string page(row.page);
+  const std::size_t at = page.find(place);
+  if (at != std::string::npos)
+    page.replace(at, place.size(), row.sentence.substr(0, row.sentence.find_first_not_of(of_names)));
+  return page;
+}
+
 /// The warnings in three columns: name, sentence, page.
 void list_warnings() {
   const auto longest = [](std::string_view WarningRow::*column) {
@@ -203,7 +214,7 @@ void list_warnings() {
   const std::size_t names = longest(&WarningRow::name);
   const std::size_t sentences = longest(&WarningRow::sentence);
   for (const WarningRow& row : warning_table())
-    put(fmt::format("{:{}}  {:{}}  {}\n", row.name, names, row.sentence, sentences, row.page));
+    put(fmt::format("{:{}}  {:{}}  {}\n", row.name, names, row.sentence, sentences, page_of(row)));
 }
 
 void show_libraries(const Module& module) {

@@ -393,12 +393,36 @@ const Expression* first_dropped(const Expression& data, const std::string& dtype
   return nullptr;
 }
 
+/// Two rows of one table whose lengths differ.
+std::optional<std::pair<std::size_t, std::size_t>> differing_rows(const TableLiteral& table) {
+  const TableLiteral* first = nullptr;
+  for (const TableEntry& entry : table.entries) {
+    const auto* row = std::get_if<TableLiteral>(&entry.value->form);
+    if (!row) continue;
+    if (first && first->entries.size() != row->entries.size())
+      return std::pair(first->entries.size(), row->entries.size());
+    if (auto found = differing_rows(*row)) return found;
+    first = first ? first : row;
+  }
+  return {};
+}
+
+Found ragged_literal(const Expression& data) {
+  const auto* table = std::get_if<TableLiteral>(&data.form);
+  const auto lengths = table ? differing_rows(*table) : std::nullopt;
+  if (!lengths) return {};
+  return Finding{
+      fmt::format("the data literal has rows of {} and {}: xarray drops elements or adds zeros; make all rows of one "
+                  "length",
+                  lengths->first, lengths->second)};
+}
+
 Found dropped_element(const AnsweredCall& call) {
   const std::string dtype = dtype_name(call);
   const Quotation* data = call.quoted.data;
   if (!data || data->form != Quotation::Form::data || !(is_dtype(dtype) || dtype == "float")) return {};
   const Expression* dropped = first_dropped(*data->subject, dtype);
-  if (!dropped) return {};
+  if (!dropped) return ragged_literal(*data->subject);
   Finding finding;
   finding.span = dropped->span;
   finding.source = call.quoted.data_source;
@@ -417,6 +441,10 @@ Found dropped_element(const AnsweredCall& call) {
 
 Found largest_of_doubles(const AnsweredCall& call) {
   if (call.result.tag() != ValueTag::real) return {};
+  const auto extents = shape_of(call.caller, call.arguments[0]);
+  if (extents && std::find(extents->begin(), extents->end(), 0) != extents->end())
+    return Finding{fmt::format("xamax gives 2.2250738585072014e-308 of no elements; look at len({}) first",
+                               argument_name(call, 0, "a"))};
   return Finding{
       fmt::format("xamax gives 2.2250738585072014e-308 of doubles without an element above it; write "
                   "-xamin(-{})",
@@ -440,7 +468,7 @@ Found largest_of_int64(const AnsweredCall& call) {
 
 // The elements behind the last whole block may all equal the first one, or may not matter to an extreme. The answer is
 // then right by chance, and the warning comes all the same.
-constexpr std::string_view of_last_elements = "counts the first element in place of the last {}";
+constexpr std::string_view of_last_elements = "counts the first element in place of the last {} of {}";
 
 constexpr Word on_columns[] = {
     {"xsum", of_last_elements},
@@ -471,7 +499,7 @@ Found column(const AnsweredCall& call) {
   if (words == of_last_elements) count %= is_of_kind(array, "int") ? 8 : 4;
   if (count == 0) return {};
   return Finding{fmt::format("{} of a column {} {}; give it one dimension first: {}.reshape({})", call.function,
-                             in_parentheses(*extents), fmt::format(fmt::runtime(words), count),
+                             in_parentheses(*extents), fmt::format(fmt::runtime(words), count, whole),
                              argument_name(call, 0, "a"), whole)};
 }
 
@@ -565,24 +593,28 @@ Found value_of_shuffle(const AnsweredCall& call) {
 
 // ---- Arguments that are not looked at
 
+constexpr std::string_view no_axis = "there is no axis; row({0}, i) of use \"arrays\" gives each row of a matrix";
+constexpr std::string_view sorts_rows =
+    "there is no axis, and each row is sorted; transpose({0}) of use \"arrays\" makes rows of columns";
+
 constexpr Word without_more[] = {
     {"xsum", "there is no axis; sum_rows({0}) and sum_columns({0}) of use \"arrays\" sum rows and columns"},
     {"xmean", "there is no axis; mean_columns({0}) of use \"arrays\" gives the means of columns"},
-    {"xstddev", "there is no axis, and no degree of freedom is taken off"},
-    {"xvariance", "there is no axis, and no degree of freedom is taken off"},
-    {"xprod", "there is no axis"},
-    {"xamin", "there is no axis"},
-    {"xamax", "there is no axis"},
-    {"xmedian", "there is no axis"},
-    {"xcount_nonzero", "there is no axis"},
-    {"xargmin", "there is no axis"},
-    {"xargmax", "there is no axis"},
-    {"xsort", "there is no axis, and each row is sorted"},
-    {"xargsort", "there is no axis, and each row is sorted"},
-    {"xdiff", "there is no axis and no order"},
+    {"xstddev", "there is no axis and no degree of freedom; for a sample of n multiply by sqrt(n / (n - 1.0))"},
+    {"xvariance", "there is no axis and no degree of freedom; for a sample of n multiply by n / (n - 1.0)"},
+    {"xprod", no_axis},
+    {"xamin", no_axis},
+    {"xamax", no_axis},
+    {"xmedian", no_axis},
+    {"xcount_nonzero", no_axis},
+    {"xargmin", no_axis},
+    {"xargmax", no_axis},
+    {"xsort", sorts_rows},
+    {"xargsort", sorts_rows},
+    {"xdiff", "there is no axis and no order; write xdiff(xdiff({0})) for the second differences"},
     {"xtrapz", "there is no spacing; multiply the result by it"},
     {"xnorm", "there is one norm, the root of the sum of the squares"},
-    {"xhistogram_bin_edges", "there are always ten bins"},
+    {"xhistogram_bin_edges", "there are always ten bins; xlinspace(low, high, n + 1) gives other edges"},
     {"xlogspace", "the base is always 10"},
 };
 
@@ -647,7 +679,8 @@ std::string number_first(const ArrayOperation& operation, const std::string& n, 
 Found number_on_the_left(const ArrayOperation& operation) {
   if (!operation.left.is_number() || !is_turned_silently(operation.op)) return {};
   const std::string_view kind = array_kind_of(operation.right);
-  if (kind.empty() || kind == "bool") return {};
+  const bool fails = operation.op == BinaryOperator::remainder && kind == "double";  // and the error says so
+  if (kind.empty() || kind == "bool" || fails) return {};
   const std::string n = operation.left_text("n");
   const std::string a = operation.right_text("a");
   const std::string bare = n.front() == '(' && operation.chain ? n.substr(1, n.size() - 2) : n;
@@ -686,6 +719,14 @@ Found remainder_of_doubles(const ArrayOperation& operation) {
   const std::string sign = operation.is_compound() ? "%=" : "%";
   return Finding{fmt::format("{} {} {} {}: doubles have no remainder; make integers of them with as_int(a) {}", a, sign,
                              b, gives, library)};
+}
+
+Found bool_product(const ArrayOperation& operation) {
+  if (operation.op != BinaryOperator::multiply || operation.is_compound()) return {};
+  const bool is_left = is_of_kind(operation.left, "bool");
+  if (!is_left && !is_of_kind(operation.right, "bool")) return {};
+  return Finding{fmt::format("a bool array times a number gives nothing; as_int({}) {} makes integers of it",
+                             is_left ? operation.left_text("m") : operation.right_text("m"), library)};
 }
 
 // ---- Elements and methods
@@ -786,6 +827,8 @@ const std::vector<WarningRow>& warning_table() {
        "docs/functions/operator-multiply.md#result", OperationCondition{fraction_of_a_number}},
       {"remainder-of-doubles", "a % b of doubles gives nothing; as_int(a) of use \"arrays\" makes integers of them",
        "docs/functions/operator-remainder.md#result", OperationCondition{remainder_of_doubles}},
+      {"bool-product", "m * 2 of a bool array gives nothing; as_int(m) of use \"arrays\" makes integers of it",
+       "docs/functions/operator-multiply.md#result", OperationCondition{bool_product}},
       {"fraction-of-an-element", "a[i] = 2.5 stores 2 where a has integers; a = xminimum(a, a) makes doubles of them",
        "docs/functions/element-access.md#result", ElementCondition{fraction_of_an_element}},
       {"fewer-indices", "m[i] of a matrix is m[0, i]; row(m, i) of use \"arrays\" gives a row",

@@ -57,7 +57,7 @@ struct AnsweredCall {
 
 /// An operator with an array among its operands, before the module is asked.
 struct ArrayOperation {
-  const ModuleCaller& caller;
+  ModuleCaller caller;
   BinaryOperator op;
   Value& left;
   Value& right;
@@ -75,7 +75,7 @@ struct ArrayOperation {
 
 /// An element that is read or written.
 struct ElementAccess {
-  const ModuleCaller& caller;
+  ModuleCaller caller;
   Value& object;
   ValueSpan indices;
   Value* written;  // null: it is read

@@ -9,6 +9,7 @@
 #include <new>
 #include <string_view>
 
+#include "script/explain/described_call.hpp"
 #include "script/syntax/lexer.hpp"
 
 namespace hvm {
@@ -92,6 +93,11 @@ std::string page_for(std::string_view page, std::string_view function) {
   return text;
 }
 
+/// What follows the caret: the page, and the comment that takes the warning back.
+std::vector<std::string> notes_of(const WarningRow& row, const std::string& page) {
+  return {"page: " + page, fmt::format("allow: # allow: {}", row.name)};
+}
+
 std::size_t settled_place(const SourceText* source, std::size_t offset, const WarningRow& row) {
   const auto mixed =
       reinterpret_cast<std::uintptr_t>(source) / 16 + offset * 31 + reinterpret_cast<std::uintptr_t>(&row);
@@ -121,7 +127,9 @@ Warnings::Watch::Rows& rows_with(Sign sign, Warnings::Watch& watch) {
 }  // namespace
 
 std::string Warning::report() const {
-  return warning_report(message, *source, span) + fmt::format("  page: {}\n  allow: # allow: {}\n", page, row.name);
+  std::string text = warning_report(message, *source, span);
+  for (const std::string& note : notes_of(row, page)) text += fmt::format("  {}\n", note);
+  return text;
 }
 
 Warnings::Warnings(const ModuleFunctions& module, Options options, Explanation& last)
@@ -283,10 +291,15 @@ void Warnings::tell(const WarningRow& row, Finding finding, const SourcePtr& run
   const bool is_allowed = allowed != told.allowed.end() &&
                           std::find(allowed->second.begin(), allowed->second.end(), row.name) != allowed->second.end();
   if (is_allowed) return;
-  if (options_.mode == WarningMode::error) throw ScriptError(std::move(finding.message), source, place);
-  if (!told.lines.emplace(line, &row).second) return;
+  const bool is_error = options_.mode == WarningMode::error;
+  if (!is_error && !told.lines.emplace(line, &row).second) return;
   const std::string page = finding.page.empty() ? page_for(row.page, function) : std::move(finding.page);
   if (options_.explains) keep_story(row, finding.message, page, caller, values);
+  if (is_error) {
+    ScriptError error(std::move(finding.message), source, place);
+    error.set_notes(notes_of(row, page));
+    throw error;
+  }
   options_.warn({row, std::move(finding.message), page, source, place, options_.explains ? &last_ : nullptr});
 }
 
@@ -295,12 +308,18 @@ void Warnings::keep_story(const WarningRow& row, const std::string& message, con
   constexpr std::string_view before_remedy = "; ";
   Explanation story;
   story.about = message;
-  for (Value* value : values) story.arguments.push_back(described(caller, *value));
+  static const Description none;
+  static const FunctionEntry unknown;
+  static const std::string no_name;
+  std::vector<Value> shown;
+  for (const Value* value : values) shown.push_back(*value);
+  const MadeCall made{caller, no_name, nullptr, shown};
+  DescribedCall call(options_.description ? *options_.description : none, unknown, made, true);
+  for (std::size_t i = 0; i < shown.size(); ++i) story.arguments.push_back(call.shown_at_length(i));
   story.considered.push_back(fmt::format("{}: {}", row.name, row.sentence));
   const std::size_t remedy = message.rfind(before_remedy);
   if (remedy != std::string::npos) story.remedy = message.substr(remedy + before_remedy.size());
-  story.notes.push_back("page: " + page);
-  story.notes.push_back(fmt::format("allow: # allow: {}", row.name));
+  story.notes = notes_of(row, page);
   last_ = std::move(story);
 }
 

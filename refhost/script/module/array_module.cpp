@@ -87,12 +87,16 @@ std::int64_t as_read(std::string_view type, Value& number) {
   return type == int_array ? HVM_AsInt(number.address()) : HVM_AsInt64(number.address());
 }
 
-void check_zero(BinaryOperator op, const Value& array, Value& number) {
+void check_zero(BinaryOperator op, const Value& array, Value& number, bool is_number_first) {
   if (!array.is_object() || !number.is_number()) return;
   const std::string type = type_name(array);
   const bool is_integer_array = type == int_array || type == int64_array;
-  if (is_integer_array && as_read(type, number) == 0)
-    throw Failure(fmt::format("'{}' of an integer array with zero", spelling(op)));
+  if (!is_integer_array || as_read(type, number) != 0) return;
+  const std::string written = number_text(number);
+  std::string reason;
+  if (is_number_first) reason = fmt::format(": {0} {1} a computes a {1} {0}", written, spelling(op));
+  if (written != "0") reason += fmt::format("{} {} is read as 0", reason.empty() ? ":" : ", and", written);
+  throw Failure(fmt::format("'{}' of an integer array with zero{}", spelling(op), reason));
 }
 
 // ---- Kinds in quotations
@@ -348,9 +352,9 @@ void ArrayChecks::method(const ModuleCaller& caller, Value& self, const std::str
 void ArrayChecks::operation(const ModuleCaller& caller, BinaryOperator op, Value& left, Value& right) const {
   if (!are_on_) return;
   if (op == BinaryOperator::divide || op == BinaryOperator::remainder) {
-    check_zero(op, left, right);
+    check_zero(op, left, right, false);
     // The module does not look at which operand is the number: it computes 0 / a as a / 0.
-    check_zero(op, right, left);
+    check_zero(op, right, left, true);
   }
   if (left.is_object()) extents(caller, left);
   if (right.is_object()) extents(caller, right);

@@ -52,6 +52,12 @@ struct ModuleCaller {
   Trace* trace = nullptr;  // null: calls are not told
 };
 
+/// The same for what the host asks of its own accord: a trace does not tell it.
+inline ModuleCaller untraced(ModuleCaller caller) noexcept {
+  caller.trace = nullptr;
+  return caller;
+}
+
 /// Counts the calls that may make, change or end objects: all but reading and writing elements and the method `shape`.
 /// As long as it is the same, an object at some address is the same object and has the same shape.
 std::uint64_t module_changes() noexcept;

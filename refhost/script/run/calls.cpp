@@ -53,7 +53,7 @@ void Calls::look_at(const Warnings::Watch& watch, const std::string& name, std::
   const QuotedArguments quoted = needs_quotations ? quotations_.quoted(arguments) : QuotedArguments();
   warnings_.call(
       site_.source(), watch,
-      {site_.caller(span), span, name, arguments, result, is_used, quoted, watch.entry, warnings_.columns()});
+      {untraced(site_.caller(span)), span, name, arguments, result, is_used, quoted, watch.entry, warnings_.columns()});
 }
 
 namespace {
@@ -139,7 +139,7 @@ Value Calls::method(Value& self, const MethodCall& form, std::vector<Value> argu
     }
   });
   if (warnings_.are_on() && name == "reshape")
-    warnings_.method(site_.source(), {site_.caller(span), span, name, !form.is_statement}, self, arguments);
+    warnings_.method(site_.source(), {untraced(site_.caller(span)), span, name, !form.is_statement}, self, arguments);
   return result;
 }
 

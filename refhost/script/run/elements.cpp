@@ -27,7 +27,7 @@ Value Elements::read(Value& container, ValueSpan indices, Span span) const {
   return site_.placed(span, [&] {
     const ModuleCaller caller = site_.caller(span);
     const bool has_fewer = checks_.indices(caller, container, indices);
-    if (has_fewer) warnings_.element(site_.source(), span, {caller, container, indices, nullptr});
+    if (has_fewer) warnings_.element(site_.source(), span, {untraced(caller), container, indices, nullptr});
     if (auto element = read_element(caller, container, indices)) return std::move(*element);
     throw Failure(fmt::format("{} gives no element with {}", described(caller, container), index_count(indices)));
   });
@@ -56,7 +56,7 @@ void Elements::write(const ElementAssignment& form, Value& container, ValueSpan 
     const ModuleCaller caller = site_.caller(span);
     const bool has_fewer = checks_.indices(caller, container, indices);
     if (has_fewer || (value.tag() == ValueTag::real && is_integer_array(container)))
-      warnings_.element(site_.source(), span, {caller, container, indices, &value});
+      warnings_.element(site_.source(), span, {untraced(caller), container, indices, &value});
     if (write_element(caller, container, indices, value)) return;
     if (!value.is_number())
       throw Failure(

@@ -50,8 +50,12 @@ Value Operators::binary(BinaryOperator op, Value& left, Value& right, const Plac
     return explained(op, left, right, place.span, [&](const ModuleCaller& caller) {
       checks_.operation(caller, op, left, right);
       if (may_warn(op, left, right))
-        warnings_.operation(site_.source(), place.span, {caller, op, left, right, place.chain, place.link, nullptr});
+        warnings_.operation(site_.source(), place.span,
+                            {untraced(caller), op, left, right, place.chain, place.link, nullptr});
       Value result = object_binary(caller, op, left, right);
+      if (result.is_nil() && op == BinaryOperator::multiply)
+        warnings_.operation(site_.source(), place.span,
+                            {untraced(caller), op, left, right, place.chain, place.link, nullptr});
       warnings_.combined(result, left, right);
       return result;
     });
@@ -68,7 +72,7 @@ void Operators::compound(BinaryOperator op, Value& variable, Value& right, Span 
     explained(op, variable, right, span, [&](const ModuleCaller& caller) {
       checks_.operation(caller, op, variable, right);
       if (may_warn(op, variable, right))
-        warnings_.operation(site_.source(), span, {caller, op, variable, right, nullptr, nullptr, &form});
+        warnings_.operation(site_.source(), span, {untraced(caller), op, variable, right, nullptr, nullptr, &form});
       object_compound(caller, op, variable, right);
       warnings_.combined(variable, variable, right);
     });

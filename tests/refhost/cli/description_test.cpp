@@ -216,6 +216,17 @@ TEST(Explain, AsksTheModuleWithoutTellingATrace) {
   EXPECT_THAT(calls, Not(HasSubstr("shape")));
 }
 
+TEST(Explain, OfWarnings_AsksTheModuleWithoutTellingATrace) {
+  const ToyFolder folder;
+  const std::string trace = folder.write("trace.json", "");
+  const Outcome outcome = folder.run({"--explain", "--trace", trace, "-e", "a = toy_double(3); b = 5 - a"});
+  EXPECT_THAT(outcome.err, HasSubstr("$xdoublearray (3): "));
+  std::ifstream file(trace);
+  const std::string calls{std::istreambuf_iterator<char>(file), {}};
+  EXPECT_THAT(calls, HasSubstr("\"subtract\""));
+  EXPECT_THAT(calls, Not(HasSubstr("read_element")));
+}
+
 TEST(Explain, SaysNothingOfErrorsWithoutAStoryAndOfScriptsThatEndWell) {
   EXPECT_THAT(run_toy({"--explain", "-e", "print(unknown)"}).err, Not(HasSubstr("explanation")));
   EXPECT_THAT(run_toy({"--explain", "-e", "print("}).err, Not(HasSubstr("explanation")));

@@ -16,6 +16,8 @@ namespace hvm {
 namespace {
 
 using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::Not;
 
 int never_called(HostContext, HostValue*, int, HostValue*) { return 0; }
 
@@ -83,8 +85,31 @@ TEST(OtherNames, OfArraysLeadToTheFunctionWithAnXInFront) {
   EXPECT_EQ(counterpart_for_arrays("mean", module), "; write xmean(a)");
   EXPECT_EQ(counterpart_for_arrays("max", module), "; write xamax(a)");
   EXPECT_EQ(counterpart_for_arrays("pow", module), "; write power(a, p), after use \"arrays\"");
+  EXPECT_EQ(counterpart_for_arrays("dot", module), "; write xdot(a, b)");
   EXPECT_EQ(counterpart_for_arrays("frobnicate", module), "");
   EXPECT_EQ(counterpart_for_arrays("mean", ModuleFunctions()), "");
+}
+
+TEST(OtherNames, OfMethodsLeadToTheFunctionOfTheLibrary) {
+  const ModuleFunctions module = module_of_arrays();
+  const std::set<std::string> library = functions_of_library();
+  for (const char* name : {"argpartition", "choice", "clip", "column", "count", "cumsum", "mask", "permutation",
+                           "quantile", "row", "slice", "take", "transpose", "where"}) {
+    EXPECT_EQ(library.count(name), 1U) << name;
+    EXPECT_THAT(counterpart_for_arrays(name, module),
+                MatchesRegex(std::string("; write ") + name + "\\(.*\\), after use \"arrays\""));
+    EXPECT_EQ(counterpart(name), "") << name;
+  }
+}
+
+TEST(OtherNames, LeadToNoFunctionThatComputesNothing) {
+  const ModuleFunctions module = module_of_arrays();
+  for (const char* name : {"argpartition", "choice", "clip", "eig", "eigvals", "fma", "interp", "matrix_power",
+                           "permutation", "pow", "randint", "remainder", "searchsorted", "setdiff1d"}) {
+    const std::string written = counterpart_for_arrays(name, module);
+    EXPECT_NE(written, "") << name;
+    EXPECT_THAT(written, Not(HasSubstr(std::string("x") + name + "("))) << name;
+  }
 }
 
 }  // namespace

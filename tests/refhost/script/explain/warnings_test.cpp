@@ -61,7 +61,7 @@ struct ToldRun {
 
 /// Runs a script over the module of arrays.
 ToldRun run(const std::string& script, WarningMode mode = WarningMode::on, Origin origin = Origin::script,
-        const ModuleFunctions& functions = arrays()) {
+            const ModuleFunctions& functions = arrays()) {
   ToldRun result;
   InterpreterOptions options;
   options.print = [&](const std::string& text, const SourceText&, std::size_t) {
@@ -127,7 +127,7 @@ const std::vector<Row>& rows() {
       {"number-on-the-left",
        "i = xlinspace(1, 3, 3); 5 % i",
        "5 % i computes i % 5: with a number the array stands on the left; write (i * 0 + 5) % i",
-       {}},
+       {"try\n5 % xones(3)\ncatch e\nend"}},
       {"number-on-the-left",
        "a = xarange(3); 5 > a",
        "5 > a computes a > 5: with a number the array stands on the left; write a < 5",
@@ -174,6 +174,14 @@ const std::vector<Row>& rows() {
        "d = xones(3); d %= xlinspace(1, 3, 3)",
        "d %= xlinspace(1, 3, 3) changes nothing: doubles have no remainder; make integers of them with as_int(a) of "
        "use \"arrays\"",
+       {}},
+      {"bool-product",
+       "m = xones(2) > 0; m * 2",
+       "a bool array times a number gives nothing; as_int(m) of use \"arrays\" makes integers of it",
+       {"m = xones(2) > 0; m *= 0", "a = xones(2); a * 2; 2 * a; a * a"}},
+      {"bool-product",
+       "m = xones(2) > 0; 2.5 * m",
+       "a bool array times a number gives nothing; as_int(m) of use \"arrays\" makes integers of it",
        {}},
       {"fraction-of-an-element",
        "i = xlinspace(1, 3, 3); i[0] = 2.5",
@@ -277,7 +285,7 @@ const std::vector<Row>& rows() {
        {}},
       {"column",
        "c = xarange(1, 6); c.reshape(5, 1); xsum(c)",
-       "xsum of a column (5, 1) counts the first element in place of the last 1; give it one dimension first: "
+       "xsum of a column (5, 1) counts the first element in place of the last 1 of 5; give it one dimension first: "
        "c.reshape(5)",
        {"c = xarange(1, 6); xsum(c)", "c = xarange(1, 5); c.reshape(4, 1); xsum(c)", "xsum(xones(1, 1))",
         "xsum(xones(1, 5))", "c = xarange(1, 6); c.reshape(5, 1); c.reshape(5); xsum(c)",
@@ -285,17 +293,17 @@ const std::vector<Row>& rows() {
         "xsum(xarray(@int, [[1, 2], [3, 4], [5, 6]]))"}},
       {"column",
        "xamax(xones(7, 1) + 1)",
-       "xamax of a column (7, 1) counts the first element in place of the last 3; give it one dimension first: "
+       "xamax of a column (7, 1) counts the first element in place of the last 3 of 7; give it one dimension first: "
        "a.reshape(7)",
        {}},
       {"column",
        "c = xarray(@int, [[1], [2], [3]]); xamin(c)",
-       "xamin of a column (3, 1) counts the first element in place of the last 3; give it one dimension first: "
+       "xamin of a column (3, 1) counts the first element in place of the last 3 of 3; give it one dimension first: "
        "c.reshape(3)",
        {}},
       {"column",
        "c = xarray(@double, @[[1.0], [2.0], [3.0]]); xsum(xsqrt(c))",
-       "xsum of a column (3, 1) counts the first element in place of the last 3; give it one dimension first: "
+       "xsum of a column (3, 1) counts the first element in place of the last 3 of 3; give it one dimension first: "
        "a.reshape(3)",
        {}},
       {"column",
@@ -310,17 +318,17 @@ const std::vector<Row>& rows() {
        {}},
       {"column",
        "xsum(xdiff(xones(6, 2)))",
-       "xsum of a column (6, 1) counts the first element in place of the last 2; give it one dimension first: "
+       "xsum of a column (6, 1) counts the first element in place of the last 2 of 6; give it one dimension first: "
        "a.reshape(6)",
        {"xsum(xdiff(xones(6)))", "xsum(xdiff(xones(6, 3)))"}},
       {"column",
        "c = xones(1); c += xones(5, 1); xsum(c)",
-       "xsum of a column (5, 1) counts the first element in place of the last 1; give it one dimension first: "
+       "xsum of a column (5, 1) counts the first element in place of the last 1 of 5; give it one dimension first: "
        "c.reshape(5)",
        {}},
       {"column",
        "t = xsvd(xones(5, 1)); xsum(xqr(xones(5, 1))[0])",
-       "xsum of a column (5, 1) counts the first element in place of the last 1; give it one dimension first: "
+       "xsum of a column (5, 1) counts the first element in place of the last 1 of 5; give it one dimension first: "
        "a.reshape(5)",
        {}},
       {"computes-nothing",
@@ -347,11 +355,13 @@ const std::vector<Row>& rows() {
        {"xsum(xones(2, 3))", "xlinspace(0.0, 1, 3)", "xzeros(1, 2, 3, 4)", "xprod(xones(2), 0)"}},
       {"unused-argument",
        "xsort(xones(2, 3), 0)",
-       "xsort takes 1 argument and does not look at 0: there is no axis, and each row is sorted",
+       "xsort takes 1 argument and does not look at 0: there is no axis, and each row is sorted; transpose(a) of use "
+       "\"arrays\" makes rows of columns",
        {}},
       {"unused-argument",
        "xstddev(xones(3), 1)",
-       "xstddev takes 1 argument and does not look at 1: there is no axis, and no degree of freedom is taken off",
+       "xstddev takes 1 argument and does not look at 1: there is no axis and no degree of freedom; for a "
+       "sample of n multiply by sqrt(n / (n - 1.0))",
        {}},
       {"unused-argument",
        "xtrapz(xones(3), 0.1)",
@@ -392,6 +402,10 @@ const std::vector<Row>& rows() {
        "without "
        "names",
        {"xarray(@int, [1, 2, \"unit\": \"m\"])"}},
+      {"dropped-element",
+       "xarray(@double, @[[1.0, 2.0], [3.0]])",
+       "the data literal has rows of 2 and 1: xarray drops elements or adds zeros; make all rows of one length",
+       {"xarray(@double, @[[1.0, 2.0], [3.0, 4.0]])", "xarray(@double, @[[[1.0], [2.0]], [[3.0], [4.0]]])"}},
       {"dropped-element",
        "xarray(@double, @[1, 2.5])",
        "a data literal of reals drops the integer 1; write 1.0 or use a table",
@@ -584,6 +598,8 @@ TEST(Warnings, AsErrors_NameTheLine) {
   } catch (const ScriptError& error) {
     EXPECT_EQ(error.line(), 2u);
     EXPECT_THAT(error.report(), HasSubstr("test.hvm:2:7: error: 5 - a computes a - 5"));
+    EXPECT_THAT(error.report(), HasSubstr("  page: docs/functions/operator-subtract.md#result\n"
+                                          "  allow: # allow: number-on-the-left\n"));
   }
 }
 

@@ -36,8 +36,8 @@ TEST(ArrayChecks, ExtentsBeyondEveryArray_AreNotWalked) {
 TEST(ArrayChecks, IntegerDivisionByAZeroNumber_FailsOnEitherSide) {
   expect_outputs({{"a = toy_int(2) / 0", "!'/' of an integer array with zero"},
                   {"a = toy_int(2) % 0", "!'%' of an integer array with zero"},
-                  {"a = toy_int(2) / 0.5", "!'/' of an integer array with zero"},
-                  {"a = 0 / toy_int(2)", "!'/' of an integer array with zero"},
+                  {"a = toy_int(2) / 0.5", "!'/' of an integer array with zero: 0.5 is read as 0"},
+                  {"a = 0 / toy_int(2)", "!'/' of an integer array with zero: 0 / a computes a / 0"},
                   {"a = toy_int(2); a /= 0", "!'/' of an integer array with zero"},
                   {"a = toy_double(2) / 0; print(type(a))", "$xdoublearray"},
                   {"print((toy_int(2) * 0).dump())", "[0,0]"}});
@@ -49,7 +49,8 @@ TEST(ArrayChecks, Xarange_TakesThreeArgumentsAndAStep) {
                   {"xarange(1, 2, 3, 4)", "!xarange: it takes at most three arguments (start, stop, step)"},
                   {"xarange(1, 2, 0)", "!xarange: the step is zero as an integer"},
                   {"xarange(1, 2, 0.5)", "!xarange: the step is zero as an integer"},
-                  {"xarange(0, -2147483648, -1)", "!xarange: the range from argument 1 to argument 2 has more than 2147483647 elements"}});
+                  {"xarange(0, -2147483648, -1)",
+                   "!xarange: the range from argument 1 to argument 2 has more than 2147483647 elements"}});
   EXPECT_EQ(output_of("print(xarange(1, 2, 3, 4), xarange(1, 2, 0))", false), "4 3");
 }
 
