@@ -770,8 +770,8 @@ std::vector<std::string_view> functions_of(const Word* first, const Word* last) 
   return names;
 }
 
-constexpr std::string_view result = "docs/functions/NAME.md#result";
-constexpr std::string_view arguments = "docs/functions/NAME.md#arguments";
+constexpr std::string_view result_section = "docs/functions/NAME.md#result";
+constexpr std::string_view arguments_section = "docs/functions/NAME.md#arguments";
 
 }  // namespace
 
@@ -846,7 +846,7 @@ const std::vector<WarningRow>& warning_table() {
        "docs/functions/xarange.md#arguments", CallCondition{Sign::real_argument, {"xarange"}, integer_range}},
       {"empty-range", "xarange(0, 2, 3) has no elements; give a step that is not beyond the range",
        "docs/functions/xarange.md#result", CallCondition{Sign::three_arguments, {"xarange"}, empty_range}},
-      {"fraction-of-an-argument", "xzeros(2.5) reads 2; give an integer", arguments,
+      {"fraction-of-an-argument", "xzeros(2.5) reads 2; give an integer", arguments_section,
        CallCondition{Sign::real_argument,
                      {"xzeros", "xones", "xempty", "xrand", "xrandn", "xeye", "xhistogram", "xpartition"},
                      fraction_of_an_argument}},
@@ -855,15 +855,16 @@ const std::vector<WarningRow>& warning_table() {
       {"largest-of-int64", "xamax(a) of int64 gives the smallest element; write -xamin(-a)",
        "docs/functions/xamax.md#result", CallCondition{Sign::odd_extreme, {"xamax"}, largest_of_int64}},
       {"kind-of-product", "xdot(i, d) of integers with doubles drops all fractions; write xdot(xminimum(i, i), d)",
-       result, CallCondition{Sign::integer_array, {"xdot", "xvdot", "xouter", "xkron"}, kind_of_product}},
+       result_section, CallCondition{Sign::integer_array, {"xdot", "xvdot", "xouter", "xkron"}, kind_of_product}},
       {"column", "xsum(c) of a column counts the first element in place of the last ones; write c.reshape(n) first",
-       result, CallCondition{Sign::column, functions_of(std::begin(on_columns), std::end(on_columns)), column}},
+       result_section, CallCondition{Sign::column, functions_of(std::begin(on_columns), std::end(on_columns)), column}},
       {"computes-nothing", "xpow and others give nothing, whatever their arguments are; the page names what does",
-       result, CallCondition{Sign::call, functions_of(std::begin(instead), std::end(instead)), nothing_computed}},
+       result_section,
+       CallCondition{Sign::call, functions_of(std::begin(instead), std::end(instead)), nothing_computed}},
       {"values-for-positions", "xargpartition(a, k) gives values, not positions; write xargsort(a)",
        "docs/functions/xargpartition.md#result", CallCondition{Sign::call, {"xargpartition"}, values_for_positions}},
       {"unused-argument", "xsum(a, 0) does not look at 0: there is no axis; sum_rows(a) of use \"arrays\" sums rows",
-       arguments, CallCondition{Sign::more_arguments, {}, unused_argument}},
+       arguments_section, CallCondition{Sign::more_arguments, {}, unused_argument}},
       {"data-that-end-early",
        "xarray(@double, [1, \"x\"]) stops at what is no number; stack(rows) of use \"arrays\" "
        "joins arrays",
@@ -883,11 +884,11 @@ const std::vector<WarningRow>& warning_table() {
        "docs/functions/xarray.md#result", CallCondition{Sign::nothing, {"xarray"}, unknown_dtype}},
       {"data-that-are-no-table", "xarray(@double, a) of an array gives nothing; a + 0 copies it",
        "docs/functions/xarray.md#result", CallCondition{Sign::nothing, {"xarray"}, data_that_are_no_table}},
-      {"bool-array", "xsum(a > 3) of a bool array gives nothing; count(a > 3) of use \"arrays\" counts", result,
+      {"bool-array", "xsum(a > 3) of a bool array gives nothing; count(a > 3) of use \"arrays\" counts", result_section,
        CallCondition{Sign::nothing, {}, bool_array}},
-      {"two-kinds", "xmaximum(i, d) of two kinds gives nothing; xminimum(i, i) makes doubles of integers", result,
-       CallCondition{Sign::nothing, {"xmaximum", "xminimum"}, two_kinds}},
-      {"integers-without-result", "xsign(i) of integers gives nothing; write xsign(xminimum(i, i))", result,
+      {"two-kinds", "xmaximum(i, d) of two kinds gives nothing; xminimum(i, i) makes doubles of integers",
+       result_section, CallCondition{Sign::nothing, {"xmaximum", "xminimum"}, two_kinds}},
+      {"integers-without-result", "xsign(i) of integers gives nothing; write xsign(xminimum(i, i))", result_section,
        CallCondition{Sign::nothing, {"xsign", "xcond"}, integers_without_result}},
       {"no-diagonal", "xtrace(v) of fewer than two dimensions gives nothing; give a matrix",
        "docs/functions/xtrace.md#result", CallCondition{Sign::nothing, {"xtrace"}, no_diagonal}},

@@ -238,6 +238,7 @@ TEST(Repl, ASignalBetweenTwoInputs_ChangesNothing) {
   Terminal terminal;
   terminal.wait_for("> ");
   terminal.answer("x = 3");
+  terminal.wait_until_it_reads();
   terminal.send(SIGINT);
   terminal.wait_for("\n> ");
   EXPECT_THAT(terminal.answer("x"), HasSubstr("\r\n3\r\n"));

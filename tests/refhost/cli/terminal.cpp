@@ -14,6 +14,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <fstream>
 #include <system_error>
 
 namespace hvm::testing {
@@ -126,6 +127,17 @@ std::string Terminal::answer(const std::string& line, const std::string& next_pr
 void Terminal::wait_until_it_runs() const {
   ASSERT_TRUE(comes_true([this] { return !is_editing(); })) << "nothing runs";
   usleep(50000);
+}
+
+void Terminal::wait_until_it_reads() const {
+  const auto sleeps = [this] {
+    std::ifstream file("/proc/" + std::to_string(child_) + "/stat");
+    std::string line;
+    std::getline(file, line);
+    const std::size_t name_end = line.rfind(')');
+    return name_end != std::string::npos && line.compare(name_end, 3, ") S") == 0;
+  };
+  ASSERT_TRUE(comes_true([&] { return is_editing() && sleeps(); })) << "nothing waits for a line";
 }
 
 void Terminal::go_away() {

@@ -47,6 +47,8 @@ class Terminal {
   std::string answer(const std::string& line, const std::string& next_prompt = "\n> ");
   /// Waits until something runs that a typed line has begun.
   void wait_until_it_runs() const;
+  /// Waits until hvm waits for a line.
+  void wait_until_it_reads() const;
 
   /// Takes the terminal away.
   void go_away();
