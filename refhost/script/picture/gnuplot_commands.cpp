@@ -20,9 +20,9 @@ constexpr double pixels_of_an_inch = 96;
 constexpr std::size_t most_rows = 1000;
 constexpr std::size_t most_columns = 1500;
 
-/// A quoted text of gnuplot, in which every character of ASCII but letters, digits and blanks stands as its number:
-/// none of them can end the text or start anything. A control character becomes a blank, and a byte that is no
-/// character a question mark.
+/// A quoted text of gnuplot, in which every character of ASCII but letters and blanks stands as its number: none of
+/// them can end the text or start anything. That holds for digits too, which would else go on the number before them.
+/// A control character becomes a blank, and a byte that is no character a question mark.
 std::string quoted(std::string_view text) {
   std::string made = "\"";
   for (std::size_t i = 0; i < longest_text && !text.empty(); ++i) {
@@ -31,8 +31,8 @@ std::string quoted(std::string_view text) {
     const bool is_lone_byte = c >= 0x80 && before - text.size() == 1;
     const bool is_control = c < 0x20 || (c >= 0x7F && c < 0xA0);
     const char32_t shown = is_lone_byte ? U'?' : is_control ? U' ' : c;
-    const bool is_plain = (shown >= U'0' && shown <= U'9') || (shown >= U'A' && shown <= U'Z') ||
-                          (shown >= U'a' && shown <= U'z') || shown == U' ' || shown >= 0x80;
+    const bool is_plain =
+        (shown >= U'A' && shown <= U'Z') || (shown >= U'a' && shown <= U'z') || shown == U' ' || shown >= 0x80;
     if (is_plain)
       append_utf8(made, shown);
     else

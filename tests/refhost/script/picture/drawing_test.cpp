@@ -148,6 +148,8 @@ TEST(Drawing, ShowsTextsAsTheyAre) {
   Figure figure = line({1, 3, 2});
   figure.title = "'a' \"b\" `c` {d}_e^f %g \\h $i @j #k";
   EXPECT_THAT(drawn_as_text(figure, {}), HasSubstr(figure.title));
+  figure.title = "$1 of \"20\", #3 %45 \\6 789";
+  EXPECT_THAT(drawn_as_text(figure, {}), HasSubstr(figure.title));
   figure.title = "one\ntwo\x01\xFF";
   EXPECT_THAT(drawn_as_text(figure, {}), HasSubstr("one two ?"));
   figure.title = std::string(100'000, 'x');
