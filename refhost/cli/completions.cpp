@@ -154,7 +154,8 @@ Completion completion_of(std::string_view line, const Interpreter& interpreter) 
   const std::size_t behind = first + word.size();
   if (word == ":load" || word == ":save") {
     const std::size_t begin = std::min(line.find_first_not_of(" \t", behind), line.size());
-    if (begin > behind) return files(line, begin, "");
+    const bool is_quoted = begin < line.size() && line[begin] == '"';
+    if (begin > behind) return is_quoted ? files(line, begin + 1, "\"") : files(line, begin, "");
   }
   if (!word.empty() && word.front() == ':' && behind == line.size()) return commands(line, first);
   const Ending ending = ending_of(line);

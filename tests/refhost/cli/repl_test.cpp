@@ -464,6 +464,9 @@ TEST(Repl, Tab_InQuotesCompletesFiles) {
   EXPECT_THAT(terminal.answer("read_csv(\"da\tmea\t)"), HasSubstr("[\"a\": [1]]"));
   EXPECT_THAT(terminal.answer("len(\"odd\t\")"), HasSubstr("\r\n3\r\n"));
   EXPECT_THAT(terminal.answer("use \"arr\t"), Not(HasSubstr("error")));
+  place.write("two words.hvm", "words = 2\n");
+  terminal.answer(":load \"two\t");
+  EXPECT_THAT(terminal.answer("words"), HasSubstr("\r\n2\r\n"));
 }
 
 // ---- History
