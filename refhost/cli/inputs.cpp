@@ -92,11 +92,16 @@ void Inputs::run_script(const SourcePtr& source) {
 }
 
 void Inputs::load(const std::string& path) {
-  try {
-    run_script(read_script(path));
-  } catch (const FileError& error) {
-    tell_error(error.what());
-  }
+  SourcePtr source;
+  guarded([&] {
+    const Interrupts::Run run(interpreter_);
+    try {
+      source = read_script(path);
+    } catch (const FileError& error) {
+      tell_error(error.what());
+    }
+  });
+  if (source) run_script(source);
 }
 
 void Inputs::tell_why() {

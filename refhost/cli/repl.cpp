@@ -174,6 +174,7 @@ class Repl {
   }
 
   void save(const std::string& path) {
+    const Interrupts::Run run(interpreter_);
     const std::string failure = save_script(path, session_.script());
     failure.empty() ? put(fmt::format("saved in {}\n", path)) : inputs_.tell_error(failure);
   }
