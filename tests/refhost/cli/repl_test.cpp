@@ -178,6 +178,25 @@ TEST(Repl, CtrlC_AgainInACallOfTheModuleEndsHvm) {
   EXPECT_EQ(terminal.ending_signal(), SIGINT);
 }
 
+TEST(Repl, CtrlC_TwiceEndsHvmWhereACommandWaitsForAPipe) {
+  for (const std::string command : {":load pipe", ":save pipe"}) {
+    const Workplace place;
+    ASSERT_EQ(mkfifo((place.path() + "/pipe").c_str(), 0600), 0);
+    TerminalConditions conditions;
+    conditions.folder = place.path();
+    Terminal terminal(conditions);
+    terminal.wait_for("> ");
+    terminal.type(command + "\n");
+    terminal.wait_until_it_runs();
+    terminal.press("\x03");
+    terminal.wait_for("press Ctrl-C again to end hvm");
+    usleep(800000);
+    terminal.press("\x03");
+    EXPECT_EQ(terminal.exit_status(), -1) << command;
+    EXPECT_EQ(terminal.ending_signal(), SIGINT) << command;
+  }
+}
+
 TEST(Repl, CtrlC_EndsADrawingWithoutHarm) {
   const Workplace place;
   const std::string path = place.write("gnuplot", "#!/bin/sh\nsleep 60\n");
