@@ -11,6 +11,8 @@
 #include <sstream>
 #include <string_view>
 
+#include "description/page.hpp"
+#include "script/library/script_file.hpp"
 #include "script/syntax/unicode.hpp"
 
 namespace hvm {
@@ -45,76 +47,30 @@ std::string plain(std::string_view text) {
   return words;
 }
 
-/// The cells of a row of a table; none where the line is no row.
-std::vector<std::string> cells_of(const std::string& line) {
-  std::vector<std::string> cells;
-  if (line.empty() || line.front() != '|') return cells;
-  std::string cell;
-  for (std::size_t i = 1; i < line.size(); ++i) {
-    const bool is_escaped = line[i] == '\\' && i + 1 < line.size();
-    if (is_escaped) ++i;
-    if (is_escaped || line[i] != '|') {
-      cell += line[i];
-      continue;
-    }
-    cells.emplace_back(trimmed(cell));
-    cell.clear();
-  }
-  return cells;
+std::string code_in(const description::Page& page, const std::string& section) {
+  std::string code;
+  for (const description::Line& line : code_of(page.section(section))) code += line.text + "\n";
+  return code;
 }
 
-/// Reads the sections of a page.
-class PageReader {
- public:
-  explicit PageReader(const std::string& text) : lines_(lines_of(text)) {}
-
-  HelpPage page() {
-    std::string section;
-    for (at_ = 0; at_ < lines_.size(); ++at_) {
-      const std::string& line = lines_[at_];
-      if (line.rfind("## ", 0) == 0) section = line.substr(3);
-      if (section.empty() && page_.summary.empty()) page_.summary = paragraph();
-      if (section == "Synopsis" && page_.usage.empty()) page_.usage = fenced();
-      if (section == "Arguments") take_argument(line);
-      if (section == "Result" && line.rfind("**Surprise: ", 0) == 0) page_.surprises.push_back(paragraph());
-      if (section == "Examples" && page_.examples.empty()) page_.examples = fenced();
-    }
-    return std::move(page_);
-  }
-
- private:
-  /// The paragraph that begins here; empty at a heading or a blank line.
-  std::string paragraph() {
-    std::string text;
-    for (; at_ < lines_.size() && !trimmed(lines_[at_]).empty() && lines_[at_].front() != '#'; ++at_)
-      text += (text.empty() ? "" : " ") + lines_[at_];
-    return text;
-  }
-
-  /// The lines of the block of code that begins here; none where no one does.
-  std::string fenced() {
-    if (lines_[at_].rfind("```", 0) != 0) return {};
-    std::string text;
-    for (++at_; at_ < lines_.size() && lines_[at_].rfind("```", 0) != 0; ++at_) text += lines_[at_] + "\n";
-    return text;
-  }
-
-  void take_argument(const std::string& line) {
-    const std::vector<std::string> cells = cells_of(line);
-    if (cells.size() < 4 || cells[0].rfind('`', 0) != 0) return;
-    page_.arguments.push_back({cells[0], cells[1], cells[2], cells[3]});
-  }
-
-  std::vector<std::string> lines_;
-  std::size_t at_ = 0;
-  HelpPage page_;
-};
+HelpPage help_of(const description::Page& page) {
+  HelpPage help;
+  help.usage = code_in(page, "Synopsis");
+  help.summary = page.summary;
+  for (const description::Row& row :
+       table_of(page, page.section("Arguments"), {"Name", "Accepts", "Default", "Meaning"}))
+    help.arguments.push_back({row.cells[0], row.cells[1], row.cells[2], row.cells[3]});
+  for (description::Line& paragraph : paragraphs_of(page.section("Result")))
+    if (paragraph.text.rfind("**Surprise: ", 0) == 0) help.surprises.push_back(std::move(paragraph.text));
+  help.examples = code_in(page, "Examples");
+  return help;
+}
 
 }  // namespace
 
 std::string page_file(const std::string& page) {
   std::error_code error;
-  const fs::path home = fs::read_symlink("/proc/self/exe", error).parent_path();
+  const fs::path home = program_folder();
   for (const char* root : {HVM_WAY_TO_DOCUMENTS, "../../.."}) {
     const fs::path file = (home / root / page).lexically_normal();
     if (fs::is_regular_file(file, error)) return file.string();
@@ -127,9 +83,13 @@ std::optional<HelpPage> read_page(const std::string& page) {
   std::error_code error;
   if (path.empty() || fs::file_size(path, error) > largest_page || error) return std::nullopt;
   std::ifstream file(path, std::ios::binary);
-  HelpPage read = PageReader({std::istreambuf_iterator<char>(file), {}}).page();
-  read.path = path;
-  return read;
+  try {
+    HelpPage help = help_of(description::read_page(path, {std::istreambuf_iterator<char>(file), {}}));
+    help.path = path;
+    return help;
+  } catch (const description::PageFault&) {
+    return std::nullopt;
+  }
 }
 
 std::string wrapped(const std::string& text, std::size_t indent, std::size_t width) {

@@ -28,7 +28,7 @@ struct HelpPage {
 /// in the tree in which hvm was built. Empty when it is nowhere.
 std::string page_file(const std::string& page);
 
-/// Reads a page; no value when it is not there. What is not in the form of a page is left out.
+/// Reads a page; no value when it is not there, or not in the form of a page.
 std::optional<HelpPage> read_page(const std::string& page);
 
 /// The page as text for a terminal of this width, without marks.

@@ -11,6 +11,7 @@
 
 #include "cli/elf_file.hpp"
 #include "host/host_operations.hpp"
+#include "script/library/script_file.hpp"
 #include "script/module/array_module.hpp"
 #include "script/module/exception_text.hpp"
 #include "script/module/fault_report.hpp"
@@ -126,7 +127,7 @@ std::string version_of(const Module& module) {
 
 std::string default_module_path() {
   std::error_code error;
-  const fs::path home = fs::read_symlink("/proc/self/exe", error).parent_path();
+  const fs::path home = program_folder();
   const fs::path installed = (home / HVM_WAY_TO_MODULE).lexically_normal();
   const fs::path built = home.parent_path() / "lib";
   for (const fs::path& folder : {home, installed, built})

@@ -143,8 +143,8 @@ const std::map<std::string, std::set<std::string>> host_arrows = {
     {"script/run",
      {"kernel", "script/syntax", "script/stop", "script/text", "script/module", "script/library", "script/explain"}},
     {"cli",
-     {"kernel", "script/syntax", "script/stop", "script/text", "script/data", "script/module", "script/library",
-      "script/explain", "script/run"}},
+     {"kernel", "description", "script/syntax", "script/stop", "script/text", "script/data", "script/module",
+      "script/library", "script/explain", "script/run"}},
 };
 
 /// The folder of a file of the reference host, such as `script/run` of `script/run/calls.hpp`.

@@ -31,12 +31,17 @@ SourcePtr named(const std::string& name, Read read) {
 
 std::filesystem::path libraries() {
   std::error_code error;
-  const std::filesystem::path home = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+  const std::filesystem::path home = program_folder();
   const std::filesystem::path installed = home / HVM_WAY_TO_LIBRARIES;
   return std::filesystem::exists(installed, error) ? installed : home.parent_path() / "share" / "hvm";
 }
 
 }  // namespace
+
+std::filesystem::path program_folder() {
+  std::error_code error;
+  return std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+}
 
 SourcePtr read_script(const std::string& path, Origin origin) {
   return named(path, [&] {

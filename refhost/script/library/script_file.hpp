@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <filesystem>
 #include <stdexcept>
 #include <string>
 
@@ -14,6 +15,9 @@ class FileError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
+
+/// The folder of the running program.
+std::filesystem::path program_folder();
 
 /// The script in a file. Throws `FileError`, or `std::runtime_error` when memory runs out.
 SourcePtr read_script(const std::string& path, Origin origin = Origin::script);
