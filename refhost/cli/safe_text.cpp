@@ -9,8 +9,6 @@ namespace {
 
 constexpr char32_t replacement = 0xFFFD;
 
-bool is_control(char32_t c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); }
-
 /// XML leaves out two of the numbers that are no characters.
 bool is_shown(char32_t c) { return c == '\t' || c == '\n' || (!is_control(c) && c != 0xFFFE && c != 0xFFFF); }
 

@@ -29,8 +29,7 @@ std::string quoted(std::string_view text) {
     const std::size_t before = text.size();
     const char32_t c = take_character(text);
     const bool is_lone_byte = c >= 0x80 && before - text.size() == 1;
-    const bool is_control = c < 0x20 || (c >= 0x7F && c < 0xA0);
-    const char32_t shown = is_lone_byte ? U'?' : is_control ? U' ' : c;
+    const char32_t shown = is_lone_byte ? U'?' : is_control(c) ? U' ' : c;
     const bool is_plain =
         (shown >= U'A' && shown <= U'Z') || (shown >= U'a' && shown <= U'z') || shown == U' ' || shown >= 0x80;
     if (is_plain)

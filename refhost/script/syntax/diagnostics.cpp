@@ -17,9 +17,8 @@ constexpr std::size_t shown_columns = 100;
 
 /// Characters that would move the text of a terminal, or hide in it. They are shown as a question mark.
 bool is_shown_as_mark(char32_t c) {
-  const bool is_control = (c < 0x20 && c != '\t') || (c >= 0x7F && c < 0xA0);
   const bool turns_direction = (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
-  return is_control || turns_direction;
+  return (is_control(c) && c != '\t') || turns_direction;
 }
 
 /// The columns that a character takes up where it is shown.

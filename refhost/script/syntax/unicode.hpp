@@ -20,6 +20,9 @@ char32_t take_character(std::u16string_view& text);
 /// Appends the UTF-8 form of `c`.
 void append_utf8(std::string& text, char32_t c);
 
+/// Whether `c` is a control character: one of ASCII, or of the numbers behind it.
+constexpr bool is_control(char32_t c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); }
+
 /// The number of characters, as `take_character` counts them.
 std::size_t character_count(std::string_view text);
 std::size_t character_count(std::u16string_view text);
