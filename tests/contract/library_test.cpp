@@ -209,7 +209,8 @@ TEST(Library, StatesItsVersionInANote) {
 // it runs on.
 TEST(Library, TableOfDtypeNames_IsItsOnlyInitialiser) {
 #ifdef ARRAYFOLD_SANITIZED
-  GTEST_SKIP() << "sanitizers register every source by an initialiser of their own; the other build is tested";
+  GTEST_SKIP()
+      << "the sanitizers give every source an initialiser of their own; the build without them is what people load";
 #endif
   const std::set<std::string> of_compiler = {"frame_dummy", "__cpu_indicator_init", "init_have_lse_atomics"};
   const auto functions = functions_of_library();

@@ -63,7 +63,8 @@ TEST(OutputFile, AReplacedFileKeepsItsMode) {
 }
 
 TEST(OutputFile, AReplacedFileKeepsItsOwner) {
-  if (geteuid() != 0) GTEST_SKIP() << "only the superuser gives files away";
+  if (geteuid() != 0)
+    GTEST_SKIP() << "only the superuser gives files away, so that nobody else has a file of another owner to keep";
   const Folder folder;
   folder.write("f", "old");
   ASSERT_EQ(chown((folder / "f").c_str(), 1234, 4321), 0);
