@@ -38,6 +38,11 @@ std::string wanted_count(const Builtin& builtin) {
 
 void BuiltinCall::fail(const std::string& message) const { throw Failure(fmt::format("{}: {}", name, message)); }
 
+void BuiltinCall::print_lines(const std::string& text) const {
+  const SourceText& source = *caller.source;
+  print(text, source, source.line(span.end > 0 ? span.end - 1 : 0));
+}
+
 Printer BuiltinCall::printer(Detail detail) const { return Printer(detail, object_text(caller, checks, detail)); }
 
 const Builtin* find_builtin(std::string_view name) {

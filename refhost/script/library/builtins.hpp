@@ -39,6 +39,8 @@ struct BuiltinCall {
   /// Throws a `Failure` whose message is `name: message`.
   [[noreturn]] void fail(const std::string& message) const;
   std::size_t count() const { return arguments.size(); }
+  /// Prints lines of text, at the place where the call ends.
+  void print_lines(const std::string& text) const;
   /// Writes values as text, objects through their methods.
   Printer printer(Detail detail) const;
 };

@@ -12,6 +12,7 @@
 #include "script/data/output_file.hpp"
 #include "script/data/text_input.hpp"
 #include "script/library/arguments.hpp"
+#include "script/library/array_cells.hpp"
 #include "script/library/options.hpp"
 #include "script/syntax/diagnostics.hpp"
 #include "script/syntax/string_literals.hpp"
@@ -235,15 +236,8 @@ CsvContent content_of_array(const BuiltinCall& call, Value& array) {
   content.rows = static_cast<std::size_t>(extents->front());
   content.columns = extents->size() == 2 ? static_cast<std::size_t>(extents->back()) : 1;
   if (content.columns == 0) call.fail("there are no columns");
-  content.cell = [&call, &array, place = std::vector<Value>(extents->size()), element = Value()](
-                     std::size_t row, std::size_t column) mutable -> const HostValue& {
-    place.front() = Value(static_cast<int>(row));
-    if (place.size() == 2) place.back() = Value(static_cast<int>(column));
-    auto read = read_element(call.caller, array, place);
-    if (!read) call.fail("the array gives no elements");
-    element = std::move(*read);
-    return element.record();
-  };
+  content.cell = [cells = ArrayCells(call, array, extents->size())](
+                     std::size_t row, std::size_t column) mutable -> const HostValue& { return cells.at(row, column); };
   return content;
 }
 

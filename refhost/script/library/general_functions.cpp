@@ -25,8 +25,7 @@ Value print(const BuiltinCall& call) {
     if (!text.empty() || &argument != &call.arguments.front()) text += ' ';
     text += printer.text(argument);
   }
-  const SourceText& source = *call.caller.source;
-  call.print(text, source, source.line(call.span.end > 0 ? call.span.end - 1 : 0));
+  call.print_lines(text);
   return {};
 }
 

@@ -10,6 +10,7 @@
 #include "script/data/data_error.hpp"
 #include "script/data/output_file.hpp"
 #include "script/library/arguments.hpp"
+#include "script/library/array_cells.hpp"
 #include "script/library/options.hpp"
 #include "script/picture/drawing.hpp"
 #include "script/picture/range.hpp"
@@ -53,21 +54,16 @@ Extents extents_of_array(const BuiltinCall& call, const std::string& name, Value
   return *extents;
 }
 
-/// The elements of an array, row by row.
+/// The elements of an array of one or two axes, row by row.
 Numbers elements_of(const BuiltinCall& call, const std::string& name, Value& array, const Extents& extents) {
-  std::size_t count = 1;
-  for (const std::int64_t extent : extents) count *= static_cast<std::size_t>(extent);
+  const auto rows = static_cast<std::size_t>(extents.front());
+  const std::size_t columns = extents.size() > 1 ? static_cast<std::size_t>(extents.back()) : 1;
   Numbers numbers;
-  numbers.reserve(count);
-  const auto columns = static_cast<std::size_t>(extents.back());
-  std::vector<Value> place(extents.size());
-  for (std::size_t i = 0; i < count; ++i) {
-    place.front() = Value(static_cast<int>(i / (extents.size() > 1 ? columns : 1)));
-    if (extents.size() > 1) place.back() = Value(static_cast<int>(i % columns));
-    const auto element = read_element(call.caller, array, place);
-    if (!element) call.fail(fmt::format("{} gives no elements", name));
-    numbers.push_back(number_in(call, name, element->record()));
-  }
+  numbers.reserve(rows * columns);
+  ArrayCells cells(call, array, extents.size());
+  for (std::size_t row = 0; row < rows; ++row)
+    for (std::size_t column = 0; column < columns; ++column)
+      numbers.push_back(number_in(call, name, cells.at(row, column)));
   return numbers;
 }
 
@@ -144,9 +140,7 @@ Value shown(const BuiltinCall& call, const Options& options, Figure figure) {
   const auto is_shown = options.find("show");
   if (!is_shown || options.truth_of("show", *is_shown)) {
     const TextSize size = call.pictures.text_size ? call.pictures.text_size() : TextSize();
-    const std::string text = with_picture(call, [&] { return drawn_as_text(figure, size); });
-    const SourceText& source = *call.caller.source;
-    call.print(text, source, source.line(call.span.end > 0 ? call.span.end - 1 : 0));
+    call.print_lines(with_picture(call, [&] { return drawn_as_text(figure, size); }));
   }
   call.pictures.last = std::move(figure);
   return {};
