@@ -148,20 +148,30 @@ class LineEditor::Editor {
     el_set(line_, EL_PROMPT, &Editor::shown_prompt);
     el_wset(line_, EL_EDITOR, L"emacs");
     el_wset(line_, EL_SIGNAL, 1);
-    el_wset(line_, EL_ADDFN, L"hvm-drop", L"drop the input", &Editor::drop_line);
-    el_wset(line_, EL_ADDFN, L"hvm-complete", L"complete a word", &Editor::complete_word);
-    el_wset(line_, EL_ADDFN, L"hvm-stop", L"stop hvm until it is continued", &Editor::stop);
+    using Action = unsigned char (*)(EditLine*, wint_t);
+    const struct {
+      const wchar_t* name;
+      const wchar_t* purpose;
+      Action action;
+    } actions[] = {{L"hvm-drop", L"drop the input", &Editor::drop_line},
+                   {L"hvm-complete", L"complete a word", &Editor::complete_word},
+                   {L"hvm-stop", L"stop hvm until it is continued", &Editor::stop},
+                   {L"hvm-paste-begins", L"take tabs as they are", &Editor::begin_paste},
+                   {L"hvm-paste-ends", L"complete at tabs again", &Editor::end_paste}};
+    for (const auto& each : actions) el_wset(line_, EL_ADDFN, each.name, each.purpose, each.action);
     // While a line is edited the terminal makes no signals of keys.
     el_wset(line_, EL_SETTY, L"-d", L"-isig", nullptr);
-    el_wset(line_, EL_BIND, L"^C", L"hvm-drop", nullptr);
-    el_wset(line_, EL_BIND, L"^Z", L"hvm-stop", nullptr);
-    el_wset(line_, EL_BIND, L"^I", L"hvm-complete", nullptr);
-    el_wset(line_, EL_ADDFN, L"hvm-paste-begins", L"take tabs as they are", &Editor::begin_paste);
-    el_wset(line_, EL_ADDFN, L"hvm-paste-ends", L"complete at tabs again", &Editor::end_paste);
-    el_wset(line_, EL_BIND, L"\\e[200~", L"hvm-paste-begins", nullptr);
-    el_wset(line_, EL_BIND, L"\\e[201~", L"hvm-paste-ends", nullptr);
-    el_wset(line_, EL_BIND, L"^R", L"em-inc-search-prev", nullptr);
-    el_wset(line_, EL_BIND, L"\\e[3~", L"ed-delete-next-char", nullptr);
+    const struct {
+      const wchar_t* keys;
+      const wchar_t* action;
+    } bindings[] = {{L"^C", L"hvm-drop"},
+                    {L"^Z", L"hvm-stop"},
+                    {L"^I", L"hvm-complete"},
+                    {L"\\e[200~", L"hvm-paste-begins"},
+                    {L"\\e[201~", L"hvm-paste-ends"},
+                    {L"^R", L"em-inc-search-prev"},
+                    {L"\\e[3~", L"ed-delete-next-char"}};
+    for (const auto& each : bindings) el_wset(line_, EL_BIND, each.keys, each.action, nullptr);
   }
 
   static Editor& of(EditLine* line) {
