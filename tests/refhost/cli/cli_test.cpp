@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 
 #include "program.hpp"
@@ -101,8 +99,7 @@ TEST(CommandLine, VersionIsThatOfTheNoteInTheModule) {
 /// The module with these bytes in place of those at `distance` from the type in its note. Before the type stand the
 /// sizes of the owner and of the version, behind it, in 12 bytes, the owner, and then the version.
 std::string module_with_note(const Workplace& place, std::ptrdiff_t distance, const std::string& bytes) {
-  std::ifstream file(module_path("arrayfold"), std::ios::binary);
-  std::string whole{std::istreambuf_iterator<char>(file), {}};
+  std::string whole = contents(module_path("arrayfold"));
   const std::size_t type = whole.find(std::string("\1\0\0\0arrayfold\0", 14));
   EXPECT_NE(type, std::string::npos);
   whole.replace(type + static_cast<std::size_t>(distance), bytes.size(), bytes);

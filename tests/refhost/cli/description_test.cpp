@@ -5,8 +5,6 @@
 #include <sys/stat.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "program.hpp"
 
@@ -210,8 +208,7 @@ TEST(Explain, AsksTheModuleWithoutTellingATrace) {
   const std::string trace = folder.write("trace.json", "");
   const Outcome outcome = folder.run({"--explain", "--trace", trace, "-e", "toy_fail(toy_int(9))"});
   EXPECT_THAT(outcome.err, HasSubstr("$xintarray (9): 0, 1, 2"));
-  std::ifstream file(trace);
-  const std::string calls{std::istreambuf_iterator<char>(file), {}};
+  const std::string calls = contents(trace);
   EXPECT_THAT(calls, HasSubstr("toy_fail"));
   EXPECT_THAT(calls, Not(HasSubstr("shape")));
 }
@@ -221,8 +218,7 @@ TEST(Explain, OfWarnings_AsksTheModuleWithoutTellingATrace) {
   const std::string trace = folder.write("trace.json", "");
   const Outcome outcome = folder.run({"--explain", "--trace", trace, "-e", "a = toy_double(3); b = 5 - a"});
   EXPECT_THAT(outcome.err, HasSubstr("$xdoublearray (3): "));
-  std::ifstream file(trace);
-  const std::string calls{std::istreambuf_iterator<char>(file), {}};
+  const std::string calls = contents(trace);
   EXPECT_THAT(calls, HasSubstr("\"subtract\""));
   EXPECT_THAT(calls, Not(HasSubstr("read_element")));
 }

@@ -91,8 +91,9 @@ TEST(Files, InAFolderThatMayNotBeWritten_AreNotReplaced) {
 
 // ---- Memory
 
-TEST(Files, LargerThanTheMemory_AreErrors) {
-  if (is_sanitized) GTEST_SKIP() << "the address sanitizer takes more addresses than the limit";
+using FilesInMemory = LimitedMemory;
+
+TEST_F(FilesInMemory, LargerThanTheMemory_AreErrors) {
   const Workplace place;
   std::string csv = "a,b\n";
   while (csv.size() < 30'000'000) csv += "12345.678,text of a cell\n";

@@ -91,14 +91,7 @@ TEST(Nesting, OfTables_IsNot) {
 
 // ---- Memory
 
-/// Scripts that want more memory than there is. The address sanitizer reserves terabytes of addresses, so that no limit
-/// on them can be set; there script_memory_test lets every single allocation fail.
-class Memory : public ::testing::Test {
- protected:
-  void SetUp() override {
-    if (is_sanitized) GTEST_SKIP() << "the address sanitizer reserves more addresses than the limit allows";
-  }
-};
+using Memory = LimitedMemory;
 
 TEST_F(Memory, ThatIsMissing_IsAnError) {
   for (const char* script : {

@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "program.hpp"
 
@@ -23,11 +21,6 @@ void expect_unloadable(const std::string& path, const std::string& cause, const 
   EXPECT_THAT(outcome.err, HasSubstr(cause));
 }
 
-std::string bytes_of(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 TEST(Loading, MissingFile_CannotBeLoaded) {
   expect_unloadable("/no/such/module.so", "there is no such file");
   expect_unloadable("/tmp", "it is not a regular file");
@@ -42,7 +35,7 @@ TEST(Loading, FileThatIsNoSharedObject_CannotBeLoaded) {
 
 TEST(Loading, CutOrForeignLibrary_CannotBeLoaded) {
   const Workplace place;
-  const std::string whole = bytes_of(module_path("module_failing"));
+  const std::string whole = contents(module_path("module_failing"));
   expect_unloadable(place.write("cut.so", whole.substr(0, 100)), "its ELF structure is cut off");
   std::string foreign = whole;
   foreign[18] = static_cast<char>(foreign[18] ^ 0x55);

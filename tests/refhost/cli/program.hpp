@@ -2,21 +2,14 @@
 
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace hvm::testing {
-
-/// Whether hvm takes all addresses that there are, so that a limit of its memory ends it at once.
-#if defined(__SANITIZE_ADDRESS__)
-inline constexpr bool is_sanitized = true;
-#elif defined(__has_feature)
-inline constexpr bool is_sanitized = __has_feature(address_sanitizer);
-#else
-inline constexpr bool is_sanitized = false;
-#endif
 
 /// How a run ended.
 struct Outcome {
@@ -61,6 +54,17 @@ std::string without_time(const std::string& report);
 
 /// The path of a stand-in module.
 std::string module_path(const std::string& name);
+
+/// The bytes of a file; none when it cannot be read.
+std::string contents(const std::string& path);
+
+/// Tests under a limit on memory. The address sanitizer reserves terabytes of addresses, so that no limit on them can
+/// be set: they are for the other builds. Under the sanitizer script_memory_test lets every single allocation fail
+/// instead.
+class LimitedMemory : public ::testing::Test {
+ protected:
+  void SetUp() override;
+};
 
 /// A directory for a test's files that is gone when the test is.
 class Workplace {

@@ -3,19 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include "terminal.hpp"
 
 namespace hvm::testing {
 namespace {
-
-std::string contents(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// The block of a page that begins with the first line of hvm.
 std::string session_on_page() {

@@ -2,6 +2,7 @@
 
 #include "terminal.hpp"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <linux/capability.h>
 #include <poll.h>
@@ -153,6 +154,13 @@ int Terminal::exit_status() {
   if (is_running_) return ADD_FAILURE() << "hvm does not end", -1;
   signal_ = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+Prompt::Prompt(const TerminalConditions& conditions) : Terminal(conditions) { wait_for("> "); }
+
+void Prompt::expect_answers(const std::vector<Exchange>& exchanges) {
+  for (const Exchange& each : exchanges)
+    EXPECT_THAT(answer(each.input), ::testing::HasSubstr(each.shown)) << each.input;
 }
 
 }  // namespace hvm::testing

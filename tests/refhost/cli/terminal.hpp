@@ -71,4 +71,17 @@ class Terminal {
   std::string shown_;
 };
 
+/// hvm at a pseudo-terminal, waiting for the first input.
+class Prompt : public Terminal {
+ public:
+  explicit Prompt(const TerminalConditions& conditions = {});
+
+  struct Exchange {
+    std::string input;
+    std::string shown = {};  // among other text; empty: whatever comes
+  };
+  /// Types one input after the other, and compares what is shown.
+  void expect_answers(const std::vector<Exchange>& exchanges);
+};
+
 }  // namespace hvm::testing

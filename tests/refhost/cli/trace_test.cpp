@@ -5,8 +5,6 @@
 #include <signal.h>
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <regex>
 
 #include "program.hpp"
@@ -16,11 +14,6 @@ namespace {
 
 using ::testing::HasSubstr;
 using ::testing::Not;
-
-std::string contents(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// The text of a trace with every time 0.
 std::string masked(const std::string& trace) {

@@ -1,0 +1,133 @@
+// refhost/cli/prompt_help_test.cpp: help, commands and completion at the prompt
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "terminal.hpp"
+
+namespace hvm::testing {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+TEST(Repl, TheFirstLine_NamesVersionAndHelp) {
+  Terminal terminal;
+  EXPECT_THAT(terminal.wait_for("> "), ::testing::MatchesRegex("hvm [0-9.]+, type help for help\r\n> "));
+}
+
+TEST(Repl, ExitAndQuit_AreWordsOfTheirOwn) {
+  for (const char* word : {"exit", "quit", " quit() "}) {
+    Prompt terminal;
+    terminal.type(std::string(word) + "\n");
+    EXPECT_EQ(terminal.exit_status(), 0) << word;
+  }
+  Prompt terminal;
+  terminal.answer("quit = 5");
+  EXPECT_THAT(terminal.answer("quit"), HasSubstr("\r\n5\r\n"));
+}
+
+TEST(Repl, Help_TellsOfFunctionsKeywordsAndTopics) {
+  Prompt terminal;
+  const std::string topics = terminal.answer("help");
+  EXPECT_THAT(topics, HasSubstr("help(name)"));
+  EXPECT_LT(std::count(topics.begin(), topics.end(), '\n'), 24);
+  terminal.expect_answers({{"help(round)", "  round(x, digits)\r\nGives the nearest whole number"},
+                           {"help while", "  while c\r\n"},
+                           {"help(reshape)", "docs/functions/method-reshape.md"},
+                           {"help(\":time\")", ":time STATEMENT"},
+                           {"help(functions)", "toy_count"},
+                           {"help(prnt)", "There is no help on 'prnt' (did you mean 'print'?)"}});
+  terminal.answer("# the area", "\n> ");
+  terminal.answer("fn area(w, h)  # of a field", "\n... ");
+  terminal.answer("return w * h", "\n... ");
+  terminal.expect_answers({{"end"},
+                           {"help(area)", "  area(w, h)\r\n"},
+                           {"help(transpose)", "It comes with use \"arrays\".\r\n  transpose(a)\r\n"},
+                           {"help = 3"},
+                           {"help", "\r\n3\r\n"}});
+}
+
+TEST(Repl, TimeAndVars_TellOfStatementsAndVariables) {
+  Prompt terminal;
+  EXPECT_THAT(terminal.answer(":time x = 3"), ::testing::ContainsRegex("\r\n[0-9.]+ (us|ms)\r\n"));
+  EXPECT_THAT(terminal.answer(":time for i in range(3)", "\n... "), Not(HasSubstr("ms")));
+  EXPECT_THAT(terminal.answer("end"), ::testing::ContainsRegex("\r\n[0-9.]+ (us|ms)\r\n"));
+  terminal.answer("table = [1, 2]");
+  terminal.answer("a = toy_int(2, 3)");
+  terminal.answer("text = \"a\" * 60");
+  const std::string shown = terminal.answer(":vars");
+  EXPECT_THAT(shown, HasSubstr("\r\nx      3\r\n"));
+  EXPECT_THAT(shown, HasSubstr("\r\ntable  a table of 2 entries\r\n"));
+  EXPECT_THAT(shown, HasSubstr("(2, 3)\r\n"));
+  EXPECT_THAT(shown, HasSubstr("... (60 characters)\r\n"));
+  EXPECT_THAT(terminal.answer(":nothing"), HasSubstr("error: there is no command :nothing"));
+  EXPECT_THAT(terminal.answer(":load"), HasSubstr("error: it is written :load FILE"));
+}
+
+TEST(Repl, Tab_CompletesNamesMethodsAndKeywords) {
+  Prompt terminal;
+  terminal.expect_answers({{"distance = 7"},
+                           {"dist\t + 1", "\r\n8\r\n"},
+                           {"toy_cou\t1, 2)", "\r\n2\r\n"},
+                           {"a = toy_int(2)"},
+                           {"a.sh\t)", "\r\n[2]\r\n"}});
+  terminal.answer("whi\t 0", "\n... ");
+  terminal.expect_answers({{"\tend"},
+                           {"print(toy_n\t))", "\r\nnil\r\n"},
+                           {"print(toy_zz\t)", "there is no variable 'toy_zz'"},
+                           {"help(toy_fa\t", "  toy_fail("}});
+}
+
+TEST(Repl, Tab_ShowsSeveralMatches) {
+  Prompt terminal;
+  terminal.type("toy_end\t");
+  EXPECT_THAT(terminal.wait_for("toy_end_with"), HasSubstr("\ntoy_end       toy_end_with"));
+  terminal.wait_for("\n> toy_end");
+  terminal.type("\x03");
+  terminal.wait_for("\n> ");
+  EXPECT_THAT(terminal.answer("# toy_en\t1"), Not(HasSubstr("toy_end")));
+}
+
+TEST(Repl, Tab_InQuotesCompletesFiles) {
+  const Workplace place;
+  place.write("data/measurements.csv", "a\n1\n");
+  place.write("odd\x01name.csv", "");
+  TerminalConditions conditions;
+  conditions.folder = place.path();
+  Prompt terminal(conditions);
+  EXPECT_THAT(terminal.answer("read_csv(\"da\tmea\t)"), HasSubstr("[\"a\": [1]]"));
+  EXPECT_THAT(terminal.answer("len(\"odd\t\")"), HasSubstr("\r\n3\r\n"));
+  EXPECT_THAT(terminal.answer("use \"arr\t"), Not(HasSubstr("error")));
+  place.write("two words.hvm", "words = 2\n");
+  terminal.answer(":load \"two\t");
+  EXPECT_THAT(terminal.answer("words"), HasSubstr("\r\n2\r\n"));
+}
+
+TEST(Repl, Why_TellsTheStoryOfTheLastError) {
+  Prompt terminal;
+  EXPECT_THAT(terminal.answer("why"), HasSubstr("nothing has failed"));
+  EXPECT_THAT(terminal.answer("toy_fail(toy_int(3))"), Not(HasSubstr("arguments")));
+  terminal.expect_answers({{"  why ", "argument 1: $xintarray (3): 0, 1, 2"},
+                           {"unknown + 1", "error:"},
+                           {"why", "there is no more to say of: "}});
+}
+
+TEST(Repl, Why_IsAVariableWhereThereIsOne) {
+  Prompt terminal;
+  terminal.answer("toy_fail()");
+  terminal.answer("why = 42");
+  EXPECT_THAT(terminal.answer("why"), HasSubstr("\r\n42\r\n"));
+}
+
+TEST(Repl, Why_InALongerInput_IsPartOfIt) {
+  Prompt terminal;
+  terminal.answer("x = [1,", "\n... ");
+  terminal.answer("why", "\n... ");
+  EXPECT_THAT(terminal.answer("]"), HasSubstr("error: "));
+}
+
+}  // namespace
+}  // namespace hvm::testing

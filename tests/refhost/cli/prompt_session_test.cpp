@@ -1,0 +1,182 @@
+// refhost/cli/prompt_session_test.cpp: what stays of a session: its history, and its inputs as a script
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "terminal.hpp"
+
+namespace hvm::testing {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+TEST(Repl, LoadAndSave_TakeScripts) {
+  const Workplace place;
+  const std::string script = place.write("area.hvm", "fn area(w, h) return w * h end\nscale = 2\n");
+  TerminalConditions conditions;
+  conditions.folder = place.path();
+  {
+    Prompt terminal(conditions);
+    terminal.expect_answers({{":load area.hvm"},
+                             {"area(2, 3) * scale", "\r\n12\r\n"},
+                             {"half = _ / 2"},
+                             {"half / 0"},
+                             {":save all.hvm", "saved in all.hvm"},
+                             {":save /no/such/folder/x.hvm", "error: /no/such/folder/x.hvm"},
+                             {":load absent.hvm", "error: "}});
+  }
+  EXPECT_EQ(contents(place.path() + "/all.hvm"),
+            "fn area(w, h) return w * h end\nscale = 2\n"
+            "_ = area(2, 3) * scale\n"
+            "half = _ / 2\n");
+  EXPECT_EQ(run_toy({place.path() + "/all.hvm"}).status, 0);
+}
+
+TEST(Repl, TheOptionI_StaysAfterAScript) {
+  const Workplace place;
+  TerminalConditions conditions;
+  conditions.arguments = {"-i", place.write("script.hvm", "x = 5\ny = x / 0\n")};
+  Terminal terminal(conditions);
+  EXPECT_THAT(terminal.wait_for("\n> "), HasSubstr("script.hvm:2:7: error: '/' by the integer zero"));
+  EXPECT_THAT(terminal.answer("x"), HasSubstr("\r\n5\r\n"));
+  EXPECT_EQ(run_toy({"-i", "-e", "1"}).status, 2);
+}
+
+TEST(Repl, History_OutlivesTheSession) {
+  const Workplace place;
+  TerminalConditions conditions;
+  conditions.state = place.path();
+  {
+    Prompt terminal(conditions);
+    terminal.answer("fn twice(n)", "\n... ");
+    terminal.answer("return n * 2", "\n... ");
+    terminal.answer("end");
+    terminal.answer("text = \"\\\\n \xCF\x80\"");
+    terminal.type("\x04");
+    EXPECT_EQ(terminal.exit_status(), 0);
+  }
+  struct stat status = {};
+  ASSERT_EQ(stat((place.path() + "/hvm/history").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0600u);
+  Prompt terminal(conditions);
+  terminal.type("\x10\n");
+  terminal.wait_for("\n> ");
+  EXPECT_THAT(terminal.answer("text"), HasSubstr("\r\n\"\\\\n \xCF\x80\"\r\n"));
+  terminal.type("\x10\x10\x10\n");
+  terminal.wait_for("\n> ");
+  EXPECT_THAT(terminal.answer("twice(4)"), HasSubstr("\r\n8\r\n"));
+}
+
+TEST(Repl, History_TakesTheInputsOfTwoSessions) {
+  const Workplace place;
+  TerminalConditions conditions;
+  conditions.state = place.path();
+  Prompt first(conditions);
+  Prompt second(conditions);
+  first.answer("1");
+  second.answer("2");
+  first.answer("3");
+  EXPECT_EQ(contents(place.path() + "/hvm/history"), "1\n2\n3\n");
+}
+
+TEST(Repl, History_KeepsTheLatestInputs) {
+  const Workplace place;
+  std::string inputs;
+  for (int i = 0; i < 5000; ++i) inputs += std::to_string(i) + "\n";
+  place.write("hvm/history", inputs);
+  TerminalConditions conditions;
+  conditions.state = place.path();
+  Prompt terminal(conditions);
+  terminal.answer("7");
+  const std::string kept = contents(place.path() + "/hvm/history");
+  EXPECT_EQ(kept.substr(0, 5), "4000\n");
+  EXPECT_EQ(std::count(kept.begin(), kept.end(), '\n'), 1001);
+}
+
+TEST(Repl, History_IsWhereTheUserWantsIt) {
+  const Workplace place;
+  TerminalConditions conditions;
+  conditions.state = place.path() + "/state";
+  conditions.environment = {{"HVM_HISTORY", place.path() + "/mine"}};
+  {
+    Prompt terminal(conditions);
+    terminal.answer("1");
+    EXPECT_EQ(contents(place.path() + "/mine"), "1\n");
+  }
+  conditions.environment = {{"HVM_HISTORY", ""}};
+  Prompt terminal(conditions);
+  terminal.answer("1");
+  EXPECT_FALSE(std::filesystem::exists(place.path() + "/state"));
+}
+
+TEST(Repl, AHistoryThatCannotBeWritten_IsToldOnce) {
+  const Workplace place;
+  place.write("closed", "");
+  TerminalConditions conditions;
+  conditions.environment = {{"HVM_HISTORY", place.path() + "/closed/history"}};
+  Terminal terminal(conditions);
+  std::string shown = terminal.wait_for("> ");
+  shown += terminal.answer("1") + terminal.answer("2");
+  const std::size_t first = shown.find("the history is not kept");
+  ASSERT_NE(first, std::string::npos);
+  EXPECT_EQ(shown.find("the history is not kept", first + 1), std::string::npos);
+}
+
+TEST(Repl, AHistoryOfAnyBytes_DoesNoHarm) {
+  const Workplace place;
+  std::string bytes = "1 + 1\n\n\\";
+  for (int i = 0; i < 256; ++i) bytes += static_cast<char>(i);
+  bytes += "\n" + std::string(3 << 20, 'x');
+  place.write("hvm/history", bytes);
+  TerminalConditions conditions;
+  conditions.state = place.path();
+  Prompt terminal(conditions);
+  EXPECT_THAT(terminal.answer("40 + 2"), HasSubstr("\r\n42\r\n"));
+}
+
+TEST(Repl, InputsOfASessionThatEndsInAFault_AreOffered) {
+  const Workplace place;
+  TerminalConditions conditions;
+  conditions.state = place.path();
+  {
+    Prompt terminal(conditions);
+    terminal.answer("x = 41");
+    terminal.answer("x + 1");
+    terminal.type("toy_end(\"segv\")\n");
+    terminal.exit_status();
+  }
+  std::string path;
+  {
+    Terminal terminal(conditions);
+    const std::string shown = terminal.wait_for("\n> ");
+    const std::string words = "A session did not come to its end; its inputs are in ";
+    ASSERT_THAT(shown, HasSubstr(words));
+    const std::size_t begin = shown.find(words) + words.size();
+    path = shown.substr(begin, shown.find('\r', begin) - begin);
+    EXPECT_EQ(contents(path), "x = 41\nx + 1\n");
+    terminal.answer(":load " + path);
+    EXPECT_THAT(terminal.answer("x"), HasSubstr("\r\n41\r\n"));
+    terminal.type("exit\n");
+    EXPECT_EQ(terminal.exit_status(), 0);
+  }
+  Terminal terminal(conditions);
+  EXPECT_THAT(terminal.wait_for("> "), Not(HasSubstr("session")));
+}
+
+TEST(Repl, ASessionThatRuns_IsNotOfferedToAnother) {
+  const Workplace place;
+  TerminalConditions conditions;
+  conditions.state = place.path();
+  Prompt first(conditions);
+  first.answer("x = 1");
+  Terminal second(conditions);
+  EXPECT_THAT(second.wait_for("> "), Not(HasSubstr("session")));
+}
+
+}  // namespace
+}  // namespace hvm::testing
