@@ -13,6 +13,7 @@
 #include <system_error>
 #include <utility>
 
+#include "cli/private_file.hpp"
 #include "script/data/descriptor.hpp"
 
 namespace hvm {
@@ -85,15 +86,6 @@ std::string last_lines(int file) {
   return begin > 0 ? text.substr(std::min(text.find('\n'), text.size() - 1) + 1) : text;
 }
 
-bool write_all(int file, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = uninterrupted([&] { return write(file, text.data(), text.size()); });
-    if (written < 0) return false;
-    text.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return true;
-}
-
 /// Puts a file with these lines in the place of the one that is open, and locked.
 void shorten(const std::string& path, const std::vector<std::string>& lines) {
   std::string text;
@@ -135,10 +127,7 @@ std::vector<std::string> HistoryFile::read() {
 
 void HistoryFile::add(const std::string& input) {
   if (path_.empty() || has_failed_ || input.size() > longest_input) return;
-  const std::filesystem::path folder = std::filesystem::path(path_).parent_path();
-  std::error_code error;
-  if (!folder.empty() && std::filesystem::create_directories(folder, error))
-    std::filesystem::permissions(folder, std::filesystem::perms::owner_all, error);
+  make_private_folder(std::filesystem::path(path_).parent_path());
   const Descriptor file(open_alone(path_, O_WRONLY | O_APPEND | O_CREAT));
   if (!file.is_open() || !write_all(file.number(), in_one_line(input) + "\n")) fail();
 }

@@ -19,19 +19,6 @@ namespace {
 
 constexpr const char* shown_name = "_";
 
-bool is_in_name(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
-}
-
-/// Whether `_` stands in the text as a word. In a string or a comment it counts, too, which does no harm.
-bool reads_shown(const std::string& text) {
-  for (std::size_t at = text.find('_'); at != std::string::npos; at = text.find('_', at + 1)) {
-    const bool begins = at == 0 || !is_in_name(text[at - 1]);
-    if (begins && (at + 1 == text.size() || !is_in_name(text[at + 1]))) return true;
-  }
-  return false;
-}
-
 /// The line without the line ends behind it.
 std::string without_end(std::string text) {
   while (!text.empty() && text.back() == '\n') text.pop_back();
@@ -56,7 +43,7 @@ SourcePtr Inputs::source_of(const std::string& text) const {
 bool Inputs::run(const std::string& text, Timing timing) {
   bool is_complete = true;
   Program program;
-  const bool is_read = guarded([&] {
+  const Ending reading = guarded([&] {
     try {
       program = interpreter_.parse(source_of(text));
     } catch (const ScriptError& error) {
@@ -67,15 +54,17 @@ bool Inputs::run(const std::string& text, Timing timing) {
   if (!is_complete) return false;
   remember_((timing == Timing::told ? ":time " : "") + without_end(text));
   ++count_;
-  if (!is_read) return true;
-  guarded([&] {
-    SessionInput input{without_end(text), std::nullopt, reads_shown(text)};
-    const auto begin = std::chrono::steady_clock::now();
-    run(program, input);
-    if (timing == Timing::told) tell_time(std::chrono::steady_clock::now() - begin);
-    const bool is_anything = !program.statements.empty() || !program.functions.empty();
-    if (is_anything) session_.add(std::move(input));
+  if (reading != Ending::done) return true;
+  const auto begin = std::chrono::steady_clock::now();
+  const Ending ending = run(program, AtError::end, [&](const Statement& statement) {
+    const auto* expression = std::get_if<ExpressionStatement>(&statement.form);
+    if (expression)
+      return show(interpreter_.evaluate(*expression->expression, program.source), statement, program.source);
+    interpreter_.run(statement, program.source);
+    return IsShown::no;
   });
+  if (timing == Timing::told && ending == Ending::done)
+    guarded([&] { tell_time(std::chrono::steady_clock::now() - begin); });
   return true;
 }
 
@@ -83,12 +72,15 @@ void Inputs::report_unfinished(const std::string& text) {
   guarded([&] { interpreter_.parse(source_of(text)); });
 }
 
-void Inputs::run_script(const SourcePtr& source) {
-  guarded([&] {
-    const Interrupts::Run run(interpreter_);
-    interpreter_.run(interpreter_.parse(source));
-    session_.add({without_end(source->text()), std::nullopt, reads_shown(source->text())});
+bool Inputs::run_script(const SourcePtr& source, AtError at_error) {
+  Program program;
+  const Ending reading = guarded([&] { program = interpreter_.parse(source); });
+  if (reading != Ending::done) return false;
+  run(program, at_error, [&](const Statement& statement) {
+    interpreter_.run(statement, source);
+    return IsShown::no;
   });
+  return true;
 }
 
 void Inputs::load(const std::string& path) {
@@ -101,7 +93,10 @@ void Inputs::load(const std::string& path) {
       tell_error(error.what());
     }
   });
-  if (source) run_script(source);
+  if (!source) return;
+  const bool is_lost = session_.is_lost(path);
+  const bool is_read = run_script(source, is_lost ? AtError::go_on : AtError::end);
+  if (is_lost && is_read) session_.forget(path);
 }
 
 void Inputs::tell_why() {
@@ -122,19 +117,20 @@ std::string Inputs::outline(const std::string& variable) {
 }
 
 template <class Action>
-bool Inputs::guarded(Action action) {
+Inputs::Ending Inputs::guarded(Action action) {
   try {
     action();
-    return true;
+    return Ending::done;
   } catch (const ScriptError& error) {
     report(error);
   } catch (ScriptInterrupted& end) {
     put("\n");  // the terminal shows the key
     end.place() ? report(*end.place()) : tell_error(end.what());
+    return Ending::interrupted;
   } catch (const std::bad_alloc&) {
     put_error({"error: out of memory\n"});
   }
-  return false;
+  return Ending::failed;
 }
 
 /// The variables stay, and may leave no memory for the place of the error.
@@ -148,33 +144,57 @@ void Inputs::report(const ScriptError& error) const {
 
 void Inputs::tell_error(const std::string& message) const { put_error({"error: ", message, "\n"}); }
 
-void Inputs::run(const Program& program, SessionInput& input) {
-  const Interrupts::Run run(interpreter_);
-  interpreter_.define(program);
-  for (const Statement& statement : program.statements) {
-    const auto* expression = std::get_if<ExpressionStatement>(&statement.form);
-    try {
-      if (expression)
-        show(interpreter_.evaluate(*expression->expression, program.source), statement, program, input);
+template <class RunOne>
+Inputs::Ending Inputs::run(const Program& program, AtError at_error, RunOne run_one) {
+  if (program.statements.empty() && program.functions.empty()) return Ending::done;
+  Ending ending = Ending::done;
+  const Ending recorded = guarded([&] {
+    const Interrupts::Run run(interpreter_);
+    interpreter_.define(program);
+    Recording recording(session_, program);
+    bool goes_on = true;
+    for (const Statement& statement : program.statements) {
+      recording.begin(statement);
+      if (goes_on)
+        ending = this->run(statement, program.source, recording, run_one);
       else
-        interpreter_.run(statement, program.source);
-    } catch (ScriptInterrupted& end) {
-      end.set_place(program.source, statement.span);
-      throw;
+        recording.leave_out(statement);
+      goes_on = ending == Ending::done || (ending == Ending::failed && at_error == AtError::go_on);
     }
-  }
+    recording.end();
+  });
+  return recorded == Ending::done ? ending : recorded;
 }
 
-void Inputs::show(const Value& value, const Statement& statement, const Program& program, SessionInput& input) {
+template <class RunOne>
+Inputs::Ending Inputs::run(const Statement& statement, const SourcePtr& source, Recording& recording, RunOne run_one) {
+  return guarded([&] {
+    try {
+      recording.finish(statement, run_one(statement));
+    } catch (const ScriptError& error) {
+      recording.fail(statement, error);
+      throw;
+    } catch (ScriptInterrupted& end) {
+      end.set_place(source, statement.span);
+      recording.leave_out(statement, end.what());
+      throw;
+    } catch (const std::bad_alloc&) {
+      recording.leave_out(statement, "out of memory");
+      throw;
+    }
+  });
+}
+
+IsShown Inputs::show(const Value& value, const Statement& statement, const SourcePtr& source) {
   if (value.is_nil()) {
     const std::string text = shown_nil(*std::get<ExpressionStatement>(statement.form).expression);
     if (!text.empty()) put(style_.faint(text) + "\n");
-    return;
+    return IsShown::no;
   }
   const std::size_t width = terminal_width();
-  put(interpreter_.shown(value, program.source, statement.span, width) + "\n");
+  put(interpreter_.shown(value, source, statement.span, width) + "\n");
   interpreter_.set_global(shown_name, value);
-  input.shown_at = statement.span.begin;
+  return IsShown::yes;
 }
 
 std::string Inputs::shown_nil(const Expression& expression) const {

@@ -6,14 +6,14 @@
 #include <functional>
 #include <string>
 
-#include "cli/session.hpp"
+#include "cli/recording.hpp"
 #include "cli/style.hpp"
 #include "script/run/interpreter.hpp"
 
 namespace hvm {
 
-/// Runs inputs, shows the values of expressions, and reports errors, which end only their own input. What ran to its
-/// end becomes part of the session. Ctrl-C ends the input that runs. A `ScriptExit` and an `OutputError` go through.
+/// Runs inputs, shows the values of expressions, and reports errors, which end only their own input. What ran becomes
+/// part of the session. Ctrl-C ends the input that runs. A `ScriptExit` and an `OutputError` go through.
 class Inputs {
  public:
   /// With `explains` every error comes with its story. `remember` gets each input before it runs.
@@ -25,9 +25,10 @@ class Inputs {
   bool run(const std::string& text, Timing timing = Timing::untold);
   /// Reports what is missing in an input that does not go on.
   void report_unfinished(const std::string& text);
-  /// Runs a script.
-  void run_script(const SourcePtr& source);
-  /// Runs the script in a file.
+  enum class AtError { end, go_on };
+  /// Runs a script. Returns false when it cannot be read.
+  bool run_script(const SourcePtr& source, AtError at_error = AtError::end);
+  /// Runs the script in a file. That of a lost session goes on behind errors, and is part of this session then.
   void load(const std::string& path);
   /// Tells the story of the last error.
   void tell_why();
@@ -39,11 +40,16 @@ class Inputs {
  private:
   SourcePtr source_of(const std::string& text) const;
   void report(const ScriptError& error) const;
-  /// Runs `action`, and reports what it throws. Returns whether it came to its end.
+  enum class Ending { done, failed, interrupted };
+  /// Runs `action`, and reports what it throws.
   template <class Action>
-  bool guarded(Action action);
-  void run(const Program& program, SessionInput& input);
-  void show(const Value& value, const Statement& statement, const Program& program, SessionInput& input);
+  Ending guarded(Action action);
+  /// Runs the statements of a program with `run_one`, which returns whether it showed a value.
+  template <class RunOne>
+  Ending run(const Program& program, AtError at_error, RunOne run_one);
+  template <class RunOne>
+  Ending run(const Statement& statement, const SourcePtr& source, Recording& recording, RunOne run_one);
+  IsShown show(const Value& value, const Statement& statement, const SourcePtr& source);
   /// What is shown for nil: nothing for a call that is made for what it does.
   std::string shown_nil(const Expression& expression) const;
   void tell_time(std::chrono::steady_clock::duration time) const;

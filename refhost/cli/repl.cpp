@@ -63,7 +63,7 @@ class Repl {
   void greet() {
     put(fmt::format("hvm {}, type help for help\n", HVM_VERSION));
     for (const std::string& path : session_.lost_sessions())
-      put(fmt::format("A session did not come to its end; its inputs are in {}\n", path));
+      put(fmt::format("A session did not come to its end. This brings it back: :load {}\n", path));
     for (const std::string& input : history_.read()) editor_.remember(input);
     tell_complaint();
   }

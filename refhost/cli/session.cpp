@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "cli/private_file.hpp"
 #include "script/data/data_error.hpp"
 #include "script/data/output_file.hpp"
 
@@ -21,44 +22,37 @@ constexpr const char* front = "session-";
 constexpr const char* lost_front = "lost-session-";
 constexpr const char* ending = ".hvm";
 
-/// An input as part of a script. Where a later one reads `_`, the last value that was shown gets this name.
-std::string line_of(const SessionInput& input, bool is_named) {
-  std::string text = input.text;
-  if (is_named && input.shown_at) text.insert(*input.shown_at, "_ = ");
-  return text + "\n";
+bool is_in_name(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
 }
 
-bool write_all(int file, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = uninterrupted([&] { return write(file, text.data(), text.size()); });
-    if (written < 0) return false;
-    text.remove_prefix(static_cast<std::size_t>(written));
+/// Whether `_` stands in the text as a word. In a string or a comment it counts, too, which does no harm.
+bool reads_shown(const std::string& text) {
+  for (std::size_t at = text.find('_'); at != std::string::npos; at = text.find('_', at + 1)) {
+    const bool begins = at == 0 || !is_in_name(text[at - 1]);
+    if (begins && (at + 1 == text.size() || !is_in_name(text[at + 1]))) return true;
   }
-  return true;
+  return false;
 }
 
 }  // namespace
 
-void Session::add(SessionInput input) {
-  const bool names_older = input.reads_shown;
-  inputs_.push_back(std::move(input));
-  if (names_older)
-    keep(script(), true);
-  else
-    keep(line_of(inputs_.back(), false), false);
+void Session::add(SessionPart part) {
+  const bool names_older = !names_shown_ && reads_shown(part.text);
+  parts_.push_back(std::move(part));
+  names_shown_ = names_shown_ || names_older;
+  keep(names_older ? script() : in_script(parts_.back()), names_older);
 }
 
 std::string Session::script() const {
-  std::vector<std::string> lines;
-  bool is_read = false;  // by a later input, before another value takes its place
-  for (auto input = inputs_.rbegin(); input != inputs_.rend(); ++input) {
-    lines.push_back(line_of(*input, is_read));
-    if (input->shown_at) is_read = false;
-    if (input->reads_shown) is_read = true;
-  }
   std::string text;
-  for (auto line = lines.rbegin(); line != lines.rend(); ++line) text += *line;
+  for (const SessionPart& part : parts_) text += in_script(part);
   return text;
+}
+
+/// The value that was shown gets its name where it is read.
+std::string Session::in_script(const SessionPart& part) const {
+  return (names_shown_ && part.is_shown == IsShown::yes ? "_ = " : "") + part.text;
 }
 
 /// What cannot be written is lost: a session needs no file.
@@ -71,9 +65,7 @@ void Session::keep(const std::string& text, bool is_whole) {
 
 bool Session::open_file() {
   if (file_.is_open()) return true;
-  std::error_code error;
-  if (std::filesystem::create_directories(folder_, error))
-    std::filesystem::permissions(folder_, std::filesystem::perms::owner_all, error);
+  make_private_folder(folder_);
   path_ = fmt::format("{}/{}{}{}", folder_, front, getpid(), ending);
   file_.take(open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY, 0600));
   // The lock tells other sessions that this one runs. The system takes it back when hvm ends.
@@ -107,6 +99,17 @@ std::vector<std::string> Session::lost_sessions() const {
   }
   std::sort(lost.begin(), lost.end());
   return lost;
+}
+
+bool Session::is_lost(const std::string& path) const {
+  const std::filesystem::path file = std::filesystem::path(path);
+  std::error_code error;
+  const bool is_here = !folder_.empty() && std::filesystem::equivalent(folder_, file.parent_path(), error);
+  return is_here && file.filename().string().rfind(lost_front, 0) == 0;
+}
+
+void Session::forget(const std::string& path) const {
+  if (file_.is_open()) unlink(path.c_str());
 }
 
 std::string save_script(const std::string& path, const std::string& script) {

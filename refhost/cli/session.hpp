@@ -2,7 +2,6 @@
 
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,11 +9,13 @@
 
 namespace hvm {
 
-/// An input that ran to its end.
-struct SessionInput {
-  std::string text;                     // without a line end
-  std::optional<std::size_t> shown_at;  // the offset of the expression whose value became `_`
-  bool reads_shown = false;             // it reads `_`
+/// Whether the value of an expression was shown, and so became `_`.
+enum class IsShown { no, yes };
+
+/// A statement, or what stands between statements.
+struct SessionPart {
+  std::string text;
+  IsShown is_shown;
 };
 
 /// Keeps the inputs of a session in a file as long as the session runs. When hvm ends in any way but by the user's wish
@@ -26,7 +27,7 @@ class Session {
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
-  void add(SessionInput input);
+  void add(SessionPart part);
   /// All inputs as a script.
   std::string script() const;
   /// Removes the file: the user has ended the session.
@@ -34,13 +35,19 @@ class Session {
 
   /// The paths of scripts with the inputs of sessions that did not come to their end. Each is given once.
   std::vector<std::string> lost_sessions() const;
+  /// Whether a path is one of these.
+  bool is_lost(const std::string& path) const;
+  /// Removes the script of a lost session whose inputs are part of this one now. Where this one has no file it stays.
+  void forget(const std::string& path) const;
 
  private:
+  std::string in_script(const SessionPart& part) const;
   void keep(const std::string& text, bool is_whole);
   bool open_file();
 
   std::string folder_;
-  std::vector<SessionInput> inputs_;
+  std::vector<SessionPart> parts_;
+  bool names_shown_ = false;  // once a part reads `_`
   std::string path_;
   Descriptor file_{-1};
 };

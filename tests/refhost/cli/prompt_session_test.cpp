@@ -33,8 +33,66 @@ TEST(Repl, LoadAndSave_TakeScripts) {
   EXPECT_EQ(contents(place.path() + "/all.hvm"),
             "fn area(w, h) return w * h end\nscale = 2\n"
             "_ = area(2, 3) * scale\n"
-            "half = _ / 2\n");
+            "half = _ / 2\n"
+            "# half / 0  # error: '/' by the integer zero\n");
   EXPECT_EQ(run_toy({place.path() + "/all.hvm"}).status, 0);
+}
+
+TEST(Repl, SavedScripts_HoldWhatRanOfInputsThatFailed) {
+  const struct {
+    std::vector<const char*> inputs;
+    const char* saved;
+    const char* printed;  // of `x` at the end
+  } rows[] = {
+      {{"fill = 1; z = i[5]", "x = fill + 1"},
+       "fill = 1; # z = i[5]  # error: there is no variable 'i'\nx = fill + 1\n",
+       "2"},
+      {{"a = 4; b = a / 0; a = 5; fn f() return a end; ; # more", "x = f()"},
+       "a = 4; # b = a / 0  # error: '/' by the integer zero\n# a = 5\n"
+       "fn f() return a end; ; # more\nx = f()\n",
+       "4"},
+      {{"t = []; for i in range(5) do t[i] = 10 / (2 - i) end", "x = [t, i]"},
+       "t = []; try  # error: '/' by the integer zero\n"
+       "for i in range(5) do t[i] = 10 / (2 - i) end\ncatch session_error end\nx = [t, i]\n",
+       "[[5, 10], 2]"},
+      {{"fn fill(t) t[0] = 7; error(\"a\\nb\") end", "x = []; fill(x)"},
+       "fn fill(t) t[0] = 7; error(\"a\\nb\") end\nx = []; try  # error: a b\nfill(x)\ncatch session_error end\n",
+       "[7]"},
+      {{"use \"absent\"; y = 1", "x = 3"}, nullptr, "3"},
+      {{"# a comment", "x ="}, "", nullptr},
+      {{"fn half() return _ / 2 end", "8", "x = half()"}, "fn half() return _ / 2 end\n_ = 8\nx = half()\n", "4"},
+      {{"8; x = _ + 1; x"}, "_ = 8; x = _ + 1; _ = x\n", "9"},
+  };
+  for (const auto& row : rows) {
+    const Workplace place;
+    TerminalConditions conditions;
+    conditions.folder = place.path();
+    Prompt terminal(conditions);
+    for (const char* input : row.inputs) terminal.answer(input);
+    terminal.answer(":save all.hvm");
+    const std::string saved = contents(place.path() + "/all.hvm");
+    if (row.saved) {
+      EXPECT_EQ(saved, row.saved);
+    }
+    if (!row.printed) continue;
+    const Outcome outcome = run_toy({"-e", saved + "print(x)"});
+    EXPECT_EQ(outcome.out, std::string(row.printed) + "\n") << outcome.err << saved;
+  }
+}
+
+TEST(Repl, SavedScripts_HoldInterruptedStatementsAsComments) {
+  const Workplace place;
+  TerminalConditions conditions;
+  conditions.folder = place.path();
+  Prompt terminal(conditions);
+  terminal.answer("x = 3; while 1", "\n... ");
+  terminal.answer("x += 1", "\n... ");
+  terminal.type("end; x = 4\n");
+  terminal.wait_until_it_runs();
+  terminal.press("\x03");
+  terminal.wait_for("\n> ");
+  terminal.answer(":save all.hvm");
+  EXPECT_EQ(contents(place.path() + "/all.hvm"), "x = 3; # while 1\n# x += 1\n# end  # error: interrupted\n# x = 4\n");
 }
 
 TEST(Repl, TheOptionI_StaysAfterAScript) {
@@ -139,6 +197,15 @@ TEST(Repl, AHistoryOfAnyBytes_DoesNoHarm) {
   EXPECT_THAT(terminal.answer("40 + 2"), HasSubstr("\r\n42\r\n"));
 }
 
+/// The script that hvm names when it starts.
+std::string offered_script(Terminal& terminal) {
+  const std::string shown = terminal.wait_for("\n> ");
+  const std::string words = "A session did not come to its end. This brings it back: :load ";
+  EXPECT_THAT(shown, HasSubstr(words));
+  const std::size_t begin = shown.find(words) + words.size();
+  return shown.substr(begin, shown.find('\r', begin) - begin);
+}
+
 TEST(Repl, InputsOfASessionThatEndsInAFault_AreOffered) {
   const Workplace place;
   TerminalConditions conditions;
@@ -153,19 +220,55 @@ TEST(Repl, InputsOfASessionThatEndsInAFault_AreOffered) {
   std::string path;
   {
     Terminal terminal(conditions);
-    const std::string shown = terminal.wait_for("\n> ");
-    const std::string words = "A session did not come to its end; its inputs are in ";
-    ASSERT_THAT(shown, HasSubstr(words));
-    const std::size_t begin = shown.find(words) + words.size();
-    path = shown.substr(begin, shown.find('\r', begin) - begin);
+    path = offered_script(terminal);
     EXPECT_EQ(contents(path), "x = 41\nx + 1\n");
     terminal.answer(":load " + path);
     EXPECT_THAT(terminal.answer("x"), HasSubstr("\r\n41\r\n"));
+    EXPECT_FALSE(std::filesystem::exists(path));
     terminal.type("exit\n");
     EXPECT_EQ(terminal.exit_status(), 0);
   }
   Terminal terminal(conditions);
   EXPECT_THAT(terminal.wait_for("> "), Not(HasSubstr("session")));
+}
+
+TEST(Repl, AnInputWithAFault_IsOfferedUpToTheStatementOfTheFault) {
+  const Workplace place;
+  TerminalConditions conditions;
+  conditions.state = place.path();
+  {
+    Prompt terminal(conditions);
+    terminal.type("for i in range(2000000000) do y = i end\n");
+    terminal.wait_until_it_runs();
+    terminal.press("\x03");
+    terminal.wait_for("\n> ");
+    terminal.expect_answers({{"z = y * 0"}, {"1 / 0; x = 1"}});
+    terminal.type("x = 41; fn next() return x + 1 end; toy_end(\"segv\")\n");
+    EXPECT_EQ(terminal.exit_status(), -1);
+  }
+  Terminal terminal(conditions);
+  const std::string path = offered_script(terminal);
+  EXPECT_EQ(contents(path),
+            "# for i in range(2000000000) do y = i end  # error: interrupted\n"
+            "z = y * 0\n"
+            "# 1 / 0  # error: '/' by the integer zero\n"
+            "# x = 1\n"
+            "x = 41; fn next() return x + 1 end; ");
+  EXPECT_THAT(terminal.answer(":load " + path), HasSubstr("there is no variable 'y'"));
+  EXPECT_THAT(terminal.answer("next()"), HasSubstr("\r\n42\r\n"));
+  EXPECT_FALSE(std::filesystem::exists(path));
+  terminal.answer(":save " + place.path() + "/all.hvm");
+  EXPECT_EQ(run_toy({"-e", contents(place.path() + "/all.hvm") + "print(x)"}).out, "41\n");
+}
+
+TEST(Repl, AScriptOfALostSessionThatCannotBeRead_Stays) {
+  const Workplace place;
+  const std::string path = place.write("hvm/lost-session-1.hvm", "x = 1\ny = (\n");
+  TerminalConditions conditions;
+  conditions.state = place.path();
+  Prompt terminal(conditions);
+  EXPECT_THAT(terminal.answer(":load " + path), HasSubstr("error: "));
+  EXPECT_TRUE(std::filesystem::exists(path));
 }
 
 TEST(Repl, ASessionThatRuns_IsNotOfferedToAnother) {

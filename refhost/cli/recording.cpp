@@ -1,0 +1,77 @@
+// cli/recording.cpp: what of an input becomes part of the session
+
+#include "cli/recording.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "cli/safe_text.hpp"
+
+namespace hvm {
+namespace {
+
+bool has_block(const Statement& statement) {
+  const auto& form = statement.form;
+  return std::holds_alternative<If>(form) || std::holds_alternative<While>(form) || std::holds_alternative<For>(form) ||
+         std::holds_alternative<Try>(form);
+}
+
+/// Whether the error came about in a fn, which may have changed tables and arrays before.
+bool is_inside_fn(const ScriptError& error, const Statement& statement, const SourcePtr& source) {
+  const Span place = error.span();
+  const bool is_here =
+      error.source() == source && place.begin >= statement.span.begin && place.end <= statement.span.end;
+  return !is_here && !std::holds_alternative<Use>(statement.form);  // a `use` fails as a whole, and stands in no block
+}
+
+std::string as_comment(std::string_view text) {
+  std::string comment = "# ";
+  for (const char c : text) {
+    comment += c;
+    if (c == '\n') comment += "# ";
+  }
+  return comment;
+}
+
+}  // namespace
+
+void Recording::begin(const Statement& statement) {
+  add_between(std::string_view(source_->text()).substr(taken_, statement.span.begin - taken_));
+  taken_ = statement.span.end;
+}
+
+void Recording::finish(const Statement& statement, IsShown is_shown) {
+  session_.add({std::string(source_->text(statement.span)), is_shown});
+}
+
+void Recording::fail(const Statement& statement, const ScriptError& error) {
+  if (!has_block(statement) && !is_inside_fn(error, statement, source_)) return leave_out(statement, error.message());
+  session_.add({fmt::format("try  # error: {}\n{}\ncatch session_error end", briefly(error.message()),
+                            source_->text(statement.span)),
+                IsShown::no});
+}
+
+void Recording::leave_out(const Statement& statement, std::string_view reason) {
+  std::string comment = as_comment(source_->text(statement.span));
+  if (!reason.empty()) comment += fmt::format("  # error: {}", briefly(reason));
+  session_.add({std::move(comment), IsShown::no});
+  is_behind_comment_ = true;
+}
+
+void Recording::end() {
+  std::string_view rest = std::string_view(source_->text()).substr(taken_);
+  rest = rest.substr(0, rest.find_last_not_of('\n') + 1);  // npos + 1 is 0
+  add_between(fmt::format("{}\n", rest));
+}
+
+void Recording::add_between(std::string_view text) {
+  if (is_behind_comment_) {
+    text.remove_prefix(std::min(text.find_first_not_of(" \t;"), text.size()));
+    if (text.empty() || text.front() != '\n') session_.add({"\n", IsShown::no});
+    is_behind_comment_ = false;
+  }
+  if (!text.empty()) session_.add({std::string(text), IsShown::no});
+}
+
+}  // namespace hvm
