@@ -9,6 +9,7 @@
 
 #include "cli/interrupts.hpp"
 #include "cli/line_editor.hpp"
+#include "cli/safe_text.hpp"
 #include "cli/streams.hpp"
 #include "script/library/script_file.hpp"
 #include "script/stop/script_end.hpp"
@@ -136,7 +137,8 @@ Inputs::Ending Inputs::guarded(Action action) {
 /// The variables stay, and may leave no memory for the place of the error.
 void Inputs::report(const ScriptError& error) const {
   try {
-    put_error({error_style_.report(error.report()), explains_ ? interpreter_.last_explanation().text() : ""});
+    put_coloured_error({error_style_.report(safe_text(error.report())),
+                        safe_text(explains_ ? interpreter_.last_explanation().text() : "")});
   } catch (const std::bad_alloc&) {
     put_error({"error: ", error.message(), "\n"});
   }
@@ -146,7 +148,6 @@ void Inputs::tell_error(const std::string& message) const { put_error({"error: "
 
 template <class RunOne>
 Inputs::Ending Inputs::run(const Program& program, AtError at_error, RunOne run_one) {
-  if (program.statements.empty() && program.functions.empty()) return Ending::done;
   Ending ending = Ending::done;
   const Ending recorded = guarded([&] {
     const Interrupts::Run run(interpreter_);

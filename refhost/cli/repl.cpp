@@ -16,6 +16,7 @@
 #include "cli/inputs.hpp"
 #include "cli/interrupts.hpp"
 #include "cli/line_editor.hpp"
+#include "cli/safe_text.hpp"
 #include "cli/streams.hpp"
 #include "script/stop/script_end.hpp"
 #include "script/syntax/unicode.hpp"
@@ -63,7 +64,7 @@ class Repl {
   void greet() {
     put(fmt::format("hvm {}, type help for help\n", HVM_VERSION));
     for (const std::string& path : session_.lost_sessions())
-      put(fmt::format("A session did not come to its end. This brings it back: :load {}\n", path));
+      put(fmt::format("A session did not come to its end. This brings it back: :load {}\n", safe_text(path)));
     for (const std::string& input : history_.read()) editor_.remember(input);
     tell_complaint();
   }
@@ -176,7 +177,7 @@ class Repl {
   void save(const std::string& path) {
     const Interrupts::Run run(interpreter_);
     const std::string failure = save_script(path, session_.script());
-    failure.empty() ? put(fmt::format("saved in {}\n", path)) : inputs_.tell_error(failure);
+    failure.empty() ? put(fmt::format("saved in {}\n", safe_text(path))) : inputs_.tell_error(failure);
   }
 
   static constexpr std::size_t long_input = std::size_t{16} << 10;

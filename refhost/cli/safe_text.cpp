@@ -7,29 +7,25 @@
 namespace hvm {
 namespace {
 
-constexpr char32_t replacement = 0xFFFD;
+constexpr std::string_view replacement = "\xEF\xBF\xBD";  // U+FFFD
 
 /// XML leaves out two of the numbers that are no characters.
 bool is_shown(char32_t c) { return c == '\t' || c == '\n' || (!is_control(c) && c != 0xFFFE && c != 0xFFFF); }
 
-void append_safe(std::string& safe, std::string_view valid) {
-  while (!valid.empty()) {
-    const char32_t c = take_character(valid);
-    append_utf8(safe, is_shown(c) ? c : replacement);
-  }
-}
-
 }  // namespace
+
+std::string_view take_safe_character(std::string_view& text) {
+  const std::string_view whole = text;
+  const char32_t c = take_character(text);
+  const std::string_view bytes = whole.substr(0, whole.size() - text.size());
+  const bool is_valid = c < 0x80 || bytes.size() > 1;
+  return is_valid && is_shown(c) ? bytes : replacement;
+}
 
 std::string safe_text(std::string_view text) {
   std::string safe;
-  while (true) {
-    const std::size_t valid = first_invalid_utf8(text);
-    append_safe(safe, text.substr(0, valid));
-    if (valid == std::string_view::npos) return safe;
-    append_utf8(safe, replacement);
-    text.remove_prefix(valid + 1);
-  }
+  while (!text.empty()) safe += take_safe_character(text);
+  return safe;
 }
 
 std::string briefly(std::string_view text) {

@@ -14,4 +14,7 @@ std::string safe_text(std::string_view text);
 /// The same in one line, shortened when it is long: for error messages.
 std::string briefly(std::string_view text);
 
+/// Removes the first character of `text`, which is not empty, and returns how `safe_text` shows it.
+std::string_view take_safe_character(std::string_view& text);
+
 }  // namespace hvm

@@ -10,6 +10,9 @@
 #include <cstdio>
 #include <string>
 #include <system_error>
+#include <utility>
+
+#include "cli/safe_text.hpp"
 
 namespace hvm {
 namespace {
@@ -49,6 +52,20 @@ void finish_output() {
 }
 
 void put_error(std::initializer_list<std::string_view> texts) noexcept {
+  std::fflush(stdout);
+  // No memory is asked for: that it is missing may be the message.
+  char safe[4096];
+  std::size_t filled = 0;
+  for (std::string_view text : texts)
+    while (!text.empty()) {
+      const std::string_view character = take_safe_character(text);
+      if (filled + character.size() > sizeof(safe)) std::fwrite(safe, 1, std::exchange(filled, 0), stderr);
+      filled += character.copy(safe + filled, character.size());
+    }
+  std::fwrite(safe, 1, filled, stderr);
+}
+
+void put_coloured_error(std::initializer_list<std::string_view> texts) noexcept {
   std::fflush(stdout);
   for (const std::string_view text : texts) std::fwrite(text.data(), 1, text.size(), stderr);
 }

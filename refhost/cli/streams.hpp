@@ -27,7 +27,10 @@ void put(std::string_view text);
 /// Writes everything that waits in the standard output. Throws `OutputError`, also for text that was lost earlier.
 void finish_output();
 
-/// Flushes the standard output, then writes these texts to the error output. What cannot be written is lost.
+/// Flushes the standard output, then writes these texts to the error output, control characters in them shown as
+/// `safe_text` shows them: they may come from a script, a path or a file. What cannot be written is lost.
 void put_error(std::initializer_list<std::string_view> texts) noexcept;
+/// The same for texts with colours, in which all else is safe.
+void put_coloured_error(std::initializer_list<std::string_view> texts) noexcept;
 
 }  // namespace hvm

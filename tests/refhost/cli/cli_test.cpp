@@ -13,6 +13,12 @@ namespace {
 
 using ::testing::HasSubstr;
 
+std::string repeated(const std::string& text, int count) {
+  std::string whole;
+  for (int i = 0; i < count; ++i) whole += text;
+  return whole;
+}
+
 TEST(CommandLine, RunsAScriptWithItsArguments) {
   const Workplace place;
   const std::string script = place.write("a.hvm", "print(args, len(args))\nprint(toy_int(2))");
@@ -28,6 +34,12 @@ TEST(CommandLine, RunsCodeAndTheStandardInput) {
   EXPECT_EQ(run_toy({"-e", "print(args)", "--", "-x", "--list"}).out, "[\"-x\", \"--list\"]\n");
   EXPECT_EQ(run_toy({"-", "a"}, "print(args)").out, "[\"a\"]\n");
   EXPECT_EQ(run_toy({}, "").status, 0);
+}
+
+TEST(CommandLine, ErrorsAreShownSafelyAndWhole) {
+  EXPECT_THAT(run_toy({"no\x1b[31m\xff.hvm"}).err, HasSubstr("no\ufffd[31m\ufffd.hvm cannot be opened"));
+  EXPECT_THAT(run_toy({"-e", "error(\"\\x1b[31m\" + \"\xCF\x80\" * 5000)"}).err,
+              HasSubstr("\ufffd[31m" + repeated("\xCF\x80", 5000) + "\n"));
 }
 
 TEST(CommandLine, ScriptError_GivesStatusOneAndThePlace) {

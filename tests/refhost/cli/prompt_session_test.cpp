@@ -59,7 +59,9 @@ TEST(Repl, SavedScripts_HoldWhatRanOfInputsThatFailed) {
        "fn fill(t) t[0] = 7; error(\"a\\nb\") end\nx = []; try  # error: a b\nfill(x)\ncatch session_error end\n",
        "[7]"},
       {{"use \"absent\"; y = 1", "x = 3"}, nullptr, "3"},
-      {{"# a comment", "x ="}, "", nullptr},
+      {{"# twice as much", "fn double(n) return 2 * n end", "x ="},
+       "# twice as much\nfn double(n) return 2 * n end\n",
+       nullptr},
       {{"fn half() return _ / 2 end", "8", "x = half()"}, "fn half() return _ / 2 end\n_ = 8\nx = half()\n", "4"},
       {{"8; x = _ + 1; x"}, "_ = 8; x = _ + 1; _ = x\n", "9"},
   };

@@ -9,6 +9,7 @@ namespace hvm::testing {
 namespace {
 
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 TEST(Repl, ATerminalThatGoesAway_EndsHvm) {
   for (const bool ignores : {false, true}) {
@@ -89,6 +90,19 @@ TEST(Repl, ControlCharacters_DoNoHarm) {
   terminal.type("\x80\xFF\x1B[Z\x1B[99~\x16\x01\x05\x0B\x15\x03");
   terminal.wait_for("\n> ");
   EXPECT_THAT(terminal.answer("40 + 2"), HasSubstr("\r\n42\r\n"));
+}
+
+TEST(Repl, ControlCharactersInErrors_AreShownSafely) {
+  TerminalConditions conditions;
+  conditions.type = "xterm";
+  Prompt terminal(conditions);
+  for (const char* input : {"read_text(\"a\\x1b[31m\")", "error(\"a\\x1b[31m\")", ":load a\x16\x1b[31m"}) {
+    terminal.type(std::string(input) + "\n");
+    terminal.wait_for("rror");
+    const std::string shown = terminal.wait_for("> ");
+    EXPECT_THAT(shown, HasSubstr("a\ufffd[31m")) << input;
+    EXPECT_THAT(shown, Not(HasSubstr("\x1b[31m"))) << input;
+  }
 }
 
 }  // namespace
