@@ -8,6 +8,7 @@
 #include <set>
 
 #include "cli/help.hpp"
+#include "cli/names.hpp"
 #include "script/module/array_module.hpp"
 #include "script/syntax/lexer.hpp"
 #include "script/syntax/unicode.hpp"
@@ -16,10 +17,6 @@ namespace hvm {
 namespace {
 
 namespace fs = std::filesystem;
-
-bool is_in_name(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
-}
 
 /// Where the line ends.
 struct Ending {

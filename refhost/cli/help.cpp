@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "cli/help_page.hpp"
+#include "cli/names.hpp"
 #include "script/library/script_file.hpp"
 #include "script/module/array_module.hpp"
 #include "script/syntax/diagnostics.hpp"
@@ -260,9 +261,7 @@ std::optional<std::string> help_asked(std::string_view input) {
   }
   const bool is_quoted = rest.size() > 1 && rest.front() == '"' && rest.back() == '"';
   if (is_quoted) rest = rest.substr(1, rest.size() - 2);
-  const bool is_name = std::all_of(rest.begin(), rest.end(), [](char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == ':';
-  });
+  const bool is_name = std::all_of(rest.begin(), rest.end(), [](char c) { return is_in_name(c) || c == ':'; });
   return is_name ? std::optional(std::string(rest)) : std::nullopt;
 }
 

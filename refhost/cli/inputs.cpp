@@ -8,9 +8,9 @@
 #include <new>
 
 #include "cli/interrupts.hpp"
-#include "cli/line_editor.hpp"
 #include "cli/safe_text.hpp"
 #include "cli/streams.hpp"
+#include "cli/terminal.hpp"
 #include "script/library/script_file.hpp"
 #include "script/stop/script_end.hpp"
 #include "script/syntax/unicode.hpp"
@@ -137,7 +137,7 @@ Inputs::Ending Inputs::guarded(Action action) {
 /// The variables stay, and may leave no memory for the place of the error.
 void Inputs::report(const ScriptError& error) const {
   try {
-    put_coloured_error({error_style_.report(safe_text(error.report())),
+    put_error_as_it_is({error_style_.report(safe_text(error.report())),
                         safe_text(explains_ ? interpreter_.last_explanation().text() : "")});
   } catch (const std::bad_alloc&) {
     put_error({"error: ", error.message(), "\n"});

@@ -14,6 +14,7 @@
 #include <cstring>
 #include <system_error>
 
+#include "cli/names.hpp"
 #include "script/module/fault_report.hpp"
 #include "script/stop/interruption.hpp"
 
@@ -58,10 +59,6 @@ class Line {
   char bytes_[256];
   std::size_t size_ = 0;
 };
-
-bool is_in_name(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
-}
 
 /// The name of the function whose call stands at the running place; empty where there is another expression.
 std::string_view called_name() {

@@ -6,7 +6,6 @@
 #include <langinfo.h>
 #include <locale.h>
 #include <signal.h>
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -17,6 +16,7 @@
 
 #include "cli/streams.hpp"
 #include "cli/style.hpp"
+#include "cli/terminal.hpp"
 #include "script/syntax/unicode.hpp"
 
 namespace hvm {
@@ -68,13 +68,6 @@ std::size_t common_length(const std::vector<std::string>& words) {
 }
 
 }  // namespace
-
-std::size_t terminal_width() {
-  constexpr std::size_t usual = 80;
-  winsize window = {};
-  const bool is_known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &window) == 0 && window.ws_col > 0;
-  return is_known ? window.ws_col : usual;
-}
 
 /// The line editor of the system, with the functions of two keys.
 class LineEditor::Editor {

@@ -31,9 +31,6 @@ struct TypedLine {
   std::string text;  // of an entered line, without its end; an entry of the history may have several lines
 };
 
-/// The columns of the terminal; 80 when nobody knows.
-std::size_t terminal_width();
-
 /// Reads lines with the keys of Emacs, a history, and completion by Tab. It reads UTF-8 in every locale. While a line
 /// is edited Ctrl-C is a key like others; afterwards the terminal is as it was. In a window of less than ten columns
 /// the terminal itself takes the lines.

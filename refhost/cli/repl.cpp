@@ -18,6 +18,7 @@
 #include "cli/line_editor.hpp"
 #include "cli/safe_text.hpp"
 #include "cli/streams.hpp"
+#include "cli/terminal.hpp"
 #include "script/stop/script_end.hpp"
 #include "script/syntax/unicode.hpp"
 

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "cli/names.hpp"
 #include "cli/private_file.hpp"
 #include "script/data/data_error.hpp"
 #include "script/data/output_file.hpp"
@@ -21,10 +22,6 @@ namespace {
 constexpr const char* front = "session-";
 constexpr const char* lost_front = "lost-session-";
 constexpr const char* ending = ".hvm";
-
-bool is_in_name(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
-}
 
 /// Whether `_` stands in the text as a word. In a string or a comment it counts, too, which does no harm.
 bool reads_shown(const std::string& text) {

@@ -65,7 +65,7 @@ void put_error(std::initializer_list<std::string_view> texts) noexcept {
   std::fwrite(safe, 1, filled, stderr);
 }
 
-void put_coloured_error(std::initializer_list<std::string_view> texts) noexcept {
+void put_error_as_it_is(std::initializer_list<std::string_view> texts) noexcept {
   std::fflush(stdout);
   for (const std::string_view text : texts) std::fwrite(text.data(), 1, text.size(), stderr);
 }

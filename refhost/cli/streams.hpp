@@ -30,7 +30,7 @@ void finish_output();
 /// Flushes the standard output, then writes these texts to the error output, control characters in them shown as
 /// `safe_text` shows them: they may come from a script, a path or a file. What cannot be written is lost.
 void put_error(std::initializer_list<std::string_view> texts) noexcept;
-/// The same for texts with colours, in which all else is safe.
-void put_coloured_error(std::initializer_list<std::string_view> texts) noexcept;
+/// The same for texts that are safe, apart from their colours.
+void put_error_as_it_is(std::initializer_list<std::string_view> texts) noexcept;
 
 }  // namespace hvm

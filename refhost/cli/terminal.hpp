@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <optional>
 
 namespace hvm {
@@ -13,5 +14,7 @@ struct TerminalSize {
 
 /// The size of the terminal that the standard output is. Nothing when it is none, or does not tell its size.
 std::optional<TerminalSize> output_terminal();
+/// The columns of that terminal; 80 when nobody knows.
+std::size_t terminal_width();
 
 }  // namespace hvm

@@ -123,7 +123,7 @@ class TestRunner {
       keep(test.output, piece);
     });
     process->read_errors([&](std::string_view piece) {
-      put_error({piece});
+      put_error_as_it_is({piece});
       keep(test.errors, piece);
     });
     const bool passed = end.kind == TestEnd::Kind::passed;
