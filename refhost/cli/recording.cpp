@@ -5,11 +5,16 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 #include "cli/safe_text.hpp"
+#include "script/syntax/string_literals.hpp"
 
 namespace hvm {
 namespace {
+
+namespace fs = std::filesystem;
 
 bool has_block(const Statement& statement) {
   const auto& form = statement.form;
@@ -23,6 +28,15 @@ bool is_inside_fn(const ScriptError& error, const Statement& statement, const So
   const bool is_here =
       error.source() == source && place.begin >= statement.span.begin && place.end <= statement.span.end;
   return !is_here && !std::holds_alternative<Use>(statement.form);  // a `use` fails as a whole, and stands in no block
+}
+
+/// The statement as it was written. A script that it uses gets its whole path: the session's is in another folder.
+std::string text_of(const Statement& statement, const SourceText& source) {
+  const auto* use = std::get_if<Use>(&statement.form);
+  if (!use || fs::path(use->path).extension() != ".hvm") return std::string(source.text(statement.span));
+  const fs::path path = fs::path(source.name()).parent_path() / use->path;
+  std::error_code error;
+  return fmt::format("use {}", string_literal(fs::absolute(path, error).lexically_normal().string()));
 }
 
 std::string as_comment(std::string_view text) {
@@ -42,7 +56,7 @@ void Recording::begin(const Statement& statement) {
 }
 
 void Recording::finish(const Statement& statement, IsShown is_shown) {
-  session_.add({std::string(source_->text(statement.span)), is_shown});
+  session_.add({text_of(statement, *source_), is_shown});
 }
 
 void Recording::fail(const Statement& statement, const ScriptError& error) {

@@ -97,6 +97,23 @@ TEST(Repl, SavedScripts_HoldInterruptedStatementsAsComments) {
   EXPECT_EQ(contents(place.path() + "/all.hvm"), "x = 3; # while 1\n# x += 1\n# end  # error: interrupted\n# x = 4\n");
 }
 
+TEST(Repl, SavedScripts_FindTheScriptsThatTheyUse) {
+  const Workplace place;
+  place.write("seven.hvm", "fn seven() return 7 end\n");
+  place.write("inner/eight.hvm", "fn eight() return 8 end\n");
+  place.write("inner/main.hvm", "use \"eight.hvm\"\nuse \"arrays\"\n");
+  place.write("away/other.hvm", "");
+  TerminalConditions conditions;
+  conditions.folder = place.path();
+  Prompt terminal(conditions);
+  for (const char* input : {"use \"seven.hvm\"", ":load inner/main.hvm", "print(seven(), eight())"})
+    terminal.answer(input);
+  terminal.answer(":save away/all.hvm");
+  EXPECT_THAT(contents(place.path() + "/away/all.hvm"), HasSubstr("use \"arrays\"\n"));
+  const Outcome outcome = run_toy({place.path() + "/away/all.hvm"});
+  EXPECT_EQ(outcome.out, "7 8\n") << outcome.err;
+}
+
 TEST(Repl, TheOptionI_StaysAfterAScript) {
   const Workplace place;
   TerminalConditions conditions;
