@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "kernel/kernel.hpp"
+#include "script/explain/array_integers.hpp"
 
 namespace hvm {
 
@@ -20,7 +20,7 @@ class Columns {
   bool has(const HostAny* object) const noexcept {
     return object && !is_empty() && places_[place_of(object)] == object;
   }
-  bool has(const Value& value) const noexcept { return value.is_object() && has(object_of(value.record())); }
+  bool has(const Value& value) const noexcept { return has(object_in(value)); }
   bool has_any(const std::vector<Value>& values) const noexcept {
     for (const Value& value : values)
       if (has(value)) return true;
@@ -39,7 +39,7 @@ class Columns {
   }
   /// Marks an object, or forgets what was at its address.
   void note(const Value& value, bool may_be_column) noexcept {
-    const HostAny* object = object_of(value.record());
+    const HostAny* object = object_in(value);
     if (!object) return;
     may_be_column ? mark(object) : forget(object);
   }

@@ -16,36 +16,17 @@ namespace hvm {
 namespace {
 
 /// Functions whose result may be a column: of an array without one, or of extents that end in 1.
-constexpr std::string_view makers_of_columns[] = {"xzeros", "xones",  "xempty", "xrand",  "xrandn",
-                                                  "xeye",   "xarray", "xdiff",  "xouter", "xpinv"};
+constexpr std::string_view makers_of_columns[] = {"xzeros", "xones", "xempty", "xrand", "xrandn",
+                                                  "xeye",   "xdiff", "xouter", "xpinv"};
 
 bool is_array_module(const ModuleFunctions& module) {
   return module.find("xarray") != nullptr && type_named("$xdoublearray") != nullptr;
 }
 
-bool is_one(const Value& value) {
-  HostValue record = value.record();
-  return value.is_number() && HVM_AsInt(&record) == 1;
-}
-
-/// Whether the innermost rows of data, by the first of each level, have one element.
-bool has_rows_of_one(const HostHash* data) {
-  constexpr int deepest = 64;
-  const HostHash* row = data;
-  int depth = 0;
-  while (row && depth < deepest) {
-    const Entry first = TableWalk(row).next();
-    const HostHash* inner = first ? table_of(*first.value) : nullptr;
-    if (!inner) break;
-    row = inner;
-    ++depth;
-  }
-  return depth > 0 && row && entry_count(row) == 1;
-}
-
 /// Whether `xarray` may have made a column. Extents in a quotation are known where they are literals.
-bool may_make_column(const QuotedArguments& quoted, const std::vector<Value>& arguments) {
-  if (arguments.size() > 1 && arguments[1].is_table()) return has_rows_of_one(table_of(arguments[1].record()));
+bool may_be_column(const AnsweredCall& call) {
+  if (call.has_table()) return call.data().may_be_column;
+  const QuotedArguments& quoted = call.quoted;
   if (quoted.data && quoted.data->form == Quotation::Form::data) {
     const auto* rows = std::get_if<TableLiteral>(&quoted.data->subject->form);
     return rows && !rows->entries.empty() && std::holds_alternative<TableLiteral>(rows->entries[0].value->form);
@@ -53,13 +34,6 @@ bool may_make_column(const QuotedArguments& quoted, const std::vector<Value>& ar
   if (!quoted.dtype || quoted.dtype->arguments.size() < 2) return false;
   const auto* last = std::get_if<IntegerLiteral>(&quoted.dtype->arguments.back()->form);
   return !last || last->value == 1;
-}
-
-/// Whether the arguments are extents that end in 1, or one quotation, which may hold such.
-bool may_end_in_one(const std::vector<Value>& arguments) {
-  if (arguments.empty()) return false;
-  if (arguments[0].is_number()) return arguments.size() > 1 && is_one(arguments.back());
-  return arguments.size() == 1;
 }
 
 /// The names that the comments of a source allow, by line.
@@ -156,26 +130,22 @@ Warnings::Warnings(const ModuleFunctions& module, Options options, Explanation& 
           functions.empty() || std::find(functions.begin(), functions.end(), name) != functions.end();
       if (!is_watched) continue;
       rows_with(condition->sign, watch) |= Watch::Rows{1} << i;
-      if (condition->sign < Sign::nothing) watch.signs |= 1u << static_cast<unsigned>(condition->sign);
+      if (condition->sign < Sign::table_data) watch.signs |= 1u << static_cast<unsigned>(condition->sign);
     }
     watch.makes_columns =
         std::find(std::begin(makers_of_columns), std::end(makers_of_columns), name) != std::end(makers_of_columns);
-    watch.reads_quotations = name == "xarray";
+    watch.reads_data = name == "xarray";
     watch.entry = options_.description ? options_.description->find(name) : nullptr;
     const bool has_limit = watch.entry && watch.entry->most_arguments && *watch.entry->most_arguments >= 0;
     if (has_limit) watch.most_arguments = static_cast<std::uint32_t>(*watch.entry->most_arguments);
   }
 }
 
-bool Warnings::is_watched_for(const Watch& watch, const std::vector<Value>& arguments, const Value& result,
-                              bool is_used) noexcept {
-  if (watch.makes_columns) {
-    const bool takes_array = !arguments.empty() && arguments[0].is_object();
-    if (takes_array) columns_.note(result, true);
-    if (!takes_array && may_end_in_one(arguments)) return true;
-  }
-  for (std::uint32_t left = watch.signs; left != 0; left &= left - 1)
-    if (bears(static_cast<Sign>(__builtin_ctz(left)), arguments, result, is_used)) return true;
+bool Warnings::has_notable_data(const std::vector<Value>& arguments, const Value& result) noexcept {
+  if (arguments.size() < 2 || !arguments[1].is_table()) return true;
+  const DataLook look = look_at_data(table_of(arguments[1].record()));
+  if (look.fault.form != DataFault::Form::none) return true;
+  columns_.note(result, look.may_be_column);
   return false;
 }
 
@@ -198,7 +168,7 @@ void Warnings::call(const SourcePtr& source, const Watch& watch, const AnsweredC
     for (; rows != 0; rows &= rows - 1) {
       const WarningRow& row = warning_table()[static_cast<std::size_t>(__builtin_ctzll(rows))];
       const auto& condition = std::get<CallCondition>(row.condition);
-      if (!bears(condition.sign, call.arguments, call.result, call.is_used)) continue;
+      if (!bears(condition.sign, integer_arrays_, call.arguments, call.result, call.is_used)) continue;
       if (is_settled(source, call.span, row)) break;
       auto found = condition.find(call);
       if (!found) continue;
@@ -238,7 +208,8 @@ void Warnings::element(const SourcePtr& source, Span span, const ElementAccess& 
 
 void Warnings::method(const SourcePtr& source, const AnsweredMethod& call, Value& self, std::vector<Value>& arguments) {
   const bool is_array = kind_of_array(self).has_value();
-  if (call.method == "reshape" && is_array) columns_.note(self, arguments.size() > 1 && is_one(arguments.back()));
+  if (call.method == "reshape" && is_array)
+    columns_.note(self, arguments.size() > 1 && arguments.back().is_number() && as_int(arguments.back()) == 1);
   guarded(source, [&] {
     if (!is_array) return;
     for (const WarningRow* each : method_rows_) {
@@ -251,16 +222,11 @@ void Warnings::method(const SourcePtr& source, const AnsweredMethod& call, Value
 }
 
 void Warnings::track(const Watch& watch, const AnsweredCall& call) noexcept {
-  const auto& arguments = call.arguments;
-  const auto is_marked = [&](const Value& value) { return columns_.has(value); };
-  bool may_be_column = std::any_of(arguments.begin(), arguments.end(), is_marked);
-  const bool takes_array = !arguments.empty() && arguments[0].is_object();
-  if (watch.reads_quotations)
-    may_be_column = may_make_column(call.quoted, arguments);
-  else if (watch.makes_columns && !may_be_column)
-    may_be_column = takes_array || may_end_in_one(arguments);
-  if (call.result.is_object()) return columns_.note(call.result, may_be_column);
-  if (!may_be_column || !call.result.is_table()) return;
+  const bool is_column =
+      watch.reads_data ? may_be_column(call)
+                       : columns_.has_any(call.arguments) || (watch.makes_columns && may_make_column(call.arguments));
+  if (call.result.is_object()) return columns_.note(call.result, is_column);
+  if (!is_column || !call.result.is_table()) return;
   TableWalk walk(table_of(call.result.record()));
   while (const Entry entry = walk.next())
     if (const HostAny* object = object_of(*entry.value)) columns_.mark(object);

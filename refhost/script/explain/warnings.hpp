@@ -56,11 +56,11 @@ class Warnings {
 
   /// What is looked for at a call of a function.
   struct Watch {
-    using Rows = std::uint64_t;          // a bit for each row of the table
-    std::uint32_t signs = 0;             // a bit for each sign that the function alone is watched for
-    std::uint32_t most_arguments = ~0u;  // that the function looks at
-    bool makes_columns = false;          // of two extents or more, the last of which is 1
-    bool reads_quotations = false;
+    using Rows = std::uint64_t;            // a bit for each row of the table
+    std::uint32_t signs = 0;               // a bit for each sign that the function alone is watched for
+    std::uint32_t most_arguments = ~0u;    // that the function looks at
+    bool makes_columns = false;            // of two extents or more, the last of which is 1
+    bool reads_data = false;               // it is `xarray`
     const FunctionEntry* entry = nullptr;  // null without a description
     Rows rows = 0;                         // by the signs of the function alone
     Rows on_nothing = 0;
@@ -69,14 +69,31 @@ class Warnings {
   };
   /// `number` is that of the module's function.
   const Watch& watch(std::uint32_t number) const noexcept { return watches_[number]; }
-  /// Whether the answer of a call is worth a look. Costs most calls a few comparisons.
+  /// Whether the answer of a call is worth a look. It remembers what may be a column, and costs most calls a few
+  /// comparisons.
   bool is_notable(const Watch& watch, const std::vector<Value>& arguments, const Value& result, bool is_used) noexcept {
     if (result.is_nil() || arguments.size() > watch.most_arguments) return true;
     if (!columns_.is_empty()) {
       if (columns_.has_any(arguments)) return true;
-      columns_.forget(object_of(result.record()));  // it is another object than the one that was marked there
+      columns_.forget(object_in(result));  // it is another object than the one that was marked there
     }
-    return (watch.signs != 0 || watch.makes_columns) && is_watched_for(watch, arguments, result, is_used);
+    if (watch.reads_data) return has_notable_data(arguments, result);
+    if (watch.makes_columns && may_make_column(arguments)) columns_.note(result, true);
+    for (std::uint32_t left = watch.signs; left != 0; left &= left - 1)
+      if (bears(static_cast<Sign>(__builtin_ctz(left)), integer_arrays_, arguments, result, is_used)) return true;
+    return false;
+  }
+  /// Whether an operator is: with a number on the left, a real beside integers, or a remainder.
+  bool is_notable(BinaryOperator op, const Value& left, const Value& right) const noexcept {
+    if (!are_on_) return false;
+    if (left.is_number() && op != BinaryOperator::add && op != BinaryOperator::multiply) return true;
+    if (left.tag() == ValueTag::real) return integer_arrays_.have(right);
+    if (right.tag() == ValueTag::real) return integer_arrays_.have(left);
+    return op == BinaryOperator::remainder;
+  }
+  /// Whether a value that an element of an object gets may lose its fraction.
+  bool is_notable(const Value& object, const Value& written) const noexcept {
+    return are_on_ && written.tag() == ValueTag::real && integer_arrays_.have(object);
   }
 
   void call(const SourcePtr& source, const Watch& watch, const AnsweredCall& call);
@@ -90,7 +107,7 @@ class Warnings {
 
   /// A value that a built-in function gave: an array may be a column.
   void made(const Value& value) noexcept {
-    if (are_on_ && value.is_object()) columns_.mark(object_of(value.record()));
+    if (are_on_ && value.is_object()) columns_.mark(object_in(value));
   }
   Columns& columns() noexcept { return columns_; }
 
@@ -102,8 +119,15 @@ class Warnings {
     std::map<std::size_t, std::vector<std::string>> allowed;
   };
 
-  bool is_watched_for(const Watch& watch, const std::vector<Value>& arguments, const Value& result,
-                      bool is_used) noexcept;
+  /// Whether the arguments are extents that end in 1, one quotation, which may hold such, or an array.
+  static bool may_make_column(const std::vector<Value>& arguments) noexcept {
+    if (arguments.empty()) return false;
+    if (arguments[0].is_number())
+      return arguments.size() > 1 && arguments.back().is_number() && as_int(arguments.back()) == 1;
+    return arguments.size() == 1 || arguments[0].is_object();
+  }
+  /// Whether `xarray` has read another thing than a table of numbers in rows of one length.
+  bool has_notable_data(const std::vector<Value>& arguments, const Value& result) noexcept;
 
   template <class Look>
   void guarded(const SourcePtr& source, Look look);
@@ -123,6 +147,7 @@ class Warnings {
   std::vector<const WarningRow*> operation_rows_;
   std::vector<const WarningRow*> element_rows_;
   std::vector<const WarningRow*> method_rows_;
+  IntegerArrays integer_arrays_;
   Columns columns_;
   std::unordered_map<const SourceText*, Told> told_;
 

@@ -49,7 +49,7 @@ Value Calls::call_module(const std::string& name, std::vector<Value>& arguments,
 void Calls::look_at(const Warnings::Watch& watch, const std::string& name, std::vector<Value>& arguments, Value& result,
                     Span span, bool is_used) {
   const bool has_table = arguments.size() > 1 && arguments[1].is_table();
-  const bool needs_quotations = watch.reads_quotations && (!has_table || result.is_nil());
+  const bool needs_quotations = watch.reads_data && (!has_table || result.is_nil());
   const QuotedArguments quoted = needs_quotations ? quotations_.quoted(arguments) : QuotedArguments();
   warnings_.call(
       site_.source(), watch,

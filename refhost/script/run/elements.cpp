@@ -55,7 +55,7 @@ void Elements::write(const ElementAssignment& form, Value& container, ValueSpan 
   site_.placed(span, [&] {
     const ModuleCaller caller = site_.caller(span);
     const bool has_fewer = checks_.indices(caller, container, indices);
-    if (has_fewer || (value.tag() == ValueTag::real && is_integer_array(container)))
+    if (has_fewer || warnings_.is_notable(container, value))
       warnings_.element(site_.source(), span, {untraced(caller), container, indices, &value});
     if (write_element(caller, container, indices, value)) return;
     if (!value.is_number())

@@ -22,14 +22,6 @@ bool is_comparison_with_nil(BinaryOperator op, const Value& left, const Value& r
   return (op == BinaryOperator::equal || op == BinaryOperator::not_equal) && (left.is_nil() || right.is_nil());
 }
 
-/// Whether there may be a warning: of a number on the left, a real beside integers, or a remainder.
-bool may_warn(BinaryOperator op, const Value& left, const Value& right) {
-  if (left.is_number() && op != BinaryOperator::add && op != BinaryOperator::multiply) return true;
-  if (left.tag() == ValueTag::real) return is_integer_array(right);
-  if (right.tag() == ValueTag::real) return is_integer_array(left);
-  return op == BinaryOperator::remainder;
-}
-
 }  // namespace
 
 template <class Action>
@@ -49,7 +41,7 @@ Value Operators::binary(BinaryOperator op, Value& left, Value& right, const Plac
     if (!has_object || is_comparison_with_nil(op, left, right)) return plain_binary(op, left, right);
     return explained(op, left, right, place.span, [&](const ModuleCaller& caller) {
       checks_.operation(caller, op, left, right);
-      if (may_warn(op, left, right))
+      if (warnings_.is_notable(op, left, right))
         warnings_.operation(site_.source(), place.span,
                             {untraced(caller), op, left, right, place.chain, place.link, nullptr});
       Value result = object_binary(caller, op, left, right);
@@ -71,7 +63,7 @@ void Operators::compound(BinaryOperator op, Value& variable, Value& right, Span 
     }
     explained(op, variable, right, span, [&](const ModuleCaller& caller) {
       checks_.operation(caller, op, variable, right);
-      if (may_warn(op, variable, right))
+      if (warnings_.is_notable(op, variable, right))
         warnings_.operation(site_.source(), span, {untraced(caller), op, variable, right, nullptr, nullptr, &form});
       object_compound(caller, op, variable, right);
       warnings_.combined(variable, variable, right);

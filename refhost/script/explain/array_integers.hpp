@@ -1,0 +1,46 @@
+// script/explain/array_integers.hpp: integers and arrays of integers, told without a call
+
+#pragma once
+
+#include <cstdint>
+
+#include "kernel/kernel.hpp"
+
+namespace hvm {
+
+/// The object of a value, null when it holds none.
+inline const HostAny* object_in(const Value& value) noexcept {
+  return value.is_object() ? arrayfold::load<const HostAny*>(value.record().payload) : nullptr;
+}
+
+/// The integers of 32 bits and of 64 that the module reads in a value.
+inline std::int32_t as_int(const Value& value) noexcept {
+  if (value.tag() == ValueTag::integer) return arrayfold::load<std::int32_t>(value.record().payload);
+  HostValue record = value.record();
+  return HVM_AsInt(&record);
+}
+inline std::int64_t as_int64(const Value& value) noexcept {
+  if (value.tag() == ValueTag::integer) return arrayfold::load<std::int32_t>(value.record().payload);
+  HostValue record = value.record();
+  return HVM_AsInt64(&record);
+}
+
+/// Tells arrays of integers from all other values by the managers of their types, not by the names of these. The module
+/// has registered its types before.
+class IntegerArrays {
+ public:
+  IntegerArrays() noexcept : narrow_(type_named("$xintarray")), wide_(type_named("$xint64array")) {}
+
+  bool have(const Value& value) const noexcept {
+    const HostAny* object = object_in(value);
+    if (!object) return false;
+    const AnyMan* manager = object->manager;
+    return manager == narrow_ || manager == wide_;
+  }
+
+ private:
+  const AnyMan* narrow_;
+  const AnyMan* wide_;
+};
+
+}  // namespace hvm

@@ -1,0 +1,174 @@
+// script/explain/data_conditions.cpp: what xarray reads in another way than it is written
+
+#include "script/explain/data_conditions.hpp"
+
+#include <fmt/format.h>
+
+#include "script/explain/condition_words.hpp"
+#include "script/explain/script_words.hpp"
+
+namespace hvm {
+namespace {
+
+/// What is odd in the table of data of an array; of form `none` where there is no table or no array.
+DataFault data_fault(const AnsweredCall& call) {
+  return call.has_table() && call.result.is_object() ? call.data().fault : DataFault{};
+}
+
+/// What rows differ in; empty for a fault that is not of rows.
+std::string difference(const DataFault& fault) {
+  switch (fault.form) {
+    case DataFault::Form::row_and_number:
+      return "a row and a number";
+    case DataFault::Form::row_lengths:
+      return fmt::format("rows of {} and {}", fault.count, fault.other_count);
+    case DataFault::Form::row_contents:
+      return "rows of numbers and of rows";
+    default:
+      return {};
+  }
+}
+
+}  // namespace
+
+Found data_that_ends_early(const AnsweredCall& call) {
+  const DataFault fault = data_fault(call);
+  if (fault.form != DataFault::Form::no_number) return {};
+  const bool is_array = kind_of_array(Value::sharing(*fault.culprit)).has_value();
+  const std::string remedy = is_array ? fmt::format("stack(rows) {} makes a matrix of arrays", library)
+                                      : std::string("make numbers of all entries first");
+  return Finding{fmt::format("xarray stops reading its data at {}; {}", in_words(*fault.culprit), remedy)};
+}
+
+Found ragged_rows(const AnsweredCall& call) {
+  const std::string different = difference(data_fault(call));
+  if (different.empty()) return {};
+  return Finding{
+      fmt::format("the data have {}: xarray takes the shape of the last ones, cuts elements off or adds "
+                  "zeros; make all rows of one length",
+                  different)};
+}
+
+Found named_entries(const AnsweredCall& call) {
+  const DataFault fault = data_fault(call);
+  if (fault.form != DataFault::Form::named) return {};
+  return Finding{
+      fmt::format("xarray passes over entries under names, and there are no others: the first is under {:?}; "
+                  "give entries without names",
+                  short_text(text_of(*fault.culprit), "..."))};
+}
+
+namespace {
+
+std::string dtype_name(const AnsweredCall& call) {
+  const Quotation* dtype = call.quoted.dtype;
+  if (!dtype || dtype->form == Quotation::Form::data) return {};
+  const auto* name = std::get_if<Variable>(&dtype->subject->form);
+  return name ? name->name : std::string();
+}
+
+bool is_dtype(std::string_view name) { return name == "bool" || name == "int" || name == "int64" || name == "double"; }
+
+bool gave_no_array(const AnsweredCall& call) { return call.result.is_nil() && !dtype_name(call).empty(); }
+
+}  // namespace
+
+Found dtype_that_is_a_variable(const AnsweredCall& call) {
+  const std::string name = dtype_name(call);
+  if (!gave_no_array(call) || !call.quoted.is_dtype_variable || !(is_dtype(name) || name == "float")) return {};
+  return Finding{
+      fmt::format("'{0}' is a variable here, and @{0} its value instead of a kind: xarray gives nothing; "
+                  "give the variable another name",
+                  name)};
+}
+
+Found float_dtype(const AnsweredCall& call) {
+  if (!gave_no_array(call) || dtype_name(call) != "float") return {};
+  return Finding{"xarray gives nothing for the kind float, of which there are no arrays; write @double"};
+}
+
+Found unknown_dtype(const AnsweredCall& call) {
+  const std::string name = dtype_name(call);
+  if (!gave_no_array(call) || is_dtype(name)) return {};
+  return Finding{
+      fmt::format("xarray gives nothing, since '{}' is no kind of array; write @int, @int64, @double or @bool",
+                  short_text(name, "..."))};
+}
+
+Found data_that_are_no_table(const AnsweredCall& call) {
+  if (!gave_no_array(call) || call.arguments.size() < 2) return {};
+  const Value& data = call.arguments[1];
+  if (data.is_table() || data.tag() == ValueTag::code) return {};
+  const std::string name = argument_name(call, 1, "a");
+  const std::string remedy = is_of_kind(data, "bool") ? fmt::format("as_int({}) {} makes integers of it", name, library)
+                             : is_integer_array(data) ? fmt::format("xminimum({0}, {0}) makes doubles of it", name)
+                             : kind_of_array(data)    ? fmt::format("{} + 0 copies it", name)
+                                                      : std::string("write a table of numbers");
+  return Finding{fmt::format("xarray gives nothing for {}, since its data are a table or a data literal; {}",
+                             in_words(data.record()), remedy)};
+}
+
+namespace {
+
+/// Whether a data literal of the dtype takes a literal as an element with its value.
+bool is_taken(const Expression& literal, const std::string& dtype) {
+  if (std::holds_alternative<RealLiteral>(literal.form)) return dtype == "double" || dtype == "float";
+  if (std::holds_alternative<IntegerLiteral>(literal.form)) return dtype == "int";
+  return !is_literal(literal);
+}
+
+const Expression* first_dropped(const Expression& data, const std::string& dtype) {
+  const auto* row = std::get_if<TableLiteral>(&data.form);
+  if (!row) return is_taken(data, dtype) ? nullptr : &data;
+  for (const TableEntry& entry : row->entries)
+    if (const Expression* found = first_dropped(*entry.value, dtype)) return found;
+  return nullptr;
+}
+
+/// Two rows of one table whose lengths differ.
+std::optional<std::pair<std::size_t, std::size_t>> differing_rows(const TableLiteral& table) {
+  const TableLiteral* first = nullptr;
+  for (const TableEntry& entry : table.entries) {
+    const auto* row = std::get_if<TableLiteral>(&entry.value->form);
+    if (!row) continue;
+    if (first && first->entries.size() != row->entries.size())
+      return std::pair(first->entries.size(), row->entries.size());
+    if (auto found = differing_rows(*row)) return found;
+    first = first ? first : row;
+  }
+  return {};
+}
+
+Found ragged_literal(const Expression& data) {
+  const auto* table = std::get_if<TableLiteral>(&data.form);
+  const auto lengths = table ? differing_rows(*table) : std::nullopt;
+  if (!lengths) return {};
+  return Finding{
+      fmt::format("the data literal has rows of {} and {}: xarray drops elements or adds zeros; make all rows of one "
+                  "length",
+                  lengths->first, lengths->second)};
+}
+
+}  // namespace
+
+Found dropped_element(const AnsweredCall& call) {
+  const std::string dtype = dtype_name(call);
+  const Quotation* data = call.quoted.data;
+  if (!data || data->form != Quotation::Form::data || !(is_dtype(dtype) || dtype == "float")) return {};
+  const Expression* dropped = first_dropped(*data->subject, dtype);
+  if (!dropped) return ragged_literal(*data->subject);
+  Finding finding;
+  finding.span = dropped->span;
+  finding.source = call.quoted.data_source;
+  const auto* narrow = std::get_if<IntegerLiteral>(&dropped->form);
+  const auto* wide = std::get_if<Integer64Literal>(&dropped->form);
+  if ((narrow || wide) && (dtype == "double" || dtype == "float"))
+    finding.message = fmt::format("a data literal of reals drops the integer {0}; write {0}.0 or use a table",
+                                  narrow ? narrow->value : wide->value);
+  else
+    finding.message = fmt::format("a data literal of the kind {} drops {}; use a table", dtype,
+                                  short_text(finding.source->text(dropped->span), "an element"));
+  return finding;
+}
+
+}  // namespace hvm

@@ -1,0 +1,167 @@
+// script/explain/operator_conditions.cpp: operators, elements and methods that do something else than they say
+
+#include "script/explain/operator_conditions.hpp"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+
+#include "script/explain/array_integers.hpp"
+#include "script/explain/condition_words.hpp"
+#include "script/explain/script_words.hpp"
+#include "script/text/number_text.hpp"
+
+namespace hvm {
+namespace {
+
+bool is_comparison(BinaryOperator op) {
+  return op == BinaryOperator::less || op == BinaryOperator::less_equal || op == BinaryOperator::greater ||
+         op == BinaryOperator::greater_equal;
+}
+
+/// The comparison with its operands exchanged.
+BinaryOperator turned(BinaryOperator op) {
+  switch (op) {
+    case BinaryOperator::less:
+      return BinaryOperator::greater;
+    case BinaryOperator::less_equal:
+      return BinaryOperator::greater_equal;
+    case BinaryOperator::greater:
+      return BinaryOperator::less;
+    default:
+      return BinaryOperator::less_equal;
+  }
+}
+
+std::string page_of(BinaryOperator op) {
+  const char* name = op == BinaryOperator::add         ? "add"
+                     : op == BinaryOperator::subtract  ? "subtract"
+                     : op == BinaryOperator::multiply  ? "multiply"
+                     : op == BinaryOperator::divide    ? "divide"
+                     : op == BinaryOperator::remainder ? "remainder"
+                                                       : "less";
+  return fmt::format("docs/functions/operator-{}.md#result", name);
+}
+
+bool is_turned_silently(BinaryOperator op) {
+  return op == BinaryOperator::subtract || op == BinaryOperator::divide || op == BinaryOperator::remainder ||
+         is_comparison(op);
+}
+
+/// What gives the number on the left of the array.
+std::string number_first(const ArrayOperation& operation, const std::string& n, const std::string& a) {
+  const BinaryOperator op = operation.op;
+  const auto extents = shape_of(operation.caller, operation.right);
+  if (extents && extents->empty()) return fmt::format("{} {} {}[0]", n, spelling(op), a);
+  if (is_comparison(op)) return fmt::format("{} {} {}", a, spelling(turned(op)), n);
+  if (op == BinaryOperator::subtract) return fmt::format("{} * -1 + {}", a, n);
+  const bool has_ones = op == BinaryOperator::divide && is_of_kind(operation.right, "double") && extents;
+  if (has_ones) return fmt::format("xones({}) * {} / {}", fmt::join(*extents, ", "), n, a);
+  return fmt::format("({0} * 0 + {1}) {2} {0}", a, n, spelling(op));
+}
+
+}  // namespace
+
+Found number_on_the_left(const ArrayOperation& operation) {
+  if (!operation.left.is_number() || !is_turned_silently(operation.op)) return {};
+  const std::string_view kind = array_kind_of(operation.right);
+  const bool fails = operation.op == BinaryOperator::remainder && kind == "double";  // and the error says so
+  if (kind.empty() || kind == "bool" || fails) return {};
+  const std::string n = operation.left_text("n");
+  const std::string a = operation.right_text("a");
+  const std::string bare = n.front() == '(' && operation.chain ? n.substr(1, n.size() - 2) : n;
+  const std::string sign = spelling(operation.op);
+  const std::string written =
+      operation.is_compound() ? fmt::format("{} {}= {}", n, sign, a) : fmt::format("{} {} {}", bare, sign, a);
+  const std::string front = operation.is_compound() ? n + " = " : "";
+  return Finding{fmt::format("{} computes {} {} {}: with a number the array stands on the left; write {}{}", written, a,
+                             sign, n, front, number_first(operation, n, a)),
+                 page_of(operation.op)};
+}
+
+Found fraction_of_a_number(const ArrayOperation& operation) {
+  const bool is_left = has_fraction(operation.left);
+  const bool is_right = has_fraction(operation.right);
+  if (!is_left && !is_right) return {};
+  const Value& number = is_left ? operation.left : operation.right;
+  const Value& array = is_left ? operation.right : operation.left;
+  const bool is_equality = operation.op == BinaryOperator::equal || operation.op == BinaryOperator::not_equal;
+  if (!is_integer_array(array) || is_equality) return {};
+  const std::int64_t read = is_of_kind(array, "int") ? as_int(number) : as_int64(number);
+  const std::string name = is_left ? operation.right_text("") : operation.left_text("");
+  const std::string remedy = is_name(name) ? fmt::format("xminimum({0}, {0}) makes doubles of it", name)
+                                           : fmt::format("as_double(a) {} makes doubles of it", library);
+  return Finding{fmt::format("{} array reads {} as {}, an integer; {}", article(*kind_of_array(array)),
+                             number_text(number), read, remedy),
+                 page_of(operation.op)};
+}
+
+Found remainder_of_doubles(const ArrayOperation& operation) {
+  if (operation.op != BinaryOperator::remainder || !is_of_kind(operation.left, "double")) return {};
+  if (!is_of_kind(operation.right, "double") && !is_integer_array(operation.right)) return {};
+  const std::string a = operation.left_text("a");
+  const std::string b = operation.right_text("b");
+  const std::string gives = operation.is_compound() ? "changes nothing" : "gives nothing";
+  const std::string sign = operation.is_compound() ? "%=" : "%";
+  return Finding{fmt::format("{} {} {} {}: doubles have no remainder; make integers of them with as_int(a) {}", a, sign,
+                             b, gives, library)};
+}
+
+Found bool_product(const ArrayOperation& operation) {
+  if (operation.op != BinaryOperator::multiply || operation.is_compound()) return {};
+  const bool is_left = is_of_kind(operation.left, "bool");
+  if (!is_left && !is_of_kind(operation.right, "bool")) return {};
+  return Finding{fmt::format("a bool array times a number gives nothing; as_int({}) {} makes integers of it",
+                             is_left ? operation.left_text("m") : operation.right_text("m"), library)};
+}
+
+Found fraction_of_an_element(const ElementAccess& access) {
+  if (!access.written || !has_fraction(*access.written) || !is_integer_array(access.object)) return {};
+  const bool is_narrow = is_of_kind(access.object, "int");
+  return Finding{fmt::format("{} array stores {} as {}; make doubles of it first: a = xminimum(a, a)",
+                             article(*kind_of_array(access.object)), number_text(*access.written),
+                             is_narrow ? as_int(*access.written) : as_int64(*access.written))};
+}
+
+Found fewer_indices(const ElementAccess& access) {
+  const auto extents = shape_of(access.caller, access.object);
+  const std::size_t given = access.indices.size();
+  if (!extents || !kind_of_array(access.object) || given >= extents->size()) return {};
+  const auto missing = static_cast<std::ptrdiff_t>(extents->size() - given);
+  const bool has_one =
+      std::all_of(extents->begin(), extents->begin() + missing, [](auto extent) { return extent == 1; });
+  if (has_one) return {};
+  std::string present;
+  for (const Value& index : access.indices) present += (present.empty() ? "" : ", ") + number_text(index);
+  std::string zeros;
+  for (std::ptrdiff_t i = 0; i < missing; ++i) zeros += "0, ";
+  return Finding{
+      fmt::format("[{0}] of an array of the shape {1} is [{2}{0}]: indices count from the last dimension, "
+                  "and missing ones are 0; row(a, i) {3} gives a row",
+                  present, in_parentheses(*extents), zeros, library)};
+}
+
+Found value_of_reshape(const AnsweredMethod& call) {
+  if (!call.is_used || call.method != "reshape") return {};
+  return Finding{
+      "reshape changes the array itself and gives nothing; write a.reshape(...) on a line of its own and "
+      "then use a"};
+}
+
+std::string ArrayOperation::left_text(std::string_view otherwise) const {
+  std::string text;
+  if (assignment) text = operand_text(*assignment->variable, *caller.source);
+  if (chain) text = chain_text(*chain, link, *caller.source);
+  if (chain && !text.empty() && link != chain->links.data()) text = '(' + text + ')';
+  return text.empty() ? std::string(otherwise) : text;
+}
+
+std::string ArrayOperation::right_text(std::string_view otherwise) const {
+  std::string text;
+  if (assignment) text = operand_text(*assignment->value, *caller.source);
+  if (link) text = operand_text(*link->operand, *caller.source);
+  return text.empty() ? std::string(otherwise) : text;
+}
+
+}  // namespace hvm
