@@ -1,0 +1,60 @@
+// refhost/script/explain/result_rows.cpp: warnings about functions without a result
+
+#include "explain/warning_rows.hpp"
+
+namespace hvm::testing {
+
+const std::vector<WarnedScript>& result_rows() {
+  static const std::vector<WarnedScript> rows = {
+      {"value-of-shuffle",
+       "a = xones(4); b = xshuffle(a)",
+       "xshuffle changes a itself and gives 0; write xshuffle(a) on a line of its own and then use a",
+       {"a = xones(4); xshuffle(a)"}},
+      {"computes-nothing",
+       "xpow(xones(2), 2)",
+       "xpow gives nothing, whatever its arguments are; power(a, p) of use \"arrays\" raises elements to a power",
+       {"xsquare(xones(2))"}},
+      {"computes-nothing",
+       "xpermutation(xones(2))",
+       "xpermutation gives 0 and no permuted array, whatever its arguments are; write c = a + 0 and then xshuffle(c), "
+       "or permutation(n) of use \"arrays\"",
+       {}},
+      {"computes-nothing",
+       "xeig(xeye(2))",
+       "xeig gives an empty table, whatever its arguments are; for a symmetric matrix write xeigh(a)",
+       {"xeigh(xeye(2)); xeigvalsh(xeye(2))"}},
+      {"values-for-positions",
+       "xargpartition(xones(2), 1)",
+       "xargpartition gives values, not positions; argpartition(a, k) of use \"arrays\" and xargsort(a) give positions",
+       {"xargsort(xones(2)); xpartition(xones(2), 1)"}},
+      {"bool-array",
+       "a = xarange(5); xsum(a > 3)",
+       "xsum gives nothing for a bool array; count(a > 3) of use \"arrays\" counts its true elements",
+       {"a = xarange(5); xsum(a)", "a = xarange(5); m = a > 3; m[0]; print(m)"}},
+      {"bool-array",
+       "m = xarange(5) > 3; xsort(m)",
+       "xsort gives nothing for a bool array; as_double(m) of use \"arrays\" makes 0.0 and 1.0 of its elements",
+       {}},
+      {"bool-array",
+       "xsqrt(xarange(5) > 3)",
+       "xsqrt gives nothing for a bool array; as_double(xarange(5) > 3) of use \"arrays\" makes 0.0 and 1.0 of its "
+       "elements",
+       {}},
+      {"two-kinds",
+       "i = xlinspace(1, 3, 3); xmaximum(i, xones(3))",
+       "xmaximum gives nothing for arrays of two kinds, int and double; make one kind of them: xminimum(i, i) has the "
+       "elements of i as doubles",
+       {"i = xlinspace(1, 3, 3); xmaximum(i, i); xminimum(xones(2), xones(2))"}},
+      {"integers-without-result",
+       "i = xlinspace(1, 3, 3); xsign(i)",
+       "xsign gives nothing for an int array; write xsign(xminimum(i, i))",
+       {"xsign(xones(3))"}},
+      {"no-diagonal",
+       "xtrace(xones(3))",
+       "xtrace gives nothing for an array of fewer than two dimensions, which has no diagonal; give a matrix",
+       {"xtrace(xones(3, 3))", "xtrace(xeye(2))"}},
+  };
+  return rows;
+}
+
+}  // namespace hvm::testing
