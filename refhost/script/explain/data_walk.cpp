@@ -5,26 +5,6 @@
 namespace hvm {
 namespace {
 
-/// The entries of a table that stays as it is: those of the ordered part are read in place, without a call for each.
-class Entries {
- public:
-  explicit Entries(const HostHash* table) noexcept
-      : item_(table->index), end_(item_ + table->index_count), others_(table), has_others_(table->item_count != 0) {}
-
-  Entry next() noexcept {
-    if (has_others_) return others_.next();
-    if (item_ == end_) return {};
-    arrayfold::HostHashItem* item = *item_++;
-    return {&item->key, &item->value};
-  }
-
- private:
-  arrayfold::HostHashItem** item_;
-  arrayfold::HostHashItem** end_;
-  TableWalk others_;  // of all entries
-  bool has_others_;
-};
-
 class DataWalk {
  public:
   DataLook of(const HostHash* table) noexcept {
@@ -42,27 +22,49 @@ class DataWalk {
     bool has_rows;
   };
 
-  /// Whether the walk goes on behind this row.
+  /// Reads a table as a row of its depth. Whether the walk goes on behind it.
   bool walk(const HostHash* table, std::int32_t depth) noexcept {
-    if (depth == most_levels) return false;
+    const std::int32_t ordered = table->index_count;
+    entry_count_ += ordered + table->item_count;
+    if (depth == most_levels || entry_count_ > most_entries) return false;
     if (depth == depth_count_) rows_[depth_count_++].count = -1;
+    // The keys of the ordered part are numbers. Its values are read in place, without a call for each, and mostly they
+    // are numbers, too.
+    arrayfold::HostHashItem** const items = table->index;
     Row row{0, false};
+    while (row.count < ordered && is_number(items[row.count]->value)) ++row.count;
+    for (std::int32_t i = row.count; i < ordered; ++i)
+      if (!take(items[i]->value, row, depth)) return false;
+    const bool has_others = table->item_count > 0;
+    return (!has_others || take_others(table, row, depth)) && close(row, depth);
+  }
+
+  /// Reads the next entry of a row.
+  bool take(const HostValue& value, Row& row, std::int32_t depth) noexcept {
+    const bool is_row = value.tag == ValueTag::table;
+    if (!is_row && !is_number(value)) return stop({DataFault::Form::no_number, &value});
+    if (row.count++ == 0) row.has_rows = is_row;
+    if (row.has_rows != is_row) return stop({DataFault::Form::row_and_number});
+    return !is_row || walk(arrayfold::load<HostHash*>(value.payload), depth + 1);
+  }
+
+  /// Reads the entries behind the ordered part. Those under names are passed over.
+  bool take_others(const HostHash* table, Row& row, std::int32_t depth) noexcept {
     const HostValue* first_name = nullptr;
-    Entries entries(table);
-    for (Entry entry = entries.next(); entry; entry = entries.next()) {
-      if (++entry_count_ > most_entries) return false;
-      if (!is_number(*entry.key)) {
-        first_name = first_name ? first_name : entry.key;
-        continue;
+    TableWalk walk(table);
+    for (std::int32_t i = 0; i < table->index_count; ++i) walk.next();
+    while (const Entry entry = walk.next()) {
+      if (is_number(*entry.key)) {
+        if (!take(*entry.value, row, depth)) return false;
+      } else if (!first_name) {
+        first_name = entry.key;
       }
-      const bool is_row = entry.value->tag == ValueTag::table;
-      if (!is_row && !is_number(*entry.value)) return stop({DataFault::Form::no_number, entry.value});
-      if (row.count > 0 && row.has_rows != is_row) return stop({DataFault::Form::row_and_number});
-      ++row.count;
-      row.has_rows = is_row;
-      if (is_row && !walk(arrayfold::load<HostHash*>(entry.value->payload), depth + 1)) return false;
     }
-    if (row.count == 0 && first_name) return stop({DataFault::Form::named, first_name});
+    return row.count > 0 || !first_name || stop({DataFault::Form::named, first_name});
+  }
+
+  /// Ends a row; stops where it differs from the first one of its depth.
+  bool close(const Row& row, std::int32_t depth) noexcept {
     Row& first = rows_[depth];
     if (first.count < 0) first = row;
     if (first.count != row.count) return stop({DataFault::Form::row_lengths, nullptr, first.count, row.count});
@@ -84,6 +86,9 @@ class DataWalk {
 
 }  // namespace
 
-DataLook look_at_data(const HostHash* table) noexcept { return DataWalk().of(table); }
+DataLook look_at_data(const HostHash* table) noexcept {
+  DataWalk walk;  // without parentheses, which would fill its rows with zeros
+  return walk.of(table);
+}
 
 }  // namespace hvm
