@@ -3,7 +3,6 @@
 #include "script/explain/condition_words.hpp"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <cmath>
 
@@ -20,8 +19,6 @@ bool has_fraction(const Value& value) {
   return !(x == std::floor(x));
 }
 
-std::string in_parentheses(const Extents& extents) { return fmt::format("({})", fmt::join(extents, ", ")); }
-
 std::string argument_text(const AnsweredCall& call, std::size_t number, std::string_view otherwise) {
   const auto texts = argument_texts(call.text());
   return number < texts.size() ? short_text(texts[number], otherwise) : std::string(otherwise);
@@ -32,12 +29,10 @@ std::string argument_name(const AnsweredCall& call, std::size_t number, std::str
   return is_name(text) ? text : std::string(otherwise);
 }
 
-std::string article(const std::string& kind) { return fmt::format("{} {}", kind.front() == 'i' ? "an" : "a", kind); }
-
 std::string in_words(const HostValue& record) {
   const Value value = Value::sharing(record);
   if (value.is_nil()) return "nil";
-  if (const auto kind = kind_of_array(value)) return article(*kind) + " array";
+  if (const auto kind = kind_of_array(value)) return with_article(*kind) + " array";
   if (value.is_string()) return fmt::format("the string {:?}", short_text(text_of(record), "..."));
   return kind_in_words(value);
 }

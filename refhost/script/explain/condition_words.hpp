@@ -19,8 +19,6 @@ bool is_of_kind(const Value& value, std::string_view kind);
 /// Whether the value is a real that an integer cannot hold; NaN is one.
 bool has_fraction(const Value& value);
 
-std::string in_parentheses(const Extents& extents);
-std::string article(const std::string& kind);
 /// The value in words: its kind, and the text of a string.
 std::string in_words(const HostValue& record);
 

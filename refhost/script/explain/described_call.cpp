@@ -106,8 +106,7 @@ void advance(const Extents& extents, Extents& position) {
 std::string first_elements(const ModuleCaller& caller, Value& object, const Extents& extents) {
   std::vector<std::string> elements;
   Extents position(extents.size(), 0);
-  std::int64_t count = 1;
-  for (const std::int64_t extent : extents) count *= extent;
+  const std::int64_t count = element_count(extents);
   const auto shown = std::min<std::int64_t>(count, most_shown_elements);
   for (std::int64_t i = 0; i < shown; ++i, advance(extents, position)) {
     const auto text = element_text(caller, object, position);
@@ -115,11 +114,6 @@ std::string first_elements(const ModuleCaller& caller, Value& object, const Exte
     elements.push_back(*text);
   }
   return fmt::format("{}{}", fmt::join(elements, ", "), shown < count ? ", ..." : "");
-}
-
-std::string with_article(const std::string& noun) {
-  const bool has_vowel = std::string_view("aeiou").find(noun.front()) != std::string_view::npos;
-  return fmt::format("{} {}", has_vowel ? "an" : "a", noun);
 }
 
 /// The names between the brackets of the form in the synopsis that has this many arguments; empty when none has.
@@ -217,7 +211,7 @@ std::string DescribedCall::type_in_words(const Value& value, const Extents* exte
   std::string name = kind_of(value);
   if (ends_with(name, array_end)) name.resize(name.size() - array_end.size());
   if (name == "object") name = kind_name(value);
-  return extents ? fmt::format("{} ({})", name, fmt::join(*extents, ", ")) : name;
+  return extents ? fmt::format("{} {}", name, in_parentheses(*extents)) : name;
 }
 
 std::string DescribedCall::shown(std::size_t i) {

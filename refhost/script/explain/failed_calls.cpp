@@ -151,27 +151,6 @@ std::vector<std::string> notes_of(const FunctionEntry& entry) {
   return notes;
 }
 
-/// The name under which the description has an operator; those that compare share an entry.
-const char* name_of(BinaryOperator op) {
-  switch (op) {
-    case BinaryOperator::add:
-      return "add";
-    case BinaryOperator::subtract:
-      return "subtract";
-    case BinaryOperator::multiply:
-      return "multiply";
-    case BinaryOperator::divide:
-      return "divide";
-    case BinaryOperator::remainder:
-      return "remainder";
-    case BinaryOperator::equal:
-    case BinaryOperator::not_equal:
-      return "equal";
-    default:
-      return "less";
-  }
-}
-
 std::vector<std::string> names_of(const std::vector<FunctionEntry>& entries) {
   std::vector<std::string> names(entries.size());
   std::transform(entries.begin(), entries.end(), names.begin(), [](const FunctionEntry& entry) { return entry.name; });
@@ -196,7 +175,7 @@ Failure FailedCalls::explained(const Failure& failure, const MadeCall& made) con
 
 Failure FailedCalls::explained(const Failure& failure, const ModuleCaller& caller, BinaryOperator op, const Value& left,
                                const Value& right) const {
-  const FunctionEntry* entry = options_.description ? options_.description->find_operator(name_of(op)) : nullptr;
+  const FunctionEntry* entry = options_.description ? options_.description->find_operator(page_word(op)) : nullptr;
   if (!entry) return failure;
   try {
     Failure result(failure.message(), {"page: " + entry->page});

@@ -11,6 +11,7 @@
 #include "script/explain/condition_words.hpp"
 #include "script/explain/script_words.hpp"
 #include "script/text/number_text.hpp"
+#include "script/text/value_kinds.hpp"
 
 namespace hvm {
 namespace {
@@ -34,15 +35,7 @@ BinaryOperator turned(BinaryOperator op) {
   }
 }
 
-std::string page_of(BinaryOperator op) {
-  const char* name = op == BinaryOperator::add         ? "add"
-                     : op == BinaryOperator::subtract  ? "subtract"
-                     : op == BinaryOperator::multiply  ? "multiply"
-                     : op == BinaryOperator::divide    ? "divide"
-                     : op == BinaryOperator::remainder ? "remainder"
-                                                       : "less";
-  return fmt::format("docs/functions/operator-{}.md#result", name);
-}
+std::string page_of(BinaryOperator op) { return fmt::format("docs/functions/operator-{}.md#result", page_word(op)); }
 
 bool is_turned_silently(BinaryOperator op) {
   return op == BinaryOperator::subtract || op == BinaryOperator::divide || op == BinaryOperator::remainder ||
@@ -92,7 +85,7 @@ Found fraction_of_a_number(const ArrayOperation& operation) {
   const std::string name = is_left ? operation.right_text("") : operation.left_text("");
   const std::string remedy = is_name(name) ? fmt::format("xminimum({0}, {0}) makes doubles of it", name)
                                            : fmt::format("as_double(a) {} makes doubles of it", library);
-  return Finding{fmt::format("{} array reads {} as {}, an integer; {}", article(*kind_of_array(array)),
+  return Finding{fmt::format("{} array reads {} as {}, an integer; {}", with_article(*kind_of_array(array)),
                              number_text(number), read, remedy),
                  page_of(operation.op)};
 }
@@ -120,7 +113,7 @@ Found fraction_of_an_element(const ElementAccess& access) {
   if (!access.written || !has_fraction(*access.written) || !is_integer_array(access.object)) return {};
   const bool is_narrow = is_of_kind(access.object, "int");
   return Finding{fmt::format("{} array stores {} as {}; make doubles of it first: a = xminimum(a, a)",
-                             article(*kind_of_array(access.object)), number_text(*access.written),
+                             with_article(*kind_of_array(access.object)), number_text(*access.written),
                              is_narrow ? as_int(*access.written) : as_int64(*access.written))};
 }
 

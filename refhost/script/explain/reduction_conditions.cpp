@@ -8,6 +8,7 @@
 
 #include "script/explain/condition_words.hpp"
 #include "script/text/number_text.hpp"
+#include "script/text/value_kinds.hpp"
 
 namespace hvm {
 
@@ -22,17 +23,6 @@ Found largest_of_doubles(const AnsweredCall& call) {
                   "-xamin(-{})",
                   argument_name(call, 0, "a"))};
 }
-
-namespace {
-
-std::int64_t element_count(const Extents& extents) {
-  std::int64_t count = 1;
-  for (const std::int64_t extent : extents)
-    if (extent < 0 || __builtin_mul_overflow(count, extent, &count)) return 0;
-  return count;
-}
-
-}  // namespace
 
 Found largest_of_int64(const AnsweredCall& call) {
   if (call.result.tag() != ValueTag::integer64) return {};
@@ -92,7 +82,7 @@ Found kind_of_product(const AnsweredCall& call) {
   return Finding{
       fmt::format("{0} gives {1} array, the kind of its first argument, and drops all fractions; write "
                   "{0}(xminimum({2}, {2}), {3})",
-                  call.function, article(*kind_of_array(call.arguments[0])), a, argument_text(call, 1, "d"))};
+                  call.function, with_article(*kind_of_array(call.arguments[0])), a, argument_text(call, 1, "d"))};
 }
 
 namespace {

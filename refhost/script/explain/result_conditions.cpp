@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "script/explain/condition_words.hpp"
+#include "script/text/value_kinds.hpp"
 
 namespace hvm {
 namespace {
@@ -72,7 +73,7 @@ Found two_kinds(const AnsweredCall& call) {
 Found integers_without_result(const AnsweredCall& call) {
   if (call.arguments.empty() || !is_integer_array(call.arguments[0])) return {};
   return Finding{fmt::format("{0} gives nothing for {1} array; write {0}(xminimum({2}, {2}))", call.function,
-                             article(*kind_of_array(call.arguments[0])), argument_name(call, 0, "i"))};
+                             with_article(*kind_of_array(call.arguments[0])), argument_name(call, 0, "i"))};
 }
 
 Found no_diagonal(const AnsweredCall&) {

@@ -3,7 +3,6 @@
 #include "script/module/array_module.hpp"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <cmath>
@@ -30,8 +29,6 @@ constexpr std::int64_t most_empty_rows = std::int64_t{1} << 20;
 
 std::string type_name(const Value& object) { return type_name_of(object_of(object.record())); }
 
-std::string in_parentheses(const Extents& extents) { return fmt::format("({})", fmt::join(extents, ", ")); }
-
 /// The kind in the name of an array type; empty for the name of another type.
 std::string_view array_kind(std::string_view name) {
   constexpr std::string_view front = "$x";
@@ -55,10 +52,6 @@ std::optional<std::int64_t> limited_product(const Extents& extents, std::int64_t
 }
 
 bool is_empty(const Extents& extents) { return std::find(extents.begin(), extents.end(), 0) != extents.end(); }
-
-std::int64_t element_count(const Extents& extents) {
-  return is_empty(extents) ? 0 : limited_product(extents, most_elements).value_or(0);
-}
 
 bool are_sound(const Extents& extents) {
   return limited_product(extents, is_empty(extents) ? most_empty_rows : most_elements).has_value();

@@ -69,8 +69,7 @@ std::string text_by_reading(const ModuleCaller& caller, Value& object, const Ext
 /// Of more than `most` elements it shows the head and the tail of every axis.
 std::string elements_text(const ModuleCaller& caller, Value& object, const Extents& extents, std::int64_t most,
                           const Arrangement& arranged) {
-  std::int64_t count = 1;
-  for (const std::int64_t extent : extents) count *= extent;
+  const std::int64_t count = element_count(extents);
   if (count <= most) return text_by_dump(caller, object, extents, count, 0, arranged);
   const std::int64_t edge = edge_of(extents);
   const bool is_readable = element_text(caller, object, Extents(extents.size(), 0)).has_value();

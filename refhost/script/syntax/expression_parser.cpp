@@ -59,6 +59,12 @@ const char* spelling(BinaryOperator op) {
   return spellings[static_cast<std::size_t>(op)];
 }
 
+const char* page_word(BinaryOperator op) {
+  static constexpr const char* words[] = {"add",  "subtract", "multiply", "divide", "remainder", "less",
+                                          "less", "equal",    "less",     "less",   "equal"};
+  return words[static_cast<std::size_t>(op)];
+}
+
 NestingLevel::NestingLevel(int& depth, const TokenCursor& cursor) : depth_(depth) {
   if (depth_ >= nesting_limit)
     cursor.fail(fmt::format("the script nests too deeply here: more than {} levels", nesting_limit));

@@ -37,6 +37,8 @@ enum class BinaryOperator {
 
 /// The operator as it is written, such as `<=`.
 const char* spelling(BinaryOperator op);
+/// The word for it in the names of pages, such as `add`. Operators that share a page share the word.
+const char* page_word(BinaryOperator op);
 
 // ---- Expressions
 

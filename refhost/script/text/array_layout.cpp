@@ -2,6 +2,9 @@
 
 #include "script/text/array_layout.hpp"
 
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
 #include <algorithm>
 
 namespace hvm {
@@ -174,6 +177,15 @@ class ColumnWriter {
 };
 
 }  // namespace
+
+std::int64_t element_count(const Extents& extents) {
+  std::int64_t count = 1;
+  for (const std::int64_t extent : extents)
+    if (extent < 0 || __builtin_mul_overflow(count, extent, &count)) return 0;
+  return count;
+}
+
+std::string in_parentheses(const Extents& extents) { return fmt::format("({})", fmt::join(extents, ", ")); }
 
 std::int64_t edge_of(const Extents& extents) {
   const auto shown = [&](std::int64_t edge) {

@@ -12,6 +12,12 @@ namespace hvm {
 /// The number of positions on each axis, first axis first.
 using Extents = std::vector<std::int64_t>;
 
+/// The product of the extents; 0 where one is negative or the product has no place in 63 bits.
+std::int64_t element_count(const Extents& extents);
+
+/// `(2, 3)`.
+std::string in_parentheses(const Extents& extents);
+
 /// Gives the text of the element at a position, which has an index for each axis.
 using ElementText = std::function<std::string(const Extents& position)>;
 

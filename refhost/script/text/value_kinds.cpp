@@ -4,6 +4,8 @@
 
 #include <fmt/format.h>
 
+#include <string_view>
+
 namespace hvm {
 
 std::string kind_name(const Value& value) {
@@ -28,10 +30,14 @@ std::string kind_name(const Value& value) {
   }
 }
 
+std::string with_article(const std::string& noun) {
+  const bool has_vowel = std::string_view("aeiou").find(noun.front()) != std::string_view::npos;
+  return fmt::format("{} {}", has_vowel ? "an" : "a", noun);
+}
+
 std::string kind_in_words(const Value& value) {
   std::string name = kind_name(value);
-  if (value.is_nil() || value.is_object()) return name;
-  return fmt::format("{} {}", name.front() == 'i' ? "an" : "a", name);
+  return value.is_nil() || value.is_object() ? name : with_article(name);
 }
 
 }  // namespace hvm
