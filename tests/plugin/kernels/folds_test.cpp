@@ -62,6 +62,14 @@ void expect_rows(const std::vector<T>& x, std::size_t rows, std::size_t length) 
     const double distance = static_cast<double>(element) - from;
     return sum + distance * distance;
   });
+  if (rows != 1 || length == 0) return;
+  const auto sum = folded_rows(x, 1, length, T{0}, [](T sum, T element) { return static_cast<T>(sum + element); })[0];
+  const double mean = static_cast<double>(sum) / static_cast<double>(length);
+  const auto deviations = folded_rows(x, 1, length, 0.0, [mean](double sum, T element) {
+    const double deviation = static_cast<double>(element) - mean;
+    return sum + deviation * deviation;
+  });
+  EXPECT_TRUE(same_bits({all.sum_of_squared_deviations(elements.data(), length)}, deviations));
 }
 
 template <class T>
