@@ -13,14 +13,27 @@
 
 #include <xsimd/xsimd.hpp>
 
+// Under the address sanitizer blocks have their exact size, so that an access one element beyond the end is seen.
+#if defined(__SANITIZE_ADDRESS__)
+#define ARRAYFOLD_EXACT_STORAGE
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define ARRAYFOLD_EXACT_STORAGE
+#endif
+#endif
+
 namespace arrayfold {
 
 /// In bytes. It is part of what the containers are, on every processor.
 inline constexpr std::size_t storage_alignment = 32;
 
-/// Memory for `count` elements, not initialised. From 4 MiB on it asks for huge pages. Throws std::bad_alloc when that
-/// many bytes cannot be addressed, and without memory.
-void* allocate_storage(std::size_t count, std::size_t element_size);
+/// What new memory holds: anything, or zeros in every byte.
+enum class Contents : unsigned char { anything, zeros };
+
+/// Memory for `count` elements. From 4 MiB on it asks for huge pages. Zeros come from the C library's `calloc`: pages
+/// that it gets from the system are zeros already and cost nothing until they are touched. Throws std::bad_alloc when
+/// that many bytes cannot be addressed, and without memory.
+void* allocate_storage(std::size_t count, std::size_t element_size, Contents contents);
 void release_storage(void* memory) noexcept;
 
 }  // namespace arrayfold
@@ -46,13 +59,17 @@ class aligned_allocator<T, arrayfold::storage_alignment> {
   };
 
   aligned_allocator() noexcept = default;
+  /// Its memory has these contents; that of a copy of the container has not.
+  explicit aligned_allocator(arrayfold::Contents contents) noexcept : contents_(contents) {}
   template <class U>
   aligned_allocator(const aligned_allocator<U, alignment>&) noexcept {}
 
   pointer allocate(size_type count, const void* = nullptr) {
-    return static_cast<pointer>(arrayfold::allocate_storage(count, sizeof(T)));
+    return static_cast<pointer>(arrayfold::allocate_storage(count, sizeof(T), contents_));
   }
   void deallocate(pointer memory, size_type) noexcept { arrayfold::release_storage(memory); }
+
+  aligned_allocator select_on_container_copy_construction() const noexcept { return {}; }
 
   size_type max_size() const noexcept { return static_cast<size_type>(PTRDIFF_MAX) / sizeof(T); }
 
@@ -64,6 +81,9 @@ class aligned_allocator<T, arrayfold::storage_alignment> {
   void destroy(U* place) {
     place->~U();
   }
+
+ private:
+  arrayfold::Contents contents_ = arrayfold::Contents::anything;
 };
 
 }  // namespace xsimd

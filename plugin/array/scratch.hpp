@@ -15,7 +15,8 @@ namespace arrayfold {
 template <class T>
 class Scratch {
  public:
-  explicit Scratch(std::size_t count) : memory_(static_cast<T*>(allocate_storage(count, sizeof(T)))) {}
+  explicit Scratch(std::size_t count)
+      : memory_(static_cast<T*>(allocate_storage(count, sizeof(T), Contents::anything))) {}
 
   T* data() const { return memory_.get(); }
   T& operator[](std::size_t i) const { return memory_.get()[i]; }

@@ -4,19 +4,12 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
 #include <new>
 #include <optional>
 
 #include <sys/mman.h>
-
-// Under the address sanitizer blocks have their exact size, so that an access one element beyond the end is seen.
-#if defined(__SANITIZE_ADDRESS__)
-#define ARRAYFOLD_EXACT_STORAGE
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define ARRAYFOLD_EXACT_STORAGE
-#endif
-#endif
 
 namespace arrayfold {
 namespace {
@@ -61,28 +54,47 @@ std::size_t checked_size(const Shape& extents, std::size_t element_size) {
 namespace {
 
 #ifdef ARRAYFOLD_EXACT_STORAGE
-void* allocate_aligned(std::size_t bytes) { return ::operator new (bytes, std::align_val_t{block_alignment}); }
+void* allocate_aligned(std::size_t bytes, Contents contents) {
+  void* memory = ::operator new (bytes, std::align_val_t{block_alignment});
+  return contents == Contents::zeros ? std::memset(memory, 0, bytes) : memory;
+}
 void free_aligned(void* memory) { ::operator delete (memory, std::align_val_t{block_alignment}); }
 #else
 // The C library's aligned allocation bypasses malloc's thread cache and costs several times a plain one. A plain block
-// is allocated instead, larger by one alignment, and its address is kept in the word before the elements.
-void* allocate_aligned(std::size_t bytes) {
-  void* block = ::operator new(bytes + block_alignment);
+// is allocated instead, larger by one alignment, and its address is kept in the word before the elements. The address
+// is odd where the block is one of zeros, which the C library itself frees.
+std::uintptr_t& kept_address(void* memory) { return static_cast<std::uintptr_t*>(memory)[-1]; }
+
+void* zeros_of_system(std::size_t bytes) {
+  void* block = std::calloc(bytes, 1);
+  if (block == nullptr) throw std::bad_alloc();
+  return block;
+}
+
+void* allocate_aligned(std::size_t bytes, Contents contents) {
+  const bool are_zeros = contents == Contents::zeros;
+  void* block = are_zeros ? zeros_of_system(bytes + block_alignment) : ::operator new(bytes + block_alignment);
   void* memory = static_cast<void**>(block) + 1;
   std::size_t space = bytes + block_alignment - sizeof(void*);
   std::align(block_alignment, bytes, memory, space);
-  static_cast<void**>(memory)[-1] = block;
+  kept_address(memory) = reinterpret_cast<std::uintptr_t>(block) + are_zeros;
   return memory;
 }
-void free_aligned(void* memory) { ::operator delete(static_cast<void**>(memory)[-1]); }
+void free_aligned(void* memory) {
+  const std::uintptr_t address = kept_address(memory);
+  if (address % 2 == 0)
+    ::operator delete(reinterpret_cast<void*>(address));
+  else
+    std::free(reinterpret_cast<void*>(address - 1));
+}
 #endif
 
 }  // namespace
 
-void* allocate_storage(std::size_t count, std::size_t element_size) {
+void* allocate_storage(std::size_t count, std::size_t element_size, Contents contents) {
   if (count > (largest_size - block_alignment) / element_size) throw std::bad_alloc();
   const std::size_t bytes = count * element_size;
-  void* memory = allocate_aligned(bytes);
+  void* memory = allocate_aligned(bytes, contents);
   advise_huge_pages(memory, bytes);
   return memory;
 }

@@ -6,10 +6,13 @@
 
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <new>
+#include <type_traits>
+#include <vector>
 
 #include "array/xt_object.hpp"
 
@@ -21,6 +24,14 @@ inline std::size_t extent_of(int number) { return static_cast<std::size_t>(std::
 /// Asks for huge pages for memory of any allocator, before its first write. It is advice: a failure changes nothing.
 void advise_huge_pages(void* memory, std::size_t bytes) noexcept;
 
+/// Makes room for `count` elements. A large room asks for huge pages.
+template <class T>
+void reserve_elements(std::vector<T>& elements, std::size_t count) {
+  if (count <= elements.capacity()) return;
+  elements.reserve(count);
+  if constexpr (!std::is_same_v<T, bool>) advise_huge_pages(elements.data(), count * sizeof(T));
+}
+
 /// The product of `extents`. Throws std::bad_alloc when an extent is a negative number converted to unsigned, or when
 /// that many elements of `element_size` bytes cannot be addressed.
 std::size_t checked_size(const Shape& extents, std::size_t element_size);
@@ -28,9 +39,35 @@ std::size_t checked_size(const Shape& extents, std::size_t element_size);
 /// A container of `extents`, its elements not initialised. Throws std::bad_alloc as `checked_size` does, and without
 /// memory.
 template <class T>
-std::unique_ptr<xarray_of<T>> make_container(const Shape& extents) {
+std::shared_ptr<xarray_of<T>> make_container(const Shape& extents) {
   checked_size(extents, sizeof(T));
-  return std::make_unique<xarray_of<T>>(extents);
+  return std::make_shared<xarray_of<T>>(extents);
+}
+
+/// The same with zeros as elements. Many zeros cost nothing until they are touched; a few are written, which takes less
+/// time than the C library's way to zeros.
+template <class T>
+std::shared_ptr<xarray_of<T>> make_zeros(const Shape& extents) {
+  using Storage = typename xarray_of<T>::storage_type;
+  constexpr std::size_t few = (std::size_t{128} << 10) / sizeof(T);
+  const std::size_t count = checked_size(extents, sizeof(T));
+  if (count < few) {
+    auto made = make_container<T>(extents);
+    std::fill_n(made->storage().data(), count, T{});
+    return made;
+  }
+  auto made = std::make_shared<xarray_of<T>>();
+  made->storage() = Storage(count, typename Storage::allocator_type(Contents::zeros));
+  made->resize(extents);
+  return made;
+}
+
+/// An array with a container of zeros.
+template <class Kind>
+std::unique_ptr<ArrayOf<Kind>> make_array_of_zeros(const Shape& extents) {
+  auto array = std::make_unique<ArrayOf<Kind>>();
+  array->array = make_zeros<typename Kind::element>(extents);
+  return array;
 }
 
 /// An array with such a container.

@@ -11,13 +11,17 @@
 namespace arrayfold {
 namespace {
 
-constexpr auto zeros = [](double* first, std::size_t count) { std::fill_n(first, count, 0.0); };
 constexpr auto ones = [](double* first, std::size_t count) { fill(first, count, 1.0); };
 constexpr auto nothing = [](double*, std::size_t) {};
 
 }  // namespace
 
-Outcome xzeros(const Call& call) { return make_filled(call, zeros); }
+Outcome xzeros(const Call& call) {
+  Shape extents;
+  if (!read_extents(call, extents)) return Outcome::failed;
+  give_array(call, make_array_of_zeros<XTDouble>(extents));
+  return Outcome::handled;
+}
 Outcome xones(const Call& call) { return make_filled(call, ones); }
 Outcome xempty(const Call& call) { return make_filled(call, nothing); }
 
@@ -28,9 +32,8 @@ Outcome xeye(const Call& call) {
     extents.push_back(extents[0]);
   else if (!read_extent(call, 1, extents))
     return Outcome::failed;
-  auto array = make_array<XTDouble>(extents);
+  auto array = make_array_of_zeros<XTDouble>(extents);
   auto& storage = array->array->storage();
-  zeros(storage.data(), storage.size());
   for (std::size_t i = 0; i < std::min(extents[0], extents[1]); ++i) storage[i * extents[1] + i] = 1.0;
   give_array(call, std::move(array));
   return Outcome::handled;

@@ -18,13 +18,19 @@ inline bool read_extent(const Call& call, int n, Shape& extents) {
   return true;
 }
 
+/// Appends an extent for each argument. False when one is no number.
+inline bool read_extents(const Call& call, Shape& extents) {
+  for (int n = 0; n < call.nargs; ++n)
+    if (!read_extent(call, n, extents)) return false;
+  return true;
+}
+
 /// Gives a new array with one extent per argument, its elements written by `fill(first, count)`. Fails when an argument
 /// is no number.
 template <class Fill>
 Outcome make_filled(const Call& call, Fill fill) {
   Shape extents;
-  for (int n = 0; n < call.nargs; ++n)
-    if (!read_extent(call, n, extents)) return Outcome::failed;
+  if (!read_extents(call, extents)) return Outcome::failed;
   auto array = make_array<XTDouble>(extents);
   auto& storage = array->array->storage();
   fill(storage.data(), storage.size());

@@ -16,27 +16,26 @@
 namespace arrayfold {
 namespace {
 
-/// Fits the gathered elements to the extents, copies them into the array's container and gives it under the name of
-/// `Kind`. Too many are cut at the end, too few are followed by zeros. The gathered elements stay with the array.
-/// required: under the float name everything is read, computed and stored as doubles, and then the host has no such
-/// type.
+/// An array that keeps the gathered elements, fitted to the extents: too many are cut at the end, too few are followed
+/// by zeros. It has no container yet. required: under the float name everything is read, computed and stored as
+/// doubles, and then the host has no such type.
 template <class Kind>
-void give_elements(Kind kind, const Call& call, const Shape& extents, std::vector<StoredElement<Kind>>& elements) {
-  using Element = StoredElement<Kind>;
-  const std::size_t count = checked_size(extents, sizeof(Element));
+auto keeping(const Shape& extents, std::vector<StoredElement<Kind>>& elements) {
+  const std::size_t count = checked_size(extents, sizeof(StoredElement<Kind>));
   if (count > elements.max_size()) throw std::bad_alloc();
   auto array = std::make_unique<ArrayOf<typename Kind::stored>>();
   array->data.swap(elements);
+  reserve_elements(array->data, count);
   array->data.resize(count);
-  array->array = std::make_shared<xarray_of<Element>>(extents);
-  std::copy(array->data.begin(), array->data.end(), array->array->storage().begin());
-  give_array(call, kind, std::move(array));
+  return array;
 }
 
 template <class Kind>
 Outcome from_dimensions(Kind kind, const Call& call, const Shape& extents) {
-  std::vector<StoredElement<Kind>> zeros;
-  give_elements(kind, call, extents, zeros);
+  std::vector<StoredElement<Kind>> none;
+  auto array = keeping<Kind>(extents, none);
+  array->array = make_zeros<StoredElement<Kind>>(extents);
+  give_array(call, kind, std::move(array));
   return Outcome::handled;
 }
 
@@ -44,7 +43,10 @@ template <class Kind>
 Outcome from_gathered(Kind kind, const Call& call, ArrayData<StoredElement<Kind>>& data) {
   Shape extents;
   for (const int extent : data.shape) extents.push_back(extent_of(extent));
-  give_elements(kind, call, extents, data.values);
+  auto array = keeping<Kind>(extents, data.values);
+  array->array = make_container<StoredElement<Kind>>(extents);
+  std::copy(array->data.begin(), array->data.end(), array->array->storage().begin());
+  give_array(call, kind, std::move(array));
   return Outcome::handled;
 }
 

@@ -55,16 +55,21 @@ constexpr auto by_kernel(Choose choose) {
   };
 }
 
-/// The same for doubles and floats.
+/// Maps doubles and floats to truth values by the loop that `choose` takes from the maps of the operand's kind.
 /// required: integers are not read, since their result is known.
 template <class Choose>
-constexpr auto classified(double of_integers, Choose choose) {
-  return [of_integers, choose](const auto* in, double* out, std::size_t count) {
-    if constexpr (std::is_integral_v<std::decay_t<decltype(*in)>>)
-      fill(out, count, of_integers);
-    else
-      by_kernel(choose)(in, out, count);
-  };
+Outcome classify(const Call& call, bool of_integers, Choose choose) {
+  return give_made(double_first{}, call, [&](auto, const auto& array) {
+    using T = typename std::decay_t<decltype(array)>::value_type;
+    if constexpr (!std::is_integral_v<T>) {
+      return mapped<XTDouble>(array, by_kernel(choose));
+    } else if (of_integers) {
+      return mapped<XTDouble>(array, [](const T*, double* out, std::size_t count) { fill(out, count, 1.0); });
+    } else {
+      check_extents(array);
+      return make_array_of_zeros<XTDouble>(array.shape());
+    }
+  });
 }
 
 /// Applies vectors to doubles and `function` to floats, in 32 bits. Integers are converted to double, block by block.
@@ -112,9 +117,9 @@ constexpr auto radians = by_kernel([](const auto& of) { return of.radians; });
 constexpr auto square = by_kernel([](const auto& of) { return of.square; });
 constexpr auto cube = by_kernel([](const auto& of) { return of.cube; });
 constexpr auto square_root = by_kernel([](const auto& of) { return of.square_root; });
-constexpr auto is_nan = classified(0.0, [](const auto& of) { return of.is_nan; });
-constexpr auto is_infinite = classified(0.0, [](const auto& of) { return of.is_infinite; });
-constexpr auto is_finite = classified(1.0, [](const auto& of) { return of.is_finite; });
+constexpr auto is_nan = [](const auto& of) { return of.is_nan; };
+constexpr auto is_infinite = [](const auto& of) { return of.is_infinite; };
+constexpr auto is_finite = [](const auto& of) { return of.is_finite; };
 
 constexpr auto gamma_function = [](auto x) { return std::tgamma(x); };
 /// required: for doubles these two call the host's functions, for floats the C library's.
@@ -151,8 +156,8 @@ Outcome xtanh(const Call& call) { return map_unary(call, by_vectors(&VectorMath:
 Outcome xerf(const Call& call) { return map_unary(call, one_by_one(host_erf)); }
 Outcome xtgamma(const Call& call) { return map_unary(call, one_by_one(gamma_function)); }
 Outcome xlgamma(const Call& call) { return map_unary(call, one_by_one(host_lgamma)); }
-Outcome xisnan(const Call& call) { return map_unary(call, is_nan); }
-Outcome xisinf(const Call& call) { return map_unary(call, is_infinite); }
-Outcome xisfinite(const Call& call) { return map_unary(call, is_finite); }
+Outcome xisnan(const Call& call) { return classify(call, false, is_nan); }
+Outcome xisinf(const Call& call) { return classify(call, false, is_infinite); }
+Outcome xisfinite(const Call& call) { return classify(call, true, is_finite); }
 
 }  // namespace arrayfold

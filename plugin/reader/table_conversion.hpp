@@ -46,8 +46,7 @@ void make_room(std::vector<T>& values, std::size_t more) {
   if (minimum <= values.capacity()) return;
   std::size_t room = 8;
   while (room < minimum) room *= 2;
-  values.reserve(room);
-  if constexpr (!std::is_same_v<T, bool>) advise_huge_pages(values.data(), values.capacity() * sizeof(T));
+  reserve_elements(values, room);
 }
 
 /// Appends numbers until the table ends. Returns null at its end, else the value that is no number.

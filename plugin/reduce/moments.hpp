@@ -22,12 +22,12 @@ double mean_of(const xarray_of<T>& array) {
 /// The mean of the squared distances from the mean, all in doubles: the variance of a whole population.
 template <class T>
 double variance_of(const xarray_of<T>& array) {
-  const auto& elements = array.storage();
-  const auto count = static_cast<double>(elements.size());
-  const bool is_one_row = array.shape().size() < 2 && !elements.empty();
+  const auto& storage = array.storage();
+  const auto count = static_cast<double>(storage.size());
+  const bool is_one_row = array.shape().size() < 2 && !storage.empty();
   if (is_one_row) {
     check_extents(array);
-    return folds<T>().sum_of_squared_deviations(elements.data(), elements.size()) / count;
+    return folds<T>().sum_of_squared_deviations(storage.data(), storage.size()) / count;
   }
   const auto add_squares = [fold = folds<T>().sum_of_squared_distances, mean = mean_of(array)](
                                const T* elements, std::size_t rows, std::size_t length, double* sums) {

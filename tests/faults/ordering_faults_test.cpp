@@ -17,7 +17,7 @@ namespace {
 class OrderingFaults : public ArrayResultTest {
  protected:
   /// Runs a call with each allocation failing: `minimum` or more of the module's, and the object of the host.
-  void expect_survival(const std::string& name, std::vector<Value> args, int minimum = 4) const {
+  void expect_survival(const std::string& name, std::vector<Value> args, int minimum = 3) const {
     const EntryFunction function = Module::loaded().entry(name);
     const TestArray expected = from_host(call(name, args).result);
     const auto action = [&] {
@@ -64,7 +64,7 @@ class OrderingFaults : public ArrayResultTest {
     for (const char* name : {"xpartition", "xargpartition"})
       for (const int rank : {0, 1, 200, -1}) expect_survival(name, {value, Value(rank)}, minimum);
   }
-  void expect_all_orderings_survive(const Extents& extents, int minimum = 4) const {
+  void expect_all_orderings_survive(const Extents& extents, int minimum = 3) const {
     for (const Kind kind : numeric_kinds) expect_orderings_survive(kind, extents, minimum);
   }
 
@@ -83,7 +83,7 @@ class OrderingFaults : public ArrayResultTest {
       }
     }
   }
-  void expect_all_binnings_survive(const Extents& extents, int minimum = 4) const {
+  void expect_all_binnings_survive(const Extents& extents, int minimum = 3) const {
     for (const Kind kind : numeric_kinds) expect_binnings_survive(kind, extents, minimum);
   }
 
@@ -91,7 +91,7 @@ class OrderingFaults : public ArrayResultTest {
 };
 
 TEST_F(OrderingFaults, OrderingsOfEveryKindAndRank_SurviveEachFailure) {
-  for (std::size_t rank = 0; rank <= 6; ++rank) expect_all_orderings_survive(Extents(rank, 2), rank <= 4 ? 4 : 6);
+  for (std::size_t rank = 0; rank <= 6; ++rank) expect_all_orderings_survive(Extents(rank, 2), rank <= 4 ? 3 : 6);
 }
 
 TEST_F(OrderingFaults, OrderingsOfShortAndLongRows_SurviveEachFailure) {
@@ -134,13 +134,13 @@ TEST_F(OrderingFaults, LongRowsOfIntsAndPositions_AreAmongThem) {
 }
 
 TEST_F(OrderingFaults, BinningsOfEveryKindAndRank_SurviveEachFailure) {
-  for (std::size_t rank = 0; rank <= 6; ++rank) expect_all_binnings_survive(Extents(rank, 2), rank <= 4 ? 4 : 6);
+  for (std::size_t rank = 0; rank <= 6; ++rank) expect_all_binnings_survive(Extents(rank, 2), rank <= 4 ? 3 : 6);
 }
 
 TEST_F(OrderingFaults, BinningsOfFewAndManyElements_SurviveEachFailure) {
   for (const Extents& extents : {Extents{10}, Extents{255}, Extents{256}, Extents{1000}, Extents{300, 1}})
     expect_all_binnings_survive(extents);
-  expect_binnings_survive(Kind::float64, {0}, 4);
+  expect_binnings_survive(Kind::float64, {0}, 3);
 }
 
 TEST_F(OrderingFaults, WhatGivesNoArray_NeedsNone) {

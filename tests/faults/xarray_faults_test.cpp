@@ -60,6 +60,8 @@ TEST_F(XarrayFaults, Dimensions_OfEveryKindAndRank) {
                       of_an_array, std::strcmp(dtype, "float") == 0 ? 0 : 1);
 }
 
+TEST_F(XarrayFaults, ManyZeros) { expect_survival({by({integer(200), integer(300)})}, of_an_array, 1); }
+
 TEST_F(XarrayFaults, ALongDtypeAndLabel_SurviveEachFailure) {
   const std::string name(100, 'x');
   expect_survival({code.quoted_call(name, {integer(2)})}, 1, 0);

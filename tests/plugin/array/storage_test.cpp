@@ -2,15 +2,34 @@
 
 #include "array/storage.hpp"
 
+#include <malloc.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdint>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <string>
 
 #include <gtest/gtest.h>
+
+namespace {
+
+bool advice_is_refused = false;
+
+}  // namespace
+
+/// The system's function, which tests can let fail.
+extern "C" int madvise(void* memory, std::size_t size, int advice) noexcept {
+  if (!advice_is_refused) return static_cast<int>(syscall(SYS_madvise, memory, size, advice));
+  errno = ENOMEM;
+  return -1;
+}
 
 namespace arrayfold {
 namespace {
@@ -114,6 +133,106 @@ TEST(MakeArray, OfFourMebibytes_AsksForHugePages) {
   EXPECT_EQ(asks_for_huge_pages(big->array->storage().data() + 262144), offered);
   EXPECT_FALSE(asks_for_huge_pages(small->array->storage().data() + 262144));
 }
+
+TEST(MakeArray, WhereAdviceIsRefused_IsTheSame) {
+  advice_is_refused = true;
+  const auto array = make_array<XTDouble>(Shape{1 << 20});
+  const auto zeros = make_zeros<double>(Shape{1 << 20});
+  advice_is_refused = false;
+  array->array->storage()[0] = array->array->storage()[(1 << 20) - 1] = 1.5;
+  EXPECT_EQ(array->array->storage().size(), std::size_t{1} << 20);
+  EXPECT_EQ(std::count(zeros->storage().begin(), zeros->storage().end(), 0.0), 1 << 20);
+}
+
+// ---- Zeros
+
+template <class T>
+void expect_zeros(const Shape& extents) {
+  const std::size_t count = checked_size(extents, sizeof(T));
+  SCOPED_TRACE(testing::Message() << count << " elements of " << sizeof(T) << " bytes");
+  // Memory that is free again is not zero.
+  if (auto used = make_container<T>(extents); count > 0)
+    std::memset(static_cast<void*>(used->storage().data()), 0xff, count * sizeof(T));
+  const auto zeros = make_zeros<T>(extents);
+  EXPECT_EQ(zeros->shape(), extents);
+  ASSERT_EQ(zeros->storage().size(), count);
+  const auto* bytes = reinterpret_cast<const unsigned char*>(zeros->storage().data());
+  EXPECT_TRUE(std::all_of(bytes, bytes + count * sizeof(T), [](unsigned char byte) { return byte == 0; }));
+  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(bytes) % (count > 0 ? 64 : 1), 0u);
+  if (count > 0) std::memset(static_cast<void*>(zeros->storage().data()), 0xff, count * sizeof(T));
+}
+
+TEST(MakeZeros, OfEachSize_GivesZerosAndTheExtents) {
+  for (const std::size_t count : {0, 1, 10, 16383, 16384, 16385, 32768, 131071, 131072, 1 << 20}) {
+    expect_zeros<double>(Shape{count});
+    expect_zeros<std::int32_t>(Shape{count});
+    expect_zeros<bool>(Shape{count});
+  }
+  expect_zeros<double>(Shape{});
+  expect_zeros<double>(Shape{3, 0, 70000});
+  expect_zeros<std::int64_t>(Shape{16, 2, 16, 1, 8, 16});
+}
+
+TEST(MakeZeros, HaveTheStridesOfAnyArray) {
+  const auto zeros = make_zeros<double>(Shape{200, 1, 300});
+  const auto other = make_container<double>(Shape{200, 1, 300});
+  EXPECT_EQ(zeros->strides(), other->strides());
+  EXPECT_EQ(zeros->backstrides(), other->backstrides());
+}
+
+TEST(MakeZeros, WithoutMemory_Throws) {
+  EXPECT_THROW(make_zeros<double>(Shape{std::size_t{1} << 44}), std::bad_alloc);
+  EXPECT_THROW(make_zeros<double>(Shape{minus_one}), std::bad_alloc);
+}
+
+TEST(MakeZeros, ACopyOfTheContainer_IsAnyArray) {
+  const auto zeros = make_zeros<double>(Shape{1 << 20});
+  xarray_of<double> copy(*zeros);
+  copy.storage()[5] = 2.5;
+  EXPECT_EQ(zeros->storage()[5], 0.0);
+  EXPECT_EQ(copy.storage().size(), zeros->storage().size());
+}
+
+// Exact storage of zeros is written.
+#ifndef ARRAYFOLD_EXACT_STORAGE
+
+/// The memory that the process has in use, in bytes.
+std::size_t memory_in_use() {
+  std::size_t pages = 0, resident = 0;
+  std::ifstream("/proc/self/statm") >> pages >> resident;
+  return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+TEST(MakeZeros, ManyOfThem_TakeNoMemoryUntilTheyAreTouched) {
+  const std::size_t before = memory_in_use();
+  const auto zeros = make_zeros<double>(Shape{std::size_t{64} << 20});
+  EXPECT_LT(memory_in_use(), before + (std::size_t{16} << 20));
+  EXPECT_EQ(zeros->storage()[std::size_t{63} << 20], 0.0);
+}
+
+TEST(MakeZeros, Released_GoBackToTheSystem) {
+  const std::size_t before = mallinfo2().hblkhd + mallinfo2().uordblks;
+  for (int i = 0; i < 100; ++i) make_zeros<double>(Shape{std::size_t{1} << 20})->storage()[i] = 1;
+  EXPECT_LE(mallinfo2().hblkhd + mallinfo2().uordblks, before + 4096);
+}
+
+/// Ends the process; its status tells whether std::bad_alloc came.
+[[noreturn]] void make_zeros_within_64_mebibytes() {
+  rlimit limit{std::size_t{64} << 20, std::size_t{64} << 20};
+  setrlimit(RLIMIT_AS, &limit);
+  try {
+    make_zeros<double>(Shape{std::size_t{64} << 20});
+  } catch (const std::bad_alloc&) {
+    std::_Exit(7);
+  }
+  std::_Exit(0);
+}
+
+TEST(MakeZerosDeathTest, BeyondTheLimitOfTheProcess_Throws) {
+  EXPECT_EXIT(make_zeros_within_64_mebibytes(), testing::ExitedWithCode(7), "");
+}
+
+#endif
 
 }  // namespace
 }  // namespace arrayfold
