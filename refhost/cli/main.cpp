@@ -234,6 +234,7 @@ int run(const Settings& settings) {
   const Module module = load_module(settings.module_path.empty() ? default_module_path() : settings.module_path);
   if (settings.task == Task::show_version) return show_libraries(module), done;
   if (settings.task == Task::list) return list(settings, module), done;
+  keep_freed_memory(settings.kept_memory);
   if (settings.task == Task::test) return status_of_tests(settings, module);
   std::optional<Trace> trace;
   if (!settings.trace_path.empty()) trace.emplace(settings.trace_path, settings.trace_operations);

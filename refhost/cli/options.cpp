@@ -163,6 +163,9 @@ const std::vector<Option>& options() {
                           999999999,
                           fmt::format("how many operations of the host the trace tells of each call: {} by default, "
                                       "off for none", Trace::most_operations_by_default)))),
+      or_off(count("--keep-memory", "MIB", Group::scripts, scripts, &Settings::kept_memory, 0, 2047,
+                   fmt::format("how much memory of freed arrays stays with the process for the next ones, in MiB: {} by "
+                               "default, off for as much as the C library keeps", kept_memory_by_default))),
 
       task("--test", Group::tests, Task::test, "run scripts as tests: files, and every *.hvm below folders"),
       text("--filter", "PATTERN", Group::tests, {Task::test}, &Settings::filter, "a shell pattern",

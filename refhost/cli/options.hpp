@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/kept_memory.hpp"
 #include "script/module/trace.hpp"
 
 namespace hvm {
@@ -34,6 +35,7 @@ struct Settings {
   bool explains = false;
   std::string warnings = "on";
   std::string trace_path;
+  std::size_t kept_memory = kept_memory_by_default;  // in MiB
   std::size_t trace_operations = Trace::most_operations_by_default;
   /// The script and its arguments, the arguments of -e, the paths of --test, the patterns of --list.
   std::vector<std::string> rest;
