@@ -1,4 +1,4 @@
-# arrayfold_test(NAME SOURCES...): one test binary on GoogleTest, one entry of ctest.
+# arrayfold_test(NAME [HEADERS_OF TARGET] SOURCES...): one test binary on GoogleTest, one entry of ctest.
 
 require_package(GTest libgtest-dev libgmock-dev)
 
@@ -10,10 +10,25 @@ else()
   set(ARRAYFOLD_TEST_OPTIMISATION $<$<CONFIG:Release>:-O1>)
 endif()
 
+# What nearly every test includes is read once. It is compiled as programs are, so that these can use it.
+add_library(test_headers STATIC ${CMAKE_CURRENT_LIST_DIR}/test_headers.cpp)
+target_link_libraries(test_headers PRIVATE project_flags GTest::gtest GTest::gmock)
+target_compile_options(test_headers PRIVATE -fPIE ${ARRAYFOLD_TEST_OPTIMISATION})
+set_target_properties(test_headers PROPERTIES POSITION_INDEPENDENT_CODE OFF)
+target_precompile_headers(test_headers PRIVATE
+  <algorithm> <cstdint> <cstring> <fstream> <functional> <map> <memory> <optional> <sstream> <string> <vector>
+  <gmock/gmock.h> <gtest/gtest.h>)
+
+# HEADERS_OF TARGET takes the precompiled headers of another target.
 function(arrayfold_test name)
-  add_executable(${name} ${ARGN})
+  cmake_parse_arguments(PARSE_ARGV 1 with "" HEADERS_OF "")
+  if(NOT with_HEADERS_OF)
+    set(with_HEADERS_OF test_headers)
+  endif()
+  add_executable(${name} ${with_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE project_flags GTest::gtest GTest::gtest_main)
   target_compile_options(${name} PRIVATE ${ARRAYFOLD_TEST_OPTIMISATION})
+  target_precompile_headers(${name} REUSE_FROM ${with_HEADERS_OF})
   add_test(NAME ${name} COMMAND ${name})
 endfunction()
 

@@ -1,0 +1,1 @@
+// cmake/test_headers.cpp: nothing but the headers that tests share
