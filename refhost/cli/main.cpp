@@ -121,7 +121,8 @@ void run_scripts(const Settings& settings, const Module& module, const Descripti
   options.trace = trace;
   Interpreter interpreter(module.functions, options);
   interpreter.set_global("args", arguments_table(arguments));
-  if (!source || settings.stays) return run_repl(interpreter, {source, settings.explains, options.description});
+  if (!source || settings.stays)
+    return run_repl(interpreter, {source, arguments, settings.explains, options.description});
   try {
     interpreter.run(interpreter.parse(source));
   } catch (const ScriptError&) {

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "cli/performed_calls.hpp"
 #include "cli/safe_text.hpp"
 #include "script/syntax/string_literals.hpp"
 
@@ -22,12 +23,13 @@ bool has_block(const Statement& statement) {
          std::holds_alternative<Try>(form);
 }
 
-/// Whether the error came about in a fn, which may have changed tables and arrays before.
-bool is_inside_fn(const ScriptError& error, const Statement& statement, const SourcePtr& source) {
+/// Whether the statement may have done a part of its work before the error: in its block, in a fn, or by a call that
+/// came to its end.
+bool may_have_acted(const Statement& statement, const ScriptError& error, const SourcePtr& source) {
   const Span place = error.span();
   const bool is_here =
       error.source() == source && place.begin >= statement.span.begin && place.end <= statement.span.end;
-  return !is_here && !std::holds_alternative<Use>(statement.form);  // a `use` fails as a whole, and stands in no block
+  return has_block(statement) || !is_here || may_have_called(statement, place.begin);
 }
 
 /// The statement as it was written. A script that it uses gets its whole path: the session's is in another folder.
@@ -60,7 +62,9 @@ void Recording::finish(const Statement& statement, IsShown is_shown) {
 }
 
 void Recording::fail(const Statement& statement, const ScriptError& error) {
-  if (!has_block(statement) && !is_inside_fn(error, statement, source_)) return leave_out(statement, error.message());
+  // A `use` can stand in no `try`.
+  const bool is_kept = !std::holds_alternative<Use>(statement.form) && may_have_acted(statement, error, source_);
+  if (!is_kept) return leave_out(statement, error.message());
   session_.add({fmt::format("try  # error: {}\n{}\ncatch session_error end", briefly(error.message()),
                             source_->text(statement.span)),
                 IsShown::no});

@@ -20,6 +20,7 @@
 #include "cli/streams.hpp"
 #include "cli/terminal.hpp"
 #include "script/stop/script_end.hpp"
+#include "script/syntax/string_literals.hpp"
 #include "script/syntax/unicode.hpp"
 
 namespace hvm {
@@ -53,7 +54,7 @@ class Repl {
   void run() {
     try {
       greet();
-      if (settings_.script) inputs_.run_script(settings_.script);
+      if (settings_.script) run_script();
       read_inputs();
     } catch (const ScriptExit&) {
       session_.end();
@@ -68,6 +69,15 @@ class Repl {
       put(fmt::format("A session did not come to its end. This brings it back: :load {}\n", safe_text(path)));
     for (const std::string& input : history_.read()) editor_.remember(input);
     tell_complaint();
+  }
+
+  /// The script of the session gives the arguments itself: it runs without any.
+  void run_script() {
+    std::string words;
+    for (const std::string& argument : settings_.arguments)
+      words += (words.empty() ? "" : ", ") + string_literal(argument);
+    if (!words.empty()) session_.add({fmt::format("args = [{}]\n", words), IsShown::no});
+    inputs_.run_script(settings_.script);
   }
 
   void tell_complaint() {

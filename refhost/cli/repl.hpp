@@ -2,12 +2,16 @@
 
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "script/run/interpreter.hpp"
 
 namespace hvm {
 
 struct PromptSettings {
   SourcePtr script = nullptr;                // runs before the first input; null: none
+  std::vector<std::string> arguments = {};   // of the script, which has them in `args`
   bool explains = false;                     // tell the whole story with every error
   const Description* description = nullptr;  // of the module's functions; null: there is none
 };

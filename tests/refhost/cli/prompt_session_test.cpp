@@ -63,6 +63,16 @@ TEST(Repl, SavedScripts_HoldWhatRanOfInputsThatFailed) {
        "# twice as much\nfn double(n) return 2 * n end\n",
        nullptr},
       {{"fn half() return _ / 2 end", "8", "x = half()"}, "fn half() return _ / 2 end\n_ = 8\nx = half()\n", "4"},
+      {{"t = []; fn fill() t[0] = 7; return 1 end", "fill() / 0", "x = t"},
+       "t = []; fn fill() t[0] = 7; return 1 end\n"
+       "try  # error: '/' by the integer zero\nfill() / 0\ncatch session_error end\nx = t\n",
+       "[7]"},
+      {{"x = [1, 2, 3]", "u = [0, -remove(x, 0)]; v = [\"k\": u[not remove(x, 0):]] / 0"}, nullptr, "[3]"},
+      {{"x = [1]", "append(x, 2) + 1", "x[append(x, 3) or 5] = 1 / 0"}, nullptr, "[1, 2, 3]"},
+      {{"x = 4", "print(x / 0)", "toy_fail(x)"},
+       "x = 4\n# print(x / 0)  # error: '/' by the integer zero\n"
+       "# toy_fail(x)  # error: toy_fail: the call failed with an int\n",
+       "4"},
       {{"8; x = _ + 1; x"}, "_ = 8; x = _ + 1; _ = x\n", "9"},
   };
   for (const auto& row : rows) {
@@ -112,6 +122,16 @@ TEST(Repl, SavedScripts_FindTheScriptsThatTheyUse) {
   EXPECT_THAT(contents(place.path() + "/away/all.hvm"), HasSubstr("use \"arrays\"\n"));
   const Outcome outcome = run_toy({place.path() + "/away/all.hvm"});
   EXPECT_EQ(outcome.out, "7 8\n") << outcome.err;
+}
+
+TEST(Repl, SavedScripts_HoldTheArgumentsOfTheFirstScript) {
+  const Workplace place;
+  TerminalConditions conditions;
+  conditions.folder = place.path();
+  conditions.arguments = {"-i", place.write("script.hvm", "x = args[1]\n"), "one", "two \"\\"};
+  Prompt terminal(conditions);
+  terminal.answer(":save all.hvm");
+  EXPECT_EQ(contents(place.path() + "/all.hvm"), "args = [\"one\", \"two \\\"\\\\\"]\nx = args[1]\n");
 }
 
 TEST(Repl, TheOptionI_StaysAfterAScript) {
