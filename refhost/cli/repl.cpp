@@ -41,6 +41,17 @@ std::string folder_of(const std::string& path) {
   return path.empty() || !folder.empty() ? folder : ".";
 }
 
+/// A path as a command takes it.
+std::string as_typed(const std::string& path) {
+  const bool is_plain = path.find_first_of(" \t\"") == std::string::npos;
+  return safe_text(is_plain ? path : fmt::format("\"{}\"", path));
+}
+
+std::string unquoted(const std::string& path) {
+  const bool is_quoted = path.size() > 1 && path.front() == '"' && path.back() == '"';
+  return is_quoted ? path.substr(1, path.size() - 2) : path;
+}
+
 class Repl {
  public:
   Repl(Interpreter& interpreter, const PromptSettings& settings)
@@ -66,7 +77,8 @@ class Repl {
   void greet() {
     put(fmt::format("hvm {}, type help for help\n", HVM_VERSION));
     for (const std::string& path : session_.lost_sessions())
-      put(fmt::format("A session did not come to its end. This brings it back: :load {}\n", safe_text(path)));
+      put(fmt::format("An earlier session did not end properly. To bring its variables back, type\n  :load {}\n",
+                      as_typed(path)));
     for (const std::string& input : history_.read()) editor_.remember(input);
     tell_complaint();
   }
@@ -171,11 +183,6 @@ class Repl {
     const auto command = std::find_if(known.begin(), known.end(), [&](const auto& each) { return each.name == name; });
     inputs_.tell_error(command == known.end() ? fmt::format("there is no command {}; help(commands) lists them", name)
                                               : fmt::format("it is written {}", command->usage));
-  }
-
-  static std::string unquoted(const std::string& path) {
-    const bool is_quoted = path.size() > 1 && path.front() == '"' && path.back() == '"';
-    return is_quoted ? path.substr(1, path.size() - 2) : path;
   }
 
   void show_variables() {

@@ -8,7 +8,10 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <ctime>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
 
 #include "cli/names.hpp"
@@ -22,6 +25,43 @@ namespace {
 constexpr const char* front = "session-";
 constexpr const char* lost_front = "lost-session-";
 constexpr const char* ending = ".hvm";
+constexpr std::time_t seconds_kept = 30 * 24 * 60 * 60;  // of a lost session, from when it was offered
+
+bool has_form(const std::string& name, std::string_view beginning) {
+  return name.compare(0, beginning.size(), beginning) == 0 && std::filesystem::path(name).extension() == ending;
+}
+
+/// The paths `folder/beginning...hvm`.
+std::vector<std::string> files_in(const std::string& folder, std::string_view beginning) {
+  std::vector<std::string> paths;
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error))
+    if (has_form(entry->path().filename().string(), beginning)) paths.push_back(entry->path().string());
+  std::sort(paths.begin(), paths.end());
+  return paths;
+}
+
+/// A path `folder/beginningNUMBER.hvm` that does not exist.
+std::string free_path(const std::string& folder, std::string_view beginning, long number) {
+  std::error_code error;
+  std::string path;
+  do path = fmt::format("{}/{}{}{}", folder, beginning, number++, ending);
+  while (std::filesystem::exists(path, error));
+  return path;
+}
+
+/// Removes what was offered long ago, and not taken.
+void remove_old(const std::string& folder) {
+  for (const std::string& path : files_in(folder, lost_front)) {
+    struct stat status = {};
+    const bool is_old = lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+                        std::time(nullptr) - status.st_mtime > seconds_kept;
+    if (is_old) unlink(path.c_str());
+  }
+}
+
+/// Whether an open file has the lock that a running session keeps. The system takes it back when hvm ends.
+bool takes_lock(const Descriptor& file) { return file.is_open() && flock(file.number(), LOCK_EX | LOCK_NB) == 0; }
 
 /// Whether `_` stands in the text as a word. In a string or a comment it counts, too, which does no harm.
 bool reads_shown(const std::string& text) {
@@ -60,13 +100,21 @@ void Session::keep(const std::string& text, bool is_whole) {
   if (!is_ready || !write_all(file, text)) folder_.clear();
 }
 
+/// Sessions of other machines and containers may have the same process numbers, in the same folder.
 bool Session::open_file() {
+  constexpr int most_attempts = 10;
   if (file_.is_open()) return true;
   make_private_folder(folder_);
-  path_ = fmt::format("{}/{}{}{}", folder_, front, getpid(), ending);
-  file_.take(open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY, 0600));
-  // The lock tells other sessions that this one runs. The system takes it back when hvm ends.
-  if (file_.is_open() && flock(file_.number(), LOCK_EX | LOCK_NB) == 0) return true;
+  for (int i = 0; i < most_attempts; ++i) {
+    path_ = free_path(folder_, front, getpid());
+    file_.take(open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY, 0600));
+    if (!file_.is_open() && errno != EEXIST) break;
+    // One that starts takes a file without a lock for that of a lost session.
+    struct stat status = {};
+    if (takes_lock(file_) && fstat(file_.number(), &status) == 0 && status.st_nlink > 0) return true;
+    if (file_.is_open()) unlink(path_.c_str());
+  }
+  file_.close();
   folder_.clear();
   return false;
 }
@@ -79,22 +127,20 @@ void Session::end() noexcept {
 std::vector<std::string> Session::lost_sessions() const {
   std::vector<std::string> lost;
   if (folder_.empty()) return lost;
-  std::error_code error;
-  for (std::filesystem::directory_iterator entry(folder_, error), end; !error && entry != end; entry.increment(error)) {
-    const std::string name = entry->path().filename().string();
-    if (name.rfind(front, 0) != 0 || entry->path().extension() != ending) continue;
-    const Descriptor file(open(entry->path().c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
-    if (!file.is_open() || flock(file.number(), LOCK_EX | LOCK_NB) != 0) continue;
+  remove_old(folder_);
+  for (const std::string& path : files_in(folder_, front)) {
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
     struct stat status = {};
-    if (fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
+    if (!takes_lock(file) || fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
     if (status.st_size == 0) {
-      unlink(entry->path().c_str());
+      unlink(path.c_str());
       continue;
     }
-    const std::string kept = fmt::format("{}/{}{}", folder_, lost_front, name.substr(std::string_view(front).size()));
-    if (rename(entry->path().c_str(), kept.c_str()) == 0) lost.push_back(kept);
+    const std::string kept = free_path(folder_, lost_front, getpid());
+    if (rename(path.c_str(), kept.c_str()) != 0) continue;
+    futimens(file.number(), nullptr);  // the time until it is removed begins
+    lost.push_back(kept);
   }
-  std::sort(lost.begin(), lost.end());
   return lost;
 }
 
@@ -102,7 +148,7 @@ bool Session::is_lost(const std::string& path) const {
   const std::filesystem::path file = std::filesystem::path(path);
   std::error_code error;
   const bool is_here = !folder_.empty() && std::filesystem::equivalent(folder_, file.parent_path(), error);
-  return is_here && file.filename().string().rfind(lost_front, 0) == 0;
+  return is_here && has_form(file.filename().string(), lost_front);
 }
 
 void Session::forget(const std::string& path) const {

@@ -33,7 +33,8 @@ class Session {
   /// Removes the file: the user has ended the session.
   void end() noexcept;
 
-  /// The paths of scripts with the inputs of sessions that did not come to their end. Each is given once.
+  /// The paths of scripts with the inputs of sessions that did not come to their end. Each is given once, and removed
+  /// thirty days later.
   std::vector<std::string> lost_sessions() const;
   /// Whether a path is one of these.
   bool is_lost(const std::string& path) const;

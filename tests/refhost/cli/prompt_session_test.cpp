@@ -5,7 +5,10 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
+#include <fstream>
+#include <utility>
 
 #include "terminal.hpp"
 
@@ -239,7 +242,7 @@ TEST(Repl, AHistoryOfAnyBytes_DoesNoHarm) {
 /// The script that hvm names when it starts.
 std::string offered_script(Terminal& terminal) {
   const std::string shown = terminal.wait_for("\n> ");
-  const std::string words = "A session did not come to its end. This brings it back: :load ";
+  const std::string words = "An earlier session did not end properly. To bring its variables back, type\r\n  :load ";
   EXPECT_THAT(shown, HasSubstr(words));
   const std::size_t begin = shown.find(words) + words.size();
   return shown.substr(begin, shown.find('\r', begin) - begin);
@@ -298,6 +301,71 @@ TEST(Repl, AnInputWithAFault_IsOfferedUpToTheStatementOfTheFault) {
   EXPECT_FALSE(std::filesystem::exists(path));
   terminal.answer(":save " + place.path() + "/all.hvm");
   EXPECT_EQ(run_toy({"-e", contents(place.path() + "/all.hvm") + "print(x)"}).out, "41\n");
+}
+
+/// Makes the script of a session that did not end.
+void leave_session(const std::string& folder, const std::string& name, const std::string& text) {
+  const std::string path = folder + "/" + name;
+  std::filesystem::create_directories(folder);
+  std::ofstream(path) << text;
+}
+
+TEST(Repl, ALostSession_IsNamedAsItIsTyped) {
+  const Workplace place;
+  TerminalConditions conditions;
+  conditions.columns = 300;
+  conditions.state = place.path() + "/two words";
+  leave_session(conditions.state + "/hvm", "session-1.hvm", "x = 41\n");
+  Terminal terminal(conditions);
+  const std::string path = offered_script(terminal);
+  EXPECT_EQ(path.front(), '"');
+  terminal.answer(":load " + path);
+  EXPECT_THAT(terminal.answer("x"), HasSubstr("\r\n41\r\n"));
+}
+
+TEST(Repl, LostSessions_AreNotWrittenOver) {
+  const Workplace place;
+  const std::string folder = place.path() + "/hvm";
+  TerminalConditions conditions;
+  conditions.state = place.path();
+  leave_session(folder, "session-1.hvm", "x = 1\n");
+  leave_session(folder, "session-2.hvm", "x = 2\n");
+  leave_session(folder, "session-3.hvm", "");
+  Prompt terminal(conditions);
+  leave_session(folder, "session-" + std::to_string(terminal.id()) + ".hvm", "x = 3\n");
+  terminal.answer("x = 4");
+  std::vector<std::string> kept;
+  for (const auto& entry : std::filesystem::directory_iterator(folder))
+    if (entry.path().extension() == ".hvm") kept.push_back(contents(entry.path().string()));
+  EXPECT_THAT(kept, ::testing::UnorderedElementsAre("x = 1\n", "x = 2\n", "x = 3\n", "x = 4\n"));
+}
+
+TEST(Repl, LostSessionsThatAreOld_AreRemoved) {
+  const Workplace place;
+  const std::string folder = place.path() + "/hvm";
+  TerminalConditions conditions;
+  conditions.state = place.path();
+  const std::pair<const char*, int> ages[] = {{"lost-session-1.hvm", 31}, {"lost-session-2.hvm", 29}, {"mine.hvm", 99}};
+  for (const auto& [name, days] : ages) {
+    leave_session(folder, name, "x = 1\n");
+    std::filesystem::last_write_time(folder + "/" + name,
+                                     std::filesystem::file_time_type::clock::now() - std::chrono::hours(24 * days));
+  }
+  leave_session(folder, "session-9.hvm", "x = 9\n");
+  std::filesystem::last_write_time(folder + "/session-9.hvm",
+                                   std::filesystem::file_time_type::clock::now() - std::chrono::hours(24 * 40));
+  std::string offered;
+  for (int i = 0; i < 2; ++i) {
+    Terminal terminal(conditions);
+    if (i == 0)
+      offered = offered_script(terminal);
+    else
+      terminal.wait_for("> ");
+    EXPECT_TRUE(std::filesystem::exists(offered)) << i;
+    EXPECT_FALSE(std::filesystem::exists(folder + "/lost-session-1.hvm"));
+    EXPECT_TRUE(std::filesystem::exists(folder + "/lost-session-2.hvm"));
+    EXPECT_TRUE(std::filesystem::exists(folder + "/mine.hvm"));
+  }
 }
 
 TEST(Repl, AScriptOfALostSessionThatCannotBeRead_Stays) {

@@ -22,7 +22,7 @@ TEST(Repl, ATerminalThatGoesAway_EndsHvm) {
     terminal.go_away();
     terminal.exit_status();
     Terminal next(conditions);
-    EXPECT_THAT(next.wait_for("\n> "), HasSubstr("A session did not come to its end")) << ignores;
+    EXPECT_THAT(next.wait_for("\n> "), HasSubstr("An earlier session did not end properly")) << ignores;
   }
 }
 
