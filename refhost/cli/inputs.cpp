@@ -100,6 +100,14 @@ void Inputs::load(const std::string& path) {
   if (is_lost && is_read) session_.forget(path);
 }
 
+void Inputs::save(const std::string& path) {
+  guarded([&] {
+    const Interrupts::Run run(interpreter_);
+    const std::string failure = save_script(path, session_.script());
+    failure.empty() ? put(fmt::format("saved in {}\n", safe_text(path))) : tell_error(failure);
+  });
+}
+
 void Inputs::tell_why() {
   guarded([&] {
     const Explanation& last = interpreter_.last_explanation();

@@ -30,6 +30,8 @@ class Inputs {
   bool run_script(const SourcePtr& source, AtError at_error = AtError::end);
   /// Runs the script in a file. That of a lost session goes on behind errors, and is part of this session then.
   void load(const std::string& path);
+  /// Writes the session as a script.
+  void save(const std::string& path);
   /// Tells the story of the last error.
   void tell_why();
   /// What a variable holds, in a few words.

@@ -178,7 +178,7 @@ class Repl {
     remember(words);
     if (name == ":vars" && rest.empty()) return show_variables();
     if (name == ":load" && !rest.empty()) return inputs_.load(unquoted(rest));
-    if (name == ":save" && !rest.empty()) return save(unquoted(rest));
+    if (name == ":save" && !rest.empty()) return inputs_.save(unquoted(rest));
     const auto& known = prompt_commands();
     const auto command = std::find_if(known.begin(), known.end(), [&](const auto& each) { return each.name == name; });
     inputs_.tell_error(command == known.end() ? fmt::format("there is no command {}; help(commands) lists them", name)
@@ -190,12 +190,6 @@ class Repl {
     for (const std::string& name : interpreter_.globals()) widest = std::max(widest, name.size());
     for (const std::string& name : interpreter_.globals())
       put(fmt::format("{:<{}}  {}\n", name, widest, inputs_.outline(name)));
-  }
-
-  void save(const std::string& path) {
-    const Interrupts::Run run(interpreter_);
-    const std::string failure = save_script(path, session_.script());
-    failure.empty() ? put(fmt::format("saved in {}\n", safe_text(path))) : inputs_.tell_error(failure);
   }
 
   static constexpr std::size_t long_input = std::size_t{16} << 10;

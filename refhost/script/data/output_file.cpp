@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "script/data/data_error.hpp"
+#include "script/data/waiting.hpp"
 
 namespace hvm {
 namespace {
@@ -59,7 +60,7 @@ OutputFile::OutputFile(const std::string& path) : name_(path), progress_("writin
   const bool exists = stat(path.c_str(), &old) == 0;
   if (!exists && errno != ENOENT) fail_by_system();
   if (exists && !S_ISREG(old.st_mode)) {
-    file_.take(uninterrupted([&] { return open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY); }));
+    file_.take(open_to_write(path));
     if (!file_.is_open()) fail_by_system();
     return;
   }
@@ -123,6 +124,10 @@ void OutputFile::write_all(std::string_view text) {
   while (!text.empty()) {
     const std::string_view part = text.substr(0, written_at_once);
     const ssize_t count = uninterrupted([&] { return ::write(file_.number(), part.data(), part.size()); });
+    if (count < 0 && errno == EAGAIN) {
+      await_output(file_.number());
+      continue;
+    }
     if (count < 0) fail_by_system();
     text.remove_prefix(static_cast<std::size_t>(count));
     bytes_ += static_cast<std::uint64_t>(count);

@@ -2,9 +2,7 @@
 
 #include "script/data/text_input.hpp"
 
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <poll.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -12,7 +10,7 @@
 #include <system_error>
 
 #include "script/data/data_error.hpp"
-#include "script/stop/interruption.hpp"
+#include "script/data/waiting.hpp"
 #include "script/syntax/unicode.hpp"
 
 namespace hvm {
@@ -22,10 +20,7 @@ constexpr std::size_t chunk_size = std::size_t{1} << 18;
 
 std::string shown_name(const std::string& path) { return is_standard_input(path) ? "the standard input" : path; }
 
-int opened(const std::string& path) {
-  if (is_standard_input(path)) return STDIN_FILENO;
-  return uninterrupted([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); });
-}
+int opened(const std::string& path) { return is_standard_input(path) ? STDIN_FILENO : open_to_read(path); }
 
 bool is_ascii(std::string_view text) {
   unsigned char all = 0;
@@ -111,16 +106,9 @@ void TextInput::fail_at(std::string_view text, std::size_t offset, const char* c
   fail(fmt::format("line {}, character {}: {}", lines_ + 1, characters_ + 1, cause));
 }
 
-/// Waits until there is something to read, where that may take long: at a terminal, a pipe or a device.
-void TextInput::await_text() const {
-  if (S_ISREG(status_.st_mode)) return;
-  pollfd waiting{file_.number(), POLLIN, 0};
-  while (poll(&waiting, 1, -1) < 0 && errno == EINTR) obey_interruption();
-}
-
 /// False at the end of the file.
 bool TextInput::read_more() {
-  await_text();
+  await_input(file_.number());
   const ssize_t count =
       uninterrupted([&] { return read(file_.number(), buffer_.data() + filled_, buffer_.size() - filled_); });
   if (count < 0) fail_by_system();

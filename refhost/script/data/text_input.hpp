@@ -41,7 +41,6 @@ class TextInput {
   void leave_out_mark();
   void pass(std::string_view text);
   [[noreturn]] void fail_at(std::string_view text, std::size_t offset, const char* cause);
-  void await_text() const;
   bool read_more();
   void require_unchanged() const;
   void require_text(std::string_view text);

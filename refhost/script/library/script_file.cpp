@@ -11,12 +11,25 @@
 #include <iterator>
 #include <new>
 #include <system_error>
+#include <vector>
+
+#include "script/data/descriptor.hpp"
+#include "script/data/waiting.hpp"
 
 namespace hvm {
 namespace {
 
-SourcePtr source_of(const std::string& name, std::istream& input, Origin origin) {
-  return std::make_shared<SourceText>(name, std::string{std::istreambuf_iterator<char>(input), {}}, origin);
+std::string text_in(const Descriptor& file, const std::string& path) {
+  std::string text;
+  std::vector<char> chunk(std::size_t{1} << 16);
+  while (true) {
+    await_input(file.number());
+    const ssize_t count = uninterrupted([&] { return read(file.number(), chunk.data(), chunk.size()); });
+    if (count < 0)
+      throw FileError(fmt::format("the script {} cannot be read: {}", path, std::generic_category().message(errno)));
+    if (count == 0) return text;
+    text.append(chunk.data(), static_cast<std::size_t>(count));
+  }
 }
 
 /// Runs `read`, and names the script when memory runs out.
@@ -48,10 +61,10 @@ SourcePtr read_script(const std::string& path, Origin origin) {
     std::error_code error;
     if (std::filesystem::is_directory(path, error))
       throw FileError(fmt::format("{} is a directory, not a script", path));
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
+    const Descriptor file(open_to_read(path));
+    if (!file.is_open())
       throw FileError(fmt::format("the script {} cannot be opened: {}", path, std::generic_category().message(errno)));
-    return source_of(path, file, origin);
+    return std::make_shared<SourceText>(path, text_in(file, path), origin);
   });
 }
 
@@ -72,7 +85,9 @@ std::string library_with(const std::string& function) {
 }
 
 SourcePtr read_standard_input() {
-  return named("<stdin>", [] { return source_of("<stdin>", std::cin, Origin::script); });
+  return named("<stdin>", [] {
+    return std::make_shared<SourceText>("<stdin>", std::string{std::istreambuf_iterator<char>(std::cin), {}});
+  });
 }
 
 }  // namespace hvm

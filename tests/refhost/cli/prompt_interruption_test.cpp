@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
 
 #include "terminal.hpp"
 
@@ -99,22 +100,53 @@ TEST(Repl, CtrlC_AgainInACallOfTheModuleEndsHvm) {
   EXPECT_EQ(terminal.ending_signal(), SIGINT);
 }
 
-TEST(Repl, CtrlC_TwiceEndsHvmWhereACommandWaitsForAPipe) {
-  for (const std::string command : {":load pipe", ":save pipe"}) {
-    const Workplace place;
-    ASSERT_EQ(mkfifo((place.path() + "/pipe").c_str(), 0600), 0);
-    TerminalConditions conditions;
-    conditions.folder = place.path();
-    Prompt terminal(conditions);
-    terminal.type(command + "\n");
+TEST(Repl, CtrlC_EndsTheWaitingForTheOtherEndOfAPipe) {
+  const Workplace place;
+  ASSERT_EQ(mkfifo((place.path() + "/pipe.hvm").c_str(), 0600), 0);
+  TerminalConditions conditions;
+  conditions.folder = place.path();
+  Prompt terminal(conditions);
+  terminal.answer("kept = 7");
+  for (const std::string input : {":load pipe.hvm", ":save pipe.hvm", "read_text(\"pipe.hvm\")", "use \"pipe.hvm\"",
+                                  "write_text(\"pipe.hvm\", \"text\")", "read_csv(\"pipe.hvm\")"}) {
+    terminal.type(input + "\n");
     terminal.wait_until_it_runs();
     terminal.press("\x03");
-    terminal.wait_for("press Ctrl-C again to end hvm");
-    usleep(800000);
-    terminal.press("\x03");
-    EXPECT_EQ(terminal.exit_status(), -1) << command;
-    EXPECT_EQ(terminal.ending_signal(), SIGINT) << command;
+    EXPECT_THAT(terminal.wait_for("\n> "), HasSubstr("error: interrupted")) << input;
   }
+  EXPECT_THAT(terminal.answer("kept"), HasSubstr("\r\n7\r\n"));
+}
+
+TEST(Repl, CtrlC_EndsTheWritingToAPipeThatIsFull) {
+  const Workplace place;
+  ASSERT_EQ(mkfifo((place.path() + "/pipe").c_str(), 0600), 0);
+  const int reader = open((place.path() + "/pipe").c_str(), O_RDWR | O_CLOEXEC);
+  TerminalConditions conditions;
+  conditions.folder = place.path();
+  Prompt terminal(conditions);
+  terminal.type("write_text(\"pipe\", \"a\" * 10000000)\n");
+  terminal.wait_until_it_runs();
+  terminal.press("\x03");
+  EXPECT_THAT(terminal.wait_for("\n> "), HasSubstr("<input 1>:1:1: error: interrupted"));
+  close(reader);
+}
+
+TEST(Repl, Pipes_AreReadAndWrittenWhenTheOtherEndComes) {
+  const Workplace place;
+  ASSERT_EQ(mkfifo((place.path() + "/pipe").c_str(), 0600), 0);
+  TerminalConditions conditions;
+  conditions.folder = place.path();
+  Prompt terminal(conditions);
+  terminal.type(":load pipe\n");
+  terminal.wait_until_it_runs();
+  std::ofstream(place.path() + "/pipe") << "x = 41\n";
+  terminal.wait_for("\n> ");
+  terminal.type("write_text(\"pipe\", str(x + 1) + \"a\" * 1000000)\n");
+  terminal.wait_until_it_runs();
+  const std::string written = contents(place.path() + "/pipe");
+  EXPECT_EQ(written.substr(0, 3), "42a");
+  EXPECT_EQ(written.size(), 1000002u);
+  terminal.wait_for("\n> ");
 }
 
 TEST(Repl, CtrlC_EndsADrawingWithoutHarm) {
