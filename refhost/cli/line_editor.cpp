@@ -2,6 +2,7 @@
 
 #include "cli/line_editor.hpp"
 
+#include <fcntl.h>
 #include <histedit.h>
 #include <langinfo.h>
 #include <locale.h>
@@ -10,8 +11,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstring>
+#include <cwchar>
 #include <new>
 
 #include "cli/streams.hpp"
@@ -67,6 +70,56 @@ std::size_t common_length(const std::vector<std::string>& words) {
   return length;
 }
 
+/// Signals after which the terminal needs the editor. The handlers of the system's editor serve the first one while a
+/// line is typed, and put these back.
+volatile sig_atomic_t is_resized = 0;
+volatile sig_atomic_t is_continued = 0;
+
+/// Handles a signal as long as it lives.
+class Handling {
+ public:
+  Handling(int signal, void (*handler)(int)) : signal_(signal) {
+    struct sigaction action = {};
+    action.sa_handler = handler;  // without SA_RESTART: reading ends, and looks
+    sigaction(signal, &action, &before_);
+  }
+  ~Handling() { sigaction(signal_, &before_, nullptr); }
+  Handling(const Handling&) = delete;
+  Handling& operator=(const Handling&) = delete;
+
+ private:
+  int signal_;
+  struct sigaction before_ = {};
+};
+
+/// Characters of UTF-8 that come byte by byte.
+class ByteReader {
+ public:
+  enum class Found { nothing, character, wrong_byte };
+
+  bool is_empty() const { return count_ == 0; }
+  void add(char byte) { bytes_[count_++] = byte; }
+  /// Takes the first character. A byte that begins none is taken as one.
+  Found take(wchar_t& character) {
+    if (count_ == 0) return Found::nothing;
+    std::mbstate_t state = {};
+    std::size_t length = std::mbrtowc(&character, bytes_, count_, &state);
+    if (length == static_cast<std::size_t>(-2)) return Found::nothing;
+    const bool is_wrong = length == static_cast<std::size_t>(-1);
+    if (is_wrong || length == 0) length = 1;  // NUL has no length
+    count_ -= length;
+    std::copy(bytes_ + length, bytes_ + length + count_, bytes_);
+    if (is_wrong) character = replacement;
+    return is_wrong ? Found::wrong_byte : Found::character;
+  }
+
+ private:
+  static constexpr wchar_t replacement = 0xFFFD;
+
+  char bytes_[MB_LEN_MAX] = {};
+  std::size_t count_ = 0;
+};
+
 }  // namespace
 
 /// The line editor of the system, with the functions of two keys.
@@ -96,13 +149,16 @@ class LineEditor::Editor {
     // The system's editor ends the process in a window of a few columns. There the terminal edits the lines.
     el_wset(line_, EL_EDITMODE, terminal_width() >= least_width ? 1 : 0);
     const Marks marks(marks_pastes_);
+    const Handling resizing(SIGWINCH, [](int) { is_resized = 1; });
+    const Handling continuing(SIGCONT, [](int) { is_continued = 1; });
+    has_wrong_bytes_ = false;
     errno = 0;
     const char* typed = el_gets(line_, &count);
-    if (is_dropped_ || (!typed && errno == EINTR)) return {TypedLine::End::dropped, {}};
+    if (is_dropped_ || (!typed && errno == EINTR)) return {TypedLine::End::dropped};
     if (!typed || count <= 0) return {};
     std::string text(typed, static_cast<std::size_t>(count));
     if (text.back() == '\n') text.pop_back();
-    return {TypedLine::End::entered, std::move(text)};
+    return {TypedLine::End::entered, std::move(text), has_wrong_bytes_};
   }
 
   void remember(const std::string& entry) {
@@ -141,6 +197,7 @@ class LineEditor::Editor {
     el_set(line_, EL_PROMPT, &Editor::shown_prompt);
     el_wset(line_, EL_EDITOR, L"emacs");
     el_wset(line_, EL_SIGNAL, 1);
+    el_wset(line_, EL_GETCFN, &Editor::next_character);
     using Action = unsigned char (*)(EditLine*, wint_t);
     const struct {
       const wchar_t* name;
@@ -175,6 +232,37 @@ class LineEditor::Editor {
 
   static char* shown_prompt(EditLine* line) { return of(line).prompt_.data(); }
 
+  /// Gives the next character that is typed: 1; 0 at the end of the input, -1 with an error in `errno`. The system's
+  /// own reading leaves out bytes that are not UTF-8 without a word.
+  static int next_character(EditLine* line, wchar_t* character) {
+    Editor& editor = of(line);
+    while (true) {
+      const ByteReader::Found found = editor.bytes_.take(*character);
+      if (found == ByteReader::Found::wrong_byte) editor.has_wrong_bytes_ = true;
+      if (found != ByteReader::Found::nothing) return 1;
+      char byte = 0;
+      const ssize_t count = ::read(STDIN_FILENO, &byte, 1);
+      if (count == 1)
+        editor.bytes_.add(byte);
+      else if (count == 0 || !editor.goes_on())
+        return static_cast<int>(count);
+    }
+  }
+
+  /// Whether reading can go on after the error in `errno`.
+  bool goes_on() {
+    if (errno == EAGAIN) return fcntl(STDIN_FILENO, F_SETFL, fcntl(STDIN_FILENO, F_GETFL) & ~O_NONBLOCK) == 0;
+    if (errno != EINTR || (!is_resized && !is_continued)) return false;
+    if (is_resized) el_resize(line_);
+    if (is_continued) {
+      edit_again();
+      el_wset(line_, EL_REFRESH);
+    }
+    is_continued = 0;
+    is_resized = 0;
+    return true;
+  }
+
   static unsigned char drop_line(EditLine* line, wint_t) {
     of(line).is_dropped_ = true;
     of(line).is_pasting_ = false;
@@ -193,9 +281,17 @@ class LineEditor::Editor {
     return CC_NORM;
   }
 
-  static unsigned char stop(EditLine*, wint_t) {
+  static unsigned char stop(EditLine* line, wint_t) {
+    el_wset(line, EL_PREP_TERM, 0);
     raise(SIGTSTP);
+    of(line).edit_again();
     return CC_REDISPLAY;
+  }
+
+  /// The shell may have left the terminal in its own mode.
+  void edit_again() {
+    el_wset(line_, EL_PREP_TERM, 0);
+    el_wset(line_, EL_PREP_TERM, 1);
   }
 
   static unsigned char complete_word(EditLine* line, wint_t) {
@@ -242,6 +338,8 @@ class LineEditor::Editor {
   std::string prompt_;
   bool is_dropped_ = false;
   bool is_pasting_ = false;
+  ByteReader bytes_;
+  bool has_wrong_bytes_ = false;  // in the line
   bool marks_pastes_ = is_capable_terminal(STDOUT_FILENO);
 };
 

@@ -73,6 +73,20 @@ TEST(Repl, CharactersBeyondAscii_ArriveInAnyLocale) {
   }
 }
 
+TEST(Repl, BytesThatAreNotUtf8_AreReplacedAndReported) {
+  const std::string report = "hvm: some bytes of this line are not UTF-8; \xEF\xBF\xBD stands for each of them\r\n";
+  for (const char* locale : {"C", "C.UTF-8"}) {
+    TerminalConditions conditions;
+    conditions.locale = locale;
+    Prompt terminal(conditions);
+    const std::string shown = terminal.answer("\"caf\xE9\xE9<\xCF\xE4\xB8>\"");
+    EXPECT_THAT(shown, HasSubstr(report)) << locale;
+    EXPECT_THAT(shown, HasSubstr("\r\n\"caf\uFFFD\uFFFD<\uFFFD\uFFFD\uFFFD>\"\r\n")) << locale;
+    EXPECT_THAT(terminal.answer("\"\xCF\x80\xEF\xBF\xBD\""), Not(HasSubstr("hvm: "))) << locale;
+    EXPECT_THAT(terminal.answer("1 \xFF 2"), HasSubstr("error: ")) << locale;
+  }
+}
+
 TEST(Repl, NilIsShown_UnlessACallIsMadeForWhatItDoes) {
   Prompt terminal;
   terminal.expect_answers({{"t = []"},

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <unistd.h>
 
 #include "terminal.hpp"
 
@@ -43,6 +45,44 @@ TEST(Repl, AnyTerminal_TakesInputs) {
       is_edited ? terminal.type("exit\n") : terminal.press("exit\n");
       EXPECT_EQ(terminal.exit_status(), 0) << type << " " << columns;
     }
+}
+
+TEST(Repl, AWindowThatChanges_KeepsTheLine) {
+  for (const char* type : {"dumb", "xterm"}) {
+    TerminalConditions conditions;
+    conditions.type = type;
+    Terminal terminal(conditions);
+    terminal.wait_for("> ");
+    terminal.type("print(70");
+    terminal.wait_for("70");
+    for (const unsigned short columns : {40, 3, 1, 200, 12}) {
+      terminal.resize(columns);
+      usleep(50000);
+    }
+    terminal.type("00 + 77)\n");
+    terminal.wait_for("7077\r\n");
+    terminal.wait_for("> ");
+    terminal.type("exit\n");
+    EXPECT_EQ(terminal.exit_status(), 0) << type;
+  }
+}
+
+TEST(Repl, StoppedTwice_GoesOnWithTheLine) {
+  TerminalConditions conditions;
+  conditions.type = "xterm";
+  Terminal terminal(conditions);
+  terminal.wait_for("> ");
+  terminal.type("print(70");
+  terminal.wait_for("print(70");
+  for (int i = 0; i < 2; ++i) {
+    terminal.send(SIGSTOP);
+    terminal.wait_until_it_stops();
+    terminal.edit_lines_itself();  // as a shell leaves it
+    terminal.send(SIGCONT);
+    terminal.wait_for("print(70");
+  }
+  terminal.type("00 + 77)\n");
+  terminal.wait_for("7077\r\n");
 }
 
 TEST(Repl, KeysInATinyWindow_DoNoHarm) {

@@ -8,6 +8,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <termios.h>
@@ -130,15 +131,32 @@ void Terminal::wait_until_it_runs() const {
   usleep(50000);
 }
 
+char Terminal::state() const {
+  std::ifstream file("/proc/" + std::to_string(child_) + "/stat");
+  std::string line;
+  std::getline(file, line);
+  const std::size_t name_end = line.rfind(')');
+  return name_end != std::string::npos && name_end + 2 < line.size() ? line[name_end + 2] : '\0';
+}
+
 void Terminal::wait_until_it_reads() const {
-  const auto sleeps = [this] {
-    std::ifstream file("/proc/" + std::to_string(child_) + "/stat");
-    std::string line;
-    std::getline(file, line);
-    const std::size_t name_end = line.rfind(')');
-    return name_end != std::string::npos && line.compare(name_end, 3, ") S") == 0;
-  };
-  ASSERT_TRUE(comes_true([&] { return is_editing() && sleeps(); })) << "nothing waits for a line";
+  ASSERT_TRUE(comes_true([this] { return is_editing() && state() == 'S'; })) << "nothing waits for a line";
+}
+
+void Terminal::wait_until_it_stops() const {
+  ASSERT_TRUE(comes_true([this] { return state() == 'T'; })) << "nothing stops";
+}
+
+void Terminal::edit_lines_itself() const {
+  termios settings = {};
+  ASSERT_EQ(tcgetattr(terminal_, &settings), 0);
+  settings.c_lflag |= ICANON | ECHO | ISIG;
+  ASSERT_EQ(tcsetattr(terminal_, TCSANOW, &settings), 0);
+}
+
+void Terminal::resize(unsigned short columns) const {
+  const winsize size{24, columns, 0, 0};
+  ASSERT_EQ(ioctl(terminal_, TIOCSWINSZ, &size), 0);
 }
 
 void Terminal::go_away() {

@@ -50,6 +50,13 @@ class Terminal {
   /// Waits until hvm waits for a line.
   void wait_until_it_reads() const;
 
+  /// Waits until hvm is stopped.
+  void wait_until_it_stops() const;
+
+  /// Takes the terminal out of the hands of the line editor.
+  void edit_lines_itself() const;
+  /// Changes the width of the terminal.
+  void resize(unsigned short columns) const;
   /// Takes the terminal away.
   void go_away();
   /// Ends hvm by a signal.
@@ -62,6 +69,8 @@ class Terminal {
 
  private:
   bool is_editing() const;
+  /// As the system tells it: S for a process that sleeps, T for one that is stopped.
+  char state() const;
 
   Workplace place_;
   int terminal_ = -1;
