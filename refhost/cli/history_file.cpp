@@ -10,11 +10,15 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
 #include "cli/private_file.hpp"
+#include "cli/safe_text.hpp"
 #include "script/data/descriptor.hpp"
+#include "script/syntax/unicode.hpp"
 
 namespace hvm {
 namespace {
@@ -23,26 +27,47 @@ constexpr std::size_t most_inputs = 1000;
 constexpr std::size_t longest_input = std::size_t{64} << 10;
 constexpr off_t longest_part = off_t{8} << 20;  // of the file, from its end
 
-std::string in_one_line(const std::string& input) {
+constexpr std::string_view hexadecimal = "0123456789abcdef";
+
+/// Control characters are escaped: a terminal that shows the file shall not obey them.
+std::string in_one_line(std::string_view input) {
   std::string line;
-  for (const char c : input) {
-    if (c == '\\') line += '\\';
-    if (c == '\n')
+  while (!input.empty()) {
+    const std::string_view before = input;
+    const char32_t c = take_character(input);
+    const std::string_view bytes = before.substr(0, before.size() - input.size());
+    if (c == '\\')
+      line += "\\\\";
+    else if (c == '\n')
       line += "\\n";
+    else if (c == '\t' || !is_control(c))
+      line += bytes;
     else
-      line += c;
+      for (const char byte : bytes) line += fmt::format("\\x{:02x}", static_cast<unsigned char>(byte));
   }
   return line;
 }
 
+/// The byte of an escape `\xHH` behind its x; no value when it is none.
+std::optional<char> escaped_byte(std::string_view digits) {
+  if (digits.size() < 2) return std::nullopt;
+  const std::size_t high = hexadecimal.find(digits[0]);
+  const std::size_t low = hexadecimal.find(digits[1]);
+  const bool is_byte = high != std::string_view::npos && low != std::string_view::npos;
+  return is_byte ? std::optional(static_cast<char>(16 * high + low)) : std::nullopt;
+}
+
+/// Bytes that are not UTF-8, which nobody has typed, are replaced.
 std::string in_its_lines(std::string_view line) {
   std::string input;
   for (std::size_t i = 0; i < line.size(); ++i) {
     const bool is_escape = line[i] == '\\' && i + 1 < line.size();
     if (is_escape) ++i;
-    input += is_escape && line[i] == 'n' ? '\n' : line[i];
+    const auto byte = is_escape && line[i] == 'x' ? escaped_byte(line.substr(i + 1)) : std::nullopt;
+    if (byte) i += 2;
+    input += byte ? *byte : is_escape && line[i] == 'n' ? '\n' : line[i];
   }
-  return input;
+  return valid_text(input);
 }
 
 std::string directory_from(const char* variable, const char* below) {

@@ -11,7 +11,8 @@ namespace hvm {
 /// `~/.local/state/hvm/history`; empty when there is none.
 std::string history_path();
 
-/// A file with an input in each line; in inputs of several lines `\n` stands for a line end and `\\` for a backslash.
+/// A file with an input in each line. There `\n` stands for a line end, `\\` for a backslash, and `\xHH` for a byte of
+/// another control character.
 /// Only its owner can read it. Sessions that run at the same time add to it one after the other.
 class HistoryFile {
  public:

@@ -95,11 +95,12 @@ class Handling {
 /// Characters of UTF-8 that come byte by byte.
 class ByteReader {
  public:
-  enum class Found { nothing, character, wrong_byte };
+  enum class Found { nothing, character, no_text };
 
   bool is_empty() const { return count_ == 0; }
   void add(char byte) { bytes_[count_++] = byte; }
-  /// Takes the first character. A byte that begins none is taken as one.
+  /// Takes the first character. What is no text becomes U+FFFD: a byte that begins no character, and a control
+  /// character beyond ASCII.
   Found take(wchar_t& character) {
     if (count_ == 0) return Found::nothing;
     std::mbstate_t state = {};
@@ -109,8 +110,10 @@ class ByteReader {
     if (is_wrong || length == 0) length = 1;  // NUL has no length
     count_ -= length;
     std::copy(bytes_ + length, bytes_ + length + count_, bytes_);
-    if (is_wrong) character = replacement;
-    return is_wrong ? Found::wrong_byte : Found::character;
+    // The editor has no key for control characters beyond ASCII.
+    const bool is_text = !is_wrong && (character < 0x80 || !is_control(static_cast<char32_t>(character)));
+    if (!is_text) character = replacement;
+    return is_text ? Found::character : Found::no_text;
   }
 
  private:
@@ -151,14 +154,14 @@ class LineEditor::Editor {
     const Marks marks(marks_pastes_);
     const Handling resizing(SIGWINCH, [](int) { is_resized = 1; });
     const Handling continuing(SIGCONT, [](int) { is_continued = 1; });
-    has_wrong_bytes_ = false;
+    has_replacements_ = false;
     errno = 0;
     const char* typed = el_gets(line_, &count);
     if (is_dropped_ || (!typed && errno == EINTR)) return {TypedLine::End::dropped};
     if (!typed || count <= 0) return {};
     std::string text(typed, static_cast<std::size_t>(count));
     if (text.back() == '\n') text.pop_back();
-    return {TypedLine::End::entered, std::move(text), has_wrong_bytes_};
+    return {TypedLine::End::entered, std::move(text), has_replacements_};
   }
 
   void remember(const std::string& entry) {
@@ -238,7 +241,7 @@ class LineEditor::Editor {
     Editor& editor = of(line);
     while (true) {
       const ByteReader::Found found = editor.bytes_.take(*character);
-      if (found == ByteReader::Found::wrong_byte) editor.has_wrong_bytes_ = true;
+      if (found == ByteReader::Found::no_text) editor.has_replacements_ = true;
       if (found != ByteReader::Found::nothing) return 1;
       char byte = 0;
       const ssize_t count = ::read(STDIN_FILENO, &byte, 1);
@@ -339,7 +342,7 @@ class LineEditor::Editor {
   bool is_dropped_ = false;
   bool is_pasting_ = false;
   ByteReader bytes_;
-  bool has_wrong_bytes_ = false;  // in the line
+  bool has_replacements_ = false;  // in the line
   bool marks_pastes_ = is_capable_terminal(STDOUT_FILENO);
 };
 

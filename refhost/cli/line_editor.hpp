@@ -28,8 +28,8 @@ struct TypedLine {
     closed    // the end of the input, or a terminal that is gone
   };
   End end = End::closed;
-  std::string text = {};         // of an entered line, without its end; an entry of the history may have several lines
-  bool has_wrong_bytes = false;  // bytes that are not UTF-8 were typed; U+FFFD stands for each in the text
+  std::string text = {};          // of an entered line, without its end; an entry of the history may have several lines
+  bool has_replacements = false;  // U+FFFD stands in the text for what was typed and is no text in UTF-8
 };
 
 /// Reads lines with the keys of Emacs, a history, and completion by Tab. It reads UTF-8 in every locale. While a line

@@ -109,8 +109,8 @@ class Repl {
       finish_output();
       const TypedLine line = editor_.read(pending_.empty() ? "> " : "... ");
       if (line.end == TypedLine::End::closed) return close();
-      if (line.has_wrong_bytes)
-        put_error({"hvm: some bytes of this line are not UTF-8; \xEF\xBF\xBD stands for each of them\n"});
+      if (line.has_replacements)
+        put_error({"hvm: \xEF\xBF\xBD stands for bytes in this line that are not text in UTF-8\n"});
       if (line.end == TypedLine::End::dropped)
         drop();
       else

@@ -2,6 +2,8 @@
 
 #include "cli/safe_text.hpp"
 
+#include <algorithm>
+
 #include "script/syntax/unicode.hpp"
 
 namespace hvm {
@@ -26,6 +28,19 @@ std::string safe_text(std::string_view text) {
   std::string safe;
   while (!text.empty()) safe += take_safe_character(text);
   return safe;
+}
+
+std::string valid_text(std::string_view text) {
+  std::string valid;
+  while (!text.empty()) {
+    const std::size_t end = std::min(first_invalid_utf8(text), text.size());
+    valid += text.substr(0, end);
+    text.remove_prefix(end);
+    if (text.empty()) break;
+    valid += replacement;
+    text.remove_prefix(1);
+  }
+  return valid;
 }
 
 std::string briefly(std::string_view text) {

@@ -74,7 +74,7 @@ TEST(Repl, CharactersBeyondAscii_ArriveInAnyLocale) {
 }
 
 TEST(Repl, BytesThatAreNotUtf8_AreReplacedAndReported) {
-  const std::string report = "hvm: some bytes of this line are not UTF-8; \xEF\xBF\xBD stands for each of them\r\n";
+  const std::string report = "hvm: \uFFFD stands for bytes in this line that are not text in UTF-8\r\n";
   for (const char* locale : {"C", "C.UTF-8"}) {
     TerminalConditions conditions;
     conditions.locale = locale;
@@ -84,6 +84,7 @@ TEST(Repl, BytesThatAreNotUtf8_AreReplacedAndReported) {
     EXPECT_THAT(shown, HasSubstr("\r\n\"caf\uFFFD\uFFFD<\uFFFD\uFFFD\uFFFD>\"\r\n")) << locale;
     EXPECT_THAT(terminal.answer("\"\xCF\x80\xEF\xBF\xBD\""), Not(HasSubstr("hvm: "))) << locale;
     EXPECT_THAT(terminal.answer("1 \xFF 2"), HasSubstr("error: ")) << locale;
+    EXPECT_THAT(terminal.answer("len(\"\xC2\x9B\")"), ::testing::AllOf(HasSubstr(report), HasSubstr("\r\n1\r\n")));
   }
 }
 

@@ -172,6 +172,36 @@ TEST(Repl, History_OutlivesTheSession) {
   EXPECT_THAT(terminal.answer("twice(4)"), HasSubstr("\r\n8\r\n"));
 }
 
+TEST(Repl, History_HoldsControlCharactersEscaped) {
+  const Workplace place;
+  TerminalConditions conditions;
+  conditions.state = place.path();
+  {
+    Prompt terminal(conditions);
+    terminal.answer("len(\"\x16\x1b[31m\x16\x07\x16\t\x16\x7F\\x07\")");
+    terminal.type("\x04");
+    EXPECT_EQ(terminal.exit_status(), 0);
+  }
+  EXPECT_EQ(contents(place.path() + "/hvm/history"), "len(\"\\x1b[31m\\x07\t\\x7f\\\\x07\")\n");
+  Prompt terminal(conditions);
+  terminal.type("\x10\n");
+  const std::string shown = terminal.wait_for("\n> ");
+  EXPECT_THAT(shown, HasSubstr("^[[31m"));
+  EXPECT_THAT(shown, HasSubstr("\r\n9\r\n"));
+}
+
+TEST(Repl, History_OfEarlierVersions_IsShownSafely) {
+  const Workplace place;
+  place.write("hvm/history", "len(\"\x1b[31m<\xFF>\\y\\x4\")\n");
+  TerminalConditions conditions;
+  conditions.state = place.path();
+  Prompt terminal(conditions);
+  terminal.type("\x10\n");
+  const std::string shown = terminal.wait_for("\n> ");
+  EXPECT_THAT(shown, HasSubstr("^[[31m<\uFFFD>yx4"));
+  EXPECT_THAT(shown, HasSubstr("\r\n11\r\n"));
+}
+
 TEST(Repl, History_TakesTheInputsOfTwoSessions) {
   const Workplace place;
   TerminalConditions conditions;
