@@ -2,6 +2,8 @@
 
 #include "cli/completions.hpp"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -12,6 +14,8 @@
 #include "script/module/array_module.hpp"
 #include "script/syntax/lexer.hpp"
 #include "script/syntax/unicode.hpp"
+#include "script/text/printer.hpp"
+#include "script/text/value_kinds.hpp"
 
 namespace hvm {
 namespace {
@@ -83,7 +87,39 @@ bool ends_with_word(std::string_view text, std::string_view word) {
   return text.size() == word.size() || !is_in_name(text[text.size() - word.size() - 1]);
 }
 
-Completion quoted(std::string_view line, std::size_t quote) {
+/// The name that stands at the end of `text`, unless it belongs to something before it.
+std::string last_name(std::string_view text) {
+  std::size_t begin = text.size();
+  while (begin > 0 && is_in_name(text[begin - 1])) --begin;
+  const bool is_alone = begin == 0 || text[begin - 1] != '.';
+  return is_alone ? std::string(text.substr(begin)) : std::string();
+}
+
+/// The table that a variable of this name holds; null when it holds none.
+const HostHash* table_in(const std::string& variable, const Interpreter& interpreter) {
+  const Value* value = interpreter.global(variable);
+  return value && value->is_table() ? table_of(value->record()) : nullptr;
+}
+
+/// The keys of a table, in its brackets.
+Completion keys(std::string_view line, std::size_t quote, const HostHash* table) {
+  Completion completion;
+  completion.begin = quote + 1;
+  std::set<std::string> names;
+  TableWalk walk(table);
+  while (const Entry entry = walk.next()) {
+    const Value key = Value::sharing(*entry.key);
+    if (key.is_string() && is_plain(std::string(text_of(key.record())))) names.emplace(text_of(key.record()));
+  }
+  keep_matches(completion, names, line.substr(quote + 1));
+  completion.shown_after = "\"]";
+  return completion;
+}
+
+Completion quoted(std::string_view line, std::size_t quote, const Interpreter& interpreter) {
+  if (quote > 0 && line[quote - 1] == '[')
+    if (const HostHash* table = table_in(last_name(line.substr(0, quote - 1)), interpreter))
+      return keys(line, quote, table);
   Completion completion = files(line, quote + 1, "\"");
   if (!ends_with_word(line.substr(0, quote), "use")) return completion;
   Completion libraries;
@@ -106,9 +142,34 @@ Completion commands(std::string_view line, std::size_t begin) {
   return completion;
 }
 
-Completion methods(std::string_view line, std::size_t begin) {
+/// What a value without methods offers instead.
+std::string notice_of(const std::string& variable, const Value& value) {
+  constexpr int most_keys = 8;
+  constexpr std::size_t longest_key = 30;
+  if (!value.is_table()) return fmt::format("{} is {}, which has no methods", variable, kind_in_words(value));
+  std::string entries;
+  TableWalk walk(table_of(value.record()));
+  for (int i = 0; const Entry entry = walk.next(); ++i) {
+    if (i == most_keys) {
+      entries += ", ...";
+      break;
+    }
+    const std::string key = Printer(Detail::brief, {}).shortened_text(key_value(*entry.key), longest_key);
+    entries += fmt::format("{}{}[{}]", i > 0 ? ", " : "", variable, key);
+  }
+  return fmt::format("{} is a table, which has no methods; {}", variable,
+                     entries.empty() ? "it is empty" : "it has " + entries);
+}
+
+Completion methods(std::string_view line, std::size_t begin, const Interpreter& interpreter) {
   Completion completion;
   completion.begin = begin;
+  const std::string variable = last_name(line.substr(0, begin - 1));
+  const Value* value = interpreter.global(variable);
+  if (value && !value->is_object()) {
+    completion.notice = notice_of(variable, *value);
+    return completion;
+  }
   std::set<std::string> names;
   for (const ArrayMethod& method : array_methods) names.insert(method.name);
   keep_matches(completion, names, line.substr(begin));
@@ -157,14 +218,14 @@ Completion completion_of(std::string_view line, const Interpreter& interpreter) 
   if (!word.empty() && word.front() == ':' && behind == line.size()) return commands(line, first);
   const Ending ending = ending_of(line);
   if (ending.is_in_comment) return {};
-  if (ending.quote != std::string_view::npos) return quoted(line, ending.quote);
+  if (ending.quote != std::string_view::npos) return quoted(line, ending.quote, interpreter);
   std::size_t begin = line.size();
   while (begin > 0 && is_in_name(line[begin - 1])) --begin;
   const bool is_number = begin < line.size() && line[begin] >= '0' && line[begin] <= '9';
   if (is_number) return {};
   const bool is_behind_point = begin > 1 && line[begin - 1] == '.' &&
                                (is_in_name(line[begin - 2]) || line[begin - 2] == ')' || line[begin - 2] == ']');
-  return is_behind_point ? methods(line, begin) : names(line, begin, interpreter);
+  return is_behind_point ? methods(line, begin, interpreter) : names(line, begin, interpreter);
 }
 
 }  // namespace hvm

@@ -3,6 +3,7 @@
 #include "cli/line_editor.hpp"
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <histedit.h>
 #include <langinfo.h>
 #include <locale.h>
@@ -312,7 +313,12 @@ class LineEditor::Editor {
     // A tab before the first word indents, also in pasted text.
     if (before.find_first_not_of(" \t", before.rfind('\n') + 1) == std::string::npos) return insert("  ");
     const Completion completion = completer_(before);
-    if (completion.matches.empty()) return CC_ERROR;
+    if (completion.matches.empty()) {
+      if (completion.notice.empty()) return CC_ERROR;
+      put(fmt::format("\n{}\n", completion.notice));
+      finish_output();
+      return CC_REDISPLAY;
+    }
     const std::string typed = before.substr(completion.begin);
     const std::size_t common = common_length(completion.matches);
     if (completion.matches.size() == 1) {

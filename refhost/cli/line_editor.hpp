@@ -15,6 +15,7 @@ struct Completion {
   std::size_t begin = 0;             // the offset at which the word to complete begins
   std::vector<std::string> matches;  // the words that it may become, sorted
   std::string shown_after;           // what follows a match at its end, such as a bracket; of each alike
+  std::string notice;                // a line that is shown where there are no matches; empty: none
 };
 
 /// Gives the completion of a line up to the cursor.

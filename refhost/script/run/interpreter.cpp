@@ -138,6 +138,8 @@ void Interpreter::set_global(const std::string& name, Value value) {
 
 bool Interpreter::has_global(const std::string& name) const { return parts_->scopes.is_set_global(name); }
 
+const Value* Interpreter::global(const std::string& name) const { return parts_->scopes.global(name); }
+
 std::vector<std::string> Interpreter::globals() const {
   std::vector<std::string> names = parts_->scopes.set_globals();
   std::sort(names.begin(), names.end());

@@ -62,6 +62,8 @@ class Interpreter {
   void set_global(const std::string& name, Value value);
   /// Whether a global variable of this name has a value.
   bool has_global(const std::string& name) const;
+  /// The value of a global variable; null when it has none. It lasts until something runs.
+  const Value* global(const std::string& name) const;
   /// The names of the global variables that have a value, sorted.
   std::vector<std::string> globals() const;
   /// The fns that were defined or loaded, by name.

@@ -91,6 +91,30 @@ TEST(Repl, Tab_ShowsSeveralMatches) {
   EXPECT_THAT(terminal.answer("# toy_en\t1"), Not(HasSubstr("toy_end")));
 }
 
+TEST(Repl, Tab_BehindAValueWithoutMethodsSaysWhatThereIs) {
+  Prompt terminal;
+  terminal.expect_answers({{"t = [\"name\": 1, \"n\\x1b\": 2, 7]"},
+                           {"long = range(100); e = []"},
+                           {"t[\"na\t + 41", "\r\n42\r\n"},
+                           {"n = 3"}});
+  const struct {
+    const char* typed;
+    const char* shown;
+  } rows[] = {
+      {"t.\t", "t is a table, which has no methods; it has t[0], t[\"name\"], t[\"n\\x1b\"]\r\n"},
+      {"long.\t", "it has long[0], long[1], long[2], long[3], long[4], long[5], long[6], long[7], ...\r\n"},
+      {"1 + e.sh\t", "e is a table, which has no methods; it is empty\r\n"},
+      {"args.s\t", "args is a table"},
+      {"n.\t", "n is an int, which has no methods\r\n"},
+  };
+  for (const auto& row : rows) {
+    terminal.type(row.typed);
+    EXPECT_THAT(terminal.wait_for("\n> "), HasSubstr(row.shown)) << row.typed;
+    terminal.type("\x03");
+    terminal.wait_for("\n> ");
+  }
+}
+
 TEST(Repl, Tab_InQuotesCompletesFiles) {
   const Workplace place;
   place.write("data/measurements.csv", "a\n1\n");
