@@ -111,8 +111,7 @@ class CommandLine {
 
   /// Takes the value, if there must be one, from the next argument.
   void give(const Option& option, const std::string& spelling) {
-    if (option.value && is_at_end())
-      throw UsageError(fmt::format("{} takes {}, and nothing follows it", spelling, option.value->terms));
+    if (option.value && is_at_end()) throw UsageError(fmt::format("{} needs {}", spelling, option.value->terms));
     store(option, spelling, option.value ? arguments_[next_++] : std::string());
   }
 
@@ -133,10 +132,9 @@ class CommandLine {
     const Task task = settings_.task;
     const bool takes_none = task == Task::list_warnings || task == Task::show_version || task == Task::complete;
     if (takes_none && !settings_.rest.empty())
-      throw UsageError(fmt::format("{} takes no arguments, and there is \"{}\"", chooser_->shown_name(),
+      throw UsageError(fmt::format("{} takes no arguments, but got \"{}\"", chooser_->shown_name(),
                                    briefly(settings_.rest.front())));
-    if (settings_.task == Task::test && settings_.rest.empty())
-      throw UsageError("--test takes files or folders, and there are none");
+    if (settings_.task == Task::test && settings_.rest.empty()) throw UsageError("--test needs files or folders");
   }
 
   void check_task(const Given& given) const {
@@ -153,11 +151,11 @@ class CommandLine {
   }
 
   [[noreturn]] static void fail_alone(const std::string& spelling, const std::string& needed) {
-    throw UsageError(fmt::format("{} goes with {}", spelling, needed));
+    throw UsageError(fmt::format("{} needs {}", spelling, needed));
   }
 
   [[noreturn]] void fail_together(const std::string& spelling) const {
-    throw UsageError(fmt::format("{} does not go with {}", spelling, chooser_->shown_name()));
+    throw UsageError(fmt::format("{} cannot be combined with {}", spelling, chooser_->shown_name()));
   }
 
   const std::vector<std::string>& arguments_;

@@ -9,6 +9,7 @@
 
 #include "cli/help_page.hpp"
 #include "cli/names.hpp"
+#include "script/explain/other_names.hpp"
 #include "script/library/script_file.hpp"
 #include "script/module/array_module.hpp"
 #include "script/syntax/diagnostics.hpp"
@@ -18,20 +19,20 @@
 namespace hvm {
 namespace {
 
-struct KeywordHelp {
+struct WordHelp {
   const char* names;  // with blanks around each
   const char* usage;
   const char* summary;
 };
 
-constexpr KeywordHelp keyword_table[] = {
+constexpr WordHelp word_table[] = {
     {" if then elseif else ", "if c\n  ...\nelseif c\n  ...\nelse\n  ...\nend",
      "Runs the block of the first condition that holds. On one line: if c then ... end."},
     {" while do ", "while c\n  ...\nend", "Runs its block as long as the condition holds."},
     {" for in ", "for i in range(n)\n  ...\nend\nfor v in t ... end\nfor k, v in t ... end",
      "Runs its block for each number of a range, or each value of a table."},
     {" break ", "break", "Ends the innermost loop."},
-    {" continue ", "continue", "Goes on with the next turn of the innermost loop."},
+    {" continue ", "continue", "Continues with the next turn of the innermost loop."},
     {" fn return ", "fn name(a, b)\n  return a + b\nend", "Defines a function. Without return a call gives nil."},
     {" try catch ", "try\n  ...\ncatch e\n  ...\nend",
      "Runs the second block when the first one fails, with the message in e."},
@@ -40,7 +41,46 @@ constexpr KeywordHelp keyword_table[] = {
     {" nil ", "nil", "The value of a call without a result, and of an absent entry."},
     {" true false ", "true, false", "The numbers 1 and 0."},
     {" end ", "end", "Ends a block of if, while, for, fn or try."},
+    {" @ ", "xarray(@double, [1, 2])\nxarray(@int(2, 3))\nxarray(@double, @[[1.0, 2.0], [3.0, 4.0]])",
+     "Quotes what follows for a function of the module: the kind of an array, with or without its extents, or data."},
+    {" bool double ", "xarray(@double, [1, 2])\nxarray(@bool, [1, 0])",
+     "Kinds of the elements of arrays, behind an @. The others are int and int64."},
+    {" table ", "[1, 2, \"key\": 3]\nt[\"key\"] = 4", "Values under keys, which are numbers and strings."},
+    {" string ", "\"text\"\ns[0], s[1:3]", "Characters in UTF-8, counted from 0."},
+    {" code ", "@double(2, 3)", "The kind of a quotation."},
+    {" args ", "args[0]", "A table of the words behind the name of the script, which are strings."},
+    {" _ ", "_", "The value that the prompt showed last."},
+    {" help ", "help\nhelp(name)",
+     "Explains a function, a method, a word or a command. Without a name it lists the topics."},
+    {" why ", "why", "Explains the last error: its arguments, what hvm looked at, and what to do."},
+    {" exit quit ", "exit", "Ends hvm."},
 };
+
+struct OperatorHelp {
+  const char* names;  // with blanks around each
+  const char* page;   // behind `docs/functions/`
+  const char* entry;  // of the description; empty: none
+};
+
+constexpr OperatorHelp operator_table[] = {
+    {" + += ", "operator-add", "add"},
+    {" - -= ", "operator-subtract", "subtract"},
+    {" * *= ", "operator-multiply", "multiply"},
+    {" / /= ", "operator-divide", "divide"},
+    {" % %= ", "operator-remainder", "remainder"},
+    {" < <= > >= ", "operator-less", "less"},
+    {" == != ", "operator-equal", "equal"},
+    {" [] ", "element-access", ""},
+};
+
+/// The row of a table whose names have this one among them; null when there is none.
+template <class Row, std::size_t count>
+const Row* row_of(const Row (&table)[count], const std::string& name) {
+  const std::string wanted = fmt::format(" {} ", name);
+  for (const Row& row : table)
+    if (std::string_view(row.names).find(wanted) != std::string_view::npos) return &row;
+  return nullptr;
+}
 
 /// Lines with two blanks before each.
 std::string indented(std::string_view lines) {
@@ -56,6 +96,13 @@ std::string indented(std::string_view lines) {
 /// The help of what has no page.
 std::string brief_help(std::string_view usage, std::string_view summary, std::size_t width) {
   return indented(usage) + wrapped(std::string(summary), 0, width);
+}
+
+std::string help_on_builtin(const Builtin& builtin, std::size_t width) {
+  std::string text = brief_help(builtin.usage, builtin.summary, width);
+  if (!builtin.options.empty())
+    text += "\nOptions, in a table behind the other arguments:\n" + indented(builtin.options);
+  return text + "\n" + indented(builtin.example);
 }
 
 /// Words in lines of at most 78 characters.
@@ -77,14 +124,15 @@ std::string builtin_list() {
   std::vector<std::string> names;
   for (const std::string_view name : builtin_names()) names.emplace_back(name);
   std::sort(names.begin(), names.end());
-  return in_lines(names) + "help(print) tells of one.\n";
+  return in_lines(names) + "help(print) explains one of them.\n";
 }
 
 std::string module_list(const Interpreter& interpreter) {
-  return in_lines(interpreter.module_names()) + "They belong to the module. help(name) tells of one.\n";
+  return in_lines(interpreter.module_names()) +
+         "These are the functions of the module. help(name) explains one of them.\n";
 }
 
-std::string keyword_list() { return in_lines(keyword_names()) + "help(for) tells of one.\n"; }
+std::string keyword_list() { return in_lines(keyword_names()) + "help(for) explains one of them.\n"; }
 
 std::string command_list() {
   std::string text;
@@ -130,7 +178,7 @@ std::string help_on_fn(const Function& function, std::size_t width) {
   const std::size_t line = line_of(function);
   const std::string comment = line > 0 ? comment_above(*function.source, line) : "";
   std::string text = fmt::format("  {}({})\n{}", function.name, parameters, comment);
-  if (line > 0) text += fmt::format("It is defined in {}, line {}.\n", function.source->name(), line);
+  if (line > 0) text += fmt::format("Defined in {}, line {}.\n", function.source->name(), line);
   return text;
 }
 
@@ -176,12 +224,17 @@ std::optional<std::string> help_on_module_function(const std::string& name, cons
   return text ? *text : brief_help(name + "(...)", "A function of the module.", sources.width);
 }
 
-std::optional<std::string> help_on_keyword(const std::string& name, std::size_t width) {
-  const std::string wanted = fmt::format(" {} ", name);
-  for (const KeywordHelp& help : keyword_table)
-    if (std::string_view(help.names).find(wanted) != std::string_view::npos)
-      return brief_help(help.usage, help.summary, width);
-  return std::nullopt;
+std::optional<std::string> help_on_word(const std::string& name, std::size_t width) {
+  const WordHelp* help = row_of(word_table, name);
+  return help ? std::optional(brief_help(help->usage, help->summary, width)) : std::nullopt;
+}
+
+std::optional<std::string> help_on_operator(const std::string& name, const HelpSources& sources) {
+  const OperatorHelp* help = row_of(operator_table, name);
+  if (!help) return std::nullopt;
+  const FunctionEntry* entry = sources.description ? sources.description->find_operator(help->entry) : nullptr;
+  const auto text = help_by_page(entry, fmt::format("docs/functions/{}.md", help->page), sources.width);
+  return text ? *text : brief_help(name, "An operator. docs/language.md describes it.", sources.width);
 }
 
 std::optional<std::string> help_on_topic(const std::string& name, const Interpreter& interpreter, std::size_t width) {
@@ -195,13 +248,42 @@ std::optional<std::string> help_on_topic(const std::string& name, const Interpre
   return std::nullopt;
 }
 
+/// All that help knows but operators.
+std::vector<std::string> known_names(const Interpreter& interpreter) {
+  std::vector<std::string> names = interpreter.module_names();
+  for (const std::string_view name : builtin_names()) names.emplace_back(name);
+  for (const auto& function : interpreter.fns()) names.push_back(function->name);
+  for (const std::string& name : keyword_names()) names.push_back(name);
+  for (const PromptCommand& command : prompt_commands()) names.emplace_back(command.name);
+  for (const ArrayMethod& method : array_methods) names.emplace_back(method.name);
+  for (const char* topic : {"functions", "builtins", "keywords", "commands", "variables"}) names.emplace_back(topic);
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+/// What else there is for a name that help does not know.
+std::string no_help_on(const std::string& name, const Interpreter& interpreter) {
+  constexpr std::size_t shortest_part = 3;
+  constexpr std::size_t most_names = 20;
+  const std::vector<std::string> known = known_names(interpreter);
+  std::vector<std::string> longer;
+  for (const std::string& each : known)
+    if (name.size() >= shortest_part && each.find(name) != std::string::npos && longer.size() < most_names)
+      longer.push_back(each);
+  const std::string instead = counterpart(name);
+  std::string text = fmt::format("There is no help on '{}'{}.\n", name,
+                                 instead.empty() ? suggestion(name, {known.begin(), known.end()}) : instead);
+  if (!longer.empty()) text += "These names are similar:\n" + in_lines(longer);
+  return text + "help alone lists the topics.\n";
+}
+
 }  // namespace
 
 const std::vector<PromptCommand>& prompt_commands() {
   static const std::vector<PromptCommand> commands = {
-      {":load", ":load FILE", "runs a script; its variables and functions stay"},
-      {":save", ":save FILE", "writes the inputs of the session as a script"},
-      {":time", ":time STATEMENT", "runs a statement and tells how long it took"},
+      {":load", ":load FILE", "runs a script and keeps its variables and functions"},
+      {":save", ":save FILE", "writes what ran in the session as a script"},
+      {":time", ":time STATEMENT", "runs a statement and shows how long it took"},
       {":vars", ":vars", "lists the variables and what they hold"},
   };
   return commands;
@@ -209,15 +291,15 @@ const std::vector<PromptCommand>& prompt_commands() {
 
 std::string help_topics() {
   return fmt::format(
-      "Type a statement, or an expression to see its value. `_` is the value seen last.\n\n"
-      "  help(name)         tells of a function, a method or a keyword\n"
+      "Type a statement, or an expression to see its value. `_` is the last value.\n\n"
+      "  help(name)         explains a function, a method or a keyword\n"
       "  help(functions)    lists the functions of the module\n"
-      "  help(builtins)     lists those of the language\n"
-      "  help(keywords)     lists the words of statements\n\n"
+      "  help(builtins)     lists the functions of the language\n"
+      "  help(keywords)     lists the words that begin and end statements\n\n"
       "{}\n"
-      "  Tab                completes names, methods behind a point, files in quotes\n"
-      "  Up, Ctrl-R         bring inputs back, also those of earlier sessions\n"
-      "  why                tells more of the last error\n"
+      "  Tab                completes names, methods after a point, files in quotes\n"
+      "  Up, Ctrl-R         bring back inputs, also of earlier sessions\n"
+      "  why                explains the last error\n"
       "  Ctrl-C             ends what runs, or drops what is typed; variables stay\n"
       "  exit, Ctrl-D       ends hvm\n\n"
       "The language is described in docs/language.md, the prompt in docs/prompt.md.\n",
@@ -228,21 +310,19 @@ std::string help_on(const std::string& name, const HelpSources& sources) {
   const Interpreter& interpreter = sources.interpreter;
   const std::size_t width = sources.width;
   if (const auto function = interpreter.fn(name)) return help_on_fn(*function, width);
-  if (const Builtin* builtin = find_builtin(name)) return brief_help(builtin->usage, builtin->summary, width);
+  if (const Builtin* builtin = find_builtin(name)) return help_on_builtin(*builtin, width);
   if (auto text = help_on_module_function(name, sources)) return *text;
   if (auto text = help_on_method(name, sources)) return *text;
-  if (auto text = help_on_keyword(name, width)) return *text;
+  if (auto text = help_on_word(name, width)) return *text;
+  if (auto text = help_on_operator(name, sources)) return *text;
   if (auto text = help_on_topic(name, interpreter, width)) return *text;
-  if (interpreter.has_global(name)) return fmt::format("{} is a variable. :vars tells what it holds.\n", name);
+  if (interpreter.has_global(name)) return fmt::format("{} is a variable. :vars shows what it holds.\n", name);
   const std::string library = library_with(name);
   if (!library.empty()) {
     const auto page = read_page(library_page(name));
-    return fmt::format("It comes with use \"{}\".\n{}", library, page ? shown_page(*page, width) : "");
+    return fmt::format("use \"{}\" loads it.\n{}", library, page ? shown_page(*page, width) : "");
   }
-  std::vector<std::string_view> known = builtin_names();
-  const std::vector<std::string>& of_module = interpreter.module_names();
-  known.insert(known.end(), of_module.begin(), of_module.end());
-  return fmt::format("There is no help on '{}'{}. help alone lists the topics.\n", name, suggestion(name, known));
+  return no_help_on(name, interpreter);
 }
 
 std::optional<std::string> help_asked(std::string_view input) {
@@ -261,8 +341,11 @@ std::optional<std::string> help_asked(std::string_view input) {
   }
   const bool is_quoted = rest.size() > 1 && rest.front() == '"' && rest.back() == '"';
   if (is_quoted) rest = rest.substr(1, rest.size() - 2);
-  const bool is_name = std::all_of(rest.begin(), rest.end(), [](char c) { return is_in_name(c) || c == ':'; });
-  return is_name ? std::optional(std::string(rest)) : std::nullopt;
+  const bool is_kind = rest.size() > 1 && rest.front() == '@';
+  if (is_kind) rest.remove_prefix(1);
+  const std::string name(rest);
+  const bool is_name = std::all_of(name.begin(), name.end(), [](char c) { return is_in_name(c) || c == ':'; });
+  return is_name || name == "@" || row_of(operator_table, name) ? std::optional(name) : std::nullopt;
 }
 
 }  // namespace hvm

@@ -112,9 +112,9 @@ void Inputs::tell_why() {
   guarded([&] {
     const Explanation& last = interpreter_.last_explanation();
     if (last.is_empty())
-      put("nothing has failed\n");
+      put("there was no error yet\n");
     else
-      put(last.has_details() ? last.text() : fmt::format("there is no more to say of: {}\n", last.about));
+      put(last.has_details() ? last.text() : fmt::format("there are no more details of this error: {}\n", last.about));
   });
 }
 

@@ -336,7 +336,7 @@ class LineEditor::Editor {
 
   static void show(const std::vector<std::string>& matches) {
     const bool are_too_many = matches.size() > most_shown_matches;
-    put("\n" + (are_too_many ? std::to_string(matches.size()) + " words begin so; type more letters\n"
+    put("\n" + (are_too_many ? std::to_string(matches.size()) + " words match; type more letters\n"
                              : in_columns(matches, terminal_width())));
     finish_output();
   }

@@ -47,7 +47,7 @@ std::vector<ListedName> fitting_names(const std::vector<ListedName>& names, cons
     std::vector<std::string_view> candidates(names.size());
     std::transform(names.begin(), names.end(), candidates.begin(),
                    [](const ListedName& listed) { return std::string_view(listed.name); });
-    throw UsageError(fmt::format("no function or type of the module fits \"{}\"{}", briefly(pattern),
+    throw UsageError(fmt::format("no function or type of the module matches \"{}\"{}", briefly(pattern),
                                  suggestion(pattern, candidates)));
   }
   std::vector<ListedName> fitting;

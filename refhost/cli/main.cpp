@@ -56,7 +56,7 @@ bool comes_by_standard_input(const Settings& settings) {
 void require_terminal(const Settings& settings) {
   const bool is_script = !settings.code && !settings.rest.empty() && settings.rest.front() == "-";
   if (settings.stays && (is_script || isatty(STDIN_FILENO) != 1))
-    throw UsageError("-i needs a terminal as its standard input");
+    throw UsageError("-i needs a terminal as the standard input");
 }
 
 WarningMode warning_mode(const Settings& settings) {
@@ -83,7 +83,7 @@ DescriptionReading described_functions(const Module& module) {
 std::string absence_of(const DescriptionReading& reading) {
   if (reading.description) return {};
   if (!reading.problem.empty()) return reading.problem;
-  return fmt::format("there is no description of the module's functions, which would be {}",
+  return fmt::format("there is no description of the module's functions; hvm looks for it at {}",
                      fmt::join(reading.places, " or "));
 }
 

@@ -150,47 +150,47 @@ const std::vector<Option>& options() {
       flag("--unchecked", Group::scripts, scripts, &Settings::is_unchecked,
            "leave out the checks that the module itself does not make"),
       flag("--leaks", Group::scripts, scripts, &Settings::counts_leaks,
-           "count what is left behind at the end; status 1 when that is anything"),
+           "count what is not released at the end; the exit status is 1 if there is anything"),
       flag("--explain", Group::scripts, {Task::run}, &Settings::explains,
-           "tell the whole story of the error that ends a script, and of warnings"),
+           "explain in detail warnings, and the error that ends a script"),
       choice("--warnings", "MODE", Group::scripts, scripts, &Settings::warnings, {"off", "on", "error"},
-             "what becomes of warnings: off, on (the default) or error; with --test, error: a warning that no comment "
-             "expects fails the script"),
+             "report warnings (on, the default), do not look for them (off), or make errors of them (error); with --test, "
+             "error fails a script at a warning that no comment expects"),
       file("--trace", "FILE", Group::scripts, {Task::run}, &Settings::trace_path,
-           "write every call of the module to a file, a line of JSON for each; -: to the standard error"),
+           "write each call of the module to a file, as a line of JSON; - is the standard error"),
       beside("--trace",
              or_off(count("--trace-operations", "COUNT", Group::scripts, {Task::run}, &Settings::trace_operations, 0,
                           999999999,
-                          fmt::format("how many operations of the host the trace tells of each call: {} by default, "
-                                      "off for none", Trace::most_operations_by_default)))),
+                          fmt::format("the most operations of the host that the trace lists for a call: {} by default, "
+                                      "or off", Trace::most_operations_by_default)))),
       or_off(count("--keep-memory", "MIB", Group::scripts, scripts, &Settings::kept_memory, 0, 2047,
                    fmt::format("how much memory of freed arrays stays with the process for the next ones, in MiB: {} by "
                                "default, off for as much as the C library keeps", kept_memory_by_default))),
 
       task("--test", Group::tests, Task::test, "run scripts as tests: files, and every *.hvm below folders"),
       text("--filter", "PATTERN", Group::tests, {Task::test}, &Settings::filter, "a shell pattern",
-           "run only scripts whose path below the folder has a part that fits this shell pattern, whose * also fits /"),
+           "run only the scripts whose path below the folder contains a match of this shell pattern; * also matches /"),
       flag("-v, --verbose", Group::tests, {Task::test}, &Settings::is_verbose,
-           "say how each script ended, after what time, and which were the slowest"),
+           "show how each script ended and how long it took, and list the slowest ones"),
       file("--junit", "FILE", Group::tests, {Task::test}, &Settings::junit_path,
            "write the results into a JUnit file, for programs of continuous integration"),
       count("--jobs", "COUNT", Group::tests, {Task::test}, &Settings::jobs, 1, 1000,
-            "run so many scripts at the same time: by default, as many as there are processors"),
+            "the most scripts that run at the same time: by default, the number of processors"),
       number("--time-limit", "SECONDS", Group::tests, {Task::test}, &Settings::time_limit, 0, 1e6, "seconds",
-             "the time that each script may take: 60 by default, 0 for any time"),
+             "the time that each script may take: 60 by default, 0 for no limit"),
 
       task("--list", Group::module, Task::list,
-           "list the functions and types of the module, or those that fit shell patterns"),
+           "list the functions and types of the module, or those that match shell patterns"),
       file("--module", "PATH", Group::module, everything, &Settings::module_path,
            fmt::format("the module; otherwise {} beside hvm, where it is installed with hvm, or in ../lib", array_module_file)),
 
       task("--list-warnings", Group::information, Task::list_warnings, "list all warnings and their pages"),
       task("-V, --version", Group::information, Task::show_version,
-           "say the version, the processor's vector instructions, the module and its libraries"),
+           "show the version, the processor's vector instructions, the module and its libraries"),
       choosing(Task::complete,
                choice("--completion", "SHELL", Group::information, {Task::complete}, &Settings::shell, {"bash", "zsh"},
-                      "write the file with which bash or zsh completes command lines of hvm")),
-      task("-h, --help", Group::information, Task::show_help, "say this and end"),
+                      "write the file with which bash or zsh completes the command lines of hvm")),
+      task("-h, --help", Group::information, Task::show_help, "show this help"),
   };
   // clang-format on
   return rows;

@@ -184,7 +184,7 @@ class Repl {
     const auto& known = prompt_commands();
     const auto command = std::find_if(known.begin(), known.end(), [&](const auto& each) { return each.name == name; });
     inputs_.tell_error(command == known.end() ? fmt::format("there is no command {}; help(commands) lists them", name)
-                                              : fmt::format("it is written {}", command->usage));
+                                              : fmt::format("write {}", command->usage));
   }
 
   void show_variables() {

@@ -33,8 +33,7 @@ class ScriptSearch {
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
     if (!fs::exists(status))
-      throw FileError(
-          fmt::format("--test takes files or folders; \"{}\" is none: {}", briefly(path.string()), error.message()));
+      throw FileError(fmt::format("--test cannot find \"{}\": {}", briefly(path.string()), error.message()));
     if (fs::is_directory(status)) return search(path, "");
     keep(path, path.filename());
   }

@@ -202,7 +202,7 @@ bool run_tests(const std::vector<std::string>& paths, const ModuleFunctions& fun
   const FoundScripts found = find_scripts(paths, options.filter);
   check_junit_path(options.junit_path);
   if (found.scripts.empty()) {
-    const std::string fitting = options.filter.empty() ? "" : fmt::format(" fit \"{}\"", briefly(options.filter));
+    const std::string fitting = options.filter.empty() ? "" : fmt::format(" match \"{}\"", briefly(options.filter));
     put(fmt::format("no scripts below {}{}\n", fmt::join(paths, ", "), fitting));
   }
   return TestRunner(found, functions, options).run();

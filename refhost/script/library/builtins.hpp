@@ -55,7 +55,9 @@ struct Builtin {
   Value (*body)(const BuiltinCall& call);
   std::string_view usage;    // the forms of a call, such as `round(x)` and `round(x, digits)`, with a line end between
   std::string_view summary;  // what it does, in a sentence
+  std::string_view example;  // a script, with what it prints as comments
   Gives gives = Gives::value;
+  std::string_view options = {};  // each entry of its table of options and what it means, in a line
 };
 
 /// The built-in functions of one source file.

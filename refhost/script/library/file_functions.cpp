@@ -283,18 +283,42 @@ Value to_json(const BuiltinCall& call) {
 }
 
 // clang-format off
+constexpr std::string_view reading_options =
+    "\"header\": false when the first row holds data; the columns then have the keys 0, 1, 2, ...\n"
+    "\"separator\": one character, \",\" by default\n"
+    "\"columns\": a table of the columns to read, by name or position";
+
 constexpr Builtin rows[] = {
-    {"parse_json", 1, 1, parse_json, "parse_json(text)", "Reads JSON: objects and arrays become tables."},
+    {"parse_json", 1, 1, parse_json, "parse_json(text)", "Reads JSON: objects and arrays become tables.",
+     "v = parse_json(\"{\\\"a\\\": [1, 2.5]}\")\n"
+     "print(v[\"a\"][1])  # expect: 2.5"},
     {"read_csv", 1, 2, read_csv, "read_csv(path)\nread_csv(path, options)",
-     "Reads a CSV file into a table of its columns."},
+     "Reads a CSV file into a table of its columns.",
+     "write_text(\"people.csv\", \"name;age\\nAl;25\\n\")\n"
+     "print(read_csv(\"people.csv\", [\"separator\": \";\"]))  # expect: [\"name\": [\"Al\"], \"age\": [25]]",
+     Gives::value, reading_options},
     {"read_csv_array", 1, 2, read_csv_array, "read_csv_array(path)\nread_csv_array(path, options)",
-     "Reads the numbers of a CSV file into an array."},
-    {"read_lines", 1, 1, read_lines, "read_lines(path)", "Gives the lines of a file as a table of strings."},
-    {"read_text", 1, 1, read_text, "read_text(path)", "Gives a whole file as a string."},
-    {"to_json", 1, 2, to_json, "to_json(value)\nto_json(value, indent)", "Gives a value as JSON."},
+     "Reads the numbers of a CSV file into an array.",
+     "write_text(\"xy.csv\", \"x,y\\n1,2\\n3,4\\n\")\n"
+     "print(read_csv_array(\"xy.csv\", [\"columns\": [\"y\"]]))  # expect: double(2, 1) [[2.0], [4.0]]",
+     Gives::value, reading_options},
+    {"read_lines", 1, 1, read_lines, "read_lines(path)", "Gives the lines of a file as a table of strings.",
+     "write_text(\"lines.txt\", \"one\\ntwo\\n\")\n"
+     "print(read_lines(\"lines.txt\"))  # expect: [\"one\", \"two\"]"},
+    {"read_text", 1, 1, read_text, "read_text(path)", "Gives a whole file as a string.",
+     "write_text(\"text.txt\", \"one\\n\")\n"
+     "print(len(read_text(\"text.txt\")))  # expect: 4"},
+    {"to_json", 1, 2, to_json, "to_json(value)\nto_json(value, indent)", "Gives a value as JSON.",
+     "print(to_json([\"a\": [1, nil]]))  # expect: {\"a\":[1,null]}"},
     {"write_csv", 2, 3, write_csv, "write_csv(path, data)\nwrite_csv(path, data, options)",
-     "Writes a table of columns or an array as a CSV file.", Gives::nothing},
-    {"write_text", 2, 2, write_text, "write_text(path, text)", "Writes a string into a file.", Gives::nothing},
+     "Writes a table of columns or an array as a CSV file.",
+     "write_csv(\"table.csv\", [\"x\": [1, 2], \"y\": [3, 4]], [\"header\": false])\n"
+     "print(read_text(\"table.csv\"))  # expect: 1,3 2,4", Gives::nothing,
+     "\"header\": a table of names, or false for no header\n"
+     "\"separator\": one character, \",\" by default"},
+    {"write_text", 2, 2, write_text, "write_text(path, text)", "Writes a string into a file.",
+     "write_text(\"note.txt\", \"one\\n\")\n"
+     "print(read_lines(\"note.txt\"))  # expect: [\"one\"]", Gives::nothing},
 };
 // clang-format on
 

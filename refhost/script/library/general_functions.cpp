@@ -87,18 +87,30 @@ Value clock(const BuiltinCall&) {
 
 // clang-format off
 constexpr Builtin rows[] = {
-    {"assert", 1, 2, assertion, "assert(condition)\nassert(condition, text)",
-     "Fails unless the condition holds.", Gives::nothing},
-    {"clock", 0, 0, clock, "clock()", "Gives a time in seconds, for measuring durations."},
-    {"error", 1, 1, error, "error(text)", "Fails with this message.", Gives::nothing},
-    {"exit", 0, 1, exit, "exit()\nexit(status)", "Ends the script, with a status from 0 to 255.", Gives::nothing},
+    {"assert", 1, 2, assertion, "assert(condition)\nassert(condition, text)", "Fails unless the condition holds.",
+     "assert(1 < 2)\n"
+     "assert(1 > 2, \"too small\")  # expect error: too small", Gives::nothing},
+    {"clock", 0, 0, clock, "clock()", "Gives a time in seconds, for measuring durations.",
+     "begin = clock()\n"
+     "for i in range(1000) do end\n"
+     "print(clock() - begin < 60)  # expect: 1"},
+    {"error", 1, 1, error, "error(text)", "Fails with this message.",
+     "error(\"no month 13\")  # expect error: no month 13", Gives::nothing},
+    {"exit", 0, 1, exit, "exit()\nexit(status)", "Ends the script, with a status from 0 to 255.",
+     "if not has(args, 0) then exit() end", Gives::nothing},
     {"len", 1, 1, len, "len(x)",
-     "Gives the characters of a string, the entries of a table, or the first extent of an array."},
-    {"print", 0, -1, print, "print(value, ...)", "Prints values with blanks between them.", Gives::nothing},
+     "Gives the characters of a string, the entries of a table, or the first extent of an array.",
+     "print(len(\"text\"), len([7, 8]))  # expect: 4 2"},
+    {"print", 0, -1, print, "print(value, ...)", "Prints values with blanks between them.",
+     "print(\"x =\", 2.5, [1, \"a\"])  # expect: x = 2.5 [1, \"a\"]", Gives::nothing},
     {"range", 1, 3, range, "range(stop)\nrange(start, stop)\nrange(start, stop, step)",
-     "Gives a table of whole numbers; a for loop walks it without one."},
-    {"str", 1, 1, str, "str(x)", "Gives the full text of a value."},
-    {"type", 1, 1, type, "type(x)", "Gives the name of the kind of a value."},
+     "Gives a table of whole numbers; a for loop walks it without one.",
+     "print(range(3), range(1, 3), range(4, 0, -2))  # expect: [0, 1, 2] [1, 2] [4, 2]\n"
+     "for i in range(2) do print(i) end  # expect: 0 1"},
+    {"str", 1, 1, str, "str(x)", "Gives the full text of a value.",
+     "print(\"x\" + str(0.1))  # expect: x0.1"},
+    {"type", 1, 1, type, "type(x)", "Gives the name of the kind of a value.",
+     "print(type(1), type(1.0), type(\"a\"), type([]))  # expect: int real string table"},
 };
 // clang-format on
 

@@ -278,16 +278,38 @@ Value save_plot(const BuiltinCall& call) {
 }
 
 // clang-format off
+constexpr std::string_view picture_options =
+    "\"title\": a text above the picture\n"
+    "\"x\", \"y\": the labels of the axes\n"
+    "\"show\": false keeps the picture for save_plot, without printing it";
+constexpr std::string_view curve_options =
+    "\"title\": a text above the picture\n"
+    "\"x\", \"y\": the labels of the axes\n"
+    "\"names\": a table with the name of each curve\n"
+    "\"show\": false keeps the picture for save_plot, without printing it";
+
 constexpr Builtin rows[] = {
-    {"plot", 1, 3, plot, "plot(y)\nplot(x, y)\nplot(x, y, options)", "Draws a curve as text.", Gives::nothing},
+    {"plot", 1, 3, plot, "plot(y)\nplot(x, y)\nplot(x, y, options)", "Draws a curve as text.",
+     "plot([0, 1, 2], [[0, 1, 4], [0, 2, 4]], [\"names\": [\"squares\", \"doubles\"]])",
+     Gives::nothing, curve_options},
     {"plot_histogram", 1, 3, plot_histogram,
-     "plot_histogram(a)\nplot_histogram(a, bins)\nplot_histogram(a, bins, options)", "Draws how often values occur.", Gives::nothing},
+     "plot_histogram(a)\nplot_histogram(a, bins)\nplot_histogram(a, bins, options)",
+     "Draws how often values occur.",
+     "plot_histogram([1, 2, 2, 3, 3, 3], 3, [\"x\": \"value\"])",
+     Gives::nothing, picture_options},
     {"plot_matrix", 1, 2, plot_matrix, "plot_matrix(a)\nplot_matrix(a, options)",
-     "Draws an array of two axes, a cell for each element.", Gives::nothing},
+     "Draws an array of two axes, a cell for each element.",
+     "plot_matrix(xones(4, 8), [\"title\": \"ones\"])",
+     Gives::nothing, picture_options},
     {"plot_points", 1, 3, plot_points, "plot_points(y)\nplot_points(x, y)\nplot_points(x, y, options)",
-     "Draws points as text.", Gives::nothing},
+     "Draws points as text.",
+     "plot_points([1, 2, 4], [3, 1, 2], [\"x\": \"time\", \"y\": \"size\"])",
+     Gives::nothing, curve_options},
     {"save_plot", 1, 2, save_plot, "save_plot(path)\nsave_plot(path, options)",
-     "Writes the last picture into a file.", Gives::nothing},
+     "Writes the last picture into a file.",
+     "plot([1, 4, 9], [\"show\": false])\n"
+     "save_plot(\"squares.svg\", [\"width\": 600])", Gives::nothing,
+     "\"width\", \"height\": in pixels, from 100 to 10000; 800 and 500 by default"},
 };
 // clang-format on
 

@@ -125,13 +125,23 @@ Value sort(const BuiltinCall& call) {
 
 // clang-format off
 constexpr Builtin rows[] = {
-    {"append", 2, -1, append, "append(table, value, ...)", "Adds values behind the others of a table.", Gives::nothing},
-    {"has", 2, 2, has, "has(table, key)", "Says whether a table has a key."},
-    {"keys", 1, 1, keys, "keys(table)", "Gives a table of the keys."},
-    {"remove", 2, 2, remove, "remove(table, key)", "Removes an entry from a table and gives its value."},
+    {"append", 2, -1, append, "append(table, value, ...)", "Adds values behind the others of a table.",
+     "t = [1]\n"
+     "append(t, 2, 3)\n"
+     "print(t)  # expect: [1, 2, 3]", Gives::nothing},
+    {"has", 2, 2, has, "has(table, key)", "Says whether a table has a key.",
+     "print(has([\"a\": nil], \"a\"), has([7], 1))  # expect: 1 0"},
+    {"keys", 1, 1, keys, "keys(table)", "Gives a table of the keys.",
+     "print(keys([7, \"a\": 8]))  # expect: [0, \"a\"]"},
+    {"remove", 2, 2, remove, "remove(table, key)", "Removes an entry from a table and gives its value.",
+     "t = [10, 20, 30]\n"
+     "print(remove(t, 1), t)  # expect: 20 [10, 30]"},
     {"sort", 1, 2, sort, "sort(table)\nsort(table, key)",
-     "Gives the values of a table in ascending order, or tables by their entry at a key."},
-    {"values", 1, 1, values, "values(table)", "Gives a table of the values."},
+     "Gives the values of a table in ascending order, or tables by their entry at a key.",
+     "print(sort([3, 1, 2]))  # expect: [1, 2, 3]\n"
+     "print(sort([[\"n\": 2], [\"n\": 1]], \"n\"))  # expect: [[\"n\": 1], [\"n\": 2]]"},
+    {"values", 1, 1, values, "values(table)", "Gives a table of the values.",
+     "print(values([\"a\": 7, \"b\": 8]))  # expect: [7, 8]"},
 };
 // clang-format on
 

@@ -203,15 +203,24 @@ Value lower(const BuiltinCall& call) { return Value(lower_case(text_argument(cal
 
 // clang-format off
 constexpr Builtin rows[] = {
-    {"find", 2, 3, find, "find(text, part)\nfind(text, part, start)", "Gives the position of the first occurrence, nil when there is none."},
-    {"format", 1, -1, format, "format(pattern, value, ...)", "Puts values into the {} of a pattern."},
-    {"join", 1, 2, join, "join(table)\njoin(table, separator)", "Makes one string of the values of a table."},
-    {"lower", 1, 1, lower, "lower(text)", "Gives the text in lower case."},
-    {"replace", 3, 3, replace, "replace(text, old, new)", "Replaces all occurrences of a part."},
+    {"find", 2, 3, find, "find(text, part)\nfind(text, part, start)",
+     "Gives the position of the first occurrence, nil when there is none.",
+     "print(find(\"banana\", \"an\"), find(\"banana\", \"an\", 2))  # expect: 1 3"},
+    {"format", 1, -1, format, "format(pattern, value, ...)", "Puts values into the {} of a pattern.",
+     "print(format(\"{:.2f} of {:>3}\", 0.5, \"m\"))  # expect: 0.50 of m"},
+    {"join", 1, 2, join, "join(table)\njoin(table, separator)", "Makes one string of the values of a table.",
+     "print(join([1, \"a\"], \", \"))  # expect: 1, a"},
+    {"lower", 1, 1, lower, "lower(text)", "Gives the text in lower case.",
+     "print(lower(\"Text\"))  # expect: text"},
+    {"replace", 3, 3, replace, "replace(text, old, new)", "Replaces all occurrences of a part.",
+     "print(replace(\"a.b.c\", \".\", \"-\"))  # expect: a-b-c"},
     {"split", 1, 2, split, "split(text)\nsplit(text, separator)",
-     "Makes a table of the parts between blanks or separators."},
-    {"trim", 1, 1, trim, "trim(text)", "Gives the text without the blanks at both ends."},
-    {"upper", 1, 1, upper, "upper(text)", "Gives the text in upper case."},
+     "Makes a table of the parts between blanks or separators.",
+     "print(split(\"a,b\", \",\"), split(\" two words\"))  # expect: [\"a\", \"b\"] [\"two\", \"words\"]"},
+    {"trim", 1, 1, trim, "trim(text)", "Gives the text without the blanks at both ends.",
+     "print(trim(\"  text \"))  # expect: text"},
+    {"upper", 1, 1, upper, "upper(text)", "Gives the text in upper case.",
+     "print(upper(\"Text\"))  # expect: TEXT"},
 };
 // clang-format on
 

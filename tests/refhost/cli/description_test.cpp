@@ -83,7 +83,7 @@ TEST(DescriptionFile, ThatIsMissing_IsToldWithExplanationsAlone) {
   EXPECT_EQ(silent.err, "<command line>:1:1: error: toy_fail: the call failed with an int\n    toy_fail(3)\n    ^\n");
   const Outcome explained = folder.run({"--explain", "-e", failing_script});
   EXPECT_THAT(explained.err, HasSubstr("argument 1: the int 3\n"));
-  EXPECT_THAT(explained.err, HasSubstr("there is no description of the module's functions, which would be " +
+  EXPECT_THAT(explained.err, HasSubstr("there is no description of the module's functions; hvm looks for it at " +
                                        folder.beside() + " or " + folder.path() + "/share/toy/functions.json\n"));
 }
 

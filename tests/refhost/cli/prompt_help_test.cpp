@@ -39,14 +39,26 @@ TEST(Repl, Help_TellsOfFunctionsKeywordsAndTopics) {
                            {"help(reshape)", "docs/functions/method-reshape.md"},
                            {"help(\":time\")", ":time STATEMENT"},
                            {"help(functions)", "toy_count"},
-                           {"help(prnt)", "There is no help on 'prnt' (did you mean 'print'?)"}});
+                           {"help(prnt)", "There is no help on 'prnt' (did you mean 'print'?).\r\n"},
+                           {"help(toy_)", "These names are similar:\r\n  toy_bool toy_count"},
+                           {"help load", "These names are similar:\r\n  :load\r\n"},
+                           {"help(println)", "There is no help on 'println'; write print(x).\r\n"},
+                           {"help(\"why\")", "Explains the last error"},
+                           {"help(double)", "xarray(@double, [1, 2])"},
+                           {"help @int", "  int(x)\r\n"},
+                           {"help(@)", "Quotes what follows"},
+                           {"help :load", ":load FILE"},
+                           {"help(+)", "docs/functions/operator-add.md"},
+                           {"help \">=\"", "docs/functions/operator-less.md"},
+                           {"help []", "docs/functions/element-access.md"},
+                           {"help(plot)", "\r\n  \"title\": a text above the picture\r\n"}});
   terminal.answer("# the area", "\n> ");
   terminal.answer("fn area(w, h)  # of a field", "\n... ");
   terminal.answer("return w * h", "\n... ");
   terminal.expect_answers({{"end"},
                            {"help(area)", "  area(w, h)\r\n"},
-                           {"help(transpose)", "It comes with use \"arrays\".\r\n  transpose(a)\r\n"},
-                           {"help = 3"},
+                           {"help(transpose)", "use \"arrays\" loads it.\r\n  transpose(a)\r\n"},
+                           {"help =3"},
                            {"help", "\r\n3\r\n"}});
 }
 
@@ -64,7 +76,7 @@ TEST(Repl, TimeAndVars_TellOfStatementsAndVariables) {
   EXPECT_THAT(shown, HasSubstr("(2, 3)\r\n"));
   EXPECT_THAT(shown, HasSubstr("... (60 characters)\r\n"));
   EXPECT_THAT(terminal.answer(":nothing"), HasSubstr("error: there is no command :nothing"));
-  EXPECT_THAT(terminal.answer(":load"), HasSubstr("error: it is written :load FILE"));
+  EXPECT_THAT(terminal.answer(":load"), HasSubstr("error: write :load FILE"));
 }
 
 TEST(Repl, Tab_CompletesNamesMethodsAndKeywords) {
@@ -132,11 +144,11 @@ TEST(Repl, Tab_InQuotesCompletesFiles) {
 
 TEST(Repl, Why_TellsTheStoryOfTheLastError) {
   Prompt terminal;
-  EXPECT_THAT(terminal.answer("why"), HasSubstr("nothing has failed"));
+  EXPECT_THAT(terminal.answer("why"), HasSubstr("there was no error yet"));
   EXPECT_THAT(terminal.answer("toy_fail(toy_int(3))"), Not(HasSubstr("arguments")));
   terminal.expect_answers({{"  why ", "argument 1: $xintarray (3): 0, 1, 2"},
                            {"unknown + 1", "error:"},
-                           {"why", "there is no more to say of: "}});
+                           {"why", "there are no more details of this error: "}});
 }
 
 TEST(Repl, Why_IsAVariableWhereThereIsOne) {

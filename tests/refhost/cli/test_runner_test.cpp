@@ -102,7 +102,7 @@ TEST(TestRunner, Filter_FitsAPartOfThePathBelowTheFolder) {
   EXPECT_EQ(passed("s/*.hvm"), "2 passed, 0 failed\n");
   EXPECT_EQ(passed("o?her"), "1 passed, 0 failed\n");
   EXPECT_EQ(passed(""), "4 passed, 0 failed\n");
-  const std::string none = "no scripts below " + folder + " fit ";
+  const std::string none = "no scripts below " + folder + " match ";
   EXPECT_EQ(passed("tests"), none + "\"tests\"\n0 passed, 0 failed\n") << "the folder's own name does not count";
   EXPECT_EQ(passed("["), none + "\"[\"\n0 passed, 0 failed\n");
   EXPECT_EQ(passed("\\"), none + "\"\\\"\n0 passed, 0 failed\n");
