@@ -270,10 +270,11 @@ std::string no_help_on(const std::string& name, const Interpreter& interpreter) 
   for (const std::string& each : known)
     if (name.size() >= shortest_part && each.find(name) != std::string::npos && longer.size() < most_names)
       longer.push_back(each);
-  const std::string instead = counterpart(name);
-  std::string text = fmt::format("There is no help on '{}'{}.\n", name,
-                                 instead.empty() ? suggestion(name, {known.begin(), known.end()}) : instead);
-  if (!longer.empty()) text += "These names are similar:\n" + in_lines(longer);
+  const std::string known_elsewhere = counterpart(name);
+  const std::string instead =
+      known_elsewhere.empty() ? suggestion(name, {known.begin(), known.end()}) : known_elsewhere;
+  std::string text = fmt::format("There is no help on '{}'{}.\n", name, instead);
+  if (longer.size() > (instead.empty() ? 0 : 1)) text += "These names are similar:\n" + in_lines(longer);
   return text + "help alone lists the topics.\n";
 }
 

@@ -111,7 +111,7 @@ Value Calls::call_fn(const Function& function, std::vector<Value> arguments, Spa
 void Calls::fail_in_library(const std::string& name, const ScriptError& error, Span span) const {
   const std::string front = name + ": ";
   const bool is_named = error.message().compare(0, front.size(), front) == 0;
-  site_.fail(is_named ? error.message() : front + error.message(), span);
+  site_.fail(Failure(is_named ? error.message() : front + error.message(), error.notes()), span);
 }
 
 Value Calls::run_fn(const Function& function, std::vector<Value> arguments) {

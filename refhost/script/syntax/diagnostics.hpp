@@ -35,6 +35,7 @@ class ScriptError : public std::exception {
 
   /// Gives lines that follow the caret of the report and are no part of the message.
   void set_notes(std::vector<std::string> notes) { notes_ = std::move(notes); }
+  const std::vector<std::string>& notes() const { return notes_; }
 
   /// `file:line:column: error: message`, the line, a caret under the column, the notes, and the calls that led there.
   std::string report() const;

@@ -41,7 +41,7 @@ TEST(Repl, Help_TellsOfFunctionsKeywordsAndTopics) {
                            {"help(functions)", "toy_count"},
                            {"help(prnt)", "There is no help on 'prnt' (did you mean 'print'?).\r\n"},
                            {"help(toy_)", "These names are similar:\r\n  toy_bool toy_count"},
-                           {"help load", "These names are similar:\r\n  :load\r\n"},
+                           {"help load", "There is no help on 'load' (did you mean ':load'?).\r\n"},
                            {"help(println)", "There is no help on 'println'; write print(x).\r\n"},
                            {"help(\"why\")", "Explains the last error"},
                            {"help(double)", "xarray(@double, [1, 2])"},

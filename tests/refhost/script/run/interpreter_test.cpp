@@ -196,6 +196,27 @@ TEST(Library, ErrorsAreThoseOfTheLineThatCallsIt) {
   EXPECT_TRUE(counts() == before);
 }
 
+TEST(Library, ErrorsOfTheModuleKeepTheirNotes) {
+  Description description;
+  description.functions.resize(1);
+  description.functions[0].name = "toy_fail";
+  description.functions[0].synopsis = {"toy_fail(x)"};
+  description.functions[0].page = "docs/functions/toy_fail.md";
+  InterpreterOptions options;
+  options.description = &description;
+  Interpreter interpreter(toy_functions(), options);
+  interpreter.run(interpreter.parse(
+      std::make_shared<SourceText>("library.hvm", "fn outer(x)\n  toy_fail(x)\nend\n", Origin::library)));
+  try {
+    interpreter.run(interpreter.parse(std::make_shared<SourceText>("test.hvm", "outer(2)")));
+    FAIL() << "there was no error";
+  } catch (const ScriptError& error) {
+    EXPECT_EQ(error.report(),
+              "test.hvm:1:1: error: outer: toy_fail: the call failed with an int\n    outer(2)\n    ^\n"
+              "  usage: toy_fail(x)\n  page: docs/functions/toy_fail.md\n");
+  }
+}
+
 TEST(Exit, EndsTheScriptWithAStatus) {
   const auto status_of = [](const std::string& script) {
     const Counts before = counts();
