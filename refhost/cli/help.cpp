@@ -244,7 +244,8 @@ std::optional<std::string> help_on_topic(const std::string& name, const Interpre
   if (name == "commands") return command_list();
   if (name == "variables") return variable_names(interpreter);
   for (const PromptCommand& command : prompt_commands())
-    if (name == command.name) return brief_help(command.usage, std::string(command.summary) + ".", width);
+    if (name == command.name || ":" + name == command.name)
+      return brief_help(command.usage, std::string(command.summary) + ".", width);
   return std::nullopt;
 }
 

@@ -46,8 +46,10 @@ std::string matrix_text(const Figure& figure, TextSize size) {
     text += "|\n";
   }
   text += edge;
-  return text + fmt::format("\"{}\" {:.6g}  \"{}\" {:.6g}\n", shade_of(range.low, range), range.low,
-                            shade_of(range.high, range), range.high);
+  const auto legend = [&](double value) { return fmt::format("\"{}\" {:.6g}", shade_of(value, range), value); };
+  text += legend(range.low);
+  if (range.high > range.low) text += "  " + legend(range.high);
+  return text + "\n";
 }
 
 }  // namespace hvm

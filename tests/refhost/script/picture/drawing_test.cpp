@@ -108,7 +108,7 @@ TEST(Drawing, DrawsOneNumberAndGaps) {
 TEST(Drawing, OfAMatrix_IsACharacterOrTwoForEachElement) {
   EXPECT_EQ(drawn_as_text(matrix(2, 3, {0, 1, 2, 3, 4, 9}), {}),
             "+------+\n|  ..::|\n|--==@@|\n+------+\n\" \" 0  \"@\" 9");
-  EXPECT_EQ(drawn_as_text(matrix(1, 2, {nan, 7}), {}), "+----+\n|??++|\n+----+\n\"+\" 7  \"+\" 7");
+  EXPECT_EQ(drawn_as_text(matrix(1, 2, {nan, 7}), {}), "+----+\n|??++|\n+----+\n\"+\" 7");
   Figure titled = matrix(1, 20, std::vector<double>(20, 1));
   titled.title = "ones";
   EXPECT_EQ(drawn_as_text(titled, {32, 20}),
