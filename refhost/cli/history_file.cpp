@@ -124,7 +124,7 @@ void shorten(const std::string& path, const std::vector<std::string>& lines) {
 }  // namespace
 
 std::string history_path() {
-  if (const char* named = std::getenv("HVM_HISTORY")) return named;
+  if (const char* named = std::getenv("HVM_HISTORY")) return named == std::string_view("/dev/null") ? "" : named;
   const std::string state = directory_from("XDG_STATE_HOME", "/hvm/history");
   return state.empty() ? directory_from("HOME", "/.local/state/hvm/history") : state;
 }
@@ -162,7 +162,8 @@ std::string HistoryFile::complaint() { return std::exchange(complaint_, {}); }
 void HistoryFile::fail() {
   if (has_failed_) return;
   has_failed_ = true;
-  complaint_ = fmt::format("the history is not kept: {}: {}", path_, std::generic_category().message(errno));
+  const std::string reason = errno == EINVAL ? "this is not a regular file" : std::generic_category().message(errno);
+  complaint_ = fmt::format("the history is not kept: {}: {}", path_, reason);
 }
 
 }  // namespace hvm

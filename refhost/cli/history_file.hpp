@@ -8,7 +8,7 @@
 namespace hvm {
 
 /// The path of the history: what `HVM_HISTORY` names, otherwise `$XDG_STATE_HOME/hvm/history` or
-/// `~/.local/state/hvm/history`; empty when there is none.
+/// `~/.local/state/hvm/history`; empty when there is none, and for `/dev/null`.
 std::string history_path();
 
 /// A file with an input in each line. There `\n` stands for a line end, `\\` for a backslash, and `\xHH` for a byte of

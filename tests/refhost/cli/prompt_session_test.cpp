@@ -257,6 +257,20 @@ TEST(Repl, AHistoryThatCannotBeWritten_IsToldOnce) {
   EXPECT_EQ(shown.find("the history is not kept", first + 1), std::string::npos);
 }
 
+TEST(Repl, AHistoryThatIsNoFile_IsToldApart) {
+  const Workplace place;
+  TerminalConditions conditions;
+  conditions.environment = {{"HVM_HISTORY", place.path()}};
+  Terminal folder(conditions);
+  EXPECT_THAT(folder.wait_for("> "), HasSubstr(place.path() + ": this is not a regular file\r\n"));
+  conditions.environment = {{"HVM_HISTORY", "/dev/null"}};
+  Terminal nothing(conditions);
+  std::string shown = nothing.wait_for("> ") + nothing.answer("x = 1");
+  EXPECT_THAT(shown, Not(HasSubstr("history")));
+  for (const auto& entry : std::filesystem::directory_iterator("/dev"))
+    EXPECT_THAT(entry.path().filename().string(), Not(HasSubstr("session-" + std::to_string(nothing.id()))));
+}
+
 TEST(Repl, AHistoryOfAnyBytes_DoesNoHarm) {
   const Workplace place;
   std::string bytes = "1 + 1\n\n\\";

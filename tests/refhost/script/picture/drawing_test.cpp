@@ -112,7 +112,7 @@ TEST(Drawing, OfAMatrix_IsACharacterOrTwoForEachElement) {
   Figure titled = matrix(1, 20, std::vector<double>(20, 1));
   titled.title = "ones";
   EXPECT_EQ(drawn_as_text(titled, {32, 20}),
-            "ones\n+--------------------+\n|++++++++++++++++++++|\n+--------------------+\n\"+\" 1  \"+\" 1");
+            "ones\n+--------------------+\n|++++++++++++++++++++|\n+--------------------+\n\"+\" 1");
 }
 
 TEST(Drawing, ForAFile_GivesItsForm) {
