@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "cli/help_page.hpp"
-#include "cli/names.hpp"
+#include "cli/safe_text.hpp"
 #include "script/explain/other_names.hpp"
 #include "script/library/script_file.hpp"
 #include "script/module/array_module.hpp"
@@ -274,7 +274,7 @@ std::string no_help_on(const std::string& name, const Interpreter& interpreter) 
   const std::string known_elsewhere = counterpart(name);
   const std::string instead =
       known_elsewhere.empty() ? suggestion(name, {known.begin(), known.end()}) : known_elsewhere;
-  std::string text = fmt::format("There is no help on '{}'{}.\n", name, instead);
+  std::string text = fmt::format("There is no help on '{}'{}.\n", briefly(name), instead);
   if (longer.size() > (instead.empty() ? 0 : 1)) text += "These names are similar:\n" + in_lines(longer);
   return text + "help alone lists the topics.\n";
 }
@@ -332,22 +332,24 @@ std::optional<std::string> help_asked(std::string_view input) {
   input = trimmed(input);
   if (input.substr(0, word.size()) != word) return std::nullopt;
   std::string_view rest = input.substr(word.size());
-  if (rest.empty()) return "";
-  const bool is_separate = rest.front() == ' ' || rest.front() == '\t';
+  const bool is_separate = rest.empty() || rest.front() == '(' || blank_length(rest) > 0;
+  if (!is_separate) return std::nullopt;
   rest = trimmed(rest);
-  if (rest.front() == '(') {
-    if (rest.back() != ')') return std::nullopt;
-    rest = trimmed(rest.substr(1, rest.size() - 2));
-  } else if (!is_separate) {
-    return std::nullopt;
+  const bool has_brackets = !rest.empty() && rest.front() == '(';
+  if (has_brackets) {
+    rest.remove_prefix(1);
+    if (!rest.empty() && rest.back() == ')') rest.remove_suffix(1);
+    rest = trimmed(rest);
   }
+  // `help = 3` and `help + 1` are statements of the language.
+  constexpr std::string_view operators = "=+-*/%<>![.";
+  const bool may_be_statement =
+      !has_brackets && !rest.empty() && operators.find(rest.front()) != std::string_view::npos;
+  if (may_be_statement && !row_of(operator_table, std::string(rest))) return std::nullopt;
   const bool is_quoted = rest.size() > 1 && rest.front() == '"' && rest.back() == '"';
   if (is_quoted) rest = rest.substr(1, rest.size() - 2);
-  const bool is_kind = rest.size() > 1 && rest.front() == '@';
-  if (is_kind) rest.remove_prefix(1);
-  const std::string name(rest);
-  const bool is_name = std::all_of(name.begin(), name.end(), [](char c) { return is_in_name(c) || c == ':'; });
-  return is_name || name == "@" || row_of(operator_table, name) ? std::optional(name) : std::nullopt;
+  if (rest.size() > 1 && rest.front() == '@') rest.remove_prefix(1);
+  return std::string(rest);
 }
 
 }  // namespace hvm

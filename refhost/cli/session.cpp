@@ -50,12 +50,15 @@ std::string free_path(const std::string& folder, std::string_view beginning, lon
   return path;
 }
 
+/// Whether it is a file that this user has made: the folder may belong to many.
+bool is_own_file(const struct stat& status) { return S_ISREG(status.st_mode) && status.st_uid == geteuid(); }
+
 /// Removes what was offered long ago, and not taken.
 void remove_old(const std::string& folder) {
   for (const std::string& path : files_in(folder, lost_front)) {
     struct stat status = {};
-    const bool is_old = lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
-                        std::time(nullptr) - status.st_mtime > seconds_kept;
+    const bool is_old =
+        lstat(path.c_str(), &status) == 0 && is_own_file(status) && std::time(nullptr) - status.st_mtime > seconds_kept;
     if (is_old) unlink(path.c_str());
   }
 }
@@ -129,9 +132,9 @@ std::vector<std::string> Session::lost_sessions() const {
   if (folder_.empty()) return lost;
   remove_old(folder_);
   for (const std::string& path : files_in(folder_, front)) {
-    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK | O_NOFOLLOW));
     struct stat status = {};
-    if (!takes_lock(file) || fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
+    if (!takes_lock(file) || fstat(file.number(), &status) != 0 || !is_own_file(status)) continue;
     if (status.st_size == 0) {
       unlink(path.c_str());
       continue;

@@ -51,6 +51,12 @@ TEST(Repl, Help_TellsOfFunctionsKeywordsAndTopics) {
                            {"help :load", ":load FILE"},
                            {"help(+)", "docs/functions/operator-add.md"},
                            {"help \">=\"", "docs/functions/operator-less.md"},
+                           {"help(\"a b\")", "There is no help on 'a b'.\r\n"},
+                           {"help(\xCF\x80 ", "There is no help on '\xCF\x80'.\r\n"},
+                           {"help (( )", "There is no help on '('.\r\n"},
+                           {"help(", "help(name)"},
+                           {"helper(2)", "there is no function 'helper'"},
+                           {"help += 2", "there is no variable 'help'"},
                            {"help []", "docs/functions/element-access.md"},
                            {"help(plot)", "\r\n  \"title\": a text above the picture\r\n"}});
   terminal.answer("# the area", "\n> ");

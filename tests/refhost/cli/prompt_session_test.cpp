@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -382,6 +383,20 @@ TEST(Repl, LostSessions_AreNotWrittenOver) {
   for (const auto& entry : std::filesystem::directory_iterator(folder))
     if (entry.path().extension() == ".hvm") kept.push_back(contents(entry.path().string()));
   EXPECT_THAT(kept, ::testing::UnorderedElementsAre("x = 1\n", "x = 2\n", "x = 3\n", "x = 4\n"));
+}
+
+TEST(Repl, SessionsOfOtherUsers_AreNotOffered) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root gives files to others";
+  const Workplace place;
+  const std::string folder = place.path() + "/hvm";
+  TerminalConditions conditions;
+  conditions.state = place.path();
+  leave_session(folder, "session-1.hvm", "x = 1\n");
+  leave_session(folder, "session-2.hvm", "x = 2\n");
+  ASSERT_EQ(chown((folder + "/session-1.hvm").c_str(), 65534, 65534), 0);
+  Terminal terminal(conditions);
+  EXPECT_EQ(contents(offered_script(terminal)), "x = 2\n");
+  EXPECT_TRUE(std::filesystem::exists(folder + "/session-1.hvm"));
 }
 
 TEST(Repl, LostSessionsThatAreOld_AreRemoved) {
