@@ -44,11 +44,11 @@ constexpr WordHelp word_table[] = {
     {" @ ", "xarray(@double, [1, 2])\nxarray(@int(2, 3))\nxarray(@double, @[[1.0, 2.0], [3.0, 4.0]])",
      "Quotes what follows for a function of the module: the kind of an array, with or without its extents, or data."},
     {" bool double ", "xarray(@double, [1, 2])\nxarray(@bool, [1, 0])",
-     "Kinds of the elements of arrays, behind an @. The others are int and int64."},
+     "Kinds of the elements of arrays, after an @. The others are int and int64."},
     {" table ", "[1, 2, \"key\": 3]\nt[\"key\"] = 4", "Values under keys, which are numbers and strings."},
     {" string ", "\"text\"\ns[0], s[1:3]", "Characters in UTF-8, counted from 0."},
     {" code ", "@double(2, 3)", "The kind of a quotation."},
-    {" args ", "args[0]", "A table of the words behind the name of the script, which are strings."},
+    {" args ", "args[0]", "A table of the words after the name of the script, which are strings."},
     {" _ ", "_", "The value that the prompt showed last."},
     {" help ", "help\nhelp(name)",
      "Explains a function, a method, a word or a command. Without a name it lists the topics."},
@@ -101,7 +101,7 @@ std::string brief_help(std::string_view usage, std::string_view summary, std::si
 std::string help_on_builtin(const Builtin& builtin, std::size_t width) {
   std::string text = brief_help(builtin.usage, builtin.summary, width);
   if (!builtin.options.empty())
-    text += "\nOptions, in a table behind the other arguments:\n" + indented(builtin.options);
+    text += "\nOptions, in a table after the other arguments:\n" + indented(builtin.options);
   return text + "\n" + indented(builtin.example);
 }
 
