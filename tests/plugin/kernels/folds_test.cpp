@@ -63,11 +63,11 @@ void expect_rows(const std::vector<T>& x, std::size_t rows, std::size_t length) 
     return sum + distance * distance;
   });
   if (rows != 1 || length == 0) return;
-  const auto sum = folded_rows(x, 1, length, T{0}, [](T sum, T element) { return static_cast<T>(sum + element); })[0];
+  const auto sum = folded_rows(x, 1, length, T{0}, [](T folded, T element) { return static_cast<T>(folded + element); })[0];
   const double mean = static_cast<double>(sum) / static_cast<double>(length);
-  const auto deviations = folded_rows(x, 1, length, 0.0, [mean](double sum, T element) {
+  const auto deviations = folded_rows(x, 1, length, 0.0, [mean](double folded, T element) {
     const double deviation = static_cast<double>(element) - mean;
-    return sum + deviation * deviation;
+    return folded + deviation * deviation;
   });
   EXPECT_TRUE(same_bits({all.sum_of_squared_deviations(elements.data(), length)}, deviations));
 }
