@@ -29,6 +29,9 @@ def arguments():
     parser.add_argument("--core", type=int, help="the core that both run on (default: the last)")
     parser.add_argument("--json", metavar="PATH", help="write the rows as JSON")
     parser.add_argument("--save", action="store_true", help="write results/<machine>.md, .json, .svg; takes every case")
+    parser.add_argument("--keep-memory", type=int, metavar="MIB",
+                        help="let both keep so much freed memory for the next arrays, as hvm --keep-memory does; the "
+                             "results are saved under a name of their own")
     parser.add_argument("--check", action="store_true", help="measure nothing: run every case once on both sides")
     chosen = parser.parse_args()
     if chosen.save and chosen.filter:
@@ -43,7 +46,7 @@ def check_lists(cases, ours):
     problems += [f"only in the program: {name}" for name in sorted(set(registered) - set(wanted))]
     problems += [f"twice in the program: {name}" for name in sorted(set(registered)) if registered.count(name) > 1]
     problems += [f"{case.name}: a bound for a size that the case does not have: {n}" for case in cases
-                 for n in {**case.case.limits, **case.case.beside} if n not in case.case.ratios]
+                 for n in {*case.case.limits, *case.case.beside, *case.case.untouched} if n not in case.case.ratios]
     problems += [f"{case.name}: a ratio without a peer" for case in cases
                  if case.case.ratios[case.n] is not None and case.case.peer(case.n) is None]
     problems += [f"no case calls {function}" for function in ours.unmeasured()]
@@ -83,8 +86,8 @@ def compare(cases, ours, chosen):
     for case in cases:
         rows.append(measurement.measure(case, ours, chosen.rounds, chosen.seconds))
         print(report.line(report.cells(rows[-1])), flush=True)
-    for note in report.notes(rows):
-        print(note)
+    for text in [*report.notes(rows), *report.summary(rows)]:
+        print(text)
     return rows
 
 
@@ -104,15 +107,18 @@ def run(chosen):
     if chosen.check:
         return run_once(cases, ours)
 
+    if chosen.keep_memory is not None:
+        measurement.keep_freed_memory(chosen.keep_memory)
     core = max(os.sched_getaffinity(0)) if chosen.core is None else chosen.core
     os.sched_setaffinity(0, {core})
     rows = compare(cases, ours, chosen)
-    facts = report.machine(ours.compiler)
+    facts = report.machine(ours.compiler, chosen.keep_memory)
     if chosen.json:
         with open(chosen.json, "w") as out:
             json.dump({"machine": facts, "rows": rows}, out, indent=1)
     if chosen.save:
-        print("saved", report.save(os.path.join(os.path.dirname(__file__), "results"), facts, rows))
+        print("saved", report.save(os.path.join(os.path.dirname(__file__), "results"), facts, rows,
+                                    chosen.keep_memory))
 
 
 if __name__ == "__main__":

@@ -2,7 +2,9 @@
 #
 # Both sides count the processor time of their thread, which excludes the time of other programs on the core.
 
+import ctypes
 import json
+import os
 import re
 import statistics
 import subprocess
@@ -10,6 +12,20 @@ import time
 import timeit
 
 import numpy
+
+
+# Parameters of mallopt, in the C library's malloc.h.
+M_TRIM_THRESHOLD = -1
+M_MMAP_THRESHOLD = -3
+
+
+def keep_freed_memory(mebibytes):
+    """Lets the C library keep so much freed memory, in this process and in those that it starts."""
+    allocator = ctypes.CDLL(None)
+    for name, parameter in (("TRIM", M_TRIM_THRESHOLD), ("MMAP", M_MMAP_THRESHOLD)):
+        if not allocator.mallopt(parameter, mebibytes << 20):
+            raise RuntimeError(f"the C library does not keep {mebibytes} MiB")
+        os.environ[f"MALLOC_{name}_THRESHOLD_"] = str(mebibytes << 20)
 
 
 class Ours:
@@ -94,6 +110,7 @@ def measure(case, ours, rounds, seconds):
         "numpy": case.case.peer(case.n),
         "ratio_bound": case.case.ratios[case.n],
         "ns_limit": case.case.limits.get(case.n),
+        "is_untouched": case.n in case.case.untouched,
         "rounds": pairs,
     }
     beside = case.case.beside.get(case.n)

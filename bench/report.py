@@ -9,6 +9,7 @@ import subprocess
 import numpy
 
 import picture
+from comparison import geometric_mean
 
 NOISE = 0.1  # a bound counts as exceeded beyond this share of it
 
@@ -64,8 +65,30 @@ def notes(rows):
     return [f"{row['case']}: `{row['beside']}` takes {number(row['beside_ns'])} ns." for row in rows if "beside" in row]
 
 
-def machine(compiler):
+def counted(rows):
+    """The rows that a mean counts: with a peer, and with a result that both sides have written."""
+    return [row for row in rows if row["ratio"] and not row.get("is_untouched")]
+
+
+def summary(rows):
+    """Sentences on all rows: how much faster than NumPy the module is, and where it is slower."""
+    rows = counted(rows)
+    if not rows:
+        return []
+    families = sorted({row["case"].partition("/")[0] for row in rows})
+    parts = [(family, [row for row in rows if row["case"].startswith(family + "/")]) for family in families]
+    shares = [f"{name} {1 / geometric_mean(row['ratio'] for row in part):.2f}" for name, part in parts]
+    slower = [row for row in rows if row["ratio"] > 1 / 0.95]
+    return [
+        f"NumPy's time over the module's, geometric mean of {len(rows)} rows: "
+        f"{1 / geometric_mean(row['ratio'] for row in rows):.2f}. By family: {', '.join(shares)}.",
+        f"Rows in which NumPy takes less than 0.95 of the module's time: {len(slower)}.",
+    ]
+
+
+def machine(compiler, kept_memory=None):
     """What the figures depend on: name -> value."""
+    freed = "as much stays as the C library keeps" if kept_memory is None else f"{kept_memory} MiB stay"
     model = "unknown processor"
     with open("/proc/cpuinfo") as info:
         found = re.search(r"^model name\s*:\s*(.*)$", info.read(), re.MULTILINE)
@@ -76,6 +99,7 @@ def machine(compiler):
         "family and model": family.strip(),
         "cores": str(os.cpu_count()),
         "caches": ", ".join(f"{level} {_first_line('lscpu', level + ' cache')}" for level in ("L1d", "L2", "L3")),
+        "freed memory": freed,
         "huge pages": _read("/sys/kernel/mm/transparent_hugepage/enabled"),
         "system": f"{platform.system()} {platform.release().partition('-')[0]}, {_distribution()}, {' '.join(platform.libc_ver())}",
         "compiler": compiler,
@@ -91,10 +115,10 @@ def machine_name(facts):
     return f"{model}-{facts['cores']}-cores"
 
 
-def save(directory, facts, rows):
+def save(directory, facts, rows, kept_memory=None):
     """Writes <machine>.md, .svg, and .json with every round. Returns the path of the first."""
     os.makedirs(directory, exist_ok=True)
-    path = os.path.join(directory, machine_name(facts))
+    path = os.path.join(directory, machine_name(facts) + ("-keeping-memory" if kept_memory is not None else ""))
     with open(path + ".json", "w") as out:
         json.dump({"machine": facts, "rows": rows}, out, indent=1)
         out.write("\n")
@@ -104,7 +128,7 @@ def save(directory, facts, rows):
         out.write("# Ours and NumPy's, one thread\n\n")
         out.writelines(f"- {what}: {value}\n" for what, value in facts.items())
         out.write("\n" + head() + "\n" + "".join(line(cells(row)) + "\n" for row in rows))
-        out.writelines(f"\n{note}\n" for note in notes(rows))
+        out.writelines(f"\n{text}\n" for text in [*summary(rows), *notes(rows)])
     return path + ".md"
 
 

@@ -1,6 +1,8 @@
-// bench/tables.cpp: xarray over a host table of numbers, and over a quoted data literal
+// bench/tables.cpp: xarray over a host table of numbers, by dimensions, and over a quoted data literal
 
 #include <array>
+#include <cstdint>
+#include <list>
 #include <random>
 
 #include "families.hpp"
@@ -21,6 +23,15 @@ class Quotation {
     nodes_[0].kind = NodeKind::call;
     store<const void*>(nodes_[0].link.payload, &symbol);
     finish(&nodes_[0]);
+  }
+
+  /// `@double(count)`.
+  void lead_to_dimension(int count) {
+    lead_to_dtype();
+    store<const void*>(nodes_[0].value.payload, &nodes_[1]);
+    nodes_[1].kind = NodeKind::list_cell;
+    nodes_[1].value.tag = SlotTag::integer;
+    store<std::int32_t>(nodes_[1].value.payload, count);
   }
 
   void lead_to_three_rows() {
@@ -89,10 +100,17 @@ std::vector<Value> three_rows(int) {
   return {quoted_double(), quotation.value()};
 }
 
+std::vector<Value> dimension(int n) {
+  static std::list<Quotation> quotations;
+  quotations.emplace_back().lead_to_dimension(n);
+  return {quotations.back().value()};
+}
+
 }  // namespace
 
 void add_tables() {
   add_call("tables/xarray", "xarray", table_sizes, doubles);
+  add_call("tables/dimensions", "xarray", four_sizes, dimension);
   add_call("tables/literal", "xarray", {9}, three_rows);
 }
 

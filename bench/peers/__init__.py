@@ -18,6 +18,8 @@ class Case:
     setup   statements that run once, untimed.
     limits  size -> upper bound of the nanoseconds of one call of the module.
     beside  size -> another expression, measured and shown without a bound.
+    untouched  sizes at which the module's result is pages that nothing has touched. Their time says nothing of the work
+            that they put off, so no mean counts them.
     """
 
     ratios: dict
@@ -25,6 +27,7 @@ class Case:
     setup: str = ""
     limits: dict = field(default_factory=dict)
     beside: dict = field(default_factory=dict)
+    untouched: frozenset = frozenset()
 
     def peer(self, n):
         return self.numpy[n] if isinstance(self.numpy, dict) else self.numpy

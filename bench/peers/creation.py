@@ -6,17 +6,25 @@ from . import Case, by_size
 GENERATOR = "r = np.random.Generator(np.random.MT19937(1)); default = np.random.default_rng(1)"
 
 CASES = {
-    # numpy.zeros of large arrays returns untouched pages, which cost their time at the first use. The peer is therefore
-    # a call that writes its zeros, as the module does.
+    # Large arrays of zeros are untouched pages in both, which cost their time at the first use. A call that writes its
+    # zeros stands beside them.
     "xzeros": Case(
-        numpy={10: "np.zeros(n)", 1_000: "np.zeros(n)", 100_000: "np.zeros(n)", 10_000_000: "np.full(n, 0.0)"},
-        ratios=by_size(0.9, 1.0, 1.0, 1.05),
-        beside={10_000_000: "np.zeros(n)"},
+        numpy="np.zeros(n)",
+        ratios=by_size(0.9, 1.0, 1.0, None),
+        beside={100_000: "np.full(n, 0.0)", 10_000_000: "np.full(n, 0.0)"},
+        untouched={10_000_000},
     ),
     "xones": Case(numpy="np.ones(n)", ratios=by_size(0.9, 0.3, 1.0, 1.05)),
     "xempty": Case(numpy="np.empty(n)", ratios=by_size(None, None, None, None)),
     # n is about the number of elements; the square has the root of n rows.
-    "xeye": Case(numpy="np.eye(k)", setup="k = int(n ** 0.5)", ratios=by_size(0.2, 0.3, 0.9, 1.4)),
+    # The diagonal of the largest one touches every page that the system has to make, small or huge: that is its time.
+    "xeye": Case(
+        numpy="np.eye(k)",
+        setup="k = int(n ** 0.5)",
+        ratios=by_size(0.2, 0.3, 0.9, 1.4),
+        beside={10_000_000: "np.full((k, k), 0.0)"},
+        untouched={10_000_000},
+    ),
     # xarange returns doubles, so the peer does too.
     "xarange": Case(numpy="np.arange(n, dtype=float)", ratios=by_size(0.9, 0.3, 0.3, 1.05)),
     "xlinspace": Case(numpy="np.linspace(0.0, 1.0, n)", ratios=by_size(0.05, 0.3, 0.3, 1.05)),
