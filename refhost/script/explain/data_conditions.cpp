@@ -4,8 +4,12 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "script/explain/condition_words.hpp"
 #include "script/explain/script_words.hpp"
+#include "script/text/number_text.hpp"
+#include "script/text/value_kinds.hpp"
 
 namespace hvm {
 namespace {
@@ -47,6 +51,45 @@ Found ragged_rows(const AnsweredCall& call) {
       fmt::format("the data have {}: xarray takes the shape of the last ones, cuts elements off or adds "
                   "zeros; make all rows of one length",
                   different)};
+}
+
+namespace {
+
+Finding misread_entry(const AnsweredCall& call, const Value& number, std::string_view what_is_stored) {
+  const bool is_narrow = call.elements == DataElements::narrow_integers;
+  return {fmt::format("{} array stores {} as {}{}; write {}", with_article(*kind_of_array(call.result)),
+                      number_text(number), is_narrow ? as_int(number) : as_int64(number), what_is_stored,
+                      number.tag() == ValueTag::integer64 ? "@int64" : "@double")};
+}
+
+/// The first fraction that is written in the brackets of a table.
+std::optional<double> written_fraction(const Expression& data) {
+  if (const auto* literal = std::get_if<RealLiteral>(&data.form))
+    return has_fraction(Value(literal->value)) ? std::optional(literal->value) : std::nullopt;
+  const auto* table = std::get_if<TableLiteral>(&data.form);
+  if (!table) return {};
+  for (const TableEntry& entry : table->entries) {
+    const bool has_name = entry.key && std::holds_alternative<StringLiteral>(entry.key->form);
+    if (const auto found = has_name ? std::nullopt : written_fraction(*entry.value)) return found;
+  }
+  return {};
+}
+
+}  // namespace
+
+Found fraction_of_an_entry(const AnsweredCall& call) {
+  // A fraction that is computed may be cut on purpose: xarray(@int, [x + 0.5]) rounds.
+  if (data_fault(call).form != DataFault::Form::fraction || !call.written || call.written->size() < 2) return {};
+  const auto fraction = written_fraction(*(*call.written)[1]);
+  return fraction ? Found(misread_entry(call, Value(*fraction), "")) : Found();
+}
+
+Found range_of_an_entry(const AnsweredCall& call) {
+  const DataFault fault = data_fault(call);
+  if (fault.form != DataFault::Form::another_number) return {};
+  const bool is_narrow = call.elements == DataElements::narrow_integers;
+  return misread_entry(call, Value::sharing(*fault.culprit),
+                       is_narrow ? ", which fits into 32 bits" : ", which fits into 64 bits");
 }
 
 Found named_entries(const AnsweredCall& call) {
@@ -110,18 +153,23 @@ Found data_that_are_no_table(const AnsweredCall& call) {
 
 namespace {
 
-/// Whether a data literal of the dtype takes a literal as an element with its value.
-bool is_taken(const Expression& literal, const std::string& dtype) {
-  if (std::holds_alternative<RealLiteral>(literal.form)) return dtype == "double" || dtype == "float";
-  if (std::holds_alternative<IntegerLiteral>(literal.form)) return dtype == "int";
-  return !is_literal(literal);
+/// Whether a data literal of the dtype takes what it holds, which is a literal or a variable, with its value.
+bool is_taken(const Expression& element, const std::string& dtype, const ReadVariable& read) {
+  const auto* variable = std::get_if<Variable>(&element.form);
+  const auto is_of = [&](ValueTag tag, bool is_such_literal) {
+    return variable ? read(*variable).tag() == tag : is_such_literal;
+  };
+  if (dtype == "int") return is_of(ValueTag::integer, std::holds_alternative<IntegerLiteral>(element.form));
+  if (dtype == "int64") return is_of(ValueTag::integer64, false);
+  if (dtype == "bool") return false;
+  return is_of(ValueTag::real, std::holds_alternative<RealLiteral>(element.form));
 }
 
-const Expression* first_dropped(const Expression& data, const std::string& dtype) {
+const Expression* first_dropped(const Expression& data, const std::string& dtype, const ReadVariable& read) {
   const auto* row = std::get_if<TableLiteral>(&data.form);
-  if (!row) return is_taken(data, dtype) ? nullptr : &data;
+  if (!row) return is_taken(data, dtype, read) ? nullptr : &data;
   for (const TableEntry& entry : row->entries)
-    if (const Expression* found = first_dropped(*entry.value, dtype)) return found;
+    if (const Expression* found = first_dropped(*entry.value, dtype, read)) return found;
   return nullptr;
 }
 
@@ -155,7 +203,7 @@ Found dropped_element(const AnsweredCall& call) {
   const std::string dtype = dtype_name(call);
   const Quotation* data = call.quoted.data;
   if (!data || data->form != Quotation::Form::data || !(is_dtype(dtype) || dtype == "float")) return {};
-  const Expression* dropped = first_dropped(*data->subject, dtype);
+  const Expression* dropped = first_dropped(*data->subject, dtype, call.quoted.read_in_data);
   if (!dropped) return ragged_literal(*data->subject);
   Finding finding;
   finding.span = dropped->span;
@@ -165,10 +213,64 @@ Found dropped_element(const AnsweredCall& call) {
   if ((narrow || wide) && (dtype == "double" || dtype == "float"))
     finding.message = fmt::format("a data literal of reals drops the integer {0}; write {0}.0 or use a table",
                                   narrow ? narrow->value : wide->value);
+  else if (const auto* variable = std::get_if<Variable>(&dropped->form))
+    finding.message =
+        fmt::format("a data literal of the kind {} drops {}, which holds {}; use a table", dtype,
+                    short_text(variable->name, "a variable"), in_words(call.quoted.read_in_data(*variable).record()));
   else
     finding.message = fmt::format("a data literal of the kind {} drops {}; use a table", dtype,
                                   short_text(finding.source->text(dropped->span), "an element"));
   return finding;
+}
+
+namespace {
+
+/// The extent that an expression is, where it is known without computing it.
+std::optional<std::int64_t> known_extent(const Expression& extent, const ReadVariable& read) {
+  if (const auto* literal = std::get_if<IntegerLiteral>(&extent.form)) return literal->value;
+  const auto* variable = std::get_if<Variable>(&extent.form);
+  const Value value = variable ? read(*variable) : Value();
+  return value.tag() == ValueTag::integer ? std::optional<std::int64_t>(as_int(value)) : std::nullopt;
+}
+
+struct ExtentsLook {
+  bool differ = false;     // from the shape, as far as they are known
+  std::int64_t count = 1;  // of the elements; -1 where an extent is not known
+};
+
+ExtentsLook look_at_extents(const Quotation& dtype, const ReadVariable& read, const Extents& shape) {
+  ExtentsLook look;
+  look.differ = shape.size() != dtype.arguments.size();
+  for (std::size_t axis = 0; axis < dtype.arguments.size(); ++axis) {
+    const auto extent = known_extent(*dtype.arguments[axis], read);
+    if (extent && axis < shape.size() && *extent != shape[axis]) look.differ = true;
+    const bool is_count_known = extent && look.count >= 0 && !__builtin_mul_overflow(look.count, *extent, &look.count);
+    if (!is_count_known) look.count = -1;
+  }
+  return look;
+}
+
+/// The method that gives an array the quoted extents.
+std::string reshape_to(const AnsweredCall& call) {
+  std::string_view dtype = argument_texts(call.text()).front();
+  dtype.remove_prefix(std::min(dtype.find('('), dtype.size()));
+  return "a.reshape" + short_text(dtype, "(...)");
+}
+
+}  // namespace
+
+Found extents_beside_data(const AnsweredCall& call) {
+  const Quotation* dtype = call.quoted.dtype;
+  if (!dtype || dtype->arguments.empty() || call.arguments.size() < 2 || call.quoted.is_dtype_variable) return {};
+  const auto shape = call.result.is_object() ? shape_of(call.caller, call.result) : std::nullopt;
+  if (!shape) return {};
+  const ExtentsLook look = look_at_extents(*dtype, call.quoted.read_in_dtype, *shape);
+  if (!look.differ) return {};
+  const bool is_reshaped = look.count == element_count(*shape) && !argument_texts(call.text()).empty();
+  return Finding{fmt::format(
+      "xarray does not look at the extents of {} beside data, which make the shape {}; {}",
+      argument_text(call, 0, "the kind"), in_parentheses(*shape),
+      is_reshaped ? fmt::format("write {} on the next line", reshape_to(call)) : std::string("leave them out"))};
 }
 
 }  // namespace hvm

@@ -9,6 +9,9 @@ namespace hvm {
 Found data_that_ends_early(const AnsweredCall& call);
 Found ragged_rows(const AnsweredCall& call);
 Found named_entries(const AnsweredCall& call);
+Found fraction_of_an_entry(const AnsweredCall& call);
+Found range_of_an_entry(const AnsweredCall& call);
+Found extents_beside_data(const AnsweredCall& call);
 Found dropped_element(const AnsweredCall& call);
 Found dtype_that_is_a_variable(const AnsweredCall& call);
 Found float_dtype(const AnsweredCall& call);

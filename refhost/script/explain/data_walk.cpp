@@ -2,14 +2,17 @@
 
 #include "script/explain/data_walk.hpp"
 
+#include "script/explain/array_integers.hpp"
+
 namespace hvm {
 namespace {
 
+template <DataElements elements>
 class DataWalk {
  public:
   DataLook of(const HostHash* table) noexcept {
     const bool is_whole = walk(table, 0);
-    return {fault_, !is_whole || has_rows_of_one()};
+    return {fault_.form == DataFault::Form::none ? loss_ : fault_, !is_whole || has_rows_of_one()};
   }
 
  private:
@@ -32,7 +35,7 @@ class DataWalk {
     // are numbers, too.
     arrayfold::HostHashItem** const items = table->index;
     Row row{0, false};
-    while (row.count < ordered && is_number(items[row.count]->value)) ++row.count;
+    while (row.count < ordered && is_number(items[row.count]->value)) note_loss(items[row.count++]->value);
     for (std::int32_t i = row.count; i < ordered; ++i)
       if (!take(items[i]->value, row, depth)) return false;
     const bool has_others = table->item_count > 0;
@@ -45,6 +48,7 @@ class DataWalk {
     if (!is_row && !is_number(value)) return stop({DataFault::Form::no_number, &value});
     if (row.count++ == 0) row.has_rows = is_row;
     if (row.has_rows != is_row) return stop({DataFault::Form::row_and_number});
+    if (!is_row) note_loss(value);
     return !is_row || walk(arrayfold::load<HostHash*>(value.payload), depth + 1);
   }
 
@@ -71,6 +75,15 @@ class DataWalk {
     return first.has_rows == row.has_rows || stop({DataFault::Form::row_contents});
   }
 
+  void note_loss(const HostValue& number) noexcept {
+    if constexpr (elements != DataElements::others) {
+      const Kept kept = kept_by(elements == DataElements::narrow_integers, number);
+      if (kept == Kept::whole_part && !loss_.culprit) loss_ = {DataFault::Form::fraction, &number};
+      if (kept == Kept::another && loss_.form != DataFault::Form::another_number)
+        loss_ = {DataFault::Form::another_number, &number};
+    }
+  }
+
   bool stop(const DataFault& fault) noexcept {
     fault_ = fault;
     return false;
@@ -82,13 +95,26 @@ class DataWalk {
   std::int32_t depth_count_ = 0;
   std::int64_t entry_count_ = 0;
   DataFault fault_;
+  DataFault loss_;
 };
+
+template <DataElements elements>
+DataLook looked_at(const HostHash* table) noexcept {
+  DataWalk<elements> walk;  // without parentheses, which would fill its rows with zeros
+  return walk.of(table);
+}
 
 }  // namespace
 
-DataLook look_at_data(const HostHash* table) noexcept {
-  DataWalk walk;  // without parentheses, which would fill its rows with zeros
-  return walk.of(table);
+DataLook look_at_data(const HostHash* table, DataElements elements) noexcept {
+  switch (elements) {
+    case DataElements::narrow_integers:
+      return looked_at<DataElements::narrow_integers>(table);
+    case DataElements::wide_integers:
+      return looked_at<DataElements::wide_integers>(table);
+    default:
+      return looked_at<DataElements::others>(table);
+  }
 }
 
 }  // namespace hvm

@@ -17,6 +17,8 @@ struct DataFault {
     row_lengths,     // `count` and `other_count` entries in rows of one depth
     row_contents,    // numbers in one row, rows in another one of its depth
     named,           // all entries have names; `culprit` is the first of them
+    fraction,        // `culprit` is a number that loses its fraction
+    another_number,  // `culprit` is a number in whose place the element holds another one
   };
   Form form = Form::none;
   const HostValue* culprit = nullptr;  // lasts as long as the table stays as it is
@@ -33,8 +35,13 @@ inline bool is_number(const HostValue& record) noexcept {
   return record.tag == ValueTag::integer || record.tag == ValueTag::real || record.tag == ValueTag::integer64;
 }
 
+/// What becomes of the numbers of a table.
+enum class DataElements { others, narrow_integers, wide_integers };
+
 /// Walks a table as the module does. It takes no memory. Tables may be shared and deep, so that it ends without a fault
-/// after some millions of entries and below some tens of levels.
-DataLook look_at_data(const HostHash* table) noexcept;
+/// after some millions of entries and below some tens of levels. A number of which an element keeps a part is a fault
+/// where there is no other one, and one that is
+/// kept as another number comes before one that loses its fraction.
+DataLook look_at_data(const HostHash* table, DataElements elements) noexcept;
 
 }  // namespace hvm

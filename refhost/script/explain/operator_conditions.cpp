@@ -73,21 +73,45 @@ Found number_on_the_left(const ArrayOperation& operation) {
                  page_of(operation.op)};
 }
 
-Found fraction_of_a_number(const ArrayOperation& operation) {
-  const bool is_left = has_fraction(operation.left);
-  const bool is_right = has_fraction(operation.right);
-  if (!is_left && !is_right) return {};
-  const Value& number = is_left ? operation.left : operation.right;
-  const Value& array = is_left ? operation.right : operation.left;
-  const bool is_equality = operation.op == BinaryOperator::equal || operation.op == BinaryOperator::not_equal;
-  if (!is_integer_array(array) || is_equality) return {};
-  const std::int64_t read = is_of_kind(array, "int") ? as_int(number) : as_int64(number);
+namespace {
+
+/// What a number is that an array of integers has met.
+struct MetNumber {
+  const Value& number;
+  const Value& array;
+
+  bool is_narrow() const { return is_of_kind(array, "int"); }
+  std::int64_t read() const { return is_narrow() ? as_int(number) : as_int64(number); }
+};
+
+/// Whether the array keeps of the number no more than `kept`.
+bool keeps(const MetNumber& met, Kept kept) {
+  return met.number.is_number() && is_integer_array(met.array) && kept_by(met.is_narrow(), met.number.record()) == kept;
+}
+
+/// What an operator reads of a number otherwise than it is written. Equality with a number is an error by itself.
+Found misread_number(const ArrayOperation& operation, Kept kept, std::string_view what_is_read) {
+  if (operation.op == BinaryOperator::equal || operation.op == BinaryOperator::not_equal) return {};
+  const bool is_left = operation.left.is_number();
+  const MetNumber met{is_left ? operation.left : operation.right, is_left ? operation.right : operation.left};
+  if (!keeps(met, kept)) return {};
   const std::string name = is_left ? operation.right_text("") : operation.left_text("");
   const std::string remedy = is_name(name) ? fmt::format("xminimum({0}, {0}) makes doubles of it", name)
                                            : fmt::format("as_double(a) {} makes doubles of it", library);
-  return Finding{fmt::format("{} array reads {} as {}, an integer; {}", with_article(*kind_of_array(array)),
-                             number_text(number), read, remedy),
+  return Finding{fmt::format("{} array reads {} as {}, {}; {}", with_article(*kind_of_array(met.array)),
+                             number_text(met.number), met.read(), what_is_read, remedy),
                  page_of(operation.op)};
+}
+
+}  // namespace
+
+Found fraction_of_a_number(const ArrayOperation& operation) {
+  return misread_number(operation, Kept::whole_part, "an integer");
+}
+
+Found range_of_a_number(const ArrayOperation& operation) {
+  const bool is_narrow = is_of_kind(operation.left, "int") || is_of_kind(operation.right, "int");
+  return misread_number(operation, Kept::another, is_narrow ? "which fits into 32 bits" : "which fits into 64 bits");
 }
 
 Found remainder_of_doubles(const ArrayOperation& operation) {
@@ -102,19 +126,36 @@ Found remainder_of_doubles(const ArrayOperation& operation) {
 }
 
 Found bool_product(const ArrayOperation& operation) {
-  if (operation.op != BinaryOperator::multiply || operation.is_compound()) return {};
+  if (operation.op != BinaryOperator::multiply) return {};
   const bool is_left = is_of_kind(operation.left, "bool");
-  if (!is_left && !is_of_kind(operation.right, "bool")) return {};
-  return Finding{fmt::format("a bool array times a number gives nothing; as_int({}) {} makes integers of it",
+  if (is_left ? operation.is_compound() : !is_of_kind(operation.right, "bool")) return {};
+  const std::string front = operation.is_compound()
+                                ? fmt::format("{} *= {} changes nothing, since a bool array times a number is nothing",
+                                              operation.left_text("x"), operation.right_text("m"))
+                                : std::string("a bool array times a number gives nothing");
+  return Finding{fmt::format("{}; as_int({}) {} makes integers of it", front,
                              is_left ? operation.left_text("m") : operation.right_text("m"), library)};
 }
 
-Found fraction_of_an_element(const ElementAccess& access) {
-  if (!access.written || !has_fraction(*access.written) || !is_integer_array(access.object)) return {};
+namespace {
+
+/// What an element stores of a number otherwise than it is written.
+Found misread_element(const ElementAccess& access, Kept kept, std::string_view what_is_stored) {
+  if (!access.written) return {};
+  const MetNumber met{*access.written, access.object};
+  if (!keeps(met, kept)) return {};
+  return Finding{fmt::format("{} array stores {} as {}{}; make doubles of it first: a = xminimum(a, a)",
+                             with_article(*kind_of_array(access.object)), number_text(*access.written), met.read(),
+                             what_is_stored)};
+}
+
+}  // namespace
+
+Found fraction_of_an_element(const ElementAccess& access) { return misread_element(access, Kept::whole_part, ""); }
+
+Found range_of_an_element(const ElementAccess& access) {
   const bool is_narrow = is_of_kind(access.object, "int");
-  return Finding{fmt::format("{} array stores {} as {}; make doubles of it first: a = xminimum(a, a)",
-                             with_article(*kind_of_array(access.object)), number_text(*access.written),
-                             is_narrow ? as_int(*access.written) : as_int64(*access.written))};
+  return misread_element(access, Kept::another, is_narrow ? ", which fits into 32 bits" : ", which fits into 64 bits");
 }
 
 Found fewer_indices(const ElementAccess& access) {

@@ -22,6 +22,7 @@ enum class Sign : std::uint8_t {
   integer_array,    // when the first argument is an array of integers
   odd_extreme,      // when the result is an int64, or the smallest normal number
   // Of `xarray`, whose data are looked at before:
+  data,         // when there are two arguments
   table_data,   // when the second argument is a table
   quoted_data,  // when the second argument is a quotation
   // Of all functions alike:
@@ -51,6 +52,8 @@ inline bool bears(Sign sign, const IntegerArrays& integer_arrays, const std::vec
     case Sign::odd_extreme:
       if (result.tag() != ValueTag::real) return result.tag() == ValueTag::integer64;
       return arrayfold::load<double>(result.record().payload) == std::numeric_limits<double>::min();
+    case Sign::data:
+      return arguments.size() > 1;
     case Sign::table_data:
       return arguments.size() > 1 && arguments[1].is_table();
     case Sign::quoted_data:

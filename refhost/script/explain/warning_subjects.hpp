@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,12 +24,17 @@ struct Finding {
 };
 using Found = std::optional<Finding>;
 
+/// Gives the value of a variable in a quotation; nil where it has none.
+using ReadVariable = std::function<Value(const Variable&)>;
+
 /// The quotations among the arguments of a call.
 struct QuotedArguments {
   const Quotation* dtype = nullptr;  // the first argument
   bool is_dtype_variable = false;    // the name there is a variable with a value
-  const Quotation* data = nullptr;   // the second argument
+  ReadVariable read_in_dtype;
+  const Quotation* data = nullptr;  // the second argument
   SourcePtr data_source;
+  ReadVariable read_in_data;
 };
 
 /// A call of a function that the module has answered.
@@ -42,13 +48,15 @@ struct AnsweredCall {
   QuotedArguments quoted;
   const FunctionEntry* entry;  // null without a description
   Columns& columns;
+  DataElements elements;                           // of the result
+  const Expressions* written;                      // the arguments; null where the script has no such call
   mutable std::optional<DataLook> looked_at = {};  // the table of data, once it has been walked
 
   std::string_view text() const { return caller.source->text(span); }
   bool has_table() const { return arguments.size() > 1 && arguments[1].is_table(); }
   /// What the table of data is like. Requires: there is one.
   const DataLook& data() const {
-    if (!looked_at) looked_at = look_at_data(table_of(arguments[1].record()));
+    if (!looked_at) looked_at = look_at_data(table_of(arguments[1].record()), elements);
     return *looked_at;
   }
 };

@@ -23,6 +23,18 @@ bool is_array_module(const ModuleFunctions& module) {
   return module.find("xarray") != nullptr && type_named("$xdoublearray") != nullptr;
 }
 
+/// Whether a quotation is of a name with arguments, `@double(2, 3)`. It is looked at in the tree that modules read,
+/// which costs less than to look for what it was written as.
+bool has_extents(const Value& quotation) noexcept {
+  using arrayfold::load;
+  if (quotation.tag() != ValueTag::code) return false;
+  const auto* code = load<const arrayfold::HostCode*>(quotation.record().payload);
+  const arrayfold::HostCodeSlot& link = load<const arrayfold::HostCodeNode*>(&code->root)->link;
+  if (link.tag != arrayfold::SlotTag::node) return false;
+  const auto* named = load<const arrayfold::HostCodeNode*>(link.payload);
+  return named->kind == arrayfold::NodeKind::call && named->value.tag == arrayfold::SlotTag::node;
+}
+
 /// Whether `xarray` may have made a column. Extents in a quotation are known where they are literals.
 bool may_be_column(const AnsweredCall& call) {
   if (call.has_table()) return call.data().may_be_column;
@@ -130,7 +142,7 @@ Warnings::Warnings(const ModuleFunctions& module, Options options, Explanation& 
           functions.empty() || std::find(functions.begin(), functions.end(), name) != functions.end();
       if (!is_watched) continue;
       rows_with(condition->sign, watch) |= Watch::Rows{1} << i;
-      if (condition->sign < Sign::table_data) watch.signs |= 1u << static_cast<unsigned>(condition->sign);
+      if (condition->sign < Sign::data) watch.signs |= 1u << static_cast<unsigned>(condition->sign);
     }
     watch.makes_columns =
         std::find(std::begin(makers_of_columns), std::end(makers_of_columns), name) != std::end(makers_of_columns);
@@ -142,8 +154,8 @@ Warnings::Warnings(const ModuleFunctions& module, Options options, Explanation& 
 }
 
 bool Warnings::has_notable_data(const std::vector<Value>& arguments, const Value& result) noexcept {
-  if (arguments.size() < 2 || !arguments[1].is_table()) return true;
-  const DataLook look = look_at_data(table_of(arguments[1].record()));
+  if (arguments.size() < 2 || !arguments[1].is_table() || has_extents(arguments[0])) return true;
+  const DataLook look = look_at_data(table_of(arguments[1].record()), elements_of(result));
   if (look.fault.form != DataFault::Form::none) return true;
   columns_.note(result, look.may_be_column);
   return false;

@@ -83,17 +83,18 @@ class Warnings {
       if (bears(static_cast<Sign>(__builtin_ctz(left)), integer_arrays_, arguments, result, is_used)) return true;
     return false;
   }
-  /// Whether an operator is: with a number on the left, a real beside integers, or a remainder.
+  /// Whether an operator is: with a number on the left, a number beside integers that is more than an int, or a
+  /// remainder.
   bool is_notable(BinaryOperator op, const Value& left, const Value& right) const noexcept {
     if (!are_on_) return false;
     if (left.is_number() && op != BinaryOperator::add && op != BinaryOperator::multiply) return true;
-    if (left.tag() == ValueTag::real) return integer_arrays_.have(right);
-    if (right.tag() == ValueTag::real) return integer_arrays_.have(left);
+    if (is_more_than_int(left)) return integer_arrays_.have(right);
+    if (is_more_than_int(right)) return integer_arrays_.have(left);
     return op == BinaryOperator::remainder;
   }
-  /// Whether a value that an element of an object gets may lose its fraction.
+  /// Whether an element of an object may keep less than the value that it gets.
   bool is_notable(const Value& object, const Value& written) const noexcept {
-    return are_on_ && written.tag() == ValueTag::real && integer_arrays_.have(object);
+    return are_on_ && is_more_than_int(written) && integer_arrays_.have(object);
   }
 
   void call(const SourcePtr& source, const Watch& watch, const AnsweredCall& call);
@@ -110,6 +111,10 @@ class Warnings {
     if (are_on_ && value.is_object()) columns_.mark(object_in(value));
   }
   Columns& columns() noexcept { return columns_; }
+  DataElements elements_of(const Value& value) const noexcept {
+    if (!integer_arrays_.have(value)) return DataElements::others;
+    return integer_arrays_.have_narrow(value) ? DataElements::narrow_integers : DataElements::wide_integers;
+  }
 
  private:
   /// What was told of a source, and what it allows.
@@ -125,6 +130,9 @@ class Warnings {
     if (arguments[0].is_number())
       return arguments.size() > 1 && arguments.back().is_number() && as_int(arguments.back()) == 1;
     return arguments.size() == 1 || arguments[0].is_object();
+  }
+  static bool is_more_than_int(const Value& value) noexcept {
+    return value.tag() == ValueTag::real || value.tag() == ValueTag::integer64;
   }
   /// Whether `xarray` has read another thing than a table of numbers in rows of one length.
   bool has_notable_data(const std::vector<Value>& arguments, const Value& result) noexcept;

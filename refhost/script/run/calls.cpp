@@ -26,6 +26,13 @@ Value Calls::call(const std::string& name, std::vector<Value> arguments, Span sp
   return call_module(name, arguments, span, form);
 }
 
+namespace {
+
+/// Whether something takes the value of a call; null is one that a module makes.
+bool is_used(const Call* form) { return !form || !form->is_statement; }
+
+}  // namespace
+
 Value Calls::call_module(const std::string& name, std::vector<Value>& arguments, Span span, const Call* form) {
   const ModuleFunctions::Entry* function = functions_.of_module(name);
   if (!function) fail_unknown(name, span);
@@ -39,21 +46,19 @@ Value Calls::call_module(const std::string& name, std::vector<Value>& arguments,
     }
   });
   if (warnings_.are_on()) {
-    const bool is_used = !form || !form->is_statement;
     const Warnings::Watch& watch = warnings_.watch(function->number);
-    if (warnings_.is_notable(watch, arguments, result, is_used)) look_at(watch, name, arguments, result, span, is_used);
+    if (warnings_.is_notable(watch, arguments, result, is_used(form)))
+      look_at(watch, name, arguments, result, span, form);
   }
   return result;
 }
 
 void Calls::look_at(const Warnings::Watch& watch, const std::string& name, std::vector<Value>& arguments, Value& result,
-                    Span span, bool is_used) {
-  const bool has_table = arguments.size() > 1 && arguments[1].is_table();
-  const bool needs_quotations = watch.reads_data && (!has_table || result.is_nil());
-  const QuotedArguments quoted = needs_quotations ? quotations_.quoted(arguments) : QuotedArguments();
-  warnings_.call(
-      site_.source(), watch,
-      {untraced(site_.caller(span)), span, name, arguments, result, is_used, quoted, watch.entry, warnings_.columns()});
+                    Span span, const Call* form) {
+  const QuotedArguments quoted = watch.reads_data ? quotations_.quoted(arguments) : QuotedArguments();
+  warnings_.call(site_.source(), watch,
+                 {untraced(site_.caller(span)), span, name, arguments, result, is_used(form), quoted, watch.entry,
+                  warnings_.columns(), warnings_.elements_of(result), form ? &form->arguments : nullptr});
 }
 
 namespace {

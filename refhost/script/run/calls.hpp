@@ -51,7 +51,7 @@ class Calls {
   Value call_module(const std::string& name, std::vector<Value>& arguments, Span span, const Call* form);
   /// Lets the warnings look at a call that the module has answered.
   void look_at(const Warnings::Watch& watch, const std::string& name, std::vector<Value>& arguments, Value& result,
-               Span span, bool is_used);
+               Span span, const Call* form);
   /// What the description says of a failed call. `self` is null for a function.
   Failure explained(const Failure& failure, const std::string& name, Value* self, std::vector<Value>& arguments,
                     Span span, const Expressions* written, const Expression* operand) const;

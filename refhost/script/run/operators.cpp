@@ -66,6 +66,8 @@ void Operators::compound(BinaryOperator op, Value& variable, Value& right, Span 
       if (warnings_.is_notable(op, variable, right))
         warnings_.operation(site_.source(), span, {untraced(caller), op, variable, right, nullptr, nullptr, &form});
       object_compound(caller, op, variable, right);
+      if (op == BinaryOperator::multiply && !variable.is_object())
+        warnings_.operation(site_.source(), span, {untraced(caller), op, variable, right, nullptr, nullptr, &form});
       warnings_.combined(variable, variable, right);
     });
   });

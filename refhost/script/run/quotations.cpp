@@ -14,6 +14,14 @@ void Quotations::require_live(const std::vector<Value>& values, Span span) const
       site_.fail("a quotation cannot be used after the fn in which it was written has returned", span);
 }
 
+ReadVariable Quotations::reader_of(const Code& code) const {
+  return [this, frame = code.frame](const Variable& variable) {
+    const FrameScope scope(scopes_, frame);
+    const Slot& slot = scopes_.slot_of(variable);
+    return slot.is_set ? slot.value : Value();
+  };
+}
+
 QuotedArguments Quotations::quoted(const std::vector<Value>& arguments) const {
   QuotedArguments quoted;
   const Code* dtype = arguments.empty() ? nullptr : scopes_.find_code(arguments[0]);
@@ -23,10 +31,12 @@ QuotedArguments Quotations::quoted(const std::vector<Value>& arguments) const {
     const FrameScope frame(scopes_, dtype->frame);  // where its variables are
     const auto* name = std::get_if<Variable>(&quoted.dtype->subject->form);
     quoted.is_dtype_variable = name && variables_.state(*name) != VariableState::unset;
+    quoted.read_in_dtype = reader_of(*dtype);
   }
   if (data) {
     quoted.data = data->quotation.get();
     quoted.data_source = data->source;
+    quoted.read_in_data = reader_of(*data);
   }
   return quoted;
 }

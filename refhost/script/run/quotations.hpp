@@ -23,6 +23,9 @@ class Quotations {
   QuotedArguments quoted(const std::vector<Value>& arguments) const;
 
  private:
+  /// Reads variables where a quotation was written. It lasts as long as the quotation.
+  ReadVariable reader_of(const Code& code) const;
+
   const Site& site_;
   Scopes& scopes_;
   const Variables& variables_;
