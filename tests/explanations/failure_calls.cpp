@@ -126,6 +126,8 @@ std::vector<std::string> values_for(const Condition& condition) {
       return {"xones(2, 3)"};
     case Form::empty:
       return {"xzeros(0)", "xarray(@int, [])"};
+    case Form::empty_rows:
+      return {"xzeros(2, 0)", "xzeros(1, 3, 0)"};
     case Form::below:
       return {std::to_string(n - 1)};
     case Form::equals:
@@ -151,6 +153,8 @@ std::vector<Values> pairs_for(const Condition& condition) {
       return {{"xones(2, 3)", "xones(2, 3)"}};
     case Form::fewer_rows:
       return {{"xones(1)", double_matrix}};
+    case Form::shorter:
+      return {{"xones(2)", "xones(3)"}, {"xones(1, 3)", "xones(4)"}, {"xnorm(xones(2))", "xones(2)"}};
     default:
       return {};
   }
@@ -223,9 +227,6 @@ const HandMade hand_made[] = {
     {"xbincount", "an element of `a` is negative", "a = xarray(@int, [1, -1])", "xbincount(a)"},
     {"xbincount", "the largest element of `a` is the largest of its kind", "a = xarray(@int, [2147483647])",
      "xbincount(a)"},
-    {"xvdot", "`b` has fewer elements than `a` along its first dimension", "a = xones(3); b = xones(2)", "xvdot(a, b)"},
-    {"xvdot", "`a` or `b` has no elements under a first extent that is not 0, as in shape (2, 0)",
-     "a = xzeros(2, 0); b = xzeros(2, 0)", "xvdot(a, b)"},
     {"xcholesky", "`a` is not positive definite", "a = xeye(2) * -1", "xcholesky(a)"},
     {"xeig", "`a` holds NaN or an infinity", "a = xones(2, 2); a[0, 0] = 0.0 / 0", "xeig(a)"},
     {"xeigvals", "`a` holds NaN or an infinity", "a = xones(2, 2); a[0, 0] = 0.0 / 0", "xeigvals(a)"},

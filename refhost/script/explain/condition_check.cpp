@@ -137,6 +137,11 @@ bool first_extents_differ(const Extents& left, const Extents& right) {
   return !left.empty() && !right.empty() && left.front() != right.front();
 }
 
+/// The elements along the first dimension. An extent of 1 there has no stride, and all elements follow one another.
+std::int64_t count_along_first(const Extents& extents) {
+  return extents.empty() || extents.front() == 1 ? element_count(extents) : extents.front();
+}
+
 Verdict of_two(const Condition& condition, DescribedCall& call) {
   const std::vector<std::size_t> positions = call.positions(condition);
   if (positions.size() < 2 || !is_array(call, positions[0]) || !is_array(call, positions[1])) return no();
@@ -158,6 +163,9 @@ Verdict of_two(const Condition& condition, DescribedCall& call) {
   if (condition.form == Form::fewer_rows && !right->empty() && (left->empty() || left->front() < right->front()))
     return yes(fmt::format("{} has fewer rows than {}; these are {}", DescribedCall::numbered(a),
                            DescribedCall::numbered(b), these()));
+  if (condition.form == Form::shorter && count_along_first(*left) < count_along_first(*right))
+    return yes(fmt::format("{} has fewer elements than {} along its first dimension; these are {}",
+                           DescribedCall::numbered(a), DescribedCall::numbered(b), these()));
   if (condition.form == Form::summed_extents_differ && summed_extents_differ(*left, *right))
     return yes(fmt::format("the extents of {} that are summed over differ; these are {}", both, these()));
   return no();
@@ -177,8 +185,9 @@ Verdict of_all(const Condition& condition, DescribedCall& call) {
 Verdict of_emptiness(const Condition& condition, DescribedCall& call) {
   for (const std::size_t i : call.positions(condition)) {
     const Extents* shape = call.shape(i);
-    if (shape && std::find(shape->begin(), shape->end(), 0) != shape->end())
-      return yes(fmt::format("{} has no elements; this is {}", DescribedCall::numbered(i), call.shown(i)));
+    if (!shape || std::find(shape->begin(), shape->end(), 0) == shape->end()) continue;
+    if (condition.form == Form::empty_rows && shape->front() == 0) continue;
+    return yes(fmt::format("{} has no elements; this is {}", DescribedCall::numbered(i), call.shown(i)));
   }
   return no();
 }
@@ -196,6 +205,7 @@ Verdict checked(const Condition& condition, DescribedCall& call) {
     case Form::all:
       return of_all(condition, call);
     case Form::empty:
+    case Form::empty_rows:
       return of_emptiness(condition, call);
     case Form::arguments_below:
       if (count >= condition.number) return no();
@@ -217,6 +227,7 @@ Verdict checked(const Condition& condition, DescribedCall& call) {
     case Form::kinds_differ:
     case Form::no_broadcast:
     case Form::fewer_rows:
+    case Form::shorter:
       return of_two(condition, call);
     case Form::below:
       return of_number(call, call.positions(condition), fmt::format("be {} or more", condition.number),

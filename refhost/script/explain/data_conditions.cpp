@@ -110,15 +110,13 @@ std::string dtype_name(const AnsweredCall& call) {
   return name ? name->name : std::string();
 }
 
-bool is_dtype(std::string_view name) { return name == "bool" || name == "int" || name == "int64" || name == "double"; }
-
 bool gave_no_array(const AnsweredCall& call) { return call.result.is_nil() && !dtype_name(call).empty(); }
 
 }  // namespace
 
 Found dtype_that_is_a_variable(const AnsweredCall& call) {
   const std::string name = dtype_name(call);
-  if (!gave_no_array(call) || !call.quoted.is_dtype_variable || !(is_dtype(name) || name == "float")) return {};
+  if (!gave_no_array(call) || !call.quoted.is_dtype_variable || !names_kind(name)) return {};
   return Finding{
       fmt::format("'{0}' is a variable here, and @{0} its value instead of a kind: xarray gives nothing; "
                   "give the variable another name",
@@ -132,7 +130,7 @@ Found float_dtype(const AnsweredCall& call) {
 
 Found unknown_dtype(const AnsweredCall& call) {
   const std::string name = dtype_name(call);
-  if (!gave_no_array(call) || is_dtype(name)) return {};
+  if (!gave_no_array(call) || names_kind(name)) return {};
   return Finding{
       fmt::format("xarray gives nothing, since '{}' is no kind of array; write @int, @int64, @double or @bool",
                   short_text(name, "..."))};
@@ -202,7 +200,7 @@ Found ragged_literal(const Expression& data) {
 Found dropped_element(const AnsweredCall& call) {
   const std::string dtype = dtype_name(call);
   const Quotation* data = call.quoted.data;
-  if (!data || data->form != Quotation::Form::data || !(is_dtype(dtype) || dtype == "float")) return {};
+  if (!data || data->form != Quotation::Form::data || !names_kind(dtype)) return {};
   const Expression* dropped = first_dropped(*data->subject, dtype, call.quoted.read_in_data);
   if (!dropped) return ragged_literal(*data->subject);
   Finding finding;

@@ -33,7 +33,9 @@ struct Condition {
     kinds_differ,
     no_broadcast,
     fewer_rows,  // the first of two arguments has a smaller first extent than the second
+    shorter,     // the first of two arguments has fewer elements along its first dimension
     empty,
+    empty_rows,  // without elements, and with a first extent that is not 0
     below,
     equals,
     beyond_32_bits,

@@ -26,13 +26,14 @@ bool is_array_module(const ModuleFunctions& module) {
 /// Whether a quotation is of a name with arguments, `@double(2, 3)`. It is looked at in the tree that modules read,
 /// which costs less than to look for what it was written as.
 bool has_extents(const Value& quotation) noexcept {
-  using arrayfold::load;
+  using arrayfold::HostCode, arrayfold::HostCodeNode, arrayfold::HostCodeSlot, arrayfold::load;
   if (quotation.tag() != ValueTag::code) return false;
-  const auto* code = load<const arrayfold::HostCode*>(quotation.record().payload);
-  const arrayfold::HostCodeSlot& link = load<const arrayfold::HostCodeNode*>(&code->root)->link;
-  if (link.tag != arrayfold::SlotTag::node) return false;
-  const auto* named = load<const arrayfold::HostCodeNode*>(link.payload);
-  return named->kind == arrayfold::NodeKind::call && named->value.tag == arrayfold::SlotTag::node;
+  const auto led_to = [](const HostCodeSlot& slot) {
+    return slot.tag == arrayfold::SlotTag::node ? load<const HostCodeNode*>(slot.payload) : nullptr;
+  };
+  const auto* code = load<const HostCode*>(quotation.record().payload);
+  const HostCodeNode* named = led_to(load<const HostCodeNode*>(&code->root)->link);
+  return named && named->kind == arrayfold::NodeKind::call && led_to(named->value);
 }
 
 /// Whether `xarray` may have made a column. Extents in a quotation are known where they are literals.

@@ -94,11 +94,6 @@ void check_zero(BinaryOperator op, const Value& array, Value& number, bool is_nu
 
 // ---- Kinds in quotations
 
-bool names_kind(const std::string& name) {
-  constexpr std::string_view kinds[] = {"bool", "int", "int64", "double", "float"};
-  return std::find(std::begin(kinds), std::end(kinds), name) != std::end(kinds);
-}
-
 /// Whether an extent in a quotation is certainly no int.
 bool is_no_int(const Expression& extent) {
   return is_literal(extent) && !std::holds_alternative<IntegerLiteral>(extent.form);
@@ -187,6 +182,11 @@ bool do_broadcast(const Extents& left, const Extents& right) {
   const std::size_t common = std::min(left.size(), right.size());
   return std::equal(left.rbegin(), left.rbegin() + static_cast<std::ptrdiff_t>(common), right.rbegin(),
                     [](std::int64_t a, std::int64_t b) { return a == b || a == 1 || b == 1; });
+}
+
+bool names_kind(std::string_view name) {
+  constexpr std::string_view kinds[] = {"bool", "int", "int64", "double", "float"};
+  return std::find(std::begin(kinds), std::end(kinds), name) != std::end(kinds);
 }
 
 std::string_view array_kind_of(const Value& value) {

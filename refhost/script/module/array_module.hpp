@@ -36,6 +36,9 @@ inline constexpr ArrayMethod array_methods[] = {
 /// Whether two shapes have, counted from the last, equal extents wherever neither has 1.
 bool do_broadcast(const Extents& left, const Extents& right);
 
+/// Whether a quoted name is that of a kind, `@double`, and `float` among them.
+bool names_kind(std::string_view name);
+
 /// The kind of an array, such as `double` of `$xdoublearray`; no value for anything else.
 std::optional<std::string> kind_of_array(const Value& value);
 

@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "script/explain/other_names.hpp"
+#include "script/module/array_module.hpp"
 
 namespace hvm {
 
@@ -18,7 +19,9 @@ void Variables::fail_unset(const Variable& variable, Span span) const {
   const std::string& name = variable.name;
   if (variable.is_local) site_.fail(fmt::format("'{}' has no value yet in this fn", name), span);
   if (functions_.has(name))
-    site_.fail(fmt::format("'{0}' is a function; it is called with parentheses: {0}()", name), span);
+    site_.fail(fmt::format("'{0}' is a function; it is called with parentheses: {0}(){1}", name,
+                           names_kind(name) ? "; write @" + name + " for the kind of an array" : ""),
+               span);
   const std::string instead = counterpart(name);
   site_.fail(fmt::format("there is no variable '{}'{}", name,
                          instead.empty() ? suggestion(name, scopes_.visible_names()) : instead),

@@ -76,6 +76,9 @@ INSTANTIATE_TEST_SUITE_P(
         Phrase{"the last two extents of `a` differ", R"({"of": ["a"], "not_square": true})"},
         Phrase{"the first extents of `a` and `b` differ", R"({"of": ["a", "b"], "first_extents_differ": true})"},
         Phrase{"`b` has fewer rows than `a`", R"({"of": ["b", "a"], "fewer_rows": true})"},
+        Phrase{"`b` has fewer elements than `a` along its first dimension", R"({"of": ["b", "a"], "shorter": true})"},
+        Phrase{"`a` or `b` has no elements under a first extent that is not 0, as in shape (2, 0)",
+               R"({"of": ["a", "b"], "empty_rows": true})"},
         Phrase{"the extents of `a` and `b` that are summed over differ",
                R"({"of": ["a", "b"], "summed_extents_differ": true})"},
         Phrase{"the shapes of `a` and `b` do not broadcast", R"({"of": ["a", "b"], "no_broadcast": true})"}));

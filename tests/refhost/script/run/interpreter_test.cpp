@@ -282,19 +282,23 @@ TEST(Loops, WalkTablesAndRanges) {
 }
 
 TEST(Functions, HaveLocalsAndReadGlobals) {
-  expect_outputs({{"fn area(w, h)\nreturn w * h\nend\nprint(area(2, 3))", "6"},
-                  {"g = 5\nfn f()\nreturn g + 1\nend\nprint(f())", "6"},
-                  {"g = 5\nfn f()\ng = 1\nreturn g\nend\nprint(f(), g)", "1 5"},
-                  {"print(f(2))\nfn f(n)\nif n == 0 then return 1 end\nreturn n * f(n - 1)\nend", "2"},
-                  {"fn f()\nend\nprint(f(), type(f()))", "nil nil"},
-                  {"fn f()\nfor i in range(5)\nwhile 1\nif i == 0 then return 7 end\nend\nend\nend\nprint(f())", "7"},
-                  {"fn f()\nx += 1\nend\nx = 1\nf()", "!'x' has no value yet in this fn"},
-                  {"fn f(a)\nend\nf()", "!f: it takes 1 argument, not 0"},
-                  {"fn print(x)\nend\nprint(1)", ""},
-                  {"x = 1; x(2)", "!'x' is a variable, not a function"},
-                  {"fn f()\nend\nx = f", "!'f' is a function; it is called with parentheses: f()"},
-                  {"value = 1; print(valeu)", "!there is no variable 'valeu' (did you mean 'value'?)"},
-                  {"toy_inth(2)", "!there is no function 'toy_inth' (did you mean 'toy_int'?)"}});
+  expect_outputs(
+      {{"fn area(w, h)\nreturn w * h\nend\nprint(area(2, 3))", "6"},
+       {"g = 5\nfn f()\nreturn g + 1\nend\nprint(f())", "6"},
+       {"g = 5\nfn f()\ng = 1\nreturn g\nend\nprint(f(), g)", "1 5"},
+       {"print(f(2))\nfn f(n)\nif n == 0 then return 1 end\nreturn n * f(n - 1)\nend", "2"},
+       {"fn f()\nend\nprint(f(), type(f()))", "nil nil"},
+       {"fn f()\nfor i in range(5)\nwhile 1\nif i == 0 then return 7 end\nend\nend\nend\nprint(f())", "7"},
+       {"fn f()\nx += 1\nend\nx = 1\nf()", "!'x' has no value yet in this fn"},
+       {"fn f(a)\nend\nf()", "!f: it takes 1 argument, not 0"},
+       {"fn print(x)\nend\nprint(1)", ""},
+       {"x = 1; x(2)", "!'x' is a variable, not a function"},
+       {"fn f()\nend\nx = f", "!'f' is a function; it is called with parentheses: f()"},
+       {"f(int, [1])",
+        "!'int' is a function; it is called with parentheses: int(); write @int for the kind of an array"},
+       {"f(bool, [1])", "!there is no variable 'bool'; write @bool for the kind of an array, x != 0 of a number"},
+       {"value = 1; print(valeu)", "!there is no variable 'valeu' (did you mean 'value'?)"},
+       {"toy_inth(2)", "!there is no function 'toy_inth' (did you mean 'toy_int'?)"}});
 }
 
 TEST(Functions, DeepRecursion_IsAScriptError) {
