@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "script/explain/description.hpp"
+#include "script/explain/module_description.hpp"
 #include "script/explain/warnings.hpp"
 #include "script/module/module_functions.hpp"
 #include "script/syntax/source_text.hpp"
@@ -14,8 +14,8 @@ namespace hvm {
 
 /// How a script is run.
 struct RunConditions {
-  bool has_checks = true;                    // check what the module does not
-  const Description* description = nullptr;  // of the module's functions; null: there is none
+  bool has_checks = true;                          // check what the module does not
+  const ModuleDescription* description = nullptr;  // of the module's functions; null: there is none
   WarningMode warnings = WarningMode::on;
 };
 

@@ -4,7 +4,6 @@
 // be written; 2 for wrong usage; 3 when the module cannot be loaded.
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -21,7 +20,7 @@
 #include "cli/streams.hpp"
 #include "cli/terminal.hpp"
 #include "cli/test_runner.hpp"
-#include "script/explain/description.hpp"
+#include "script/explain/module_description.hpp"
 #include "script/library/script_file.hpp"
 #include "script/module/array_module.hpp"
 #include "script/module/fault_report.hpp"
@@ -73,18 +72,10 @@ SourcePtr chosen_source(const Settings& settings) {
 }
 
 /// What is known of the module's functions beside the module itself.
-DescriptionReading described_functions(const Module& module) {
-  DescriptionReading reading = read_description(module.path, module.functions.names());
-  if (!reading.problem.empty()) put_error({"hvm: ", reading.problem, "\n"});
-  return reading;
-}
-
-/// Why there is no description, in a sentence; empty when there is one.
-std::string absence_of(const DescriptionReading& reading) {
-  if (reading.description) return {};
-  if (!reading.problem.empty()) return reading.problem;
-  return fmt::format("there is no description of the module's functions; hvm looks for it at {}",
-                     fmt::join(reading.places, " or "));
+ModuleDescription description_of(const Module& module) {
+  return {module.path, module.functions.names(), [](const std::string& problem) {
+            put_error({"hvm: ", problem, "\n"});
+          }};
 }
 
 /// The story of the last error; empty when there is none to tell, or no memory for it.
@@ -98,7 +89,7 @@ std::string story_of(const Interpreter& interpreter) {
 
 /// Runs the script that the settings name, or the prompt, and leaves the story of an error in `story`. Throws
 /// `ScriptError` and `ScriptExit`.
-void run_scripts(const Settings& settings, const Module& module, const DescriptionReading& reading, Trace* trace,
+void run_scripts(const Settings& settings, const Module& module, const ModuleDescription& description, Trace* trace,
                  std::string& story) {
   require_terminal(settings);
   const SourcePtr source = chosen_source(settings);
@@ -115,14 +106,13 @@ void run_scripts(const Settings& settings, const Module& module, const Descripti
   options.warnings = warning_mode(settings);
   if (comes_by_standard_input(settings)) options.files = FileAccess::without_standard_input;
   options.text_size = terminal_size;
-  options.description = reading.description ? &*reading.description : nullptr;
-  options.no_description = absence_of(reading);
+  options.description = &description;
   options.explains = settings.explains || !source || settings.stays;
   options.trace = trace;
   Interpreter interpreter(module.functions, options);
   interpreter.set_global("args", arguments_table(arguments));
   if (!source || settings.stays)
-    return run_repl(interpreter, {source, arguments, settings.explains, options.description});
+    return run_repl(interpreter, {source, arguments, settings.explains, &description});
   try {
     interpreter.run(interpreter.parse(source));
   } catch (const ScriptError&) {
@@ -134,10 +124,10 @@ void run_scripts(const Settings& settings, const Module& module, const Descripti
 /// The exit status of what `run_scripts` runs. An error is reported when the variables of the script are gone, since
 /// they may hold all memory.
 int status_of_scripts(const Settings& settings, const Module& module, Trace* trace) {
-  const DescriptionReading reading = described_functions(module);
+  const ModuleDescription description = description_of(module);
   std::string story;
   try {
-    run_scripts(settings, module, reading, trace, story);
+    run_scripts(settings, module, description, trace, story);
     return done;
   } catch (const ScriptError& error) {
     put_error({error.report(), story});
@@ -158,10 +148,11 @@ bool report_leaks(const Counts& before) {
 
 int status_of_tests(const Settings& settings, const Module& module) {
   const Counts before = counts();
-  const DescriptionReading reading = described_functions(module);
+  const ModuleDescription description = description_of(module);
+  description.get();  // once, in place of in each process
   TestOptions options;
   options.conditions.has_checks = !settings.is_unchecked;
-  options.conditions.description = reading.description ? &*reading.description : nullptr;
+  options.conditions.description = &description;
   options.conditions.warnings = warning_mode(settings);
   options.time_limit = settings.time_limit;
   options.ends_well = [&] { return !settings.counts_leaks || report_leaks(before); };
@@ -180,9 +171,9 @@ std::string sentence_on_type(const Description& description, const std::string& 
 }
 
 void list(const Settings& settings, const Module& module) {
-  const DescriptionReading reading = described_functions(module);
+  const ModuleDescription reading = description_of(module);
   const Description nothing;
-  const Description& description = reading.description ? *reading.description : nothing;
+  const Description& description = reading.get() ? *reading.get() : nothing;
   std::vector<ListedName> names;
   for (const std::string& name : module.functions.names()) {
     const FunctionEntry* const entry = description.find(name);

@@ -150,7 +150,8 @@ class Repl {
   }
 
   void show_help(const std::string& name) {
-    put(name.empty() ? help_topics() : help_on(name, {interpreter_, settings_.description, terminal_width()}));
+    const Description* known = settings_.description && !name.empty() ? settings_.description->get() : nullptr;
+    put(name.empty() ? help_topics() : help_on(name, {interpreter_, known, terminal_width()}));
   }
 
   /// Whether a word has no meaning of the script's own.

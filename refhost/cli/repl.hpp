@@ -10,10 +10,10 @@
 namespace hvm {
 
 struct PromptSettings {
-  SourcePtr script = nullptr;                // runs before the first input; null: none
-  std::vector<std::string> arguments = {};   // of the script, which has them in `args`
-  bool explains = false;                     // tell the whole story with every error
-  const Description* description = nullptr;  // of the module's functions; null: there is none
+  SourcePtr script = nullptr;                      // runs before the first input; null: none
+  std::vector<std::string> arguments = {};         // of the script, which has them in `args`
+  bool explains = false;                           // tell the whole story with every error
+  const ModuleDescription* description = nullptr;  // of the module's functions; null: there is none
 };
 
 /// Runs the script, if there is one, and then reads inputs until the end of file, runs each, and shows the value of an

@@ -68,14 +68,24 @@ class Describer {
   bool has_faults_ = false;
 };
 
+/// The numbers of arguments that functions look at, by name. They stand at the head of the file, so that a host that
+/// needs no more need not read the rest.
+Json most_arguments_of(const Json& functions) {
+  Json numbers = Json::object();
+  for (const Json& function : functions) numbers[function["name"].get<std::string>()] = function["most_arguments"];
+  return numbers;
+}
+
 int write_description(const std::string& pages, const std::string& output) {
   Describer describer(pages);
+  const Json described = describer.entries(functions());
   Json description = Json::object();
   description["format"] = 1;
   description["module"] = "arrayfold";
   description["version"] = MODULE_VERSION;
+  description["most_arguments"] = most_arguments_of(described);
   description["kinds"] = kinds_in_json();
-  description["functions"] = describer.entries(functions());
+  description["functions"] = described;
   description["methods"] = describer.entries({method("dump"), method("reshape"), method("shape")});
   description["operators"] =
       describer.entries({operation("add"), operation("subtract"), operation("multiply"), operation("divide"),

@@ -51,6 +51,13 @@ class Description(unittest.TestCase):
         self.assertEqual(rows, LISTED)
         self.assertGreater(len(rows), 90)
 
+    def test_its_head_ends_with_the_first_brace_and_has_the_numbers_of_arguments_of_the_entries(self):
+        text = DESCRIPTION.read_text()
+        head = json.loads(text[:text.index("}") + 1] + "}")
+        self.assertEqual(head["format"], 1)
+        self.assertEqual(list(head["most_arguments"].items()),
+                         [(entry["name"], entry["most_arguments"]) for entry in self.description["functions"]])
+
     def test_readme_names_what_never_gives_a_usable_value(self):
         readme = (PROJECT / "README.md").read_text()
         paragraph = next(part for part in readme.split("\n\n") if "never give a usable value" in part)

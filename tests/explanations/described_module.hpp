@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "script/explain/description.hpp"
+#include "script/explain/module_description.hpp"
 #include "script/module/module_functions.hpp"
 #include "support/module_test.hpp"
 
@@ -25,6 +25,12 @@ inline const Description& description() {
       read_description(std::string(BUILD_DIRECTORY) + "/lib/arrayfold.so", module_functions().names());
   if (!reading.description) throw std::runtime_error("no description: " + reading.problem);
   return *reading.description;
+}
+
+/// The same for an interpreter.
+inline const ModuleDescription& module_description() {
+  static const ModuleDescription known(description());
+  return known;
 }
 
 }  // namespace hvm::testing

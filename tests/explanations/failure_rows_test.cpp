@@ -52,7 +52,7 @@ class FailureRows : public ::testing::Test {
     std::vector<std::string> lines;
     InterpreterOptions options;
     options.print = [&](const std::string& text, const SourceText&, std::size_t) { lines.push_back(text); };
-    options.description = &description();
+    options.description = &module_description();
     options.explains = true;
     Interpreter interpreter(module_functions(), options);
     Ending ending;

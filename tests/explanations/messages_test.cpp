@@ -14,7 +14,7 @@ using ::testing::HasSubstr;
 
 InterpreterOptions options_with_description() {
   InterpreterOptions options;
-  options.description = &description();
+  options.description = &module_description();
   return options;
 }
 

@@ -38,15 +38,15 @@ void take(const Warning& warning) {
 }
 
 /// Says that each function looks at one argument, so that more of them bring about a warning.
-const Description& description() {
-  static const Description made = [] {
+const ModuleDescription& description() {
+  static const ModuleDescription made = [] {
     Description described;
     for (const auto& [name, function] : arrayfold::fuzz::functions()) {
       FunctionEntry& entry = described.functions.emplace_back();
       entry.name = name;
       entry.most_arguments = 1;
     }
-    return described;
+    return ModuleDescription(std::move(described));
   }();
   return made;
 }

@@ -23,6 +23,7 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t largest_file = std::size_t{16} << 20;
 constexpr std::int64_t known_format = 1;
+constexpr std::string_view limits_key = "most_arguments";
 
 // ---- Parts of the file
 
@@ -105,6 +106,7 @@ class Part {
     }
   }
 
+  bool is_nothing() const { return value_.tag == ValueTag::nil; }
   bool is_string() const { return Value::sharing(value_).is_string(); }
   [[noreturn]] void fail(std::string_view cause) const {
     throw DataError(fmt::format("{} {}", path_.empty() ? "it" : path_, cause));
@@ -236,10 +238,14 @@ std::vector<KindEntry> kinds_of(const Part& part) {
   return kinds;
 }
 
-Description description_of(const Part& part) {
+void require_known_format(const Part& part) {
   const std::int64_t format = part.at("format").number();
   if (format != known_format)
     throw DataError(fmt::format("its format is {}, and this hvm knows format {}", format, known_format));
+}
+
+Description description_of(const Part& part) {
+  require_known_format(part);
   Description description;
   description.module = part.text("module");
   description.version = part.text_or_nothing("version");
@@ -250,10 +256,14 @@ Description description_of(const Part& part) {
   return description;
 }
 
-/// Requires that the description is of the module that registered functions of these names.
-void require_of_module(const Description& description, const std::vector<std::string>& registered) {
-  std::set<std::string_view> described;
-  for (const FunctionEntry& function : description.functions) described.insert(function.name);
+std::set<std::string_view> names_of(const Description& description) {
+  std::set<std::string_view> names;
+  for (const FunctionEntry& function : description.functions) names.insert(function.name);
+  return names;
+}
+
+/// Requires that the described functions are those of the module, which has registered functions of these names.
+void require_of_module(const std::set<std::string_view>& described, const std::vector<std::string>& registered) {
   const std::set<std::string_view> known(registered.begin(), registered.end());
   const auto fail = [](std::string_view name, const char* where) {
     throw DataError(fmt::format("it is of another module or version: {} is {}", name, where));
@@ -302,6 +312,32 @@ std::vector<std::string> places_of(const std::string& module_path) {
           (folder / ".." / "share" / name / "functions.json").lexically_normal().string()};
 }
 
+/// Lets `read` read the first file that there is. Returns what is wrong with it, in a sentence; empty when nothing is.
+template <class Read>
+std::string with_file(const std::vector<std::string>& places, Read read) {
+  for (const std::string& path : places) {
+    try {
+      if (!exists(path)) continue;
+      read(path);
+      return {};
+    } catch (const DataError& error) {
+      return fmt::format("the description {} is not used: {}", path, without_path(error.what(), path));
+    }
+  }
+  return {};
+}
+
+/// The head of a text as a value: an object that ends with the first value in braces. No value where there is none.
+std::optional<Value> head_in(std::string_view text) {
+  const std::size_t end = text.find('}');
+  if (end == std::string_view::npos) return {};
+  try {
+    return json_value(std::string(text.substr(0, end + 1)) + '}');
+  } catch (const DataError&) {
+    return {};
+  }
+}
+
 const FunctionEntry* found(const std::vector<FunctionEntry>& entries, std::string_view name) {
   const auto entry = std::find_if(entries.begin(), entries.end(), [&](const auto& x) { return x.name == name; });
   return entry == entries.end() ? nullptr : &*entry;
@@ -316,18 +352,34 @@ const FunctionEntry* Description::find_operator(std::string_view name) const { r
 DescriptionReading read_description(const std::string& module_path, const std::vector<std::string>& registered) {
   DescriptionReading reading;
   reading.places = places_of(module_path);
-  for (const std::string& path : reading.places) {
-    try {
-      if (!exists(path)) continue;
-      const Value content = json_value(text_of_file(path));
-      Description description = description_of(Part(content.record(), ""));
-      require_of_module(description, registered);
-      reading.description = std::move(description);
-    } catch (const DataError& error) {
-      reading.problem = fmt::format("the description {} is not used: {}", path, without_path(error.what(), path));
-    }
-    break;
-  }
+  reading.problem = with_file(reading.places, [&](const std::string& path) {
+    const Value content = json_value(text_of_file(path));
+    Description description = description_of(Part(content.record(), ""));
+    require_of_module(names_of(description), registered);
+    reading.description = std::move(description);
+  });
+  return reading;
+}
+
+HeadReading read_description_head(const std::string& module_path, const std::vector<std::string>& registered) {
+  HeadReading reading;
+  reading.problem = with_file(places_of(module_path), [&](const std::string& path) {
+    TextInput input(path);
+    const auto content = head_in(input.next());
+    if (!content) return;
+    const Part head(content->record(), "");
+    const auto counts = head.find(limits_key);
+    if (!counts) return;
+    require_known_format(head);
+    std::set<std::string> names;
+    ArgumentLimits limits;
+    counts->each([&](const std::string& name, const Part& count) {
+      names.insert(name);
+      if (!count.is_nothing()) limits.emplace(name, count.number());
+    });
+    require_of_module({names.begin(), names.end()}, registered);
+    reading.limits = std::move(limits);
+  });
   return reading;
 }
 

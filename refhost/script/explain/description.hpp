@@ -7,6 +7,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -118,6 +120,19 @@ struct Description {
   const FunctionEntry* find_method(std::string_view method) const;
   const FunctionEntry* find_operator(std::string_view name) const;
 };
+
+/// With how many arguments functions are looked at, by their names. A function that is missing looks at all.
+using ArgumentLimits = std::map<std::string, std::int64_t, std::less<>>;
+
+/// What the head of a description gave: one of two things, or nothing when there is no file, or one without a head.
+struct HeadReading {
+  std::optional<ArgumentLimits> limits;
+  std::string problem;  // as of the whole description
+};
+
+/// Reads the head of the description of a module: what stands before the first `}`, where that holds the numbers of
+/// arguments. Throws nothing but `std::bad_alloc`.
+HeadReading read_description_head(const std::string& module_path, const std::vector<std::string>& registered);
 
 /// What the search for a description gave: one of three things, or nothing when there is no file.
 struct DescriptionReading {

@@ -160,14 +160,15 @@ std::vector<std::string> names_of(const std::vector<FunctionEntry>& entries) {
 }  // namespace
 
 Failure FailedCalls::explained(const Failure& failure, const MadeCall& made) const {
-  if (!options_.description && !options_.explains) return failure;
   try {
     static const Description none;
     static const FunctionEntry unknown;
-    const Description& description = options_.description ? *options_.description : none;
-    const FunctionEntry* entry = made.self ? description.find_method(made.name) : description.find(made.name);
-    if (!entry && made.self && options_.description) return of_unknown_method(failure, made);
-    return of_described(failure, entry ? *entry : unknown, made);
+    const Description* whole = description();
+    if (!whole && !options_.explains) return failure;
+    const Description& known = whole ? *whole : none;
+    const FunctionEntry* entry = made.self ? known.find_method(made.name) : known.find(made.name);
+    if (!entry && made.self && whole) return of_unknown_method(failure, known, made);
+    return of_described(failure, known, entry ? *entry : unknown, made);
   } catch (const std::bad_alloc&) {
     return failure;
   }
@@ -175,15 +176,16 @@ Failure FailedCalls::explained(const Failure& failure, const MadeCall& made) con
 
 Failure FailedCalls::explained(const Failure& failure, const ModuleCaller& caller, BinaryOperator op, const Value& left,
                                const Value& right) const {
-  const FunctionEntry* entry = options_.description ? options_.description->find_operator(page_word(op)) : nullptr;
-  if (!entry) return failure;
   try {
+    const Description* whole = description();
+    const FunctionEntry* entry = whole ? whole->find_operator(page_word(op)) : nullptr;
+    if (!entry) return failure;
     Failure result(failure.message(), {"page: " + entry->page});
     if (!options_.explains) return result;
     const std::string name = spelling(op);
     std::vector<Value> operands{left, right};
     const MadeCall made{caller, name, nullptr, operands};
-    DescribedCall call(*options_.description, *entry, made, options_.may_ask);
+    DescribedCall call(*whole, *entry, made, options_.may_ask);
     Explanation story{result.message(), {}, {}, {}, result.notes()};
     story.arguments = {"the left operand: " + call.shown_at_length(0), "the right operand: " + call.shown_at_length(1)};
     last_ = std::move(story);
@@ -193,9 +195,9 @@ Failure FailedCalls::explained(const Failure& failure, const ModuleCaller& calle
   }
 }
 
-Failure FailedCalls::of_described(const Failure& failure, const FunctionEntry& entry, const MadeCall& made) const {
-  static const Description none;
-  DescribedCall call(options_.description ? *options_.description : none, entry, made, options_.may_ask);
+Failure FailedCalls::of_described(const Failure& failure, const Description& known, const FunctionEntry& entry,
+                                  const MadeCall& made) const {
+  DescribedCall call(known, entry, made, options_.may_ask);
   const Happening happened = happening_of(failure);
   Reason reason = reason_of(call, happened);
   if (reason.cause.empty() && happened.outcome != Outcome::refused) {
@@ -210,18 +212,18 @@ Failure FailedCalls::of_described(const Failure& failure, const FunctionEntry& e
   return result;
 }
 
-Failure FailedCalls::of_unknown_method(const Failure& failure, const MadeCall& made) const {
+Failure FailedCalls::of_unknown_method(const Failure& failure, const Description& known, const MadeCall& made) const {
   const auto* call_failure = dynamic_cast<const CallFailure*>(&failure);
   const bool is_array = kind_of_array(*made.self).has_value();
   if (!call_failure || !call_failure->exception().empty() || !is_array) return failure;
-  const std::vector<std::string> methods = names_of(options_.description->methods);
+  const std::vector<std::string> methods = names_of(known.methods);
   std::string message = fmt::format("{}: an array has no such method", made.name);
   if (methods.size() > 1)
     message += fmt::format("; it has {} and {}", fmt::join(methods.begin(), methods.end() - 1, ", "), methods.back());
   const std::string other = counterpart_for_arrays(made.name, *options_.module);
   Failure result(message + (other.empty() ? suggestion(made.name, {methods.begin(), methods.end()}) : other));
   static const FunctionEntry unknown;
-  DescribedCall call(*options_.description, unknown, made, options_.may_ask);
+  DescribedCall call(known, unknown, made, options_.may_ask);
   if (options_.explains) keep(result, call, {}, {}, true);
   return result;
 }
@@ -242,7 +244,7 @@ void FailedCalls::keep(const Failure& failure, DescribedCall& call, std::vector<
   story.remedy = std::move(remedy);
   story.notes = failure.notes();
   if (!story.considered.empty()) story.considered.push_back("(the section Failures of " + call.entry().page + ")");
-  if (!options_.description) story.notes.push_back(options_.missing);
+  if (options_.description && !options_.description->get()) story.notes.push_back(options_.description->absence());
   last_ = std::move(story);
 }
 

@@ -9,8 +9,8 @@
 #include <string>
 
 #include "script/explain/described_call.hpp"
-#include "script/explain/description.hpp"
 #include "script/explain/explanation.hpp"
+#include "script/explain/module_description.hpp"
 #include "script/module/module_functions.hpp"
 
 namespace hvm {
@@ -20,9 +20,8 @@ class FailedCalls {
  public:
   struct Options {
     const ModuleFunctions* module;
-    const Description* description = nullptr;  // null: messages stay as they are
-    std::string missing = {};                  // why there is none, for explanations
-    bool may_ask = true;                       // the objects of a failed call for their shapes
+    const ModuleDescription* description = nullptr;  // null: messages stay as they are
+    bool may_ask = true;                             // the objects of a failed call for their shapes
     bool explains = false;
   };
 
@@ -38,8 +37,11 @@ class FailedCalls {
                     const Value& right) const;
 
  private:
-  Failure of_described(const Failure& failure, const FunctionEntry& entry, const MadeCall& made) const;
-  Failure of_unknown_method(const Failure& failure, const MadeCall& made) const;
+  /// Null when there is none.
+  const Description* description() const { return options_.description ? options_.description->get() : nullptr; }
+  Failure of_described(const Failure& failure, const Description& known, const FunctionEntry& entry,
+                       const MadeCall& made) const;
+  Failure of_unknown_method(const Failure& failure, const Description& known, const MadeCall& made) const;
   void keep(const Failure& failure, DescribedCall& call, std::vector<std::string> considered, std::string remedy,
             bool has_self) const;
 

@@ -115,7 +115,7 @@ constexpr Word without_more[] = {
 }  // namespace
 
 Found unused_argument(const AnsweredCall& call) {
-  const auto most = static_cast<std::size_t>(*call.entry->most_arguments);
+  const std::size_t most = call.most_arguments;
   const std::string_view words = words_for(without_more, call.function);
   const std::string hint =
       words.empty() ? "leave it out" : fmt::format(fmt::runtime(words), argument_name(call, 0, "a"));

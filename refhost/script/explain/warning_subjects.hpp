@@ -10,7 +10,6 @@
 
 #include "script/explain/columns.hpp"
 #include "script/explain/data_walk.hpp"
-#include "script/explain/description.hpp"
 #include "script/module/array_module.hpp"
 
 namespace hvm {
@@ -46,7 +45,7 @@ struct AnsweredCall {
   Value& result;
   bool is_used;  // something takes the value
   QuotedArguments quoted;
-  const FunctionEntry* entry;  // null without a description
+  std::size_t most_arguments;  // that the function looks at
   Columns& columns;
   DataElements elements;                           // of the result
   const Expressions* written;                      // the arguments; null where the script has no such call

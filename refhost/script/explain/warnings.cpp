@@ -148,9 +148,10 @@ Warnings::Warnings(const ModuleFunctions& module, Options options, Explanation& 
     watch.makes_columns =
         std::find(std::begin(makers_of_columns), std::end(makers_of_columns), name) != std::end(makers_of_columns);
     watch.reads_data = name == "xarray";
-    watch.entry = options_.description ? options_.description->find(name) : nullptr;
-    const bool has_limit = watch.entry && watch.entry->most_arguments && *watch.entry->most_arguments >= 0;
-    if (has_limit) watch.most_arguments = static_cast<std::uint32_t>(*watch.entry->most_arguments);
+    if (!options_.description) continue;
+    const ArgumentLimits& limits = options_.description->limits();
+    const auto limit = limits.find(name);
+    if (limit != limits.end() && limit->second >= 0) watch.most_arguments = static_cast<std::uint32_t>(limit->second);
   }
 }
 
@@ -293,7 +294,8 @@ void Warnings::keep_story(const WarningRow& row, const std::string& message, con
   std::vector<Value> shown;
   for (const Value* value : values) shown.push_back(*value);
   const MadeCall made{caller, no_name, nullptr, shown};
-  DescribedCall call(options_.description ? *options_.description : none, unknown, made, true);
+  const Description* known = options_.description ? options_.description->get() : nullptr;
+  DescribedCall call(known ? *known : none, unknown, made, true);
   for (std::size_t i = 0; i < shown.size(); ++i) story.arguments.push_back(call.shown_at_length(i));
   story.considered.push_back(fmt::format("{}: {}", row.name, row.sentence));
   const std::size_t remedy = message.rfind(before_remedy);

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "script/explain/explanation.hpp"
+#include "script/explain/module_description.hpp"
 #include "script/explain/warning_table.hpp"
 
 namespace hvm {
@@ -42,7 +43,7 @@ using Warn = std::function<void(const Warning&)>;
 class Warnings {
  public:
   struct Options {
-    const Description* description = nullptr;  // null: nothing is known of numbers of arguments
+    const ModuleDescription* description = nullptr;  // null: nothing is known of numbers of arguments
     WarningMode mode = WarningMode::on;
     Warn warn = {};
     bool explains = false;
@@ -56,13 +57,12 @@ class Warnings {
 
   /// What is looked for at a call of a function.
   struct Watch {
-    using Rows = std::uint64_t;            // a bit for each row of the table
-    std::uint32_t signs = 0;               // a bit for each sign that the function alone is watched for
-    std::uint32_t most_arguments = ~0u;    // that the function looks at
-    bool makes_columns = false;            // of two extents or more, the last of which is 1
-    bool reads_data = false;               // it is `xarray`
-    const FunctionEntry* entry = nullptr;  // null without a description
-    Rows rows = 0;                         // by the signs of the function alone
+    using Rows = std::uint64_t;          // a bit for each row of the table
+    std::uint32_t signs = 0;             // a bit for each sign that the function alone is watched for
+    std::uint32_t most_arguments = ~0u;  // that the function looks at
+    bool makes_columns = false;          // of two extents or more, the last of which is 1
+    bool reads_data = false;             // it is `xarray`
+    Rows rows = 0;                       // by the signs of the function alone
     Rows on_nothing = 0;
     Rows on_column = 0;
     Rows on_more_arguments = 0;

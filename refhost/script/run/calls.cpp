@@ -56,9 +56,10 @@ Value Calls::call_module(const std::string& name, std::vector<Value>& arguments,
 void Calls::look_at(const Warnings::Watch& watch, const std::string& name, std::vector<Value>& arguments, Value& result,
                     Span span, const Call* form) {
   const QuotedArguments quoted = watch.reads_data ? quotations_.quoted(arguments) : QuotedArguments();
-  warnings_.call(site_.source(), watch,
-                 {untraced(site_.caller(span)), span, name, arguments, result, is_used(form), quoted, watch.entry,
-                  warnings_.columns(), warnings_.elements_of(result), form ? &form->arguments : nullptr});
+  warnings_.call(
+      site_.source(), watch,
+      {untraced(site_.caller(span)), span, name, arguments, result, is_used(form), quoted, watch.most_arguments,
+       warnings_.columns(), warnings_.elements_of(result), form ? &form->arguments : nullptr});
 }
 
 namespace {

@@ -22,8 +22,7 @@ struct Interpreter::Parts {
   Parts(const ModuleFunctions& module, InterpreterOptions chosen)
       : options(std::move(chosen)),
         checks(options.has_checks),
-        failed_calls({&module, options.description, options.no_description, options.has_checks, options.explains},
-                     last_explanation),
+        failed_calls({&module, options.description, options.has_checks, options.explains}, last_explanation),
         steps(options.step_limit),
         site(context.handle(), options.trace),
         depth(site),

@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "script/explain/description.hpp"
 #include "script/explain/explanation.hpp"
+#include "script/explain/module_description.hpp"
 #include "script/explain/warnings.hpp"
 #include "script/library/builtins.hpp"
 #include "script/module/module_functions.hpp"
@@ -31,8 +31,7 @@ struct InterpreterOptions {
   std::uint64_t step_limit = 0;  // of the interpreter's steps, beyond which there is `StepLimitReached`; 0: none
   std::function<TextSize()> text_size = {};  // of pictures; the default without it
   /// Of the module's functions; null: there is none. It must outlive the interpreter.
-  const Description* description = nullptr;
-  std::string no_description = {};  // why there is none, in a sentence
+  const ModuleDescription* description = nullptr;
   WarningMode warnings = WarningMode::on;
   bool explains = false;   // keep the whole story of errors and warnings
   Trace* trace = nullptr;  // tells the calls of the module; it must outlive the interpreter

@@ -19,6 +19,14 @@ const char* const toy_names[] = {
     "toy_end",     "toy_set",    "toy_deep",    "xarange",  "xarray",   "toy_leak",  "toy_wait",   "toy_serve_elements",
     "toy_end_with"};
 
+/// The head of a description of the toy module, up to its functions.
+std::string toy_head(const std::string& format = "1", const std::string& more = "") {
+  std::string counts;
+  for (const std::string name : toy_names)
+    if (name != "toy_end") counts += "\"" + name + "\": null, ";
+  return "{\"format\": " + format + ", \"module\": \"toy\", \"most_arguments\": {" + counts + more + "\"toy_end\": 1}";
+}
+
 /// A description of the toy module; `more` stands behind its functions.
 std::string toy_description(const std::string& more = "", const std::string& format = "1") {
   std::string functions;
@@ -133,6 +141,56 @@ TEST(DescriptionFile, ThatIsBroken_IsToldInOneSentenceAndLeftOut) {
     EXPECT_LT(sentence.size(), 400u) << file.what;
     EXPECT_EQ(outcome.err.find("hvm: ", 1), std::string::npos) << file.what;
   }
+}
+
+TEST(DescriptionFile, WithAHead_IsReadWhenItIsNeeded) {
+  const ToyFolder folder;
+  folder.write("lib/toy.json", toy_head() + ", \"functions\": broken");
+  const std::string sentence = "hvm: the description " + folder.beside() + " is not used: line 1, column ";
+  EXPECT_EQ(folder.run({"-e", "print(toy_count(1, 2))"}).err, "");
+  const Outcome failed = folder.run({"-e", "try toy_fail(1) catch e print(e) end\ntoy_fail(2)"});
+  EXPECT_EQ(failed.out, "toy_fail: the call failed with an int\n");
+  EXPECT_EQ(failed.err.rfind(sentence, 0), 0u) << failed.err;
+  EXPECT_THAT(failed.err, HasSubstr("\n<command line>:2:1: error: toy_fail: the call failed with an int\n"));
+  EXPECT_EQ(failed.err.find("hvm: ", 1), std::string::npos) << "it is told once: " << failed.err;
+  const Outcome explained = folder.run({"--explain", "-e", failing_script});
+  EXPECT_THAT(explained.err, HasSubstr("  the description " + folder.beside() + " is not used: line 1, column "));
+  EXPECT_EQ(folder.run({"--list"}).err.rfind(sentence, 0), 0u);
+  folder.write("tests/a.hvm", "print(1) # expect: 1");
+  const Outcome tests = folder.run({"--test", folder.path() + "/tests"});
+  EXPECT_EQ(tests.status, 0);
+  EXPECT_EQ(tests.err.rfind(sentence, 0), 0u) << tests.err;
+}
+
+TEST(DescriptionFile, WithABadHead_IsToldAtTheStart) {
+  const std::string rest = toy_description().substr(toy_description().find(", \"functions\""));
+  const std::pair<std::string, const char*> files[] = {
+      {toy_head("2") + rest, "its format is 2, and this hvm knows format 1"},
+      {toy_head("1", "\"toy_more\": 2, ") + rest,
+       "it is of another module or version: toy_more is a function of the description alone"},
+      {"{\"format\": 1, \"most_arguments\": {}" + rest, "is a function of the module alone"},
+      {toy_head("1", "\"toy_more\": \"2\", ") + rest, "most_arguments.toy_more is no integer"},
+      {R"({"format": 1, "most_arguments": 3, "kinds": {}})", "most_arguments is no object"},
+  };
+  for (const auto& [text, cause] : files) {
+    const ToyFolder folder;
+    folder.write("lib/toy.json", text);
+    const Outcome outcome = folder.run({"-e", "print(toy_count(1, 2))"});
+    EXPECT_EQ(outcome.out, "2\n");
+    EXPECT_THAT(outcome.err, HasSubstr("hvm: the description " + folder.beside() + " is not used: ")) << text;
+    EXPECT_THAT(outcome.err, HasSubstr(cause)) << text;
+  }
+}
+
+TEST(DescriptionFile, WithAHead_GivesTheSameAnswers) {
+  const ToyFolder folder;
+  folder.write("lib/toy.json", toy_head() + toy_description().substr(toy_description().find(", \"functions\"")));
+  EXPECT_EQ(folder.run({"-e", failing_script}).err,
+            "<command line>:1:1: error: toy_fail: no arguments give a value. Call another one.\n"
+            "    toy_fail(3)\n    ^\n  usage: toy_fail(a)\n  page: pages/toy_fail.md\n");
+  const Outcome outcome = folder.run({"--leaks", "--explain", "-e", "try toy_fail(toy_int(3)) catch e print(e) end"});
+  EXPECT_EQ(outcome.out, "toy_fail: no arguments give a value. Call another one.\n");
+  EXPECT_THAT(outcome.err, HasSubstr("left behind: 0 objects, 0 tables, 0 strings, 0 blocks, 0 records, 0 pieces"));
 }
 
 TEST(DescriptionFile, ThatIsAFolderOrADeviceOrUnreadable_IsLeftOut) {

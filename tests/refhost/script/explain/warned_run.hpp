@@ -30,8 +30,8 @@ inline const ModuleFunctions& arrays() {
 }
 
 /// The greatest numbers of arguments of some functions.
-inline const Description& description() {
-  static const Description described = [] {
+inline const ModuleDescription& description() {
+  static const ModuleDescription described = [] {
     Description made;
     for (const auto& [name, most] : std::initializer_list<std::pair<const char*, int>>{
              {"xsum", 1}, {"xmean", 1}, {"xsort", 1}, {"xstddev", 1}, {"xtrapz", 1}, {"xabs", 1}, {"xlinspace", 3}}) {
@@ -41,7 +41,7 @@ inline const Description& description() {
       made.functions.push_back(entry);
     }
     made.functions.emplace_back().name = "xzeros";  // any number
-    return made;
+    return ModuleDescription(std::move(made));
   }();
   return described;
 }

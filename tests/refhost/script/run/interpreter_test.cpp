@@ -202,8 +202,9 @@ TEST(Library, ErrorsOfTheModuleKeepTheirNotes) {
   description.functions[0].name = "toy_fail";
   description.functions[0].synopsis = {"toy_fail(x)"};
   description.functions[0].page = "docs/functions/toy_fail.md";
+  const ModuleDescription known(std::move(description));
   InterpreterOptions options;
-  options.description = &description;
+  options.description = &known;
   Interpreter interpreter(toy_functions(), options);
   interpreter.run(interpreter.parse(
       std::make_shared<SourceText>("library.hvm", "fn outer(x)\n  toy_fail(x)\nend\n", Origin::library)));
