@@ -8,6 +8,7 @@
 #include <new>
 
 #include "cli/interrupts.hpp"
+#include "cli/reports.hpp"
 #include "cli/safe_text.hpp"
 #include "cli/streams.hpp"
 #include "cli/terminal.hpp"
@@ -34,8 +35,7 @@ Inputs::Inputs(Interpreter& interpreter, Session& session, bool explains,
       session_(session),
       explains_(explains),
       remember_(std::move(remember)),
-      style_(Style::of_stream(STDOUT_FILENO)),
-      error_style_(Style::of_stream(STDERR_FILENO)) {}
+      style_(Style::of_stream(STDOUT_FILENO)) {}
 
 SourcePtr Inputs::source_of(const std::string& text) const {
   return std::make_shared<SourceText>(fmt::format("<input {}>", count_), text);
@@ -145,8 +145,7 @@ Inputs::Ending Inputs::guarded(Action action) {
 /// The variables stay, and may leave no memory for the place of the error.
 void Inputs::report(const ScriptError& error) const {
   try {
-    put_error_as_it_is({error_style_.report(safe_text(error.report())),
-                        safe_text(explains_ ? interpreter_.last_explanation().text() : "")});
+    put_report(error.report(), explains_ ? interpreter_.last_explanation().text() : std::string());
   } catch (const std::bad_alloc&) {
     put_error({"error: ", error.message(), "\n"});
   }

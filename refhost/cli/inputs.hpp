@@ -61,7 +61,6 @@ class Inputs {
   bool explains_;
   std::function<void(const std::string&)> remember_;
   Style style_;
-  Style error_style_;
   int count_ = 1;
 };
 

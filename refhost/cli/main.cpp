@@ -16,6 +16,7 @@
 #include "cli/process_end.hpp"
 #include "cli/processor.hpp"
 #include "cli/repl.hpp"
+#include "cli/reports.hpp"
 #include "cli/shell_completions.hpp"
 #include "cli/streams.hpp"
 #include "cli/terminal.hpp"
@@ -101,7 +102,7 @@ void run_scripts(const Settings& settings, const Module& module, const ModuleDes
   options.print = [](const std::string& text, const SourceText&, std::size_t) { put(text + "\n"); };
   options.warn = [&settings](const Warning& warning) {
     const bool tells_story = settings.explains && warning.explanation;
-    put_error({warning.report(), tells_story ? warning.explanation->text() : std::string()});
+    put_report(warning.report(), tells_story ? warning.explanation->text() : std::string());
   };
   options.warnings = warning_mode(settings);
   if (comes_by_standard_input(settings)) options.files = FileAccess::without_standard_input;
@@ -130,7 +131,7 @@ int status_of_scripts(const Settings& settings, const Module& module, Trace* tra
     run_scripts(settings, module, description, trace, story);
     return done;
   } catch (const ScriptError& error) {
-    put_error({error.report(), story});
+    put_report(error.report(), story);
     return script_failed;
   } catch (const ScriptExit& end) {
     return end.status();

@@ -15,6 +15,7 @@ class Style {
   /// That of a stream, such as the standard output.
   static Style of_stream(int descriptor);
 
+  bool has_colours() const { return has_colours_; }
   std::string faint(const std::string& text) const { return in_form("2", text); }
   std::string strong(const std::string& text) const { return in_form("1", text); }
   /// An error report or warning with its first word, `error:` or `warning:`, in colour.

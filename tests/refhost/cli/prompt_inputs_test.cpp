@@ -145,6 +145,30 @@ TEST(Repl, Colours_AreForTerminalsThatTakeThem) {
   EXPECT_THAT(error_in("", ""), Not(HasSubstr("\x1b")));
 }
 
+TEST(Scripts, AtATerminal_HaveErrorsAndWarningsInColour) {
+  const auto shown_by = [](const std::string& script, const char* no_colour) {
+    TerminalConditions conditions;
+    conditions.type = "xterm";
+    conditions.environment = {{"NO_COLOR", no_colour}};
+    conditions.arguments = {"-e", script};
+    Terminal terminal(conditions);
+    return terminal.wait_for("^");
+  };
+  EXPECT_THAT(shown_by("x = )", ""), HasSubstr("<command line>:1:5: \x1b[1;31merror:\x1b[0m "));
+  EXPECT_THAT(shown_by("a = toy_double(3); 5 - a", ""), HasSubstr("\x1b[1;33mwarning:\x1b[0m 5 - a computes a - 5"));
+  EXPECT_THAT(shown_by("x = )", "1"), Not(HasSubstr("\x1b[1;31m")));
+  EXPECT_THAT(shown_by("a = toy_double(3); 5 - a", "1"), Not(HasSubstr("\x1b[1;33m")));
+  EXPECT_THAT(shown_by("x = \"\x1b[2J\" + )", ""), Not(HasSubstr("\x1b[2J"))) << "the script's own do not come through";
+}
+
+TEST(Repl, Warnings_AreColoured) {
+  TerminalConditions conditions;
+  conditions.type = "xterm";
+  Prompt terminal(conditions);
+  terminal.type("a = toy_double(3); b = 5 - a\n");
+  EXPECT_THAT(terminal.wait_for("computes"), HasSubstr("\x1b[1;33mwarning:\x1b[0m"));
+}
+
 TEST(Repl, InputsAreCountedOnce) {
   Prompt terminal;
   EXPECT_THAT(terminal.answer("1 / 0"), HasSubstr("<input 1>"));
