@@ -43,6 +43,27 @@ void expect_messages(std::initializer_list<MessageRow> rows) {
   }
 }
 
+TEST(Messages, OfOperators_SayWhatToWriteInstead) {
+  const std::string kinds_differ = "the kinds differ, and only arrays of one kind combine";
+  const std::string of_bools = ": a bool array takes '*=' with a number, and no other operator";
+  expect_messages({
+      {"i = xlinspace(1, 3, 3); d = xones(3); i + d",
+       ("int array + double array: " + kinds_differ + ". Make doubles of i with xminimum(i, i).").c_str()},
+      {"i = xlinspace(1, 3, 3); d = xones(3); d -= i",
+       ("double array -= int array: " + kinds_differ + ". Make doubles of i with xminimum(i, i).").c_str()},
+      {"i = xlinspace(1, 3, 3); 2 * xones(3) * i",
+       ("double array * int array: " + kinds_differ + ". Make doubles of i with xminimum(i, i).").c_str()},
+      {"m = xones(3) > 0; m * m", ("'*' is not defined for $xboolarray (3) and $xboolarray (3)" + of_bools +
+                                   ". Make integers of it with as_int(m) of use \"arrays\".")
+                                      .c_str()},
+      {"m = xones(3) > 0; 2 + m", ("'+' is not defined for an int and $xboolarray (3)" + of_bools +
+                                   ". Make integers of it with as_int(m) of use \"arrays\".")
+                                      .c_str()},
+      {"i = xlinspace(1, 3, 3); i / 0",
+       "'/' of an integer array with zero. Divide by another number, or make doubles of i with xminimum(i, i)."},
+  });
+}
+
 TEST(Messages, OfArgumentsThatDoNotFit_SayWhatTheyAreAndWhatIsWanted) {
   expect_messages({
       {"i = xarray(@int, [[1, 2], [3, 4]]); xinv(i)",

@@ -131,6 +131,14 @@ std::string remedy_of(const DescribedCall& call, const std::vector<const Failure
   return as_sentence(fmt::format("{}", fmt::join(remedies, ", or ")));
 }
 
+/// What to write in place of an operator, by the first row that holds for its operands.
+std::string remedy_of_operator(DescribedCall& call) {
+  for (const FailureRow& row : call.entry().failures)
+    if (row.outcome != Outcome::nothing && checked(row.condition, call).answer == Verdict::Answer::yes)
+      return remedy_of(call, {&row});
+  return {};
+}
+
 std::string with_remedy(const std::string& sentence, const std::string& remedy) {
   if (remedy.empty()) return sentence;
   return fmt::format("{}{} {}", sentence, has_ended(sentence) ? "" : ".", remedy);
@@ -174,20 +182,27 @@ Failure FailedCalls::explained(const Failure& failure, const MadeCall& made) con
   }
 }
 
-Failure FailedCalls::explained(const Failure& failure, const ModuleCaller& caller, BinaryOperator op, const Value& left,
-                               const Value& right) const {
+Failure FailedCalls::explained(const Failure& failure, const ModuleCaller& caller,
+                               const FailedOperation& operation) const {
   try {
     const Description* whole = description();
-    const FunctionEntry* entry = whole ? whole->find_operator(page_word(op)) : nullptr;
+    const FunctionEntry* entry = whole ? whole->find_operator(page_word(operation.op)) : nullptr;
     if (!entry) return failure;
-    Failure result(failure.message(), {"page: " + entry->page});
-    if (!options_.explains) return result;
-    const std::string name = spelling(op);
-    std::vector<Value> operands{left, right};
-    const MadeCall made{caller, name, nullptr, operands};
+    const std::string name = spelling(operation.op);
+    std::vector<Value> operands{operation.left, operation.right};
+    std::vector<std::string> names{operation.left_written ? variable_name(*operation.left_written) : "",
+                                   operation.right_written ? variable_name(*operation.right_written) : ""};
+    // On a page the array of an array and a number is `a`, on whichever side it stands.
+    if (operation.left.is_number()) std::swap(operands[0], operands[1]), std::swap(names[0], names[1]);
+    const MadeCall made{caller, name, nullptr, operands, names};
     DescribedCall call(*whole, *entry, made, options_.may_ask);
-    Explanation story{result.message(), {}, {}, {}, result.notes()};
-    story.arguments = {"the left operand: " + call.shown_at_length(0), "the right operand: " + call.shown_at_length(1)};
+    const std::string remedy = has_ended(failure.message()) ? std::string() : remedy_of_operator(call);
+    Failure result(with_remedy(failure.message(), remedy), {"page: " + entry->page});
+    if (!options_.explains) return result;
+    const bool is_swapped = operation.left.is_number();
+    Explanation story{result.message(), {}, {}, remedy, result.notes()};
+    story.arguments = {"the left operand: " + call.shown_at_length(is_swapped ? 1 : 0),
+                       "the right operand: " + call.shown_at_length(is_swapped ? 0 : 1)};
     last_ = std::move(story);
     return result;
   } catch (const std::bad_alloc&) {

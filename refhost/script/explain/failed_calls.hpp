@@ -15,6 +15,15 @@
 
 namespace hvm {
 
+/// An operator with an object among its operands.
+struct FailedOperation {
+  BinaryOperator op;
+  const Value& left;
+  const Value& right;
+  const Expression* left_written = nullptr;  // null where the script does not write it beside the operator
+  const Expression* right_written = nullptr;
+};
+
 /// Explains the failed calls of an interpreter.
 class FailedCalls {
  public:
@@ -32,9 +41,9 @@ class FailedCalls {
   /// the words of an exception stay; they follow the host's sentence. The same failure when nothing is known of the
   /// call, and when memory runs out.
   Failure explained(const Failure& failure, const MadeCall& made) const;
-  /// `failure`, which is of an operator on an object, with the page of the operator. The message stays.
-  Failure explained(const Failure& failure, const ModuleCaller& caller, BinaryOperator op, const Value& left,
-                    const Value& right) const;
+  /// `failure`, which is of an operator on an object, with what to write instead and the page of the operator. The
+  /// message stays.
+  Failure explained(const Failure& failure, const ModuleCaller& caller, const FailedOperation& operation) const;
 
  private:
   /// Null when there is none.

@@ -75,6 +75,13 @@ std::string advice(BinaryOperator op, const std::optional<std::string>& left, co
   return "";
 }
 
+/// What selects elements by an array of this kind, as the end of a sentence.
+const char* selection_for(const std::optional<std::string>& kind) {
+  if (!kind) return "";
+  return kind == "bool" ? "; mask(a, m) gives the elements where m is true, after use \"arrays\""
+                        : "; take(a, positions) gives several elements, after use \"arrays\"";
+}
+
 /// The number that an integer array reads from an operand.
 std::int64_t as_read(std::string_view type, Value& number) {
   return type == int_array ? HVM_AsInt(number.address()) : HVM_AsInt64(number.address());
@@ -356,7 +363,9 @@ void ArrayChecks::operation(const ModuleCaller& caller, BinaryOperator op, Value
 bool ArrayChecks::indices(const ModuleCaller& caller, Value& object, ValueSpan indices) const {
   if (!are_on_) return false;
   for (const Value& index : indices)
-    if (!index.is_number()) throw Failure(fmt::format("an index must be a number, not {}", kind_in_words(index)));
+    if (!index.is_number())
+      throw Failure(fmt::format("an index must be a number, not {}{}", kind_in_words(index),
+                                selection_for(kind_of_array(index))));
   const Extents* extents = extents_of(caller, object);
   if (!extents) return false;
   require_sound(*extents);

@@ -62,16 +62,6 @@ void Calls::look_at(const Warnings::Watch& watch, const std::string& name, std::
        warnings_.columns(), warnings_.elements_of(result), form ? &form->arguments : nullptr});
 }
 
-namespace {
-
-/// The name of a variable; empty for any other expression.
-std::string variable_name(const Expression& expression) {
-  const auto* variable = std::get_if<Variable>(&expression.form);
-  return variable ? variable->name : std::string();
-}
-
-}  // namespace
-
 Failure Calls::explained(const Failure& failure, const std::string& name, Value* self, std::vector<Value>& arguments,
                          Span span, const Expressions* written, const Expression* operand) const {
   try {

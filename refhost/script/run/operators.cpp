@@ -22,16 +22,24 @@ bool is_comparison_with_nil(BinaryOperator op, const Value& left, const Value& r
   return (op == BinaryOperator::equal || op == BinaryOperator::not_equal) && (left.is_nil() || right.is_nil());
 }
 
+/// The operands beside a link, null where another operator stands between.
+const Expression* written_before(const Operators::Place& place) {
+  return place.link && place.link == place.chain->links.data() ? place.chain->first.get() : nullptr;
+}
+const Expression* written_behind(const Operators::Place& place) {
+  return place.link ? place.link->operand.get() : nullptr;
+}
+
 }  // namespace
 
 template <class Action>
-auto Operators::explained(BinaryOperator op, const Value& left, const Value& right, Span span, Action action) const {
+auto Operators::explained(const FailedOperation& operation, Span span, Action action) const {
   ModuleCaller caller = site_.caller(span);
   try {
     return action(caller);
   } catch (const Failure& failure) {
     caller.trace = nullptr;  // what is asked for an explanation is no call of the script
-    throw failed_calls_.explained(failure, caller, op, left, right);
+    throw failed_calls_.explained(failure, caller, operation);
   }
 }
 
@@ -39,18 +47,19 @@ Value Operators::binary(BinaryOperator op, Value& left, Value& right, const Plac
   return site_.placed(place.span, [&] {
     const bool has_object = left.is_object() || right.is_object();
     if (!has_object || is_comparison_with_nil(op, left, right)) return plain_binary(op, left, right);
-    return explained(op, left, right, place.span, [&](const ModuleCaller& caller) {
-      checks_.operation(caller, op, left, right);
-      if (warnings_.is_notable(op, left, right))
-        warnings_.operation(site_.source(), place.span,
-                            {untraced(caller), op, left, right, place.chain, place.link, nullptr});
-      Value result = object_binary(caller, op, left, right);
-      if (result.is_nil() && op == BinaryOperator::multiply)
-        warnings_.operation(site_.source(), place.span,
-                            {untraced(caller), op, left, right, place.chain, place.link, nullptr});
-      warnings_.combined(result, left, right);
-      return result;
-    });
+    return explained({op, left, right, written_before(place), written_behind(place)}, place.span,
+                     [&](const ModuleCaller& caller) {
+                       checks_.operation(caller, op, left, right);
+                       if (warnings_.is_notable(op, left, right))
+                         warnings_.operation(site_.source(), place.span,
+                                             {untraced(caller), op, left, right, place.chain, place.link, nullptr});
+                       Value result = object_binary(caller, op, left, right);
+                       if (result.is_nil() && op == BinaryOperator::multiply)
+                         warnings_.operation(site_.source(), place.span,
+                                             {untraced(caller), op, left, right, place.chain, place.link, nullptr});
+                       warnings_.combined(result, left, right);
+                       return result;
+                     });
   });
 }
 
@@ -61,7 +70,7 @@ void Operators::compound(BinaryOperator op, Value& variable, Value& right, Span 
       variable = plain_binary(op, variable, right);
       return;
     }
-    explained(op, variable, right, span, [&](const ModuleCaller& caller) {
+    explained({op, variable, right, form.variable.get(), form.value.get()}, span, [&](const ModuleCaller& caller) {
       checks_.operation(caller, op, variable, right);
       if (warnings_.is_notable(op, variable, right))
         warnings_.operation(site_.source(), span, {untraced(caller), op, variable, right, nullptr, nullptr, &form});
@@ -76,7 +85,8 @@ void Operators::compound(BinaryOperator op, Value& variable, Value& right, Span 
 Value Operators::negated(Value& operand, Span span) const {
   return site_.placed(span, [&] {
     if (!operand.is_object()) return plain_negated(operand);
-    return explained(BinaryOperator::multiply, operand, Value(-1), span, [&](const ModuleCaller& caller) {
+    const Value minus_one(-1);
+    return explained({BinaryOperator::multiply, operand, minus_one}, span, [&](const ModuleCaller& caller) {
       checks_.extents(caller, operand);
       Value result = object_negated(caller, operand);
       warnings_.combined(result, operand, operand);

@@ -36,7 +36,7 @@ class Operators {
  private:
   /// Runs `action`, which applies an operator to an object, and explains its failure.
   template <class Action>
-  auto explained(BinaryOperator op, const Value& left, const Value& right, Span span, Action action) const;
+  auto explained(const FailedOperation& operation, Span span, Action action) const;
 
   Site& site_;
   const ArrayChecks& checks_;

@@ -143,8 +143,9 @@ Value plain_binary(BinaryOperator op, const Value& left, const Value& right) {
     const bool are_equal = left.is_nil() && right.is_nil();
     return Value(are_equal == (op == BinaryOperator::equal) ? 1 : 0);
   }
-  throw Failure(
-      fmt::format("'{}' is not defined for {} and {}", spelling(op), kind_in_words(left), kind_in_words(right)));
+  const bool joins = op == BinaryOperator::add && (left.is_string() || right.is_string());
+  throw Failure(fmt::format("'{}' is not defined for {} and {}{}", spelling(op), kind_in_words(left),
+                            kind_in_words(right), joins ? "; str(x) makes a string of x" : ""));
 }
 
 }  // namespace hvm

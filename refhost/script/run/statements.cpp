@@ -7,6 +7,7 @@
 #include <new>
 
 #include "script/library/range.hpp"
+#include "script/module/array_module.hpp"
 #include "script/module/fault_report.hpp"
 #include "script/run/uses.hpp"
 #include "script/text/value_kinds.hpp"
@@ -111,7 +112,9 @@ Statements::Flow Statements::iterate(const For& form, Range range) {
 
 Statements::Flow Statements::iterate(const For& form, const Value& table) {
   if (!table.is_table())
-    site_.fail(fmt::format("'for' walks a table or a range, not {}", kind_in_words(table)), form.sequence->span);
+    site_.fail(fmt::format("'for' walks a table or a range, not {}{}", kind_in_words(table),
+                           kind_of_array(table) ? "; write for i in range(len(a)), and a[i]" : ""),
+               form.sequence->span);
   // The body sees the entries as they were when the loop began, whatever it does to the table.
   std::vector<std::pair<Value, Value>> entries;
   TableWalk walk(table_of(table.record()));

@@ -59,6 +59,11 @@ const char* spelling(BinaryOperator op) {
   return spellings[static_cast<std::size_t>(op)];
 }
 
+std::string variable_name(const Expression& expression) {
+  const auto* variable = std::get_if<Variable>(&expression.form);
+  return variable ? variable->name : std::string();
+}
+
 const char* page_word(BinaryOperator op) {
   static constexpr const char* words[] = {"add",  "subtract", "multiply", "divide", "remainder", "less",
                                           "less", "equal",    "less",     "less",   "equal"};

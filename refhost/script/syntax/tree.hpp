@@ -171,6 +171,8 @@ inline bool is_literal(const Expression& expression) {
          std::holds_alternative<RealLiteral>(form) || std::holds_alternative<StringLiteral>(form) ||
          std::holds_alternative<WideStringLiteral>(form);
 }
+/// The name of a variable; empty for any other expression.
+std::string variable_name(const Expression& expression);
 /// The variable of a selection `t[...]`; null for everything else.
 const Expression* selected_variable(const Expression& expression);
 

@@ -48,7 +48,8 @@ TEST(CommandLine, ScriptError_GivesStatusOneAndThePlace) {
   const Outcome outcome = run_toy({script});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.out, "1\n");
-  EXPECT_EQ(outcome.err, script + ":3:9: error: '+' is not defined for an int and a string\n" +
+  EXPECT_EQ(outcome.err, script +
+                             ":3:9: error: '+' is not defined for an int and a string; str(x) makes a string of x\n" +
                              "      y = x + \"a\"\n            ^\n");
 }
 

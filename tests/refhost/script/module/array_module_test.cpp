@@ -10,6 +10,11 @@ TEST(ArrayChecks, Indices_MustLieWithinTheAlignedExtents) {
       {{"a = toy_int(2, 3); print(a[2, 0])", "!index 2 is outside of axis 0, which has 2 elements (shape (2, 3))"},
        {"a = toy_int(2, 3); a[0, -1] = 1", "!index -1 is outside of axis 1, which has 3 elements (shape (2, 3))"},
        {"a = toy_int(2, 3); print(a[3])", "!index 3 is outside of axis 1, which has 3 elements (shape (2, 3))"},
+       {"a = toy_int(3); a[toy_bool(3)]",
+        "!an index must be a number, not $xboolarray; mask(a, m) gives the elements where m is true, after use "
+        "\"arrays\""},
+       {"a = toy_int(3); a[toy_int(2)] = 1",
+        "!an index must be a number, not $xintarray; take(a, positions) gives several elements, after use \"arrays\""},
        {"a = toy_int(2, 3); print(a[\"x\"])", "!an index must be a number, not a string"},
        {"a = toy_int(0, 3); print(a[1])", "!the array has no elements (shape (0, 3))"},
        {"a = toy_int(2); print(a[1.9])", "1"}});

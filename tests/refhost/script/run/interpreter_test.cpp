@@ -43,7 +43,7 @@ TEST(Strings, AreJoinedAndCompared) {
                   {"print(len(\"abc\"), len(w\"\\u{e4}\"), type(w\"x\" + \"y\"))", "3 1 string"},
                   {"print(w\"\\u{1F600}\" + \"!\")", "\xF0\x9F\x98\x80!"},
                   {"print(\"a\" == 1, \"a\" != 1)", "0 1"},
-                  {"print(\"a\" + 1)", "!'+' is not defined for a string and an int"},
+                  {"print(\"a\" + 1)", "!'+' is not defined for a string and an int; str(x) makes a string of x"},
                   {"print(\"a\"[0][0])", "a"}});
 }
 
@@ -121,6 +121,11 @@ TEST(Conditions, TakeNumbersAndNilOnly) {
        {"if \"a\" then end", "!a condition must be a number, not a string"},
        {"if [] then end", "!a condition must be a number, not a table"},
        {"if toy_int(2) then end", "!a condition must be a number, and $xintarray is an array or another object"},
+       {"x = not toy_bool(2)",
+        "!a condition must be a number, and $xboolarray is an array or another object; count(m) > 0 asks for any true "
+        "element, count(m) == len(m) for all, after use \"arrays\""},
+       {"for x in toy_int(2) do end",
+        "!'for' walks a table or a range, not $xintarray; write for i in range(len(a)), and a[i]"},
        {"x = not toy_int(2)", "!a condition must be a number, and $xintarray is an array or another object"}});
 }
 
