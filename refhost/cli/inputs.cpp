@@ -38,7 +38,7 @@ Inputs::Inputs(Interpreter& interpreter, Session& session, bool explains,
       style_(Style::of_stream(STDOUT_FILENO)) {}
 
 SourcePtr Inputs::source_of(const std::string& text) const {
-  return std::make_shared<SourceText>(fmt::format("<input {}>", count_), text);
+  return std::make_shared<SourceText>(fmt::format("<input {}>", count_), text, Origin::prompt);
 }
 
 bool Inputs::run(const std::string& text, Timing timing) {

@@ -107,6 +107,14 @@ Found empty_range(const AnsweredCall& call) {
                   short_text(call.text(), call.function), range)};
 }
 
+Found draws_without_elements(const AnsweredCall& call) {
+  const std::string remedy = call.function == "xrand"
+                                 ? "xrand(n) draws n numbers from 0 to 1, and xrand(n) * (high - low) + low from low"
+                                 : "xrandn(n) draws n numbers, and xrandn(n) * s + m those around m";
+  return Finding{
+      fmt::format("{} has no elements: its arguments are extents; {}", short_text(call.text(), call.function), remedy)};
+}
+
 Found fraction_of_an_argument(const AnsweredCall& call) {
   for (const Value& argument : call.arguments)
     if (has_fraction(argument))

@@ -21,6 +21,7 @@ Found integer_spacing(const AnsweredCall& call);
 Found integer_powers(const AnsweredCall& call);
 Found integer_range(const AnsweredCall& call);
 Found empty_range(const AnsweredCall& call);
+Found draws_without_elements(const AnsweredCall& call);
 Found fraction_of_an_argument(const AnsweredCall& call);
 
 }  // namespace hvm

@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "script/explain/condition_words.hpp"
+#include "script/explain/script_words.hpp"
 #include "script/text/value_kinds.hpp"
 
 namespace hvm {
@@ -79,6 +80,14 @@ Found integers_without_result(const AnsweredCall& call) {
 Found no_diagonal(const AnsweredCall&) {
   return Finding{
       "xtrace gives nothing for an array of fewer than two dimensions, which has no diagonal; give a matrix"};
+}
+
+Found unused_order(const AnsweredCall& call) {
+  if (call.caller.source->is_typed() || !call.result.is_object()) return {};
+  const std::string name = argument_name(call, 0, "");
+  if (name.empty()) return {};  // only what has a name can be meant to change
+  return Finding{fmt::format("{0} gives a new array and leaves {1} as it is; write {1} = {2}", call.function, name,
+                             short_text(call.text(), call.function + "(a)"))};
 }
 
 Found value_of_shuffle(const AnsweredCall& call) {

@@ -11,6 +11,7 @@ std::vector<std::string_view> functions_without_result();
 
 Found nothing_computed(const AnsweredCall& call);
 Found values_for_positions(const AnsweredCall& call);
+Found unused_order(const AnsweredCall& call);
 Found value_of_shuffle(const AnsweredCall& call);
 Found bool_array(const AnsweredCall& call);
 Found two_kinds(const AnsweredCall& call);

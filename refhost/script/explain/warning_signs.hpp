@@ -15,6 +15,8 @@ namespace hvm {
 enum class Sign : std::uint8_t {
   call,             // at each call of its functions
   used_value,       // when something takes the value
+  unused_value,     // when nothing takes it
+  zero_extent,      // when the first of several arguments is 0
   real_argument,    // when an argument is a real
   three_arguments,  // when there are three arguments
   cut_integers,     // when integers from the first argument to the second one have no whole spacing
@@ -37,6 +39,10 @@ inline bool bears(Sign sign, const IntegerArrays& integer_arrays, const std::vec
   switch (sign) {
     case Sign::used_value:
       return is_used;
+    case Sign::unused_value:
+      return !is_used;
+    case Sign::zero_extent:
+      return arguments.size() > 1 && arguments[0].tag() == ValueTag::integer && as_int(arguments[0]) == 0;
     case Sign::real_argument:
       for (const Value& argument : arguments)
         if (argument.tag() == ValueTag::real) return true;

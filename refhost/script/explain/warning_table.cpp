@@ -48,6 +48,9 @@ const std::vector<WarningRow>& warning_table() {
        "docs/functions/xarange.md#arguments", CallCondition{Sign::real_argument, {"xarange"}, integer_range}},
       {"empty-range", "xarange(0, 2, 3) has no elements; give a step that is not beyond the range",
        "docs/functions/xarange.md#result", CallCondition{Sign::three_arguments, {"xarange"}, empty_range}},
+      {"draws-without-elements", "xrand(0, 1) has no elements: its arguments are extents; write xrand(n)",
+       "docs/functions/NAME.md#arguments",
+       CallCondition{Sign::zero_extent, {"xrand", "xrandn"}, draws_without_elements}},
       {"fraction-of-an-argument", "xzeros(2.5) reads 2; give an integer", arguments_section,
        CallCondition{Sign::real_argument,
                      {"xzeros", "xones", "xempty", "xrand", "xrandn", "xeye", "xhistogram", "xpartition"},
@@ -100,6 +103,8 @@ const std::vector<WarningRow>& warning_table() {
        CallCondition{Sign::nothing, {"xsign", "xcond"}, integers_without_result}},
       {"no-diagonal", "xtrace(v) of fewer than two dimensions gives nothing; give a matrix",
        "docs/functions/xtrace.md#result", CallCondition{Sign::nothing, {"xtrace"}, no_diagonal}},
+      {"unused-order", "xsort(a) gives a new array and leaves a as it is; write a = xsort(a)", result_section,
+       CallCondition{Sign::unused_value, {"xsort", "xpartition", "xunique"}, unused_order}},
   };
   return rows;
 }

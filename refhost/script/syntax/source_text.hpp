@@ -25,8 +25,9 @@ struct Place {
   std::size_t column = 1;
 };
 
-/// Whose text a script is: its author's, or part of hvm. What fails in a library is an error of the line that calls it.
-enum class Origin { script, library };
+/// Whose text a script is: its author's, in a file or at a prompt, which shows the values of statements; or part of
+/// hvm. What fails in a library is an error of the line that calls it.
+enum class Origin { script, prompt, library };
 
 /// A named text that finds lines and columns of byte offsets.
 class SourceText {
@@ -35,6 +36,7 @@ class SourceText {
 
   const std::string& name() const { return name_; }
   bool is_library() const { return origin_ == Origin::library; }
+  bool is_typed() const { return origin_ == Origin::prompt; }
   const std::string& text() const { return text_; }
   /// The bytes of `span`.
   std::string_view text(Span span) const;

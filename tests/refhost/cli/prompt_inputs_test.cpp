@@ -169,6 +169,14 @@ TEST(Repl, Warnings_AreColoured) {
   EXPECT_THAT(terminal.wait_for("computes"), HasSubstr("\x1b[1;33mwarning:\x1b[0m"));
 }
 
+TEST(Repl, StatementsWhoseValueIsShown_AreNotUnused) {
+  TerminalConditions conditions;
+  conditions.module = module_path("arrayfold");
+  Prompt terminal(conditions);
+  terminal.answer("a = xarange(3)");
+  EXPECT_THAT(terminal.answer("xsort(a)"), Not(HasSubstr("warning")));
+}
+
 TEST(Repl, InputsAreCountedOnce) {
   Prompt terminal;
   EXPECT_THAT(terminal.answer("1 / 0"), HasSubstr("<input 1>"));

@@ -51,6 +51,16 @@ const std::vector<WarnedScript>& creation_rows() {
        "xarange(2, 0, -3) has no elements: with a step beyond the whole range even the start is left out; give a step "
        "of -2",
        {}},
+      {"draws-without-elements",
+       "xrand(0, 1)",
+       "xrand(0, 1) has no elements: its arguments are extents; xrand(n) draws n numbers from 0 to 1, and xrand(n) * "
+       "(high - low) + low from low",
+       {"xrand(0)", "xrand(2, 3)", "xrand(2, 0)", "xzeros(0, 2)"}},
+      {"draws-without-elements",
+       "m = 0; s = 2; xrandn(m, s)",
+       "xrandn(m, s) has no elements: its arguments are extents; xrandn(n) draws n numbers, and xrandn(n) * s + m "
+       "those around m",
+       {}},
       {"fraction-of-an-argument",
        "xzeros(2.5, 2)",
        "xzeros reads 2.5 as 2: it takes an integer here; give one",

@@ -51,7 +51,7 @@ const std::vector<WarnedScript>& reduction_rows() {
        "n = 1; c = xarray(@double(5, n)); xsort(-c)",
        "xsort of a column (5, 1) sorts nothing, since each row has one element; give it one dimension first: "
        "a.reshape(5)",
-       {"n = 5; c = xarray(@double(5, n)); xsort(c)"}},
+       {"n = 5; c = xarray(@double(5, n)); x = xsort(c)"}},
       {"column",
        "c = xones(5, 1); xhistogram(c, 2)",
        "xhistogram of a column (5, 1) counts the first element alone, 5 times; give it one dimension first: "

@@ -6,6 +6,15 @@ namespace hvm::testing {
 
 const std::vector<WarnedScript>& result_rows() {
   static const std::vector<WarnedScript> rows = {
+      {"unused-order",
+       "a = xones(3)\nxsort(a)",
+       "xsort gives a new array and leaves a as it is; write a = xsort(a)",
+       {"a = xones(3); b = xsort(a); print(xunique(a))", "fn f(a)\n return xsort(a)\nend\nf(xones(2))",
+        "a = xones(3); xshuffle(a); xabs(a)", "xsort(xones(3)); t = [xones(2)]; xsort(t[0])"}},
+      {"unused-order",
+       "a = xones(3)\nfn f(a)\n xpartition(a, 1)\nend\nf(a)",
+       "xpartition gives a new array and leaves a as it is; write a = xpartition(a, 1)",
+       {}},
       {"value-of-shuffle",
        "a = xones(4); b = xshuffle(a)",
        "xshuffle changes a itself and gives 0; write xshuffle(a) on a line of its own and then use a",
