@@ -194,6 +194,8 @@ std::string shown_while_reading(const std::string& last_line, bool at_terminal) 
   const std::string module = module_path("toy_module");
   const pid_t child = fork();
   if (child == 0) {
+    unsetenv("NO_COLOR");
+    setenv("TERM", "xterm", 1);
     dup2(input[0], STDIN_FILENO);
     dup2(shown[1], STDERR_FILENO);
     for (const int descriptor : {input[0], input[1], shown[0], shown[1]}) close(descriptor);
@@ -229,7 +231,7 @@ TEST(Progress, IsShownAtATerminalAndCleared) {
 TEST(Progress, IsClearedBeforeAnError) {
   EXPECT_THAT(shown_while_reading("3,4,5\n", true),
               HasSubstr("14 bytes\r                                    \r<command "
-                        "line>:1:5: error: read_csv: the standard input: row 2"));
+                        "line>:1:5: \x1b[1;31merror:\x1b[0m read_csv: the standard input: row 2"));
 }
 
 TEST(Progress, IsNotShownElsewhere) { EXPECT_EQ(shown_while_reading("3,4\n", false), ""); }

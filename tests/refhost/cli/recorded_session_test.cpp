@@ -72,7 +72,7 @@ TEST(RecordedSession, IsTheOneOnThePage) {
       {":save air.hvm"},
   };
   for (const Typed& line : typed) shown += terminal.answer(line.keys, line.next);
-  terminal.type("while air[0] > 0 do i += 1 end\n");
+  terminal.type("while air[0] > 0 do end\n");
   terminal.wait_until_it_runs();
   terminal.press("\x03");
   shown += terminal.wait_for("\n> ");
