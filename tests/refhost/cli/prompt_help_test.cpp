@@ -138,9 +138,7 @@ TEST(Repl, Tab_InQuotesCompletesFiles) {
   const Workplace place;
   place.write("data/measurements.csv", "a\n1\n");
   place.write("odd\x01name.csv", "");
-  TerminalConditions conditions;
-  conditions.folder = place.path();
-  Prompt terminal(conditions);
+  Prompt terminal(in_folder(place));
   EXPECT_THAT(terminal.answer("read_csv(\"da\tmea\t)"), HasSubstr("[\"a\": [1]]"));
   EXPECT_THAT(terminal.answer("len(\"odd\t\")"), HasSubstr("\r\n3\r\n"));
   EXPECT_THAT(terminal.answer("use \"arr\t"), Not(HasSubstr("error")));

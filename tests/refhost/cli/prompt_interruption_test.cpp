@@ -100,12 +100,17 @@ TEST(Repl, CtrlC_AgainInACallOfTheModuleEndsHvm) {
   EXPECT_EQ(terminal.ending_signal(), SIGINT);
 }
 
+/// Makes a pipe in the folder of a test, and gives its path.
+std::string make_pipe(const Workplace& place, const std::string& name) {
+  const std::string path = place.path() + "/" + name;
+  EXPECT_EQ(mkfifo(path.c_str(), 0600), 0);
+  return path;
+}
+
 TEST(Repl, CtrlC_EndsTheWaitingForTheOtherEndOfAPipe) {
   const Workplace place;
-  ASSERT_EQ(mkfifo((place.path() + "/pipe.hvm").c_str(), 0600), 0);
-  TerminalConditions conditions;
-  conditions.folder = place.path();
-  Prompt terminal(conditions);
+  make_pipe(place, "pipe.hvm");
+  Prompt terminal(in_folder(place));
   terminal.answer("kept = 7");
   for (const std::string input : {":load pipe.hvm", ":save pipe.hvm", "read_text(\"pipe.hvm\")", "use \"pipe.hvm\"",
                                   "write_text(\"pipe.hvm\", \"text\")", "read_csv(\"pipe.hvm\")"}) {
@@ -119,11 +124,9 @@ TEST(Repl, CtrlC_EndsTheWaitingForTheOtherEndOfAPipe) {
 
 TEST(Repl, CtrlC_EndsTheWritingToAPipeThatIsFull) {
   const Workplace place;
-  ASSERT_EQ(mkfifo((place.path() + "/pipe").c_str(), 0600), 0);
-  const int reader = open((place.path() + "/pipe").c_str(), O_RDWR | O_CLOEXEC);
-  TerminalConditions conditions;
-  conditions.folder = place.path();
-  Prompt terminal(conditions);
+  const std::string pipe = make_pipe(place, "pipe");
+  const int reader = open(pipe.c_str(), O_RDWR | O_CLOEXEC);
+  Prompt terminal(in_folder(place));
   terminal.type("write_text(\"pipe\", \"a\" * 10000000)\n");
   terminal.wait_until_it_runs();
   terminal.press("\x03");
@@ -133,17 +136,15 @@ TEST(Repl, CtrlC_EndsTheWritingToAPipeThatIsFull) {
 
 TEST(Repl, Pipes_AreReadAndWrittenWhenTheOtherEndComes) {
   const Workplace place;
-  ASSERT_EQ(mkfifo((place.path() + "/pipe").c_str(), 0600), 0);
-  TerminalConditions conditions;
-  conditions.folder = place.path();
-  Prompt terminal(conditions);
+  const std::string pipe = make_pipe(place, "pipe");
+  Prompt terminal(in_folder(place));
   terminal.type(":load pipe\n");
   terminal.wait_until_it_runs();
-  std::ofstream(place.path() + "/pipe") << "x = 41\n";
+  std::ofstream(pipe) << "x = 41\n";
   terminal.wait_for("\n> ");
   terminal.type("write_text(\"pipe\", str(x + 1) + \"a\" * 1000000)\n");
   terminal.wait_until_it_runs();
-  const std::string written = contents(place.path() + "/pipe");
+  const std::string written = contents(pipe);
   EXPECT_EQ(written.substr(0, 3), "42a");
   EXPECT_EQ(written.size(), 1000002u);
   terminal.wait_for("\n> ");
@@ -166,11 +167,9 @@ TEST(Repl, CtrlC_EndsADrawingWithoutHarm) {
 
 TEST(Repl, CtrlC_EndsTheReadingOfAPipe) {
   const Workplace place;
-  ASSERT_EQ(mkfifo((place.path() + "/pipe").c_str(), 0600), 0);
-  const int writer = open((place.path() + "/pipe").c_str(), O_RDWR | O_CLOEXEC);
-  TerminalConditions conditions;
-  conditions.folder = place.path();
-  Prompt terminal(conditions);
+  const std::string pipe = make_pipe(place, "pipe");
+  const int writer = open(pipe.c_str(), O_RDWR | O_CLOEXEC);
+  Prompt terminal(in_folder(place));
   terminal.type("read_text(\"pipe\")\n");
   terminal.wait_until_it_runs();
   terminal.press("\x03");
@@ -193,9 +192,7 @@ TEST(Repl, CtrlC_EndsTheReadingOfALargeFile) {
   std::string rows = "a,b\n";
   while (rows.size() < (std::size_t{64} << 20)) rows += "1.5,\"text\"\n2.5,3\n";
   place.write("large.csv", rows);
-  TerminalConditions conditions;
-  conditions.folder = place.path();
-  Prompt terminal(conditions);
+  Prompt terminal(in_folder(place));
   terminal.type("while 1 do read_csv(\"large.csv\") end\n");
   terminal.wait_until_it_runs();
   terminal.press("\x03");

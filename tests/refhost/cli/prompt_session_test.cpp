@@ -22,10 +22,8 @@ using ::testing::Not;
 TEST(Repl, LoadAndSave_TakeScripts) {
   const Workplace place;
   const std::string script = place.write("area.hvm", "fn area(w, h) return w * h end\nscale = 2\n");
-  TerminalConditions conditions;
-  conditions.folder = place.path();
   {
-    Prompt terminal(conditions);
+    Prompt terminal(in_folder(place));
     terminal.expect_answers({{":load area.hvm"},
                              {"area(2, 3) * scale", "\r\n12\r\n"},
                              {"half = _ / 2"},
@@ -98,9 +96,7 @@ TEST(Repl, SavedScripts_HoldWhatRanOfInputsThatFailed) {
 
 TEST(Repl, SavedScripts_HoldInterruptedStatementsAsComments) {
   const Workplace place;
-  TerminalConditions conditions;
-  conditions.folder = place.path();
-  Prompt terminal(conditions);
+  Prompt terminal(in_folder(place));
   terminal.answer("x = 3; while 1", "\n... ");
   terminal.answer("x += 1", "\n... ");
   terminal.type("end; x = 4\n");
@@ -117,9 +113,7 @@ TEST(Repl, SavedScripts_FindTheScriptsThatTheyUse) {
   place.write("inner/eight.hvm", "fn eight() return 8 end\n");
   place.write("inner/main.hvm", "use \"eight.hvm\"\nuse \"arrays\"\n");
   place.write("away/other.hvm", "");
-  TerminalConditions conditions;
-  conditions.folder = place.path();
-  Prompt terminal(conditions);
+  Prompt terminal(in_folder(place));
   for (const char* input : {"use \"seven.hvm\"", ":load inner/main.hvm", "print(seven(), eight())"})
     terminal.answer(input);
   terminal.answer(":save away/all.hvm");
@@ -130,8 +124,7 @@ TEST(Repl, SavedScripts_FindTheScriptsThatTheyUse) {
 
 TEST(Repl, SavedScripts_HoldTheArgumentsOfTheFirstScript) {
   const Workplace place;
-  TerminalConditions conditions;
-  conditions.folder = place.path();
+  TerminalConditions conditions = in_folder(place);
   conditions.arguments = {"-i", place.write("script.hvm", "x = args[1]\n"), "one", "two \"\\"};
   Prompt terminal(conditions);
   terminal.answer(":save all.hvm");
@@ -150,8 +143,7 @@ TEST(Repl, TheOptionI_StaysAfterAScript) {
 
 TEST(Repl, History_OutlivesTheSession) {
   const Workplace place;
-  TerminalConditions conditions;
-  conditions.state = place.path();
+  TerminalConditions conditions = with_history_in(place);
   {
     Prompt terminal(conditions);
     terminal.answer("fn twice(n)", "\n... ");
@@ -175,8 +167,7 @@ TEST(Repl, History_OutlivesTheSession) {
 
 TEST(Repl, History_HoldsControlCharactersEscaped) {
   const Workplace place;
-  TerminalConditions conditions;
-  conditions.state = place.path();
+  TerminalConditions conditions = with_history_in(place);
   {
     Prompt terminal(conditions);
     terminal.answer("len(\"\x16\x1b[31m\x16\x07\x16\t\x16\x7F\\x07\")");
@@ -194,9 +185,7 @@ TEST(Repl, History_HoldsControlCharactersEscaped) {
 TEST(Repl, History_OfEarlierVersions_IsShownSafely) {
   const Workplace place;
   place.write("hvm/history", "len(\"\x1b[31m<\xFF>\\y\\x4\")\n");
-  TerminalConditions conditions;
-  conditions.state = place.path();
-  Prompt terminal(conditions);
+  Prompt terminal(with_history_in(place));
   terminal.type("\x10\n");
   const std::string shown = terminal.wait_for("\n> ");
   EXPECT_THAT(shown, HasSubstr("^[[31m<\uFFFD>yx4"));
@@ -205,8 +194,7 @@ TEST(Repl, History_OfEarlierVersions_IsShownSafely) {
 
 TEST(Repl, History_TakesTheInputsOfTwoSessions) {
   const Workplace place;
-  TerminalConditions conditions;
-  conditions.state = place.path();
+  TerminalConditions conditions = with_history_in(place);
   Prompt first(conditions);
   Prompt second(conditions);
   first.answer("1");
@@ -220,9 +208,7 @@ TEST(Repl, History_KeepsTheLatestInputs) {
   std::string inputs;
   for (int i = 0; i < 5000; ++i) inputs += std::to_string(i) + "\n";
   place.write("hvm/history", inputs);
-  TerminalConditions conditions;
-  conditions.state = place.path();
-  Prompt terminal(conditions);
+  Prompt terminal(with_history_in(place));
   terminal.answer("7");
   const std::string kept = contents(place.path() + "/hvm/history");
   EXPECT_EQ(kept.substr(0, 5), "4000\n");
@@ -278,9 +264,7 @@ TEST(Repl, AHistoryOfAnyBytes_DoesNoHarm) {
   for (int i = 0; i < 256; ++i) bytes += static_cast<char>(i);
   bytes += "\n" + std::string(3 << 20, 'x');
   place.write("hvm/history", bytes);
-  TerminalConditions conditions;
-  conditions.state = place.path();
-  Prompt terminal(conditions);
+  Prompt terminal(with_history_in(place));
   EXPECT_THAT(terminal.answer("40 + 2"), HasSubstr("\r\n42\r\n"));
 }
 
@@ -295,8 +279,7 @@ std::string offered_script(Terminal& terminal) {
 
 TEST(Repl, InputsOfASessionThatEndsInAFault_AreOffered) {
   const Workplace place;
-  TerminalConditions conditions;
-  conditions.state = place.path();
+  TerminalConditions conditions = with_history_in(place);
   {
     Prompt terminal(conditions);
     terminal.answer("x = 41");
@@ -321,8 +304,7 @@ TEST(Repl, InputsOfASessionThatEndsInAFault_AreOffered) {
 
 TEST(Repl, AnInputWithAFault_IsOfferedUpToTheStatementOfTheFault) {
   const Workplace place;
-  TerminalConditions conditions;
-  conditions.state = place.path();
+  TerminalConditions conditions = with_history_in(place);
   {
     Prompt terminal(conditions);
     terminal.type("for i in range(2000000000) do y = i end\n");
@@ -371,12 +353,10 @@ TEST(Repl, ALostSession_IsNamedAsItIsTyped) {
 TEST(Repl, LostSessions_AreNotWrittenOver) {
   const Workplace place;
   const std::string folder = place.path() + "/hvm";
-  TerminalConditions conditions;
-  conditions.state = place.path();
   leave_session(folder, "session-1.hvm", "x = 1\n");
   leave_session(folder, "session-2.hvm", "x = 2\n");
   leave_session(folder, "session-3.hvm", "");
-  Prompt terminal(conditions);
+  Prompt terminal(with_history_in(place));
   leave_session(folder, "session-" + std::to_string(terminal.id()) + ".hvm", "x = 3\n");
   terminal.answer("x = 4");
   std::vector<std::string> kept;
@@ -389,12 +369,10 @@ TEST(Repl, SessionsOfOtherUsers_AreNotOffered) {
   if (geteuid() != 0) GTEST_SKIP() << "only root gives files to others";
   const Workplace place;
   const std::string folder = place.path() + "/hvm";
-  TerminalConditions conditions;
-  conditions.state = place.path();
   leave_session(folder, "session-1.hvm", "x = 1\n");
   leave_session(folder, "session-2.hvm", "x = 2\n");
   ASSERT_EQ(chown((folder + "/session-1.hvm").c_str(), 65534, 65534), 0);
-  Terminal terminal(conditions);
+  Terminal terminal(with_history_in(place));
   EXPECT_EQ(contents(offered_script(terminal)), "x = 2\n");
   EXPECT_TRUE(std::filesystem::exists(folder + "/session-1.hvm"));
 }
@@ -402,8 +380,6 @@ TEST(Repl, SessionsOfOtherUsers_AreNotOffered) {
 TEST(Repl, LostSessionsThatAreOld_AreRemoved) {
   const Workplace place;
   const std::string folder = place.path() + "/hvm";
-  TerminalConditions conditions;
-  conditions.state = place.path();
   const std::pair<const char*, int> ages[] = {{"lost-session-1.hvm", 31}, {"lost-session-2.hvm", 29}, {"mine.hvm", 99}};
   for (const auto& [name, days] : ages) {
     leave_session(folder, name, "x = 1\n");
@@ -415,7 +391,7 @@ TEST(Repl, LostSessionsThatAreOld_AreRemoved) {
                                    std::filesystem::file_time_type::clock::now() - std::chrono::hours(24 * 40));
   std::string offered;
   for (int i = 0; i < 2; ++i) {
-    Terminal terminal(conditions);
+    Terminal terminal(with_history_in(place));
     if (i == 0)
       offered = offered_script(terminal);
     else
@@ -430,17 +406,14 @@ TEST(Repl, LostSessionsThatAreOld_AreRemoved) {
 TEST(Repl, AScriptOfALostSessionThatCannotBeRead_Stays) {
   const Workplace place;
   const std::string path = place.write("hvm/lost-session-1.hvm", "x = 1\ny = (\n");
-  TerminalConditions conditions;
-  conditions.state = place.path();
-  Prompt terminal(conditions);
+  Prompt terminal(with_history_in(place));
   EXPECT_THAT(terminal.answer(":load " + path), HasSubstr("error: "));
   EXPECT_TRUE(std::filesystem::exists(path));
 }
 
 TEST(Repl, ASessionThatRuns_IsNotOfferedToAnother) {
   const Workplace place;
-  TerminalConditions conditions;
-  conditions.state = place.path();
+  TerminalConditions conditions = with_history_in(place);
   Prompt first(conditions);
   first.answer("x = 1");
   Terminal second(conditions);

@@ -42,8 +42,7 @@ constexpr const char* tab = "\t";
 TEST(RecordedSession, IsTheOneOnThePage) {
   const Workplace place;
   std::filesystem::copy(std::string(SOURCE_DIRECTORY) + "/examples/data/co2-concentration.csv", place.path());
-  TerminalConditions conditions;
-  conditions.folder = place.path();
+  TerminalConditions conditions = in_folder(place);
   conditions.module = module_path("arrayfold");
   Terminal terminal(conditions);
   std::string shown = terminal.wait_for("> ");

@@ -59,6 +59,18 @@ bool comes_true(Condition condition) {
 
 }  // namespace
 
+TerminalConditions in_folder(const Workplace& place) {
+  TerminalConditions conditions;
+  conditions.folder = place.path();
+  return conditions;
+}
+
+TerminalConditions with_history_in(const Workplace& place) {
+  TerminalConditions conditions;
+  conditions.state = place.path();
+  return conditions;
+}
+
 Terminal::Terminal(const TerminalConditions& conditions) {
   const std::string state = conditions.state.empty() ? place_.path() : conditions.state;
   const winsize size{conditions.lines, conditions.columns, 0, 0};

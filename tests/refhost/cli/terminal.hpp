@@ -27,6 +27,11 @@ struct TerminalConditions {
   bool ignores_hangup = false;
 };
 
+/// A run in the folder of a test.
+TerminalConditions in_folder(const Workplace& place);
+/// A run whose history lies in the folder of a test, with those of its other runs.
+TerminalConditions with_history_in(const Workplace& place);
+
 /// hvm at a pseudo-terminal.
 class Terminal {
  public:
