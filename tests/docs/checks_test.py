@@ -8,6 +8,7 @@ import unittest
 
 import extract_blocks
 import function_pages
+import printed
 
 PROJECT = pathlib.Path(sys.argv.pop(1))
 USED = ["plugin/host/functions.def", "refhost/script/library/arrays.hvm", "docs", "tests/scripts"]
@@ -16,7 +17,17 @@ USED = ["plugin/host/functions.def", "refhost/script/library/arrays.hvm", "docs"
 class ExtractBlocks(unittest.TestCase):
     def test_a_block_keeps_its_lines(self):
         (block,) = extract_blocks.blocks_of("one\n\n```hvm\nprint(1)\n```\n")
-        self.assertEqual(extract_blocks.script_of(block).splitlines()[3], "print(1)")
+        self.assertEqual(extract_blocks.script_of([block]).splitlines()[3], "print(1)")
+
+    def test_blocks_of_one_script_stay_together_on_their_lines(self):
+        own, shared = "```hvm\nprint(0)\n```\n", "```hvm\nx = 1\n```\ntext\n```sh\nls\n```\n```hvm\nprint(x)\n```\n"
+        page = f"{own}<!-- one script -->\n{shared}<!-- end of the script -->\n{own}<!-- one script -->\n{shared}"
+        scripts = [extract_blocks.script_of(blocks).splitlines() for blocks in extract_blocks.scripts_of(page)]
+        self.assertEqual([[line for line in script if line] for script in scripts],
+                         [["print(0)"], ["x = 1", "print(x)"], ["print(0)"], ["x = 1", "print(x)"]])
+        for script in scripts:
+            for number, line in enumerate(script):
+                self.assertIn(line, ("", page.splitlines()[number]))
 
     def test_the_indent_of_a_block_goes(self):
         (block,) = extract_blocks.blocks_of("1. first\n\n   ```hvm\n   if 1\n     print(1)\n   end\n   ```\n")
@@ -45,6 +56,28 @@ class ExtractBlocks(unittest.TestCase):
             names = sorted(str(path.relative_to(output)) for path in output.rglob("*.hvm"))
             self.assertEqual(names, ["README-line-2.hvm", "docs/functions/xone-line-2.hvm", "docs/guide-line-2.hvm",
                                      "docs/library/one-line-2.hvm"])
+
+
+class Printed(unittest.TestCase):
+    PAGE = "```hvm\nprint(1)\n```\n\n<!-- printed -->\n\n```text\n1\n```\n"
+
+    def test_a_text_belongs_to_the_script_above(self):
+        ((block, script),) = printed.shown_by(self.PAGE + "```hvm\nprint(2)\n```\n")
+        self.assertEqual((block.lines, script[0].lines), (["1"], ["print(1)"]))
+
+    def test_a_mark_without_a_text_or_a_script_is_a_fault(self):
+        for page in (self.PAGE.replace("```text", "```hvm"), self.PAGE.replace("```hvm", "```sh"),
+                     "```hvm\n1\n```\n<!-- printed -->\n"):
+            with self.assertRaises(ValueError):
+                list(printed.shown_by(page))
+
+    def test_another_output_and_a_failing_script_are_noticed(self):
+        with tempfile.TemporaryDirectory() as folder:
+            hvm = pathlib.Path(folder) / "hvm"
+            for status, output, faults in ((0, "0\n1  \n2", 0), (0, "0", 1), (1, "1", 1)):
+                hvm.write_text(f"#!/bin/sh\nprintf '{output}'\nexit {status}\n")
+                hvm.chmod(0o755)
+                self.assertEqual(len(list(printed.faults_of_page(self.PAGE, hvm))), faults)
 
 
 class FunctionPages(unittest.TestCase):

@@ -5,6 +5,9 @@
 # A block is named after its page and the line on which it begins, and stands in its file on the same lines as in the
 # page, so that a failure is reported with the page's line. What was there from an earlier run goes away first. Fails on
 # a fence that does not close or does not say what it holds.
+#
+# The hvm blocks between the lines `<!-- one script -->` and `<!-- end of the script -->`, or the end of the page, are
+# one script. It is named after the first of them.
 
 import pathlib
 import re
@@ -13,6 +16,8 @@ import sys
 from typing import NamedTuple
 
 FENCE = re.compile(r"^( *)```+(.*)$")
+ONE_SCRIPT = "<!-- one script -->"
+END_OF_SCRIPT = "<!-- end of the script -->"
 KNOWN_LANGUAGES = {"hvm", "text", "sh", "c", "cpp", "cmake", "json"}
 
 
@@ -52,9 +57,26 @@ def blocks_of(text):
     return blocks
 
 
-def script_of(block):
-    """The text of a block on the lines that it has in its page."""
-    return "\n" * (block.line - 1) + "\n".join(block.lines) + "\n"
+def scripts_of(text):
+    """The hvm blocks of a page, as lists of those that are one script."""
+    begun = []  # for each line, the line on which its script begins, or None where each block is a script of its own
+    for number, line in enumerate(text.splitlines()):
+        before = begun[-1] if begun else None
+        begun.append({ONE_SCRIPT: number, END_OF_SCRIPT: None}.get(line, before))
+    scripts = {}
+    for block in blocks_of(text):
+        if block.language == "hvm":
+            start = begun[block.line - 2]
+            scripts.setdefault(block.line if start is None else -start, []).append(block)
+    return list(scripts.values())
+
+
+def script_of(blocks):
+    """The text of blocks on the lines that they have in their page."""
+    lines = []
+    for block in blocks:
+        lines += [""] * (block.line - 1 - len(lines)) + block.lines
+    return "\n".join(lines) + "\n"
 
 
 def extract(project, output):
@@ -66,23 +88,21 @@ def extract(project, output):
     for page in pages_of(project):
         name = page.relative_to(project).with_suffix("")
         try:
-            blocks = blocks_of(page.read_text())
+            scripts = scripts_of(page.read_text())
         except ValueError as fault:
             faults.append(f"{page}: {fault}")
             continue
-        for block in blocks:
-            if block.language != "hvm":
-                continue
-            path = output / name.parent / f"{name.name}-line-{block.line}.hvm"
+        for blocks in scripts:
+            path = output / name.parent / f"{name.name}-line-{blocks[0].line}.hvm"
             path.parent.mkdir(parents=True, exist_ok=True)
-            path.write_text(script_of(block))
+            path.write_text(script_of(blocks))
             count += 1
     return count, faults
 
 
 def main(project, output):
     count, faults = extract(pathlib.Path(project), pathlib.Path(output))
-    print("\n".join(faults) or f"{count} blocks")
+    print("\n".join(faults) or f"{count} scripts")
     return 1 if faults or count == 0 else 0
 
 
