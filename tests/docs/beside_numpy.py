@@ -124,7 +124,8 @@ def script_of(operands, rows):
         *before, last = statements_of(row.ours)
         lines = [f"{name} = {ours}" for name, (_, ours) in operands.items()] + before + [f"return {last}"]
         text += f"fn row_{row.line}()\n" + "".join(f"  {line}\n" for line in lines) + "end\n"
-        text += f"try\n  show({row.line}, row_{row.line}())\ncatch e\n  print(to_json([{row.line}, \"error\", [], e]))\nend\n"
+        text += f"try\n  show({row.line}, row_{row.line}())\n"
+        text += f"catch e\n  print(to_json([{row.line}, \"error\", [], e]))\nend\n"
     return text
 
 

@@ -24,8 +24,8 @@ def faults(*rows):
 
 class Rows(unittest.TestCase):
     def test_the_same_results_are_in_order(self):
-        self.assertEqual(faults("`a + 1` | `a + 1` | ", "`a.shape` | `a.shape()` | ", "`a.sum() > 2` | `xsum(a) > 2` | ",
-                                "`'x\\|' * 2` | `\"x\\|\" * 2` | ", "`a * np.nan` | `a * (0.0 / 0)` | ",
+        self.assertEqual(faults("`a + 1` | `a + 1` | ", "`a.shape` | `a.shape()` | ",
+                                "`a.sum() > 2` | `xsum(a) > 2` | ", "`'x\\|' * 2` | `\"x\\|\" * 2` | ", "`a * np.nan` | `a * (0.0 / 0)` | ",
                                 "`b = a; b[0] = 5; a` | `b = a; b[0] = 5; a` | "), [])
 
     def test_every_wrong_row_is_noticed_with_its_line(self):
@@ -69,13 +69,13 @@ class Reading(unittest.TestCase):
             beside_numpy.read(PAGE + "| `a.T` | there is none | |\n")
 
     def test_other_columns_and_cells_are_faults(self):
-        for text in ("| NumPy | There |\n", PAGE + "| `a` | `a` |\n", PAGE + "| `a` | a | |\n", PAGE + "| `a` `b` | `a` | |\n"):
+        for row in ("| `a` | `a` |", "| `a` | a | |", "| `a` `b` | `a` | |", "\n| NumPy | There |"):
             with self.assertRaises(ValueError):
-                beside_numpy.read(text)
+                beside_numpy.read(f"{PAGE}{row}\n")
 
     def test_statements_are_split_at_the_outermost_level(self):
-        self.assertEqual(beside_numpy.statements_of('x = "a; \\"end"; for i in r do x; y end; if x then y; z end; range(2)'),
-                         ['x = "a; \\"end"', "for i in r do x; y end", "if x then y; z end", "range(2)"])
+        parts = ['x = "a; \\"end"', "for i in r do x; y end", "if x then y; z end", "range(2)"]
+        self.assertEqual(beside_numpy.statements_of("; ".join(parts)), parts)
 
 
 if __name__ == "__main__":
