@@ -25,7 +25,8 @@ def faults(*rows):
 class Rows(unittest.TestCase):
     def test_the_same_results_are_in_order(self):
         self.assertEqual(faults("`a + 1` | `a + 1` | ", "`a.shape` | `a.shape()` | ",
-                                "`a.sum() > 2` | `xsum(a) > 2` | ", "`'x\\|' * 2` | `\"x\\|\" * 2` | ", "`a * np.nan` | `a * (0.0 / 0)` | ",
+                                "`a.sum() > 2` | `xsum(a) > 2` | ", "`'x\\|' * 2` | `\"x\\|\" * 2` | ",
+                                "`a * np.nan` | `a * (0.0 / 0)` | ",
                                 "`b = a; b[0] = 5; a` | `b = a; b[0] = 5; a` | "), [])
 
     def test_every_wrong_row_is_noticed_with_its_line(self):
