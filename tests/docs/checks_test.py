@@ -8,6 +8,7 @@ import unittest
 
 import extract_blocks
 import function_pages
+import pages
 import printed
 
 PROJECT = pathlib.Path(sys.argv.pop(1))
@@ -78,6 +79,37 @@ class Printed(unittest.TestCase):
                 hvm.write_text(f"#!/bin/sh\nprintf '{output}'\nexit {status}\n")
                 hvm.chmod(0o755)
                 self.assertEqual(len(list(printed.faults_of_page(self.PAGE, hvm))), faults)
+
+
+class Pages(unittest.TestCase):
+    def faults_of_links(self, text):
+        with tempfile.TemporaryDirectory() as folder:
+            page = pathlib.Path(folder) / "page.md"
+            page.write_text(text)
+            other = page.with_name("other.md")
+            other.write_text("# Other\n\n## `a + b`, and *more*\n\n## Twice\n\n## Twice\n")
+            return list(pages.faults_of_links(page))
+
+    def test_links_to_files_and_titles_are_in_order(self):
+        self.assertEqual(self.faults_of_links("# Page\n[a](other.md) [b](other.md#a--b-and-more) [c](#page) [d](.)\n"
+                                              "[e](https://example.org/x.md#y) [f](other.md#twice-1) `[g](none.md)`\n"
+                                              "```text\n[h](none.md)\n```\n"), [])
+
+    def test_a_link_to_nothing_is_noticed_with_its_line(self):
+        for link in ("none.md", "other.md#none", "#none", "other.md#twice-2"):
+            with self.subTest(link):
+                (fault,) = self.faults_of_links(f"# Page\n```text\nx\n```\nSee [this]({link}).\n")
+                self.assertTrue(fault.startswith("5: links to "), fault)
+
+    def test_a_recipe_without_one_block_that_expects_is_noticed(self):
+        recipe = "### Recipe\n\n```hvm\nprint(1)  # expect: 1\n```\n\n"
+        enough = recipe * pages.FEWEST_RECIPES
+        self.assertEqual(list(pages.faults_of_cookbook(enough)), [])
+        self.assertEqual(list(pages.faults_of_cookbook(enough[len(recipe):])), ["1: 39 recipes, fewer than 40"])
+        for other in (recipe.replace("# expect", "# gives"), recipe.replace("```hvm", "```text"), "### Recipe\n",
+                      recipe.replace("print(1)", "print(0)\n```\n```hvm\nprint(1)")):
+            (fault,) = pages.faults_of_cookbook(enough + other)
+            self.assertIn("the recipe is not one hvm block", fault)
 
 
 class FunctionPages(unittest.TestCase):
