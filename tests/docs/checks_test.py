@@ -101,6 +101,28 @@ class Pages(unittest.TestCase):
                 (fault,) = self.faults_of_links(f"# Page\n```text\nx\n```\nSee [this]({link}).\n")
                 self.assertTrue(fault.startswith("5: links to "), fault)
 
+    def test_a_name_of_no_test_is_noticed_with_its_line(self):
+        with tempfile.TemporaryDirectory() as folder:
+            source = pathlib.Path(folder) / "tests/plugin/one_test.cpp"
+            source.parent.mkdir(parents=True)
+            source.write_text("TEST(One, IsOne) {}\nTEST_P(Two,\n       AreTwo) {}\n")
+            tests = pages.tests_of(pathlib.Path(folder))
+        self.assertEqual(list(pages.faults_of_test_names("`One.IsOne`, `Two.AreTwo`, `One.*`, `one.is`\n", tests)), [])
+        for name in ("One.IsTwo", "Two.IsOne", "Three.*"):
+            (fault,) = pages.faults_of_test_names(f"# Page\n\nSee `One.IsOne` and `{name}`.\n", tests)
+            self.assertEqual(fault, f"3: names the test {name}, which there is not")
+
+    def test_a_path_to_nothing_is_noticed_with_its_line(self):
+        with tempfile.TemporaryDirectory() as folder:
+            project = pathlib.Path(folder)
+            (project / "plugin/array").mkdir(parents=True)
+            (project / "plugin/array/one.hpp").touch()
+            text = "`array/one.hpp`, `array/one`, `plugin/array`, `x / x`, `one.hpp`\n"
+            self.assertEqual(list(pages.faults_of_paths(text, project)), [])
+            for path in ("array/two.hpp", "array/on", "array/one.cpp", "reader/one.hpp"):
+                (fault,) = pages.faults_of_paths(f"# Page\nSee `array/one` and `{path}`.\n", project)
+                self.assertEqual(fault, f"2: names {path}, which there is not")
+
     def test_a_recipe_without_one_block_that_expects_is_noticed(self):
         recipe = "### Recipe\n\n```hvm\nprint(1)  # expect: 1\n```\n\n"
         enough = recipe * pages.FEWEST_RECIPES

@@ -1,9 +1,11 @@
-# tests/docs/pages.py: no link of the pages is broken, and every recipe of the cookbook is a block that expects something
+# tests/docs/pages.py: what the pages name is there, and every recipe of the cookbook is a block that expects something
 #
 # Usage: pages.py PROJECT_DIRECTORY
 #
 # Links to files and folders of the project must lead to one, and those with `#` to a title there. Links to the web are
-# not followed.
+# not followed. Tests that a page names, such as `Suite.Name` or `Suite.*`, must be among the sources of the tests. Files
+# and folders that the page on the design names in backticks must be in the project, or in the folder of the module;
+# a file may stand without its ending.
 
 import pathlib
 import re
@@ -15,6 +17,9 @@ FEWEST_RECIPES = 40
 FENCE = re.compile(r"^ *```.*?^ *```+$", re.MULTILINE | re.DOTALL)
 CODE = re.compile(r"`[^`\n]+`")
 LINK = re.compile(r"\]\(([^)\s]+)\)")
+NAMED_TEST = re.compile(r"`([A-Z]\w+\.(?:[A-Z]\w+|\*))`")
+TEST = re.compile(r"\bTEST(?:_F|_P)?\((\w+),\s*(\w+)\)")
+NAMED_PATH = re.compile(r"`([\w.-]+/[\w./-]+)`")
 TITLE = re.compile(r"^#+ (.+)$", re.MULTILINE)
 EXPECTATION = re.compile(r"# expect( ~\S+)?: ")
 
@@ -55,6 +60,31 @@ def faults_of_links(page):
                 yield f"{number}: links to {link}, and there is no such title"
 
 
+def tests_of(project):
+    """The tests in C++ as Suite.Name, and Suite.* for each suite."""
+    names = set()
+    for source in (project / "tests").rglob("*.cpp"):
+        for suite, name in TEST.findall(source.read_text()):
+            names |= {f"{suite}.{name}", f"{suite}.*"}
+    return names
+
+
+def faults_of_test_names(text, tests):
+    """The tests that a page names and that there are not, with their lines."""
+    for number, line in enumerate(prose_of(text).splitlines(), start=1):
+        yield from (f"{number}: names the test {name}, which there is not"
+                    for name in NAMED_TEST.findall(line) if name not in tests)
+
+
+def faults_of_paths(text, project):
+    """The files and folders that a page names and that there are not, with their lines."""
+    for number, line in enumerate(prose_of(text).splitlines(), start=1):
+        for path in NAMED_PATH.findall(line):
+            if not any(folder.joinpath(path).exists() or any(folder.glob(f"{path}.*"))
+                       for folder in (project, project / "plugin")):
+                yield f"{number}: names {path}, which there is not"
+
+
 def faults_of_cookbook(text):
     """Every recipe is one block that expects something, and there are enough of them."""
     titles = [(number, line) for number, line in enumerate(prose_of(text).splitlines(), start=1)
@@ -74,10 +104,14 @@ def faults_of_cookbook(text):
 def main(project):
     project = pathlib.Path(project)
     pages = list(extract_blocks.pages_of(project))
+    tests = tests_of(project)
     faults = [f"{page}:{fault}" for page in pages for fault in faults_of_links(page)]
+    faults += [f"{page}:{fault}" for page in pages for fault in faults_of_test_names(page.read_text(), tests)]
+    design = project / "docs/design.md"
+    faults += [f"{design}:{fault}" for fault in faults_of_paths(design.read_text(), project)]
     cookbook = project / "docs/cookbook.md"
     faults += [f"{cookbook}:{fault}" for fault in faults_of_cookbook(cookbook.read_text())]
-    print("\n".join(faults) or f"the links of {len(pages)} pages lead somewhere")
+    print("\n".join(faults) or f"what {len(pages)} pages name is there")
     return 1 if faults else 0
 
 
