@@ -5,13 +5,11 @@
 // operand is computed in 32 bits and stored as doubles. An object of another kind (bool, foreign) counts as handled and
 // gives no value.
 
-#include <algorithm>
 #include <cmath>
 #include <type_traits>
 
 #include "array/arguments.hpp"
 #include "array/storage.hpp"
-#include "kernels/conversion.hpp"
 #include "kernels/maps.hpp"
 #include "kernels/sequences.hpp"
 #include "kernels/vector_math.hpp"
@@ -72,29 +70,23 @@ Outcome classify(const Call& call, bool of_integers, Choose choose) {
   });
 }
 
-/// Applies vectors to doubles and `function` to floats, in 32 bits. Integers are converted to double, block by block.
+/// Applies vectors to doubles and to integers, as doubles, and `function` to floats, in 32 bits.
 template <class Function>
 struct ByVectors {
-  VectorFunction VectorMath::*vectors;
+  VectorFunctions VectorMath::*vectors;
   Function function;
 
-  void operator()(const double* in, double* out, std::size_t count) const { (vector_math().*vectors)(in, out, count); }
-  void operator()(const float* in, double* __restrict out, std::size_t count) const {
-    for (std::size_t i = 0; i < count; ++i) out[i] = function(in[i]);
-  }
-  template <class Integer>
-  void operator()(const Integer* in, double* out, std::size_t count) const {
-    constexpr std::size_t block = 512;
-    for (std::size_t first = 0; first < count; first += block) {
-      const std::size_t size = std::min(block, count - first);
-      convert(in + first, out + first, size);
-      (*this)(out + first, out + first, size);
-    }
+  template <class T>
+  void operator()(const T* in, double* __restrict out, std::size_t count) const {
+    if constexpr (std::is_same_v<T, float>)
+      for (std::size_t i = 0; i < count; ++i) out[i] = function(in[i]);
+    else
+      (vector_math().*vectors)(in, out, count);
   }
 };
 
 template <class Function>
-ByVectors<Function> by_vectors(VectorFunction VectorMath::*vectors, Function function) {
+ByVectors<Function> by_vectors(VectorFunctions VectorMath::*vectors, Function function) {
   return {vectors, function};
 }
 

@@ -11,25 +11,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include <hwy/highway.h>
-
-/// The prefix of the names of the C library's vector functions: b stands for 128 bits, d for AVX2, e for AVX-512;
-/// without one a function takes a single double.
-#undef ARRAYFOLD_VECTOR_PREFIX
-#define ARRAYFOLD_VECTOR_PREFIX ""
-#if HWY_ARCH_X86_64 && HWY_TARGET != HWY_SCALAR && defined(__GLIBC__) && defined(__GLIBC_PREREQ)
-#if __GLIBC_PREREQ(2, 35)
-#undef ARRAYFOLD_VECTOR_PREFIX
-#if HWY_TARGET <= HWY_AVX3
-#define ARRAYFOLD_VECTOR_PREFIX "_ZGVeN8v_"
-#elif HWY_TARGET == HWY_AVX2
-#define ARRAYFOLD_VECTOR_PREFIX "_ZGVdN4v_"
-#else
-#define ARRAYFOLD_VECTOR_PREFIX "_ZGVbN2v_"
-#endif
-#endif
-#endif
 
 HWY_BEFORE_NAMESPACE();
 namespace arrayfold::HWY_NAMESPACE {
@@ -111,6 +95,37 @@ HWY_INLINE std::size_t gather_true(D tag, const hn::TFromD<D>* elements, M mask,
     gathered += (bits[0] >> lane) & 1;
   }
   return gathered;
+#endif
+}
+
+/// The numbers of a table of 16 that the lowest four bits of the indices name.
+template <class T, class W>
+HWY_INLINE hn::Vec<hn::Rebind<T, hn::DFromV<W> > > lookup(const T (&table)[16], W indices) {
+  const hn::Rebind<T, hn::DFromV<W> > tag;
+#if HWY_TARGET <= HWY_AVX3
+  static_assert(sizeof(indices.raw) == 64, "the table is two registers");
+  const auto first = hn::Load(tag, table), second = hn::Load(tag, table + 8);
+  if constexpr (std::is_same_v<T, double>)
+    return hn::Vec<decltype(tag)>{_mm512_permutex2var_pd(first.raw, indices.raw, second.raw)};
+  else
+    return hn::Vec<decltype(tag)>{_mm512_permutex2var_epi64(first.raw, indices.raw, second.raw)};
+#else
+  const hn::RebindToSigned<decltype(tag)> places;
+  const auto place = hn::BitCast(places, hn::And(indices, hn::Set(hn::DFromV<W>(), 15)));
+#if HWY_TARGET == HWY_AVX2
+  // The instruction keeps lanes of its result, so it waits for what the register held before. A mask that the compiler
+  // cannot see through keeps the zeros, which nothing has to wait for.
+  __m256i every = _mm256_set1_epi64x(-1);
+  __asm__("" : "+x"(every));
+  if constexpr (std::is_same_v<T, double>)
+    return hn::Vec<decltype(tag)>{
+        _mm256_mask_i64gather_pd(_mm256_setzero_pd(), table, place.raw, _mm256_castsi256_pd(every), 8)};
+  else
+    return hn::Vec<decltype(tag)>{_mm256_mask_i64gather_epi64(
+        _mm256_setzero_si256(), reinterpret_cast<const long long*>(table), place.raw, every, 8)};
+#else
+  return hn::GatherIndex(tag, table, place);
+#endif
 #endif
 }
 

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <random>
 
@@ -64,25 +65,44 @@ double near_end(Engine& engine) {
                          -36.7368005696771,
                          171.6243769563027,
                          -1,
+                         20,
                          22,
+                         36,
+                         37,
+                         700,
+                         708,
+                         1e5,
                          19.06154746539849,
                          5.921587195794507,
                          26.543,
                          0x1p52,
                          0x1p53,
                          0x1p1023};
-  const double end = ends[engine() % 14];
+  const double end = ends[engine() % std::size(ends)];
   return engine() & 1 ? neighbour(engine, end) : end * (1 + uniform(engine, -0.01, 0.0099));
+}
+
+/// The ends of the pieces of tables: steps of ln(2)/16 and half of them for exponentials, sixteenths of the fraction
+/// for logarithms and roots.
+double near_border(Engine& engine) {
+  if (engine() & 1) {
+    const double multiple = std::floor(uniform(engine, 0, engine() % 4 == 0 ? 34'500 : 200));
+    const double step = static_cast<double>(0.69314718055994530942L / 64 * multiple);
+    return neighbour(engine, signed_by_chance(engine, step)) * (engine() % 4 == 0 ? uniform(engine, 0.999, 1.001) : 1);
+  }
+  const double exponent = std::floor(engine() & 1 ? uniform(engine, -1074, 1024) : uniform(engine, -2, 3));
+  const double fraction = std::floor(uniform(engine, 32, 64)) / 32;
+  return neighbour(engine, signed_by_chance(engine, std::exp2(exponent) * fraction));
 }
 
 }  // namespace
 
 std::vector<double> arguments(std::size_t count, unsigned batch) {
   Engine engine(batch);
-  double (*const draws[])(Engine&) = {any_bits,          magnitude, tiny,      spread,
-                                      near_quarter_turn, near_one,  near_half, near_end};
+  double (*const draws[])(Engine&) = {any_bits, magnitude, tiny,     spread,     near_quarter_turn,
+                                      near_one, near_half, near_end, near_border};
   std::vector<double> drawn(count);
-  for (std::size_t i = 0; i < count; ++i) drawn[i] = draws[i % 8](engine);
+  for (std::size_t i = 0; i < count; ++i) drawn[i] = draws[i % std::size(draws)](engine);
   return drawn;
 }
 

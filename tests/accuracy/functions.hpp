@@ -6,11 +6,17 @@
 
 namespace arrayfold::accuracy {
 
+/// The most units in the last place, on processors that fuse products with sums and on others; 0 where the function
+/// called decides.
+struct Bound {
+  double fused, otherwise;
+};
+
 /// A function of the module and its mathematical value in 80 bits.
 struct Function {
   const char* name;
   long double (*exact)(long double);
-  double bound;  // the most units in the last place; 0 where the function called decides
+  Bound bound;
 };
 
 /// Every function whose value is rounded.

@@ -81,4 +81,8 @@ struct LeftOut {
 };
 const std::vector<LeftOut>& functions_left_out();
 
+/// The functions whose last bits are the same wherever the processor fuses products with sums. Elsewhere the digests
+/// leave them out.
+const std::vector<std::string>& functions_of_fused_products();
+
 }  // namespace arrayfold::test

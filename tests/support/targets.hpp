@@ -19,6 +19,18 @@ inline void choose_among(std::int64_t targets) {
   hwy::GetChosenTarget().Update(hwy::SupportedTargets());
 }
 
+/// Whether the loops of a target fuse products with sums.
+inline bool fuses_products(std::int64_t target) {
+#ifdef __x86_64__
+  // Highway numbers better targets lower.
+  return target <= HWY_AVX2;
+#else
+  return target != HWY_SCALAR;
+#endif
+}
+/// The same of the target that the kernels choose.
+inline bool fuses_products() { return fuses_products(hwy::SupportedAndGeneratedTargets().front()); }
+
 /// Makes the kernels run on one target as long as it lives.
 class OnTarget {
  public:

@@ -12,7 +12,7 @@ namespace {
 
 struct Named {
   const char* name;
-  VectorFunction VectorMath::*vectors;
+  VectorFunctions VectorMath::*vectors;
 };
 
 constexpr Named all[] = {{"xexp", &VectorMath::exp},     {"xexpm1", &VectorMath::expm1}, {"xlog", &VectorMath::log},
@@ -28,7 +28,7 @@ void on_each(Run run) {
   });
 }
 
-double alone(VectorFunction vectors, double x) {
+double alone(const VectorFunctions& vectors, double x) {
   double value = 0;
   vectors(&x, &value, 1);
   return value;
@@ -42,7 +42,7 @@ double expected(const char* name, double x) {
 }
 
 TEST(VectorMath, SpecialValuesAreThoseOfTheCLibrary) {
-  on_each([](const char* name, VectorFunction vectors) {
+  on_each([](const char* name, const VectorFunctions& vectors) {
     for (const double x : special_values()) {
       const double value = alone(vectors, x), wanted = expected(name, x);
       if (!std::isfinite(wanted) || wanted == 0 || x == 0)

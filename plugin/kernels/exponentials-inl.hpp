@@ -1,0 +1,221 @@
+// kernels/exponentials-inl.hpp: exp, expm1, sinh, cosh and tanh of a register
+//
+// x = n * ln(2)/16 + r, where |r| is at most ln(2)/32. The power 2^(n/16) is one of 16 doubles with the exponent added,
+// and e^r is a polynomial. What r and the double have lost stays in a number of its own, which is added late.
+//
+// Errors in units in the last place: the last rounding has 0.5, and all before it is smaller by 2^5 at least. In exp
+// that is the sum r + r^2 q(r) beside 1. expm1 and the hyperbolic functions cancel where n is small; they keep the sum
+// of the power and its product with r in two parts.
+
+#if defined(ARRAYFOLD_EXPONENTIALS_INL) == defined(HWY_TARGET_TOGGLE)
+#ifdef ARRAYFOLD_EXPONENTIALS_INL
+#undef ARRAYFOLD_EXPONENTIALS_INL
+#else
+#define ARRAYFOLD_EXPONENTIALS_INL
+#endif
+
+#include "kernels/mathematics-inl.hpp"
+
+HWY_BEFORE_NAMESPACE();
+namespace arrayfold::HWY_NAMESPACE {
+
+/// x as steps of ln(2)/16 and what is left of it, exactly but for the lower part of the steps.
+struct Steps {
+  Integer n;
+  Lanes left;
+};
+
+HWY_INLINE Steps steps_of(Lanes x) {
+  const Integer n = nearest_integer(x, all(constants::steps_per_unit));
+  return {n, hn::NegMulAdd(n.value, all(constants::step_high), x)};
+}
+
+/// The bits of n as those above the lower 48 of a double: they add n/16 to its exponent.
+HWY_INLINE BitLanes as_exponent(const Integer& n) { return hn::ShiftLeft<48>(n.bits); }
+
+/// e^x is the power times e^(left + low). For |x| up to 708.
+struct Exponential {
+  Lanes power, left, low;
+};
+
+HWY_INLINE Exponential exponential(Lanes x) {
+  const Steps steps = steps_of(x);
+  const Lanes low =
+      hn::NegMulAdd(steps.n.value, all(constants::step_low), lookup(constants::power_tails, steps.n.bits));
+  const Lanes power = from_bits(hn::Add(lookup(constants::power_bits, steps.n.bits), as_exponent(steps.n)));
+  return {power, steps.left, low};
+}
+
+/// e^r - 1 as an absolute matter: r is small, and 1 is added to it.
+HWY_INLINE Lanes small_exponential(Lanes r) {
+  const Lanes squared = hn::Mul(r, r);
+  return hn::MulAdd(squared, polynomial(constants::exponential, r, squared), r);
+}
+
+// ---- Results near the ends of the range
+
+HWY_INLINE Lanes clamped(Lanes x, double low, double high) {
+  return hn::IfThenElse(hn::Gt(x, all(high)), all(high), hn::IfThenElse(hn::Lt(x, all(low)), all(low), x));
+}
+
+/// e^x times 2^shift for every x: results overflow, and subnormal ones are rounded once.
+template <int shift = 0>
+HWY_INLINE Lanes exponential_of_any(Lanes any) {
+  const Lanes x = clamped(any, -760, 760);
+  const Steps steps = steps_of(x);
+  const Lanes low =
+      hn::NegMulAdd(steps.n.value, all(constants::step_low), lookup(constants::power_tails, steps.n.bits));
+  const Lanes sum = small_exponential(hn::Add(steps.left, low));
+  // The power without its exponent k, which is added in two halves.
+  const BitLanes fraction = hn::And(steps.n.bits, all_words(15));
+  const Lanes power = from_bits(hn::Add(lookup(constants::power_bits, steps.n.bits), hn::ShiftLeft<48>(fraction)));
+  const Lanes value = hn::MulAdd(power, sum, power);
+  constexpr std::uint64_t bias = 2048;
+  const BitLanes k =
+      hn::And(hn::ShiftRight<4>(hn::Add(steps.n.bits, all_words((bias + shift) * 16))), all_words(0xfff));
+  const BitLanes half = hn::ShiftRight<1>(k);
+  const auto power_of_two = [](BitLanes exponent, std::uint64_t from) {
+    return from_bits(hn::ShiftLeft<52>(hn::Sub(exponent, all_words(from - 1023))));
+  };
+  const Lanes scaled = hn::Mul(hn::Mul(value, power_of_two(half, bias / 2)), power_of_two(hn::Sub(k, half), bias / 2));
+  // Below the normal numbers: as multiples of 2^-1022 the value and what it has lost are added to 1, which rounds their
+  // sum where the subnormal numbers are.
+  const Lanes factor = power_of_two(k, bias - 1022);
+  const Lanes multiple = hn::Mul(value, factor);
+  const Lanes lost = hn::Mul(hn::MulAdd(power, sum, hn::Sub(power, value)), factor);
+  const Pair above = sum_of(all(1), multiple);
+  const Lanes rounded = hn::Add(above.high, hn::Add(above.low, lost));
+  const Lanes subnormal = hn::Mul(hn::Sub(rounded, all(1)), all(smallest_normal));
+  const Truths is_small = hn::And(hn::Le(steps.n.value, all((-1022 - shift) * 16.0)), hn::Lt(multiple, all(1)));
+  return hn::IfThenElse(is_small, subnormal, scaled);
+}
+
+// ---- The functions
+
+struct Exp {
+  static HWY_INLINE Truths is_usual(Lanes x) { return hn::Le(hn::Abs(x), all(708)); }
+  static HWY_INLINE Lanes of_usual(Lanes x) {
+    const Exponential e = exponential(x);
+    return hn::MulAdd(e.power, small_exponential(hn::Add(e.left, e.low)), e.power);
+  }
+  static HWY_INLINE Lanes of_any(Lanes x) { return exponential_of_any(x); }
+};
+
+/// e^x - 1 in two parts, for |x| up to 708. The second part is far below the first one, but not within its rounding.
+template <bool any_power>
+HWY_INLINE Pair exponential_less_one(Lanes x) {
+  const Exponential e = exponential(x);
+  // Up to 2^53 and from 1/2 on nothing is lost.
+  Lanes less_one = hn::Sub(e.power, all(1));
+  Lanes lost = hn::Add(hn::Sub(all(-1), less_one), e.power);
+  if constexpr (any_power) {
+    const Truths large = hn::Ge(e.power, all(0x1p53));
+    less_one = hn::IfThenElse(large, e.power, less_one);
+    lost = hn::IfThenElse(large, all(-1), lost);
+  }
+  const Lanes sum = hn::MulAdd(e.power, e.left, less_one);
+  const Lanes lost_of_sum = hn::Add(fused(e.power, e.left, hn::Sub(less_one, sum)), lost);
+  const Lanes r = hn::Add(e.left, e.low), squared = hn::Mul(r, r);
+  const Lanes tail = hn::MulAdd(squared, polynomial(constants::exponential, r, squared), e.low);
+  return {sum, hn::MulAdd(e.power, tail, lost_of_sum)};
+}
+
+struct Expm1 {
+  static HWY_INLINE Truths is_usual(Lanes x) { return hn::Le(hn::Abs(x), all(36)); }
+  static HWY_INLINE Lanes of_usual(Lanes x) { return sum_of_parts<false>(x); }
+  static HWY_INLINE Lanes of_any(Lanes x) {
+    return hn::IfThenElse(hn::Gt(x, all(708)), exponential_of_any(x), sum_of_parts<true>(clamped(x, -708, 708)));
+  }
+
+ private:
+  /// The sign is that of x, also of zeros.
+  template <bool any_power>
+  static HWY_INLINE Lanes sum_of_parts(Lanes x) {
+    const Pair value = exponential_less_one<any_power>(x);
+    return hn::CopySign(hn::Add(value.high, value.low), x);
+  }
+};
+
+/// Half of e^|x| and half of e^-|x|, as powers p and q: their sum and their difference, and what cosh and sinh of the
+/// rest are beside 1 and beside the rest.
+struct Halves {
+  Lanes left;          // of |x|
+  Lanes sum, sum_low;  // p + q
+  Lanes difference, difference_low;
+  Lanes tails_sum, tails_difference;  // of the lower parts of p and q
+  Lanes cosine_tail, sine_tail;
+};
+
+HWY_INLINE Halves halves(Lanes magnitude) {
+  const Steps steps = steps_of(magnitude);
+  const BitLanes n = steps.n.bits;
+  const BitLanes exponent = as_exponent(steps.n);
+  const Lanes p = from_bits(hn::Add(lookup(constants::half_power_bits, n), exponent));
+  const Lanes q = from_bits(hn::Sub(lookup(constants::half_inverse_bits, n), exponent));
+  const Lanes p_low = hn::Mul(p, lookup(constants::power_tails, n)), q_low = lookup(constants::inverse_tails, n);
+  const Pair sum = sum_of(p, q);
+  const Lanes difference = hn::Sub(p, q);
+  const Lanes low = hn::Mul(steps.n.value, all(-constants::step_low));
+  const Lanes r = hn::Add(steps.left, low), y = hn::Mul(r, r);
+  return {steps.left,
+          sum.high,
+          sum.low,
+          difference,
+          hn::Sub(hn::Sub(p, difference), q),
+          hn::MulAdd(q, q_low, p_low),
+          hn::NegMulAdd(q, q_low, p_low),
+          hn::Mul(y, short_polynomial(constants::cosine_h, y)),
+          hn::MulAdd(hn::Mul(y, r), short_polynomial(constants::sine_h, y), low)};
+}
+
+struct Cosh {
+  static HWY_INLINE Truths is_usual(Lanes x) { return hn::Le(hn::Abs(x), all(700)); }
+  static HWY_INLINE Lanes of_usual(Lanes x) {
+    const Halves h = halves(hn::Abs(x));
+    const Lanes sine = hn::Add(h.left, h.sine_tail);
+    const Lanes lower = hn::Add(h.sum_low, h.tails_sum);
+    return hn::Add(h.sum, hn::MulAdd(h.difference, sine, hn::MulAdd(h.sum, h.cosine_tail, lower)));
+  }
+  static HWY_INLINE Lanes of_any(Lanes x) {
+    const Lanes magnitude = hn::Abs(x);
+    return hn::IfThenElse(hn::Gt(magnitude, all(700)), exponential_of_any<-1>(magnitude),
+                          of_usual(clamped(magnitude, 0, 700)));
+  }
+};
+
+struct Sinh {
+  static HWY_INLINE Truths is_usual(Lanes x) { return hn::Le(hn::Abs(x), all(700)); }
+  static HWY_INLINE Lanes of_usual(Lanes x) {
+    const Halves h = halves(hn::Abs(x));
+    const Lanes main = hn::MulAdd(h.sum, h.left, h.difference);
+    const Lanes lost = fused(h.sum, h.left, hn::Sub(h.difference, main));
+    const Lanes lower = hn::Add(hn::Add(h.difference_low, h.tails_difference), lost);
+    const Lanes rest = hn::MulAdd(h.sum, h.sine_tail, hn::MulAdd(h.difference, h.cosine_tail, lower));
+    return hn::CopySign(hn::Add(main, hn::MulAdd(h.sum_low, h.left, rest)), x);
+  }
+  static HWY_INLINE Lanes of_any(Lanes x) {
+    const Lanes magnitude = hn::Abs(x);
+    const Lanes large = hn::CopySign(exponential_of_any<-1>(magnitude), x);
+    return hn::IfThenElse(hn::Gt(magnitude, all(700)), large, of_usual(clamped(x, -700, 700)));
+  }
+};
+
+struct Tanh {
+  static HWY_INLINE Truths is_usual(Lanes) { return hn::MaskFromVec(from_bits(all_words(~std::uint64_t{0}))); }
+  static HWY_INLINE Lanes of_any(Lanes x) { return of_usual(x); }
+  /// tanh |x| = -e / (2 + e), where e is e^(-2|x|) - 1. From 20 on the value is 1.
+  static HWY_INLINE Lanes of_usual(Lanes x) {
+    const Lanes magnitude = hn::Abs(x);
+    const Lanes nearer = hn::IfThenElse(hn::Gt(magnitude, all(20)), all(20), magnitude);
+    const Pair parts = exponential_less_one<false>(hn::Mul(nearer, all(-2)));
+    const Pair e = sum_of(parts.high, parts.low);
+    const Lanes divisor = hn::Add(all(2), e.high);
+    const Lanes divisor_low = hn::Add(lost_in(divisor, all(2), e.high), e.low);
+    return hn::CopySign(quotient(e, {divisor, divisor_low}), x);
+  }
+};
+
+}  // namespace arrayfold::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif

@@ -1,0 +1,158 @@
+// kernels/logarithms-inl.hpp: log, log1p and cbrt of a register
+//
+// x = 2^k * z, where z lies in one of 16 cells around 1.03 to 1.9. The table has a short number near 1/z for each cell:
+// its product with z is 1 + r, where |r| is below 1/16, and r is a double exactly. The logarithm is the sum of k ln 2,
+// the logarithm of the cell and a polynomial in r. The first two have upper parts whose sum is exact. In the cell of 1
+// both are 0, so that results near 0 keep their accuracy.
+//
+// Errors in units in the last place: 0.5 of the last rounding, and less than 0.05 of the sum of what is added to the
+// first two parts and r, which is at least 2^5 times smaller.
+
+#if defined(ARRAYFOLD_LOGARITHMS_INL) == defined(HWY_TARGET_TOGGLE)
+#ifdef ARRAYFOLD_LOGARITHMS_INL
+#undef ARRAYFOLD_LOGARITHMS_INL
+#else
+#define ARRAYFOLD_LOGARITHMS_INL
+#endif
+
+#include "kernels/mathematics-inl.hpp"
+
+HWY_BEFORE_NAMESPACE();
+namespace arrayfold::HWY_NAMESPACE {
+
+/// The bits from which cell and exponent are read.
+HWY_INLINE BitLanes cell_bits(Lanes x) { return hn::Add(bits_of(x), all_words(constants::to_cells)); }
+
+/// Whether x is positive, normal and not among the largest: all others have bits beyond these.
+HWY_INLINE Truths has_cell(BitLanes bits) {
+  constexpr std::uint64_t exponents = 2041;
+  return hn::RebindMask(Doubles(), hn::Lt(bits, all_words(exponents << 52)));
+}
+
+/// x as its cell, in the lowest bits; its exponent, biased; and what multiplies it to 1 + r.
+struct InCell {
+  BitLanes cell;
+  Lanes exponent, inverse;
+};
+
+/// The lower bits of a word which are neither cell nor exponent.
+constexpr std::uint64_t below_cells = (std::uint64_t{1} << 48) - 1;
+
+/// A biased exponent, and the fraction below it, as a double.
+HWY_INLINE Lanes exponent_as_double(BitLanes upper) {
+  constexpr double with_exponent = 2048;
+  return from_bits(hn::Or(hn::ShiftRight<11>(upper), bits_of(all(with_exponent))));
+}
+
+HWY_INLINE InCell in_cell(BitLanes bits) {
+  const BitLanes cell = hn::ShiftRight<48>(bits), upper = hn::And(bits, all_words(~below_cells));
+  return {cell, exponent_as_double(upper), from_bits(hn::Sub(lookup(constants::cell_inverses, cell), upper))};
+}
+
+/// The logarithm of x, where x * inverse is 1 + r, without the polynomial in r.
+HWY_INLINE Pair logarithm_of_cell(const InCell& x, Lanes r) {
+  const Lanes main = hn::MulAdd(x.exponent, all(constants::ln2_high), lookup(constants::cell_logs, x.cell));
+  const Lanes tail = hn::MulAdd(x.exponent, all(constants::ln2_low), lookup(constants::cell_log_tails, x.cell));
+  const Pair sum = sum_of(main, r);
+  return {sum.high, hn::Add(sum.low, tail)};
+}
+
+HWY_INLINE Lanes with_polynomial(Pair sum, Lanes r) {
+  const Lanes squared = hn::Mul(r, r);
+  return hn::Add(sum.high, hn::MulAdd(squared, polynomial(constants::logarithm, r, squared), sum.low));
+}
+
+/// The logarithm's value where `y` is that of the positive numbers.
+HWY_INLINE Lanes with_special_values(Lanes y, Lanes x) {
+  const Lanes finite = hn::IfThenElse(hn::Eq(x, all(infinity)), x, y);
+  const Lanes at_most_zero = hn::IfThenElse(hn::Eq(x, all(0)), all(-infinity), all(not_a_number));
+  return hn::IfThenElse(hn::Gt(x, all(0)), finite, at_most_zero);
+}
+
+struct Log {
+  static HWY_INLINE Truths is_usual(Lanes x) { return has_cell(cell_bits(x)); }
+  static HWY_INLINE Lanes of_usual(Lanes x) { return of_cell(x, in_cell(cell_bits(x))); }
+  static HWY_INLINE Lanes of_any(Lanes x) {
+    const Truths large = hn::Ge(x, all(1)), usual = is_usual(x);
+    const Lanes nearer = hn::IfThenElse(usual, x, hn::Mul(x, hn::IfThenElse(large, all(0x1p-54), all(0x1p54))));
+    InCell cell = in_cell(cell_bits(nearer));
+    const Lanes more = hn::IfThenElse(usual, all(0), hn::IfThenElse(large, all(54), all(-54)));
+    cell.exponent = hn::Add(cell.exponent, more);
+    return with_special_values(of_cell(nearer, cell), x);
+  }
+
+ private:
+  static HWY_INLINE Lanes of_cell(Lanes x, const InCell& cell) {
+    const Lanes r = fused(x, cell.inverse, all(-1));
+    return with_polynomial(logarithm_of_cell(cell, r), r);
+  }
+};
+
+/// The sum 1 + x is rounded. What it has lost is added to r.
+struct Log1p {
+  static HWY_INLINE Truths is_usual(Lanes x) { return has_cell(cell_bits(hn::Add(x, all(1)))); }
+  static HWY_INLINE Lanes of_usual(Lanes x) {
+    const Lanes sum = hn::Add(x, all(1));
+    return of_sum(x, sum, in_cell(cell_bits(sum)), x);
+  }
+  static HWY_INLINE Lanes of_any(Lanes x) {
+    const Truths usual = is_usual(x);
+    const Lanes nearer = hn::IfThenElse(usual, x, hn::Mul(x, all(0x1p-100))), sum = hn::Add(nearer, all(1));
+    InCell cell = in_cell(cell_bits(sum));
+    cell.exponent = hn::Add(cell.exponent, hn::IfThenElse(usual, all(0), all(100)));
+    return with_special_values(of_sum(nearer, sum, cell, x), hn::Add(x, all(1)));
+  }
+
+ private:
+  static HWY_INLINE Lanes of_sum(Lanes x, Lanes sum, const InCell& cell, Lanes sign) {
+    const Lanes lost = lost_in(sum, hn::Max(x, all(1)), hn::Min(x, all(1)));
+    const Lanes r = fused(sum, cell.inverse, all(-1)), low = hn::Mul(lost, cell.inverse);
+    const Pair main = logarithm_of_cell(cell, r);
+    return hn::CopySign(with_polynomial({main.high, hn::Add(main.low, low)}, hn::Add(r, low)), sign);
+  }
+};
+
+/// x = 8^q * z, where z has an exponent e of -1, 0 or 1. A polynomial gives t, near the inverse cube root of z by
+/// 2^-30; the product of t^2 and z is near the cube root, and what its cube leaves corrects it. Cubes have exact roots,
+/// since all that is computed before the last rounding is right to far more than its half unit.
+struct Cbrt {
+  static HWY_INLINE Truths is_usual(Lanes x) { return has_cell(cell_bits(hn::Abs(x))); }
+  static HWY_INLINE Lanes of_usual(Lanes x) { return hn::CopySign(of_positive(hn::Abs(x)), x); }
+  static HWY_INLINE Lanes of_any(Lanes x) {
+    const Lanes magnitude = hn::Abs(x);
+    const Truths large = hn::Ge(magnitude, all(1)), usual = is_usual(x);
+    const Lanes factor = hn::IfThenElse(large, all(0x1p-54), all(0x1p54));
+    const Lanes y = of_positive(hn::IfThenElse(usual, magnitude, hn::Mul(magnitude, factor)));
+    const Lanes back = hn::Mul(y, hn::IfThenElse(usual, all(1), hn::IfThenElse(large, all(0x1p18), all(0x1p-18))));
+    const Truths is_finite = hn::And(hn::Gt(magnitude, all(0)), hn::Lt(magnitude, all(infinity)));
+    return hn::IfThenElse(is_finite, hn::CopySign(back, x), hn::Add(x, x));
+  }
+
+ private:
+  static HWY_INLINE Lanes of_positive(Lanes x) {
+    const BitLanes bits = cell_bits(x);
+    const InCell cell = in_cell(bits);
+    // The bias of the exponent and what is added to it are 3 * 1023.
+    const Lanes exponent = exponent_as_double(hn::And(bits, all_words(exponent_bits)));
+    const Integer q = nearest_integer(exponent, all(1.0 / 3));
+    const Lanes e = hn::NegMulAdd(q.value, all(3), exponent);
+    const BitLanes power = hn::ShiftLeft<52>(q.bits);
+    const Lanes inverse_power = from_bits(hn::Sub(all_words(2 * bits_of_one), power));
+    const Lanes z = hn::Mul(hn::Mul(x, inverse_power), hn::Mul(inverse_power, inverse_power));
+    const Lanes r = hn::MulAdd(x, cell.inverse, all(-1));
+    const Lanes start =
+        hn::Mul(lookup(constants::cube_root_inverses, cell.cell), short_polynomial(constants::third_power, e));
+    const Lanes t = hn::Mul(start, polynomial(constants::inverse_cube_root, r, hn::Mul(r, r)));
+    const Lanes squared = hn::Mul(t, t);
+    const Lanes near = hn::Mul(z, squared);
+    const Lanes square = hn::Mul(near, near), square_low = fused(near, near, hn::Neg(square));
+    const Lanes left = hn::NegMulAdd(square_low, near, fused_from(z, square, near));
+    const Lanes root = hn::MulAdd(left, hn::Mul(squared, all(1.0 / 3)), near);
+    return hn::Mul(root, from_bits(power));
+  }
+};
+
+}  // namespace arrayfold::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif
