@@ -57,35 +57,41 @@ HWY_INLINE Lanes sine_of(Lanes magnitude, BitLanes sign, std::uint64_t turned) {
   return from_bits(hn::Xor(bits_of(value), signs));
 }
 
-/// What the kernel computes itself.
-HWY_INLINE Truths is_within_circles(Lanes x) { return hn::Le(hn::Abs(x), all(1e5)); }
+/// The largest magnitude that the kernel computes itself.
+constexpr double largest = 1e5;
 
-/// The C library's function where `x` is beyond that, else `of_usual` of it.
+/// The C library's function beyond that, NaN for what is not finite, and `Function::of_usual` below.
 template <class Function>
-HWY_INLINE Lanes by_library(Lanes x, double (*function)(double)) {
-  const Truths usual = is_within_circles(x);
+HWY_INLINE Lanes with_library(Lanes x, double (*function)(double)) {
+  const Lanes magnitude = hn::Abs(x);
+  const Truths usual = hn::Le(magnitude, all(largest));
+  const Lanes y =
+      Function::of_usual(hn::IfThenElseZero(hn::Ge(magnitude, all(least_usual)), hn::IfThenElseZero(usual, x)));
+  const Truths beyond = hn::And(hn::Gt(magnitude, all(largest)), hn::Lt(magnitude, all(infinity)));
+  const Lanes with_nan = hn::IfThenElse(usual, y, hn::Sub(x, x));
+  if (hn::AllFalse(Doubles(), beyond)) return with_nan;
   alignas(64) double lanes[hn::MaxLanes(Doubles())];
-  hn::Store(x, Doubles(), lanes);
+  hn::Store(hn::IfThenElseZero(beyond, x), Doubles(), lanes);
   for (double& lane : lanes)
-    if (!(std::abs(lane) <= 1e5)) lane = function(lane);
-  return hn::IfThenElse(usual, Function::of_usual(hn::IfThenElseZero(usual, x)), hn::Load(Doubles(), lanes));
+    if (lane != 0) lane = function(lane);
+  return hn::IfThenElse(beyond, hn::Load(Doubles(), lanes), with_nan);
 }
 
 struct Sin {
-  static HWY_INLINE Truths is_usual(Lanes x) { return is_within_circles(x); }
+  static HWY_INLINE Truths is_usual(Lanes x) { return is_usual_up_to(x, largest); }
   static HWY_INLINE Lanes of_usual(Lanes x) { return sine_of(hn::Abs(x), bits_of(x), 0); }
-  static HWY_INLINE Lanes of_any(Lanes x) { return by_library<Sin>(x, std::sin); }
+  static HWY_INLINE Lanes of_any(Lanes x) { return hn::IfThenElse(is_tiny(x), x, with_library<Sin>(x, std::sin)); }
 };
 
 struct Cos {
-  static HWY_INLINE Truths is_usual(Lanes x) { return is_within_circles(x); }
+  static HWY_INLINE Truths is_usual(Lanes x) { return is_usual_up_to(x, largest); }
   static HWY_INLINE Lanes of_usual(Lanes x) { return sine_of(hn::Abs(x), all_words(0), 1); }
-  static HWY_INLINE Lanes of_any(Lanes x) { return by_library<Cos>(x, std::cos); }
+  static HWY_INLINE Lanes of_any(Lanes x) { return with_library<Cos>(x, std::cos); }
 };
 
 /// A quotient of polynomials in r, or of the second one and the negative first one.
 struct Tan {
-  static HWY_INLINE Truths is_usual(Lanes x) { return is_within_circles(x); }
+  static HWY_INLINE Truths is_usual(Lanes x) { return is_usual_up_to(x, largest); }
   static HWY_INLINE Lanes of_usual(Lanes x) {
     const Angle a = angle_of(hn::Abs(x));
     const Lanes square = hn::Mul(a.r, a.r), fourth = hn::Mul(square, square);
@@ -101,7 +107,7 @@ struct Tan {
     const BitLanes signs = hn::And(hn::Xor(hn::ShiftLeft<63>(a.quarters), bits_of(x)), all_words(sign_bit));
     return from_bits(hn::Xor(bits_of(quotient(dividend, divisor)), signs));
   }
-  static HWY_INLINE Lanes of_any(Lanes x) { return by_library<Tan>(x, std::tan); }
+  static HWY_INLINE Lanes of_any(Lanes x) { return hn::IfThenElse(is_tiny(x), x, with_library<Tan>(x, std::tan)); }
 };
 
 }  // namespace arrayfold::HWY_NAMESPACE

@@ -54,46 +54,42 @@ HWY_INLINE Lanes small_exponential(Lanes r) {
 
 // ---- Results near the ends of the range
 
-HWY_INLINE Lanes clamped(Lanes x, double low, double high) {
-  return hn::IfThenElse(hn::Gt(x, all(high)), all(high), hn::IfThenElse(hn::Lt(x, all(low)), all(low), x));
-}
-
-/// e^x times 2^shift for every x: results overflow, and subnormal ones are rounded once.
-template <int shift = 0>
+/// e^x, or half of it, for every x: results overflow, and subnormal ones are rounded once.
+template <bool halved = false>
 HWY_INLINE Lanes exponential_of_any(Lanes any) {
-  const Lanes x = clamped(any, -760, 760);
+  constexpr int shift = halved ? -1 : 0;
+  // Beyond these the result is infinity or 0.
+  const Lanes x = clamped(hn::IfThenZeroElse(is_tiny(any), any), -760, halved ? 710.6 : 709.9);
   const Steps steps = steps_of(x);
   const Lanes low =
       hn::NegMulAdd(steps.n.value, all(constants::step_low), lookup(constants::power_tails, steps.n.bits));
   const Lanes sum = small_exponential(hn::Add(steps.left, low));
-  // The power without its exponent k, which is added in two halves.
-  const BitLanes fraction = hn::And(steps.n.bits, all_words(15));
-  const Lanes power = from_bits(hn::Add(lookup(constants::power_bits, steps.n.bits), hn::ShiftLeft<48>(fraction)));
+  // The power without its exponent k.
+  const BitLanes exponent = as_exponent(steps.n), k = hn::And(exponent, all_words(~below_exponent));
+  const BitLanes fraction = hn::And(exponent, all_words(below_exponent));
+  const Lanes power = from_bits(hn::Add(lookup(constants::power_bits, steps.n.bits), fraction));
   const Lanes value = hn::MulAdd(power, sum, power);
-  constexpr std::uint64_t bias = 2048;
-  const BitLanes k =
-      hn::And(hn::ShiftRight<4>(hn::Add(steps.n.bits, all_words((bias + shift) * 16))), all_words(0xfff));
-  const BitLanes half = hn::ShiftRight<1>(k);
-  const auto power_of_two = [](BitLanes exponent, std::uint64_t from) {
-    return from_bits(hn::ShiftLeft<52>(hn::Sub(exponent, all_words(from - 1023))));
-  };
-  const Lanes scaled = hn::Mul(hn::Mul(value, power_of_two(half, bias / 2)), power_of_two(hn::Sub(k, half), bias / 2));
-  // Below the normal numbers: as multiples of 2^-1022 the value and what it has lost are added to 1, which rounds their
-  // sum where the subnormal numbers are.
-  const Lanes factor = power_of_two(k, bias - 1022);
-  const Lanes multiple = hn::Mul(value, factor);
-  const Lanes lost = hn::Mul(hn::MulAdd(power, sum, hn::Sub(power, value)), factor);
-  const Pair above = sum_of(all(1), multiple);
-  const Lanes rounded = hn::Add(above.high, hn::Add(above.low, lost));
-  const Lanes subnormal = hn::Mul(hn::Sub(rounded, all(1)), all(smallest_normal));
-  const Truths is_small = hn::And(hn::Le(steps.n.value, all((-1022 - shift) * 16.0)), hn::Lt(multiple, all(1)));
-  return hn::IfThenElse(is_small, subnormal, scaled);
+  // The value is about 1 to 2, and its exponent gets less than is due, so that a product gives infinity.
+  constexpr std::uint64_t unit = std::uint64_t{1} << 52, due = shift * unit;
+  const BitLanes bits = hn::Add(bits_of(value), k);
+  const Lanes doubled = hn::Mul(from_bits(hn::Add(bits, all_words(due - unit))), all(2));
+  const Lanes normal = hn::IfThenElse(hn::IsNaN(any), any, doubled);
+  const Truths small = hn::Le(steps.n.value, all((-1021 - shift) * 16.0));
+  if (hn::AllFalse(Doubles(), small)) return normal;
+  // The sum of the value and this power of two has its last place where that of a subnormal result would be: the sum
+  // is rounded there, and its fraction is that of the result. Products would take a hundred times as long.
+  const Lanes above = from_bits(hn::Sub(all_words(unit - due), k));
+  const Pair rounded = sum_of(above, value);
+  const Lanes lost = hn::Add(rounded.low, hn::MulAdd(power, sum, hn::Sub(power, value)));
+  const Lanes subnormal = from_bits(hn::Sub(bits_of(hn::Add(rounded.high, lost)), bits_of(above)));
+  const Lanes smallest_normals = from_bits(hn::Add(bits, all_words(due)));
+  return hn::IfThenElse(small, hn::IfThenElse(hn::Lt(value, above), subnormal, smallest_normals), normal);
 }
 
 // ---- The functions
 
 struct Exp {
-  static HWY_INLINE Truths is_usual(Lanes x) { return hn::Le(hn::Abs(x), all(708)); }
+  static HWY_INLINE Truths is_usual(Lanes x) { return is_usual_up_to(x, 708); }
   static HWY_INLINE Lanes of_usual(Lanes x) {
     const Exponential e = exponential(x);
     return hn::MulAdd(e.power, small_exponential(hn::Add(e.left, e.low)), e.power);
@@ -121,10 +117,12 @@ HWY_INLINE Pair exponential_less_one(Lanes x) {
 }
 
 struct Expm1 {
-  static HWY_INLINE Truths is_usual(Lanes x) { return hn::Le(hn::Abs(x), all(36)); }
+  static HWY_INLINE Truths is_usual(Lanes x) { return is_usual_up_to(x, 36); }
   static HWY_INLINE Lanes of_usual(Lanes x) { return sum_of_parts<false>(x); }
   static HWY_INLINE Lanes of_any(Lanes x) {
-    return hn::IfThenElse(hn::Gt(x, all(708)), exponential_of_any(x), sum_of_parts<true>(clamped(x, -708, 708)));
+    const Truths large = hn::Gt(x, all(708)), tiny = is_tiny(x);
+    const Lanes parts = hn::IfThenElse(tiny, x, sum_of_parts<true>(clamped(hn::IfThenZeroElse(tiny, x), -60, 708)));
+    return hn::AllFalse(Doubles(), large) ? parts : hn::IfThenElse(large, exponential_of_any(x), parts);
   }
 
  private:
@@ -169,7 +167,7 @@ HWY_INLINE Halves halves(Lanes magnitude) {
 }
 
 struct Cosh {
-  static HWY_INLINE Truths is_usual(Lanes x) { return hn::Le(hn::Abs(x), all(700)); }
+  static HWY_INLINE Truths is_usual(Lanes x) { return is_usual_up_to(x, 700); }
   static HWY_INLINE Lanes of_usual(Lanes x) {
     const Halves h = halves(hn::Abs(x));
     const Lanes sine = hn::Add(h.left, h.sine_tail);
@@ -177,14 +175,15 @@ struct Cosh {
     return hn::Add(h.sum, hn::MulAdd(h.difference, sine, hn::MulAdd(h.sum, h.cosine_tail, lower)));
   }
   static HWY_INLINE Lanes of_any(Lanes x) {
-    const Lanes magnitude = hn::Abs(x);
-    return hn::IfThenElse(hn::Gt(magnitude, all(700)), exponential_of_any<-1>(magnitude),
-                          of_usual(clamped(magnitude, 0, 700)));
+    const Lanes magnitude = hn::IfThenZeroElse(is_tiny(x), hn::Abs(x));
+    const Truths large = hn::Gt(magnitude, all(700));
+    const Lanes usual = of_usual(clamped(magnitude, 0, 700));
+    return hn::AllFalse(Doubles(), large) ? usual : hn::IfThenElse(large, exponential_of_any<true>(magnitude), usual);
   }
 };
 
 struct Sinh {
-  static HWY_INLINE Truths is_usual(Lanes x) { return hn::Le(hn::Abs(x), all(700)); }
+  static HWY_INLINE Truths is_usual(Lanes x) { return is_usual_up_to(x, 700); }
   static HWY_INLINE Lanes of_usual(Lanes x) {
     const Halves h = halves(hn::Abs(x));
     const Lanes main = hn::MulAdd(h.sum, h.left, h.difference);
@@ -194,19 +193,23 @@ struct Sinh {
     return hn::CopySign(hn::Add(main, hn::MulAdd(h.sum_low, h.left, rest)), x);
   }
   static HWY_INLINE Lanes of_any(Lanes x) {
-    const Lanes magnitude = hn::Abs(x);
-    const Lanes large = hn::CopySign(exponential_of_any<-1>(magnitude), x);
-    return hn::IfThenElse(hn::Gt(magnitude, all(700)), large, of_usual(clamped(x, -700, 700)));
+    const Truths tiny = is_tiny(x), large = hn::Gt(hn::Abs(x), all(700));
+    const Lanes usual = hn::IfThenElse(tiny, x, of_usual(clamped(hn::IfThenZeroElse(tiny, x), -700, 700)));
+    if (hn::AllFalse(Doubles(), large)) return usual;
+    return hn::IfThenElse(large, hn::CopySign(exponential_of_any<true>(hn::Abs(x)), x), usual);
   }
 };
 
 struct Tanh {
-  static HWY_INLINE Truths is_usual(Lanes) { return hn::MaskFromVec(from_bits(all_words(~std::uint64_t{0}))); }
-  static HWY_INLINE Lanes of_any(Lanes x) { return of_usual(x); }
+  static HWY_INLINE Truths is_usual(Lanes x) { return hn::Ge(hn::Abs(x), all(least_usual)); }
+  static HWY_INLINE Lanes of_any(Lanes x) {
+    const Truths tiny = is_tiny(x);
+    return hn::IfThenElse(tiny, x, of_usual(hn::IfThenZeroElse(tiny, x)));
+  }
   /// tanh |x| = -e / (2 + e), where e is e^(-2|x|) - 1. From 20 on the value is 1.
   static HWY_INLINE Lanes of_usual(Lanes x) {
     const Lanes magnitude = hn::Abs(x);
-    const Lanes nearer = hn::IfThenElse(hn::Gt(magnitude, all(20)), all(20), magnitude);
+    const Lanes nearer = first_if_less(Doubles(), all(20), magnitude);
     const Pair parts = exponential_less_one<false>(hn::Mul(nearer, all(-2)));
     const Pair e = sum_of(parts.high, parts.low);
     const Lanes divisor = hn::Add(all(2), e.high);

@@ -69,16 +69,31 @@ HWY_INLINE Lanes with_special_values(Lanes y, Lanes x) {
   return hn::IfThenElse(hn::Gt(x, all(0)), finite, at_most_zero);
 }
 
+/// A positive number beyond those that have a cell, times 2^exponent.
+struct Near {
+  Lanes number, exponent;
+};
+
+/// Subnormal numbers are read as integers, since processors take a hundred times as long for products with them.
+HWY_INLINE Near near_of(Lanes x) {
+  const Truths large = hn::Ge(x, all(1)), subnormal = hn::Lt(x, all(smallest_normal));
+  const Lanes with_integer = from_bits(hn::Or(bits_of(x), bits_of(all(0x1p52))));
+  const Lanes integer = hn::Sub(with_integer, all(0x1p52));
+  const Lanes of_normal =
+      hn::Mul(hn::IfThenElse(subnormal, all(1), x), hn::IfThenElse(large, all(0x1p-60), all(0x1p60)));
+  return {hn::IfThenElse(subnormal, integer, of_normal),
+          hn::IfThenElse(subnormal, all(1074), hn::IfThenElse(large, all(-60), all(60)))};
+}
+
 struct Log {
   static HWY_INLINE Truths is_usual(Lanes x) { return has_cell(cell_bits(x)); }
   static HWY_INLINE Lanes of_usual(Lanes x) { return of_cell(x, in_cell(cell_bits(x))); }
   static HWY_INLINE Lanes of_any(Lanes x) {
-    const Truths large = hn::Ge(x, all(1)), usual = is_usual(x);
-    const Lanes nearer = hn::IfThenElse(usual, x, hn::Mul(x, hn::IfThenElse(large, all(0x1p-54), all(0x1p54))));
-    InCell cell = in_cell(cell_bits(nearer));
-    const Lanes more = hn::IfThenElse(usual, all(0), hn::IfThenElse(large, all(54), all(-54)));
-    cell.exponent = hn::Add(cell.exponent, more);
-    return with_special_values(of_cell(nearer, cell), x);
+    const Truths usual = is_usual(x);
+    const Near near = near_of(x);
+    InCell cell = in_cell(cell_bits(hn::IfThenElse(usual, x, near.number)));
+    cell.exponent = hn::Sub(cell.exponent, hn::IfThenElseZero(hn::Not(usual), near.exponent));
+    return with_special_values(of_cell(hn::IfThenElse(usual, x, near.number), cell), x);
   }
 
  private:
@@ -90,17 +105,24 @@ struct Log {
 
 /// The sum 1 + x is rounded. What it has lost is added to r.
 struct Log1p {
-  static HWY_INLINE Truths is_usual(Lanes x) { return has_cell(cell_bits(hn::Add(x, all(1)))); }
+  static HWY_INLINE Truths is_usual(Lanes x) {
+    // The square of a number without these bits of the exponent is subnormal.
+    constexpr std::uint64_t upper_exponent_bits = std::uint64_t{3} << 61;
+    const BitLanes upper = hn::And(bits_of(x), all_words(upper_exponent_bits));
+    return hn::And(has_cell(cell_bits(hn::Add(x, all(1)))), hn::RebindMask(Doubles(), hn::Ne(upper, all_words(0))));
+  }
   static HWY_INLINE Lanes of_usual(Lanes x) {
     const Lanes sum = hn::Add(x, all(1));
     return of_sum(x, sum, in_cell(cell_bits(sum)), x);
   }
   static HWY_INLINE Lanes of_any(Lanes x) {
-    const Truths usual = is_usual(x);
-    const Lanes nearer = hn::IfThenElse(usual, x, hn::Mul(x, all(0x1p-100))), sum = hn::Add(nearer, all(1));
+    const Truths usual = is_usual(x), tiny = is_tiny(x);
+    const Lanes number = hn::IfThenZeroElse(tiny, x);
+    const Lanes nearer = hn::IfThenElse(usual, number, hn::Mul(number, all(0x1p-100)));
+    const Lanes sum = hn::Add(nearer, all(1));
     InCell cell = in_cell(cell_bits(sum));
-    cell.exponent = hn::Add(cell.exponent, hn::IfThenElse(usual, all(0), all(100)));
-    return with_special_values(of_sum(nearer, sum, cell, x), hn::Add(x, all(1)));
+    cell.exponent = hn::Add(cell.exponent, hn::IfThenElseZero(hn::Not(usual), all(100)));
+    return hn::IfThenElse(tiny, x, with_special_values(of_sum(nearer, sum, cell, x), hn::Add(x, all(1))));
   }
 
  private:
@@ -120,10 +142,13 @@ struct Cbrt {
   static HWY_INLINE Lanes of_usual(Lanes x) { return hn::CopySign(of_positive(hn::Abs(x)), x); }
   static HWY_INLINE Lanes of_any(Lanes x) {
     const Lanes magnitude = hn::Abs(x);
-    const Truths large = hn::Ge(magnitude, all(1)), usual = is_usual(x);
-    const Lanes factor = hn::IfThenElse(large, all(0x1p-54), all(0x1p54));
-    const Lanes y = of_positive(hn::IfThenElse(usual, magnitude, hn::Mul(magnitude, factor)));
-    const Lanes back = hn::Mul(y, hn::IfThenElse(usual, all(1), hn::IfThenElse(large, all(0x1p18), all(0x1p-18))));
+    const Truths usual = is_usual(x);
+    const Near near = near_of(magnitude);
+    const Lanes y = of_positive(hn::IfThenElse(usual, magnitude, near.number));
+    const Lanes root_of_power =
+        hn::IfThenElse(hn::Gt(near.exponent, all(1000)), all(0x1p-358),
+                       hn::IfThenElse(hn::Lt(near.exponent, all(0)), all(0x1p20), all(0x1p-20)));
+    const Lanes back = hn::Mul(y, hn::IfThenElse(usual, all(1), root_of_power));
     const Truths is_finite = hn::And(hn::Gt(magnitude, all(0)), hn::Lt(magnitude, all(infinity)));
     return hn::IfThenElse(is_finite, hn::CopySign(back, x), hn::Add(x, x));
   }

@@ -42,7 +42,32 @@ constexpr double not_a_number = std::numeric_limits<double>::quiet_NaN();
 constexpr double smallest_normal = std::numeric_limits<double>::min();
 constexpr std::uint64_t bits_of_one = std::uint64_t{1023} << 52;
 constexpr std::uint64_t exponent_bits = std::uint64_t{0x7ff} << 52;
+constexpr std::uint64_t below_exponent = (std::uint64_t{1} << 52) - 1;
 constexpr std::uint64_t sign_bit = std::uint64_t{1} << 63;
+
+/// The bits of a double.
+constexpr std::uint64_t word_of(double x) { return __builtin_bit_cast(std::uint64_t, x); }
+
+/// Loops leave smaller magnitudes to `of_any`: their squares and cubes may be subnormal, and processors take a hundred
+/// times as long for a subnormal product.
+constexpr double least_usual = 0x1p-300;
+
+/// Whether the magnitude is from `least_usual` up to `most`: one comparison of bits.
+HWY_INLINE Truths is_usual_up_to(Lanes x, double most) {
+  const hn::RebindToSigned<Doubles> integers;
+  constexpr std::uint64_t offset = sign_bit - 2 * word_of(least_usual);
+  const BitLanes without_sign = hn::ShiftLeft<1>(bits_of(x));
+  const auto placed = hn::BitCast(integers, hn::Add(without_sign, all_words(offset)));
+  const auto end = hn::BitCast(integers, all_words(2 * word_of(most) + offset));
+  return hn::RebindMask(Doubles(), hn::Not(hn::Gt(placed, end)));
+}
+
+HWY_INLINE Truths is_tiny(Lanes x) { return hn::Lt(hn::Abs(x), all(least_usual)); }
+
+/// At most `most` and at least `least`; NaN stays.
+HWY_INLINE Lanes clamped(Lanes x, double least, double most) {
+  return first_if_greater(Doubles(), all(least), first_if_less(Doubles(), all(most), x));
+}
 
 // ---- Rounding to integers
 

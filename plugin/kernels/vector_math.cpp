@@ -15,6 +15,30 @@
 HWY_BEFORE_NAMESPACE();
 namespace arrayfold::HWY_NAMESPACE {
 
+// ---- Fewer elements than a register has
+
+/// The elements, and the last one in the other lanes.
+template <class D, class T>
+HWY_INLINE hn::Vec<D> padded(D tag, const T* elements, std::size_t count) {
+  const auto padding = hn::Set(tag, elements[count - 1]);
+  if constexpr (hn::MaxLanes(tag) <= 2) {
+    return padding;
+  } else {
+    const auto first = hn::FirstN(tag, count);
+    return hn::IfThenElse(first, hn::MaskedLoad(first, tag, elements), padding);
+  }
+}
+
+template <class D, class V>
+HWY_INLINE void store_first(D tag, V lanes, double* out, std::size_t count) {
+  if constexpr (hn::MaxLanes(tag) <= 2)
+    out[0] = hn::GetLane(lanes);
+  else
+    hn::BlendedStore(lanes, hn::FirstN(tag, count), tag, out);
+}
+
+// ---- The loops
+
 /// The function of a register. `of_usual` is right where `is_usual` holds for each lane, `of_any` everywhere.
 template <class Function>
 HWY_INLINE Lanes value_of(Lanes x) {
@@ -22,22 +46,18 @@ HWY_INLINE Lanes value_of(Lanes x) {
   return Function::of_any(x);
 }
 
-/// The remainder is padded with the last element.
+/// The remainder, padded with the last element, goes through the same instructions.
 template <class Function, class T>
 void over_registers(const T* in, double* out, std::size_t count) {
   const Doubles tag;
   const hn::Rebind<T, Doubles> numbers;
   constexpr std::size_t lanes = hn::MaxLanes(tag);
-  std::size_t i = 0;
-  for (; count - i >= lanes; i += lanes) hn::StoreU(value_of<Function>(load_as(tag, in + i)), tag, out + i);
-  if (i == count) return;
-  const auto padding = hn::Set(numbers, in[count - 1]);
-  if constexpr (lanes <= 2) {
-    out[i] = hn::GetLane(value_of<Function>(as_doubles(numbers, padding)));
-  } else {
-    const auto left = hn::FirstN(numbers, count - i);
-    const auto padded = hn::IfThenElse(left, hn::MaskedLoad(left, numbers, in + i), padding);
-    hn::BlendedStore(value_of<Function>(as_doubles(numbers, padded)), hn::FirstN(tag, count - i), tag, out + i);
+  for (; count != 0; in += lanes, out += lanes, count -= lanes) {
+    const bool is_whole = count >= lanes;
+    const auto loaded = is_whole ? hn::LoadU(numbers, in) : padded(numbers, in, count);
+    const Lanes y = value_of<Function>(as_doubles(numbers, loaded));
+    if (!is_whole) return store_first(tag, y, out, count);
+    hn::StoreU(y, tag, out);
   }
 }
 

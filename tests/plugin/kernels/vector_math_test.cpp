@@ -92,7 +92,7 @@ void add_around(std::vector<double>& values, double x) {
 /// Where tables and polynomials change, where ranges end, and every power of two.
 std::vector<double> borders() {
   const long double step = std::log(2.0L) / 32, quarter = std::acos(0.0L) / 2;
-  std::vector<double> values;
+  std::vector<double> values = {HUGE_VAL, -HUGE_VAL, std::nan(""), -std::nan("")};
   for (int i = -34'600; i <= 32'900; i += i % 64 == 0 ? 1 : 7) add_around(values, static_cast<double>(step * i));
   for (int i = 0; i < 1000; ++i) add_around(values, static_cast<double>(step * i / 2));
   for (int i = 1; i < 127'400; i += i < 4000 ? 1 : 101) add_around(values, static_cast<double>(quarter * i));
