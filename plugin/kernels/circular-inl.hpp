@@ -1,6 +1,6 @@
 // kernels/circular-inl.hpp: sin, cos and tan of a register
 //
-// |x| = n * pi/2 + r, where |r| is at most pi/4 and has two parts. pi/2 is the sum of three doubles, 160 bits: for |x|
+// x = n * pi/2 + r, where |r| is at most pi/4 and has two parts. pi/2 is the sum of three doubles, 143 bits: for |x|
 // up to 1e5 each step is exact or lost bits are kept, and r is right to 2^-60 of itself, also next to multiples of
 // pi/2. Sine and cosine of r are polynomials; n says which of them is taken, and its sign. The functions of larger
 // numbers are the C library's.
@@ -27,9 +27,9 @@ struct Angle {
   Lanes r, low;
 };
 
-HWY_INLINE Angle angle_of(Lanes magnitude) {
-  const Integer n = nearest_integer(magnitude, all(constants::quarters_per_unit));
-  const Lanes first = fused_from(magnitude, n.value, all(constants::quarter_first));
+HWY_INLINE Angle angle_of(Lanes x) {
+  const Integer n = nearest_integer(x, all(constants::quarters_per_unit));
+  const Lanes first = fused_from(x, n.value, all(constants::quarter_first));
   const Lanes r = hn::NegMulAdd(n.value, all(constants::quarter_second), first);
   const Lanes lost = hn::NegMulAdd(n.value, all(constants::quarter_second), hn::Sub(first, r));
   const Lanes low = hn::NegMulAdd(n.value, all(constants::quarter_third), lost);
@@ -39,22 +39,19 @@ HWY_INLINE Angle angle_of(Lanes magnitude) {
 /// The truth of each lane whose lowest bit is set.
 HWY_INLINE Truths is_odd(BitLanes bits) { return hn::RebindMask(Doubles(), hn::TestBit(bits, all_words(1))); }
 
-/// Sine of |x|, with the sign of x where it has one, `turned` by so many quarters. The cosine of r is 1 - 2 s^2, where
-/// s is the sine of r / 2: so one polynomial serves all lanes.
-HWY_INLINE Lanes sine_of(Lanes magnitude, BitLanes sign, std::uint64_t turned) {
-  const Angle a = angle_of(magnitude);
+/// Sine of x, `turned` by so many quarters. The cosine of r is 1 - 2 s^2, where s is the sine of r / 2: so one
+/// polynomial serves all lanes. Every step for -x gives the negative number of that for x, or the same square.
+HWY_INLINE Lanes sine_of(Lanes x, std::uint64_t turned) {
+  const Angle a = angle_of(x);
   const BitLanes quarters = hn::Add(a.quarters, all_words(turned));
   const Truths odd = is_odd(quarters);
   const Lanes r = hn::IfThenElse(odd, hn::Mul(a.r, all(0.5)), a.r);
   const Lanes low = hn::IfThenElse(odd, hn::Mul(a.low, all(0.5)), a.low);
   const Lanes square = hn::Mul(r, r);
-  // The lower part counts by the slope, about 1 - r^2 / 2.
-  const Lanes lower = hn::Mul(low, hn::NegMulAdd(square, all(0.5), all(1)));
   const Lanes factor = polynomial(constants::sine, square, hn::Mul(square, square));
-  const Lanes sine = hn::Add(r, hn::MulAdd(hn::Mul(square, r), factor, lower));
+  const Lanes sine = hn::Add(r, hn::MulAdd(hn::Mul(square, r), factor, low));
   const Lanes value = hn::IfThenElse(odd, hn::MulAdd(hn::Mul(sine, all(-2)), sine, all(1)), sine);
-  const BitLanes signs = hn::And(hn::Xor(hn::ShiftLeft<62>(quarters), sign), all_words(sign_bit));
-  return from_bits(hn::Xor(bits_of(value), signs));
+  return from_bits(hn::Xor(bits_of(value), hn::And(hn::ShiftLeft<62>(quarters), all_words(sign_bit))));
 }
 
 /// The largest magnitude that the kernel computes itself.
@@ -78,22 +75,22 @@ HWY_INLINE Lanes with_library(Lanes x, double (*function)(double)) {
 }
 
 struct Sin {
-  static HWY_INLINE Truths is_usual(Lanes x) { return is_usual_up_to(x, largest); }
-  static HWY_INLINE Lanes of_usual(Lanes x) { return sine_of(hn::Abs(x), bits_of(x), 0); }
+  static HWY_INLINE Truths is_unusual(Lanes x) { return is_unusual_above(x, largest); }
+  static HWY_INLINE Lanes of_usual(Lanes x) { return sine_of(x, 0); }
   static HWY_INLINE Lanes of_any(Lanes x) { return hn::IfThenElse(is_tiny(x), x, with_library<Sin>(x, std::sin)); }
 };
 
 struct Cos {
-  static HWY_INLINE Truths is_usual(Lanes x) { return is_usual_up_to(x, largest); }
-  static HWY_INLINE Lanes of_usual(Lanes x) { return sine_of(hn::Abs(x), all_words(0), 1); }
+  static HWY_INLINE Truths is_unusual(Lanes x) { return is_unusual_above(x, largest); }
+  static HWY_INLINE Lanes of_usual(Lanes x) { return sine_of(x, 1); }
   static HWY_INLINE Lanes of_any(Lanes x) { return with_library<Cos>(x, std::cos); }
 };
 
 /// A quotient of polynomials in r, or of the second one and the negative first one.
 struct Tan {
-  static HWY_INLINE Truths is_usual(Lanes x) { return is_usual_up_to(x, largest); }
+  static HWY_INLINE Truths is_unusual(Lanes x) { return is_unusual_above(x, largest); }
   static HWY_INLINE Lanes of_usual(Lanes x) {
-    const Angle a = angle_of(hn::Abs(x));
+    const Angle a = angle_of(x);
     const Lanes square = hn::Mul(a.r, a.r), fourth = hn::Mul(square, square);
     const Lanes lower = hn::Mul(a.low, hn::MulAdd(square, all(constants::tangent_slope), all(1)));
     const Lanes p_tail = hn::MulAdd(hn::Mul(square, a.r), short_polynomial(constants::tangent_dividend, square), lower);
@@ -104,8 +101,7 @@ struct Tan {
     const Truths odd = is_odd(a.quarters);
     const Pair dividend = sum_of(hn::IfThenElse(odd, q, a.r), hn::IfThenElse(odd, q_tail, p_tail));
     const Pair divisor = sum_of(hn::IfThenElse(odd, a.r, q), hn::IfThenElse(odd, p_tail, q_tail));
-    const BitLanes signs = hn::And(hn::Xor(hn::ShiftLeft<63>(a.quarters), bits_of(x)), all_words(sign_bit));
-    return from_bits(hn::Xor(bits_of(quotient(dividend, divisor)), signs));
+    return from_bits(hn::Xor(bits_of(quotient(dividend, divisor)), hn::ShiftLeft<63>(a.quarters)));
   }
   static HWY_INLINE Lanes of_any(Lanes x) { return hn::IfThenElse(is_tiny(x), x, with_library<Tan>(x, std::tan)); }
 };

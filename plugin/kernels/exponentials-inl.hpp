@@ -89,7 +89,7 @@ HWY_INLINE Lanes exponential_of_any(Lanes any) {
 // ---- The functions
 
 struct Exp {
-  static HWY_INLINE Truths is_usual(Lanes x) { return is_usual_up_to(x, 708); }
+  static HWY_INLINE Truths is_unusual(Lanes x) { return is_unusual_above(x, 708); }
   static HWY_INLINE Lanes of_usual(Lanes x) {
     const Exponential e = exponential(x);
     return hn::MulAdd(e.power, small_exponential(hn::Add(e.left, e.low)), e.power);
@@ -98,17 +98,13 @@ struct Exp {
 };
 
 /// e^x - 1 in two parts, for |x| up to 708. The second part is far below the first one, but not within its rounding.
-template <bool any_power>
+template <bool is_negative = false>
 HWY_INLINE Pair exponential_less_one(Lanes x) {
   const Exponential e = exponential(x);
-  // Up to 2^53 and from 1/2 on nothing is lost.
-  Lanes less_one = hn::Sub(e.power, all(1));
+  // Nothing is lost from 1/2 up to 2^53. Beyond, 1 is at most half of the last place, and `lost` misses it.
+  const Lanes less_one = hn::Sub(e.power, all(1));
   Lanes lost = hn::Add(hn::Sub(all(-1), less_one), e.power);
-  if constexpr (any_power) {
-    const Truths large = hn::Ge(e.power, all(0x1p53));
-    less_one = hn::IfThenElse(large, e.power, less_one);
-    lost = hn::IfThenElse(large, all(-1), lost);
-  }
+  if constexpr (!is_negative) lost = hn::IfThenElse(hn::Gt(e.power, all(0x1p53)), hn::Sub(lost, all(1)), lost);
   const Lanes sum = hn::MulAdd(e.power, e.left, less_one);
   const Lanes lost_of_sum = hn::Add(fused(e.power, e.left, hn::Sub(less_one, sum)), lost);
   const Lanes r = hn::Add(e.left, e.low), squared = hn::Mul(r, r);
@@ -117,20 +113,16 @@ HWY_INLINE Pair exponential_less_one(Lanes x) {
 }
 
 struct Expm1 {
-  static HWY_INLINE Truths is_usual(Lanes x) { return is_usual_up_to(x, 36); }
-  static HWY_INLINE Lanes of_usual(Lanes x) { return sum_of_parts<false>(x); }
-  static HWY_INLINE Lanes of_any(Lanes x) {
-    const Truths large = hn::Gt(x, all(708)), tiny = is_tiny(x);
-    const Lanes parts = hn::IfThenElse(tiny, x, sum_of_parts<true>(clamped(hn::IfThenZeroElse(tiny, x), -60, 708)));
-    return hn::AllFalse(Doubles(), large) ? parts : hn::IfThenElse(large, exponential_of_any(x), parts);
-  }
-
- private:
+  static HWY_INLINE Truths is_unusual(Lanes x) { return is_unusual_above(x, 600); }
   /// The sign is that of x, also of zeros.
-  template <bool any_power>
-  static HWY_INLINE Lanes sum_of_parts(Lanes x) {
-    const Pair value = exponential_less_one<any_power>(x);
+  static HWY_INLINE Lanes of_usual(Lanes x) {
+    const Pair value = exponential_less_one(x);
     return hn::CopySign(hn::Add(value.high, value.low), x);
+  }
+  static HWY_INLINE Lanes of_any(Lanes x) {
+    const Truths large = hn::Gt(x, all(600)), tiny = is_tiny(x);
+    const Lanes usual = hn::IfThenElse(tiny, x, of_usual(clamped(hn::IfThenZeroElse(tiny, x), -600, 600)));
+    return hn::AllFalse(Doubles(), large) ? usual : hn::IfThenElse(large, exponential_of_any(x), usual);
   }
 };
 
@@ -167,7 +159,7 @@ HWY_INLINE Halves halves(Lanes magnitude) {
 }
 
 struct Cosh {
-  static HWY_INLINE Truths is_usual(Lanes x) { return is_usual_up_to(x, 700); }
+  static HWY_INLINE Truths is_unusual(Lanes x) { return is_unusual_above(x, 700); }
   static HWY_INLINE Lanes of_usual(Lanes x) {
     const Halves h = halves(hn::Abs(x));
     const Lanes sine = hn::Add(h.left, h.sine_tail);
@@ -183,7 +175,7 @@ struct Cosh {
 };
 
 struct Sinh {
-  static HWY_INLINE Truths is_usual(Lanes x) { return is_usual_up_to(x, 700); }
+  static HWY_INLINE Truths is_unusual(Lanes x) { return is_unusual_above(x, 700); }
   static HWY_INLINE Lanes of_usual(Lanes x) {
     const Halves h = halves(hn::Abs(x));
     const Lanes main = hn::MulAdd(h.sum, h.left, h.difference);
@@ -201,7 +193,7 @@ struct Sinh {
 };
 
 struct Tanh {
-  static HWY_INLINE Truths is_usual(Lanes x) { return hn::Ge(hn::Abs(x), all(least_usual)); }
+  static HWY_INLINE Truths is_unusual(Lanes x) { return is_tiny(x); }
   static HWY_INLINE Lanes of_any(Lanes x) {
     const Truths tiny = is_tiny(x);
     return hn::IfThenElse(tiny, x, of_usual(hn::IfThenZeroElse(tiny, x)));
@@ -210,7 +202,7 @@ struct Tanh {
   static HWY_INLINE Lanes of_usual(Lanes x) {
     const Lanes magnitude = hn::Abs(x);
     const Lanes nearer = first_if_less(Doubles(), all(20), magnitude);
-    const Pair parts = exponential_less_one<false>(hn::Mul(nearer, all(-2)));
+    const Pair parts = exponential_less_one<true>(hn::Mul(nearer, all(-2)));
     const Pair e = sum_of(parts.high, parts.low);
     const Lanes divisor = hn::Add(all(2), e.high);
     const Lanes divisor_low = hn::Add(lost_in(divisor, all(2), e.high), e.low);

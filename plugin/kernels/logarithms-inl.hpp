@@ -23,10 +23,10 @@ namespace arrayfold::HWY_NAMESPACE {
 /// The bits from which cell and exponent are read.
 HWY_INLINE BitLanes cell_bits(Lanes x) { return hn::Add(bits_of(x), all_words(constants::to_cells)); }
 
-/// Whether x is positive, normal and not among the largest: all others have bits beyond these.
-HWY_INLINE Truths has_cell(BitLanes bits) {
+/// True where x is negative, 0, subnormal, among the largest or no number: these bits are beyond those of the others.
+HWY_INLINE Truths lacks_cell(BitLanes bits) {
   constexpr std::uint64_t exponents = 2041;
-  return hn::RebindMask(Doubles(), hn::Lt(bits, all_words(exponents << 52)));
+  return hn::RebindMask(Doubles(), hn::Gt(bits, all_words((exponents << 52) - 1)));
 }
 
 /// x as its cell, in the lowest bits; its exponent, biased; and what multiplies it to 1 + r.
@@ -86,14 +86,14 @@ HWY_INLINE Near near_of(Lanes x) {
 }
 
 struct Log {
-  static HWY_INLINE Truths is_usual(Lanes x) { return has_cell(cell_bits(x)); }
+  static HWY_INLINE Truths is_unusual(Lanes x) { return lacks_cell(cell_bits(x)); }
   static HWY_INLINE Lanes of_usual(Lanes x) { return of_cell(x, in_cell(cell_bits(x))); }
   static HWY_INLINE Lanes of_any(Lanes x) {
-    const Truths usual = is_usual(x);
+    const Truths unusual = is_unusual(x);
     const Near near = near_of(x);
-    InCell cell = in_cell(cell_bits(hn::IfThenElse(usual, x, near.number)));
-    cell.exponent = hn::Sub(cell.exponent, hn::IfThenElseZero(hn::Not(usual), near.exponent));
-    return with_special_values(of_cell(hn::IfThenElse(usual, x, near.number), cell), x);
+    InCell cell = in_cell(cell_bits(hn::IfThenElse(unusual, near.number, x)));
+    cell.exponent = hn::Sub(cell.exponent, hn::IfThenElseZero(unusual, near.exponent));
+    return with_special_values(of_cell(hn::IfThenElse(unusual, near.number, x), cell), x);
   }
 
  private:
@@ -105,23 +105,23 @@ struct Log {
 
 /// The sum 1 + x is rounded. What it has lost is added to r.
 struct Log1p {
-  static HWY_INLINE Truths is_usual(Lanes x) {
+  static HWY_INLINE Truths is_unusual(Lanes x) {
     // The square of a number without these bits of the exponent is subnormal.
     constexpr std::uint64_t upper_exponent_bits = std::uint64_t{3} << 61;
     const BitLanes upper = hn::And(bits_of(x), all_words(upper_exponent_bits));
-    return hn::And(has_cell(cell_bits(hn::Add(x, all(1)))), hn::RebindMask(Doubles(), hn::Ne(upper, all_words(0))));
+    return hn::Or(lacks_cell(cell_bits(hn::Add(x, all(1)))), hn::RebindMask(Doubles(), hn::Eq(upper, all_words(0))));
   }
   static HWY_INLINE Lanes of_usual(Lanes x) {
     const Lanes sum = hn::Add(x, all(1));
     return of_sum(x, sum, in_cell(cell_bits(sum)), x);
   }
   static HWY_INLINE Lanes of_any(Lanes x) {
-    const Truths usual = is_usual(x), tiny = is_tiny(x);
+    const Truths unusual = is_unusual(x), tiny = is_tiny(x);
     const Lanes number = hn::IfThenZeroElse(tiny, x);
-    const Lanes nearer = hn::IfThenElse(usual, number, hn::Mul(number, all(0x1p-100)));
+    const Lanes nearer = hn::IfThenElse(unusual, hn::Mul(number, all(0x1p-100)), number);
     const Lanes sum = hn::Add(nearer, all(1));
     InCell cell = in_cell(cell_bits(sum));
-    cell.exponent = hn::Add(cell.exponent, hn::IfThenElseZero(hn::Not(usual), all(100)));
+    cell.exponent = hn::Add(cell.exponent, hn::IfThenElseZero(unusual, all(100)));
     return hn::IfThenElse(tiny, x, with_special_values(of_sum(nearer, sum, cell, x), hn::Add(x, all(1))));
   }
 
@@ -138,17 +138,17 @@ struct Log1p {
 /// 2^-30; the product of t^2 and z is near the cube root, and what its cube leaves corrects it. Cubes have exact roots,
 /// since all that is computed before the last rounding is right to far more than its half unit.
 struct Cbrt {
-  static HWY_INLINE Truths is_usual(Lanes x) { return has_cell(cell_bits(hn::Abs(x))); }
+  static HWY_INLINE Truths is_unusual(Lanes x) { return lacks_cell(cell_bits(hn::Abs(x))); }
   static HWY_INLINE Lanes of_usual(Lanes x) { return hn::CopySign(of_positive(hn::Abs(x)), x); }
   static HWY_INLINE Lanes of_any(Lanes x) {
     const Lanes magnitude = hn::Abs(x);
-    const Truths usual = is_usual(x);
+    const Truths unusual = is_unusual(x);
     const Near near = near_of(magnitude);
-    const Lanes y = of_positive(hn::IfThenElse(usual, magnitude, near.number));
+    const Lanes y = of_positive(hn::IfThenElse(unusual, near.number, magnitude));
     const Lanes root_of_power =
         hn::IfThenElse(hn::Gt(near.exponent, all(1000)), all(0x1p-358),
                        hn::IfThenElse(hn::Lt(near.exponent, all(0)), all(0x1p20), all(0x1p-20)));
-    const Lanes back = hn::Mul(y, hn::IfThenElse(usual, all(1), root_of_power));
+    const Lanes back = hn::Mul(y, hn::IfThenElse(unusual, root_of_power, all(1)));
     const Truths is_finite = hn::And(hn::Gt(magnitude, all(0)), hn::Lt(magnitude, all(infinity)));
     return hn::IfThenElse(is_finite, hn::CopySign(back, x), hn::Add(x, x));
   }

@@ -52,14 +52,13 @@ constexpr std::uint64_t word_of(double x) { return __builtin_bit_cast(std::uint6
 /// times as long for a subnormal product.
 constexpr double least_usual = 0x1p-300;
 
-/// Whether the magnitude is from `least_usual` up to `most`: one comparison of bits.
-HWY_INLINE Truths is_usual_up_to(Lanes x, double most) {
+/// False where the magnitude is from `least_usual` up to `most`: one comparison of bits, as signed integers.
+HWY_INLINE Truths is_unusual_above(Lanes x, double most) {
   const hn::RebindToSigned<Doubles> integers;
-  constexpr std::uint64_t offset = sign_bit - 2 * word_of(least_usual);
-  const BitLanes without_sign = hn::ShiftLeft<1>(bits_of(x));
-  const auto placed = hn::BitCast(integers, hn::Add(without_sign, all_words(offset)));
-  const auto end = hn::BitCast(integers, all_words(2 * word_of(most) + offset));
-  return hn::RebindMask(Doubles(), hn::Not(hn::Gt(placed, end)));
+  constexpr std::uint64_t offset = sign_bit - word_of(least_usual);
+  const auto placed = hn::BitCast(integers, hn::Add(bits_of(hn::Abs(x)), all_words(offset)));
+  const auto end = hn::BitCast(integers, all_words(word_of(most) + offset));
+  return hn::RebindMask(Doubles(), hn::Gt(placed, end));
 }
 
 HWY_INLINE Truths is_tiny(Lanes x) { return hn::Lt(hn::Abs(x), all(least_usual)); }

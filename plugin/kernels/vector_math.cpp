@@ -39,10 +39,10 @@ HWY_INLINE void store_first(D tag, V lanes, double* out, std::size_t count) {
 
 // ---- The loops
 
-/// The function of a register. `of_usual` is right where `is_usual` holds for each lane, `of_any` everywhere.
+/// The function of a register. `of_usual` is right where `is_unusual` holds for no lane, `of_any` everywhere.
 template <class Function>
 HWY_INLINE Lanes value_of(Lanes x) {
-  if (HWY_LIKELY(hn::AllTrue(Doubles(), Function::is_usual(x)))) return Function::of_usual(x);
+  if (HWY_LIKELY(hn::AllFalse(Doubles(), Function::is_unusual(x)))) return Function::of_usual(x);
   return Function::of_any(x);
 }
 

@@ -23,8 +23,8 @@ struct Named {
 constexpr Named all[] = {
     {"xexp", &VectorMath::exp, 0xe41b272df16fb9ff},   {"xexpm1", &VectorMath::expm1, 0x0d84169921466645},
     {"xlog", &VectorMath::log, 0x4960be4a99db733c},   {"xlog1p", &VectorMath::log1p, 0xea853c3c9ee38cec},
-    {"xcbrt", &VectorMath::cbrt, 0xea0dfa67fc959b5f}, {"xsin", &VectorMath::sin, 0x69aa5c7eda580d1d},
-    {"xcos", &VectorMath::cos, 0x77e86952f9e6ec7b},   {"xtan", &VectorMath::tan, 0xcc7daed70eb8bb45},
+    {"xcbrt", &VectorMath::cbrt, 0xea0dfa67fc959b5f}, {"xsin", &VectorMath::sin, 0xeebdbe0149b08479},
+    {"xcos", &VectorMath::cos, 0xa3ace101df27fe25},   {"xtan", &VectorMath::tan, 0xcc7daed70eb8bb45},
     {"xsinh", &VectorMath::sinh, 0x698c8b2312ce2975}, {"xcosh", &VectorMath::cosh, 0x3a16abbc18cc80e7},
     {"xtanh", &VectorMath::tanh, 0x5d1172d3c4e90daa}};
 
