@@ -3,9 +3,9 @@
 // x = n * ln(2)/16 + r, where |r| is at most ln(2)/32. The power 2^(n/16) is one of 16 doubles with the exponent added,
 // and e^r is a polynomial. What r and the double have lost stays in a number of its own, which is added late.
 //
-// Errors in units in the last place: the last rounding has 0.5, and all before it is smaller by 2^5 at least. In exp
-// that is the sum r + r^2 q(r) beside 1. expm1 and the hyperbolic functions cancel where n is small; they keep the sum
-// of the power and its product with r in two parts.
+// Errors in units in the last place: the last rounding has 0.5. All before it has less than 0.05, since it is smaller
+// by 2^5 at least: in exp and cosh that is what is added to the power. expm1, sinh and tanh cancel where n is small, so
+// they keep the sum of the power and its product with r in two parts; in sinh what is added to these has less than 0.1.
 
 #if defined(ARRAYFOLD_EXPONENTIALS_INL) == defined(HWY_TARGET_TOGGLE)
 #ifdef ARRAYFOLD_EXPONENTIALS_INL

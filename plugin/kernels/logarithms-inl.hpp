@@ -1,12 +1,13 @@
 // kernels/logarithms-inl.hpp: log, log1p and cbrt of a register
 //
-// x = 2^k * z, where z lies in one of 16 cells around 1.03 to 1.9. The table has a short number near 1/z for each cell:
-// its product with z is 1 + r, where |r| is below 1/16, and r is a double exactly. The logarithm is the sum of k ln 2,
-// the logarithm of the cell and a polynomial in r. The first two have upper parts whose sum is exact. In the cell of 1
-// both are 0, so that results near 0 keep their accuracy.
+// x = 2^k * z, where z lies in one of 16 cells from 0.98 to 1.97. The table has a short number near 1/z for each cell:
+// its product with z is 1 + r, where |r| is below 1/16, and r is a double exactly wherever the logarithm is below 0.09.
+// The logarithm is the sum of k ln 2, the logarithm of the cell, r and a polynomial in r. The first two have upper
+// parts whose sum is exact. In the cell of 1 both are 0, so that results near 0 keep their accuracy.
 //
-// Errors in units in the last place: 0.5 of the last rounding, and less than 0.05 of the sum of what is added to the
-// first two parts and r, which is at least 2^5 times smaller.
+// Errors in units in the last place: the last rounding has 0.5. The polynomial and the lower parts have less than 0.15,
+// since they are at least 2^5 times smaller than the first two and r. In log1p they meet what the sum 1 + x has lost,
+// which has up to 0.25 where x is near 2^-53. In cbrt all before the last rounding has less than 0.01.
 
 #if defined(ARRAYFOLD_LOGARITHMS_INL) == defined(HWY_TARGET_TOGGLE)
 #ifdef ARRAYFOLD_LOGARITHMS_INL

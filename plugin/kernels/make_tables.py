@@ -11,6 +11,7 @@
 import argparse
 import os
 import sys
+import textwrap
 
 from mpmath import mp, mpf
 
@@ -84,11 +85,11 @@ def demand(condition, what):
 
 
 def fitted(function, degree, low, high, weight, exponent):
-    """A polynomial whose error, times the weight, stays below a power of two. A range from 0 on has a weight of 0 there."""
+    """A polynomial whose error, times the weight, stays below a power of two. A range from 0 on has weight 0 there."""
     points = points_above_zero(high, degree + 1) if low == 0 else points_between(low, high, degree + 1)
     found = polynomial(function, points)
     error = largest_error(function, found, low, high, weight)
-    demand(error < mpf(2) ** exponent, f"a polynomial of degree {degree} has the error 2^{mp.nstr(mp.log(error, 2), 5)}")
+    demand(error < mpf(2) ** exponent, f"a polynomial of degree {degree} has the error {mp.nstr(error, 5)}")
     return found
 
 
@@ -103,7 +104,7 @@ lines = []
 
 
 def comment(text):
-    lines.extend(["", f"// {text}"])
+    lines.extend([""] + textwrap.wrap(text, width=120, initial_indent="// ", subsequent_indent="// "))
 
 
 def constant(name, x):
@@ -147,15 +148,15 @@ def exponentials():
     constant("step_high", high)
     constant("step_low", low)
 
-    comment("The bits of 2^(i/16) without i in the upper ones: n, shifted there, adds its exponent. Then how much larger")
-    lines.append("// the power is than the double, as a share of it.")
+    comment("The bits of 2^(i/16) without i in the upper ones: n, shifted there, adds its exponent. Then how much "
+            "larger the power is than the double, as a share of it.")
     powers = [mpf(2) ** (mpf(i) / STEPS) for i in range(STEPS)]
     tails = [rounded((power - rounded(power)) / rounded(power)) for power in powers]
     words("power_bits", [word_of(rounded(power)) - (i << TOP) for i, power in enumerate(powers)])
     doubles("power_tails", tails)
 
-    comment("Halves of the powers 2^(n/16) and 2^(-n/16), for the hyperbolic functions. From the bits of the second one")
-    lines.append("// n is subtracted.")
+    comment("Halves of the powers 2^(n/16) and 2^(-n/16), for the hyperbolic functions. From the bits of the second "
+            "one n is subtracted.")
     inverses = [1 / power for power in powers]
     words("half_power_bits", [word_of(rounded(power) / 2) - (i << TOP) for i, power in enumerate(powers)])
     words("half_inverse_bits", [word_of(rounded(power) / 2) + (i << TOP) for i, power in enumerate(inverses)])
@@ -190,7 +191,7 @@ def reach_of(cell, inverse):
 
 
 def inverse_of(cell):
-    """A number near the inverse of the cell, so short that its product with z, less 1, is a double where this counts."""
+    """A number near the inverse of the cell, so short that z times it, less 1, is a double where this counts."""
     low, high = cell
     if low < 1 < high:
         return mpf(1)
@@ -208,8 +209,8 @@ def inverse_of(cell):
 def logarithms():
     borders = cells()
     inverses = [inverse_of(cell) for cell in borders]
-    comment("Logarithms: x = 2^k * z, where z lies in one of 16 cells, and z * inverse = 1 + r. The bits of x and this sum")
-    lines.append("// have k + 1021 above bit 52 and the cell in the four bits below. The cell of 1 is the first.")
+    comment("Logarithms: x = 2^k * z, where z lies in one of 16 cells, and z * inverse = 1 + r. The bits of x with "
+            "this sum have the exponent, k + 1021, above bit 52 and the cell in the four bits below. The cell of 1 is the first.")
     lines.append(f"constexpr std::uint64_t to_cells = {(1 << TOP - 1) - (1023 - BIAS << 52) & 0xffffffffffffffff:#x};")
     comment("The bits of the inverse, from which those above bit 48 are subtracted.")
     words("cell_inverses", [word_of(c) + (BIAS << 52) + (i << TOP) for i, c in enumerate(inverses)])
@@ -235,8 +236,8 @@ def logarithms():
     log_tail = lambda r: (mp.log1p(r) - r) / r ** 2
     doubles("logarithm", fitted(log_tail, 8, least, largest, lambda r: min(abs(r), mpf(1) / 32), -56))
 
-    comment("Cube roots: (1 + r)^(-1/3) in the same cells, and the cube roots of the inverses. 2^(-e/3) is a parabola in e")
-    lines.append("// for e = -1, 0, 1.")
+    comment("Cube roots: (1 + r)^(-1/3) in the same cells, and the cube roots of the inverses. 2^(-e/3) is a "
+            "parabola in e for e = -1, 0, 1.")
     doubles("cube_root_inverses", [rounded(mp.cbrt(c)) for c in inverses])
     doubles("inverse_cube_root", fitted(lambda r: mp.cbrt(1 / (1 + r)), 4, least, largest, lambda r: 1, -30))
     up, down = mp.cbrt(2), 1 / mp.cbrt(2)
@@ -246,7 +247,7 @@ def logarithms():
 # ---- Sine, cosine and tangent
 
 def circular():
-    comment("Circles: |x| = n * pi/2 + r with |r| <= pi/4.")
+    comment("Circles: x = n * pi/2 + r with |r| <= pi/4.")
     constant("quarters_per_unit", rounded(2 / mp.pi))
     # n has up to 16 bits for |x| up to 1e5, and its product with the second part is exact.
     first, second, third = parts(mp.pi / 2, 53, 37)
@@ -259,8 +260,8 @@ def circular():
     doubles("sine", fitted(sine, 5, 0, reach ** 2, lambda y: y, -57))
 
     dividend, divisor = tangent(reach ** 2)
-    comment("tan r is r * p / q. The polynomials p and q begin with 1, and are in powers of r^2: here are the other")
-    lines.append("// coefficients, of q in two parts.")
+    comment("tan r is r * p / q. The polynomials p and q begin with 1, and are in powers of r^2: here are the other "
+            "coefficients, of q in two parts.")
     doubles("tangent_dividend", dividend)
     constant("tangent_divisor_first", divisor[0])
     doubles("tangent_divisor", divisor[1:])
@@ -268,7 +269,7 @@ def circular():
 
 
 def tangent(high, dividend_count=3, divisor_count=4):
-    """The coefficients of both polynomials without the ones. The first one of the divisor is rounded before the rest."""
+    """The coefficients of both polynomials without the ones. The divisor's first one is rounded before the rest."""
     ratio = lambda y: mp.tan(mp.sqrt(y)) / mp.sqrt(y)
     powers = range(1, dividend_count + 1)
 

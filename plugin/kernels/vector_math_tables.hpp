@@ -11,8 +11,8 @@ constexpr double steps_per_unit = 0x1.71547652b82fep+4;
 constexpr double step_high = 0x1.62e42fefa0000p-5;
 constexpr double step_low = 0x1.cf79abc9e3b3ap-44;
 
-// The bits of 2^(i/16) without i in the upper ones: n, shifted there, adds its exponent. Then how much larger
-// the power is than the double, as a share of it.
+// The bits of 2^(i/16) without i in the upper ones: n, shifted there, adds its exponent. Then how much larger the power
+// is than the double, as a share of it.
 alignas(64) constexpr std::uint64_t power_bits[16] = {
     0x3ff0000000000000, 0x3fefb5586cf9890f, 0x3fef72b83c7d517b, 0x3fef387a6e756238,
     0x3fef06fe0a31b715, 0x3feedea64c123422, 0x3feebfdad5362a27, 0x3feeab07dd485429,
@@ -24,8 +24,8 @@ alignas(64) constexpr double power_tails[16] = {
     -0x1.3b3efbf5e2228p-54, -0x1.b32dcb94da51dp-56, 0x1.db72fc1f0eab4p-55, 0x1.1affc2b91ce27p-56,
     0x1.c1a7792cb3387p-55, 0x1.36eae30af0cb3p-56, 0x1.4a385a63d07a7p-56, -0x1.ff7128fd391f0p-55};
 
-// Halves of the powers 2^(n/16) and 2^(-n/16), for the hyperbolic functions. From the bits of the second one
-// n is subtracted.
+// Halves of the powers 2^(n/16) and 2^(-n/16), for the hyperbolic functions. From the bits of the second one n is
+// subtracted.
 alignas(64) constexpr std::uint64_t half_power_bits[16] = {
     0x3fe0000000000000, 0x3fdfb5586cf9890f, 0x3fdf72b83c7d517b, 0x3fdf387a6e756238,
     0x3fdf06fe0a31b715, 0x3fdedea64c123422, 0x3fdebfdad5362a27, 0x3fdeab07dd485429,
@@ -53,8 +53,8 @@ alignas(64) constexpr double cosine_h[3] = {
 alignas(64) constexpr double sine_h[3] = {
     0x1.5555555555557p-3, 0x1.11111110b1f60p-7, 0x1.a01b570abd49bp-13};
 
-// Logarithms: x = 2^k * z, where z lies in one of 16 cells, and z * inverse = 1 + r. The bits of x and this sum
-// have k + 1021 above bit 52 and the cell in the four bits below. The cell of 1 is the first.
+// Logarithms: x = 2^k * z, where z lies in one of 16 cells, and z * inverse = 1 + r. The bits of x with this sum have
+// the exponent, k + 1021, above bit 52 and the cell in the four bits below. The cell of 1 is the first.
 constexpr std::uint64_t to_cells = 0xffe0800000000000;
 
 // The bits of the inverse, from which those above bit 48 are subtracted.
@@ -84,8 +84,8 @@ alignas(64) constexpr double logarithm[9] = {
     -0x1.5555557299403p-3, 0x1.24923363f9d74p-3, -0x1.fffe504ce70fcp-4, 0x1.c7f89706f50ebp-4,
     -0x1.9db1ae19e62efp-4};
 
-// Cube roots: (1 + r)^(-1/3) in the same cells, and the cube roots of the inverses. 2^(-e/3) is a parabola in e
-// for e = -1, 0, 1.
+// Cube roots: (1 + r)^(-1/3) in the same cells, and the cube roots of the inverses. 2^(-e/3) is a parabola in e for e =
+// -1, 0, 1.
 alignas(64) constexpr double cube_root_inverses[16] = {
     0x1.0000000000000p+0, 0x1.f51a62037e955p-1, 0x1.ec9baf60b9f80p-1, 0x1.e37b99d747b6bp-1,
     0x1.db4ef118b9e31p-1, 0x1.d3a4a4d1b54f1p-1, 0x1.cc70c2014c3d9p-1, 0x1.c5a495c6ff87bp-1,
@@ -97,7 +97,7 @@ alignas(64) constexpr double inverse_cube_root[5] = {
 alignas(64) constexpr double third_power[3] = {
     0x1.0000000000000p+0, -0x1.dd68e9bbaedb3p-3, 0x1.b744985853524p-6};
 
-// Circles: |x| = n * pi/2 + r with |r| <= pi/4.
+// Circles: x = n * pi/2 + r with |r| <= pi/4.
 constexpr double quarters_per_unit = 0x1.45f306dc9c883p-1;
 constexpr double quarter_first = 0x1.921fb54442d18p+0;
 constexpr double quarter_second = 0x1.1a62633140000p-54;
@@ -108,8 +108,8 @@ alignas(64) constexpr double sine[6] = {
     -0x1.5555555555549p-3, 0x1.111111110f877p-7, -0x1.a01a019c11285p-13, 0x1.71de35775aa1ap-19,
     -0x1.ae5e65f69cb37p-26, 0x1.5d92ee4ed54dfp-33};
 
-// tan r is r * p / q. The polynomials p and q begin with 1, and are in powers of r^2: here are the other
-// coefficients, of q in two parts.
+// tan r is r * p / q. The polynomials p and q begin with 1, and are in powers of r^2: here are the other coefficients,
+// of q in two parts.
 alignas(64) constexpr double tangent_dividend[3] = {
     -0x1.112ac9fa3e6edp-3, 0x1.c0e3aa50a03e6p-9, -0x1.2ba1ccf3b572fp-16};
 constexpr double tangent_divisor_first = -0x1.ddeaba52748ccp-2;

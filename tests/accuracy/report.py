@@ -40,17 +40,21 @@ def errors_in_ulp(value, exact):
     return np.where(neither, 0, np.where(np.isnan(error), np.inf, error))
 
 
-def ours(program, count):
-    """name -> target -> (error, argument), as the program prints them."""
-    run = subprocess.run([program, str(count)], stdout=subprocess.PIPE, text=True, check=True)
+def measured_lines(program, count):
+    run = subprocess.run([program, str(count), "--peers"], stdout=subprocess.PIPE, text=True, check=True)
+    return run.stdout.splitlines()
+
+
+def errors_of(lines):
+    """name -> target or library -> (error, argument), as the program prints them."""
     errors = {}
-    for line in run.stdout.splitlines():
-        name, target, error, argument = line.split()
-        errors.setdefault(name, {})[target] = (float(error), float(argument))
+    for line in lines:
+        name, by, error, argument = line.split()
+        errors.setdefault(name, {})[by] = (float(error), float(argument))
     return errors
 
 
-def peers(program, count):
+def numpy_errors_of(program, count):
     with tempfile.TemporaryDirectory() as folder:
         path = os.path.join(folder, "arguments")
         subprocess.run([program, str(count), "--arguments", path], check=True)
@@ -59,24 +63,37 @@ def peers(program, count):
         return {name: largest_error(function, arguments) for name, function in PEERS.items()}
 
 
+def cell(error):
+    """An error beyond all bounds is a wrong value, such as an overflow that comes early."""
+    return "none" if error is None else f"{error:.2f}" if error < 1000 else "wrong values"
+
+
 def table(measured, numpy_errors):
-    yield "| Function | Largest error | at | with AVX2 | with SSE4 | NumPy's largest | at |"
-    yield "| --- | ---: | ---: | ---: | ---: | ---: | ---: |"
-    for name, by_target in measured.items():
-        error, at = next(iter(by_target.values()))  # of the best target
-        narrow = " | ".join(f"{by_target[target][0]:.2f}" for target in ("AVX2", "SSE4"))
+    yield ("| Function | Largest error | at | without fused products | NumPy's largest | at "
+           "| C library's largest | SLEEF's largest |")
+    yield "| --- | ---: | ---: | ---: | ---: | ---: | ---: | ---: |"
+    for name, by in measured.items():
+        error, at = next(iter(by.values()))  # of the best target
         peer = numpy_errors.get(name)
-        theirs = f"{peer[0]:.2f} | `{peer[1]!r}`" if peer else "none | "
-        yield f"| `{name}` | {error:.2f} | `{at!r}` | {narrow} | {theirs} |"
+        theirs = f"{cell(peer[0])} | `{peer[1]!r}`" if peer else "none | "
+        others = " | ".join(cell(by[library][0] if library in by else None) for library in ("libc", "SLEEF"))
+        yield f"| `{name}` | {cell(error)} | `{at!r}` | {cell(by['SSE4'][0])} | {theirs} | {others} |"
 
 
 def main():
     parser = argparse.ArgumentParser(description="Writes the table of errors into a page.")
     parser.add_argument("program", help="the accuracy program")
     parser.add_argument("page", help="the page whose table is replaced")
-    parser.add_argument("--count", type=int, default=10_000_000)
+    parser.add_argument("--count", type=int, default=10_000_000, help="arguments of the module and of C libraries")
+    parser.add_argument("--numpy-count", type=int, default=10_000_000, help="arguments of NumPy, the first of these")
+    parser.add_argument("--measured", help="a file of lines of the program, with its peers, for the count")
     chosen = parser.parse_args()
-    lines = table(ours(chosen.program, chosen.count), peers(chosen.program, chosen.count))
+    if chosen.measured:
+        with open(chosen.measured) as file:
+            measured = file.read().splitlines()
+    else:
+        measured = measured_lines(chosen.program, chosen.count)
+    lines = table(errors_of(measured), numpy_errors_of(chosen.program, chosen.numpy_count))
     with open(chosen.page) as page:
         text = page.read()
     head, begin, rest = text.partition("<!-- table -->\n")
@@ -84,7 +101,8 @@ def main():
     if not begin or not end:
         parser.error(f"{chosen.page} has no place for a table")
     libc = os.confstr("CS_GNU_LIBC_VERSION")
-    note = f"\n{chosen.count:,} arguments a function, NumPy {np.__version__}, {libc}.\n"
+    note = (f"\n{chosen.count:,} arguments a function, {chosen.numpy_count:,} of them with NumPy {np.__version__}; "
+            f"{libc}, SLEEF 3.5.1.\n")
     with open(chosen.page, "w") as page:
         page.write(head + begin + "\n".join(lines) + "\n" + note + end + tail)
 
