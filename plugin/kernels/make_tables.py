@@ -210,7 +210,8 @@ def logarithms():
     borders = cells()
     inverses = [inverse_of(cell) for cell in borders]
     comment("Logarithms: x = 2^k * z, where z lies in one of 16 cells, and z * inverse = 1 + r. The bits of x with "
-            "this sum have the exponent, k + 1021, above bit 52 and the cell in the four bits below. The cell of 1 is the first.")
+            "this sum have the exponent, k + 1021, above bit 52 and the cell in the four bits below. The cell of 1 is "
+            "the first.")
     lines.append(f"constexpr std::uint64_t to_cells = {(1 << TOP - 1) - (1023 - BIAS << 52) & 0xffffffffffffffff:#x};")
     comment("The bits of the inverse, from which those above bit 48 are subtracted.")
     words("cell_inverses", [word_of(c) + (BIAS << 52) + (i << TOP) for i, c in enumerate(inverses)])
