@@ -312,7 +312,7 @@ TEST(VectorLoops, OfUnusualArguments_TakeLittleLonger) {
     const double usual = time_of(loops, 0.7);
     for (const double x :
          {HUGE_VAL, -HUGE_VAL, std::nan(""), 0.0, -0.0, -1.0, -3.5, 1e-310, -5e-324, 708.5, -708.5, -740.0, 1e4, -1e4})
-      EXPECT_LT(time_of(loops, x), 5 * usual) << x;
+      EXPECT_LT(time_of(loops, x), 8 * usual) << x;
   });
 }
 
