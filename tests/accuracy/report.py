@@ -13,6 +13,7 @@ PEERS = {
     "xlog": np.log, "xlog1p": np.log1p, "xcbrt": np.cbrt, "xsin": np.sin, "xcos": np.cos, "xtan": np.tan,
     "xsinh": np.sinh, "xcosh": np.cosh, "xtanh": np.tanh,
 }
+NAMES = [*PEERS, "xerf", "xtgamma", "xlgamma"]  # in the order of the page
 BATCH = 200_000
 
 
@@ -40,9 +41,15 @@ def errors_in_ulp(value, exact):
     return np.where(neither, 0, np.where(np.isnan(error), np.inf, error))
 
 
-def measured_lines(program, count):
-    run = subprocess.run([program, str(count), "--peers"], stdout=subprocess.PIPE, text=True, check=True)
-    return run.stdout.splitlines()
+def measured_lines(program, count, count_of_others):
+    """What the program prints: for the module's own functions many arguments are measured, and peers."""
+    own = NAMES[NAMES.index("xexp"):NAMES.index("xtanh") + 1]
+    lines = []
+    for name in NAMES:
+        options = [str(count), "--peers"] if name in own else [str(count_of_others)]
+        run = subprocess.run([program, *options, "--of", name], stdout=subprocess.PIPE, text=True, check=True)
+        lines.extend(run.stdout.splitlines())
+    return lines
 
 
 def errors_of(lines):
@@ -84,16 +91,17 @@ def main():
     parser = argparse.ArgumentParser(description="Writes the table of errors into a page.")
     parser.add_argument("program", help="the accuracy program")
     parser.add_argument("page", help="the page whose table is replaced")
-    parser.add_argument("--count", type=int, default=10_000_000, help="arguments of the module and of C libraries")
-    parser.add_argument("--numpy-count", type=int, default=10_000_000, help="arguments of NumPy, the first of these")
-    parser.add_argument("--measured", help="a file of lines of the program, with its peers, for the count")
+    parser.add_argument("--count", type=int, default=10_000_000, help="arguments of the functions from xexp to xtanh")
+    parser.add_argument("--count-of-others", type=int, default=10_000_000,
+                        help="arguments of the other functions, and of NumPy: the first of those")
+    parser.add_argument("--measured", help="a file of what the program printed for these counts, to save the time")
     chosen = parser.parse_args()
     if chosen.measured:
         with open(chosen.measured) as file:
             measured = file.read().splitlines()
     else:
-        measured = measured_lines(chosen.program, chosen.count)
-    lines = table(errors_of(measured), numpy_errors_of(chosen.program, chosen.numpy_count))
+        measured = measured_lines(chosen.program, chosen.count, chosen.count_of_others)
+    lines = table(errors_of(measured), numpy_errors_of(chosen.program, chosen.count_of_others))
     with open(chosen.page) as page:
         text = page.read()
     head, begin, rest = text.partition("<!-- table -->\n")
@@ -101,8 +109,8 @@ def main():
     if not begin or not end:
         parser.error(f"{chosen.page} has no place for a table")
     libc = os.confstr("CS_GNU_LIBC_VERSION")
-    note = (f"\n{chosen.count:,} arguments a function, {chosen.numpy_count:,} of them with NumPy {np.__version__}; "
-            f"{libc}, SLEEF 3.5.1.\n")
+    note = (f"\n{chosen.count:,} arguments of each function from `xexp` to `xtanh`, {chosen.count_of_others:,} of the "
+            f"others and with NumPy {np.__version__}; {libc}, SLEEF 3.5.1.\n")
     with open(chosen.page, "w") as page:
         page.write(head + begin + "\n".join(lines) + "\n" + note + end + tail)
 
