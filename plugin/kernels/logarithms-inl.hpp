@@ -163,8 +163,9 @@ struct Cbrt {
     const Integer q = nearest_integer(exponent, all(1.0 / 3));
     const Lanes e = hn::NegMulAdd(q.value, all(3), exponent);
     const BitLanes power = hn::ShiftLeft<52>(q.bits);
-    const Lanes inverse_power = from_bits(hn::Sub(all_words(2 * bits_of_one), power));
-    const Lanes z = hn::Mul(hn::Mul(x, inverse_power), hn::Mul(inverse_power, inverse_power));
+    // Three times q is taken from the exponent; the word has its bias three times.
+    const BitLanes with_biases = hn::Add(bits_of(x), all_words(3 * bits_of_one));
+    const Lanes z = from_bits(hn::Sub(hn::Sub(with_biases, power), hn::ShiftLeft<53>(q.bits)));
     const Lanes r = hn::MulAdd(x, cell.inverse, all(-1));
     const Lanes start =
         hn::Mul(lookup(constants::cube_root_inverses, cell.cell), short_polynomial(constants::third_power, e));
