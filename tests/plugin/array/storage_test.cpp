@@ -180,10 +180,7 @@ TEST(MakeZeros, HaveTheStridesOfAnyArray) {
   EXPECT_EQ(zeros->backstrides(), other->backstrides());
 }
 
-TEST(MakeZeros, WithoutMemory_Throws) {
-  EXPECT_THROW(make_zeros<double>(Shape{std::size_t{1} << 44}), std::bad_alloc);
-  EXPECT_THROW(make_zeros<double>(Shape{minus_one}), std::bad_alloc);
-}
+TEST(MakeZeros, OfImpossibleExtents_Throw) { EXPECT_THROW(make_zeros<double>(Shape{minus_one}), std::bad_alloc); }
 
 TEST(MakeZeros, ACopyOfTheContainer_IsAnyArray) {
   const auto zeros = make_zeros<double>(Shape{1 << 20});
@@ -193,8 +190,10 @@ TEST(MakeZeros, ACopyOfTheContainer_IsAnyArray) {
   EXPECT_EQ(copy.storage().size(), zeros->storage().size());
 }
 
-// Exact storage of zeros is written.
+// Exact storage of zeros is written, and the sanitizer ends a process that asks for too much.
 #ifndef ARRAYFOLD_EXACT_STORAGE
+
+TEST(MakeZeros, WithoutMemory_Throw) { EXPECT_THROW(make_zeros<double>(Shape{std::size_t{1} << 44}), std::bad_alloc); }
 
 /// The memory that the process has in use, in bytes.
 std::size_t memory_in_use() {
