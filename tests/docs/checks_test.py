@@ -123,6 +123,26 @@ class Pages(unittest.TestCase):
                 (fault,) = pages.faults_of_paths(f"# Page\nSee `array/one` and `{path}`.\n", project)
                 self.assertEqual(fault, f"2: names {path}, which there is not")
 
+    def test_a_page_that_no_links_lead_to_is_noticed(self):
+        with tempfile.TemporaryDirectory() as folder:
+            root = pathlib.Path(folder)
+            (root / "docs/library").mkdir(parents=True)
+            (root / "README.md").write_text("[a](docs/a.md) [library](docs/library) [none](none.md)\n")
+            (root / "docs/a.md").write_text("[a](#a) [b](b.md#x)\n")
+            (root / "docs/b.md").write_text("[a](a.md) `[c](c.md)`\n")
+            (root / "docs/c.md").write_text("[b](b.md)\n")
+            (root / "docs/library/README.md").write_text("[one](one.md)\n")
+            (root / "docs/library/one.md").write_text("# one\n")
+            self.assertEqual(pages.orphans_of(root), [root / "docs/c.md"])
+
+    def test_a_function_without_a_task_is_noticed(self):
+        listing = "FUNCTION(xone, create, 1, working)\nFUNCTION(xtwo, create, 1, stub)\nFUNCTION(xeig, x, 1, working)\n"
+        library = "fn three(a)\nfn arrays_four(a)\n"
+        text = "[xone](functions/xone.md) [three](library/three.md)\n"
+        self.assertEqual(list(pages.faults_of_tasks(text, listing, library)), [])
+        self.assertEqual(list(pages.faults_of_tasks("", listing, library)),
+                         ["1: does not link to functions/xone.md", "1: does not link to library/three.md"])
+
     def test_a_recipe_without_one_block_that_expects_is_noticed(self):
         recipe = "### Recipe\n\n```hvm\nprint(1)  # expect: 1\n```\n\n"
         enough = recipe * pages.FEWEST_RECIPES

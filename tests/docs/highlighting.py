@@ -45,7 +45,7 @@ SCOPES = {
 
 
 def words_of(keywords, builtins, description, library):
-    """The groups of words. A built-in function or one of the module has its own colour, whatever the library defines."""
+    """The groups of words. Where two groups have a word, the rules of the lexer take the first group."""
     functions = [entry["name"] for entry in description["functions"]]
     return {
         "constant": CONSTANTS,

@@ -1,4 +1,5 @@
-# tests/docs/pages.py: what the pages name is there, and every recipe of the cookbook is a block that expects something
+# tests/docs/pages.py: what the pages name is there, links lead from the README to every page, every recipe of the
+# cookbook is a block that expects something, and the page of tasks has every function of use
 #
 # Usage: pages.py PROJECT_DIRECTORY
 #
@@ -12,8 +13,12 @@ import re
 import sys
 
 import extract_blocks
+import function_pages
+from surprises_page import WITHOUT_VALUE
 
 FEWEST_RECIPES = 40
+# It gives elements where its name promises positions; the library has a function that gives them.
+MISLEADING = ["xargpartition"]
 FENCE = re.compile(r"^ *```.*?^ *```+$", re.MULTILINE | re.DOTALL)
 CODE = re.compile(r"`[^`\n]+`")
 LINK = re.compile(r"\]\(([^)\s]+)\)")
@@ -46,18 +51,47 @@ def anchors_of(text):
     return anchors
 
 
-def faults_of_links(page):
-    """The links that lead nowhere, with their lines."""
+def links_of(page):
+    """The links of a page within the project: their lines, texts, targets and anchors."""
     for number, line in enumerate(CODE.sub("", prose_of(page.read_text())).splitlines(), start=1):
         for link in LINK.findall(line):
             if re.match(r"[a-z]+:", link):
                 continue
             path, _, anchor = link.partition("#")
-            target = page.parent / path if path else page
-            if not target.exists():
-                yield f"{number}: links to {path}, which there is not"
-            elif anchor and (target.suffix != ".md" or anchor not in anchors_of(target.read_text())):
-                yield f"{number}: links to {link}, and there is no such title"
+            yield number, link, page.parent / path if path else page, anchor
+
+
+def faults_of_links(page):
+    """The links that lead nowhere, with their lines."""
+    for number, link, target, anchor in links_of(page):
+        if not target.exists():
+            yield f"{number}: links to {link.partition('#')[0]}, which there is not"
+        elif anchor and (target.suffix != ".md" or anchor not in anchors_of(target.read_text())):
+            yield f"{number}: links to {link}, and there is no such title"
+
+
+def orphans_of(project):
+    """The pages that no links lead to from the README."""
+    reached, waiting = set(), [project / "README.md"]
+    while waiting:
+        page = waiting.pop().resolve()
+        if page.is_dir():
+            page /= "README.md"
+        if page.suffix == ".md" and page.exists() and page not in reached:
+            reached.add(page)
+            waiting += [target for _, _, target, _ in links_of(page)]
+    return [page for page in extract_blocks.pages_of(project) if page.resolve() not in reached]
+
+
+def faults_of_tasks(text, listing, library):
+    """Every function that gives a usable value has a link."""
+    working = [name for name, _, status in function_pages.rows_of(listing) if status == "working"]
+    wanted = [f"functions/{name}.md" for name in working if name not in WITHOUT_VALUE + MISLEADING]
+    wanted += [f"library/{name}.md" for name in function_pages.FN.findall(library)]
+    links = LINK.findall(text)
+    for page in wanted:
+        if page not in links:
+            yield f"1: does not link to {page}"
 
 
 def tests_of(project):
@@ -111,6 +145,11 @@ def main(project):
     faults += [f"{design}:{fault}" for fault in faults_of_paths(design.read_text(), project)]
     cookbook = project / "docs/cookbook.md"
     faults += [f"{cookbook}:{fault}" for fault in faults_of_cookbook(cookbook.read_text())]
+    faults += [f"{page}:1: no links lead from the README to this page" for page in orphans_of(project)]
+    tasks = project / "docs/tasks.md"
+    faults += [f"{tasks}:{fault}" for fault in faults_of_tasks(
+        tasks.read_text(), (project / "plugin/host/functions.def").read_text(),
+        (project / "refhost/script/library/arrays.hvm").read_text())]
     print("\n".join(faults) or f"what {len(pages)} pages name is there")
     return 1 if faults else 0
 
