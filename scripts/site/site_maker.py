@@ -28,7 +28,7 @@ LANGUAGES = {".hvm": "hvm", ".py": "python", ".c": "c", ".cpp": "cpp", ".h": "c"
 
 # The parts of the site and their pages. A folder's README gives a part for each of its titles, with the pages in the
 # table below the title. What is named nowhere stands in the last part.
-LEARN = ["docs/tutorial.md", "docs/cookbook.md", "docs/numpy.md", "docs/surprises.md", "docs/tasks.md"]
+LEARN = ["docs/tutorial.md", "docs/cookbook.md", "docs/numpy.md", "docs/surprises.md"]
 LANGUAGE = ["docs/language.md", "docs/prompt.md"]
 EXAMPLES = ["examples", "examples/week/README.md"]
 DETAILS = ["docs/behaviour.md", "docs/accuracy.md", "docs/processors.md", "docs/linear-algebra.md"]
@@ -173,6 +173,7 @@ def navigation_of(site):
     parts = [
         {"Home": "README.md"},
         {"Learn": shown(LEARN)},
+        {"By task": "docs/tasks.md"},
         {"Language": shown(LANGUAGE)},
         {"Functions": by_family("docs/functions")},
         {"Library": by_family("docs/library")},
