@@ -8,8 +8,7 @@
 namespace hvm::description {
 namespace {
 
-const std::vector<std::string> section_titles = {"Synopsis", "Arguments", "Result", "Failures", "Examples", "See also"};
-constexpr const char* last_section = "For host authors";
+const std::vector<std::string> section_titles = {"Synopsis", "Examples", "Arguments", "Result", "Failures", "See also"};
 
 bool starts_with(const std::string& text, const std::string& start) {
   return text.compare(0, start.size(), start) == 0;
@@ -45,14 +44,12 @@ const Section& section_of(const std::string& file, const std::vector<Section>& s
 void check_sections(const Page& page) {
   std::vector<std::string> titles;
   for (const Section& section : page.sections) titles.push_back(section.title);
-  auto expected = section_titles;
-  if (!titles.empty() && titles.back() == last_section) expected.emplace_back(last_section);
-  for (std::size_t i = 0; i < std::max(titles.size(), expected.size()); ++i) {
-    if (i >= expected.size())
+  for (std::size_t i = 0; i < std::max(titles.size(), section_titles.size()); ++i) {
+    if (i >= section_titles.size())
       throw page.fault(page.sections[i].line, "the section '" + titles[i] + "' is one too many");
-    if (i >= titles.size()) throw page.fault(1, "the section '" + expected[i] + "' is missing");
-    if (titles[i] != expected[i])
-      throw page.fault(page.sections[i].line, "the section '" + titles[i] + "' stands where '" + expected[i] +
+    if (i >= titles.size()) throw page.fault(1, "the section '" + section_titles[i] + "' is missing");
+    if (titles[i] != section_titles[i])
+      throw page.fault(page.sections[i].line, "the section '" + titles[i] + "' stands where '" + section_titles[i] +
                                                   "' belongs; the sections are " + joined(section_titles, ", "));
   }
 }

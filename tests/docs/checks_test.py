@@ -9,6 +9,7 @@ import unittest
 import extract_blocks
 import function_pages
 import pages
+import phrases
 import printed
 
 PROJECT = pathlib.Path(sys.argv.pop(1))
@@ -154,6 +155,44 @@ class Pages(unittest.TestCase):
             self.assertIn("the recipe is not one hvm block", fault)
 
 
+class Phrases(unittest.TestCase):
+    LIST = "# List\n\nin order to: to\nis to be had: there is\nexcept old.md: in order to\n"
+
+    def faults(self, text, name="new.md"):
+        others = {"old.md": "In order to."}
+        return list(phrases.faults_of_pages({**others, name: text}, phrases.phrases_of(self.LIST)))
+
+    def test_a_phrase_is_noticed_with_file_and_line(self):
+        self.assertEqual(self.faults("# Title\n\nIt is to be had.\n"), ["new.md:3: 'is to be had'; write: there is"])
+
+    def test_a_phrase_is_noticed_in_any_case_and_across_line_ends(self):
+        for text in ("In Order To", "- in order\n  to go", "| in order to |", "**in order** to, in order  to"):
+            with self.subTest(text):
+                self.assertEqual([fault[:9] for fault in self.faults(text)], ["new.md:1:"])
+
+    def test_parts_of_words_and_code_are_no_phrases(self):
+        for text in ("within order to", "in order today", "`in order to`", "```text\nin order to\n```"):
+            with self.subTest(text):
+                self.assertEqual(self.faults(text), [])
+
+    def test_a_line_behind_code_keeps_its_number(self):
+        (fault,) = self.faults("```text\na\nb\n```\n`x` in order to\n")
+        self.assertTrue(fault.startswith("new.md:5: "), fault)
+
+    def test_an_exception_holds_for_its_page_alone(self):
+        self.assertEqual(self.faults("In order to.", "old.md"), [])
+        self.assertEqual(len(self.faults("In order to.")), 1)
+
+    def test_an_exception_that_is_not_needed_is_noticed(self):
+        faults = self.faults("To go.", "old.md")
+        self.assertEqual(faults, ["phrases.txt:5: old.md does not need the exception 'in order to'"])
+
+    def test_a_line_that_is_no_phrase_is_a_fault(self):
+        for line in ("in order to", "in order to: to\nin order to: for", "except a.md: is to be had"):
+            with self.subTest(line), self.assertRaises(ValueError):
+                phrases.phrases_of(line + "\n")
+
+
 class FunctionPages(unittest.TestCase):
     def setUp(self):
         self.folder = tempfile.TemporaryDirectory()
@@ -204,6 +243,12 @@ class FunctionPages(unittest.TestCase):
         listing.write_text(listing.read_text() + "FUNCTION(xnew, create, 1, working)\n")
         self.assert_faulty("xnew.md: there is no such page")
 
+    def test_a_page_without_a_cost_or_with_two_is_noticed(self):
+        self.change(self.page, "**Cost:** ", "Cost: ")
+        self.assert_faulty("xzeros.md: has 0 paragraphs '**Cost:** …'")
+        self.change(self.page, "Cost: ", "**Cost:** O(1).\n\n**Cost:** ")
+        self.assert_faulty("xzeros.md: has 2 paragraphs '**Cost:** …'")
+
     def test_a_page_without_an_example_is_noticed(self):
         self.change(self.page, "```hvm", "```text")
         self.assert_faulty("has no example")
@@ -225,12 +270,11 @@ class FunctionPages(unittest.TestCase):
         self.change(self.page, "## Failures", "## Refusals and errors")
         self.assert_faulty("has the sections")
 
-    def test_a_section_behind_that_for_host_authors_is_noticed(self):
+    def test_a_section_too_many_is_noticed(self):
         self.page.write_text(self.page.read_text() + "\n## More\n")
         self.assert_faulty("has the sections")
 
-    def test_a_page_without_a_section_for_host_authors_is_in_order(self):
-        self.page.write_text(self.page.read_text().split("\n## For host authors")[0])
+    def test_the_pages_are_in_order(self):
         self.assertEqual(list(function_pages.faults_of_project(self.root)), [])
 
     def test_other_columns_in_the_library_are_noticed(self):

@@ -62,7 +62,7 @@ class Description(unittest.TestCase):
         readme = (PROJECT / "README.md").read_text()
         paragraph = next(part for part in readme.split("\n\n") if "never give a usable value" in part)
         # That the results of the others are no use, only their pages tell.
-        useless = {"xeig": "An empty table.", "xeigvals": "Nothing, which is nil under `hvm`.", "xcond": "None.",
+        useless = {"xeig": "An empty table.", "xeigvals": "Nothing, which is nil in `hvm`.", "xcond": "None.",
                    "xpermutation": "The integer 0."}
         for name, result in useless.items():
             self.assertEqual(entry_of(self.description, name)["result"], result)

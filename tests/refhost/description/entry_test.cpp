@@ -19,6 +19,8 @@ xone(a, n)
 xone(a, n, d0, ...)
 ```
 
+## Examples
+
 ## Arguments
 
 | Name | Accepts | Default | Meaning |
@@ -44,8 +46,6 @@ More.
 | no argument | the call fails | |
 | `a` is no object | the call fails | pass an array |
 | `n` is negative | throws std::bad_alloc: std::bad_alloc | pass `0` |
-
-## Examples
 
 ## See also
 )page";
@@ -109,7 +109,7 @@ TEST(Entries, WithoutATableOfArguments_TakeNone) {
   std::string text = changed(page_text, "xone(a)\nxone(a, n)\nxone(a, n, d0, ...)", "xone()");
   const std::size_t start = text.find("| Name"), end = text.find("\n## Result");
   text.replace(start, end - start, "None.\n");
-  const std::size_t rows = text.find("| `a` is no object"), last = text.find("\n## Examples");
+  const std::size_t rows = text.find("| `a` is no object"), last = text.find("\n## See also");
   text.replace(rows, last - rows, "");
   Described described = function;
   described.minimum = 0;
@@ -150,16 +150,16 @@ TEST(Faults, OfTheSynopsis) {
 }
 
 TEST(Faults, OfArguments) {
-  EXPECT_EQ(fault("| `a` |", "| a |"), "one.md:17: 'a' is no name in backticks, perhaps with ', ...' behind it");
-  EXPECT_EQ(fault("square matrix |", "square |"), "one.md:17: not in the vocabulary of Accepts: double array, square");
-  EXPECT_EQ(fault("| the numbers |", "| |"), "one.md:17: the argument has no meaning");
-  EXPECT_EQ(fault("| `n` |", "| `a` |"), "one.md:18: the argument `a` stands there twice");
-  EXPECT_EQ(fault("| `n` |", "| `n`, ... |"), "one.md:19: an argument follows one that repeats");
-  EXPECT_EQ(fault("| int | none", "| int, of the kind of `x` | none"), "one.md:19: `x` is no argument before this one");
+  EXPECT_EQ(fault("| `a` |", "| a |"), "one.md:19: 'a' is no name in backticks, perhaps with ', ...' behind it");
+  EXPECT_EQ(fault("square matrix |", "square |"), "one.md:19: not in the vocabulary of Accepts: double array, square");
+  EXPECT_EQ(fault("| the numbers |", "| |"), "one.md:19: the argument has no meaning");
+  EXPECT_EQ(fault("| `n` |", "| `a` |"), "one.md:20: the argument `a` stands there twice");
+  EXPECT_EQ(fault("| `n` |", "| `n`, ... |"), "one.md:21: an argument follows one that repeats");
+  EXPECT_EQ(fault("| int | none", "| int, of the kind of `x` | none"), "one.md:21: `x` is no argument before this one");
   EXPECT_EQ(fault("| 50 | how many |", "| | how many |"),
-            "one.md:13: the table has 2 arguments without a default, and functions.def 1");
+            "one.md:15: the table has 2 arguments without a default, and functions.def 1");
   EXPECT_EQ(fault("| Name | Accepts |", "| Name | Kind |"),
-            "one.md:15: the columns of the table are not 'Name | Accepts | Default | Meaning'");
+            "one.md:17: the columns of the table are not 'Name | Accepts | Default | Meaning'");
 }
 
 TEST(Faults, OfAMethodWithoutItsArray) {
@@ -170,35 +170,35 @@ TEST(Faults, OfAMethodWithoutItsArray) {
     entry(text, {"one", "object", "working", CallForm::method, -1, "one.md"});
     FAIL();
   } catch (const PageFault& fault) {
-    EXPECT_STREQ(fault.what(), "one.md:13: a method has a first row for its array");
+    EXPECT_STREQ(fault.what(), "one.md:15: a method has a first row for its array");
   }
 }
 
 TEST(Faults, OfTheResult) {
   EXPECT_EQ(fault("A number, of\nevery kind.\n\n**Surprise: it is one.** It is always one,\nwhatever comes.\n\nMore.\n",
                   "| a |\n"),
-            "one.md:21: the section has no paragraph");
-  const std::string form = "one.md:26: a surprise is '**Surprise: title.** text'";
+            "one.md:23: the section has no paragraph");
+  const std::string form = "one.md:28: a surprise is '**Surprise: title.** text'";
   EXPECT_EQ(fault("it is one.** It", "it is one** It"), form);
   EXPECT_EQ(fault("it is one.** It is always one,\nwhatever comes.", "it is one.**"), form);
   EXPECT_EQ(fault("**Surprise: it", "So: **Surprise: it"),
-            "one.md:26: a surprise begins its paragraph with '**Surprise: '");
-  EXPECT_EQ(fault("**Surprise: it", "**Surprise it"), "one.md:26: a surprise begins its paragraph with '**Surprise: '");
+            "one.md:28: a surprise begins its paragraph with '**Surprise: '");
+  EXPECT_EQ(fault("**Surprise: it", "**Surprise it"), "one.md:28: a surprise begins its paragraph with '**Surprise: '");
 }
 
 TEST(Faults, OfFailures) {
-  EXPECT_EQ(fault("| no argument |", "| |"), "one.md:35: the row has no condition under When");
-  EXPECT_EQ(fault("| no argument |", "| `b` is negative |"), "one.md:35: When: `b` is no argument of the page");
-  EXPECT_EQ(fault("`a` is no object", "`a` is no matrix"), "one.md:36: When: 'matrix' is no kind of value");
+  EXPECT_EQ(fault("| no argument |", "| |"), "one.md:37: the row has no condition under When");
+  EXPECT_EQ(fault("| no argument |", "| `b` is negative |"), "one.md:37: When: `b` is no argument of the page");
+  EXPECT_EQ(fault("`a` is no object", "`a` is no matrix"), "one.md:38: When: 'matrix' is no kind of value");
   EXPECT_EQ(
       fault("| the call fails | |", "| fails | |"),
-      "one.md:35: What happens: 'fails' is none of: the call fails; gives nothing; throws TYPE: words; hvm refuses "
+      "one.md:37: What happens: 'fails' is none of: the call fails; gives nothing; throws TYPE: words; hvm refuses "
       "the call; ends the process");
-  EXPECT_EQ(fault("| `n` is negative |", "| no argument |"), "one.md:37: the condition stands there twice");
+  EXPECT_EQ(fault("| `n` is negative |", "| no argument |"), "one.md:39: the condition stands there twice");
   EXPECT_EQ(fault("| no argument | the call fails | |", "| no argument | the call fails |"),
-            "one.md:35: the row has 2 cells, not 3: 'When | What happens | Remedy'");
+            "one.md:37: the row has 2 cells, not 3: 'When | What happens | Remedy'");
   EXPECT_EQ(fault("| When |", "| Situation |"),
-            "one.md:33: the columns of the table are not 'When | What happens | Remedy'");
+            "one.md:35: the columns of the table are not 'When | What happens | Remedy'");
 }
 
 }  // namespace

@@ -8,7 +8,7 @@ namespace hvm::description {
 namespace {
 
 const std::string sections =
-    "## Synopsis\n\n## Arguments\n\n## Result\n\n## Failures\n\n## Examples\n\n## See also\n\nxtwo\n";
+    "## Synopsis\n\n## Examples\n\n## Arguments\n\n## Result\n\n## Failures\n\n## See also\n\nxtwo\n";
 
 std::string fault_of(const std::string& text) {
   try {
@@ -41,13 +41,9 @@ TEST(Pages, HaveTitleSummaryAndSectionsWithTheirLines) {
   EXPECT_EQ(page.title, "xone");
   EXPECT_EQ(page.summary, "Gives one.");
   EXPECT_EQ(page.sections.size(), 6u);
-  EXPECT_EQ(page.section("Failures").line, 11);
+  EXPECT_EQ(page.section("Failures").line, 13);
   EXPECT_EQ(page.section("See also").lines.back().text, "xtwo");
   EXPECT_EQ(page.section("See also").lines.back().number, 17);
-}
-
-TEST(Pages, MayHaveASectionForAuthorsOfHostsAtTheEnd) {
-  EXPECT_EQ(fault_of("# xone\n\nGives one.\n\n" + sections + "\n## For host authors\n"), "none");
 }
 
 TEST(Pages, TitlesInBlocksOfCode_AreNoSections) {
@@ -66,16 +62,16 @@ TEST(Pages, WithoutTitleOrSummary_AreAtFault) {
 TEST(Pages, WithOtherSections_AreAtFaultAtTheFirstOfThem) {
   const std::string head = "# xone\n\nGives one.\n\n";
   EXPECT_EQ(fault_of(head + "## Synopsis\n\n## Result\n"),
-            "one.md:7: the section 'Result' stands where 'Arguments' belongs; the sections are Synopsis, Arguments, "
-            "Result, Failures, Examples, See also");
-  EXPECT_EQ(fault_of(head + "## Synopsis\n"), "one.md:1: the section 'Arguments' is missing");
+            "one.md:7: the section 'Result' stands where 'Examples' belongs; the sections are Synopsis, Examples, "
+            "Arguments, Result, Failures, See also");
+  EXPECT_EQ(fault_of(head + "## Synopsis\n"), "one.md:1: the section 'Examples' is missing");
   EXPECT_EQ(fault_of(head + sections + "\n## More\n"), "one.md:19: the section 'More' is one too many");
   EXPECT_EQ(fault_of(head), "one.md:1: the section 'Synopsis' is missing");
 }
 
 TEST(Pages, AskedForAMissingSection_AreAtFault) {
   const Page page = read_page("one.md", "# xone\n\nGives one.\n\n" + sections);
-  EXPECT_THROW(page.section("For host authors"), PageFault);
+  EXPECT_THROW(page.section("More"), PageFault);
 }
 
 TEST(Tables, GiveTheirRowsWithLinesAndTrimmedCells) {
