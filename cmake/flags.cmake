@@ -16,6 +16,9 @@ if(ARRAYFOLD_SANITIZE)
   target_compile_options(project_flags INTERFACE
     -fsanitize=${ARRAYFOLD_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
     -fno-sanitize=signed-integer-overflow -fno-sanitize=vptr,function)
+  if(ARRAYFOLD_SANITIZE MATCHES address)
+    target_compile_definitions(project_flags INTERFACE ARRAYFOLD_ADDRESS_SANITIZER)
+  endif()
   target_link_options(project_flags INTERFACE -fsanitize=${ARRAYFOLD_SANITIZE})
 endif()
 

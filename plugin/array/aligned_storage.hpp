@@ -13,15 +13,6 @@
 
 #include <xsimd/xsimd.hpp>
 
-// Under the address sanitizer blocks have their exact size, so that an access one element beyond the end is seen.
-#if defined(__SANITIZE_ADDRESS__)
-#define ARRAYFOLD_EXACT_STORAGE
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define ARRAYFOLD_EXACT_STORAGE
-#endif
-#endif
-
 namespace arrayfold {
 
 /// In bytes. It is part of what the containers are, on every processor.

@@ -53,7 +53,8 @@ std::size_t checked_size(const Shape& extents, std::size_t element_size) {
 
 namespace {
 
-#ifdef ARRAYFOLD_EXACT_STORAGE
+// Under the address sanitizer blocks have their exact size, so that an access one element beyond the end is seen.
+#ifdef ARRAYFOLD_ADDRESS_SANITIZER
 void* allocate_aligned(std::size_t bytes, Contents contents) {
   void* memory = ::operator new (bytes, std::align_val_t{block_alignment});
   return contents == Contents::zeros ? std::memset(memory, 0, bytes) : memory;

@@ -76,7 +76,7 @@ void uncounted(const void* memory) noexcept {
 
 }  // namespace arrayfold::test
 
-#ifndef ARRAYFOLD_EXACT_STORAGE
+#ifndef ARRAYFOLD_ADDRESS_SANITIZER
 extern "C" void* __libc_calloc(std::size_t count, std::size_t size) noexcept;
 
 /// Large blocks of zeros, the one thing that the module takes from the C library itself.

@@ -15,13 +15,6 @@
 
 #include <gtest/gtest.h>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define ARRAYFOLD_ADDRESS_SANITIZER
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define ARRAYFOLD_ADDRESS_SANITIZER
-#endif
-#endif
 #ifdef ARRAYFOLD_ADDRESS_SANITIZER
 #include <sanitizer/asan_interface.h>
 #endif

@@ -366,7 +366,7 @@ TEST(Repl, LostSessions_AreNotWrittenOver) {
 }
 
 TEST(Repl, SessionsOfOtherUsers_AreNotOffered) {
-  if (geteuid() != 0) GTEST_SKIP() << "only root gives files to others";
+  if (geteuid() != 0) GTEST_SKIP() << "only the superuser gives files to another user, whose session would lie here";
   const Workplace place;
   const std::string folder = place.path() + "/hvm";
   leave_session(folder, "session-1.hvm", "x = 1\n");
