@@ -1,4 +1,5 @@
 # arrayfold_test(NAME [HEADERS_OF TARGET] SOURCES...): one test binary on GoogleTest, one entry of ctest.
+# arrayfold_python_test(NAME SCRIPT ARGUMENTS...): a script of the folder at hand as one entry of ctest.
 
 require_package(GTest libgtest-dev libgmock-dev)
 
@@ -40,4 +41,9 @@ function(arrayfold_busy_test name)
     set_target_properties(${name} PROPERTIES DISABLE_PRECOMPILE_HEADERS ON)
   endif()
   set_tests_properties(${name} PROPERTIES COST 20)
+endfunction()
+
+# The distribution's Python runs it, which has what the tests import. It writes nothing beside the sources.
+function(arrayfold_python_test name script)
+  add_test(NAME ${name} COMMAND ${ARRAYFOLD_BENCH_PYTHON} -B ${CMAKE_CURRENT_SOURCE_DIR}/${script} ${ARGN})
 endfunction()
