@@ -71,7 +71,7 @@ def faults_of_site(folder):
         for line, code in page.unknown:
             yield f"{path}:{line}: the lexer does not know {code!r}"
     for path in sorted(folder.rglob("*.css")):
-        for link in re.findall(r"url\([\"']?(https?:[^)\"']+)", path.read_text()):
+        for link in re.findall(r"(?:url\(|@import) *[\"']?((?:https?:)?//[^)\"']+)", path.read_text()):
             yield f"{path}:1: takes {link} from the web"
 
 

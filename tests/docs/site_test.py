@@ -103,8 +103,12 @@ class Checking(Folder):
                 self.assertIn(f"page.html:2: {fault}", self.faults("<p>\n" + text))
 
     def test_a_style_that_takes_a_font_from_the_web_is_noticed(self):
-        self.write("html/a.css", "x { src: url(https://example.org/font) }")
-        self.assertEqual(self.faults(""), ["a.css:1: takes https://example.org/font from the web"])
+        for text, link in [("x { src: url(https://example.org/font) }", "https://example.org/font"),
+                           ("x { src: url('//example.org/font') }", "//example.org/font"),
+                           ('@import "https://example.org/a.css";', "https://example.org/a.css")]:
+            with self.subTest(text):
+                self.write("html/a.css", text)
+                self.assertEqual(self.faults(""), [f"a.css:1: takes {link} from the web"])
 
     def test_a_page_that_a_search_does_not_find_is_noticed(self):
         index = {"docs": [{"location": "docs/a.html"}, {"location": "docs/b.html#x"}]}
