@@ -19,7 +19,7 @@ from typing import NamedTuple
 
 import numpy as np
 
-FEWEST_ROWS = 120
+FEWEST_ROWS = 250
 NOTHING = "there is none"
 OPERAND_COLUMNS = ["Name", "NumPy", "Here"]
 COLUMNS = ["NumPy", "Here", "What differs"]
