@@ -3,10 +3,11 @@
 #
 # Usage: function_pages.py PROJECT_DIRECTORY
 #
-# Machines read the pages, so their form is fixed: the name, one sentence, and six sections in their order. What
-# only authors of hosts meet has a page of its own, docs/host-cases.md. describe_functions reads the tables of the module's functions, methods and operators
-# while the project is built. Here the tables of the library are looked at, whose failures are messages. The pages of
-# the callbacks and of element access have the sections alone: they describe no function.
+# Machines read the pages, so their form is fixed: the name, one sentence, and six sections in their order. What only
+# authors of hosts meet has a page of its own, docs/host-cases.md. describe_functions reads the tables of the module's
+# functions, methods and operators while the project is built. Here the tables of the library are looked at, whose
+# failures are messages. The pages of the callbacks and of element access have the sections alone: they describe no
+# function.
 #
 # A function counts from the moment that its row in functions.def is `working` or `stub`. In the library arrays.hvm
 # every fn counts, except those whose names begin with `arrays_`.
@@ -96,13 +97,6 @@ def faults_of_tables(text):
                 yield f"has a failure without a condition or without the words of the error in backticks: {row}"
 
 
-def faults_of_links(page):
-    """The links of a page that lead nowhere."""
-    for link in LINK.findall(page.read_text()):
-        if not (page.parent / link).is_file():
-            yield f"{page}: links to {link}, which there is not"
-
-
 def faults_of_script(scripts, family, name, call):
     """A script of the name lies in the family's folder and in no other, calls what it is for, and expects something."""
     found = sorted(scripts.glob(f"*/{name}.hvm"))
@@ -132,7 +126,6 @@ def faults_of_pages(pages, titles):
         if file not in linked:
             yield f"{index}: does not link to {file}"
     for page in sorted(pages.glob("*.md")):
-        yield from faults_of_links(page)
         if page.name not in titles and page.name != "README.md":
             yield f"{page}: is of nothing that is served"
 

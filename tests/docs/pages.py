@@ -3,10 +3,11 @@
 #
 # Usage: pages.py PROJECT_DIRECTORY
 #
-# Links to files and folders of the project must lead to one, and those with `#` to a title there. Links to the web are
-# not followed. Tests that a page names, such as `Suite.Name` or `Suite.*`, must be among the sources of the tests. Files
-# and folders that the page on the design names in backticks must be in the project, or in the folder of the module;
-# a file may stand without its ending.
+# The pages are those whose blocks run, and all others that links lead to from the README. Links to files and folders
+# of the project must lead to one, and those with `#` to a title there. Links to the web are not followed. Tests that a
+# page names, such as `Suite.Name` or `Suite.*`, must be among the sources of the tests. Files and folders that the page
+# on the design names in backticks must be in the project, or in the folder of the module; a file may stand without its
+# ending.
 
 import pathlib
 import re
@@ -70,8 +71,8 @@ def faults_of_links(page):
             yield f"{number}: links to {link}, and there is no such title"
 
 
-def orphans_of(project):
-    """The pages that no links lead to from the README."""
+def reached_from_readme(project):
+    """The pages that links lead to from the README, and itself."""
     reached, waiting = set(), [project / "README.md"]
     while waiting:
         page = waiting.pop().resolve()
@@ -80,6 +81,12 @@ def orphans_of(project):
         if page.suffix == ".md" and page.exists() and page not in reached:
             reached.add(page)
             waiting += [target for _, _, target, _ in links_of(page)]
+    return reached
+
+
+def orphans_of(project):
+    """The pages that no links lead to from the README."""
+    reached = reached_from_readme(project)
     return [page for page in extract_blocks.pages_of(project) if page.resolve() not in reached]
 
 
@@ -136,8 +143,8 @@ def faults_of_cookbook(text):
 
 
 def main(project):
-    project = pathlib.Path(project)
-    pages = list(extract_blocks.pages_of(project))
+    project = pathlib.Path(project).resolve()
+    pages = sorted({*extract_blocks.pages_of(project), *reached_from_readme(project)})
     tests = tests_of(project)
     faults = [f"{page}:{fault}" for page in pages for fault in faults_of_links(page)]
     faults += [f"{page}:{fault}" for page in pages for fault in faults_of_test_names(page.read_text(), tests)]
