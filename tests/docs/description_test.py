@@ -14,6 +14,8 @@ import unittest
 
 import jsonschema
 
+from surprises_page import WITHOUT_VALUE
+
 DESCRIBE = sys.argv.pop()
 DESCRIPTION = pathlib.Path(sys.argv.pop())
 PROJECT = pathlib.Path(sys.argv.pop())
@@ -64,6 +66,7 @@ class Description(unittest.TestCase):
         # That the results of the others are no use, only their pages tell.
         useless = {"xeig": "An empty table.", "xeigvals": "Nothing, which is nil in `hvm`.", "xcond": "None.",
                    "xpermutation": "The integer 0."}
+        self.assertEqual(sorted(useless), WITHOUT_VALUE)
         for name, result in useless.items():
             self.assertEqual(entry_of(self.description, name)["result"], result)
         stubs = {entry["name"] for entry in self.description["functions"] if entry["status"] == "stub"}

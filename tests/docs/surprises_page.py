@@ -5,8 +5,8 @@
 #
 # Two tables are made: one of the rows of `hvm --list-warnings`, one of the surprises in the description of the
 # functions. --write writes them anew. Every warning has a section of its name with an example that brings it about, a
-# paragraph Why and a paragraph Write. Which functions never give a usable value, the list of the functions and the
-# table of warnings tell; the README names them, too.
+# paragraph Why and a paragraph Write. The functions that never give a usable value are the stubs in the list of the
+# functions and those named here.
 
 import json
 import pathlib
@@ -16,12 +16,12 @@ import subprocess
 import sys
 
 import extract_blocks
+import function_pages
 
 WARNINGS_MARK = "<!-- made of hvm --list-warnings -->"
 PAGES_MARK = "<!-- made of the pages -->"
 END_MARK = "<!-- end -->"
 UNUSABLE = "The functions that never give a usable value"
-STUB = re.compile(r"^FUNCTION\((\w+),.*\bstub\)", re.MULTILINE)
 # These compute and then drop what they computed, count draws, or end in an error.
 WITHOUT_VALUE = ["xcond", "xeig", "xeigvals", "xpermutation"]
 
@@ -108,18 +108,16 @@ def faults_of_sections(sections, names, warnings_of):
             yield f"{line}: the example does not bring about {title}, and that alone"
 
 
-def faults_of_functions(text, listing, readme):
-    """The functions without a usable value are those of the table, in their order, and the README names all of them."""
-    names = sorted(STUB.findall(listing) + WITHOUT_VALUE)
+def faults_of_functions(text, listing):
+    """The functions without a usable value are those of the table, in their order."""
+    rows = function_pages.rows_of(listing)
+    names = sorted([name for name, _, status in rows if status == "stub"] + WITHOUT_VALUE)
     part = text.split(f"## {UNUSABLE}\n")[1].split("\n## ")[0]
     listed = re.findall(r"^\| \[(\w+)\]\(functions/\1\.md\) \|", part, re.MULTILINE)
     if listed != names:
         yield f"1: the functions without a usable value are {names}, and listed are {listed}"
-    if not re.search(rf"^{len(names)} of the \d+ functions", part, re.MULTILINE):
-        yield f"1: the page does not begin that section with '{len(names)} of the'"
-    for name in names:
-        if f"`{name}`" not in readme:
-            yield f"1: the README does not name {name}"
+    if not re.search(rf"^{len(names)} of the {len(rows)} functions", part, re.MULTILINE):
+        yield f"1: the page does not begin that section with '{len(names)} of the {len(rows)} functions'"
 
 
 def warnings_by(hvm):
@@ -145,8 +143,7 @@ def main(project, hvm, description, *options):
               for number, (line, other) in enumerate(zip(text.splitlines() + [""], wanted.splitlines() + [""]), start=1)
               if line != other][:1]
     faults += faults_of_sections(sections_of(text), [name for name, *_ in rows], warnings_by(hvm))
-    faults += faults_of_functions(text, (project / "plugin/host/functions.def").read_text(),
-                                  (project / "README.md").read_text())
+    faults += faults_of_functions(text, (project / "plugin/host/functions.def").read_text())
     print("\n".join(f"{page}:{fault}" for fault in faults) or f"{len(rows)} warnings have their sections")
     return 1 if faults else 0
 
