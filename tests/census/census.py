@@ -1,6 +1,6 @@
-# tests/census/warnings.py: which warnings the scripts, examples and pages of this project bring about, and why
+# tests/census/census.py: which warnings the scripts, examples and pages of this project bring about, and why
 #
-# Usage: warnings.py PROJECT_DIRECTORY HVM WORK_DIRECTORY [--write]
+# Usage: census.py PROJECT_DIRECTORY HVM WORK_DIRECTORY [--write]
 #
 # Every script below tests/scripts and examples, and every hvm block of the pages, runs with warnings as failures. A
 # warning that no comment of its line expects must stand in warnings.txt, with the number of its lines and the reason.
