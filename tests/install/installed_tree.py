@@ -97,6 +97,13 @@ class InstalledTree(unittest.TestCase):
         for path in ("bash-completion/completions/hvm", "zsh/site-functions/_hvm"):
             self.assertIn("--module", (self.tree / "share" / path).read_text())
 
+    def test_pygments_takes_the_lexer_of_the_tree(self):
+        folder = self.tree / "share" / "hvm" / "highlighting"
+        self.assertTrue((folder / "hvm.tmLanguage.json").is_file())
+        out = self.assert_succeeds(sys.executable, "-B", "-m", "pygments", "-l", "hvm", "-f", "raw", input="xsum(a)",
+                                   env=dict(os.environ, PYTHONPATH=str(folder)))
+        self.assertIn("Token.Name.Function\t'xsum'", out)
+
     def test_no_file_names_the_build(self):
         for path in self.tree.rglob("*"):
             is_text = path.suffix in (".cmake", ".pc", ".json", ".map", ".hvm", ".hpp", ".1", ".7")
