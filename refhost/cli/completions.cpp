@@ -11,6 +11,7 @@
 
 #include "cli/help.hpp"
 #include "cli/names.hpp"
+#include "cli/safe_text.hpp"
 #include "script/module/array_module.hpp"
 #include "script/syntax/lexer.hpp"
 #include "script/syntax/unicode.hpp"
@@ -47,12 +48,9 @@ void keep_matches(Completion& completion, const std::set<std::string>& words, st
     if (word.compare(0, typed.size(), typed) == 0) completion.matches.push_back(word);
 }
 
-/// Whether a file name can be typed as it is.
+/// Whether a name can be typed as it is, and shown.
 bool is_plain(const std::string& name) {
-  return std::none_of(
-             name.begin(), name.end(),
-             [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f' || c == '"' || c == '\\'; }) &&
-         first_invalid_utf8(name) == std::string_view::npos;
+  return name.find_first_of("\t\n\"\\") == std::string::npos && safe_text(name) == name;
 }
 
 /// Files that begin as the path that is typed from `begin` on. A folder ends with a slash.

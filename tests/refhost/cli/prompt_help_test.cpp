@@ -137,10 +137,12 @@ TEST(Repl, Tab_BehindAValueWithoutMethodsSaysWhatThereIs) {
 TEST(Repl, Tab_InQuotesCompletesFiles) {
   const Workplace place;
   place.write("data/measurements.csv", "a\n1\n");
-  place.write("odd\x01name.csv", "");
+  for (const char* name :
+       {"odd\x01name.csv", "odd\xC2\x9Bname.csv", "odd\xFFname.csv", "odd\nname.csv", "odd\"name.csv"})
+    place.write(name, "");
   Prompt terminal(in_folder(place));
   EXPECT_THAT(terminal.answer("read_csv(\"da\tmea\t)"), HasSubstr("[\"a\": [1]]"));
-  EXPECT_THAT(terminal.answer("len(\"odd\t\")"), HasSubstr("\r\n3\r\n"));
+  EXPECT_THAT(terminal.answer("len(\"odd\t\")"), ::testing::AllOf(HasSubstr("\r\n3\r\n"), Not(HasSubstr("name"))));
   EXPECT_THAT(terminal.answer("use \"arr\t"), Not(HasSubstr("error")));
   place.write("two words.hvm", "words = 2\n");
   terminal.answer(":load \"two\t");
