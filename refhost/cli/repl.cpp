@@ -142,16 +142,18 @@ class Repl {
       if (is_free("exit") && words == "exit") return remember(words), false;
       if (is_free("quit") && (words == "quit" || words == "quit()")) return remember(words), false;
       if (is_free("why") && words == "why") return remember(words), inputs_.tell_why(), true;
-      if (is_free("help") && help_asked(words)) return remember(words), show_help(*help_asked(words)), true;
+      const auto asked = is_free("help") ? help_asked(words) : std::nullopt;
+      if (asked) return remember(words), show_help(*asked), true;
       if (words.front() == ':') return take_command(words), true;
     }
     take_part(line);
     return true;
   }
 
+  /// Help shows comments of scripts, which may hold any characters.
   void show_help(const std::string& name) {
     const Description* known = settings_.description && !name.empty() ? settings_.description->get() : nullptr;
-    put(name.empty() ? help_topics() : help_on(name, {interpreter_, known, terminal_width()}));
+    put(name.empty() ? help_topics() : safe_text(help_on(name, {interpreter_, known, terminal_width()})));
   }
 
   /// Whether a word has no meaning of the script's own.

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "script/library/builtins.hpp"
+#include "script/syntax/lexer.hpp"
 #include "terminal.hpp"
 
 namespace hvm::testing {
@@ -67,6 +69,27 @@ TEST(Repl, Help_TellsOfFunctionsKeywordsAndTopics) {
                            {"help(transpose)", "use \"arrays\" loads it.\r\n  transpose(a)\r\n"},
                            {"help =3"},
                            {"help", "\r\n3\r\n"}});
+}
+
+TEST(Repl, Help_KnowsAllWordsOfTheLanguage) {
+  Prompt terminal;
+  for (const std::string& word : keyword_names())
+    EXPECT_THAT(terminal.answer("help " + word), Not(HasSubstr("There is no help"))) << word;
+  for (const std::string_view name : builtin_names()) {
+    const std::string_view usage = find_builtin(name)->usage;
+    const std::string first_form(usage.substr(0, usage.find('\n')));
+    EXPECT_THAT(terminal.answer("help " + std::string(name)), HasSubstr("\r\n  " + first_form + "\r\n"));
+  }
+}
+
+TEST(Repl, Help_OfAFnShowsTheCommentAboveIt) {
+  const Workplace place;
+  place.write("area.hvm", "x = 1\n# Gives the area\n# of a \x1b[31mfield.\nfn area(w, h) return w * h end\n");
+  Prompt terminal(in_folder(place));
+  terminal.expect_answers({{":load area.hvm"},
+                           {"help(area)",
+                            "\r\n  area(w, h)\r\nGives the area\r\nof a \ufffd[31mfield.\r\n"
+                            "Defined in area.hvm, line 4.\r\n"}});
 }
 
 TEST(Repl, TimeAndVars_TellOfStatementsAndVariables) {
