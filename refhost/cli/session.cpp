@@ -148,8 +148,8 @@ std::vector<std::string> Session::lost_sessions() const {
 }
 
 bool Session::is_lost(const std::string& path) const {
-  const std::filesystem::path file = std::filesystem::path(path);
   std::error_code error;
+  const std::filesystem::path file = std::filesystem::absolute(path, error);
   const bool is_here = !folder_.empty() && std::filesystem::equivalent(folder_, file.parent_path(), error);
   return is_here && has_form(file.filename().string(), lost_front);
 }

@@ -21,7 +21,7 @@ using ::testing::Not;
 
 TEST(Repl, LoadAndSave_TakeScripts) {
   const Workplace place;
-  const std::string script = place.write("area.hvm", "fn area(w, h) return w * h end\nscale = 2\n");
+  place.write("area.hvm", "fn area(w, h) return w * h end\nscale = 2\n");
   {
     Prompt terminal(in_folder(place));
     terminal.expect_answers({{":load area.hvm"},
@@ -79,9 +79,7 @@ TEST(Repl, SavedScripts_HoldWhatRanOfInputsThatFailed) {
   };
   for (const auto& row : rows) {
     const Workplace place;
-    TerminalConditions conditions;
-    conditions.folder = place.path();
-    Prompt terminal(conditions);
+    Prompt terminal(in_folder(place));
     for (const char* input : row.inputs) terminal.answer(input);
     terminal.answer(":save all.hvm");
     const std::string saved = contents(place.path() + "/all.hvm");
@@ -120,6 +118,28 @@ TEST(Repl, SavedScripts_FindTheScriptsThatTheyUse) {
   EXPECT_THAT(contents(place.path() + "/away/all.hvm"), HasSubstr("use \"arrays\"\n"));
   const Outcome outcome = run_toy({place.path() + "/away/all.hvm"});
   EXPECT_EQ(outcome.out, "7 8\n") << outcome.err;
+}
+
+TEST(Repl, SavedScripts_HaveTheLastFnOfAName) {
+  const Workplace place;
+  Prompt terminal(in_folder(place));
+  for (const char* input : {"fn f() return 1 end", "x = f()", "fn f() return 2 end", "print(x, f())"})
+    terminal.answer(input);
+  terminal.answer(":save all.hvm");
+  const Outcome outcome = run_toy({place.path() + "/all.hvm"});
+  EXPECT_EQ(outcome.out, "2 2\n") << outcome.err;
+}
+
+TEST(Repl, SavedScripts_InWhichAFnTookThePlaceOfAUsedOne_NameBoth) {
+  const Workplace place;
+  const std::string used = place.write("used.hvm", "fn f() return 1 end\n");
+  Prompt terminal(in_folder(place));
+  terminal.expect_answers(
+      {{"use \"used.hvm\""}, {"f()", "\r\n1\r\n"}, {"fn f() return 2 end"}, {"f()", "\r\n2\r\n"}, {":save all.hvm"}});
+  const std::string saved = place.path() + "/all.hvm";
+  const Outcome outcome = run_toy({saved});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.err, HasSubstr(saved + " and " + used + " both have a fn 'f'"));
 }
 
 TEST(Repl, SavedScripts_HoldTheArgumentsOfTheFirstScript) {
@@ -350,6 +370,26 @@ TEST(Repl, ALostSession_IsNamedAsItIsTyped) {
   EXPECT_THAT(terminal.answer("x"), HasSubstr("\r\n41\r\n"));
 }
 
+/// What the scripts of sessions in a folder hold.
+std::vector<std::string> sessions_in(const std::string& folder) {
+  std::vector<std::string> texts;
+  for (const auto& entry : std::filesystem::directory_iterator(folder))
+    if (entry.path().extension() == ".hvm") texts.push_back(contents(entry.path().string()));
+  return texts;
+}
+
+TEST(Repl, ASessionThatTheUserEnds_LeavesNoScript) {
+  for (const char* end : {"exit\n", "quit()\n", "exit(3)\n", "\x04"}) {
+    const Workplace place;
+    Prompt terminal(with_history_in(place));
+    terminal.answer("x = 1");
+    EXPECT_THAT(sessions_in(place.path() + "/hvm"), ::testing::ElementsAre("x = 1\n")) << end;
+    terminal.type(end);
+    terminal.exit_status();
+    EXPECT_THAT(sessions_in(place.path() + "/hvm"), ::testing::IsEmpty()) << end;
+  }
+}
+
 TEST(Repl, LostSessions_AreNotWrittenOver) {
   const Workplace place;
   const std::string folder = place.path() + "/hvm";
@@ -359,10 +399,7 @@ TEST(Repl, LostSessions_AreNotWrittenOver) {
   Prompt terminal(with_history_in(place));
   leave_session(folder, "session-" + std::to_string(terminal.id()) + ".hvm", "x = 3\n");
   terminal.answer("x = 4");
-  std::vector<std::string> kept;
-  for (const auto& entry : std::filesystem::directory_iterator(folder))
-    if (entry.path().extension() == ".hvm") kept.push_back(contents(entry.path().string()));
-  EXPECT_THAT(kept, ::testing::UnorderedElementsAre("x = 1\n", "x = 2\n", "x = 3\n", "x = 4\n"));
+  EXPECT_THAT(sessions_in(folder), ::testing::UnorderedElementsAre("x = 1\n", "x = 2\n", "x = 3\n", "x = 4\n"));
 }
 
 TEST(Repl, SessionsOfOtherUsers_AreNotOffered) {
@@ -401,6 +438,17 @@ TEST(Repl, LostSessionsThatAreOld_AreRemoved) {
     EXPECT_TRUE(std::filesystem::exists(folder + "/lost-session-2.hvm"));
     EXPECT_TRUE(std::filesystem::exists(folder + "/mine.hvm"));
   }
+}
+
+TEST(Repl, ALostSession_IsKnownByItsNameInItsFolder) {
+  const Workplace place;
+  const std::string path = place.write("hvm/lost-session-1.hvm", "x = y\nx = 41\n");
+  TerminalConditions conditions = with_history_in(place);
+  conditions.folder = place.path() + "/hvm";
+  Prompt terminal(conditions);
+  terminal.answer(":load lost-session-1.hvm");
+  EXPECT_THAT(terminal.answer("x"), HasSubstr("\r\n41\r\n"));
+  EXPECT_FALSE(std::filesystem::exists(path));
 }
 
 TEST(Repl, AScriptOfALostSessionThatCannotBeRead_Stays) {
