@@ -98,7 +98,6 @@ class ByteReader {
  public:
   enum class Found { nothing, character, no_text };
 
-  bool is_empty() const { return count_ == 0; }
   void add(char byte) { bytes_[count_++] = byte; }
   /// Takes the first character. What is no text becomes U+FFFD: a byte that begins no character, and a control
   /// character beyond ASCII.
