@@ -82,17 +82,6 @@ const Row* row_of(const Row (&table)[count], const std::string& name) {
   return nullptr;
 }
 
-/// Lines with two blanks before each.
-std::string indented(std::string_view lines) {
-  std::string text;
-  while (!lines.empty()) {
-    const std::string_view line = lines.substr(0, lines.find('\n'));
-    text += fmt::format("  {}\n", line);
-    lines.remove_prefix(std::min(lines.size(), line.size() + 1));
-  }
-  return text;
-}
-
 /// The help of what has no page.
 std::string brief_help(std::string_view usage, std::string_view summary, std::size_t width) {
   return indented(usage) + wrapped(std::string(summary), 0, width);

@@ -9,7 +9,6 @@
 #include <fstream>
 #include <iterator>
 #include <sstream>
-#include <string_view>
 
 #include "description/page.hpp"
 #include "script/library/script_file.hpp"
@@ -21,13 +20,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::uintmax_t largest_page = std::uintmax_t{1} << 20;
-
-std::vector<std::string> lines_of(const std::string& text) {
-  std::vector<std::string> lines;
-  std::istringstream stream(text);
-  for (std::string line; std::getline(stream, line);) lines.push_back(line);
-  return lines;
-}
 
 /// Without the marks for code and emphasis; of a link its words.
 std::string plain(std::string_view text) {
@@ -107,18 +99,25 @@ std::string wrapped(const std::string& text, std::size_t indent, std::size_t wid
   return lines.empty() ? lines : lines + "\n";
 }
 
-std::string shown_page(const HelpPage& page, std::size_t width) {
+std::string indented(std::string_view lines) {
   std::string text;
-  for (const std::string& form : lines_of(page.usage)) text += fmt::format("  {}\n", form);
-  text += wrapped(page.summary, 0, width);
+  while (!lines.empty()) {
+    const std::string_view line = lines.substr(0, lines.find('\n'));
+    text += fmt::format("  {}\n", line);
+    lines.remove_prefix(std::min(lines.size(), line.size() + 1));
+  }
+  return text;
+}
+
+std::string shown_page(const HelpPage& page, std::size_t width) {
+  std::string text = indented(page.usage) + wrapped(page.summary, 0, width);
   if (!page.arguments.empty()) text += "\n";
   for (const HelpPage::Argument& argument : page.arguments) {
     const std::string preset = argument.preset.empty() ? "" : fmt::format("; without it {}", argument.preset);
     text += wrapped(fmt::format("{}: {} ({}{})", argument.name, argument.meaning, argument.accepts, preset), 2, width);
   }
   for (const std::string& surprise : page.surprises) text += "\n" + wrapped(surprise, 0, width);
-  if (!page.examples.empty()) text += "\n";
-  for (const std::string& line : lines_of(page.examples)) text += fmt::format("  {}\n", line);
+  if (!page.examples.empty()) text += "\n" + indented(page.examples);
   return text + (page.path.empty() ? "" : fmt::format("\npage: {}\n", page.path));
 }
 

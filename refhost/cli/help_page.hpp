@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace hvm {
@@ -36,5 +37,8 @@ std::string shown_page(const HelpPage& page, std::size_t width);
 
 /// `text` without the marks of Markdown, in lines that fit into `width` and begin with `indent` blanks.
 std::string wrapped(const std::string& text, std::size_t indent, std::size_t width);
+
+/// Lines with two blanks before each.
+std::string indented(std::string_view lines);
 
 }  // namespace hvm
