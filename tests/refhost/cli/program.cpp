@@ -58,11 +58,7 @@ void limit(decltype(RLIMIT_AS) resource, std::size_t most) {
   if (conditions.out == Stream::closed) close(STDOUT_FILENO);
   if (conditions.err == Stream::closed) close(STDERR_FILENO);
   for (const auto& [name, value] : conditions.environment) setenv(name.c_str(), value.c_str(), 1);
-  if (conditions.obeys_permissions) {
-    // Root reads everything; without these two rights it is a user like any other. Other users cannot drop them.
-    prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE, 0, 0, 0);
-    prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH, 0, 0, 0);
-  }
+  if (conditions.obeys_permissions) drop_rights_of_root();
   limit(RLIMIT_AS, conditions.memory);
   limit(RLIMIT_FSIZE, conditions.file_size);
   std::vector<char*> words{const_cast<char*>(HVM_PROGRAM)};
@@ -73,6 +69,11 @@ void limit(decltype(RLIMIT_AS) resource, std::size_t most) {
 }
 
 }  // namespace
+
+void drop_rights_of_root() {
+  prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE, 0, 0, 0);
+  prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH, 0, 0, 0);
+}
 
 Workplace::Workplace() {
   std::string name = ::testing::TempDir() + "hvm-test-XXXXXX";

@@ -52,6 +52,10 @@ Outcome run_tests(std::vector<std::string> arguments, const Conditions& conditio
 /// What --test prints, without the time that its summary ends with.
 std::string without_time(const std::string& report);
 
+/// For a child before it becomes hvm: root reads and writes everything; without these two rights it is a user like any
+/// other. Other users do not have them.
+void drop_rights_of_root();
+
 /// The path of a stand-in module.
 std::string module_path(const std::string& name);
 

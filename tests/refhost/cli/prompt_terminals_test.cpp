@@ -16,8 +16,7 @@ using ::testing::Not;
 TEST(Repl, ATerminalThatGoesAway_EndsHvm) {
   for (const bool ignores : {false, true}) {
     const Workplace place;
-    TerminalConditions conditions;
-    conditions.state = place.path();
+    TerminalConditions conditions = with_history_in(place);
     conditions.ignores_hangup = ignores;
     Prompt terminal(conditions);
     terminal.answer("x = 1");

@@ -4,12 +4,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <linux/capability.h>
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>
 #include <sys/ioctl.h>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -43,10 +41,7 @@ bool comes_true(Condition condition) {
   for (const char* name : {"HVM_HISTORY", "NO_COLOR", "COLUMNS", "LINES"}) unsetenv(name);
   for (const auto& [name, value] : conditions.environment) setenv(name.c_str(), value.c_str(), 1);
   if (!conditions.folder.empty() && chdir(conditions.folder.c_str()) != 0) _exit(127);
-  if (conditions.obeys_permissions) {
-    prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE, 0, 0, 0);
-    prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH, 0, 0, 0);
-  }
+  if (conditions.obeys_permissions) drop_rights_of_root();
   if (conditions.ignores_hangup) signal(SIGHUP, SIG_IGN);
   const std::string module = conditions.module.empty() ? module_path("toy_module") : conditions.module;
   std::vector<char*> words{const_cast<char*>(HVM_PROGRAM), const_cast<char*>("--module"),
