@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <new>
+#include <stdexcept>
 
 #include "cli/interrupts.hpp"
 #include "cli/reports.hpp"
@@ -90,7 +91,7 @@ void Inputs::load(const std::string& path) {
     const Interrupts::Run run(interpreter_);
     try {
       source = read_script(path);
-    } catch (const FileError& error) {
+    } catch (const std::runtime_error& error) {
       tell_error(error.what());
     }
   });

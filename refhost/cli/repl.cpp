@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <new>
 
 #include "cli/completions.hpp"
 #include "cli/help.hpp"
@@ -114,13 +115,17 @@ class Repl {
       if (line.end == TypedLine::End::dropped)
         drop();
       else
-        goes_on = take(line.text);
+        goes_on = take_in_memory(line.text);
     }
     session_.end();
   }
 
   void drop() {
     put("\n");
+    forget_pending();
+  }
+
+  void forget_pending() {
     pending_.clear();
     read_size_ = 0;
   }
@@ -133,7 +138,17 @@ class Repl {
     if (!pending_.empty()) inputs_.report_unfinished(pending_);
   }
 
-  /// Returns false at the user's wish to leave.
+  /// The variables stay, and may leave no memory for what a line asks. Returns false at the user's wish to leave.
+  bool take_in_memory(const std::string& line) {
+    try {
+      return take(line);
+    } catch (const std::bad_alloc&) {
+      forget_pending();
+      inputs_.tell_error("out of memory");
+      return true;
+    }
+  }
+
   bool take(const std::string& line) {
     if (pending_.empty()) {
       const std::string words(trimmed(line));
@@ -165,9 +180,7 @@ class Repl {
     const bool is_long = pending_.size() > long_input && pending_.size() < read_size_ + read_size_ / 8;
     if (is_long && has_more_to_read()) return;
     read_size_ = pending_.size();
-    if (!inputs_.run(pending_, timing_)) return;
-    pending_.clear();
-    read_size_ = 0;
+    if (inputs_.run(pending_, timing_)) forget_pending();
   }
 
   // ---- Commands

@@ -7,7 +7,6 @@
 #include <linux/capability.h>
 #include <signal.h>
 #include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -42,11 +41,6 @@ void redirect(Stream stream, const std::string& path, int descriptor) {
   }
 }
 
-void limit(decltype(RLIMIT_AS) resource, std::size_t most) {
-  const rlimit limits = {most, most};
-  if (most > 0 && setrlimit(resource, &limits) != 0) _exit(127);
-}
-
 /// The standard streams are as `conditions` say, the environment has its additions, and hvm takes over.
 [[noreturn]] void become_hvm(const std::vector<std::string>& arguments, const Workplace& place,
                              const Conditions& conditions) {
@@ -69,6 +63,11 @@ void limit(decltype(RLIMIT_AS) resource, std::size_t most) {
 }
 
 }  // namespace
+
+void limit(decltype(RLIMIT_AS) resource, std::size_t most) {
+  const rlimit limits = {most, most};
+  if (most > 0 && setrlimit(resource, &limits) != 0) _exit(127);
+}
 
 void drop_rights_of_root() {
   prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE, 0, 0, 0);

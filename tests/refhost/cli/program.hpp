@@ -3,6 +3,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <cstddef>
 #include <string>
@@ -52,7 +53,9 @@ Outcome run_tests(std::vector<std::string> arguments, const Conditions& conditio
 /// What --test prints, without the time that its summary ends with.
 std::string without_time(const std::string& report);
 
-/// For a child before it becomes hvm: root reads and writes everything; without these two rights it is a user like any
+/// For a child before it becomes hvm: bounds a resource; 0 leaves it as it is.
+void limit(decltype(RLIMIT_AS) resource, std::size_t most);
+/// The same: root reads and writes everything; without these two rights it is a user like any
 /// other. Other users do not have them.
 void drop_rights_of_root();
 

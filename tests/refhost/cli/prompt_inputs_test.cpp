@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "terminal.hpp"
 
 namespace hvm::testing {
@@ -175,6 +177,23 @@ TEST(Repl, StatementsWhoseValueIsShown_AreNotUnused) {
   Prompt terminal(conditions);
   terminal.answer("a = xarange(3)");
   EXPECT_THAT(terminal.answer("xsort(a)"), Not(HasSubstr("warning")));
+}
+
+using PromptInLittleMemory = LimitedMemory;
+
+TEST_F(PromptInLittleMemory, WhatFindsNone_EndsOnlyItsOwnInput) {
+  const Workplace place;
+  std::filesystem::resize_file(place.write("large.hvm", ""), std::uintmax_t{3} << 30);
+  TerminalConditions conditions = in_folder(place);
+  conditions.module = module_path("arrayfold");
+  conditions.memory = std::size_t{256} << 20;
+  Prompt terminal(conditions);
+  terminal.expect_answers(
+      {{"x = 5; t = []"},
+       {":load large.hvm", "error: large.hvm: out of memory while the script is read\r\n"},
+       {"for n in [100000, 20000] do try while 1 do t = [t, \"a\" * n] end catch e print(e) end end", "out of memory"},
+       {"help(xnorm)", "error: out of memory\r\n"},
+       {"x", "\r\n5\r\n"}});
 }
 
 TEST(Repl, InputsAreCountedOnce) {

@@ -42,6 +42,7 @@ bool comes_true(Condition condition) {
   for (const auto& [name, value] : conditions.environment) setenv(name.c_str(), value.c_str(), 1);
   if (!conditions.folder.empty() && chdir(conditions.folder.c_str()) != 0) _exit(127);
   if (conditions.obeys_permissions) drop_rights_of_root();
+  limit(RLIMIT_AS, conditions.memory);
   if (conditions.ignores_hangup) signal(SIGHUP, SIG_IGN);
   const std::string module = conditions.module.empty() ? module_path("toy_module") : conditions.module;
   std::vector<char*> words{const_cast<char*>(HVM_PROGRAM), const_cast<char*>("--module"),

@@ -4,6 +4,7 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
@@ -23,6 +24,7 @@ struct TerminalConditions {
   std::vector<std::pair<std::string, std::string>> environment;  // what is added to it
   std::string folder;                                            // in which it runs; empty: that of the test
   std::string state;                                             // of the history; empty: a folder for this run alone
+  std::size_t memory = 0;                                        // of its addresses, in bytes; 0: any
   bool obeys_permissions = false;                                // also when root runs the test
   bool ignores_hangup = false;
 };
