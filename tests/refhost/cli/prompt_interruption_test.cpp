@@ -52,10 +52,7 @@ TEST(Repl, CtrlC_EndsWhatRunsAndKeepsTheVariables) {
       {"sort(range(9000000))", ": error: interrupted"},
   };
   for (const auto& row : rows) {
-    terminal.type(std::string(row.input) + "\n");
-    terminal.wait_until_it_runs();
-    terminal.press("\x03");
-    const std::string shown = terminal.wait_for("\n> ");
+    const std::string shown = terminal.interrupt(row.input);
     EXPECT_THAT(shown, HasSubstr(row.report)) << row.input;
     EXPECT_THAT(shown, HasSubstr("error: interrupted")) << row.input;
     EXPECT_THAT(shown, Not(HasSubstr("\r\ncaught"))) << row.input;
@@ -68,10 +65,7 @@ TEST(Repl, CtrlC_EndsWhatRunsAndKeepsTheVariables) {
 TEST(Repl, CtrlC_NamesTheCallsThatLedThere) {
   Prompt terminal;
   terminal.answer("fn spin() while 1 do end end");
-  terminal.type("spin()\n");
-  terminal.wait_until_it_runs();
-  terminal.press("\x03");
-  EXPECT_THAT(terminal.wait_for("\n> "), HasSubstr("in spin, called at <input 2>:1:1"));
+  EXPECT_THAT(terminal.interrupt("spin()"), HasSubstr("in spin, called at <input 2>:1:1"));
 }
 
 TEST(Repl, CtrlC_InACallOfTheModuleWaitsAndSaysSo) {
@@ -114,10 +108,7 @@ TEST(Repl, CtrlC_EndsTheWaitingForTheOtherEndOfAPipe) {
   terminal.answer("kept = 7");
   for (const std::string input : {":load pipe.hvm", ":save pipe.hvm", "read_text(\"pipe.hvm\")", "use \"pipe.hvm\"",
                                   "write_text(\"pipe.hvm\", \"text\")", "read_csv(\"pipe.hvm\")"}) {
-    terminal.type(input + "\n");
-    terminal.wait_until_it_runs();
-    terminal.press("\x03");
-    EXPECT_THAT(terminal.wait_for("\n> "), HasSubstr("error: interrupted")) << input;
+    EXPECT_THAT(terminal.interrupt(input), HasSubstr("error: interrupted")) << input;
   }
   EXPECT_THAT(terminal.answer("kept"), HasSubstr("\r\n7\r\n"));
 }
@@ -127,10 +118,8 @@ TEST(Repl, CtrlC_EndsTheWritingToAPipeThatIsFull) {
   const std::string pipe = make_pipe(place, "pipe");
   const int reader = open(pipe.c_str(), O_RDWR | O_CLOEXEC);
   Prompt terminal(in_folder(place));
-  terminal.type("write_text(\"pipe\", \"a\" * 10000000)\n");
-  terminal.wait_until_it_runs();
-  terminal.press("\x03");
-  EXPECT_THAT(terminal.wait_for("\n> "), HasSubstr("<input 1>:1:1: error: interrupted"));
+  EXPECT_THAT(terminal.interrupt("write_text(\"pipe\", \"a\" * 10000000)"),
+              HasSubstr("<input 1>:1:1: error: interrupted"));
   close(reader);
 }
 
@@ -170,10 +159,7 @@ TEST(Repl, CtrlC_EndsTheReadingOfAPipe) {
   const std::string pipe = make_pipe(place, "pipe");
   const int writer = open(pipe.c_str(), O_RDWR | O_CLOEXEC);
   Prompt terminal(in_folder(place));
-  terminal.type("read_text(\"pipe\")\n");
-  terminal.wait_until_it_runs();
-  terminal.press("\x03");
-  EXPECT_THAT(terminal.wait_for("\n> "), HasSubstr("<input 1>:1:1: error: interrupted"));
+  EXPECT_THAT(terminal.interrupt("read_text(\"pipe\")"), HasSubstr("<input 1>:1:1: error: interrupted"));
   close(writer);
 }
 
@@ -193,10 +179,8 @@ TEST(Repl, CtrlC_EndsTheReadingOfALargeFile) {
   while (rows.size() < (std::size_t{64} << 20)) rows += "1.5,\"text\"\n2.5,3\n";
   place.write("large.csv", rows);
   Prompt terminal(in_folder(place));
-  terminal.type("while 1 do read_csv(\"large.csv\") end\n");
-  terminal.wait_until_it_runs();
-  terminal.press("\x03");
-  EXPECT_THAT(terminal.wait_for("\n> "), HasSubstr("<input 1>:1:12: error: interrupted"));
+  EXPECT_THAT(terminal.interrupt("while 1 do read_csv(\"large.csv\") end"),
+              HasSubstr("<input 1>:1:12: error: interrupted"));
 }
 
 TEST(Repl, ASignalBetweenTwoInputs_ChangesNothing) {

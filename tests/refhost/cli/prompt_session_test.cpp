@@ -97,10 +97,7 @@ TEST(Repl, SavedScripts_HoldInterruptedStatementsAsComments) {
   Prompt terminal(in_folder(place));
   terminal.answer("x = 3; while 1", "\n... ");
   terminal.answer("x += 1", "\n... ");
-  terminal.type("end; x = 4\n");
-  terminal.wait_until_it_runs();
-  terminal.press("\x03");
-  terminal.wait_for("\n> ");
+  terminal.interrupt("end; x = 4");
   terminal.answer(":save all.hvm");
   EXPECT_EQ(contents(place.path() + "/all.hvm"), "x = 3; # while 1\n# x += 1\n# end  # error: interrupted\n# x = 4\n");
 }
@@ -327,10 +324,7 @@ TEST(Repl, AnInputWithAFault_IsOfferedUpToTheStatementOfTheFault) {
   TerminalConditions conditions = with_history_in(place);
   {
     Prompt terminal(conditions);
-    terminal.type("for i in range(2000000000) do y = i end\n");
-    terminal.wait_until_it_runs();
-    terminal.press("\x03");
-    terminal.wait_for("\n> ");
+    terminal.interrupt("for i in range(2000000000) do y = i end");
     terminal.expect_answers({{"z = y * 0"}, {"1 / 0; x = 1"}});
     terminal.type("x = 41; fn next() return x + 1 end; toy_end(\"segv\")\n");
     EXPECT_EQ(terminal.exit_status(), -1);

@@ -86,10 +86,7 @@ TEST(RecordedSession, IsTheOneOfThePageOnThePrompt) {
       {":save air.hvm"},
   };
   for (const Typed& line : typed) shown += terminal.answer(line.keys, line.next);
-  terminal.type("while air[0] > 0 do end\n");
-  terminal.wait_until_it_runs();
-  terminal.press("\x03");
-  shown += terminal.wait_for("\n> ");
+  shown += terminal.interrupt("while air[0] > 0 do end");
   terminal.type("exit\n");
   EXPECT_EQ(terminal.exit_status(), 0);
   shown += "exit\r\n";

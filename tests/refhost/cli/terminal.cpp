@@ -134,6 +134,13 @@ std::string Terminal::answer(const std::string& line, const std::string& next_pr
   return wait_for(next_prompt);
 }
 
+std::string Terminal::interrupt(const std::string& line) {
+  type(line + "\n");
+  wait_until_it_runs();
+  press("\x03");
+  return wait_for("\n> ");
+}
+
 void Terminal::wait_until_it_runs() const {
   ASSERT_TRUE(comes_true([this] { return !is_editing(); })) << "nothing runs";
   usleep(50000);

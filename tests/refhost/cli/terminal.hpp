@@ -52,6 +52,8 @@ class Terminal {
   void press(const std::string& text) const;
   /// Types a line at the prompt, and gives what is shown up to the next prompt.
   std::string answer(const std::string& line, const std::string& next_prompt = "\n> ");
+  /// Types a line at the prompt, ends what it runs by Ctrl-C, and gives what is shown up to the next prompt.
+  std::string interrupt(const std::string& line);
   /// Waits until something runs that a typed line has begun.
   void wait_until_it_runs() const;
   /// Waits until hvm waits for a line.
