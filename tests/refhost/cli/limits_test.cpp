@@ -112,7 +112,7 @@ TEST_F(Memory, ThatIsMissing_IsAnError) {
            "fn f(s)\nreturn f(s + s)\nend\nf(\"text\")",
            "fn f(s)\nreturn xarray(@double(f(s + s)))\nend\nf(\"text\")",
            "t = []\nfor i in range(1000) do t[i] = xzeros(1000000) end",
-           "a = xzeros(6000000)\ns = a.dump()",
+           "a = xzeros(9000000)\ns = a.dump()",
            "a = xones(40, 1000000)",
            "a = xones(10000000)\nb = a + a\nc = a * b + 1",
            "t = range(1000000)\na = xarray(@double, [t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, "
