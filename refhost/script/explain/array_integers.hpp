@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "kernel/kernel.hpp"
+#include "script/module/array_module.hpp"
 
 namespace hvm {
 
@@ -47,7 +48,7 @@ inline Kept kept_by(bool is_narrow, const HostValue& number) noexcept {
 /// has registered its types before.
 class IntegerArrays {
  public:
-  IntegerArrays() noexcept : narrow_(type_named("$xintarray")), wide_(type_named("$xint64array")) {}
+  IntegerArrays() noexcept : narrow_(type_named(int_array_type.data())), wide_(type_named(int64_array_type.data())) {}
 
   bool have(const Value& value) const noexcept {
     const HostAny* object = object_in(value);

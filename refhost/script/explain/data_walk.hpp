@@ -40,8 +40,7 @@ enum class DataElements { others, narrow_integers, wide_integers };
 
 /// Walks a table as the module does. It takes no memory. Tables may be shared and deep, so that it ends without a fault
 /// after some millions of entries and below some tens of levels. A number of which an element keeps a part is a fault
-/// where there is no other one, and one that is
-/// kept as another number comes before one that loses its fraction.
+/// where there is no other one, and one that is kept as another number comes before one that loses its fraction.
 DataLook look_at_data(const HostHash* table, DataElements elements) noexcept;
 
 }  // namespace hvm

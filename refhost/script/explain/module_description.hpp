@@ -1,7 +1,7 @@
 // script/explain/module_description.hpp: the description of a module, read when it is needed
 //
-// Most scripts need no more of it than the head, a hundredth of the file: with how many arguments warnings come. The
-// rest is read for the first call that fails, for help, and for the stories of warnings.
+// Most scripts need no more of it than the head, less than a hundredth of the file: with how many arguments warnings
+// come. The rest is read for the first call that fails, for help, and for the stories of warnings.
 
 #pragma once
 

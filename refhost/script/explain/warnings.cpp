@@ -19,10 +19,6 @@ namespace {
 constexpr std::string_view makers_of_columns[] = {"xzeros", "xones", "xempty", "xrand", "xrandn",
                                                   "xeye",   "xdiff", "xouter", "xpinv"};
 
-bool is_array_module(const ModuleFunctions& module) {
-  return module.find("xarray") != nullptr && type_named("$xdoublearray") != nullptr;
-}
-
 /// Whether a quotation is of a name with arguments, `@double(2, 3)`. It is looked at in the tree that modules read,
 /// which costs less than to look for what it was written as.
 bool has_extents(const Value& quotation) noexcept {

@@ -19,9 +19,6 @@
 namespace hvm {
 namespace {
 
-constexpr std::string_view int_array = "$xintarray";
-constexpr std::string_view int64_array = "$xint64array";
-
 // More elements than any memory holds: the product of such extents has wrapped around.
 constexpr std::int64_t most_elements = std::int64_t{1} << 48;
 // An array without elements may still have rows, which the module walks one by one.
@@ -84,13 +81,13 @@ const char* selection_for(const std::optional<std::string>& kind) {
 
 /// The number that an integer array reads from an operand.
 std::int64_t as_read(std::string_view type, Value& number) {
-  return type == int_array ? HVM_AsInt(number.address()) : HVM_AsInt64(number.address());
+  return type == int_array_type ? HVM_AsInt(number.address()) : HVM_AsInt64(number.address());
 }
 
 void check_zero(BinaryOperator op, const Value& array, Value& number, bool is_number_first) {
   if (!array.is_object() || !number.is_number()) return;
   const std::string type = type_name(array);
-  const bool is_integer_array = type == int_array || type == int64_array;
+  const bool is_integer_array = type == int_array_type || type == int64_array_type;
   if (!is_integer_array || as_read(type, number) != 0) return;
   const std::string written = number_text(number);
   std::string reason;
@@ -185,6 +182,10 @@ void check_index(const Extents& extents, std::size_t axis, Value& index) {
 
 }  // namespace
 
+bool is_array_module(const ModuleFunctions& module) {
+  return module.find("xarray") != nullptr && type_named("$xdoublearray") != nullptr;
+}
+
 bool do_broadcast(const Extents& left, const Extents& right) {
   const std::size_t common = std::min(left.size(), right.size());
   return std::equal(left.rbegin(), left.rbegin() + static_cast<std::ptrdiff_t>(common), right.rbegin(),
@@ -203,7 +204,7 @@ std::string_view array_kind_of(const Value& value) {
 bool is_integer_array(const Value& value) {
   if (!value.is_object()) return false;
   const char* name = type_name_of(object_of(value.record()));
-  return std::strncmp(name, "$xint", 5) == 0 && (name == int_array || name == int64_array);
+  return std::strncmp(name, "$xint", 5) == 0 && (name == int_array_type || name == int64_array_type);
 }
 
 std::optional<std::string> kind_of_array(const Value& value) {

@@ -1,8 +1,9 @@
 // script/module/array_module.hpp: all that the host knows of the module with the arrays
 //
 // A host knows a module by what it registers, and an object by its type's name and its methods; it never looks inside.
-// What hvm knows beyond that of this very module is here and nowhere else: its file, the names of its types and of a
-// few functions and methods, what it does not check itself, and which of its failures need an explanation.
+// What hvm knows beyond that of this very module is here: its file, the names of its types and of a few functions and
+// methods, what it does not check itself, and which of its failures need an explanation. Its answers that surprise are
+// in script/explain, in the table of warnings and its conditions.
 
 #pragma once
 
@@ -21,6 +22,13 @@ namespace hvm {
 
 /// The file that is loaded when none is named.
 inline constexpr const char* array_module_file = "arrayfold.so";
+
+/// The names of the types of integer arrays. Each is a literal, so that its `data` ends with a zero.
+inline constexpr std::string_view int_array_type = "$xintarray";
+inline constexpr std::string_view int64_array_type = "$xint64array";
+
+/// Whether these are the functions of the module with the arrays, which has registered its types.
+bool is_array_module(const ModuleFunctions& module);
 
 /// A method of arrays.
 struct ArrayMethod {
