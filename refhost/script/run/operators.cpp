@@ -47,19 +47,19 @@ Value Operators::binary(BinaryOperator op, Value& left, Value& right, const Plac
   return site_.placed(place.span, [&] {
     const bool has_object = left.is_object() || right.is_object();
     if (!has_object || is_comparison_with_nil(op, left, right)) return plain_binary(op, left, right);
-    return explained({op, left, right, written_before(place), written_behind(place)}, place.span,
-                     [&](const ModuleCaller& caller) {
-                       checks_.operation(caller, op, left, right);
-                       if (warnings_.is_notable(op, left, right))
-                         warnings_.operation(site_.source(), place.span,
-                                             {untraced(caller), op, left, right, place.chain, place.link, nullptr});
-                       Value result = object_binary(caller, op, left, right);
-                       if (result.is_nil() && op == BinaryOperator::multiply)
-                         warnings_.operation(site_.source(), place.span,
-                                             {untraced(caller), op, left, right, place.chain, place.link, nullptr});
-                       warnings_.combined(result, left, right);
-                       return result;
-                     });
+    const FailedOperation operation{op, left, right, written_before(place), written_behind(place)};
+    return explained(operation, place.span, [&](const ModuleCaller& caller) {
+      const auto look = [&] {
+        warnings_.operation(site_.source(), place.span,
+                            {untraced(caller), op, left, right, place.chain, place.link, nullptr});
+      };
+      checks_.operation(caller, op, left, right);
+      if (warnings_.is_notable(op, left, right)) look();
+      Value result = object_binary(caller, op, left, right);
+      if (result.is_nil() && op == BinaryOperator::multiply) look();
+      warnings_.combined(result, left, right);
+      return result;
+    });
   });
 }
 
@@ -70,13 +70,15 @@ void Operators::compound(BinaryOperator op, Value& variable, Value& right, Span 
       variable = plain_binary(op, variable, right);
       return;
     }
-    explained({op, variable, right, form.variable.get(), form.value.get()}, span, [&](const ModuleCaller& caller) {
+    const FailedOperation operation{op, variable, right, form.variable.get(), form.value.get()};
+    explained(operation, span, [&](const ModuleCaller& caller) {
+      const auto look = [&] {
+        warnings_.operation(site_.source(), span, {untraced(caller), op, variable, right, nullptr, nullptr, &form});
+      };
       checks_.operation(caller, op, variable, right);
-      if (warnings_.is_notable(op, variable, right))
-        warnings_.operation(site_.source(), span, {untraced(caller), op, variable, right, nullptr, nullptr, &form});
+      if (warnings_.is_notable(op, variable, right)) look();
       object_compound(caller, op, variable, right);
-      if (op == BinaryOperator::multiply && !variable.is_object())
-        warnings_.operation(site_.source(), span, {untraced(caller), op, variable, right, nullptr, nullptr, &form});
+      if (op == BinaryOperator::multiply && !variable.is_object()) look();
       warnings_.combined(variable, variable, right);
     });
   });
