@@ -95,7 +95,6 @@ Found integer_range(const AnsweredCall& call) {
 }
 
 Found empty_range(const AnsweredCall& call) {
-  if (call.arguments.size() != 3) return {};
   const std::int64_t start = as_int(call.arguments[0]);
   const std::int64_t range = as_int(call.arguments[1]) - start;
   const std::int64_t step = as_int(call.arguments[2]);

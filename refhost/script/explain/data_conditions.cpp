@@ -14,10 +14,8 @@
 namespace hvm {
 namespace {
 
-/// What is odd in the table of data of an array; of form `none` where there is no table or no array.
-DataFault data_fault(const AnsweredCall& call) {
-  return call.has_table() && call.result.is_object() ? call.data().fault : DataFault{};
-}
+/// What is odd in the table of data of an array; of form `none` where there is no array.
+DataFault data_fault(const AnsweredCall& call) { return call.result.is_object() ? call.data().fault : DataFault{}; }
 
 /// What rows differ in; empty for a fault that is not of rows.
 std::string difference(const DataFault& fault) {
@@ -259,7 +257,7 @@ std::string reshape_to(const AnsweredCall& call) {
 
 Found extents_beside_data(const AnsweredCall& call) {
   const Quotation* dtype = call.quoted.dtype;
-  if (!dtype || dtype->arguments.empty() || call.arguments.size() < 2 || call.quoted.is_dtype_variable) return {};
+  if (!dtype || dtype->arguments.empty() || call.quoted.is_dtype_variable) return {};
   const auto shape = call.result.is_object() ? shape_of(call.caller, call.result) : std::nullopt;
   if (!shape) return {};
   const ExtentsLook look = look_at_extents(*dtype, call.quoted.read_in_dtype, *shape);

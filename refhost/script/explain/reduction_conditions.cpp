@@ -76,8 +76,7 @@ Found column(const AnsweredCall& call) {
 }
 
 Found kind_of_product(const AnsweredCall& call) {
-  if (call.arguments.size() < 2 || !is_integer_array(call.arguments[0])) return {};
-  if (!is_of_kind(call.arguments[1], "double")) return {};
+  if (call.arguments.size() < 2 || !is_of_kind(call.arguments[1], "double")) return {};
   const std::string a = argument_name(call, 0, "i");
   return Finding{
       fmt::format("{0} gives {1} array, the kind of its first argument, and drops all fractions; write "

@@ -91,7 +91,7 @@ Found unused_order(const AnsweredCall& call) {
 }
 
 Found value_of_shuffle(const AnsweredCall& call) {
-  if (!call.is_used || !call.result.is_number()) return {};
+  if (!call.result.is_number()) return {};
   const std::string name = argument_name(call, 0, "a");
   return Finding{
       fmt::format("xshuffle changes {0} itself and gives 0; write xshuffle({0}) on a line of its own and "

@@ -14,7 +14,7 @@ namespace hvm {
 struct CallCondition {
   Sign sign;
   std::vector<std::string_view> functions;  // empty: all
-  Found (*find)(const AnsweredCall& call);
+  Found (*find)(const AnsweredCall& call);  // asked about calls of these functions that bear the sign
 };
 struct OperationCondition {
   Found (*find)(const ArrayOperation& operation);
