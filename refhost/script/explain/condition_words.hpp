@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "script/explain/array_integers.hpp"
 #include "script/explain/warning_subjects.hpp"
 
 namespace hvm {
@@ -21,6 +22,12 @@ bool has_fraction(const Value& value);
 
 /// The value in words: its kind, and the text of a string.
 std::string in_words(const HostValue& record);
+
+/// What follows the number that an array of integers has in place of another one; nothing where a fraction is cut.
+constexpr std::string_view stored(Kept kept, bool is_narrow) {
+  if (kept != Kept::another) return {};
+  return is_narrow ? ", which fits into 32 bits" : ", which fits into 64 bits";
+}
 
 /// An argument in the words of the script; `otherwise` where it is missing or too long for a sentence.
 std::string argument_text(const AnsweredCall& call, std::size_t number, std::string_view otherwise);

@@ -53,10 +53,10 @@ Found ragged_rows(const AnsweredCall& call) {
 
 namespace {
 
-Finding misread_entry(const AnsweredCall& call, const Value& number, std::string_view what_is_stored) {
+Finding misread_entry(const AnsweredCall& call, const Value& number, Kept kept) {
   const bool is_narrow = call.elements == DataElements::narrow_integers;
   return {fmt::format("{} array stores {} as {}{}; write {}", with_article(*kind_of_array(call.result)),
-                      number_text(number), is_narrow ? as_int(number) : as_int64(number), what_is_stored,
+                      number_text(number), is_narrow ? as_int(number) : as_int64(number), stored(kept, is_narrow),
                       number.tag() == ValueTag::integer64 ? "@int64" : "@double")};
 }
 
@@ -79,15 +79,13 @@ Found fraction_of_an_entry(const AnsweredCall& call) {
   // A fraction that is computed may be cut on purpose: xarray(@int, [x + 0.5]) rounds.
   if (data_fault(call).form != DataFault::Form::fraction || !call.written || call.written->size() < 2) return {};
   const auto fraction = written_fraction(*(*call.written)[1]);
-  return fraction ? Found(misread_entry(call, Value(*fraction), "")) : Found();
+  return fraction ? Found(misread_entry(call, Value(*fraction), Kept::whole_part)) : Found();
 }
 
 Found range_of_an_entry(const AnsweredCall& call) {
   const DataFault fault = data_fault(call);
   if (fault.form != DataFault::Form::another_number) return {};
-  const bool is_narrow = call.elements == DataElements::narrow_integers;
-  return misread_entry(call, Value::sharing(*fault.culprit),
-                       is_narrow ? ", which fits into 32 bits" : ", which fits into 64 bits");
+  return misread_entry(call, Value::sharing(*fault.culprit), Kept::another);
 }
 
 Found named_entries(const AnsweredCall& call) {

@@ -90,7 +90,7 @@ bool keeps(const MetNumber& met, Kept kept) {
 }
 
 /// What an operator reads of a number otherwise than it is written. Equality with a number is an error by itself.
-Found misread_number(const ArrayOperation& operation, Kept kept, std::string_view what_is_read) {
+Found misread_number(const ArrayOperation& operation, Kept kept) {
   if (operation.op == BinaryOperator::equal || operation.op == BinaryOperator::not_equal) return {};
   const bool is_left = operation.left.is_number();
   const MetNumber met{is_left ? operation.left : operation.right, is_left ? operation.right : operation.left};
@@ -98,21 +98,17 @@ Found misread_number(const ArrayOperation& operation, Kept kept, std::string_vie
   const std::string name = is_left ? operation.right_text("") : operation.left_text("");
   const std::string remedy = is_name(name) ? fmt::format("xminimum({0}, {0}) makes doubles of it", name)
                                            : fmt::format("as_double(a) {} makes doubles of it", library);
-  return Finding{fmt::format("{} array reads {} as {}, {}; {}", with_article(*kind_of_array(met.array)),
+  const std::string_view what_is_read = kept == Kept::whole_part ? ", an integer" : stored(kept, met.is_narrow());
+  return Finding{fmt::format("{} array reads {} as {}{}; {}", with_article(*kind_of_array(met.array)),
                              number_text(met.number), met.read(), what_is_read, remedy),
                  page_of(operation.op)};
 }
 
 }  // namespace
 
-Found fraction_of_a_number(const ArrayOperation& operation) {
-  return misread_number(operation, Kept::whole_part, "an integer");
-}
+Found fraction_of_a_number(const ArrayOperation& operation) { return misread_number(operation, Kept::whole_part); }
 
-Found range_of_a_number(const ArrayOperation& operation) {
-  const bool is_narrow = is_of_kind(operation.left, "int") || is_of_kind(operation.right, "int");
-  return misread_number(operation, Kept::another, is_narrow ? "which fits into 32 bits" : "which fits into 64 bits");
-}
+Found range_of_a_number(const ArrayOperation& operation) { return misread_number(operation, Kept::another); }
 
 Found remainder_of_doubles(const ArrayOperation& operation) {
   if (operation.op != BinaryOperator::remainder || !is_of_kind(operation.left, "double")) return {};
@@ -140,23 +136,20 @@ Found bool_product(const ArrayOperation& operation) {
 namespace {
 
 /// What an element stores of a number otherwise than it is written.
-Found misread_element(const ElementAccess& access, Kept kept, std::string_view what_is_stored) {
+Found misread_element(const ElementAccess& access, Kept kept) {
   if (!access.written) return {};
   const MetNumber met{*access.written, access.object};
   if (!keeps(met, kept)) return {};
   return Finding{fmt::format("{} array stores {} as {}{}; make doubles of it first: a = xminimum(a, a)",
                              with_article(*kind_of_array(access.object)), number_text(*access.written), met.read(),
-                             what_is_stored)};
+                             stored(kept, met.is_narrow()))};
 }
 
 }  // namespace
 
-Found fraction_of_an_element(const ElementAccess& access) { return misread_element(access, Kept::whole_part, ""); }
+Found fraction_of_an_element(const ElementAccess& access) { return misread_element(access, Kept::whole_part); }
 
-Found range_of_an_element(const ElementAccess& access) {
-  const bool is_narrow = is_of_kind(access.object, "int");
-  return misread_element(access, Kept::another, is_narrow ? ", which fits into 32 bits" : ", which fits into 64 bits");
-}
+Found range_of_an_element(const ElementAccess& access) { return misread_element(access, Kept::another); }
 
 Found fewer_indices(const ElementAccess& access) {
   const auto extents = shape_of(access.caller, access.object);
