@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -18,7 +19,9 @@ class Columns {
  public:
   bool is_empty() const noexcept { return count_ == 0; }
   bool has(const HostAny* object) const noexcept {
-    return object && !is_empty() && places_[place_of(object)] == object;
+    if (!object || is_empty()) return false;
+    const Set& set = sets_[number_of_set(object)];
+    return std::find(set.begin(), set.end(), object) != set.end();
   }
   bool has(const Value& value) const noexcept { return has(object_in(value)); }
   bool has_any(const std::vector<Value>& values) const noexcept {
@@ -28,14 +31,16 @@ class Columns {
   }
 
   void mark(const HostAny* object) noexcept {
-    const HostAny*& place = places_[place_of(object)];
-    count_ += place ? 0 : 1;
-    place = object;
+    if (!object || has(object)) return;
+    Set& set = sets_[number_of_set(object)];
+    if (set.back()) remove(set, set.begin());
+    *std::find(set.begin(), set.end(), nullptr) = object;
+    ++count_;
   }
   void forget(const HostAny* object) noexcept {
     if (!has(object)) return;
-    places_[place_of(object)] = nullptr;
-    --count_;
+    Set& set = sets_[number_of_set(object)];
+    remove(set, std::find(set.begin(), set.end(), object));
   }
   /// Marks an object, or forgets what was at its address.
   void note(const Value& value, bool may_be_column) noexcept {
@@ -45,13 +50,22 @@ class Columns {
   }
 
  private:
-  static std::size_t place_of(const HostAny* object) noexcept {
+  /// Objects whose addresses have the same bits, older ones first, and null behind the last. Addresses differ from run
+  /// to run: without company in a set, two columns of a small script would now and then displace each other.
+  using Set = std::array<const HostAny*, 8>;
+
+  static std::size_t number_of_set(const HostAny* object) noexcept {
     const auto address = reinterpret_cast<std::uintptr_t>(object);
-    return (address >> 4 ^ address >> 12) % place_count;
+    return (address >> 4 ^ address >> 12) % set_count;
+  }
+  void remove(Set& set, Set::iterator place) noexcept {
+    std::move(place + 1, set.end(), place);
+    set.back() = nullptr;
+    --count_;
   }
 
-  static constexpr std::size_t place_count = 512;
-  std::array<const HostAny*, place_count> places_ = {};
+  static constexpr std::size_t set_count = 64;
+  std::array<Set, set_count> sets_ = {};
   std::size_t count_ = 0;
 };
 
