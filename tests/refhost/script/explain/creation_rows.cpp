@@ -32,6 +32,16 @@ const std::vector<WarnedScript>& creation_rows() {
        "xlogspace(-5, 5, 5) gives integers, which do not hold these powers: the kind is that of its start; write "
        "xlogspace(-5.0, 5, 5)",
        {"xlogspace(0, 4, 5)", "xlogspace(0.0, 1, 5)", "xlogspace(0L, 18, 19)", "xlogspace(0, 9, 10)"}},
+      {"integer-spacing",
+       "xlinspace(0L, 4294967296L, 4)",
+       "xlinspace(0L, 4294967296L, 4) gives integers, which lose their fractions: the kind is that of its start; write "
+       "xlinspace(0.0, 4294967296L, 4)",
+       {"xlinspace(0L, 4294967296L, 5)", "xlinspace(4294967296L, 0, 3)"}},
+      {"integer-powers",
+       "xlogspace(0L, 19, 20)",
+       "xlogspace(0L, 19, 20) gives integers, which do not hold these powers: the kind is that of its start; write "
+       "xlogspace(0.0, 19, 20)",
+       {"xlogspace(0, 20, 1)", "xlogspace(-5, 5, 0)"}},
       {"integer-powers",
        "xlogspace(0, 10, 11)",
        "xlogspace(0, 10, 11) gives integers, which do not hold these powers: the kind is that of its start; write "

@@ -77,6 +77,15 @@ const std::vector<WarnedScript>& operator_rows() {
        "an int array reads 3000000000 as -1294967296, which fits into 32 bits; xminimum(i, i) makes doubles of it",
        {}},
       {"range-of-a-number",
+       "i = xlinspace(1, 3, 3); i - 2147483648.0",
+       "an int array reads 2.14748e+09 as 2147483647, which fits into 32 bits; xminimum(i, i) makes doubles of it",
+       {"i = xlinspace(1, 3, 3); i - -2147483648.0"}},
+      {"range-of-a-number",
+       "i = xlinspace(1L, 3, 3); i - 9223372036854775808.0",
+       "an int64 array reads 9.22337e+18 as 9223372036854775807, which fits into 64 bits; xminimum(i, i) makes doubles "
+       "of it",
+       {"i = xlinspace(1L, 3, 3); i - -9223372036854775808.0"}},
+      {"range-of-a-number",
        "-1e19 + xlinspace(1L, 3, 3)",
        "an int64 array reads -1e+19 as -9223372036854775808, which fits into 64 bits; as_double(a) of use \"arrays\" "
        "makes doubles of it",

@@ -17,6 +17,22 @@ std::string in_columns(const Extents& extents, std::size_t width, std::int64_t e
   return aligned(extents, edge, element, 10, width);
 }
 
+TEST(Extents, HaveACountOfElements) {
+  constexpr std::int64_t large = std::int64_t{1} << 32;
+  EXPECT_EQ(element_count({}), 1);
+  EXPECT_EQ(element_count({2, 3}), 6);
+  EXPECT_EQ(element_count({2, 0, 3}), 0);
+  EXPECT_EQ(element_count({large, large / 4}), large * (large / 4));
+  EXPECT_EQ(element_count({large, large}), 0) << "it has no place in 63 bits";
+  EXPECT_EQ(element_count({-2, -3}), 0);
+  EXPECT_EQ(element_count({2, -3}), 0);
+}
+
+TEST(Extents, AreShownInParentheses) {
+  EXPECT_EQ(in_parentheses({}), "()");
+  EXPECT_EQ(in_parentheses({2, 3}), "(2, 3)");
+}
+
 TEST(AlignedArray, OfOneRow_StandsInALineWhereItFits) {
   EXPECT_EQ(in_columns({3}, 80), "[0, 1, 2]");
   EXPECT_EQ(in_columns({1, 3}, 80), "[[0, 1, 2]]");
