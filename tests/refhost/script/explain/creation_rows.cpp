@@ -55,7 +55,7 @@ const std::vector<WarnedScript>& creation_rows() {
        "xarange(0, 2, 3)",
        "xarange(0, 2, 3) has no elements: with a step beyond the whole range even the start is left out; give a step "
        "of 2",
-       {"xarange(0, 3, 3)", "xarange(0, -3, 1)", "xarange(5, 5, 1)", "xarange(3, 0, -3)"}},
+       {"xarange(0, 3, 3)", "xarange(0, -3, 1)", "xarange(5, 5, 1)", "xarange(5, 5, -1)", "xarange(3, 0, -3)"}},
       {"empty-range",
        "xarange(2, 0, -3)",
        "xarange(2, 0, -3) has no elements: with a step beyond the whole range even the start is left out; give a step "

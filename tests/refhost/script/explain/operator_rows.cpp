@@ -62,7 +62,7 @@ const std::vector<WarnedScript>& operator_rows() {
        "i = xlinspace(1, 3, 3); i * 2.9",
        "an int array reads 2.9 as 2, an integer; xminimum(i, i) makes doubles of it",
        {"i = xlinspace(1, 3, 3); i * 2.0; i + 2; 3.0 * i", "a = xarange(3); a * 2.9; 2.9 + a",
-        "i = xlinspace(1, 3, 3); i /= 2.0"}},
+        "i = xlinspace(1, 3, 3); i /= 2.0", "i = xlinspace(1, 3, 3)\ntry\ni == 2.5\ncatch e\nend"}},
       {"fraction-of-a-number",
        "0.5 + xlinspace(1L, 3, 3)",
        "an int64 array reads 0.5 as 0, an integer; as_double(a) of use \"arrays\" makes doubles of it",

@@ -54,6 +54,11 @@ const std::vector<WarnedScript>& result_rows() {
        "xmaximum gives nothing for arrays of two kinds, int and double; make one kind of them: xminimum(i, i) has the "
        "elements of i as doubles",
        {"i = xlinspace(1, 3, 3); xmaximum(i, i); xminimum(xones(2), xones(2))"}},
+      {"two-kinds",
+       "j = xlinspace(1L, 3, 3); d = xones(3); xminimum(d, j)",
+       "xminimum gives nothing for arrays of two kinds, double and int64; make one kind of them: xminimum(j, j) has "
+       "the elements of j as doubles",
+       {}},
       {"integers-without-result",
        "i = xlinspace(1, 3, 3); xsign(i)",
        "xsign gives nothing for an int array; write xsign(xminimum(i, i))",

@@ -25,6 +25,12 @@ TEST(Warnings, HaveALineACaretAPageAndAWayBack) {
             "  allow: # allow: number-on-the-left\n");
 }
 
+TEST(Warnings, OfADataLiteral_PointAtTheElement) {
+  const ToldRun result = run("d = @[1.5,\n  2]\na = xarray(@double, d)");
+  ASSERT_EQ(result.warnings.size(), 1u);
+  EXPECT_THAT(result.warnings[0].report, HasSubstr("test.hvm:2:3: warning: a data literal of reals drops"));
+}
+
 TEST(Warnings, ComeOnceALine) {
   EXPECT_EQ(run("a = xarange(3)\nfor k in range(9)\n5 - a\nend").warnings.size(), 1u);
   EXPECT_EQ(run("a = xarange(3); 5 - a; 6 - a").warnings.size(), 1u);
