@@ -255,7 +255,7 @@ std::string reshape_to(const AnsweredCall& call) {
 
 Found extents_beside_data(const AnsweredCall& call) {
   const Quotation* dtype = call.quoted.dtype;
-  if (!dtype || dtype->arguments.empty() || call.quoted.is_dtype_variable) return {};
+  if (!dtype || dtype->arguments.empty()) return {};
   const auto shape = call.result.is_object() ? shape_of(call.caller, call.result) : std::nullopt;
   if (!shape) return {};
   const ExtentsLook look = look_at_extents(*dtype, call.quoted.read_in_dtype, *shape);
