@@ -25,13 +25,21 @@ struct Steps {
   Lanes left;
 };
 
-HWY_INLINE Steps steps_of(Lanes x) {
-  const Integer n = nearest_integer(x, all(constants::steps_per_unit));
+HWY_INLINE Steps steps_of(Lanes x, double rounding = to_integer) {
+  const Integer n = nearest_integer(x, all(constants::steps_per_unit), rounding);
   return {n, hn::NegMulAdd(n.value, all(constants::step_high), x)};
 }
 
-/// The bits of n as those above the lower 48 of a double: they add n/16 to its exponent.
-HWY_INLINE BitLanes as_exponent(const Integer& n) { return hn::ShiftLeft<48>(n.bits); }
+/// The lowest bits as those above the lower 48 of a double: n adds n/16 to its exponent.
+HWY_INLINE BitLanes as_exponent(BitLanes n) { return hn::ShiftLeft<48>(n); }
+
+/// 2^(n/16), where n is in the lowest bits.
+HWY_INLINE Lanes power_of(BitLanes n) { return from_bits(hn::Add(lookup(constants::power_bits, n), as_exponent(n))); }
+
+/// What the power and the rest of x lack: it is added to the exponent.
+HWY_INLINE Lanes lost_by(Lanes n, BitLanes bits) {
+  return hn::NegMulAdd(n, all(constants::step_low), lookup(constants::power_tails, bits));
+}
 
 /// e^x is the power times e^(left + low). For |x| up to 708.
 struct Exponential {
@@ -40,10 +48,7 @@ struct Exponential {
 
 HWY_INLINE Exponential exponential(Lanes x) {
   const Steps steps = steps_of(x);
-  const Lanes low =
-      hn::NegMulAdd(steps.n.value, all(constants::step_low), lookup(constants::power_tails, steps.n.bits));
-  const Lanes power = from_bits(hn::Add(lookup(constants::power_bits, steps.n.bits), as_exponent(steps.n)));
-  return {power, steps.left, low};
+  return {power_of(steps.n.bits), steps.left, lost_by(steps.n.value, steps.n.bits)};
 }
 
 /// e^r - 1 as an absolute matter: r is small, and 1 is added to it.
@@ -61,11 +66,9 @@ HWY_INLINE Lanes exponential_of_any(Lanes any) {
   // Beyond these the result is infinity or 0.
   const Lanes x = clamped(hn::IfThenZeroElse(is_tiny(any), any), -760, halved ? 710.6 : 709.9);
   const Steps steps = steps_of(x);
-  const Lanes low =
-      hn::NegMulAdd(steps.n.value, all(constants::step_low), lookup(constants::power_tails, steps.n.bits));
-  const Lanes sum = small_exponential(hn::Add(steps.left, low));
+  const Lanes sum = small_exponential(hn::Add(steps.left, lost_by(steps.n.value, steps.n.bits)));
   // The power without its exponent k.
-  const BitLanes exponent = as_exponent(steps.n), k = hn::And(exponent, all_words(~below_exponent));
+  const BitLanes exponent = as_exponent(steps.n.bits), k = hn::And(exponent, all_words(~below_exponent));
   const BitLanes fraction = hn::And(exponent, all_words(below_exponent));
   const Lanes power = from_bits(hn::Add(lookup(constants::power_bits, steps.n.bits), fraction));
   const Lanes value = hn::MulAdd(power, sum, power);
@@ -137,12 +140,11 @@ struct Halves {
 };
 
 HWY_INLINE Halves halves(Lanes magnitude) {
-  const Steps steps = steps_of(magnitude);
-  const BitLanes n = steps.n.bits;
-  const BitLanes exponent = as_exponent(steps.n);
-  const Lanes p = from_bits(hn::Add(lookup(constants::half_power_bits, n), exponent));
-  const Lanes q = from_bits(hn::Sub(lookup(constants::half_inverse_bits, n), exponent));
-  const Lanes p_low = hn::Mul(p, lookup(constants::power_tails, n)), q_low = lookup(constants::inverse_tails, n);
+  // 16 steps less are half of a power: the bits count these.
+  const Steps steps = steps_of(magnitude, to_integer - 16);
+  const BitLanes n = steps.n.bits, opposite = hn::Sub(all_words(0 - std::uint64_t{32}), n);
+  const Lanes p = power_of(n), q = power_of(opposite);
+  const Lanes p_low = hn::Mul(p, lookup(constants::power_tails, n)), q_low = lookup(constants::power_tails, opposite);
   const Pair sum = sum_of(p, q);
   const Lanes difference = hn::Sub(p, q);
   const Lanes low = hn::Mul(steps.n.value, all(-constants::step_low));

@@ -155,13 +155,6 @@ def exponentials():
     words("power_bits", [word_of(rounded(power)) - (i << TOP) for i, power in enumerate(powers)])
     doubles("power_tails", tails)
 
-    comment("Halves of the powers 2^(n/16) and 2^(-n/16), for the hyperbolic functions. From the bits of the second "
-            "one n is subtracted.")
-    inverses = [1 / power for power in powers]
-    words("half_power_bits", [word_of(rounded(power) / 2) - (i << TOP) for i, power in enumerate(powers)])
-    words("half_inverse_bits", [word_of(rounded(power) / 2) + (i << TOP) for i, power in enumerate(inverses)])
-    doubles("inverse_tails", [rounded((power - rounded(power)) / rounded(power)) for power in inverses])
-
     reach = step / 2 * mpf("1.0001")
     comment("(e^r - 1 - r) / r^2")
     doubles("exponential", fitted(lambda r: (mp.expm1(r) - r) / r ** 2, 5, -reach, reach, abs, -58))

@@ -80,9 +80,9 @@ struct Integer {
 };
 
 /// The integer nearest to `x * factor`, which lies within 2^50.
-HWY_INLINE Integer nearest_integer(Lanes x, Lanes factor) {
-  const Lanes sum = hn::MulAdd(x, factor, all(to_integer));
-  return {hn::Sub(sum, all(to_integer)), bits_of(sum)};
+HWY_INLINE Integer nearest_integer(Lanes x, Lanes factor, double rounding = to_integer) {
+  const Lanes sum = hn::MulAdd(x, factor, all(rounding));
+  return {hn::Sub(sum, all(rounding)), bits_of(sum)};
 }
 
 // ---- Sums and products without loss

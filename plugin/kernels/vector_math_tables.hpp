@@ -24,24 +24,6 @@ alignas(64) constexpr double power_tails[16] = {
     -0x1.3b3efbf5e2228p-54, -0x1.b32dcb94da51dp-56, 0x1.db72fc1f0eab4p-55, 0x1.1affc2b91ce27p-56,
     0x1.c1a7792cb3387p-55, 0x1.36eae30af0cb3p-56, 0x1.4a385a63d07a7p-56, -0x1.ff7128fd391f0p-55};
 
-// Halves of the powers 2^(n/16) and 2^(-n/16), for the hyperbolic functions. From the bits of the second one n is
-// subtracted.
-alignas(64) constexpr std::uint64_t half_power_bits[16] = {
-    0x3fe0000000000000, 0x3fdfb5586cf9890f, 0x3fdf72b83c7d517b, 0x3fdf387a6e756238,
-    0x3fdf06fe0a31b715, 0x3fdedea64c123422, 0x3fdebfdad5362a27, 0x3fdeab07dd485429,
-    0x3fdea09e667f3bcd, 0x3fdea11473eb0187, 0x3fdeace5422aa0db, 0x3fdec49182a3f090,
-    0x3fdee89f995ad3ad, 0x3fdf199bdd85529c, 0x3fdf5818dcfba487, 0x3fdfa4afa2a490da};
-alignas(64) constexpr std::uint64_t half_inverse_bits[16] = {
-    0x3fe0000000000000, 0x3fdfa4afa2a490da, 0x3fdf5818dcfba487, 0x3fdf199bdd85529c,
-    0x3fdee89f995ad3ad, 0x3fdec49182a3f090, 0x3fdeace5422aa0db, 0x3fdea11473eb0187,
-    0x3fdea09e667f3bcd, 0x3fdeab07dd485429, 0x3fdebfdad5362a27, 0x3fdedea64c123422,
-    0x3fdf06fe0a31b715, 0x3fdf387a6e756238, 0x3fdf72b83c7d517b, 0x3fdfb5586cf9890f};
-alignas(64) constexpr double inverse_tails[16] = {
-    0, -0x1.ff7128fd391f0p-55, 0x1.4a385a63d07a7p-56, 0x1.36eae30af0cb3p-56,
-    0x1.c1a7792cb3387p-55, 0x1.1affc2b91ce27p-56, 0x1.db72fc1f0eab4p-55, -0x1.b32dcb94da51dp-56,
-    -0x1.3b3efbf5e2228p-54, 0x1.063e1e21c5409p-54, 0x1.690cebb7aafb0p-56, 0x1.59f48a72a4c6dp-55,
-    0x1.34d754db0abb6p-55, 0x1.68efde3a8a894p-54, -0x1.01b15eaa59348p-55, 0x1.79aa65d837b6dp-54};
-
 // (e^r - 1 - r) / r^2
 alignas(64) constexpr double exponential[6] = {
     0x1.0000000000001p-1, 0x1.5555555555556p-3, 0x1.55555554e93b7p-5, 0x1.11111110e1059p-7,
