@@ -21,11 +21,13 @@
 namespace {
 
 bool advice_is_refused = false;
+std::size_t advised_bytes = 0;
 
 }  // namespace
 
-/// The system's function, which tests can let fail.
+/// The system's function, which tests can let fail and which counts the bytes it is called for.
 extern "C" int madvise(void* memory, std::size_t size, int advice) noexcept {
+  advised_bytes += size;
   if (!advice_is_refused) return static_cast<int>(syscall(SYS_madvise, memory, size, advice));
   errno = ENOMEM;
   return -1;
@@ -132,6 +134,18 @@ TEST(MakeArray, OfFourMebibytes_AsksForHugePages) {
   const auto small = make_array<XTDouble>(Shape{524287});
   EXPECT_EQ(asks_for_huge_pages(big->array->storage().data() + 262144), offered);
   EXPECT_FALSE(asks_for_huge_pages(small->array->storage().data() + 262144));
+}
+
+TEST(ReserveElements, OfFourMebibytes_AsksForHugePagesOnce) {
+  std::vector<double> big, small;
+  const std::size_t before = advised_bytes;
+  reserve_elements(small, 524287);
+  EXPECT_EQ(advised_bytes, before);
+  reserve_elements(big, 524288);
+  EXPECT_GT(advised_bytes, before + (std::size_t{3} << 20));
+  const std::size_t after = advised_bytes;
+  reserve_elements(big, 524288);
+  EXPECT_EQ(advised_bytes, after);
 }
 
 TEST(MakeArray, WhereAdviceIsRefused_IsTheSame) {
