@@ -294,11 +294,13 @@ TEST_F(Unary, EveryShape_IsTheResults) {
 }
 
 TEST_F(Unary, ExtentsBeyondTheStorage_AreOutOfMemory) {
-  for (const auto& function : functions()) {
-    Value wrong = counted({6});
-    ASSERT_EQ(method(wrong, "reshape", {Value(-2), Value(-3)}).returned, 1);
-    EXPECT_THROW(call(function.name, {wrong}), std::bad_alloc) << function.name;
-  }
+  for (const auto& function : functions())
+    for (Value wrong : {counted({6}), array_of<XTInt>(ctx(), {6}, {1, 2, 3, 4, 5, 6}),
+                        array_of<XTInt64>(ctx(), {6}, {1, 2, 3, 4, 5, 6})}) {
+      if (function.integers == Integers::no_value && type_of(wrong) != "$xdoublearray") continue;
+      ASSERT_EQ(method(wrong, "reshape", {Value(-2), Value(-3)}).returned, 1);
+      EXPECT_THROW(call(function.name, {wrong}), std::bad_alloc) << function.name << " of " << type_of(wrong);
+    }
 }
 
 using UnaryDeathTest = Unary;
