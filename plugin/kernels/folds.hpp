@@ -31,7 +31,7 @@ struct Folds {
   /// The sum of the squared distances from a number.
   void (*sum_of_squared_distances)(const T* elements, std::size_t rows, std::size_t length, double from,
                                    double* folded);
-  /// The sum of the squared distances of one row from its mean: both passes in one call.
+  /// The sum of the squared distances of one row from its mean: both passes in one call. 0 without elements.
   double (*sum_of_squared_deviations)(const T* elements, std::size_t length);
 
   /// The sum in the order of a scan: blocks of 32 bytes are folded halves first.

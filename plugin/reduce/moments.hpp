@@ -24,11 +24,9 @@ template <class T>
 double variance_of(const xarray_of<T>& array) {
   const auto& storage = array.storage();
   const auto count = static_cast<double>(storage.size());
-  const bool is_one_row = array.shape().size() < 2 && !storage.empty();
-  if (is_one_row) {
-    check_extents(array);
-    return folds<T>().sum_of_squared_deviations(storage.data(), storage.size()) / count;
-  }
+  // The extent of a single row is the number of its elements; `reshape` cannot make it another one.
+  const bool is_one_row = array.shape().size() < 2;
+  if (is_one_row) return folds<T>().sum_of_squared_deviations(storage.data(), storage.size()) / count;
   const auto add_squares = [fold = folds<T>().sum_of_squared_distances, mean = mean_of(array)](
                                const T* elements, std::size_t rows, std::size_t length, double* sums) {
     fold(elements, rows, length, mean, sums);

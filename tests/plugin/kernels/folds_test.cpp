@@ -62,8 +62,9 @@ void expect_rows(const std::vector<T>& x, std::size_t rows, std::size_t length) 
     const double distance = static_cast<double>(element) - from;
     return sum + distance * distance;
   });
-  if (rows != 1 || length == 0) return;
-  const auto sum = folded_rows(x, 1, length, T{0}, [](T folded, T element) { return static_cast<T>(folded + element); })[0];
+  if (rows != 1) return;
+  const auto add = [](T folded, T element) { return static_cast<T>(folded + element); };
+  const T sum = folded_rows(x, 1, length, T{0}, add)[0];
   const double mean = static_cast<double>(sum) / static_cast<double>(length);
   const auto deviations = folded_rows(x, 1, length, 0.0, [mean](double folded, T element) {
     const double deviation = static_cast<double>(element) - mean;
