@@ -30,12 +30,14 @@ def arguments():
     parser.add_argument("--json", metavar="PATH", help="write the rows as JSON")
     parser.add_argument("--save", action="store_true", help="write results/<machine>.md, .json, .svg; takes every case")
     parser.add_argument("--keep-memory", type=int, metavar="MIB",
-                        help="let both keep so much freed memory for the next arrays, as hvm --keep-memory does; the "
-                             "results are saved under a name of their own")
+                        help="let both keep so much freed memory for the next arrays, from 0 to 2047 MiB, as hvm "
+                             "--keep-memory does; the results are saved under a name of their own")
     parser.add_argument("--check", action="store_true", help="measure nothing: run every case once on both sides")
     chosen = parser.parse_args()
     if chosen.save and chosen.filter:
         parser.error("--save takes every case, so it goes without a filter")
+    if chosen.keep_memory is not None and not 0 <= chosen.keep_memory <= 2047:
+        parser.error("--keep-memory takes 0 to 2047 MiB: the C library reads the bytes as an int")
     return chosen
 
 

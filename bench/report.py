@@ -67,7 +67,7 @@ def notes(rows):
 
 def counted(rows):
     """The rows that a mean counts: with a peer, and with a result that both sides have written."""
-    return [row for row in rows if row["ratio"] and not row.get("is_untouched")]
+    return [row for row in rows if row["ratio"] and not row["is_untouched"]]
 
 
 def summary(rows):
