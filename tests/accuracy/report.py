@@ -2,7 +2,9 @@
 # accuracy/report.py: measures the module and NumPy over the same arguments and writes docs/accuracy.md
 
 import argparse
+import ctypes
 import os
+import re
 import subprocess
 import tempfile
 
@@ -70,6 +72,16 @@ def numpy_errors_of(program, count):
         return {name: largest_error(function, arguments) for name, function in PEERS.items()}
 
 
+def sleef():
+    """The library with its version, which the name of its file has."""
+    try:
+        ctypes.CDLL("libsleef.so.3")
+    except OSError:
+        return "no SLEEF"
+    with open("/proc/self/maps") as maps:
+        return "SLEEF " + re.search(r"/libsleef\.so\.([0-9.]+)$", maps.read(), re.MULTILINE).group(1)
+
+
 def cell(error):
     """An error beyond all bounds is a wrong value, such as an overflow that comes early."""
     return "none" if error is None else f"{error:.2f}" if error < 1000 else "wrong values"
@@ -110,7 +122,7 @@ def main():
         parser.error(f"{chosen.page} has no place for a table")
     libc = os.confstr("CS_GNU_LIBC_VERSION")
     note = (f"\n{chosen.count:,} arguments of each function from `xexp` to `xtanh`, {chosen.count_of_others:,} of the "
-            f"others and with NumPy {np.__version__}; {libc}, SLEEF 3.5.1.\n")
+            f"others and with NumPy {np.__version__}; {libc}, {sleef()}.\n")
     with open(chosen.page, "w") as page:
         page.write(head + begin + "\n".join(lines) + "\n" + note + end + tail)
 
