@@ -61,7 +61,6 @@ void run(int argc, char** argv) {
 }
 
 }  // namespace
-
 }  // namespace arrayfold::test
 
 int main(int argc, char** argv) {
