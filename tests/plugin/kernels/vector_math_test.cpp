@@ -215,7 +215,10 @@ TEST(VectorLoops, OfTheSmallestNumbers_AreTheNumbersWhereTheSlopeIsOne) {
 TEST(VectorLoops, BeyondTheCircles_AreTheCLibrarys) {
   std::vector<double> x = {0x1.6ac5b262ca1ffp+849 /* next to a multiple of pi/2 */, 0x1p1023, 1e22, 100000.00000000001};
   std::mt19937_64 engine(5);
-  for (int i = 0; i < 1000; ++i) x.push_back(std::ldexp(1 + static_cast<double>(engine() % 1000) / 1000, 17 + i));
+  for (int i = 0; i < 1000; ++i) {
+    x.push_back(std::ldexp(1 + static_cast<double>(engine() % 1000) / 1000, 17 + i));
+    x.push_back(100'001 + static_cast<double>(engine() % 1'000'000) / 100);
+  }
   for (const double value : x)
     on_each_target([&] {
       EXPECT_EQ(alone(vector_math().sin, value), std::sin(value)) << value;
