@@ -128,7 +128,8 @@ struct Log1p {
 
  private:
   static HWY_INLINE Lanes of_sum(Lanes x, Lanes sum, const InCell& cell, Lanes sign) {
-    const Lanes lost = lost_in(sum, hn::Max(x, all(1)), hn::Min(x, all(1)));
+    // 1 stands for the larger one: up to 2^53 this is exact where x is larger, too, and beyond 1 no longer counts.
+    const Lanes lost = lost_in(sum, all(1), x);
     const Lanes r = fused(sum, cell.inverse, all(-1)), low = hn::Mul(lost, cell.inverse);
     const Pair main = logarithm_of_cell(cell, r);
     return hn::CopySign(with_polynomial({main.high, hn::Add(main.low, low)}, hn::Add(r, low)), sign);
