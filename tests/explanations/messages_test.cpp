@@ -53,6 +53,8 @@ TEST(Messages, OfOperators_SayWhatToWriteInstead) {
        ("double array -= int array: " + kinds_differ + ". Make doubles of i with xminimum(i, i).").c_str()},
       {"i = xlinspace(1, 3, 3); 2 * xones(3) * i",
        ("double array * int array: " + kinds_differ + ". Make doubles of i with xminimum(i, i).").c_str()},
+      {"i = xlinspace(1, 3, 3); d = xones(3); i + 1 + d",
+       ("int array + double array: " + kinds_differ + ". Make doubles of a with xminimum(a, a).").c_str()},
       {"m = xones(3) > 0; m * m", ("'*' is not defined for $xboolarray (3) and $xboolarray (3)" + of_bools +
                                    ". Make integers of it with as_int(m) of use \"arrays\".")
                                       .c_str()},

@@ -78,6 +78,8 @@ TEST(ValueKinds, Names_HaveTheirArticles) {
   EXPECT_EQ(kind_in_words(Value(1.0)), "a real");
   EXPECT_EQ(kind_in_words(Value(u"w")), "a string");
   EXPECT_EQ(kind_in_words(Value()), "nil");
+  EXPECT_EQ(with_article("object"), "an object");
+  EXPECT_EQ(with_article("double"), "a double");
 }
 
 }  // namespace
