@@ -6,10 +6,10 @@
 #include <link.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <optional>
 
 namespace hvm {
@@ -73,7 +73,10 @@ class ElfImage {
   static std::string read(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     if (!file) throw ElfError("it cannot be opened for reading");
-    std::string bytes{std::istreambuf_iterator<char>(file), {}};
+    std::string bytes;
+    std::array<char, 65536> piece;
+    while (file.read(piece.data(), piece.size()) || file.gcount() > 0)
+      bytes.append(piece.data(), static_cast<std::size_t>(file.gcount()));
     if (file.bad()) throw ElfError("it cannot be read");
     return bytes;
   }

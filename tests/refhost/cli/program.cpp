@@ -13,8 +13,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <regex>
+#include <sstream>
 
 namespace hvm::testing {
 namespace {
@@ -93,8 +93,9 @@ std::string Workplace::write(const std::string& name, const std::string& text) c
 }
 
 std::string contents(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+  std::ostringstream text;
+  text << std::ifstream(path, std::ios::binary).rdbuf();
+  return text.str();
 }
 
 Outcome run_hvm(const std::vector<std::string>& arguments, const Conditions& conditions) {
