@@ -6,21 +6,20 @@
 #include "description/conditions.hpp"
 
 #include <algorithm>
-#include <regex>
 #include <stdexcept>
+
+#include "description/pattern.hpp"
 
 namespace hvm::description {
 namespace {
 
-using Match = std::smatch;
 using Names = std::vector<std::string>;
 
 /// The names in backticks.
 Names names_in(const std::string& text) {
-  static const std::regex name("`([A-Za-z_]\\w*)`");
+  static const Pattern name("`([A-Za-z_]\\w*)`");
   Names names;
-  for (std::sregex_iterator found(text.begin(), text.end(), name), end; found != end; ++found)
-    names.push_back((*found)[1]);
+  for (const Match& found : name.matches_in(text)) names.push_back(found[1]);
   return names;
 }
 
@@ -55,7 +54,7 @@ Json about(const std::string& subject, const std::string& key, Json value) {
 }
 
 struct Form {
-  std::regex sentence;
+  Pattern sentence;
   Json (*condition)(const Match& found);
 };
 
@@ -65,64 +64,60 @@ const std::string pair = "(`\\w+` and `\\w+`)";
 
 const std::vector<Form>& forms() {
   static const std::vector<Form> all = {
-      {std::regex("no argument"), [](const Match&) { return with("arguments_below", 1); }},
-      {std::regex("fewer than (\\w+) arguments?"),
+      {Pattern("no argument"), [](const Match&) { return with("arguments_below", 1); }},
+      {Pattern("fewer than (\\w+) arguments?"),
        [](const Match& found) { return with("arguments_below", count_in(found[1])); }},
-      {std::regex("more than (\\w+) arguments?"),
+      {Pattern("more than (\\w+) arguments?"),
        [](const Match& found) { return with("arguments_above", count_in(found[1])); }},
-      {std::regex("every (?:other )?call"), [](const Match&) { return with("always", true); }},
-      {std::regex("(an argument|" + named + ") is no (.*)"),
+      {Pattern("every (?:other )?call"), [](const Match&) { return with("always", true); }},
+      {Pattern("(an argument|" + named + ") is no (.*)"),
        [](const Match& found) { return about(found[1], "kind_not_in", kinds_in(found[3])); }},
-      {std::regex("(an argument|" + named + ") is an? (.*)"),
+      {Pattern("(an argument|" + named + ") is an? (.*)"),
        [](const Match& found) { return about(found[1], "kind_in", kinds_in(found[3])); }},
-      {std::regex(pair + " are (.*) arrays"),
+      {Pattern(pair + " are (.*) arrays"),
        [](const Match& found) {
          Json both = Json::array();
          for (const std::string& name : names_in(found[1]))
-           both.push_back(about("`" + name + "`", "kind_in", kinds_in(found[2].str() + " array")));
+           both.push_back(about("`" + name + "`", "kind_in", kinds_in(found[2] + " array")));
          return with("all", both);
        }},
-      {std::regex(named + " has no dimension"),
-       [](const Match& found) { return about(found[1], "dimensions_below", 1); }},
-      {std::regex(named + " has fewer than (\\w+) dimensions?"),
+      {Pattern(named + " has no dimension"), [](const Match& found) { return about(found[1], "dimensions_below", 1); }},
+      {Pattern(named + " has fewer than (\\w+) dimensions?"),
        [](const Match& found) { return about(found[1], "dimensions_below", count_in(found[2])); }},
-      {std::regex(named + " has more than (\\w+) dimensions?"),
+      {Pattern(named + " has more than (\\w+) dimensions?"),
        [](const Match& found) { return about(found[1], "dimensions_above", count_in(found[2])); }},
-      {std::regex(named + " has another number of dimensions than (\\w+)"),
+      {Pattern(named + " has another number of dimensions than (\\w+)"),
        [](const Match& found) { return about(found[1], "dimensions_not", count_in(found[2])); }},
-      {std::regex(named + " has no elements under a first extent that is not 0.*"),
+      {Pattern(named + " has no elements under a first extent that is not 0.*"),
        [](const Match& found) { return about(found[1], "empty_rows", true); }},
-      {std::regex("(`\\w+` has fewer elements than `\\w+`) along its first dimension"),
+      {Pattern("(`\\w+` has fewer elements than `\\w+`) along its first dimension"),
        [](const Match& found) { return about(found[1], "shorter", true); }},
-      {std::regex(named + " has no elements"), [](const Match& found) { return about(found[1], "empty", true); }},
-      {std::regex("the last two extents of (`\\w+`) differ"),
+      {Pattern(named + " has no elements"), [](const Match& found) { return about(found[1], "empty", true); }},
+      {Pattern("the last two extents of (`\\w+`) differ"),
        [](const Match& found) { return about(found[1], "not_square", true); }},
-      {std::regex("the first extents of " + pair + " differ"),
+      {Pattern("the first extents of " + pair + " differ"),
        [](const Match& found) { return about(found[1], "first_extents_differ", true); }},
-      {std::regex("(`\\w+` has fewer rows than `\\w+`)"),
+      {Pattern("(`\\w+` has fewer rows than `\\w+`)"),
        [](const Match& found) { return about(found[1], "fewer_rows", true); }},
-      {std::regex("the extents of " + pair + " that are summed over differ"),
+      {Pattern("the extents of " + pair + " that are summed over differ"),
        [](const Match& found) { return about(found[1], "summed_extents_differ", true); }},
-      {std::regex(pair + " are of different kinds"),
+      {Pattern(pair + " are of different kinds"),
        [](const Match& found) { return about(found[1], "kinds_differ", true); }},
-      {std::regex("the shapes of " + pair + " do not broadcast"),
+      {Pattern("the shapes of " + pair + " do not broadcast"),
        [](const Match& found) { return about(found[1], "no_broadcast", true); }},
-      {std::regex("(an extent|an argument|" + named + ") is negative"),
+      {Pattern("(an extent|an argument|" + named + ") is negative"),
        [](const Match& found) { return about(found[1], "below", 0); }},
-      {std::regex(named + " is (\\d+)"),
-       [](const Match& found) { return about(found[1], "equals", count_in(found[2])); }},
-      {std::regex("(an extent|an argument|" + named + ") is beyond 32 bits"),
+      {Pattern(named + " is (\\d+)"), [](const Match& found) { return about(found[1], "equals", count_in(found[2])); }},
+      {Pattern("(an extent|an argument|" + named + ") is beyond 32 bits"),
        [](const Match& found) { return about(found[1], "beyond_32_bits", true); }},
-      {std::regex("no memory.*|.*\\bfit into memory\\b.*"), [](const Match&) { return with("no_memory", true); }},
+      {Pattern("no memory.*|.*\\bfit into memory\\b.*"), [](const Match&) { return with("no_memory", true); }},
   };
   return all;
 }
 
 Json read_simple(const std::string& sentence) {
-  for (const Form& form : forms()) {
-    Match found;
-    if (std::regex_match(sentence, found, form.sentence)) return form.condition(found);
-  }
+  for (const Form& form : forms())
+    if (const auto found = form.sentence.match(sentence)) return form.condition(*found);
   return with("told", true);
 }
 
@@ -146,8 +141,8 @@ Outcome read_outcome(const std::string& cell) {
   if (cell == "gives nothing") return {"nothing", ""};
   if (cell == "hvm refuses the call") return {"refused", ""};
   if (cell == "ends the process") return {"ends", ""};
-  Match found;
-  if (std::regex_match(cell, found, std::regex("throws ([A-Za-z_][\\w:]*: .+)"))) return {"throws", found[1]};
+  static const Pattern exception("throws ([A-Za-z_][\\w:]*: .+)");
+  if (const auto found = exception.match(cell)) return {"throws", (*found)[1]};
   throw std::invalid_argument(
       "'" + cell +
       "' is none of: the call fails; gives nothing; throws TYPE: words; hvm refuses the call; ends the process");

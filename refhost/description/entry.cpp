@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <optional>
-#include <regex>
 #include <stdexcept>
 
 #include "description/conditions.hpp"
+#include "description/pattern.hpp"
 
 namespace hvm::description {
 namespace {
@@ -38,13 +38,13 @@ Json dimensions_in_json(const Accepted& accepted) {
 
 Argument argument_of(const Page& page, const Row& row) {
   const std::string &name = row.cells[0], &accepts = row.cells[1], &given = row.cells[2], &meaning = row.cells[3];
-  std::smatch found;
-  if (!std::regex_match(name, found, std::regex("`(\\w+)`(, \\.\\.\\.)?")))
-    throw page.fault(row.line, "'" + name + "' is no name in backticks, perhaps with ', ...' behind it");
+  static const Pattern form("`(\\w+)`(, \\.\\.\\.)?");
+  const auto found = form.match(name);
+  if (!found) throw page.fault(row.line, "'" + name + "' is no name in backticks, perhaps with ', ...' behind it");
   if (meaning.empty()) throw page.fault(row.line, "the argument has no meaning");
   const Accepted accepted =
       at_line(page, row.line, "not in the vocabulary of Accepts: ", [&] { return read_accepts(accepts); });
-  Argument argument{found[1], found[2].matched, given.empty(), Json::object()};
+  Argument argument{(*found)[1], !(*found)[2].empty(), given.empty(), Json::object()};
   Json& json = argument.json;
   json["name"] = argument.name;
   json["accepts"] = accepts;
@@ -145,7 +145,7 @@ std::string read_result(const Page& page) {
 }
 
 Json read_surprises(const Page& page) {
-  static const std::regex form("\\*\\*Surprise: ([^*]+)\\*\\* (.+)");
+  static const Pattern form("\\*\\*Surprise: ([^*]+)\\*\\* (.+)");
   Json surprises = Json::array();
   for (const Line& paragraph : paragraphs_of(page.section("Result"))) {
     if (paragraph.text.compare(0, 12, "**Surprise: ") != 0) {
@@ -153,12 +153,12 @@ Json read_surprises(const Page& page) {
         throw page.fault(paragraph.number, "a surprise begins its paragraph with '**Surprise: '");
       continue;
     }
-    std::smatch found;
-    if (!std::regex_match(paragraph.text, found, form) || found[1].str().back() != '.')
+    const auto found = form.match(paragraph.text);
+    if (!found || (*found)[1].back() != '.')
       throw page.fault(paragraph.number, "a surprise is '**Surprise: title.** text'");
     Json surprise = Json::object();
-    surprise["title"] = found[1].str();
-    surprise["text"] = found[2].str();
+    surprise["title"] = (*found)[1];
+    surprise["text"] = (*found)[2];
     surprises.push_back(surprise);
   }
   return surprises;

@@ -3,8 +3,9 @@
 #include "description/vocabulary.hpp"
 
 #include <algorithm>
-#include <regex>
 #include <stdexcept>
+
+#include "description/pattern.hpp"
 
 namespace hvm::description {
 namespace {
@@ -76,9 +77,12 @@ std::vector<std::string> words_of(const std::string& list) {
 
 /// Reads one constraint behind the kinds. False when it is none.
 bool read_constraint(const std::string& part, Accepted& accepted) {
-  std::smatch found;
-  if (std::regex_match(part, found, std::regex("read as (int|int64|double)"))) {
-    accepted.read_as = found[1];
+  static const Pattern read_as("read as (int|int64|double)");
+  static const Pattern either_rank("([0-9]) or ([0-9]) dimensions");
+  static const Pattern least_rank("([0-9]) or more dimensions");
+  static const Pattern kind_of("of the kind of `(\\w+)`");
+  if (const auto kind = read_as.match(part)) {
+    accepted.read_as = (*kind)[1];
   } else if (part == "0 or more" || part == "1 or more") {
     accepted.least = part[0] - '0';
   } else if (part == "not 0") {
@@ -88,13 +92,13 @@ bool read_constraint(const std::string& part, Accepted& accepted) {
   } else if (part == "matrix" || part == "square matrix") {
     accepted.least_dimensions = accepted.most_dimensions = 2;
     accepted.is_square = part != "matrix";
-  } else if (std::regex_match(part, found, std::regex("([0-9]) or ([0-9]) dimensions"))) {
-    accepted.least_dimensions = std::stoi(found[1]);
-    accepted.most_dimensions = std::stoi(found[2]);
-  } else if (std::regex_match(part, found, std::regex("([0-9]) or more dimensions"))) {
-    accepted.least_dimensions = std::stoi(found[1]);
-  } else if (std::regex_match(part, found, std::regex("of the kind of `(\\w+)`"))) {
-    accepted.kind_of = found[1];
+  } else if (const auto ranks = either_rank.match(part)) {
+    accepted.least_dimensions = std::stoi((*ranks)[1]);
+    accepted.most_dimensions = std::stoi((*ranks)[2]);
+  } else if (const auto rank = least_rank.match(part)) {
+    accepted.least_dimensions = std::stoi((*rank)[1]);
+  } else if (const auto argument = kind_of.match(part)) {
+    accepted.kind_of = (*argument)[1];
   } else {
     return false;
   }

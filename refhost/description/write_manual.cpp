@@ -9,12 +9,12 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <regex>
 #include <sstream>
 #include <utility>
 #include <vector>
 
 #include "description/manual.hpp"
+#include "description/pattern.hpp"
 
 namespace hvm::description {
 namespace {
@@ -78,10 +78,9 @@ std::string function_roff(const Page& page) {
 
 /// The pages of functions, methods and operators to which a line has links, such as `[xsum](xsum.md)`.
 std::vector<std::string> linked_pages(const std::string& line) {
-  static const std::regex link("\\]\\(((?:x|method-|operator-)\\w+\\.md)\\)");
+  static const Pattern link("\\]\\(((?:x|method-|operator-)\\w+\\.md)\\)");
   std::vector<std::string> pages;
-  for (std::sregex_iterator found(line.begin(), line.end(), link), end; found != end; ++found)
-    pages.push_back((*found)[1]);
+  for (const Match& found : link.matches_in(line)) pages.push_back(found[1]);
   return pages;
 }
 
