@@ -124,6 +124,12 @@ class Pages(unittest.TestCase):
                 (fault,) = pages.faults_of_paths(f"# Page\nSee `array/one` and `{path}`.\n", project)
                 self.assertEqual(fault, f"2: names {path}, which there is not")
 
+    def test_a_row_of_a_table_with_other_cells_than_the_head_is_noticed(self):
+        table = "| a | b |\n| --- | --- |\n| `x \\| y` | 2 |\n"
+        self.assertEqual(list(pages.faults_of_tables(table + "\n| c |\n| --- |\n```text\n| 1 | 2 |\n```\n")), [])
+        for row in ("| 1 |", "| 1 | 2 | 3 |", "| --- | --- | --- |"):
+            self.assertIn("4: has ", "".join(pages.faults_of_tables(table + row + "\n")))
+
     def test_a_page_that_no_links_lead_to_is_noticed(self):
         with tempfile.TemporaryDirectory() as folder:
             root = pathlib.Path(folder)
@@ -308,6 +314,10 @@ class FunctionPages(unittest.TestCase):
         page = self.root / "docs/library/mask.md"
         self.change(page, "`mask: m has the shape [3], and a has [5]`", "the call fails")
         self.assert_faulty("without the words of the error in backticks")
+
+    def test_a_page_of_the_library_without_a_cost_is_noticed(self):
+        self.change(self.root / "docs/library/mask.md", "**Cost:** ", "Cost: ")
+        self.assert_faulty("mask.md: has 0 paragraphs '**Cost:** …'")
 
     def test_a_missing_sentence_is_noticed(self):
         lines = self.page.read_text().splitlines()

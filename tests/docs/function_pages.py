@@ -140,6 +140,7 @@ def faults_of_library(project):
         text = page.read_text() if page.is_file() else ""
         if all(f"\n## {section}\n" in text for section in SECTIONS):
             yield from (f"{page}: {fault}" for fault in faults_of_tables(text))
+            yield from faults_of_costs(page)
     for name in names:
         yield from faults_of_script(project / "tests" / "scripts", "library", name, f"{name}(")
 

@@ -7,7 +7,7 @@
 # of the project must lead to one, and those with `#` to a title there. Links to the web are not followed. Tests that a
 # page names, such as `Suite.Name` or `Suite.*`, must be among the sources of the tests. Files and folders that the page
 # on the design names in backticks must be in the project, or in the folder of the module; a file may stand without its
-# ending.
+# ending. The rows of a table have as many cells as its head.
 
 import pathlib
 import re
@@ -28,6 +28,7 @@ TEST = re.compile(r"\bTEST(?:_F|_P)?\((\w+),\s*(\w+)\)")
 NAMED_PATH = re.compile(r"`([\w.-]+/[\w./-]+)`")
 TITLE = re.compile(r"^#+ (.+)$", re.MULTILINE)
 EXPECTATION = re.compile(r"# expect( ~\S+)?: ")
+BAR = re.compile(r"(?<!\\)\|")
 
 
 def blank(match):
@@ -126,6 +127,16 @@ def faults_of_paths(text, project):
                 yield f"{number}: names {path}, which there is not"
 
 
+def faults_of_tables(text):
+    """The rows of tables that have other numbers of cells than the head: such a table is not shown as one."""
+    cells = None
+    for number, line in enumerate(prose_of(text).splitlines(), start=1):
+        count = len(BAR.findall(line)) - 1 if line.startswith("|") else None
+        if count is not None and cells is not None and count != cells:
+            yield f"{number}: has {count} cells in a table of {cells} columns"
+        cells = count if count is None or cells is None else cells
+
+
 def faults_of_cookbook(text):
     """Every recipe is one block that expects something, and there are enough of them."""
     titles = [(number, line) for number, line in enumerate(prose_of(text).splitlines(), start=1)
@@ -146,7 +157,8 @@ def main(project):
     project = pathlib.Path(project).resolve()
     pages = sorted({*extract_blocks.pages_of(project), *reached_from_readme(project)})
     tests = tests_of(project)
-    faults = [f"{page}:{fault}" for page in pages for fault in faults_of_links(page)]
+    faults = [f"{page}:{fault}" for page in pages for fault in faults_of_tables(page.read_text())]
+    faults += [f"{page}:{fault}" for page in pages for fault in faults_of_links(page)]
     faults += [f"{page}:{fault}" for page in pages for fault in faults_of_test_names(page.read_text(), tests)]
     design = project / "docs/design.md"
     faults += [f"{design}:{fault}" for fault in faults_of_paths(design.read_text(), project)]
