@@ -17,6 +17,7 @@ from typing import NamedTuple
 
 HERE = pathlib.Path(__file__).resolve().parent
 LEXER = "share/hvm/highlighting"
+WORDS = "search_words.txt"
 FENCE = re.compile(r"^ *```")
 CODE = re.compile(r"(`[^`\n]+`)")
 LINK = re.compile(r"\]\(([^)\s#]+)(#[^)\s]*)?\)")
@@ -191,17 +192,46 @@ def navigation_of(site):
 def configuration_of(output, navigation):
     """JSON is YAML, too."""
     return json.dumps({"INHERIT": str(HERE / "mkdocs.yml"), "docs_dir": str(output / "pages"),
-                       "site_dir": str(output / "html"), "nav": navigation}, indent=1)
+                       "site_dir": str(output / "html"), "nav": navigation,
+                       "theme": {"custom_dir": str(HERE / "theme")}}, indent=1)
 
 
-def with_better_index(index, site):
-    """Leaves the code of files to their pages, and finds a function of the module without its `x`, too."""
-    html_of_code = {str(place.with_suffix(".html")) for path, place in site.made.items()
+def html_of(place):
+    return str(place.with_name("index.html") if place.name == "README.md" else place.with_suffix(".html"))
+
+
+def words_of(text):
+    """The words that people search for, by page, or by page and section."""
+    words = {}
+    for number, line in enumerate(text.splitlines(), start=1):
+        if not line or line.startswith("# "):
+            continue
+        page, _, found = line.partition(": ")
+        if not found or page in words:
+            raise LookupError(f"{WORDS}:{number}: is not `PAGE: words`, or names a page for the second time")
+        words[page] = found
+    return words
+
+
+def with_better_index(index, site, words):
+    """
+    Leaves the code of files to their pages, and finds a function of the module without its `x`, too. The words for a
+    page stand behind its title: a word of a title counts more than any number of words in texts.
+    """
+    html_of_code = {html_of(place) for path, place in site.made.items()
                     if place.suffix == ".md" and place != path and place.name != "README.md"}
     entries = [entry for entry in index["docs"] if entry["location"].partition("#")[0] not in html_of_code]
     for entry in entries:
         if function := re.fullmatch(r"docs/functions/x(\w+)\.html", entry["location"]):
             entry["title"] += f" · {function.group(1)}"
+    titles = {entry["location"]: entry for entry in entries}
+    for page, found in words.items():
+        path, _, section = page.partition("#")
+        place = site.made.get(pathlib.Path(path))
+        location = place and html_of(place) + (f"#{section}" if section else "")
+        if location not in titles:
+            raise LookupError(f"{WORDS}: the site has no {page}")
+        titles[location]["title"] += f" · {found}"
     return {**index, "docs": entries}
 
 
@@ -220,7 +250,8 @@ def build(project, output):
     subprocess.run(["mkdocs", "build", "--quiet", "--strict", "--config-file", output / "mkdocs.yml"], check=True,
                    env=environment)
     index = output / "html/search/search_index.json"
-    index.write_text(json.dumps(with_better_index(json.loads(index.read_text()), site), ensure_ascii=False))
+    better = with_better_index(json.loads(index.read_text()), site, words_of((HERE / WORDS).read_text()))
+    index.write_text(json.dumps(better, ensure_ascii=False))
     return sum(1 for _ in (output / "html").rglob("*.html"))
 
 

@@ -74,9 +74,30 @@ class Making(Folder):
         site.place(pathlib.Path("one.hvm"))
         entries = [{"location": place, "title": "x"} for place in
                    ("docs/functions/xsum.html", "docs/functions/xsum.html#result", "one.hvm.html", "one.hvm.html#a")]
-        index = site_maker.with_better_index({"config": 1, "docs": entries}, site)
+        index = site_maker.with_better_index({"config": 1, "docs": entries}, site, {})
         self.assertEqual([entry["title"] for entry in index["docs"]], ["x · sum", "x"])
         self.assertEqual(index["config"], 1)
+
+    def test_words_that_people_search_for_stand_behind_titles(self):
+        self.write("project/docs/README.md", "# Index\n")
+        site = site_maker.Site(self.root / "project", self.root)
+        site.place(pathlib.Path("docs/README.md"))
+        entries = [{"location": place, "title": "x"} for place in ("docs/index.html", "docs/index.html#a", "b.html")]
+        words = site_maker.words_of("# Words\n\ndocs/README.md: list, all\ndocs/README.md#a: first\n")
+        index = site_maker.with_better_index({"docs": entries}, site, words)
+        self.assertEqual([entry["title"] for entry in index["docs"]], ["x · list, all", "x · first", "x"])
+
+    def test_words_for_no_page_and_lines_that_are_none_are_errors(self):
+        self.write("project/docs/README.md", "# Index\n")
+        site = site_maker.Site(self.root / "project", self.root)
+        site.place(pathlib.Path("docs/README.md"))
+        index = {"docs": [{"location": "docs/index.html", "title": "x"}]}
+        for page in ("docs/none.md", "docs/README.md#none"):
+            with self.subTest(page), self.assertRaisesRegex(LookupError, f"the site has no {page}"):
+                site_maker.with_better_index(index, site, {page: "word"})
+        for line in ("docs/README.md", "a.md: one\na.md: two"):
+            with self.subTest(line), self.assertRaisesRegex(LookupError, "is not `PAGE: words`"):
+                site_maker.words_of(line + "\n")
 
 
 class Checking(Folder):
