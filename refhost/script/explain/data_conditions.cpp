@@ -92,7 +92,7 @@ Found named_entries(const AnsweredCall& call) {
   const DataFault fault = data_fault(call);
   if (fault.form != DataFault::Form::named) return {};
   return Finding{
-      fmt::format("xarray passes over entries under names, and there are no others: the first is under {:?}; "
+      fmt::format("xarray skips entries under names, and there are no others: the first is under {:?}; "
                   "give entries without names",
                   short_text(text_of(*fault.culprit), "..."))};
 }
@@ -262,8 +262,8 @@ Found extents_beside_data(const AnsweredCall& call) {
   if (!look.differ) return {};
   const bool is_reshaped = look.count == element_count(*shape) && !argument_texts(call.text()).empty();
   return Finding{fmt::format(
-      "xarray does not look at the extents of {} beside data, which make the shape {}; {}",
-      argument_text(call, 0, "the kind"), in_parentheses(*shape),
+      "xarray ignores the extents of {} beside data, which make the shape {}; {}", argument_text(call, 0, "the kind"),
+      in_parentheses(*shape),
       is_reshaped ? fmt::format("write {} on the next line", reshape_to(call)) : std::string("leave them out"))};
 }
 

@@ -119,8 +119,8 @@ Found unused_argument(const AnsweredCall& call) {
   const std::string hint =
       words.empty() ? "leave it out" : fmt::format(fmt::runtime(words), argument_name(call, 0, "a"));
   const std::string given = argument_text(call, most, "");
-  return Finding{fmt::format("{} takes {} and does not look at {}: {}", call.function,
-                             counted(most, "argument", "arguments"), given.empty() ? "what follows" : given, hint)};
+  return Finding{fmt::format("{} takes {} and ignores {}: {}", call.function, counted(most, "argument", "arguments"),
+                             given.empty() ? "what follows" : given, hint)};
 }
 
 }  // namespace hvm

@@ -86,7 +86,7 @@ Found unused_order(const AnsweredCall& call) {
   if (call.caller.source->is_typed() || !call.result.is_object()) return {};
   const std::string name = argument_name(call, 0, "");
   if (name.empty()) return {};  // only what has a name can be meant to change
-  return Finding{fmt::format("{0} gives a new array and leaves {1} as it is; write {1} = {2}", call.function, name,
+  return Finding{fmt::format("{0} gives a new array and does not change {1}; write {1} = {2}", call.function, name,
                              short_text(call.text(), call.function + "(a)"))};
 }
 

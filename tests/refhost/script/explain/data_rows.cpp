@@ -40,7 +40,7 @@ const std::vector<WarnedScript>& data_rows() {
        {}},
       {"named-entries",
        "xarray(@int, [\"a\": 1, \"b\": 2])",
-       "xarray passes over entries under names, and there are no others: the first is under \"a\"; give entries "
+       "xarray skips entries under names, and there are no others: the first is under \"a\"; give entries "
        "without "
        "names",
        {"xarray(@int, [1, 2, \"unit\": \"m\"])"}},
@@ -83,26 +83,26 @@ const std::vector<WarnedScript>& data_rows() {
        {}},
       {"extents-beside-data",
        "t = [1, 2, 3, 4, 5, 6]; xarray(@double(2, 3), t)",
-       "xarray does not look at the extents of @double(2, 3) beside data, which make the shape (6); write "
+       "xarray ignores the extents of @double(2, 3) beside data, which make the shape (6); write "
        "a.reshape(2, 3) on the next line",
        {"xarray(@double(2, 3))", "xarray(@double(2, 3), [[1, 2, 3], [4, 5, 6]])", "t = [1]; xarray(@int(len(t)), t)",
         "fn f(n)\n xarray(@int(n), [1, 2])\nend\nf(2)", "xarray(@double(2), @[1.0, 2.0])"}},
       {"extents-beside-data",
        "n = 3; xarray(@double(2, n), [1, 2])",
-       "xarray does not look at the extents of @double(2, n) beside data, which make the shape (2); leave them out",
+       "xarray ignores the extents of @double(2, n) beside data, which make the shape (2); leave them out",
        {}},
       {"extents-beside-data",
        "k = @double(2147483647, 2147483647, 2147483647); xarray(k, [1, 2])",
-       "xarray does not look at the extents of k beside data, which make the shape (2); leave them out",
+       "xarray ignores the extents of k beside data, which make the shape (2); leave them out",
        {}},
       {"extents-beside-data",
        "xarray(@int(65536, 65536, 65536, 65536), [])",
-       "xarray does not look at the extents of @int(65536, 65536, 65536, 65536) beside data, which make the shape (0); "
+       "xarray ignores the extents of @int(65536, 65536, 65536, 65536) beside data, which make the shape (0); "
        "leave them out",
        {}},
       {"extents-beside-data",
        "xarray(@int(1, 2), @[1, 2])",
-       "xarray does not look at the extents of @int(1, 2) beside data, which make the shape (2); write "
+       "xarray ignores the extents of @int(1, 2) beside data, which make the shape (2); write "
        "a.reshape(1, 2) on the next line",
        {}},
       {"dropped-element",
