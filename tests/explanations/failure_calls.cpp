@@ -214,7 +214,7 @@ struct HandMade {
 
 const HandMade hand_made[] = {
     {"xarray", "`dtype` is `@$name`", "name = \"double\"", "xarray(@$name)"},
-    {"xarray", "a selection among the extents goes on in what is no table", "t = [1, 2]", "xarray(@int(t[0, 1]))"},
+    {"xarray", "an extent selects an entry of a value that is no table", "t = [1, 2]", "xarray(@int(t[0, 1]))"},
     {"xarray", "`dtype` stands alone and has no extents", "", "xarray(@double)"},
     {"xarray", "an extent in `dtype` is no int", "n = xarange(3).shape()[0]", "xarray(@double(n))"},
     {"xarray", "`dtype` stands alone and names no kind", "", "xarray(@complex(2))"},
