@@ -1,6 +1,7 @@
 # tests/docs/checks_test.py: the checks of the documentation notice what they are for
 
 import pathlib
+import re
 import shutil
 import sys
 import tempfile
@@ -161,6 +162,10 @@ class Pages(unittest.TestCase):
         self.assertEqual(list(pages.faults_of_tasks("", listing, library)),
                          ["1: does not link to functions/xone.md", "1: does not link to library/three.md"])
 
+    def test_a_long_readme_is_noticed(self):
+        self.assertEqual(list(pages.faults_of_readme("line\n" * 90)), [])
+        self.assertEqual(list(pages.faults_of_readme("line\n" * 91)), ["91: has 91 lines, more than 90"])
+
     def test_a_recipe_without_one_block_that_expects_is_noticed(self):
         recipe = "### Recipe\n\n```hvm\nprint(1)  # expect: 1\n```\n\n"
         enough = recipe * pages.FEWEST_RECIPES
@@ -226,8 +231,12 @@ class FunctionPages(unittest.TestCase):
         self.folder.cleanup()
 
     def assert_faulty(self, words):
+        """There is a fault with these words. One of a page names its line, which the words leave out or name."""
         faults = list(function_pages.faults_of_project(self.root))
-        self.assertTrue(any(words in fault for fault in faults), f"'{words}' is not among {faults}")
+        without_line = [re.sub(r"\.md:\d+: ", ".md: ", fault) for fault in faults]
+        self.assertTrue(any(words in fault for fault in faults + without_line), f"'{words}' is not among {faults}")
+        for fault, other in zip(faults, without_line):
+            self.assertTrue(fault != other or ".md" not in fault, f"without a line: {fault}")
 
     def change(self, path, old, new):
         text = path.read_text()
@@ -236,7 +245,7 @@ class FunctionPages(unittest.TestCase):
 
     def test_a_missing_page_is_noticed(self):
         self.page.unlink()
-        self.assert_faulty("xzeros.md: there is no such page")
+        self.assert_faulty("xzeros.md:1: there is no such page")
 
     def test_a_missing_script_is_noticed(self):
         self.script.unlink()
@@ -258,13 +267,13 @@ class FunctionPages(unittest.TestCase):
     def test_a_new_function_without_a_page_is_noticed(self):
         listing = self.root / "plugin/host/functions.def"
         listing.write_text(listing.read_text() + "FUNCTION(xnew, create, 1, working)\n")
-        self.assert_faulty("xnew.md: there is no such page")
+        self.assert_faulty("xnew.md:1: there is no such page")
 
     def test_a_page_without_a_cost_or_with_two_is_noticed(self):
         self.change(self.page, "**Cost:** ", "Cost: ")
-        self.assert_faulty("xzeros.md: has 0 paragraphs '**Cost:** …'")
+        self.assert_faulty(": has 0 paragraphs '**Cost:** …'")
         self.change(self.page, "Cost: ", "**Cost:** O(1).\n\n**Cost:** ")
-        self.assert_faulty("xzeros.md: has 2 paragraphs '**Cost:** …'")
+        self.assert_faulty(": has 2 paragraphs '**Cost:** …'")
 
     def test_a_page_without_an_example_is_noticed(self):
         self.change(self.page, "```hvm", "```text")
@@ -287,6 +296,13 @@ class FunctionPages(unittest.TestCase):
         self.change(self.page, "## Failures", "## Refusals and errors")
         self.assert_faulty("has the sections")
 
+    def test_another_section_is_noticed_with_its_line(self):
+        page = "# xone\n\nGives one.\n\n" + "".join(f"## {title}\n\ntext\n\n" for title in function_pages.SECTIONS)
+        for old, new, line in (("## Arguments\n\ntext\n\n", "", 13), ("## Result\n", "## Results\n", 17),
+                               ("## See also\n\ntext\n\n", "", 24)):
+            (fault,) = function_pages.faults_of_page(page.replace(old, new), "xone")
+            self.assertTrue(fault.startswith(f"{line}: has the sections "), fault)
+
     def test_a_section_too_many_is_noticed(self):
         self.page.write_text(self.page.read_text() + "\n## More\n")
         self.assert_faulty("has the sections")
@@ -299,7 +315,7 @@ class FunctionPages(unittest.TestCase):
         self.change(page, "| When | What happens | Remedy |", "| When | Error | Remedy |")
         self.change(page, "| Name | Accepts |", "| Name | Kind |")
         self.assert_faulty("mask.md: has no table with the columns ['When', 'What happens', 'Remedy'] under Failures")
-        self.assert_faulty("mask.md: has no table with the columns ['Name', 'Accepts', 'Default', 'Meaning'] under Arg")
+        self.assert_faulty("mask.md: has no table with the columns ['Name', 'Accepts', 'Default', 'Meaning']")
 
     def test_incomplete_rows_in_the_library_are_noticed(self):
         page = self.root / "docs/library/mask.md"
@@ -323,30 +339,30 @@ class FunctionPages(unittest.TestCase):
         lines = self.page.read_text().splitlines()
         for sentence in ("", "two. Sentences.", "lower case.", "No end"):
             self.page.write_text("\n".join(lines[:2] + [sentence] + lines[3:]))
-            self.assert_faulty("has no sentence")
+            self.assert_faulty("xzeros.md:3: has no sentence")
 
     def test_another_title_is_noticed(self):
         self.change(self.page, "# xzeros\n", "# zeros\n")
-        self.assert_faulty("does not begin")
+        self.assert_faulty("xzeros.md:1: does not begin")
 
     def test_a_page_that_the_index_leaves_out_is_noticed(self):
         self.change(self.root / "docs/functions/README.md", "(xzeros.md)", "(xones.md)")
-        self.assert_faulty("does not link to xzeros.md")
+        self.assert_faulty("README.md:1: does not link to xzeros.md")
 
     def test_a_page_of_nothing_is_noticed(self):
         self.page.with_name("xnothing.md").write_text("# xnothing\n")
-        self.assert_faulty("xnothing.md: is of nothing that is served")
+        self.assert_faulty("xnothing.md:1: is of nothing that is served")
 
     def test_a_missing_page_or_script_of_the_library_is_noticed(self):
         (self.root / "docs/library/column.md").unlink()
         (self.root / "tests/scripts/library/column.hvm").unlink()
-        self.assert_faulty("library/column.md: there is no such page")
+        self.assert_faulty("library/column.md:1: there is no such page")
         self.assert_faulty("0 scripts column.hvm")
 
     def test_a_new_function_of_the_library_without_a_page_is_noticed(self):
         library = self.root / "refhost/script/library/arrays.hvm"
         library.write_text(library.read_text() + "\nfn arrays_other(a)\nend\n\nfn other(a)\nend\n")
-        self.assert_faulty("library/other.md: there is no such page")
+        self.assert_faulty("library/other.md:1: there is no such page")
         faults = "\n".join(function_pages.faults_of_project(self.root))
         self.assertNotIn("arrays_other", faults)
 

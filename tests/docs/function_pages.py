@@ -51,50 +51,64 @@ def examples_of(text):
     return ["\n".join(b.lines) for b in blocks_of(text) if b.language == "hvm" and first <= b.line <= last]
 
 
+def line_of(text, section):
+    return text.split(f"\n## {section}\n")[0].count("\n") + 2
+
+
+def line_of_other_sections(text):
+    """The line of the first title that is not the one in order, or the end of the text where titles are missing."""
+    expected = iter(SECTIONS)
+    for number, line in enumerate(text.splitlines(), start=1):
+        if line.startswith("## ") and line[3:] != next(expected, None):
+            return number
+    return text.count("\n")
+
+
 def faults_of_page(text, title):
-    """What is wrong with the form of a page."""
+    """What is wrong with the form of a page, with the lines."""
     lines = text.splitlines()
     if lines[:2] != [f"# {title}", ""]:
-        yield f"does not begin with '# {title}' and a blank line"
+        yield f"1: does not begin with '# {title}' and a blank line"
     summary = lines[2] if len(lines) > 2 else ""
     if not re.fullmatch(r"[A-Z][^.]*(\.\S[^.]*)*\.", summary) or lines[3:4] != [""]:
-        yield "has no sentence on its third line, or more than that one"
+        yield "3: has no sentence on its third line, or more than that one"
     sections = re.findall(r"^## (.*)$", text, re.MULTILINE)
     if sections != SECTIONS:
-        yield f"has the sections {sections}, not {SECTIONS}"
+        yield f"{line_of_other_sections(text)}: has the sections {sections}, not {SECTIONS}"
         return
     examples = examples_of(text)
     if not examples:
-        yield "has no example"
+        yield f"{line_of(text, 'Examples')}: has no example"
     if not any(EXPECTATION.search(example) for example in examples):
-        yield "has no example that expects anything"
+        yield f"{line_of(text, 'Examples')}: has no example that expects anything"
 
 
 def table_of(text, section):
-    """The cells of the first table in a section, row by row, with its head and without the line of dashes."""
+    """Line and cells of each row of the first table in a section, with its head and without the line of dashes."""
     lines = text.split(f"\n## {section}\n")[1].split("\n## ")[0].splitlines()
     rows = []
-    for line in lines:
+    for number, line in enumerate(lines, start=line_of(text, section) + 1):
         if line.startswith("|"):
-            rows.append([cell.strip() for cell in line.strip("|").split("|")])
+            rows.append((number, [cell.strip() for cell in line.strip("|").split("|")]))
         elif rows:
             break
     return rows[:1] + rows[2:]
 
 
 def faults_of_tables(text):
-    """What is wrong with the tables on a page of the library."""
+    """What is wrong with the tables on a page of the library, with the lines."""
     for section, columns in (("Arguments", ARGUMENTS), ("Failures", FAILURES)):
-        head, *rows = table_of(text, section) or [[]]
+        (line, head), *rows = table_of(text, section) or [(line_of(text, section), [])]
         if head != columns:
-            yield f"has no table with the columns {columns} under {section}"
-        for row in rows:
+            yield f"{line}: has no table with the columns {columns} under {section}"
+        for number, row in rows:
             if len(row) != len(columns):
-                yield f"has a row of {len(row)} cells under {section}: {row}"
+                yield f"{number}: has a row of {len(row)} cells under {section}: {row}"
             elif section == "Arguments" and not (row[0] and row[1] and row[3]):
-                yield f"has an argument without name, kind or meaning: {row}"
+                yield f"{number}: has an argument without name, kind or meaning: {row}"
             elif section == "Failures" and not (row[0] and re.fullmatch(r"`[^`]+`", row[1])):
-                yield f"has a failure without a condition or without the words of the error in backticks: {row}"
+                yield (f"{number}: has a failure without a condition or without the words of the error in backticks: "
+                       f"{row}")
 
 
 def faults_of_script(scripts, family, name, call):
@@ -120,14 +134,14 @@ def faults_of_pages(pages, titles):
     for file, title in titles.items():
         page = pages / file
         if not page.is_file():
-            yield f"{page}: there is no such page"
+            yield f"{page}:1: there is no such page"
             continue
-        yield from (f"{page}: {fault}" for fault in faults_of_page(page.read_text(), title))
+        yield from (f"{page}:{fault}" for fault in faults_of_page(page.read_text(), title))
         if file not in linked:
-            yield f"{index}: does not link to {file}"
+            yield f"{index}:1: does not link to {file}"
     for page in sorted(pages.glob("*.md")):
         if page.name not in titles and page.name != "README.md":
-            yield f"{page}: is of nothing that is served"
+            yield f"{page}:1: is of nothing that is served"
 
 
 def faults_of_library(project):
@@ -139,7 +153,7 @@ def faults_of_library(project):
     for page in (pages / f"{name}.md" for name in names):
         text = page.read_text() if page.is_file() else ""
         if all(f"\n## {section}\n" in text for section in SECTIONS):
-            yield from (f"{page}: {fault}" for fault in faults_of_tables(text))
+            yield from (f"{page}:{fault}" for fault in faults_of_tables(text))
             yield from faults_of_costs(page)
     for name in names:
         yield from faults_of_script(project / "tests" / "scripts", "library", name, f"{name}(")
@@ -147,9 +161,10 @@ def faults_of_library(project):
 
 def faults_of_costs(page):
     """What a call costs stands in one paragraph of the page's result."""
-    count = len(re.findall(r"^\*\*Cost:\*\* \S", page.read_text().split("\n## Failures\n")[0], re.MULTILINE))
+    text = page.read_text()
+    count = len(re.findall(r"^\*\*Cost:\*\* \S", text.split("\n## Failures\n")[0], re.MULTILINE))
     if count != 1:
-        yield f"{page}: has {count} paragraphs '**Cost:** …' before its failures, not one"
+        yield f"{page}:{line_of(text, 'Result')}: has {count} paragraphs '**Cost:** …' before its failures, not one"
 
 
 def faults_of_module(project):
@@ -167,7 +182,7 @@ def faults_of_module(project):
 
     yield from faults_of_pages(pages, titles)
     costly = [name for name, _, status in rows if status == "working"]
-    costly += [f"method-{name}" for name in METHODS] + [f"operator-{name}" for name in OPERATORS]
+    costly += [f"method-{name}" for name in METHODS] + [f"operator-{name}" for name in OPERATORS] + ["element-access"]
     for page in (pages / f"{name}.md" for name in costly):
         if page.is_file():
             yield from faults_of_costs(page)

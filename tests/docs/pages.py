@@ -1,5 +1,5 @@
 # tests/docs/pages.py: what the pages name is there, links lead from the README to every page, every recipe of the
-# cookbook is a block that expects something, and the page of tasks has every function of use
+# cookbook is a block that expects something, the page of tasks has every function of use, and the README is short
 #
 # Usage: pages.py PROJECT_DIRECTORY
 #
@@ -18,6 +18,7 @@ import function_pages
 from surprises_page import WITHOUT_VALUE
 
 FEWEST_RECIPES = 40
+LONGEST_README = 90  # lines
 # It gives elements where its name promises positions; the library has a function that gives them.
 MISLEADING = ["xargpartition"]
 FENCE = re.compile(r"^ *```.*?^ *```+$", re.MULTILINE | re.DOTALL)
@@ -137,6 +138,12 @@ def faults_of_tables(text):
         cells = count if count is None or cells is None else cells
 
 
+def faults_of_readme(text):
+    lines = len(text.splitlines())
+    if lines > LONGEST_README:
+        yield f"{LONGEST_README + 1}: has {lines} lines, more than {LONGEST_README}"
+
+
 def faults_of_cookbook(text):
     """Every recipe is one block that expects something, and there are enough of them."""
     titles = [(number, line) for number, line in enumerate(prose_of(text).splitlines(), start=1)
@@ -162,6 +169,8 @@ def main(project):
     faults += [f"{page}:{fault}" for page in pages for fault in faults_of_test_names(page.read_text(), tests)]
     design = project / "docs/design.md"
     faults += [f"{design}:{fault}" for fault in faults_of_paths(design.read_text(), project)]
+    readme = project / "README.md"
+    faults += [f"{readme}:{fault}" for fault in faults_of_readme(readme.read_text())]
     cookbook = project / "docs/cookbook.md"
     faults += [f"{cookbook}:{fault}" for fault in faults_of_cookbook(cookbook.read_text())]
     faults += [f"{page}:1: no links lead from the README to this page" for page in orphans_of(project)]
