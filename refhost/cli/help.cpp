@@ -286,6 +286,7 @@ std::string help_topics() {
       "  help(name)         explains a function, a method or a keyword\n"
       "  help(functions)    lists the functions of the module\n"
       "  help(builtins)     lists the functions of the language\n"
+      "  help(arrays)       lists the functions that use \"arrays\" loads\n"
       "  help(keywords)     lists the words that begin and end statements\n\n"
       "{}\n"
       "  Tab                completes names, methods after a point, files in quotes\n"
@@ -293,7 +294,8 @@ std::string help_topics() {
       "  why                explains the last error\n"
       "  Ctrl-C             ends what runs, or drops what is typed; variables stay\n"
       "  exit, Ctrl-D       ends hvm\n\n"
-      "The language is described in docs/language.md, the prompt in docs/prompt.md.\n",
+      "docs/tutorial.md is a start in half an hour. docs/language.md describes the\n"
+      "language, docs/prompt.md the prompt.\n",
       command_list());
 }
 
@@ -311,8 +313,12 @@ std::string help_on(const std::string& name, const HelpSources& sources) {
   const std::string library = library_with(name);
   if (!library.empty()) {
     const auto page = read_page(library_page(name));
-    return fmt::format("use \"{}\" loads it.\n{}", library, page ? shown_page(*page, width) : "");
+    return fmt::format("use \"{}\" loads this function.\n{}", library, page ? shown_page(*page, width) : "");
   }
+  const std::vector<std::string> functions = library_functions(name);
+  if (!functions.empty())
+    return in_lines(functions) +
+           fmt::format("use \"{}\" loads these functions. help(name) explains one of them.\n", name);
   return no_help_on(name, interpreter);
 }
 

@@ -104,7 +104,7 @@ constexpr Builtin rows[] = {
     {"print", 0, -1, print, "print(value, ...)", "Prints values with blanks between them.",
      "print(\"x =\", 2.5, [1, \"a\"])  # expect: x = 2.5 [1, \"a\"]", Gives::nothing},
     {"range", 1, 3, range, "range(stop)\nrange(start, stop)\nrange(start, stop, step)",
-     "Gives a table of whole numbers; a for loop walks it without one.",
+     "Gives a table of whole numbers; a for loop over a range makes no table.",
      "print(range(3), range(1, 3), range(4, 0, -2))  # expect: [0, 1, 2] [1, 2] [4, 2]\n"
      "for i in range(2) do print(i) end  # expect: 0 1"},
     {"str", 1, 1, str, "str(x)", "Gives the full text of a value.",

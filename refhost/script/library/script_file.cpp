@@ -10,8 +10,8 @@
 #include <iostream>
 #include <iterator>
 #include <new>
+#include <string_view>
 #include <system_error>
-#include <vector>
 
 #include "script/data/descriptor.hpp"
 #include "script/data/waiting.hpp"
@@ -82,6 +82,21 @@ std::string library_with(const std::string& function) {
       if (line.compare(0, beginning.size(), beginning) == 0) return library;
   }
   return {};
+}
+
+std::vector<std::string> library_functions(const std::string& library) {
+  constexpr std::string_view beginning = "fn ";
+  const std::string own = library + '_';
+  std::vector<std::string> names;
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator(libraries(), error)) {
+    if (entry.path().filename() != library + ".hvm") continue;
+    std::ifstream file(entry.path(), std::ios::binary);
+    for (std::string line; std::getline(file, line);)
+      if (line.compare(0, beginning.size(), beginning) == 0 && line.compare(beginning.size(), own.size(), own) != 0)
+        names.push_back(line.substr(beginning.size(), line.find('(') - beginning.size()));
+  }
+  return names;
 }
 
 SourcePtr read_standard_input() {

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "script/syntax/source_text.hpp"
 
@@ -27,6 +28,8 @@ std::string library_file(const std::string& name);
 /// The library that has a fn of this name for scripts; empty when none has. The names that begin with that of their
 /// library are its own.
 std::string library_with(const std::string& function);
+/// The functions that a library has for scripts, in the order of its file; none when there is no such library.
+std::vector<std::string> library_functions(const std::string& library);
 /// The script that comes through the standard input. Throws `std::runtime_error` when memory runs out.
 SourcePtr read_standard_input();
 

@@ -66,7 +66,10 @@ TEST(Repl, Help_TellsOfFunctionsKeywordsAndTopics) {
   terminal.answer("return w * h", "\n... ");
   terminal.expect_answers({{"end"},
                            {"help(area)", "  area(w, h)\r\n"},
-                           {"help(transpose)", "use \"arrays\" loads it.\r\n  transpose(a)\r\n"},
+                           {"help(transpose)", "use \"arrays\" loads this function.\r\n  transpose(a)\r\n"},
+                           {"help(arrays)", "\r\nuse \"arrays\" loads these functions. help(name)"},
+                           {"help(arrays)", " set_column transpose "},
+                           {"help(../arrays)", "There is no help on '../arrays'.\r\n"},
                            {"help =3"},
                            {"help", "\r\n3\r\n"}});
 }
