@@ -86,15 +86,17 @@ Found kind_of_product(const AnsweredCall& call) {
 
 namespace {
 
-constexpr std::string_view no_axis = "there is no axis; row({0}, i) of use \"arrays\" gives each row of a matrix";
+constexpr std::string_view no_axis =
+    "there is no axis argument; row({0}, i) of use \"arrays\" gives each row of a matrix";
 constexpr std::string_view sorts_rows =
-    "there is no axis, and each row is sorted; transpose({0}) of use \"arrays\" makes rows of columns";
+    "there is no axis argument, and each row is sorted; transpose({0}) of use \"arrays\" makes rows of columns";
 
 constexpr Word without_more[] = {
-    {"xsum", "there is no axis; sum_rows({0}) and sum_columns({0}) of use \"arrays\" sum rows and columns"},
-    {"xmean", "there is no axis; mean_columns({0}) of use \"arrays\" gives the means of columns"},
-    {"xstddev", "there is no axis and no degree of freedom; for a sample of n multiply by sqrt(n / (n - 1.0))"},
-    {"xvariance", "there is no axis and no degree of freedom; for a sample of n multiply by n / (n - 1.0)"},
+    {"xsum", "there is no axis argument; sum_rows({0}) and sum_columns({0}) of use \"arrays\" sum rows and columns"},
+    {"xmean", "there is no axis argument; mean_columns({0}) of use \"arrays\" gives the means of columns"},
+    {"xstddev",
+     "there is no axis argument and no degree of freedom; for a sample of n multiply by sqrt(n / (n - 1.0))"},
+    {"xvariance", "there is no axis argument and no degree of freedom; for a sample of n multiply by n / (n - 1.0)"},
     {"xprod", no_axis},
     {"xamin", no_axis},
     {"xamax", no_axis},
@@ -104,7 +106,7 @@ constexpr Word without_more[] = {
     {"xargmax", no_axis},
     {"xsort", sorts_rows},
     {"xargsort", sorts_rows},
-    {"xdiff", "there is no axis and no order; write xdiff(xdiff({0})) for the second differences"},
+    {"xdiff", "there is no axis argument and no order; write xdiff(xdiff({0})) for the second differences"},
     {"xtrapz", "there is no spacing; multiply the result by it"},
     {"xnorm", "there is one norm, the root of the sum of the squares"},
     {"xhistogram_bin_edges", "there are always ten bins; xlinspace(low, high, n + 1) gives other edges"},

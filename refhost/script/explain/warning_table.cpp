@@ -67,7 +67,7 @@ const std::vector<WarningRow>& warning_table() {
        result_section, CallCondition{Sign::call, functions_without_result(), nothing_computed}},
       {"values-for-positions", "xargpartition(a, k) gives values, not positions; write xargsort(a)",
        "docs/functions/xargpartition.md#result", CallCondition{Sign::call, {"xargpartition"}, values_for_positions}},
-      {"unused-argument", "xsum(a, 0) ignores 0: there is no axis; sum_rows(a) of use \"arrays\" sums rows",
+      {"unused-argument", "xsum(a, 0) ignores 0: there is no axis argument; sum_rows(a) of use \"arrays\" sums rows",
        arguments_section, CallCondition{Sign::more_arguments, {}, unused_argument}},
       {"data-that-end-early",
        "xarray(@double, [1, \"x\"]) stops at what is no number; stack(rows) of use \"arrays\" "

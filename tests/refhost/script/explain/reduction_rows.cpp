@@ -74,17 +74,17 @@ const std::vector<WarnedScript>& reduction_rows() {
        {}},
       {"unused-argument",
        "m = xones(2, 3); xsum(m, 0)",
-       "xsum takes 1 argument and ignores 0: there is no axis; sum_rows(m) and sum_columns(m) of use "
+       "xsum takes 1 argument and ignores 0: there is no axis argument; sum_rows(m) and sum_columns(m) of use "
        "\"arrays\" sum rows and columns",
        {"xsum(xones(2, 3))", "xlinspace(0.0, 1, 3)", "xzeros(1, 2, 3, 4)", "xprod(xones(2), 0)"}},
       {"unused-argument",
        "xsort(xones(2, 3), 0)",
-       "xsort takes 1 argument and ignores 0: there is no axis, and each row is sorted; transpose(a) of use "
+       "xsort takes 1 argument and ignores 0: there is no axis argument, and each row is sorted; transpose(a) of use "
        "\"arrays\" makes rows of columns",
        {}},
       {"unused-argument",
        "xstddev(xones(3), 1)",
-       "xstddev takes 1 argument and ignores 1: there is no axis and no degree of freedom; for a "
+       "xstddev takes 1 argument and ignores 1: there is no axis argument and no degree of freedom; for a "
        "sample of n multiply by sqrt(n / (n - 1.0))",
        {}},
       {"unused-argument",
