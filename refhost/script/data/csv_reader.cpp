@@ -163,7 +163,7 @@ class CsvReader::Parser {
 
   [[noreturn]] void fail_in_cell() {
     if (machine_.is_out_of_memory()) throw std::bad_alloc();
-    fail_here(machine_.is_in_quotes() ? "text stands behind the closing quotation mark of the cell"
+    fail_here(machine_.is_in_quotes() ? "text after the closing quotation mark of the cell"
                                       : "a quotation mark stands inside a cell that does not begin with one");
   }
 

@@ -194,7 +194,7 @@ constexpr Builtin rows[] = {
     {"real", 1, 1, to_real, "real(x)", "Makes a real of a number.",
      "print(7 / 2, real(7) / 2)  # expect: 3 3.5"},
     {"round", 1, 2, round, "round(x)\nround(x, digits)",
-     "Gives the nearest whole number, or the number with so many digits behind its point.",
+     "Gives the nearest whole number, or the number with so many digits after its decimal point.",
      "print(round(2.6), round(3.14159, 2), round(1234, -2))  # expect: 3 3.14 1200.0"},
     {"sin", 1, 1, elementary<std::sin>, "sin(x)", "Gives the sine of an angle in radians.",
      "print(sin(2 * atan(1)))  # expect: 1.0"},

@@ -125,7 +125,7 @@ Value sort(const BuiltinCall& call) {
 
 // clang-format off
 constexpr Builtin rows[] = {
-    {"append", 2, -1, append, "append(table, value, ...)", "Adds values behind the others of a table.",
+    {"append", 2, -1, append, "append(table, value, ...)", "Adds values at the end of a table.",
      "t = [1]\n"
      "append(t, 2, 3)\n"
      "print(t)  # expect: [1, 2, 3]", Gives::nothing},

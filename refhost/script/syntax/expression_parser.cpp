@@ -236,7 +236,7 @@ ExpressionPtr ExpressionParser::parenthesized() {
   cursor_.open();
   ExpressionPtr inner = expression();
   if (cursor_.is_at(TokenKind::comma)) cursor_.refuse_foreign(ForeignPlace::parenthesis);
-  cursor_.close("behind the expression");
+  cursor_.close("after the expression");
   return inner;
 }
 
@@ -279,13 +279,13 @@ Expressions ExpressionParser::call_arguments() {
   if (cursor_.accept_close()) return items;
   do items.push_back(expression());
   while (cursor_.accept(TokenKind::comma));
-  cursor_.close("or ',' behind the argument");
+  cursor_.close("or ',' after the argument");
   return items;
 }
 
 Suffix ExpressionParser::method_call() {
   const Span begin = cursor_.take().span;
-  Token name = cursor_.expect(TokenKind::name, "of a method behind '.'");
+  Token name = cursor_.expect(TokenKind::name, "of a method after '.'");
   if (!cursor_.is_at(TokenKind::left_paren)) fail_member(name);
   Expressions arguments = call_arguments();
   return {{begin.begin, cursor_.previous().span.end}, MethodCall{std::move(name.text), std::move(arguments), false}};
@@ -304,7 +304,7 @@ Suffix ExpressionParser::index() {
   do index.indices.push_back(index_item());
   while (cursor_.accept(TokenKind::comma));
   if (cursor_.is_at(TokenKind::colon)) cursor_.refuse_foreign(ForeignPlace::index);
-  cursor_.close("or ',' behind the index");
+  cursor_.close("or ',' after the index");
   return {{begin.begin, cursor_.previous().span.end}, std::move(index)};
 }
 

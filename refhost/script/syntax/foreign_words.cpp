@@ -12,7 +12,7 @@ struct Row {
 };
 
 constexpr std::string_view block_words =
-    "a block begins behind 'then', 'do' or the end of the line, and ends with 'end'";
+    "a block begins after 'then', 'do' or the end of the line, and ends with 'end'";
 constexpr std::string_view block_end = "a block ends with 'end'";
 constexpr std::string_view braces =
     "a block has no braces and ends with 'end'; a table is written [1, 2] or [\"key\": 1]";
@@ -58,7 +58,7 @@ constexpr Row table[] = {
     {Place::character, "\xE2\x80\x93", "a minus is written '-'"},
     {Place::character, "\xE2\x88\x92", "a minus is written '-'"},
     {Place::character, "\xC2\xA0", "it looks like a blank; write a blank instead"},
-    {Place::character, "\\", "a line goes on behind an operator or a comma, and inside brackets"},
+    {Place::character, "\\", "a line continues after an operator or a comma, and inside brackets"},
 
     {Place::first, "def", a_function},
     {Place::first, "func", a_function},

@@ -242,7 +242,7 @@ class Parser {
     parsed.variable = assigned_variable();
     if (cursor_.is_at(TokenKind::assign)) cursor_.refuse_foreign(ForeignPlace::loop);
     if (cursor_.accept(TokenKind::comma)) parsed.key = std::exchange(parsed.variable, assigned_variable());
-    cursor_.expect(TokenKind::kw_in, "behind the variable");
+    cursor_.expect(TokenKind::kw_in, "after the variable");
     parsed.sequence = condition();
     parsed.body = loop_body(opening);
     return parsed;
@@ -277,7 +277,7 @@ class Parser {
   Use use_form() {
     const Token word = cursor_.take();
     if (depth_ > 0) cursor_.fail("use is allowed at the outermost level only", word.span);
-    return {cursor_.expect(TokenKind::string, "with the path of a script behind 'use'").text};
+    return {cursor_.expect(TokenKind::string, "with the path of a script after 'use'").text};
   }
 
   /// A variable that the statement gives a value.
@@ -349,7 +349,7 @@ class Parser {
   }
 
   void parameters(Function& function) {
-    if (!cursor_.is_at(TokenKind::left_paren)) cursor_.expect(TokenKind::left_paren, "behind the name of the fn");
+    if (!cursor_.is_at(TokenKind::left_paren)) cursor_.expect(TokenKind::left_paren, "after the name of the fn");
     cursor_.open();
     while (!cursor_.is_at(TokenKind::right_paren)) {
       const Token name = cursor_.expect(TokenKind::name, "for a parameter");
@@ -357,7 +357,7 @@ class Parser {
       locals_->slot_of(name.text);
       if (!cursor_.accept(TokenKind::comma)) break;
     }
-    cursor_.close("or ',' behind the parameter");
+    cursor_.close("or ',' after the parameter");
     function.parameter_count = locals_->size();
   }
 

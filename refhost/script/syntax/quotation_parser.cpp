@@ -9,7 +9,7 @@
 namespace hvm {
 namespace {
 
-constexpr const char* quotable = "a name, a call or a data literal behind '@'";
+constexpr const char* quotable = "a name, a call or a data literal after '@'";
 
 /// The ranges of keys that an argument may have: between the brackets of a selection, which is the argument itself or
 /// an argument of a call that is.
@@ -84,7 +84,7 @@ Expressions ExpressionParser::quoted_arguments() {
   if (cursor_.accept_close()) return arguments;
   do arguments.push_back(quoted_argument());
   while (cursor_.accept(TokenKind::comma));
-  cursor_.close("or ',' behind the argument");
+  cursor_.close("or ',' after the argument");
   return arguments;
 }
 

@@ -122,7 +122,7 @@ TEST(ReadCsv, WrongFiles_AreErrorsWithTheirPlace) {
         "!read_csv: DIR/f: row 1, column 2 (line 2): the quotation marks of this cell do "
         "not close"},
        {"a,b\n1,\"x\" y\n",
-        "!read_csv: DIR/f: row 1, column 2 (line 2): text stands behind the closing "
+        "!read_csv: DIR/f: row 1, column 2 (line 2): text after the closing "
         "quotation mark of the cell"},
        {"a,b\n1,x\"y\"\n",
         "!read_csv: DIR/f: row 1, column 2 (line 2): a quotation mark stands inside a cell "

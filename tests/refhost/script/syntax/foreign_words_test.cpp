@@ -19,7 +19,7 @@ void expect_errors(const std::vector<Row>& rows) {
 }
 
 const std::string a_function = "a function is written fn f(x), its statements and end";
-const std::string a_block = "a block begins behind 'then', 'do' or the end of the line, and ends with 'end'";
+const std::string a_block = "a block begins after 'then', 'do' or the end of the line, and ends with 'end'";
 const std::string a_loop = "a loop is written for i in range(3), or for k, v in t";
 const std::string a_comment = "a comment begins with '#'";
 const std::string step_back = "unexpected '--'; " + a_comment + "; to count down, write x -= 1";
