@@ -76,7 +76,7 @@ std::string page_for(std::string_view page, std::string_view function) {
   return text;
 }
 
-/// What follows the caret: the page, and the comment that takes the warning back.
+/// What follows the caret: the page, and the comment that suppresses the warning.
 std::vector<std::string> notes_of(const WarningRow& row, const std::string& page) {
   return {"page: " + page, fmt::format("allow: # allow: {}", row.name)};
 }

@@ -1,7 +1,7 @@
 // script/explain/warnings.hpp: telling a script of answers that are wrong or empty without a word
 //
 // What is looked for stands in warning_table.cpp. Warnings come for the module of arrays alone, never for what a
-// library of hvm does, and once a source line. `# allow: NAME` in a comment on the line takes one back.
+// library of hvm does, and once a source line. `# allow: NAME` in a comment on the line suppresses one.
 
 #pragma once
 
@@ -31,7 +31,7 @@ struct Warning {
   const Explanation* explanation;  // null unless stories are kept
 
   std::size_t line() const { return source->line(span.begin); }
-  /// The line and a caret, as of an error, with the page and the comment that takes the warning back.
+  /// The line and a caret, as of an error, with the page and the comment that suppresses the warning.
   std::string report() const;
 };
 
