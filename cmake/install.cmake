@@ -47,8 +47,9 @@ file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/install)
 file(CREATE_LINK ${way}/functions.json ${PROJECT_BINARY_DIR}/install/arrayfold.json SYMBOLIC)
 install(FILES ${PROJECT_BINARY_DIR}/install/arrayfold.json DESTINATION ${ARRAYFOLD_MODULE_DIR})
 
-# For authors of hosts: the two headers of the contract, the version script of the library with lgamma and erf, and for
+# For authors of hosts: the headers of the contract, the version script of the library with lgamma and erf, and for
 # CMake and pkg-config, where all of this and the module lie.
+install(FILES include/arrayfold/host.h DESTINATION ${ARRAYFOLD_INCLUDE_DIR} COMPONENT development)
 install(FILES plugin/host/host_value.hpp plugin/host/host_operations.hpp
   DESTINATION ${ARRAYFOLD_INCLUDE_DIR}/host COMPONENT development)
 install(FILES refhost/interp/hvminterp.map DESTINATION ${ARRAYFOLD_DATA_DIR} COMPONENT development)

@@ -106,7 +106,7 @@ class InstalledTree(unittest.TestCase):
 
     def test_no_file_names_the_build(self):
         for path in self.tree.rglob("*"):
-            is_text = path.suffix in (".cmake", ".pc", ".json", ".map", ".hvm", ".hpp", ".1", ".7")
+            is_text = path.suffix in (".cmake", ".pc", ".json", ".map", ".hvm", ".h", ".hpp", ".1", ".7")
             if path.is_file() and is_text:
                 self.assertNotIn(str(build), path.read_text(), path)
 
@@ -122,6 +122,26 @@ class InstalledTree(unittest.TestCase):
         self.assertEqual(self.assert_succeeds(host, *asked("--variable=module")), "93 functions\n")
         for name in ("description", "version_script"):
             self.assertTrue(os.path.isfile(asked(f"--variable={name}")[0]), name)
+
+    def test_host_in_c_is_compiled_from_the_installed_header(self):
+        environment = dict(os.environ, PKG_CONFIG_PATH=str(self.tree / libdir / "pkgconfig"))
+
+        def asked(what):
+            return shlex.split(self.assert_succeeds("pkg-config", what, "arrayfold", env=environment))
+
+        folder = pathlib.Path(self.workplace.name) / "host in c"
+        folder.mkdir()
+        sources = self.tree / docdir / "examples" / "first_host"
+        script = asked("--variable=version_script")[0]
+        options = ["-std=c11", "-Wall", "-Wextra", "-Wno-unused-parameter", "-Werror", *asked("--cflags")]
+        kernel, interp = folder / "libHVMkrnl.so", folder / "libHVMInterp.so"
+        self.assert_succeeds("cc", *options, "-shared", "-fPIC", sources / "kernel.c", sources / "rest.c",
+                             "-o", kernel)
+        self.assert_succeeds("cc", *options, "-shared", "-fPIC", sources / "interp.c",
+                             "-lm", f"-Wl,--version-script={script}", "-o", interp)
+        self.assert_succeeds("cc", *options, sources / "main.c", kernel, interp,
+                             "-Wl,--no-as-needed", "-Wl,-rpath,$ORIGIN", "-ldl", "-o", folder / "first_host")
+        self.assertEqual(self.assert_succeeds(folder / "first_host", *asked("--variable=module")), "10\n")
 
     def test_host_is_compiled_by_find_package(self):
         folder = pathlib.Path(self.workplace.name) / "host by cmake"
