@@ -262,7 +262,7 @@ typedef struct HOST_PACKED HostCode {
 HOST_AT(HostCode, root, 8);
 HOST_AT(HostCode, frame_base, 32);
 
-/* ---- The index list of an element access, a[i, j]: the right operand of the opcodes 36865 and 36866 points to it
+/* ---- The index list of an element access, a[i, j]: opcodes 36865 and 36866 get it in place of the right operand
  *
  *   offset  0                8                        24                       40
  *           +----------------+------------------------+------------------------+---

@@ -110,6 +110,11 @@ class InstalledTree(unittest.TestCase):
             if path.is_file() and is_text:
                 self.assertNotIn(str(build), path.read_text(), path)
 
+    def test_probe_says_that_hvm_keeps_all_promises(self):
+        out = self.assert_succeeds(self.hvm, "--module", self.private / "arrayfold-probe.so",
+                                   "-e", "print(probe_summary())")
+        self.assertRegex(out, r"^(\d+) promises: \1 kept, 0 broken, 0 not checked\n$")
+
     def test_host_is_compiled_by_pkg_config(self):
         environment = dict(os.environ, PKG_CONFIG_PATH=str(self.tree / libdir / "pkgconfig"))
 
@@ -120,7 +125,7 @@ class InstalledTree(unittest.TestCase):
         source = project / "tests" / "install" / "host" / "host.cpp"
         self.assert_succeeds(compiler, "-std=c++17", *asked("--cflags"), source, "-ldl", "-o", host)
         self.assertEqual(self.assert_succeeds(host, *asked("--variable=module")), "93 functions\n")
-        for name in ("description", "version_script"):
+        for name in ("description", "version_script", "probe"):
             self.assertTrue(os.path.isfile(asked(f"--variable={name}")[0]), name)
 
     def test_host_in_c_is_compiled_from_the_installed_header(self):

@@ -1,0 +1,205 @@
+// probe/mutants.cpp: operations that stand before those of the reference host, each with a fault of its own
+//
+// The library is loaded with LD_PRELOAD. The environment variable MUTANT names the fault; the other operations pass
+// their calls on.
+
+#include <arrayfold/host.h>
+#include <dlfcn.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+#include <string>
+
+#pragma GCC visibility push(default)
+
+namespace {
+
+bool is(const char* fault) {
+  static const std::string name = std::getenv("MUTANT") ? std::getenv("MUTANT") : "";
+  return name == fault;
+}
+
+template <class Function>
+Function* real(const char* name) {
+  static void* const library = dlopen("libHVMkrnl.so", RTLD_LAZY | RTLD_LOCAL);
+  void* const symbol = library ? dlsym(library, name) : nullptr;
+  if (!symbol) std::abort();
+  Function* function;
+  std::memcpy(&function, &symbol, sizeof function);
+  return function;
+}
+#define REAL(name) real<decltype(name)>(#name)
+
+void* make_no_content() { return nullptr; }
+void destroy_nothing(HostContext, void*) {}
+
+// Not what the sanitizers look for: the next byte may be outside of all objects.
+__attribute__((no_sanitize("address", "undefined"))) void write_behind(HostValue* value) {
+  *(reinterpret_cast<volatile std::uint8_t*>(value) + sizeof(HostValue)) = 0;
+}
+
+}  // namespace
+
+extern "C" {
+
+HostBool HVM_AnyCheck(HostValue* value) {
+  return REAL(HVM_AnyCheck)(value) || (is("text is an object") && value->tag == HOST_TAG_STRING);
+}
+
+HostAny* HVM_NewAny(HostContext ctx, const char* type_name, int64_t zero_1, int64_t zero_2) {
+  HostAny* any = REAL(HVM_NewAny)(ctx, type_name, zero_1, zero_2);
+  if (!any && is("unknown type has objects") && std::strcmp(type_name, "$probebarren") != 0)
+    return REAL(HVM_NewAny)(ctx, "$probe", zero_1, zero_2);
+  return any;
+}
+
+void HVM_SetTypeAny(HostContext ctx, HostValue* value, HostAny* any) {
+  if (is("null object crashes") && reinterpret_cast<volatile HostAny*>(any)->state == 1) return;
+  REAL(HVM_SetTypeAny)(ctx, value, any);
+}
+
+AnyMan* HVM_NewAnyMan(const char* name, CreateCallback create, DestroyCallback destroy, MethodCallback method,
+                      OperatorCallback op, void* null) {
+  if (is("types cannot be made")) return nullptr;
+  if (is("types crash")) std::raise(SIGSEGV);
+  const auto own_create = is("create is not called") ? make_no_content : create;
+  const auto own_destroy = is("destroy is not called") ? destroy_nothing : destroy;
+  AnyMan* man = REAL(HVM_NewAnyMan)(name, own_create, own_destroy, method, op, null);
+  if (is("name is copied")) man->name = strdup(name);
+  return man;
+}
+
+HostBool HVM_NumberCheck(HostValue* value) {
+  return REAL(HVM_NumberCheck)(value) && !(is("integer of 64 bits is no number") && value->tag == HOST_TAG_INTEGER64);
+}
+
+int HVM_AsInt(HostValue* value) {
+  if (is("text has no number") && value->tag == HOST_TAG_STRING) std::abort();
+  return is("integer of 64 bits reads as zero") && value->tag == HOST_TAG_INTEGER64 ? 0 : REAL(HVM_AsInt)(value);
+}
+
+int64_t HVM_AsInt64(HostValue* value) {
+  const int64_t x = REAL(HVM_AsInt64)(value);
+  return is("integer of 64 bits is cut") ? static_cast<std::int32_t>(x) : x;
+}
+
+double HVM_AsDouble(HostValue* value) {
+  const double x = REAL(HVM_AsDouble)(value);
+  return is("double reads as float") ? static_cast<float>(x) : x;
+}
+
+HostBool HVM_AsBool(HostValue* value) {
+  return is("truth is the low byte") && value->tag == HOST_TAG_INTEGER ? value->payload[0] : REAL(HVM_AsBool)(value);
+}
+
+const char* HVM_AsString(HostValue* value) {
+  if (is("text throws")) throw std::runtime_error("no text today");
+  return REAL(HVM_AsString)(value);
+}
+
+HostBool HVM_StringCheckAll(HostValue* value) {
+  if (is("check exits")) std::exit(3);
+  return REAL(HVM_StringCheckAll)(value) && !(is("wide text is no text") && value->tag == HOST_TAG_WIDE_STRING);
+}
+
+int HVM_StringLen(HostValue* value) {
+  const int length = REAL(HVM_StringLen)(value);
+  return is("length has the terminator") ? length + 1 : length;
+}
+
+void HVM_SetInt(HostContext ctx, HostValue* value, int x) {
+  if (is("setter does not release")) *value = HostValue{};
+  REAL(HVM_SetInt)(ctx, value, x);
+}
+
+void HVM_SetInt64(HostContext ctx, HostValue* value, int64_t x) {
+  REAL(HVM_SetInt64)(ctx, value, x);
+  if (is("integer of 64 bits has another tag")) value->tag = HOST_TAG_INTEGER;
+}
+
+void HVM_SetReal(HostContext ctx, HostValue* value, double x) {
+  REAL(HVM_SetReal)(ctx, value, is("zero has no sign") ? x + 0.0 : x);
+}
+
+void HVM_SetString(HostContext ctx, HostValue* value, const char* text) {
+  if (is("text is not copied")) return REAL(HVM_SetConstStringEx)(ctx, value, text, int(std::strlen(text)));
+  REAL(HVM_SetString)(ctx, value, text);
+}
+
+void HVM_SetStringEx(HostContext ctx, HostValue* value, const char* text, int length) {
+  REAL(HVM_SetStringEx)(ctx, value, text, is("last character is lost") && length == 5 ? 4 : length);
+}
+
+void HVM_SetConstStringEx(HostContext null, HostValue* value, const char* text, int length) {
+  REAL(HVM_SetConstStringEx)(null, value, text, length);
+  if (is("nineteen bytes are written")) write_behind(value);
+}
+
+void HVM_SetConstWStringEx(HostContext null, HostValue* value, const HostWide* text, int length) {
+  if (is("context of a constant is used")) length += reinterpret_cast<volatile HostContextRecord*>(null)->host_head[0];
+  REAL(HVM_SetConstWStringEx)(null, value, text, length);
+}
+
+HostHash* HVM_NewHash(HostContext ctx, int capacity) {
+  return is("capacity is a limit") && capacity == 4 ? nullptr : REAL(HVM_NewHash)(ctx, capacity);
+}
+
+HostValue* HVM_HashSetInt(HostContext ctx, HostHash* hash, int key) {
+  HostValue* slot = REAL(HVM_HashSetInt)(ctx, hash, key);
+  if (is("new slot has lifetime 0") && slot->tag == HOST_TAG_NIL) slot->lifetime = HOST_LIFETIME_NONE;
+  return slot;
+}
+
+HostValue* HVM_HashGetInt(HostHash* hash, int key) {
+  HostValue* slot = REAL(HVM_HashGetInt)(hash, key);
+  if (is("absent key has a nil record") && slot == REAL(HVM_GetGlobalNilObj)()) return REAL(HVM_NewObject)();
+  return is("nil is absent") && slot->tag == HOST_TAG_NIL ? nullptr : slot;
+}
+
+void HVM_HashGetBounds(HostHash* hash, int* low, int* high) {
+  while (is("bounds take forever")) {
+  }
+  REAL(HVM_HashGetBounds)(hash, low, high);
+  if (is("bound is the count")) *high += 1;
+}
+
+HostValue* HVM_NewObjects(int64_t count) {
+  HostValue* records = REAL(HVM_NewObjects)(count);
+  if (is("new records hold zero"))
+    for (int64_t i = 0; i < count; ++i) records[i].tag = HOST_TAG_INTEGER;
+  return records;
+}
+
+void HVM_FreeObj(HostContext ctx, HostValue* object) {
+  if (is("record ends without its content")) *object = HostValue{};
+  REAL(HVM_FreeObj)(ctx, object);
+}
+
+void HVM_FreeObjectContent(HostContext ctx, HostValue* value) {
+  REAL(HVM_FreeObjectContent)(ctx, value);
+  if (is("released slot has lifetime 0")) value->lifetime = HOST_LIFETIME_NONE;
+}
+
+void HVM_DupObject(HostContext ctx, HostValue* destination, HostValue* source, uint8_t one) {
+  if (is("copy is shallow") && source->tag == HOST_TAG_TABLE)
+    *destination = *source;
+  else
+    REAL(HVM_DupObject)(ctx, destination, source, one);
+}
+
+void* HVM_Malloc(int64_t size) {
+  return REAL(HVM_Malloc)(is("size has 32 bits") ? static_cast<std::int32_t>(size) : size);
+}
+
+void* HVM_Realloc2(void* pointer, int64_t new_size, int64_t old_size) {
+  if (!is("content is lost")) return REAL(HVM_Realloc2)(pointer, new_size, old_size);
+  REAL(HVM_Free)(pointer);
+  void* block = REAL(HVM_Malloc)(new_size);
+  return block ? std::memset(block, 0xEE, static_cast<std::size_t>(new_size)) : nullptr;
+}
+
+}  // extern "C"
+
+#pragma GCC visibility pop
