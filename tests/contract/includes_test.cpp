@@ -62,6 +62,7 @@ const std::map<std::string, std::set<std::string>> module_arrows = {
     {"elementwise", {"host", "array", "kernels"}},
     {"binning", {"host", "array", "kernels"}},
     {"linalg", {"host", "array", "kernels"}},
+    {"self_contained", {"kernels"}},
 };
 
 /// True when a file of `from` (a folder of the module) may include one of `to`.

@@ -20,7 +20,8 @@ import tempfile
 
 FOLDERS = ["plugin", "refhost"]
 COMPILED = ["plugin", "refhost", "tests", "bench"]
-ELSEWHERE = ["tests/fuzz",  # built with the sanitizers alone
+ELSEWHERE = ["plugin/self_contained", "tests/plugin/self_contained",  # built for ARRAYFOLD_SELF_CONTAINED alone
+             "tests/fuzz",  # built with the sanitizers alone
              "tests/install"]  # a host outside of the project
 
 
@@ -78,7 +79,7 @@ def checks(commands, project):
         included_first = {first_include(source) for source in commands if source.is_relative_to(project / folder)}
         for path in sorted((project / folder).rglob("*")):
             if path.suffix in (".cpp", ".c"):
-                if "cmake_pch" in commands[path]:
+                if "cmake_pch" in commands.get(path, ""):
                     yield path, checking(commands[path], str(path))
             elif path.suffix in (".hpp", ".h") and str(path.relative_to(project / folder)) not in included_first:
                 yield path, checking(nearest(path.parent, commands), path)

@@ -4,6 +4,7 @@
 
 #include <dlfcn.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <stdexcept>
 
@@ -76,11 +77,16 @@ std::vector<std::string> described(const std::vector<hvm::RecordedCall>& calls, 
   return words;
 }
 
+const char* module_path() {
+  const char* named = std::getenv("ARRAYFOLD_TEST_MODULE");
+  return named != nullptr ? named : MODULE_PATH;
+}
+
 Module::Module() {
-  void* library = dlopen(MODULE_PATH, RTLD_NOW | RTLD_LOCAL);
+  void* library = dlopen(module_path(), RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) throw std::runtime_error(dlerror());
   void* init = dlsym(library, "PKG_Init");
-  if (init == nullptr) throw std::runtime_error("no PKG_Init in " MODULE_PATH);
+  if (init == nullptr) throw std::runtime_error(std::string("no PKG_Init in ") + module_path());
   init_ = load<PackageInit>(&init);
   Registration registration;
   hvm::record_calls(true);

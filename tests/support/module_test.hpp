@@ -27,6 +27,9 @@ struct Answer {
   std::vector<std::string> operations;  // the host operations in order: "AnyCheck 0", "SetReal result", "NewAny"
 };
 
+/// The file of the module: that of the build, or another one that the environment names in ARRAYFOLD_TEST_MODULE.
+const char* module_path();
+
 /// The module, loaded once in a test program.
 class Module {
  public:
