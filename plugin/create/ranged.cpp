@@ -9,6 +9,7 @@
 #include "array/boxing.hpp"
 #include "array/spacing.hpp"
 #include "array/storage.hpp"
+#include "kernels/division_fault.hpp"
 #include "kernels/sequences.hpp"
 
 namespace arrayfold {
@@ -23,11 +24,10 @@ struct IntRange {
 };
 
 /// How many of start, start + step and so on come before stop, in wrapping 32-bit arithmetic.
-/// required: a step of 0 raises the processor's division fault, so the sanitizer's check is switched off; a count that
-/// wraps below zero ends in std::bad_alloc.
-__attribute__((no_sanitize("integer-divide-by-zero"))) int range_length(const IntRange& range) {
+/// required: a step of 0 is the division fault; a count that wraps below zero ends in std::bad_alloc.
+int range_length(const IntRange& range) {
   const auto [start, stop, step] = range;
-  if ((stop - start) / step <= 0) return 0;
+  if (quotient_or_fault(stop - start, step) <= 0) return 0;
   if (stop > start) return (stop - start + step - 1) / step;
   return (start - stop - step - 1) / -step;
 }

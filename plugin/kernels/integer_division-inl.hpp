@@ -1,6 +1,6 @@
 // kernels/integer_division-inl.hpp: quotients and remainders of integers
 //
-// required: an integer division that faults raises the processor's own fault.
+// required: an integer division without a quotient ends the process by SIGFPE.
 //
 // 32-bit integers are divided in doubles. The truncated quotient of two doubles is exact for them: a quotient that is
 // not an integer differs from the next integer by at least 2^-31 of itself. Blocks are checked first; one in which a
@@ -20,6 +20,7 @@
 #include <limits>
 
 #include "kernels/arithmetic.hpp"
+#include "kernels/division_fault.hpp"
 #include "kernels/registers-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
@@ -27,22 +28,11 @@ namespace arrayfold::HWY_NAMESPACE {
 
 // ---- By the processor
 
-/// The divisor, hidden from the compiler: it would otherwise fold a division whose divisor it knows something about,
-/// and remove the fault (x / x becomes 1, a division by -1 a negation).
-template <class T>
-HWY_INLINE T hidden(T divisor) {
-  asm volatile("" : "+r"(divisor));
-  return divisor;
-}
-
-// The sanitizer's check is switched off, because it would report before the fault.
-#define ARRAYFOLD_FAULTING __attribute__((no_sanitize("integer-divide-by-zero")))
-
 /// `from_quotient` gives the result of a division whose truncated quotient is known.
 struct IntegerQuotient {
   template <class T>
-  ARRAYFOLD_FAULTING static T divide(T a, T b) {
-    return a / hidden(b);
+  static T divide(T a, T b) {
+    return quotient_or_fault(a, b);
   }
   template <class V>
   static HWY_INLINE V from_quotient(V quotient, V, V) {
@@ -51,16 +41,14 @@ struct IntegerQuotient {
 };
 struct IntegerRemainder {
   template <class T>
-  ARRAYFOLD_FAULTING static T divide(T a, T b) {
-    return a % hidden(b);
+  static T divide(T a, T b) {
+    return remainder_or_fault(a, b);
   }
   template <class V>
   static HWY_INLINE V from_quotient(V quotient, V a, V b) {
     return hn::Sub(a, hn::Mul(quotient, b));
   }
 };
-
-#undef ARRAYFOLD_FAULTING
 
 /// Divides each element on the left by the one on the right. A step of 0 repeats an element.
 template <class Division, class T>

@@ -218,8 +218,6 @@ TEST(IntegerDivision, OfANumberByElements_Truncates) {
   });
 }
 
-#ifdef __x86_64__
-/// Elsewhere the processor's division does not fault.
 TEST(IntegerDivisionDeathTest, ByZeroOrBeyondTheRange_FaultsOnEveryTarget) {
   on_each_target([] {
     constexpr auto smallest = std::numeric_limits<std::int32_t>::min();
@@ -234,7 +232,6 @@ TEST(IntegerDivisionDeathTest, ByZeroOrBeyondTheRange_FaultsOnEveryTarget) {
     }
   });
 }
-#endif
 
 // ---- Equality
 

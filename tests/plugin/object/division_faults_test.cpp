@@ -35,7 +35,6 @@ class DivisionFaultsDeathTest : public OperatorTest {
   }
 };
 
-#ifdef __x86_64__  // other processors do not fault
 TEST_F(DivisionFaultsDeathTest, Required_OfInts_ByZero) { expect_faults<XTInt>(7, 0); }
 TEST_F(DivisionFaultsDeathTest, Required_OfInts_MinimumByMinusOne) { expect_faults<XTInt>(INT32_MIN, -1); }
 TEST_F(DivisionFaultsDeathTest, Required_OfInt64s_ByZero) { expect_faults<XTInt64>(7, 0); }
@@ -52,8 +51,6 @@ TEST_F(DivisionFaultsDeathTest, Required_OfAnArrayByItself) {
     EXPECT_EXIT(operate(opcode, array_of<XTInt>(ctx(), {}, {1}), i), faulted, "");
   }
 }
-
-#endif
 
 using Division = OperatorTest;
 
