@@ -158,6 +158,45 @@ class InstalledTree(unittest.TestCase):
         self.assertTrue(all(map(os.path.isfile, found)), found)
 
 
+@unittest.skipUnless((build / "self-contained" / "arrayfold.so").exists(), "the build has no module for closed hosts")
+class SelfContained(unittest.TestCase):
+    """The module for closed hosts is installed alone, where somebody names it."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.workplace = tempfile.TemporaryDirectory()
+        words = [cmake, "--install", build, "--strip", "--component", "self_contained", "--prefix", cls.workplace.name]
+        installed = run(*words)
+        assert installed.returncode == 0, installed.stderr
+        cls.tree = pathlib.Path(cls.workplace.name)
+        cls.folder = cls.tree / libdir / "hvm" / "self-contained"
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.workplace.cleanup()
+
+    def test_everything_is_in_one_folder(self):
+        files = [path for path in self.tree.rglob("*") if not path.is_dir()]
+        self.assertEqual([path for path in files if not path.is_relative_to(self.folder)], [])
+        self.assertEqual({path.name for path in self.folder.iterdir()}, {"arrayfold.so", "arrayfold.json", "licenses"})
+
+    def test_licenses_of_what_is_inside_lie_beside_it(self):
+        words = {"arrayfold": "Redistribution", "Apache-2.0": "Apache License", "libopenblas-pthread-dev": "OpenBLAS",
+                 "liblapack3": "LAPACK", "libhwy-dev": "highway", "libxtensor-dev": "xtensor", "xtl-dev": "xtl",
+                 "libxsimd-dev": "xsimd", "libxtensor-blas-dev": "xtensor-blas", "nlohmann-json3-dev": "MIT"}
+        licenses = {path.stem: path.read_text() for path in (self.folder / "licenses").iterdir()}
+        self.assertEqual(set(licenses), set(words))
+        for name, word in words.items():
+            self.assertIn(word, licenses[name], name)
+
+    def test_stripped_module_runs_with_its_description(self):
+        ended = run(build / "bin" / "hvm", "--module", self.folder / "arrayfold.so", "-e", "print(xsum(xsort(xarange(1000))))")
+        self.assertEqual((ended.stdout, ended.stderr), ("499500.0\n", ""))
+        self.assertLess((self.folder / "arrayfold.so").stat().st_size, 40_000_000)
+        ended = run(build / "bin" / "hvm", "--module", self.folder / "arrayfold.so", "-e", 'xzeros("a")')
+        self.assertIn("xzeros: argument 1 must be a number; this is a string.", ended.stderr)
+
+
 class Installing(unittest.TestCase):
     def setUp(self):
         self.workplace = tempfile.TemporaryDirectory()

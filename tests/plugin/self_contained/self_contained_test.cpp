@@ -1,6 +1,8 @@
 // self_contained/self_contained_test.cpp: the module for closed hosts, in a host that has an OpenBLAS of its own
 
 #include <dlfcn.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <array>
 #include <cstdio>
@@ -100,6 +102,14 @@ bool maps_module() {
   return text.str().find(SELF_CONTAINED_PATH) != std::string::npos;
 }
 
+/// A fork calls what libraries have asked for; those of an unloaded library would be gone.
+bool forks() {
+  const pid_t child = fork();
+  if (child == 0) _exit(0);
+  int status = -1;
+  return child > 0 && waitpid(child, &status, 0) == child && status == 0;
+}
+
 /// Loads and unloads the module, and ends the process.
 [[noreturn]] void end_after_unloading() {
   const int before = threads_of_process();
@@ -107,8 +117,8 @@ bool maps_module() {
   const int loaded = threads_of_process();
   const bool was_mapped = maps_module();
   const bool is_closed = module != nullptr && dlclose(module) == 0;
-  std::fprintf(stderr, "mapped %d, closed %d, still mapped %d, threads left %d, threads started %d\n", was_mapped,
-               is_closed, maps_module(), threads_of_process() - before, loaded - before);
+  std::fprintf(stderr, "mapped %d, closed %d, still mapped %d, threads left %d, forks %d, threads started %d\n",
+               was_mapped, is_closed, maps_module(), threads_of_process() - before, forks(), loaded - before);
   std::exit(0);
 }
 
@@ -117,7 +127,7 @@ TEST(SelfContainedDeathTest, Unloading_EndsItsThreadsAndLeavesNothing) {
   // OpenBLAS starts no second thread where there is one processor.
   const std::string started = std::thread::hardware_concurrency() > 1 ? "1" : "0";
   EXPECT_EXIT(end_after_unloading(), ::testing::ExitedWithCode(0),
-              "mapped 1, closed 1, still mapped 0, threads left 0, threads started " + started + "\n");
+              "mapped 1, closed 1, still mapped 0, threads left 0, forks 1, threads started " + started + "\n");
 }
 
 TEST(SelfContainedFile, NeedsTheRuntimesAndTheHostAlone) {
