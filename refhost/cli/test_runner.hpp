@@ -30,4 +30,11 @@ struct TestOptions {
 /// `OutputError`.
 bool run_tests(const std::vector<std::string>& paths, const ModuleFunctions& functions, const TestOptions& options);
 
+/// Throws `FileError` if the file of a report, an empty path for none, cannot be made: at once, and not after an hour
+/// of tests. `option` is the one that names it.
+void check_report_path(const char* option, const std::string& path);
+
+/// `1.3 s`, with more digits where it is short.
+std::string seconds_text(double seconds);
+
 }  // namespace hvm
