@@ -130,7 +130,8 @@ class CommandLine {
   void check() const {
     for (const Given& given : given_) check_task(given);
     const Task task = settings_.task;
-    const bool takes_none = task == Task::list_warnings || task == Task::show_version || task == Task::complete;
+    const bool takes_none = task == Task::conformance || task == Task::list_warnings || task == Task::show_version ||
+                            task == Task::complete;
     if (takes_none && !settings_.rest.empty())
       throw UsageError(fmt::format("{} takes no arguments, but got \"{}\"", chooser_->shown_name(),
                                    briefly(settings_.rest.front())));
@@ -220,6 +221,7 @@ std::string help_text() {
       "  hvm [OPTION...] SCRIPT [ARGUMENT...]\n"
       "  hvm [OPTION...] -e CODE [ARGUMENT...]\n"
       "  hvm [OPTION...] --test PATH...\n"
+      "  hvm [OPTION...] --conformance\n"
       "  hvm [OPTION...] --list [PATTERN...]\n\n"
       "Without a script hvm reads one from the standard input; at a terminal it is a\n"
       "prompt. The script - is the standard input. Options end at --.\n";
@@ -231,8 +233,8 @@ std::string help_text() {
   }
   return text +
          "\nExit status: 0, or what the script gives to exit; 1 after a script error, a\n"
-         "failed test, or when the output cannot be written; 2 for wrong usage; 3 when the\n"
-         "module cannot be loaded.\n";
+         "failed test, for a module that does not conform, or when the output cannot be\n"
+         "written; 2 for wrong usage; 3 when the module cannot be loaded.\n";
 }
 
 }  // namespace hvm

@@ -1,7 +1,7 @@
 // cli/main.cpp: the program hvm
 //
-// Exit status: 0, or what the script gives to `exit`; 1 after a script error, a failed test, or when the output cannot
-// be written; 2 for wrong usage; 3 when the module cannot be loaded.
+// Exit status: 0, or what the script gives to `exit`; 1 after a script error, a failed test, for a module that does not
+// conform, or when the output cannot be written; 2 for wrong usage; 3 when the module cannot be loaded.
 
 #include <fmt/format.h>
 #include <unistd.h>
@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "cli/command_line.hpp"
+#include "cli/conformance.hpp"
 #include "cli/listing.hpp"
 #include "cli/module_loader.hpp"
 #include "cli/process_end.hpp"
@@ -112,8 +113,7 @@ void run_scripts(const Settings& settings, const Module& module, const ModuleDes
   options.trace = trace;
   Interpreter interpreter(module.functions, options);
   interpreter.set_global("args", arguments_table(arguments));
-  if (!source || settings.stays)
-    return run_repl(interpreter, {source, arguments, settings.explains, &description});
+  if (!source || settings.stays) return run_repl(interpreter, {source, arguments, settings.explains, &description});
   try {
     interpreter.run(interpreter.parse(source));
   } catch (const ScriptError&) {
@@ -147,6 +147,10 @@ bool report_leaks(const Counts& before) {
   return now == before;
 }
 
+std::size_t jobs_of(const Settings& settings) {
+  return settings.jobs > 0 ? settings.jobs : std::max(std::thread::hardware_concurrency(), 1U);
+}
+
 int status_of_tests(const Settings& settings, const Module& module) {
   const Counts before = counts();
   const ModuleDescription description = description_of(module);
@@ -158,10 +162,33 @@ int status_of_tests(const Settings& settings, const Module& module) {
   options.time_limit = settings.time_limit;
   options.ends_well = [&] { return !settings.counts_leaks || report_leaks(before); };
   options.filter = settings.filter;
-  options.jobs = settings.jobs > 0 ? settings.jobs : std::max(std::thread::hardware_concurrency(), 1U);
+  options.jobs = jobs_of(settings);
   options.is_verbose = settings.is_verbose;
   options.junit_path = settings.junit_path;
   return run_tests(settings.rest, module.functions, options) ? done : script_failed;
+}
+
+/// The description that lies beside hvm's own module: the script tests expect its words, and the module under test may
+/// lie anywhere.
+ModuleDescription own_description(const Module& module) {
+  try {
+    return {default_module_path(), module.functions.names(), [](const std::string&) {}};
+  } catch (const ModuleError&) {
+    return description_of(module);
+  }
+}
+
+int status_of_conformance(const Settings& settings, const Module& module) {
+  const ModuleDescription description = own_description(module);
+  description.get();  // once, in place of in each process
+  ConformanceOptions options;
+  options.conditions.description = &description;
+  options.time_limit = settings.time_limit;
+  options.filter = settings.filter;
+  options.jobs = jobs_of(settings);
+  options.is_verbose = settings.is_verbose;
+  options.json_path = settings.json_path;
+  return run_conformance(module, options) ? done : script_failed;
 }
 
 /// What the description says of a type; empty when it says nothing.
@@ -224,11 +251,14 @@ int run(const Settings& settings) {
     return put(settings.shell == "bash" ? bash_completion() : zsh_completion()), done;
   if (settings.task == Task::list_warnings) return list_warnings(), done;
   if (settings.task == Task::show_version) put(fmt::format("hvm {}\nprocessor {}\n", HVM_VERSION, processor_target()));
-  const Module module = load_module(settings.module_path.empty() ? default_module_path() : settings.module_path);
+  const std::string path = settings.module_path.empty() ? default_module_path() : settings.module_path;
+  if (settings.task == Task::conformance) check_that_it_loads(path, settings.time_limit);
+  const Module module = load_module(path);
   if (settings.task == Task::show_version) return show_libraries(module), done;
   if (settings.task == Task::list) return list(settings, module), done;
   keep_freed_memory(settings.kept_memory);
   if (settings.task == Task::test) return status_of_tests(settings, module);
+  if (settings.task == Task::conformance) return status_of_conformance(settings, module);
   std::optional<Trace> trace;
   if (!settings.trace_path.empty()) trace.emplace(settings.trace_path, settings.trace_operations);
   const Counts before = counts();

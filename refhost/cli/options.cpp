@@ -19,8 +19,10 @@ using Group = OptionGroup;
 using Tasks = std::vector<Task>;
 
 const Tasks scripts = {Task::run, Task::test};
+const Tasks tests = {Task::test, Task::conformance};
 // Also where it changes nothing: whoever has an alias with such an option can give it always.
-const Tasks everything = {Task::run, Task::test, Task::list, Task::list_warnings, Task::show_version, Task::complete};
+const Tasks everything = {Task::run,           Task::test,         Task::conformance, Task::list,
+                          Task::list_warnings, Task::show_version, Task::complete};
 
 // ---- Kinds of options. `names` is `-e`, `--test` or `-h, --help`.
 
@@ -168,16 +170,23 @@ const std::vector<Option>& options() {
                                "default, off for as much as the C library keeps", kept_memory_by_default))),
 
       task("--test", Group::tests, Task::test, "run scripts as tests: files, and every *.hvm below folders"),
-      text("--filter", "PATTERN", Group::tests, {Task::test}, &Settings::filter, "a shell pattern",
-           "run only the scripts whose path below the folder contains a match of this shell pattern; * also matches /"),
-      flag("-v, --verbose", Group::tests, {Task::test}, &Settings::is_verbose,
-           "show how each script ended and how long it took, and list the slowest ones"),
+      task("--conformance", Group::tests, Task::conformance,
+           "compare the module with a table of calls and the operations of the host that they perform, run the script "
+           "tests that come with hvm, and name the functions that differ"),
+      text("--filter", "PATTERN", Group::tests, tests, &Settings::filter, "a shell pattern",
+           "run only the scripts whose path below the folder contains a match of this shell pattern; * also matches /; "
+           "with --conformance also calls, as of calls/xsum/1"),
+      flag("-v, --verbose", Group::tests, tests, &Settings::is_verbose,
+           "show how each script ended and how long it took, and list the slowest ones; with --conformance show all "
+           "differences of each function"),
+      file("--json", "FILE", Group::tests, {Task::conformance}, &Settings::json_path,
+           "write what --conformance found into a file, as JSON"),
       file("--junit", "FILE", Group::tests, {Task::test}, &Settings::junit_path,
            "write the results into a JUnit file, for programs of continuous integration"),
-      count("--jobs", "COUNT", Group::tests, {Task::test}, &Settings::jobs, 1, 1000,
+      count("--jobs", "COUNT", Group::tests, tests, &Settings::jobs, 1, 1000,
             "the most scripts that run at the same time: by default, the number of processors"),
-      number("--time-limit", "SECONDS", Group::tests, {Task::test}, &Settings::time_limit, 0, 1e6, "seconds",
-             "the time that each script may take: 60 by default, 0 for no limit"),
+      number("--time-limit", "SECONDS", Group::tests, tests, &Settings::time_limit, 0, 1e6, "seconds",
+             "the time that each script or call may take: 60 by default, 0 for no limit"),
 
       task("--list", Group::module, Task::list,
            "list the functions and types of the module, or those that match shell patterns"),

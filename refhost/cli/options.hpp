@@ -16,7 +16,7 @@
 namespace hvm {
 
 /// What hvm does.
-enum class Task { run, test, list, list_warnings, show_version, show_help, complete };
+enum class Task { run, test, conformance, list, list_warnings, show_version, show_help, complete };
 
 /// What a command line asks for.
 struct Settings {
@@ -25,6 +25,7 @@ struct Settings {
   std::string filter;
   bool is_verbose = false;
   std::string junit_path;
+  std::string json_path;
   std::size_t jobs = 0;    // 0: as many as there are processors
   double time_limit = 60;  // seconds
   std::string module_path;

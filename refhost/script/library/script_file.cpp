@@ -42,18 +42,19 @@ SourcePtr named(const std::string& name, Read read) {
   }
 }
 
-std::filesystem::path libraries() {
-  std::error_code error;
-  const std::filesystem::path home = program_folder();
-  const std::filesystem::path installed = home / HVM_WAY_TO_LIBRARIES;
-  return std::filesystem::exists(installed, error) ? installed : home.parent_path() / "share" / "hvm";
-}
-
 }  // namespace
 
 std::filesystem::path program_folder() {
   std::error_code error;
   return std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+}
+
+std::filesystem::path data_folder() {
+  std::error_code error;
+  const std::filesystem::path home = program_folder();
+  const std::filesystem::path installed = home / HVM_WAY_TO_LIBRARIES;
+  return std::filesystem::exists(installed, error) ? installed.lexically_normal()
+                                                   : home.parent_path() / "share" / "hvm";
 }
 
 SourcePtr read_script(const std::string& path, Origin origin) {
@@ -68,13 +69,13 @@ SourcePtr read_script(const std::string& path, Origin origin) {
   });
 }
 
-std::string library_file(const std::string& name) { return (libraries() / (name + ".hvm")).string(); }
+std::string library_file(const std::string& name) { return (data_folder() / (name + ".hvm")).string(); }
 
 // A fn stands at the outermost level, and so at the beginning of its line.
 std::string library_with(const std::string& function) {
   const std::string beginning = fmt::format("fn {}(", function);
   std::error_code error;
-  for (const auto& entry : std::filesystem::directory_iterator(libraries(), error)) {
+  for (const auto& entry : std::filesystem::directory_iterator(data_folder(), error)) {
     std::string library = entry.path().stem().string();
     if (entry.path().extension() != ".hvm" || function.rfind(library + '_', 0) == 0) continue;
     std::ifstream file(entry.path(), std::ios::binary);
@@ -89,7 +90,7 @@ std::vector<std::string> library_functions(const std::string& library) {
   const std::string own = library + '_';
   std::vector<std::string> names;
   std::error_code error;
-  for (const auto& entry : std::filesystem::directory_iterator(libraries(), error)) {
+  for (const auto& entry : std::filesystem::directory_iterator(data_folder(), error)) {
     if (entry.path().filename() != library + ".hvm") continue;
     std::ifstream file(entry.path(), std::ios::binary);
     for (std::string line; std::getline(file, line);)

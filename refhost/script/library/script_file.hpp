@@ -20,10 +20,13 @@ class FileError : public std::runtime_error {
 /// The folder of the running program.
 std::filesystem::path program_folder();
 
+/// The folder of what belongs to hvm, the libraries among it: where that is installed with the program, or
+/// `../share/hvm` as seen from its folder, where it is built.
+std::filesystem::path data_folder();
+
 /// The script in a file. Throws `FileError`, or `std::runtime_error` when memory runs out.
 SourcePtr read_script(const std::string& path, Origin origin = Origin::script);
-/// The file of a library of this name, which may be missing: where libraries are installed with the program, or in
-/// `../share/hvm` as seen from its folder, where they are built.
+/// The file of a library of this name in the folder `data_folder`; it may be missing.
 std::string library_file(const std::string& name);
 /// The library that has a fn of this name for scripts; empty when none has. The names that begin with that of their
 /// library are its own.

@@ -118,6 +118,9 @@ Trace::Trace(const std::string& path, std::size_t most_operations)
     open(path);
 }
 
+Trace::Trace(TakeLine take, std::size_t most_operations)
+    : take_(std::move(take)), most_operations_(most_operations), shared_nil_(arrayfold::HVM_GetGlobalNilObj()) {}
+
 void Trace::open(const std::string& path) {
   constexpr unsigned mode_of_new_files = 0666;  // less what the user's mask takes away
   file_.take(uninterrupted(
@@ -132,6 +135,7 @@ void Trace::open(const std::string& path) {
 }
 
 void Trace::write(std::string_view line) {
+  if (take_) return take_(line);
   while (!line.empty() && !is_lost_) {
     const ssize_t count = uninterrupted([&] { return ::write(file_.number(), line.data(), line.size()); });
     if (count < 0) return lose(system_cause(errno));

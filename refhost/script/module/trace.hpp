@@ -7,7 +7,8 @@
 // `record`, `table` or `block` with a number that counts their first appearances in the call. A slot of a table has the
 // same number as long as its table and key are the same. Objects are numbered as the host has made them.
 //
-// A trace never fails a script: what cannot be written ends the trace, and `finish` says so.
+// A trace never fails a script: what cannot be written ends the trace, and `finish` says so. The lines may also go to a
+// function instead of a file.
 
 #pragma once
 
@@ -37,10 +38,13 @@ class TraceScope;
 class Trace {
  public:
   static constexpr std::size_t most_operations_by_default = 10000;
+  using TakeLine = std::function<void(std::string_view line)>;
 
   /// Opens the file; `-` is the standard error. A file with something else than a trace is not overwritten. Of each
   /// call the first `most_operations` operations are told. Throws `TraceError`.
   Trace(const std::string& path, std::size_t most_operations);
+  /// Gives each line, with its end, to `take`.
+  Trace(TakeLine take, std::size_t most_operations);
   Trace(const Trace&) = delete;
   Trace& operator=(const Trace&) = delete;
 
@@ -64,6 +68,7 @@ class Trace {
   [[noreturn]] void fail(const std::string& cause) const;
 
   std::string path_;
+  TakeLine take_;  // empty: the file takes the lines
   std::size_t most_operations_;
   QuotationText quotation_text_;
   HostValue* shared_nil_;

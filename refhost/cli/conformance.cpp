@@ -1,0 +1,324 @@
+// cli/conformance.cpp: whether a module does what the table of calls and the script tests say
+
+#include "cli/conformance.hpp"
+
+#include <fmt/format.h>
+#include <fnmatch.h>
+#include <signal.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <set>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+#include "cli/conformance_process.hpp"
+#include "cli/conformance_report.hpp"
+#include "cli/process_pool.hpp"
+#include "cli/safe_text.hpp"
+#include "cli/script_search.hpp"
+#include "cli/streams.hpp"
+#include "cli/test_runner.hpp"
+#include "conformance/call_table.hpp"
+#include "conformance/comparison.hpp"
+#include "script/library/script_file.hpp"
+
+namespace hvm {
+namespace {
+
+using conformance::CallRecording;
+using conformance::CallRow;
+using conformance::CallTable;
+using Verdict = TestResult::Verdict;
+using Indices = std::vector<std::size_t>;
+
+constexpr std::size_t most_of_each = 3;  // tests of a function whose differences are shown
+
+bool has(const std::vector<std::string>& names, const std::string& name) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+/// A file below a folder, as seen from there.
+std::string below(const std::string& folder, const std::string& path) { return path.substr(folder.size() + 1); }
+
+// ---- What the module registers
+
+std::size_t missing_functions(const CallTable& table, const std::vector<std::string>& names) {
+  return static_cast<std::size_t>(std::count_if(table.functions.begin(), table.functions.end(),
+                                                [&](const std::string& name) { return !has(names, name); }));
+}
+
+/// Whether the functions that both know have the order of the table.
+std::vector<std::string> differences_of_order(const CallTable& table, const std::vector<std::string>& names) {
+  for (std::size_t i = 0; i < table.functions.size(); ++i)
+    if (names[i] != table.functions[i])
+      return {fmt::format("function {} that the module registers is {}; the table has {}", i + 1, safe_text(names[i]),
+                          table.functions[i])};
+  return {};
+}
+
+std::vector<std::string> differences_of_registration(const CallTable& table, const Module& module) {
+  const std::vector<std::string>& names = module.functions.names();
+  const std::size_t missing = missing_functions(table, names);
+  if (missing == table.functions.size())
+    return {fmt::format("{} registers none of the {} functions of {}: it is another module", module.path, missing,
+                        table.module)};
+  std::vector<std::string> sentences;
+  if (missing == 0) sentences = differences_of_order(table, names);
+  for (const std::string& name : table.functions)
+    if (!has(names, name)) sentences.push_back(fmt::format("the module registers no function {}", name));
+  for (const std::string& name : table.types)
+    if (!type_named(name.c_str())) sentences.push_back(fmt::format("the module registers no type {}", name));
+  return sentences;
+}
+
+// ---- The run
+
+class ConformanceRun {
+ public:
+  ConformanceRun(const Module& module, const CallTable& table, const std::string& folder,
+                 const std::vector<std::string>& scripts, const ConformanceOptions& options)
+      : module_(module), table_(table), folder_(folder), options_(options) {
+    for (const CallRow& row : table.rows) {
+      subjects_.insert(row.subject());
+      add("calls/" + row.id, row.subject(), &row);
+    }
+    for (const std::string& script : scripts) add(below(folder, script), subject_of_script(script), nullptr);
+  }
+
+  bool run() {
+    report_.module = module_.path;
+    report_.module_version = version_of(module_);
+    report_.table_version = table_.version;
+    report_.left_out = table_.left_out.size();
+    report_.registration = differences_of_registration(table_, module_);
+    for (const std::string& sentence : report_.registration) put(sentence + "\n");
+    const bool is_another = missing_functions(table_, module_.functions.names()) == table_.functions.size();
+    if (!is_another) run_tests();
+    conclude();
+    if (!is_another) put(summary(report_, options_.is_verbose ? 0 : most_of_each));
+    if (!options_.json_path.empty()) write_json(report_, options_.json_path);
+    return report_.conforms;
+  }
+
+ private:
+  void add(const std::string& path, const std::string& subject, const CallRow* row) {
+    if (fnmatch(fmt::format("*{}*", options_.filter).c_str(), path.c_str(), 0) != 0) return;
+    TestResult test;
+    test.path = path;
+    test.subject = subject;
+    test.is_call = row != nullptr;
+    if (row) test.call = row->made;
+    rows_.push_back(row);
+    report_.tests.push_back(std::move(test));
+  }
+
+  /// The function of a script, or its path.
+  std::string subject_of_script(const std::string& script) const {
+    const std::string stem = std::filesystem::path(script).stem();
+    if (stem == "element_access" || stem == "index_after_change") return "element access";
+    return subjects_.count(stem) != 0 ? stem : below(folder_, script);
+  }
+
+  // ---- Processes
+
+  /// The calls of a function share a process at first. Where they are not as recorded, each gets its own.
+  void run_tests() {
+    const std::vector<Indices> groups = groups_of_calls();
+    Indices alone;
+    for (std::size_t i = 0; i < rows_.size(); ++i)
+      if (!rows_[i]) alone.push_back(i);
+    run_processes(
+        groups.size(), [&](std::size_t group) { return all_pass(groups[group]); },
+        [&](std::size_t group, const TestProcess& process) {
+          const bool are_good = handed_on(process).is_good();
+          for (const std::size_t i : groups[group])
+            if (are_good)
+              report_.tests[i].verdict = Verdict::conforms;
+            else
+              alone.push_back(i);
+        });
+    std::sort(alone.begin(), alone.end());
+    run_processes(
+        alone.size(), [&](std::size_t i) { return passes(alone[i]); },
+        [&](std::size_t i, const TestProcess& process) { judge(alone[i], process); });
+  }
+
+  void run_processes(std::size_t count, ProcessPool::Passes passes, ProcessPool::Report report) const {
+    ProcessPool({options_.jobs, options_.time_limit}, std::move(passes), std::move(report)).run(count);
+  }
+
+  /// A call that ends the process is alone.
+  std::vector<Indices> groups_of_calls() const {
+    std::vector<Indices> groups;
+    std::map<std::string, std::size_t> places;
+    for (std::size_t i = 0; i < rows_.size(); ++i) {
+      if (!rows_[i]) continue;
+      const TestResult& test = report_.tests[i];
+      const std::string& name = rows_[i]->ending_signal() == 0 ? test.subject : test.path;
+      const auto [place, is_new] = places.try_emplace(name, groups.size());
+      if (is_new) groups.emplace_back();
+      groups[place->second].push_back(i);
+    }
+    return groups;
+  }
+
+  // ---- In the process of a test
+
+  bool all_pass(const Indices& group) const noexcept {
+    try {
+      for (const std::size_t i : group) {
+        CallRecording recording(module_.functions, rows_[i]->made, rows_[i]->precision.has_contents);
+        const bool is_prepared = recording.prepare() == rows_[i]->prepared;
+        if (!is_prepared || !differences_of_call(recording, *rows_[i]).empty()) return false;
+      }
+      return hand_on_differences({});
+    } catch (const std::exception&) {
+      return false;
+    }
+  }
+
+  bool passes(std::size_t i) const noexcept {
+    try {
+      return rows_[i] ? passes_call(*rows_[i]) : hand_on_differences(differences_of_script(report_.tests[i].path));
+    } catch (const std::exception& error) {
+      put_error({report_.tests[i].path, ": ", error.what(), "\n"});
+      return false;
+    }
+  }
+
+  bool passes_call(const CallRow& row) const {
+    if (hanging_.count(row.subject()) != 0)
+      return hand_on_reason(fmt::format("another call of {} takes too long", row.subject()));
+    CallRecording recording(module_.functions, row.made, row.precision.has_contents);
+    try {
+      if (recording.prepare() != row.prepared) return hand_on_reason("what prepares it gives other values");
+    } catch (const ScriptError& error) {
+      return hand_on_reason(fmt::format("what prepares it fails: {}", error.message()));
+    }
+    hand_on_preparation();
+    return hand_on_differences(differences_of_call(recording, row));
+  }
+
+  static std::vector<std::string> differences_of_call(CallRecording& recording, const CallRow& row) {
+    const conformance::Json got = recording.perform();
+    if (row.ending_signal() != 0) return {"it comes to its end"};
+    return conformance::differences(row.record, got, row.precision.tolerance);
+  }
+
+  std::vector<std::string> differences_of_script(const std::string& path) const {
+    const std::string file = fmt::format("{}/{}", folder_, path);
+    std::vector<std::string> failures = unmet_expectations(read_script(file), module_.functions, options_.conditions);
+    for (std::string& failure : failures)
+      if (failure.compare(0, file.size(), file) == 0) failure = "line " + failure.substr(file.size() + 1);
+    return failures;
+  }
+
+  // ---- Verdicts
+
+  void judge(std::size_t i, const TestProcess& process) {
+    TestResult& test = report_.tests[i];
+    const HandedOn handed = handed_on(process);
+    const TestEnd& end = process.how_it_ended();
+    const bool is_prepared = handed.is_prepared || !test.is_call;
+    test.verdict = is_prepared ? Verdict::differs : Verdict::unjudged;
+    if (!handed.is_whole && !is_prepared) {
+      test.differences = {"what prepares it does not come to its end: " + words_of_end(end, options_.time_limit)};
+    } else if (!handed.reason.empty()) {
+      test.differences = {handed.reason};
+    } else if (rows_[i] && rows_[i]->ending_signal() != 0) {
+      judge_end(test, handed, end, rows_[i]->ending_signal());
+    } else {
+      test.differences = handed.differences;
+      if (!handed.is_whole) test.differences.push_back(words_of_end(end, options_.time_limit));
+      if (test.differences.empty()) test.verdict = Verdict::conforms;
+    }
+    const bool hangs = is_prepared && end.kind == TestEnd::Kind::ended_by_signal && end.signal == SIGALRM;
+    if (hangs) hanging_.insert(test.subject);
+    if (test.verdict == Verdict::differs) show(test);
+  }
+
+  /// A call that the processor must end.
+  void judge_end(TestResult& test, const HandedOn& handed, const TestEnd& end, int signal) const {
+    const bool is_right = end.kind == TestEnd::Kind::ended_by_signal && end.signal == signal;
+    if (is_right) return void(test.verdict = Verdict::conforms);
+    const std::string what =
+        handed.differences.empty() ? words_of_end(end, options_.time_limit) : handed.differences.front();
+    test.differences = {
+        fmt::format("{}; the table has: it ends the process by signal {} ({})", what, signal, strsignal(signal))};
+  }
+
+  void show(const TestResult& test) {
+    const std::size_t shown = ++shown_[test.subject];
+    if (shown <= most_of_each || options_.is_verbose) put(text_of(test));
+  }
+
+  void conclude() {
+    report_.seconds = std::chrono::duration<double>(TestProcess::Clock::now() - start_).count();
+    const auto count_of = [&](Verdict verdict) {
+      return static_cast<std::size_t>(std::count_if(report_.tests.begin(), report_.tests.end(),
+                                                    [&](const TestResult& test) { return test.verdict == verdict; }));
+    };
+    const std::size_t good = count_of(Verdict::conforms);
+    report_.conforms = report_.registration.empty() && good > 0 && good == report_.tests.size();
+    // Why calls are not judged matters where nothing else tells what is wrong.
+    const bool tells_reasons = options_.is_verbose || (report_.registration.empty() && count_of(Verdict::differs) == 0);
+    if (!tells_reasons) return;
+    for (const TestResult& test : report_.tests)
+      if (test.verdict == Verdict::unjudged) show(test);
+  }
+
+  const Module& module_;
+  const CallTable& table_;
+  std::string folder_;
+  const ConformanceOptions& options_;
+  TestProcess::Clock::time_point start_ = TestProcess::Clock::now();
+  std::set<std::string> subjects_;
+  std::vector<const CallRow*> rows_;          // of the tests of the report; null for a script
+  std::map<std::string, std::size_t> shown_;  // tests, by subject
+  std::set<std::string> hanging_;             // subjects
+  ConformanceReport report_;
+};
+
+}  // namespace
+
+void check_that_it_loads(const std::string& path, double time_limit) {
+  TestProcess process(
+      [&] {
+        try {
+          load_module(path);
+        } catch (const std::exception&) {
+          // The process that asked finds the same, and says so.
+        }
+        return hand_on_differences({});
+      },
+      time_limit);
+  int status = 0;
+  if (uninterrupted([&] { return waitpid(process.id(), &status, 0); }) < 0)
+    throw std::system_error(errno, std::generic_category(), "waitpid");
+  process.end(status);
+  if (!handed_on(process).is_good())
+    throw ModuleError(fmt::format("the module {} cannot be loaded: while it is loaded, {}", path,
+                                  words_of_end(process.how_it_ended(), time_limit)));
+}
+
+bool run_conformance(const Module& module, const ConformanceOptions& options) {
+  check_report_path("--json", options.json_path);
+  const std::string folder = data_folder() / "conformance";
+  CallTable table;
+  try {
+    table = conformance::read_call_table(folder + "/calls.jsonl");
+  } catch (const conformance::TableError& error) {
+    throw FileError(fmt::format("--conformance: {}", error.what()));
+  }
+  const FoundScripts found = find_scripts({folder + "/scripts"}, "");
+  if (!found.unreadable.empty()) throw FileError(fmt::format("--conformance: {}", found.unreadable.front()));
+  return ConformanceRun(module, table, folder, found.scripts, options).run();
+}
+
+}  // namespace hvm
