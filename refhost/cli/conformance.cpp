@@ -38,6 +38,7 @@ using Verdict = TestResult::Verdict;
 using Indices = std::vector<std::size_t>;
 
 constexpr std::size_t most_of_each = 3;  // tests of a function whose differences are shown
+constexpr int most_hanging = 8;          // scripts that take too long, before the others are left out
 
 bool has(const std::vector<std::string>& names, const std::string& name) {
   return std::find(names.begin(), names.end(), name) != names.end();
@@ -53,6 +54,11 @@ std::size_t missing_functions(const CallTable& table, const std::vector<std::str
                                                 [&](const std::string& name) { return !has(names, name); }));
 }
 
+/// Whether more than half of the functions are missing.
+bool is_another_module(const CallTable& table, const Module& module) {
+  return missing_functions(table, module.functions.names()) > table.functions.size() / 2;
+}
+
 /// Whether the functions that both know have the order of the table.
 std::vector<std::string> differences_of_order(const CallTable& table, const std::vector<std::string>& names) {
   for (std::size_t i = 0; i < table.functions.size(); ++i)
@@ -65,9 +71,9 @@ std::vector<std::string> differences_of_order(const CallTable& table, const std:
 std::vector<std::string> differences_of_registration(const CallTable& table, const Module& module) {
   const std::vector<std::string>& names = module.functions.names();
   const std::size_t missing = missing_functions(table, names);
-  if (missing == table.functions.size())
-    return {fmt::format("{} registers none of the {} functions of {}: it is another module", module.path, missing,
-                        table.module)};
+  if (is_another_module(table, module))
+    return {fmt::format("{} registers {} of the {} functions of {}: it is another module", module.path,
+                        table.functions.size() - missing, table.functions.size(), table.module)};
   std::vector<std::string> sentences;
   if (missing == 0) sentences = differences_of_order(table, names);
   for (const std::string& name : table.functions)
@@ -98,7 +104,7 @@ class ConformanceRun {
     report_.left_out = table_.left_out.size();
     report_.registration = differences_of_registration(table_, module_);
     for (const std::string& sentence : report_.registration) put(sentence + "\n");
-    const bool is_another = missing_functions(table_, module_.functions.names()) == table_.functions.size();
+    const bool is_another = is_another_module(table_, module_);
     if (!is_another) run_tests();
     conclude();
     if (!is_another) put(summary(report_, options_.is_verbose ? 0 : most_of_each));
@@ -136,7 +142,9 @@ class ConformanceRun {
     run_processes(
         groups.size(), [&](std::size_t group) { return all_pass(groups[group]); },
         [&](std::size_t group, const TestProcess& process) {
-          const bool are_good = handed_on(process).is_good();
+          const HandedOn handed = handed_on(process);
+          const bool are_good = handed.is_good();
+          if (is_hung(process) && !handed.is_prepared) hanging_lines_.insert(handed.line);
           for (const std::size_t i : groups[group])
             if (are_good)
               report_.tests[i].verdict = Verdict::conforms;
@@ -173,9 +181,11 @@ class ConformanceRun {
   bool all_pass(const Indices& group) const noexcept {
     try {
       for (const std::size_t i : group) {
+        if (!hanging_line_of(*rows_[i]).empty()) return false;
         CallRecording recording(module_.functions, rows_[i]->made, rows_[i]->precision.has_contents);
-        const bool is_prepared = recording.prepare() == rows_[i]->prepared;
-        if (!is_prepared || !differences_of_call(recording, *rows_[i]).empty()) return false;
+        if (recording.prepare(hand_on_line) != rows_[i]->prepared) return false;
+        hand_on_preparation();
+        if (!differences_of_call(recording, *rows_[i]).empty()) return false;
       }
       return hand_on_differences({});
     } catch (const std::exception&) {
@@ -185,6 +195,7 @@ class ConformanceRun {
 
   bool passes(std::size_t i) const noexcept {
     try {
+      if (!rows_[i] && hung_scripts_ >= most_hanging) return hand_on_reason("too many scripts before it take too long");
       return rows_[i] ? passes_call(*rows_[i]) : hand_on_differences(differences_of_script(report_.tests[i].path));
     } catch (const std::exception& error) {
       put_error({report_.tests[i].path, ": ", error.what(), "\n"});
@@ -195,14 +206,23 @@ class ConformanceRun {
   bool passes_call(const CallRow& row) const {
     if (hanging_.count(row.subject()) != 0)
       return hand_on_reason(fmt::format("another call of {} takes too long", row.subject()));
+    const std::string line = hanging_line_of(row);
+    if (!line.empty()) return hand_on_reason(fmt::format("what prepares it takes too long: {}", line));
     CallRecording recording(module_.functions, row.made, row.precision.has_contents);
     try {
-      if (recording.prepare() != row.prepared) return hand_on_reason("what prepares it gives other values");
+      if (recording.prepare(hand_on_line) != row.prepared) return hand_on_reason("what prepares it gives other values");
     } catch (const ScriptError& error) {
       return hand_on_reason(fmt::format("what prepares it fails: {}", error.message()));
     }
     hand_on_preparation();
     return hand_on_differences(differences_of_call(recording, row));
+  }
+
+  /// The line of a preparation that took too long before; empty when there is none.
+  std::string hanging_line_of(const CallRow& row) const {
+    for (const std::string& line : hanging_lines_)
+      if (("\n" + row.made.preparation).find("\n" + line + "\n") != std::string::npos) return line;
+    return {};
   }
 
   static std::vector<std::string> differences_of_call(CallRecording& recording, const CallRow& row) {
@@ -221,6 +241,11 @@ class ConformanceRun {
 
   // ---- Verdicts
 
+  static bool is_hung(const TestProcess& process) {
+    const TestEnd& end = process.how_it_ended();
+    return end.kind == TestEnd::Kind::ended_by_signal && end.signal == SIGALRM;
+  }
+
   void judge(std::size_t i, const TestProcess& process) {
     TestResult& test = report_.tests[i];
     const HandedOn handed = handed_on(process);
@@ -228,8 +253,10 @@ class ConformanceRun {
     const bool is_prepared = handed.is_prepared || !test.is_call;
     test.verdict = is_prepared ? Verdict::differs : Verdict::unjudged;
     if (!handed.is_whole && !is_prepared) {
-      test.differences = {"what prepares it does not come to its end: " + words_of_end(end, options_.time_limit)};
+      test.differences = {fmt::format("what prepares it does not come to its end: in {}, {}", handed.line,
+                                      words_of_end(end, options_.time_limit))};
     } else if (!handed.reason.empty()) {
+      test.verdict = Verdict::unjudged;
       test.differences = {handed.reason};
     } else if (rows_[i] && rows_[i]->ending_signal() != 0) {
       judge_end(test, handed, end, rows_[i]->ending_signal());
@@ -238,9 +265,18 @@ class ConformanceRun {
       if (!handed.is_whole) test.differences.push_back(words_of_end(end, options_.time_limit));
       if (test.differences.empty()) test.verdict = Verdict::conforms;
     }
-    const bool hangs = is_prepared && end.kind == TestEnd::Kind::ended_by_signal && end.signal == SIGALRM;
-    if (hangs) hanging_.insert(test.subject);
+    if (is_hung(process)) take_hung(test, handed);
     if (test.verdict == Verdict::differs) show(test);
+  }
+
+  /// What will take too long again is not run again.
+  void take_hung(const TestResult& test, const HandedOn& handed) {
+    if (!test.is_call)
+      ++hung_scripts_;
+    else if (handed.is_prepared)
+      hanging_.insert(test.subject);
+    else
+      hanging_lines_.insert(handed.line);
   }
 
   /// A call that the processor must end.
@@ -282,6 +318,8 @@ class ConformanceRun {
   std::vector<const CallRow*> rows_;          // of the tests of the report; null for a script
   std::map<std::string, std::size_t> shown_;  // tests, by subject
   std::set<std::string> hanging_;             // subjects
+  std::set<std::string> hanging_lines_;       // of preparations
+  int hung_scripts_ = 0;
   ConformanceReport report_;
 };
 

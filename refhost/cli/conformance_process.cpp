@@ -17,6 +17,7 @@ namespace {
 
 // A control character begins each: `print` of a script writes none there unless it wants to.
 constexpr std::string_view mark_of_preparation = "\x02prepared";
+constexpr std::string_view mark_of_line = "\x02=";
 constexpr std::string_view mark_of_difference = "\x02:";
 constexpr std::string_view mark_of_reason = "\x02?";
 constexpr std::string_view mark_of_end = "\x02.";
@@ -31,6 +32,11 @@ void put_line(std::string_view mark, const std::string& text = {}) {
 }
 
 }  // namespace
+
+void hand_on_line(const std::string& line) {
+  put_line(mark_of_line, line);
+  finish_output();
+}
 
 void hand_on_preparation() {
   put_line(mark_of_preparation);
@@ -59,6 +65,10 @@ HandedOn handed_on(const TestProcess& process) {
     const std::size_t end = std::min(output.find('\n', at), output.size());
     const std::string_view line = std::string_view(output).substr(at, end - at);
     if (line == mark_of_preparation) handed.is_prepared = true;
+    if (begins_with(line, mark_of_line)) {
+      handed.line = line.substr(mark_of_line.size());
+      handed.is_prepared = false;
+    }
     if (line == mark_of_end) handed.is_whole = true;
     if (begins_with(line, mark_of_difference)) handed.differences.emplace_back(line.substr(mark_of_difference.size()));
     if (begins_with(line, mark_of_reason)) handed.reason = line.substr(mark_of_reason.size());

@@ -11,7 +11,8 @@
 
 namespace hvm {
 
-/// In the process of a test: says that the call is prepared.
+/// In the process of a test: says that it runs this line to prepare a call, and that the call is prepared.
+void hand_on_line(const std::string& line);
 void hand_on_preparation();
 /// Says that it has come to its end, with these differences. Returns whether there are none.
 bool hand_on_differences(const std::vector<std::string>& differences);
@@ -20,8 +21,9 @@ bool hand_on_reason(const std::string& reason);
 
 /// What the process of a test has handed on.
 struct HandedOn {
-  bool is_prepared = false;
-  bool is_whole = false;  // it has come to its end; a module may end the process with any status
+  bool is_prepared = false;  // the last call
+  std::string line;          // the last one that prepared a call
+  bool is_whole = false;     // it has come to its end; a module may end the process with any status
   std::vector<std::string> differences;
   std::string reason;
 

@@ -117,7 +117,7 @@ std::string summary(const ConformanceReport& report, std::size_t most_of_each) {
     });
     text += "what differs:\n";
     for (const Broken& each : differing) text += row(each);
-    if (are_hidden) text += fmt::format("-v shows all differences, and not the first {} of each\n", most_of_each);
+    if (are_hidden) text += fmt::format("{} of each are shown; -v shows all\n", most_of_each);
     if (std::any_of(differing.begin(), differing.end(), is_of_reading))
       text += "results are read by shape and element access: repair these first\n";
   }
@@ -125,7 +125,7 @@ std::string summary(const ConformanceReport& report, std::size_t most_of_each) {
     return test.verdict == TestResult::Verdict::unjudged;
   });
   if (unjudged > 0)
-    text += fmt::format("{} calls are not judged, since what prepares them differs or hangs\n", unjudged);
+    text += fmt::format("{} are not judged, since what prepares them differs, or others take too long\n", unjudged);
   const Passed passed = passed_of(report);
   if (report.tests.empty()) text += "no calls or scripts match the filter\n";
   text += fmt::format("{} of {} calls are as recorded, {} of {} scripts pass, in {}\n", passed.good_calls, passed.calls,

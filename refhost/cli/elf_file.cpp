@@ -112,10 +112,17 @@ class ElfImage {
   void read_segments() {
     for (std::size_t i = 0; i < header_.e_phnum; ++i) {
       const auto segment = at<SegmentHeader>(header_.e_phoff + i * header_.e_phentsize);
-      if (segment.p_type == PT_LOAD) loads_.push_back(segment);
+      if (segment.p_type == PT_LOAD) take_load(segment);
       if (segment.p_type == PT_DYNAMIC) read_dynamic(segment);
       if (segment.p_type == PT_NOTE) notes_.push_back(segment);
     }
+  }
+
+  /// The loader maps these bytes; behind the end of the file, reading them would be a fault.
+  void take_load(const SegmentHeader& segment) {
+    const bool is_whole = segment.p_offset <= bytes_.size() && bytes_.size() - segment.p_offset >= segment.p_filesz;
+    if (!is_whole) throw ElfError("its ELF structure is cut off");
+    loads_.push_back(segment);
   }
 
   void read_dynamic(const SegmentHeader& segment) {

@@ -11,6 +11,7 @@
 #include <limits>
 #include <map>
 #include <set>
+#include <sstream>
 #include <vector>
 
 #include "script/module/array_module.hpp"
@@ -136,8 +137,12 @@ class CallRecording::Parts {
         trace_([this](std::string_view line) { lines_.emplace_back(line); }, Trace::most_operations_by_default),
         interpreter_(functions, options()) {}
 
-  std::string prepare() {
-    run(made_.preparation);
+  std::string prepare(const std::function<void(const std::string&)>& before) {
+    std::istringstream lines(made_.preparation);
+    for (std::string line; std::getline(lines, line);) {
+      before(line);
+      run(line);
+    }
     before_ = variables();
     if (made_.preparation.empty()) return {};
     return fmt::format("{:016x}", digest_of(Json(before_).dump(-1, ' ', false, Json::error_handler_t::replace)));
@@ -302,7 +307,9 @@ CallRecording::CallRecording(const ModuleFunctions& functions, PreparedCall made
 
 CallRecording::~CallRecording() = default;
 
-std::string CallRecording::prepare() { return parts_->prepare(); }
+std::string CallRecording::prepare(const std::function<void(const std::string&)>& before) {
+  return parts_->prepare(before);
+}
 
 Json CallRecording::perform() { return parts_->perform(); }
 

@@ -16,6 +16,7 @@
 
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -41,8 +42,9 @@ class CallRecording {
   CallRecording(const CallRecording&) = delete;
   CallRecording& operator=(const CallRecording&) = delete;
 
-  /// Runs the preparation. Returns a digest of the variables, empty without a preparation. Throws `ScriptError`.
-  std::string prepare();
+  /// Runs the preparation, whose lines are whole statements, and gives each line to `before` first. Returns a digest of
+  /// the variables, empty without a preparation. Throws `ScriptError`.
+  std::string prepare(const std::function<void(const std::string& line)>& before = [](const std::string&) {});
   /// Performs the call. Requires: it is prepared, and was not performed before.
   Json perform();
 

@@ -150,7 +150,7 @@ class Writer {
       const Json& outcome = row.record["outcome"];
       throw CallsError(fmt::format("{} does not come to the module: {}", call, outcome.dump()));
     }
-    row.id = subject_of(row.record["calls"].front());
+    row.id = subject_of(row);
     if (!is_known(row.made)) table_.rows.push_back(std::move(row));
   }
 
@@ -188,7 +188,7 @@ class Writer {
       if (sign != operators.end() && !entry.receiver) row.made.call = fmt::format("a {} b", sign->second);
       record(row);
       if (!shows(row.record, failure)) continue;
-      row.id = subject_of(row.record["calls"].front());
+      row.id = subject_of(row);
       row.documents = {document};
       if (!is_known(row.made)) return table_.rows.push_back(std::move(row));
       if (!known) known = row;
@@ -226,8 +226,10 @@ class Writer {
 
   // ---- Order
 
-  /// What is called, in the words of the pages: the four comparisons are one operator, and so are the two of equality.
-  static std::string subject_of(const Json& call) {
+  /// What is called: the function around all others, or what comes last, in the words of the pages. These take the four
+  /// comparisons for one operator, and both of equality.
+  static std::string subject_of(const CallRow& row) {
+    static const std::regex call(R"((\w+)\(.*)");
     static const std::map<std::string, std::string> pages = {{"less_equal", "less"},
                                                              {"greater", "less"},
                                                              {"greater_equal", "less"},
@@ -235,9 +237,12 @@ class Writer {
                                                              {"read_element", "element access"},
                                                              {"write_element", "element access"},
                                                              {"unknown", "unknown method"}};
+    std::smatch parts;
+    if (std::regex_match(row.made.call, parts, call)) return parts[1];
+    const Json& last = row.record["calls"].back();
     for (const char* form : {"function", "method", "operator"})
-      if (call.contains(form)) {
-        const std::string name = call[form];
+      if (last.contains(form)) {
+        const std::string name = last[form];
         const auto page = pages.find(name);
         return page == pages.end() ? name : page->second;
       }

@@ -143,9 +143,10 @@ const std::map<std::string, std::set<std::string>> host_arrows = {
       "script/picture"}},
     {"script/run",
      {"kernel", "script/syntax", "script/stop", "script/text", "script/module", "script/library", "script/explain"}},
+    {"conformance", {"kernel", "script/syntax", "script/text", "script/module", "script/run"}},
     {"cli",
-     {"kernel", "description", "script/syntax", "script/stop", "script/text", "script/data", "script/module",
-      "script/library", "script/explain", "script/run"}},
+     {"kernel", "description", "conformance", "script/syntax", "script/stop", "script/text", "script/data",
+      "script/module", "script/library", "script/explain", "script/run"}},
 };
 
 /// The folder of a file of the reference host, such as `script/run` of `script/run/calls.hpp`.
