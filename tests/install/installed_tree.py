@@ -8,6 +8,7 @@ import json
 import os
 import pathlib
 import shlex
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -74,6 +75,26 @@ class InstalledTree(unittest.TestCase):
     def test_script_tests_pass(self):
         out = self.assert_succeeds(self.hvm, "--test", project / "tests" / "scripts", cwd=self.workplace.name)
         self.assertRegex(out, r"[1-9]\d\d passed, 0 failed")
+
+    def test_module_of_the_tree_conforms_by_the_calls_and_scripts_of_the_tree(self):
+        out = self.assert_succeeds(self.hvm, "--conformance", cwd=self.workplace.name)
+        self.assertRegex(out, r"1\d\d\d of 1\d\d\d calls are as recorded, [1-9]\d\d of [1-9]\d\d scripts pass")
+        self.assertFalse(list((self.tree / "share" / "hvm" / "conformance").rglob("CMakeLists.txt")))
+
+    def test_module_elsewhere_is_compared_by_the_description_of_the_tree(self):
+        with tempfile.TemporaryDirectory() as elsewhere:
+            copied = pathlib.Path(elsewhere) / "mine.so"
+            shutil.copy(self.private / "arrayfold.so", copied)
+            self.assert_succeeds(self.hvm, "--conformance", "--module", copied)
+
+    def test_table_of_calls_that_is_missing_is_named(self):
+        table = self.tree / "share" / "hvm" / "conformance" / "calls.jsonl"
+        table.rename(table.with_suffix(".away"))
+        self.addCleanup(lambda: table.with_suffix(".away").rename(table))
+        ended = run(self.hvm, "--conformance")
+        self.assertEqual(ended.returncode, 2)
+        self.assertEqual(ended.stderr, f"hvm: --conformance: the table of calls {table} cannot be opened: "
+                                       "No such file or directory\n")
 
     def test_description_lies_beside_the_module_and_in_the_data(self):
         beside = self.private / "arrayfold.json"
