@@ -37,7 +37,7 @@ using conformance::CallTable;
 using Verdict = TestResult::Verdict;
 using Indices = std::vector<std::size_t>;
 
-constexpr std::size_t most_of_each = 3;  // tests of a function whose differences are shown
+constexpr std::size_t most_of_each = 3;  // calls of a function that are shown, and differences of a test
 constexpr int most_hanging = 8;          // scripts that take too long, before the others are left out
 
 bool has(const std::vector<std::string>& names, const std::string& name) {
@@ -102,6 +102,7 @@ class ConformanceRun {
     report_.module_version = version_of(module_);
     report_.table_version = table_.version;
     report_.left_out = table_.left_out.size();
+    report_.is_filtered = !options_.filter.empty();
     report_.registration = differences_of_registration(table_, module_);
     for (const std::string& sentence : report_.registration) put(sentence + "\n");
     const bool is_another = is_another_module(table_, module_);
@@ -290,8 +291,8 @@ class ConformanceRun {
   }
 
   void show(const TestResult& test) {
-    const std::size_t shown = ++shown_[test.subject];
-    if (shown <= most_of_each || options_.is_verbose) put(text_of(test));
+    const std::size_t shown = ++shown_[test.is_call ? test.subject : test.path];
+    if (shown <= most_of_each || options_.is_verbose) put(text_of(test, options_.is_verbose ? 0 : most_of_each));
   }
 
   void conclude() {
@@ -316,7 +317,7 @@ class ConformanceRun {
   TestProcess::Clock::time_point start_ = TestProcess::Clock::now();
   std::set<std::string> subjects_;
   std::vector<const CallRow*> rows_;          // of the tests of the report; null for a script
-  std::map<std::string, std::size_t> shown_;  // tests, by subject
+  std::map<std::string, std::size_t> shown_;  // calls by their subjects, and scripts
   std::set<std::string> hanging_;             // subjects
   std::set<std::string> hanging_lines_;       // of preparations
   int hung_scripts_ = 0;

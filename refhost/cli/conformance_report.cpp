@@ -3,6 +3,7 @@
 #include "cli/conformance_report.hpp"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <string_view>
@@ -99,12 +100,15 @@ void append_indented(std::string& text, std::string_view lines) {
 
 }  // namespace
 
-std::string text_of(const TestResult& test) {
+std::string text_of(const TestResult& test, std::size_t most_of_each) {
   std::string text = test.path;
   if (test.is_call) text += ": " + test.call.call;
   text += "\n";
   append_indented(text, test.call.preparation);
-  for (const std::string& difference : test.differences) append_indented(text, difference);
+  const std::size_t count = test.differences.size();
+  const std::size_t shown = most_of_each > 0 ? std::min(count, most_of_each) : count;
+  for (std::size_t i = 0; i < shown; ++i) append_indented(text, test.differences[i]);
+  if (shown < count) append_indented(text, fmt::format("and {} more", count - shown));
   return text;
 }
 
@@ -112,9 +116,9 @@ std::string summary(const ConformanceReport& report, std::size_t most_of_each) {
   const std::vector<Broken> differing = broken(report);
   std::string text;
   if (!differing.empty()) {
-    const bool are_hidden = std::any_of(differing.begin(), differing.end(), [&](const Broken& each) {
-      return most_of_each > 0 && each.tests > most_of_each;
-    });
+    const bool are_hidden = most_of_each > 0 && std::any_of(differing.begin(), differing.end(), [&](const auto& each) {
+                              return each.differing_calls > most_of_each;
+                            });
     text += "what differs:\n";
     for (const Broken& each : differing) text += row(each);
     if (are_hidden) text += fmt::format("{} of each are shown; -v shows all\n", most_of_each);
@@ -127,10 +131,14 @@ std::string summary(const ConformanceReport& report, std::size_t most_of_each) {
   if (unjudged > 0)
     text += fmt::format("{} are not judged, since what prepares them differs, or others take too long\n", unjudged);
   const Passed passed = passed_of(report);
-  if (report.tests.empty()) text += "no calls or scripts match the filter\n";
-  text += fmt::format("{} of {} calls are as recorded, {} of {} scripts pass, in {}\n", passed.good_calls, passed.calls,
-                      passed.good_scripts, passed.scripts, seconds_text(report.seconds));
-  return text + fmt::format("the module {} to version {}\n", report.conforms ? "conforms" : "does not conform",
+  if (report.tests.empty()) return text + "no calls or scripts match the filter\n";
+  std::vector<std::string> counts;
+  if (passed.calls > 0)
+    counts.push_back(fmt::format("{} of {} calls are as recorded", passed.good_calls, passed.calls));
+  if (passed.scripts > 0) counts.push_back(fmt::format("{} of {} scripts pass", passed.good_scripts, passed.scripts));
+  text += fmt::format("{}, in {}\n", fmt::join(counts, ", "), seconds_text(report.seconds));
+  const char* const subject = report.is_filtered ? "what matches the filter" : "the module";
+  return text + fmt::format("{} {} to version {}\n", subject, report.conforms ? "conforms" : "does not conform",
                             report.table_version);
 }
 
@@ -140,6 +148,7 @@ void write_json(const ConformanceReport& report, const std::string& path) {
                {"module", report.module},
                {"module_version", report.module_version},
                {"table_version", report.table_version},
+               {"filtered", report.is_filtered},
                {"conforms", report.conforms},
                {"seconds", report.seconds},
                {"calls", passed.calls},

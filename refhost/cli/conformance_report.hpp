@@ -26,17 +26,18 @@ struct ConformanceReport {
   std::string module_version;  // empty when it states none
   std::string table_version;
   std::size_t left_out = 0;  // rows of the pages for which the table has no call
+  bool is_filtered = false;  // it tells of a part of the calls and scripts
   bool conforms = false;
   double seconds = 0;
   std::vector<std::string> registration;  // what is wrong with what the module registers
   std::vector<TestResult> tests;
 };
 
-/// A test with its differences, in several lines.
-std::string text_of(const TestResult& test);
+/// A test with its differences, in several lines: the first `most_of_each` of them, 0 for all.
+std::string text_of(const TestResult& test, std::size_t most_of_each);
 
-/// What differs, by function, and the counts. Of a function with more than `most_of_each` tests that differ it says
-/// that there are more; 0 for none.
+/// What differs, by function, and the counts. Where more than `most_of_each` calls of a function differ, it says that
+/// not all were shown; 0 for never.
 std::string summary(const ConformanceReport& report, std::size_t most_of_each);
 
 /// Throws `DataError` when the file cannot be written.

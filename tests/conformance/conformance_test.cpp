@@ -16,7 +16,6 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
-using ::testing::StartsWith;
 using Json = nlohmann::json;
 
 Outcome run_conformance(const std::string& module, std::vector<std::string> options = {}) {
@@ -107,7 +106,7 @@ TEST_P(Mistakes, AreFoundAndNamedAlone) {
   EXPECT_EQ(outcome.status, 1) << outcome.err;
   EXPECT_THAT(outcome.out, HasSubstr(GetParam().sentence));
   EXPECT_THAT(outcome.out, HasSubstr(std::string("\nwhat differs:\n  ") + GetParam().function + " "));
-  EXPECT_THAT(outcome.out, HasSubstr("\nthe module does not conform to version "));
+  EXPECT_THAT(outcome.out, HasSubstr("\nwhat matches the filter does not conform to version "));
   const Json report = json_in(place.path() + "/report.json");
   EXPECT_EQ(report["conforms"], false);
   EXPECT_THAT(broken_in(report), ElementsAre(GetParam().function));
@@ -126,7 +125,8 @@ TEST(ModuleWithMistake, HasItsScriptsNamed) {
   const Outcome outcome = run_conformance(mutant(place, "sum_is_one_more"), {"--filter", "reduce/*"});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.out, HasSubstr("\n  line 4: expected 5050 5050; got 5051 5050\n"));
-  EXPECT_THAT(outcome.out, HasSubstr("\nwhat differs:\n  xsum             scripts/reduce/xsum.hvm\n0 of 0 calls"));
+  EXPECT_THAT(outcome.out,
+              HasSubstr("\nwhat differs:\n  xsum             scripts/reduce/xsum.hvm\n9 of 10 scripts pass, in "));
 }
 
 TEST(Conformance, ShowsThreeTestsOfAFunctionAndAllWithV) {
@@ -204,7 +204,7 @@ TEST(Conformance, WithWrongOptions_SaysWhatIsWrong) {
   EXPECT_EQ(run_hvm({"--json", "report.json"}).err, "hvm: --json needs --conformance\n");
   const Outcome none = run_hvm({"--conformance", "--filter", "no such thing"});
   EXPECT_EQ(none.status, 1);
-  EXPECT_THAT(none.out, StartsWith("no calls or scripts match the filter\n"));
+  EXPECT_EQ(none.out, "no calls or scripts match the filter\n");
 }
 
 }  // namespace
