@@ -1,4 +1,4 @@
-# tests/conformance/table_is_current.py: the table of calls has the calls of tests/conformance/calls.txt and of the pages
+# tests/conformance/table_is_current.py: the table of calls has the calls of calls.txt and of the pages
 #
 # Usage: table_is_current.py WRITE_CALLS CALLS TABLE
 #
@@ -39,7 +39,7 @@ class Table(unittest.TestCase):
                                   ("let a = nothing\na + 1", "calls.txt:2: ")):
                 source = pathlib.Path(folder) / "calls.txt"
                 source.write_text(text)
-                ended = subprocess.run([write_calls, source, pathlib.Path(folder) / "made"], capture_output=True, text=True)
+                ended = subprocess.run([write_calls, source, source.with_name("made")], capture_output=True, text=True)
                 self.assertEqual(ended.returncode, 1)
                 self.assertIn(problem, ended.stderr)
 
