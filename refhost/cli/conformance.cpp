@@ -3,6 +3,7 @@
 #include "cli/conformance.hpp"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <fnmatch.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -12,6 +13,7 @@
 #include <cstring>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <set>
 #include <string_view>
 #include <system_error>
@@ -81,6 +83,21 @@ std::vector<std::string> differences_of_registration(const CallTable& table, con
   for (const std::string& name : table.types)
     if (!type_named(name.c_str())) sentences.push_back(fmt::format("the module registers no type {}", name));
   return sentences;
+}
+
+/// What there is more, such as `it leaves behind: 1 blocks`.
+std::string left_behind(const Counts& before, const Counts& now) {
+  std::vector<std::string> parts;
+  const auto compare = [&](const char* what, auto old_count, auto count) {
+    if (count != old_count) parts.push_back(fmt::format("{} {}", count - old_count, what));
+  };
+  compare("objects", before.objects, now.objects);
+  compare("tables", before.tables, now.tables);
+  compare("strings", before.strings, now.strings);
+  compare("blocks", before.blocks, now.blocks);
+  compare("records", before.records, now.records);
+  compare("pieces", before.pieces, now.pieces);
+  return fmt::format("it leaves behind: {}", fmt::join(parts, ", "));
 }
 
 // ---- The run
@@ -183,10 +200,12 @@ class ConformanceRun {
     try {
       for (const std::size_t i : group) {
         if (!hanging_line_of(*rows_[i]).empty()) return false;
-        CallRecording recording(module_.functions, rows_[i]->made, rows_[i]->precision.has_contents);
-        if (recording.prepare(hand_on_line) != rows_[i]->prepared) return false;
+        const Counts before = counts();
+        std::optional<CallRecording> recording(std::in_place, module_.functions, rows_[i]->made,
+                                               rows_[i]->precision.has_contents);
+        if (recording->prepare(hand_on_line) != rows_[i]->prepared) return false;
         hand_on_preparation();
-        if (!differences_of_call(recording, *rows_[i]).empty()) return false;
+        if (!differences_of_call(recording, *rows_[i], before).empty()) return false;
       }
       return hand_on_differences({});
     } catch (const std::exception&) {
@@ -209,14 +228,16 @@ class ConformanceRun {
       return hand_on_reason(fmt::format("another call of {} takes too long", row.subject()));
     const std::string line = hanging_line_of(row);
     if (!line.empty()) return hand_on_reason(fmt::format("what prepares it takes too long: {}", line));
-    CallRecording recording(module_.functions, row.made, row.precision.has_contents);
+    const Counts before = counts();
+    std::optional<CallRecording> recording(std::in_place, module_.functions, row.made, row.precision.has_contents);
     try {
-      if (recording.prepare(hand_on_line) != row.prepared) return hand_on_reason("what prepares it gives other values");
+      if (recording->prepare(hand_on_line) != row.prepared)
+        return hand_on_reason("what prepares it gives other values");
     } catch (const ScriptError& error) {
       return hand_on_reason(fmt::format("what prepares it fails: {}", error.message()));
     }
     hand_on_preparation();
-    return hand_on_differences(differences_of_call(recording, row));
+    return hand_on_differences(differences_of_call(recording, row, before));
   }
 
   /// The line of a preparation that took too long before; empty when there is none.
@@ -226,10 +247,15 @@ class ConformanceRun {
     return {};
   }
 
-  static std::vector<std::string> differences_of_call(CallRecording& recording, const CallRow& row) {
-    const conformance::Json got = recording.perform();
+  /// Performs a call that is prepared, and ends its recording: nothing lives longer than the variables.
+  static std::vector<std::string> differences_of_call(std::optional<CallRecording>& recording, const CallRow& row,
+                                                      const Counts& before) {
+    const conformance::Json got = recording->perform();
+    recording.reset();
     if (row.ending_signal() != 0) return {"it comes to its end"};
-    return conformance::differences(row.record, got, row.precision.tolerance);
+    std::vector<std::string> found = conformance::differences(row.record, got, row.precision.tolerance);
+    if (counts() != before) found.push_back(left_behind(before, counts()));
+    return found;
   }
 
   std::vector<std::string> differences_of_script(const std::string& path) const {

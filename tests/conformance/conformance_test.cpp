@@ -77,6 +77,7 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{"remainder_asks_in_another_order", "xremainder",
                 "  its operation 1 is HVM_AnyCheck(arg 1) = true; the table has HVM_AnyCheck(arg 0) = true\n"},
         Mistake{"prod_fails_and_writes", "xprod", "  it fails and still writes its result record: "},
+        Mistake{"abs_leaves_a_block_behind", "xabs", "  it leaves behind: 1 blocks\n"},
         Mistake{"inverse_reads_null", "xinv", "  it ends the process by signal 11 (Segmentation fault)\n"},
         Mistake{"rank_ends_the_process", "xmatrix_rank", "  it ends the process\n"},
         Mistake{"trace_never_returns", "xtrace",

@@ -75,6 +75,11 @@ int fails_and_writes(HostContext ctx, HostValue* args, int nargs, HostValue* res
   return returned;
 }
 
+int leaves_a_block_behind(HostContext ctx, HostValue* args, int nargs, HostValue* result) {
+  HVM_Malloc(8);
+  return functions["xabs"](ctx, args, nargs, result);
+}
+
 int reads_null(HostContext, HostValue*, int, HostValue*) {
   int* volatile nowhere = nullptr;
   return *nowhere;
@@ -134,6 +139,7 @@ const std::map<std::string, Mistake> mistakes = {
     {"sort_asks_twice", {"xsort", asks_twice, nullptr, nullptr}},
     {"remainder_asks_in_another_order", {"xremainder", asks_in_another_order, nullptr, nullptr}},
     {"prod_fails_and_writes", {"xprod", fails_and_writes, nullptr, nullptr}},
+    {"abs_leaves_a_block_behind", {"xabs", leaves_a_block_behind, nullptr, nullptr}},
     {"inverse_reads_null", {"xinv", reads_null, nullptr, nullptr}},
     {"rank_ends_the_process", {"xmatrix_rank", ends_the_process, nullptr, nullptr}},
     {"trace_never_returns", {"xtrace", never_returns, nullptr, nullptr}},
