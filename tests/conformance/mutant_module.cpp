@@ -5,6 +5,7 @@
 
 #include <dlfcn.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
@@ -80,10 +81,7 @@ int leaves_a_block_behind(HostContext ctx, HostValue* args, int nargs, HostValue
   return functions["xabs"](ctx, args, nargs, result);
 }
 
-int reads_null(HostContext, HostValue*, int, HostValue*) {
-  int* volatile nowhere = nullptr;
-  return *nowhere;
-}
+int faults(HostContext, HostValue*, int, HostValue*) { return std::raise(SIGSEGV); }
 
 int ends_the_process(HostContext, HostValue*, int, HostValue*) { std::_Exit(EXIT_SUCCESS); }
 
@@ -140,7 +138,7 @@ const std::map<std::string, Mistake> mistakes = {
     {"remainder_asks_in_another_order", {"xremainder", asks_in_another_order, nullptr, nullptr}},
     {"prod_fails_and_writes", {"xprod", fails_and_writes, nullptr, nullptr}},
     {"abs_leaves_a_block_behind", {"xabs", leaves_a_block_behind, nullptr, nullptr}},
-    {"inverse_reads_null", {"xinv", reads_null, nullptr, nullptr}},
+    {"inverse_faults", {"xinv", faults, nullptr, nullptr}},
     {"rank_ends_the_process", {"xmatrix_rank", ends_the_process, nullptr, nullptr}},
     {"trace_never_returns", {"xtrace", never_returns, nullptr, nullptr}},
     {"cube_is_missing", {"xcube", nullptr, nullptr, nullptr}},
