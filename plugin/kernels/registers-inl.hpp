@@ -42,13 +42,13 @@ HWY_INLINE V product(D tag, V a, V b) {
 // ---- Walks
 
 /// Calls `step(tag, first)` for the elements behind the last whole register of D: registers of half the lanes, a
-/// quarter, down to one.
+/// quarter, down to one. `first` is a multiple of the lanes of D, so the lower bits of `count` say what is left.
 template <class D, class Step>
 HWY_INLINE void for_each_narrower(D tag, std::size_t first, std::size_t count, const Step& step) {
   if constexpr (hn::MaxLanes(tag) > 1) {
     const hn::Half<D> half;
     constexpr std::size_t lanes = hn::MaxLanes(half);
-    if (((count - first) & lanes) != 0) {
+    if ((count & lanes) != 0) {
       step(half, first);
       first += lanes;
     }
@@ -62,13 +62,13 @@ template <class D, class Step>
 HWY_INLINE void for_each_register(D tag, std::size_t count, const Step& step) {
   constexpr std::size_t lanes = hn::MaxLanes(tag);
   std::size_t first = 0;
-  for (; first + 4 * lanes <= count; first += 4 * lanes) {
+  for (const std::size_t end = count / (4 * lanes) * (4 * lanes); first != end; first += 4 * lanes) {
     step(tag, first);
     step(tag, first + lanes);
     step(tag, first + 2 * lanes);
     step(tag, first + 3 * lanes);
   }
-  for (; first + lanes <= count; first += lanes) step(tag, first);
+  for (const std::size_t end = count / lanes * lanes; first != end; first += lanes) step(tag, first);
   for_each_narrower(tag, first, count, step);
 }
 

@@ -190,45 +190,43 @@ bool multiply_truths(const Application<ArrayOf<XTBool>>& at) {
 /// What an operator of arithmetic does.
 template <class T>
 struct Calculation {
-  const Operation<T, T>* operation;
+  Operation<T, T> Arithmetic<T>::*operation;
   InPlace with_number;
   InPlace with_array;
 };
 
+/// The operators of arithmetic in the order of their opcodes.
+template <class T>
+constexpr Calculation<T> calculations[] = {
+    {&Arithmetic<T>::sum, InPlace::from_either_side, InPlace::from_either_side},
+    {&Arithmetic<T>::difference, InPlace::from_the_left, InPlace::from_the_left},
+    // required: in place, an array on the right ends the process, a number on the left does not.
+    {&Arithmetic<T>::product, InPlace::from_either_side, InPlace::from_the_left},
+    {&Arithmetic<T>::quotient, InPlace::from_the_left, InPlace::from_the_left},
+    {&Arithmetic<T>::remainder, InPlace::from_the_left, InPlace::from_the_left},
+};
+
 /// Null for every other opcode, and where the kind has no such operation.
 template <class T>
-Calculation<T> calculation_of(Opcode opcode, const Arithmetic<T>& by) {
-  constexpr auto either = InPlace::from_either_side;
-  constexpr auto left = InPlace::from_the_left;
-  switch (opcode) {
-    case Opcode::add:
-      return {&by.sum, either, either};
-    case Opcode::subtract:
-      return {&by.difference, left, left};
-    case Opcode::multiply:
-      // required: in place, an array on the right ends the process, a number on the left does not.
-      return {&by.product, either, left};
-    case Opcode::divide:
-      return {&by.quotient, left, left};
-    case Opcode::remainder:
-      return {std::is_integral_v<T> ? &by.remainder : nullptr, left, left};
-    default:
-      return {};
-  }
+const Calculation<T>* calculation_of(Opcode opcode) {
+  // A switch would be an indirect jump, which small arrays feel.
+  constexpr std::size_t operators = std::size(calculations<T>) - (std::is_integral_v<T> ? 0 : 1);
+  const auto place = static_cast<std::size_t>(static_cast<int>(opcode) - static_cast<int>(Opcode::add));
+  return place < operators ? &calculations<T>[place] : nullptr;
 }
 
 /// Null for every other opcode.
 template <class T>
-const Operation<T, bool>* comparison_of(Opcode opcode, const Arithmetic<T>& by) {
+Operation<T, bool> Arithmetic<T>::*comparison_of(Opcode opcode) {
   switch (opcode) {
     case Opcode::less_equal:
-      return &by.less_equal;
+      return &Arithmetic<T>::less_equal;
     case Opcode::greater_equal:
-      return &by.greater_equal;
+      return &Arithmetic<T>::greater_equal;
     case Opcode::less:
-      return &by.less;
+      return &Arithmetic<T>::less;
     case Opcode::greater:
-      return &by.greater;
+      return &Arithmetic<T>::greater;
     default:
       return nullptr;
   }
@@ -236,12 +234,13 @@ const Operation<T, bool>* comparison_of(Opcode opcode, const Arithmetic<T>& by) 
 
 template <class Array>
 bool apply_to_numbers(const Application<Array>& at, Opcode opcode) {
+  using Element = typename Array::element;
+  if (const auto* calculation = calculation_of<Element>(opcode); calculation != nullptr)
+    return apply<typename Array::tag>(at, calculation->with_number, calculation->with_array,
+                                      arithmetic<Element>().*calculation->operation);
+  if (const auto comparison = comparison_of<Element>(opcode); comparison != nullptr)
+    return apply<XTBool>(at, InPlace::never, InPlace::never, arithmetic<Element>().*comparison);
   if (opcode == Opcode::equal || opcode == Opcode::not_equal) return test_equality(at, opcode == Opcode::equal);
-  const auto& by = arithmetic<typename Array::element>();
-  if (const auto [operation, with_number, with_array] = calculation_of(opcode, by); operation != nullptr)
-    return apply<typename Array::tag>(at, with_number, with_array, *operation);
-  if (const auto* comparison = comparison_of(opcode, by); comparison != nullptr)
-    return apply<XTBool>(at, InPlace::never, InPlace::never, *comparison);
   return opcode == Opcode::remainder && pass_over_remainder(at.other);
 }
 
