@@ -2,12 +2,11 @@
 
 #include "array/storage.hpp"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <new>
-#include <optional>
 
 #include <sys/mman.h>
 
@@ -22,16 +21,6 @@ constexpr std::size_t page = 4096;
 constexpr std::size_t huge_page = std::size_t{2} << 20;
 constexpr std::size_t minimum_for_huge_pages = std::size_t{4} << 20;
 
-bool has_zero(const Shape& extents) { return std::find(extents.begin(), extents.end(), 0u) != extents.end(); }
-
-/// The product of nonzero extents; nothing when 64 bits do not hold it.
-std::optional<std::size_t> product(const Shape& extents) {
-  std::size_t count = 1;
-  for (const std::size_t extent : extents)
-    if (__builtin_mul_overflow(count, extent, &count)) return std::nullopt;
-  return count;
-}
-
 }  // namespace
 
 void advise_huge_pages(void* memory, std::size_t bytes) noexcept {
@@ -43,12 +32,16 @@ void advise_huge_pages(void* memory, std::size_t bytes) noexcept {
 }
 
 std::size_t checked_size(const Shape& extents, std::size_t element_size) {
-  for (const std::size_t extent : extents)
-    if (extent > largest_size) throw std::bad_alloc();
-  if (has_zero(extents)) return 0;
-  const auto count = product(extents);
-  if (!count || *count > largest_size / element_size) throw std::bad_alloc();
-  return *count;
+  std::size_t count = 1, bytes = 0;
+  bool is_impossible = false, is_empty = false, wraps = false;
+  for (const std::size_t extent : extents) {
+    is_impossible |= extent > largest_size;
+    is_empty |= extent == 0;
+    wraps |= __builtin_mul_overflow(count, extent, &count);
+  }
+  wraps |= __builtin_mul_overflow(count, element_size, &bytes);
+  if (is_impossible || (!is_empty && (wraps || bytes > largest_size))) throw std::bad_alloc();
+  return is_empty ? 0 : count;
 }
 
 namespace {
@@ -93,8 +86,9 @@ void free_aligned(void* memory) {
 }  // namespace
 
 void* allocate_storage(std::size_t count, std::size_t element_size, Contents contents) {
-  if (count > (largest_size - block_alignment) / element_size) throw std::bad_alloc();
-  const std::size_t bytes = count * element_size;
+  std::size_t bytes = 0;
+  if (__builtin_mul_overflow(count, element_size, &bytes) || bytes > largest_size - block_alignment)
+    throw std::bad_alloc();
   void* memory = allocate_aligned(bytes, contents);
   advise_huge_pages(memory, bytes);
   return memory;

@@ -52,7 +52,7 @@ std::shared_ptr<xarray_of<T>> make_zeros(const Shape& extents) {
   constexpr std::size_t few = (std::size_t{128} << 10) / sizeof(T);
   const std::size_t count = checked_size(extents, sizeof(T));
   if (count < few) {
-    auto made = make_container<T>(extents);
+    auto made = std::make_shared<xarray_of<T>>(extents);
     std::fill_n(made->storage().data(), count, T{});
     return made;
   }
