@@ -81,6 +81,31 @@ HWY_INLINE hn::Vec<D> load_column(D tag, const T* element, std::size_t length) {
   }
 }
 
+/// Two neighbours of each of half as many rows as D has lanes: those of every other row.
+template <class D, class T>
+HWY_INLINE hn::Vec<D> load_pairs(D tag, const T* element, std::size_t length) {
+  if constexpr (hn::MaxLanes(tag) == 2) {
+    return hn::LoadU(tag, element);
+  } else {
+    const hn::Half<D> half;
+    return Combine(tag, load_pairs(half, element + hn::MaxLanes(half) * length, length),
+                   load_pairs(half, element, length));
+  }
+}
+
+/// Steps over the next two elements of as many rows as D has lanes. Both are loaded at once where they are a register.
+template <class D, class T, class Step>
+HWY_INLINE hn::Vec<D> fold_two_columns(D tag, hn::Vec<D> folded, const T* element, std::size_t length, Step step) {
+  if constexpr (std::is_same_v<T, hn::TFromD<D>> && sizeof(T) == 8 && hn::MaxLanes(tag) > 1) {
+    const auto even = load_pairs(tag, element, length), odd = load_pairs(tag, element + length, length);
+    folded = step(tag, folded, InterleaveLower(tag, even, odd));
+    return step(tag, folded, InterleaveUpper(tag, even, odd));
+  } else {
+    folded = step(tag, folded, load_column(tag, element, length));
+    return step(tag, folded, load_column(tag, element + 1, length));
+  }
+}
+
 /// Folds `together` rows, interleaved, one accumulator a row.
 template <std::size_t together, class R, class T, class Step>
 HWY_INLINE void fold_interleaved(const T* elements, std::size_t length, R start, Step step, R* folded) {
@@ -89,9 +114,13 @@ HWY_INLINE void fold_interleaved(const T* elements, std::size_t length, R start,
   constexpr std::size_t lanes = hn::MaxLanes(tag), registers = together / lanes;
   hn::Vec<decltype(tag)> accumulators[registers];
   for (auto& accumulator : accumulators) accumulator = hn::Set(tag, start);
+  std::size_t i = 0;
     // Unrolled: the steps of a short row cost less than the counting.
-#pragma GCC unroll 4
-  for (std::size_t i = 0; i < length; ++i)
+#pragma GCC unroll 2
+  for (; i + 2 <= length; i += 2)
+    for (std::size_t n = 0; n < registers; ++n)
+      accumulators[n] = fold_two_columns(tag, accumulators[n], elements + n * lanes * length + i, length, step);
+  if (i < length)
     for (std::size_t n = 0; n < registers; ++n)
       accumulators[n] = step(tag, accumulators[n], load_column(tag, elements + n * lanes * length + i, length));
   for (std::size_t n = 0; n < registers; ++n) {
