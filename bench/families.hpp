@@ -15,5 +15,6 @@ void add_ordering();
 void add_binning();
 void add_linear_algebra();
 void add_host();
+void add_limits();
 
 }  // namespace arrayfold::bench

@@ -29,6 +29,7 @@ void add_families() {
   add_binning();
   add_linear_algebra();
   add_host();
+  add_limits();
 }
 
 int serve_module(const std::string& path) {
