@@ -6,6 +6,7 @@
 #include <limits>
 #include <numeric>
 #include <type_traits>
+#include <utility>
 
 #include <hwy/contrib/sort/vqsort.h>
 
@@ -40,8 +41,39 @@ void sort_by_vectors(double* elements, std::size_t count) {
   turn_negatives(elements, count);
 }
 
-// Sorted in twice the width: the 64-bit sort is several times as fast.
+constexpr int digit_width = 11;
+constexpr std::size_t digit_values = std::size_t{1} << digit_width;
+
+/// Moves the elements to `out` in the order of one digit of `element - low`, the one above `shift` bits. Elements with
+/// the same digit keep their order.
+void move_by_digit(const std::int32_t* __restrict elements, std::size_t count, std::uint32_t low, int shift,
+                   std::int32_t* __restrict out) {
+  const auto digit_of = [=](std::int32_t element) {
+    return (static_cast<std::uint32_t>(element) - low) >> shift & (digit_values - 1);
+  };
+  std::uint32_t places[digit_values] = {};
+  for (std::size_t i = 0; i < count; ++i) ++places[digit_of(elements[i])];
+  std::uint32_t first = 0;
+  for (std::uint32_t& place : places) first += std::exchange(place, first);
+  for (std::size_t i = 0; i < count; ++i) out[places[digit_of(elements[i])]++] = elements[i];
+}
+
+/// Sorts many elements that differ in two digits at most. False for others; with a third digit it would gain nothing.
+bool sorted_by_digits(std::int32_t* elements, std::size_t count) {
+  constexpr std::size_t fewest = 4096, most = std::numeric_limits<std::uint32_t>::max();
+  if (count < fewest || count > most) return false;
+  const auto [low, high] = sort_keys<std::int32_t>().range(elements, count);
+  if ((high - low) >> (2 * digit_width) != 0) return false;
+  const auto lowest = static_cast<std::uint32_t>(low) ^ 0x80000000u;  // keys have the sign bit inverted
+  const Scratch<std::int32_t> scratch(count);
+  move_by_digit(elements, count, lowest, 0, scratch.data());
+  move_by_digit(scratch.data(), count, lowest, digit_width, elements);
+  return true;
+}
+
+// Others are sorted in twice the width: the 64-bit sort is several times as fast.
 void sort_by_vectors(std::int32_t* elements, std::size_t count) {
+  if (sorted_by_digits(elements, count)) return;
   const Scratch<std::int64_t> wide(count);
   convert(elements, wide.data(), count);
   sort_by_vectors(wide.data(), count);

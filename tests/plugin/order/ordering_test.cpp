@@ -7,6 +7,7 @@
 #include <cmath>
 #include <limits>
 #include <numeric>
+#include <random>
 
 #include "ordering.hpp"
 #include "reference.hpp"
@@ -101,6 +102,27 @@ TEST_F(OrderingTest, XargsortOfZerosOfBothSigns_TakesThemAsEqual) {
     EXPECT_EQ(given(call("xargsort", {array_of<XTDouble>(ctx(), {length}, x)}), Kind::int32),
               TestArray(Kind::int32, {length}, expected));
   }
+}
+
+// Many integers are sorted by their digits if their differences are small.
+TEST_F(OrderingTest, XsortOfIntsThatDifferInAnyWidth_IsThatOfTheLibrary) {
+  std::mt19937 engine(22);
+  for (const std::size_t length : {4095u, 4096u, 5001u})
+    for (int width = 0; width <= 32; ++width)
+      for (const std::int64_t low : {std::int64_t{INT32_MIN}, std::int64_t{-5}, std::int64_t{INT32_MAX}}) {
+        const std::int64_t most = (std::int64_t{1} << width) - 1;
+        const std::int64_t first = std::min(low, std::int64_t{INT32_MAX} - most);
+        if (first < INT32_MIN) continue;
+        std::vector<std::int32_t> x(length);
+        for (auto& element : x) element = static_cast<std::int32_t>(first + engine() % (most + 1));
+        x[length / 3] = static_cast<std::int32_t>(first);
+        x[length / 2] = static_cast<std::int32_t>(first + most);
+        std::vector<std::int32_t> sorted = x;
+        std::sort(sorted.begin(), sorted.end());
+        EXPECT_EQ(given(call("xsort", {array_of<XTInt>(ctx(), {length}, x)}), Kind::int32),
+                  TestArray(Kind::int32, {length}, sorted))
+            << length << " of " << width << " bits from " << first;
+      }
 }
 
 // Keys of 64 bits are cut so that a position fits beside them: neighbours may differ in what is cut off alone.
