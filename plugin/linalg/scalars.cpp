@@ -3,8 +3,10 @@
 // Numbers of a matrix. They are given as zero-dimensional arrays, except by xslogdet, whose table holds plain numbers,
 // and by xtrace, whose result has two dimensions fewer than the operand.
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
+#include <limits>
 
 #include "array/ordered_fold.hpp"
 #include "kernels/folds.hpp"
@@ -57,6 +59,18 @@ LogDeterminant log_determinant(const LuFactors<T>& factors) {
   return {turns % 2 == 0 ? 1.0 : -1.0, sum};
 }
 
+/// The number of singular values above the tolerance, which grows with the largest one and the longer extent. Throws
+/// std::runtime_error where LAPACK finds none.
+template <class T>
+int rank_of(const xarray_of<T>& array) {
+  auto matrix = by_columns<T>(array);
+  const auto longer = static_cast<double>(std::max(matrix.shape()[0], matrix.shape()[1]));
+  const auto [info, left, values, right] = xt::lapack::gesdd(matrix, 'N');
+  if (info > 0) throw std::runtime_error("SVD decomposition failed.");
+  const double tolerance = *std::max_element(values.begin(), values.end()) * longer * std::numeric_limits<T>::epsilon();
+  return static_cast<int>(std::count_if(values.begin(), values.end(), [=](T value) { return value > tolerance; }));
+}
+
 /// The sums along the diagonal of the first two axes, in the element's type, for each position along the others.
 template <class Kind, class T>
 auto trace_of(Kind, const xarray_of<T>& array) {
@@ -104,10 +118,9 @@ Outcome xdet(const Call& call) {
 // tolerance.
 Outcome xmatrix_rank(const Call& call) {
   return give_computed(call, [](auto kind, const auto& matrix) {
-    using T = typename decltype(kind)::element;
     require_matrix(matrix);
     const bool has_values = !matrix.storage().empty() && all_finite(matrix);
-    return stored_scalar(kind, has_values ? xt::linalg::matrix_rank(by_columns<T>(matrix), -1.0) : 0);
+    return stored_scalar(kind, has_values ? rank_of(matrix) : 0);
   });
 }
 
