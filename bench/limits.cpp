@@ -111,8 +111,7 @@ void time_in_place(benchmark::State& state, std::vector<Value>& operands) {
 void time_reading(benchmark::State& state, std::vector<Value>& operands) {
   const auto& elements = elements_of<XTDouble>(operands.at(0));
   const void* words = elements.data();
-  for (auto _ : state)
-    benchmark::DoNotOptimize(read_all(static_cast<const std::uint64_t*>(words), elements.size()));
+  for (auto _ : state) benchmark::DoNotOptimize(read_all(static_cast<const std::uint64_t*>(words), elements.size()));
 }
 void time_sum_in_order(benchmark::State& state, std::vector<Value>& operands) {
   const auto& elements = elements_of<XTDouble>(operands.at(0));

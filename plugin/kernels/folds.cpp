@@ -115,7 +115,7 @@ HWY_INLINE void fold_interleaved(const T* elements, std::size_t length, R start,
   hn::Vec<decltype(tag)> accumulators[registers];
   for (auto& accumulator : accumulators) accumulator = hn::Set(tag, start);
   std::size_t i = 0;
-    // Unrolled: the steps of a short row cost less than the counting.
+  // Unrolled: the steps of a short row cost less than the counting.
 #pragma GCC unroll 2
   for (; i + 2 <= length; i += 2)
     for (std::size_t n = 0; n < registers; ++n)
