@@ -113,16 +113,14 @@ HWY_INLINE hn::Vec<hn::Rebind<T, hn::DFromV<W> > > lookup(const T (&table)[16], 
   const hn::RebindToSigned<decltype(tag)> places;
   const auto place = hn::BitCast(places, hn::And(indices, hn::Set(hn::DFromV<W>(), 15)));
 #if HWY_TARGET == HWY_AVX2
-  // The instruction keeps lanes of its result, so it waits for what the register held before. A mask that the compiler
-  // cannot see through keeps the zeros, which nothing has to wait for.
-  __m256i every = _mm256_set1_epi64x(-1);
-  __asm__("" : "+x"(every));
-  if constexpr (std::is_same_v<T, double>)
-    return hn::Vec<decltype(tag)>{
-        _mm256_mask_i64gather_pd(_mm256_setzero_pd(), table, place.raw, _mm256_castsi256_pd(every), 8)};
-  else
-    return hn::Vec<decltype(tag)>{_mm256_mask_i64gather_epi64(
-        _mm256_setzero_si256(), reinterpret_cast<const long long*>(table), place.raw, every, 8)};
+  // The instruction keeps lanes of its result, so it waits for what the register held before: for zeros nothing has to
+  // wait. Compilers take the zeros out of the intrinsic. And QEMU 7 takes an index in the register with number 4 for no
+  // index, which is why it stands in the first register ("Yz").
+  __m256i result = _mm256_setzero_si256(), every = _mm256_set1_epi64x(-1);
+  __asm__("vpgatherqq %[every], (%[table],%[place],8), %[result]"
+          : [result] "+&x"(result), [every] "+&x"(every)
+          : [table] "r"(table), [place] "Yz"(place.raw), "m"(table));
+  return hn::BitCast(tag, hn::Vec<decltype(places)>{result});
 #else
   return hn::GatherIndex(tag, table, place);
 #endif
