@@ -58,7 +58,7 @@ void move_by_digit(const std::int32_t* __restrict elements, std::size_t count, s
   for (std::size_t i = 0; i < count; ++i) out[places[digit_of(elements[i])]++] = elements[i];
 }
 
-/// Sorts many elements that differ in two digits at most. False for others; with a third digit it would gain nothing.
+/// Sorts many elements that differ in two digits at most. False for others, which Highway sorts.
 bool sorted_by_digits(std::int32_t* elements, std::size_t count) {
   constexpr std::size_t fewest = 4096, most = std::numeric_limits<std::uint32_t>::max();
   if (count < fewest || count > most) return false;
