@@ -6,10 +6,8 @@
 #include <fmt/ranges.h>
 #include <fnmatch.h>
 #include <signal.h>
-#include <sys/wait.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <map>
@@ -217,9 +215,10 @@ class ConformanceRun {
     try {
       if (!rows_[i] && hung_scripts_ >= most_hanging) return hand_on_reason("too many scripts before it take too long");
       return rows_[i] ? passes_call(*rows_[i]) : hand_on_differences(differences_of_script(report_.tests[i].path));
+    } catch (const OutputError&) {
+      return false;  // the process ends without a word, and the report says that it did
     } catch (const std::exception& error) {
-      put_error({report_.tests[i].path, ": ", error.what(), "\n"});
-      return false;
+      return hand_on_differences({error.what()});
     }
   }
 
@@ -353,23 +352,20 @@ class ConformanceRun {
 }  // namespace
 
 void check_that_it_loads(const std::string& path, double time_limit) {
-  TestProcess process(
-      [&] {
-        try {
-          load_module(path);
-        } catch (const std::exception&) {
-          // The process that asked finds the same, and says so.
-        }
-        return hand_on_differences({});
-      },
-      time_limit);
-  int status = 0;
-  if (uninterrupted([&] { return waitpid(process.id(), &status, 0); }) < 0)
-    throw std::system_error(errno, std::generic_category(), "waitpid");
-  process.end(status);
-  if (!handed_on(process).is_good())
-    throw ModuleError(fmt::format("the module {} cannot be loaded: while it is loaded, {}", path,
-                                  words_of_end(process.how_it_ended(), time_limit)));
+  const auto loads = [&](std::size_t) {
+    try {
+      load_module(path);
+    } catch (const std::exception&) {
+      // The process that asked finds the same, and says so.
+    }
+    return hand_on_differences({});
+  };
+  const auto report = [&](std::size_t, const TestProcess& process) {
+    if (!handed_on(process).is_good())
+      throw ModuleError(fmt::format("the module {} cannot be loaded: while it is loaded, {}", path,
+                                    words_of_end(process.how_it_ended(), time_limit)));
+  };
+  ProcessPool({1, time_limit}, loads, report).run(1);
 }
 
 bool run_conformance(const Module& module, const ConformanceOptions& options) {
@@ -381,7 +377,11 @@ bool run_conformance(const Module& module, const ConformanceOptions& options) {
   } catch (const conformance::TableError& error) {
     throw FileError(fmt::format("--conformance: {}", error.what()));
   }
-  const FoundScripts found = find_scripts({folder + "/scripts"}, "");
+  const std::string scripts = folder + "/scripts";
+  std::error_code error;
+  if (!std::filesystem::is_directory(scripts, error))
+    throw FileError(fmt::format("--conformance: there is no folder {} with the script tests", scripts));
+  const FoundScripts found = find_scripts({scripts}, "");
   if (!found.unreadable.empty()) throw FileError(fmt::format("--conformance: {}", found.unreadable.front()));
   return ConformanceRun(module, table, folder, found.scripts, options).run();
 }

@@ -74,7 +74,7 @@ HandedOn handed_on(const TestProcess& process) {
     if (begins_with(line, mark_of_reason)) handed.reason = line.substr(mark_of_reason.size());
     at = end + 1;
   }
-  // What happens behind the end, as in the module's own last acts, counts too.
+  // What happens after the end, as in the module's own last acts, counts too.
   if (process.how_it_ended().kind == TestEnd::Kind::ended_by_signal) handed.is_whole = false;
   return handed;
 }

@@ -38,7 +38,7 @@ class ProcessPool {
   Settings settings_;
   Passes passes_;
   Report report_;
-  std::vector<std::unique_ptr<TestProcess>> processes_;  // null before the start and behind the report
+  std::vector<std::unique_ptr<TestProcess>> processes_;  // null before the start and after the report
   std::size_t started_ = 0;
   std::size_t running_ = 0;
   std::size_t reported_ = 0;

@@ -17,6 +17,7 @@ constexpr std::size_t most_shown = 160;  // bytes of a value in a sentence
 bool do_agree(double a, double b, double tolerance) {
   if (std::isinf(tolerance)) return true;
   if (a == b) return tolerance > 0 || std::signbit(a) == std::signbit(b);
+  if (std::isinf(a) || std::isinf(b)) return false;  // an infinite bound would let any numbers agree
   return std::abs(a - b) <= tolerance * std::max({1.0, std::abs(a), std::abs(b)});
 }
 
@@ -142,7 +143,7 @@ class Differences {
       sentences_.push_back(fmt::format("it fails and still writes its result record: {}", shown(got["result"])));
   }
 
-  /// The first operation that differs: those behind it may differ because of it.
+  /// The first operation that differs: those after it may differ because of it.
   void operations(const Json& expected, const Json& got) {
     const std::size_t both = std::min(expected.size(), got.size());
     for (std::size_t i = 0; i < both; ++i) {

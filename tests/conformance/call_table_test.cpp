@@ -170,6 +170,9 @@ TEST(Comparison, OfOperations_NamesTheFirstThatDiffers) {
   EXPECT_THAT(differences(expected, near, 1e-12), IsEmpty());
   EXPECT_EQ(differences(expected, near, 0).size(), 1u);
   EXPECT_EQ(differences(record("null", R"(["record 1"])"), record("null", R"(["record 2"])"), 1).size(), 1u);
+  const Json infinite = record("null", R"__(["A(arg 0)","SetReal(result, inf)"])__");
+  EXPECT_EQ(differences(expected, infinite, 1e-12).size(), 1u);
+  EXPECT_THAT(differences(infinite, infinite, 1e-12), IsEmpty());
 }
 
 TEST(Comparison, OfChangesAndReturns_SaysWhatTheTableHas) {

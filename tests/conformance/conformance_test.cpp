@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
@@ -196,6 +197,18 @@ TEST(Conformance, OfAnotherModule_SaysSoInOneSentence) {
   EXPECT_EQ(outcome.out,
             module_path("toy_module") + " registers 2 of the 93 functions of arrayfold: it is another module\n");
   EXPECT_EQ(outcome.err, "");
+}
+
+TEST(Conformance, WorksWhereTheEndOfProcessesIsIgnored) {
+  const std::string module = module_path("arrayfold");
+  const std::string command =
+      "env --ignore-signal=CHLD '" HVM_PROGRAM "' --conformance --filter calls/xsum/1 --module '" + module + "'";
+  std::FILE* const pipe = popen(command.c_str(), "r");
+  ASSERT_NE(pipe, nullptr);
+  std::string out;
+  for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) out += static_cast<char>(c);
+  EXPECT_EQ(pclose(pipe), 0);
+  EXPECT_THAT(out, HasSubstr("\nwhat matches the filter conforms to version "));
 }
 
 TEST(Conformance, WithWrongOptions_SaysWhatIsWrong) {
