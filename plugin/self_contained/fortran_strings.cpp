@@ -1,7 +1,7 @@
-// self_contained/fortran_strings.cpp: the one function of the Fortran runtime that LAPACK's routines call
+// self_contained/fortran_strings.cpp: the one function of the Fortran runtime that LAPACK calls
 //
-// LAPACK joins the letters of its options to one text. The static library of the Fortran runtime brings its input and
-// output along with this function, and is not made for shared libraries.
+// LAPACK joins the letters of its options into one string. In the static Fortran runtime this function comes with the
+// input and output of Fortran, and that library is not compiled for use in shared libraries.
 
 #include <algorithm>
 #include <cstddef>

@@ -1,7 +1,7 @@
 // self_contained/processor_targets.cpp: which targets the processor has
 //
-// Highway's headers declare these functions, and its library defines them. The answers are the library's, but for
-// targets that the loops are not compiled for.
+// Highway's headers declare these functions, and its library defines them. The answers here are the
+// same, except that targets for which the loops are not compiled are left out.
 
 #include <hwy/targets.h>
 
@@ -84,7 +84,7 @@ ChosenTarget& GetChosenTarget() {
   return chosen;
 }
 
-// The headers call it where a condition that always holds does not.
+// The headers call it when an assertion fails.
 void Abort(const char* file, int line, const char* format, ...) {
   std::va_list arguments;
   va_start(arguments, format);

@@ -1,7 +1,7 @@
 // self_contained/vector_sort.cpp: Highway's vectorised sort, compiled into the module for each processor target
 //
-// Highway has the sort in headers, and in its library the class by which order/row_sort.cpp calls it. Here are those
-// members of the class that are called.
+// Highway defines the sort in headers. order/row_sort.cpp calls it through a class that Highway's library defines. This
+// file defines the members of that class that are called.
 
 #include <hwy/contrib/sort/vqsort.h>
 

@@ -83,7 +83,7 @@ std::vector<std::string> differences_of_registration(const CallTable& table, con
   return sentences;
 }
 
-/// What there is more, such as `it leaves behind: 1 blocks`.
+/// What is left, such as `it leaves behind: 1 blocks`.
 std::string left_behind(const Counts& before, const Counts& now) {
   std::vector<std::string> parts;
   const auto compare = [&](const char* what, auto old_count, auto count) {
@@ -216,7 +216,7 @@ class ConformanceRun {
       if (!rows_[i] && hung_scripts_ >= most_hanging) return hand_on_reason("too many scripts before it take too long");
       return rows_[i] ? passes_call(*rows_[i]) : hand_on_differences(differences_of_script(report_.tests[i].path));
     } catch (const OutputError&) {
-      return false;  // the process ends without a word, and the report says that it did
+      return false;  // nothing can be handed on: the report says that the call ends the process
     } catch (const std::exception& error) {
       return hand_on_differences({error.what()});
     }

@@ -36,7 +36,7 @@ const std::set<std::string> free_operations = {"HVM_Malloc",        "HVM_Free", 
 /// Numbers things by their first appearance.
 class Renumbering {
  public:
-  /// `record 7` as `record 1`, where it is the first one. Other texts stay what they are.
+  /// Returns `record 1` for the first record, whatever its number, and so on. Other texts are returned unchanged.
   std::string of(const std::string& name) {
     const std::size_t blank = name.find(' ');
     const std::string word = name.substr(0, blank);
@@ -89,7 +89,7 @@ Json operations_of(const nlohmann::json& line) {
   return operations;
 }
 
-/// The calls of traced lines, but those within others.
+/// The calls of traced lines, except those made within others.
 Json calls_of(const std::vector<std::string>& lines, bool with_shape) {
   Json calls = Json::array();
   for (const std::string& text : lines) {

@@ -23,7 +23,7 @@ bool do_agree(double a, double b, double tolerance) {
 
 // ---- Texts of operations, in which real numbers may stand
 
-/// A number with a point, an exponent or the name of what is not finite, at the begin of `text`; its length, or 0.
+/// A number with a point, an exponent or the name of what is not finite, at the start of `text`; its length, or 0.
 std::size_t real_at(std::string_view text, double& x) {
   const auto read = std::from_chars(text.data(), text.data() + text.size(), x);
   if (read.ec != std::errc{}) return 0;
