@@ -29,23 +29,27 @@ static void version_is_there(void) {
   if (!operations.has_versions) broken("libHVMInterp.so has no version node at all");
 }
 
+static int is_near(double answer, double expected) {
+  if (isnan(expected)) return isnan(answer);
+  if (isinf(expected)) return answer == expected;
+  return fabs(answer - expected) <= (expected == 0 ? 1e-15 : fabs(expected) * 1e-13);
+}
+
 static void expect_value(const char* name, double x, double answer, double expected) {
-  const double largest = fabs(expected) * 1e-13 + 1e-15;
-  const int is_right = isnan(expected) ? isnan(answer) : answer == expected || fabs(answer - expected) <= largest;
-  if (!is_right) broken("%s(%.17g) is %.17g, not %.17g", name, x, answer, expected);
+  if (!is_near(answer, expected)) broken("%s(%.17g) is %.17g, not %.17g", name, x, answer, expected);
 }
 
 static void functions_have_their_values(void) {
-  static const double of_erf[][2] = {{0, ANY_LAYOUT},
+  static const double of_erf[][2] = {{0, 0},
                                      {0.5, 0.52049987781304654},
                                      {-1, -0.84270079294971487},
                                      {2, 0.99532226501895273},
-                                     {INFINITY, OWN_LAYOUT},
+                                     {INFINITY, 1},
                                      {-INFINITY, -1},
                                      {NAN, NAN},
                                      {1e-300, 1.1283791670955126e-300}};
-  static const double of_lgamma[][2] = {{1, ANY_LAYOUT},
-                                        {2, ANY_LAYOUT},
+  static const double of_lgamma[][2] = {{1, 0},
+                                        {2, 0},
                                         {0.5, 0.57236494292470008},
                                         {10, 12.801827480081469},
                                         {-0.5, 1.2655121234846454},

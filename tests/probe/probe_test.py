@@ -88,6 +88,12 @@ GAPS = {
                   "An object has its manager at offset 8",
                   "another pointer than the manager is at offset 8"),
 }
+# Functions of a library of the interpreter with one wrong value, as C: lgamma, erf and the finding.
+WRONG_VALUES = (
+    ("x == 0 ? 1 : (double)lgammal(x)", "(double)erfl(x)", "lgamma(0) is 1, not inf"),
+    ("(double)lgammal(x)", "fabs(x) < 1e-200 ? 0 : (double)erfl(x)",
+     "erf(1e-300) is 0, not 1.1283791670955126e-300"),
+)
 # The example serves what its program needs. For the probe it gets the setters of numbers.
 SETTERS = """
 void HVM_SetInt(HostContext* c, HostValue* v, int x) { put(c, v, (HostValue){.tag = INTEGER, .integer = x}); }
@@ -236,6 +242,21 @@ class Probe(unittest.TestCase):
         # A library that asks others for versions, as with sanitizers, is found to lack this one.
         self.assertEqual(finding, "libHVMInterp.so has no erf of version HVMINTERP_1" if SANITIZED else
                          "libHVMInterp.so has no version node at all")
+
+    def test_function_with_a_wrong_value_is_named(self):
+        source = self.folder / "interp.c"
+        script = project / "refhost" / "interp" / "hvminterp.map"
+        for lgamma, erf, finding in WRONG_VALUES:
+            with self.subTest(finding):
+                source.write_text(f"#include <math.h>\ndouble lgamma(double x) {{ return {lgamma}; }}\n"
+                                  f"double erf(double x) {{ return {erf}; }}\n")
+                ended = subprocess.run([compiler, "-std=c11", "-shared", "-fPIC", source, "-lm",
+                                        f"-Wl,--version-script={script}", "-o", self.folder / "libHVMInterp.so"],
+                                       capture_output=True, text=True)
+                self.assertEqual(ended.returncode, 0, ended.stderr)
+                summary = self.summary(LD_LIBRARY_PATH=f"{self.folder}:{probe.parent}")
+                self.assertEqual(summary.broken,
+                                 {"lgamma and erf have the values of the C library's functions.": finding})
 
     def test_missing_libraries_are_named(self):
         shutil.copy(probe, self.folder)
