@@ -98,7 +98,8 @@ static void other_values_are_copied(void) {
 static const Promise promises[] = {
     {"`HVM_NewObject` returns a record that holds nil, and `HVM_NewObjects` as many as asked for, 18 bytes apart.",
      records_hold_nil, OWN_LAYOUT},
-    {"`HVM_FreeObj` and `HVM_FreeObjs` free the records and what they hold.", records_end_with_their_content, OWN_LAYOUT},
+    {"`HVM_FreeObj` and `HVM_FreeObjs` free the records and what they hold.",
+     records_end_with_their_content, OWN_LAYOUT},
     {"`HVM_FreeObjectContent` releases what a record holds, and leaves nil with lifetime 1 in a slot.",
      content_is_released, OWN_LAYOUT},
     {"`HVM_FreeObjectContent` accepts a record without content.", nothing_is_released, OWN_LAYOUT},

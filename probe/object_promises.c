@@ -7,7 +7,9 @@
 static void manager_begins_with_its_name(void) {
   if (registration.verdict == BROKEN) broken("%s", registration.finding);
   if (registration.verdict == UNCHECKED) unchecked("%s", registration.finding);
-  if (manager->name != type_name) broken("there is another pointer at offset 0 of the manager");
+  enter("HVM_NewAnyMan", 1);  // if the pointer leads nowhere
+  if (manager->name == NULL) broken("the pointer at offset 0 of the manager is null");
+  if (strcmp(manager->name, type_name) != 0) broken("the pointer at offset 0 of the manager leads to another text");
 }
 
 static void create_makes_the_content(void) {
@@ -16,7 +18,7 @@ static void create_makes_the_content(void) {
   if (any == NULL) broken("HVM_NewAny returned null for a registered type");
   if (made != 1) broken("HVM_NewAny called the create callback %d times", made);
   if (any->content != &contents[0]) broken("`content` is not what the create callback returned");
-  // A copy of the name, as scripts have it, is the name, too.
+  // A type is found by the text of its name, at any address.
   char copy[sizeof other_name];
   memcpy(copy, other_name, sizeof copy);
   any = HOST(HVM_NewAny)(context, copy, 0, 0);
@@ -100,15 +102,18 @@ static void destroy_is_called_once(void) {
 
 // clang-format off
 static const Promise promises[] = {
-    {"`HVM_NewAnyMan` makes a manager with the pointer to the name at offset 0.", manager_begins_with_its_name, ANY_LAYOUT},
+    {"`HVM_NewAnyMan` makes a manager with a pointer to the type's name at offset 0.",
+     manager_begins_with_its_name, ANY_LAYOUT},
     {"`HVM_NewAny` calls the create callback of the registered type once, and stores its result as `content`.",
      create_makes_the_content, ANY_LAYOUT},
     {"`HVM_NewAny` returns null if create returns null.", nothing_is_made_of_nothing, ANY_LAYOUT},
     {"`HVM_NewAny` returns null for an unknown name, such as `$xfloatarray`.", unknown_types_make_nothing, ANY_LAYOUT},
     {"An object has its manager at offset 8 and its content at 16, and keeps the `state` that a module writes at 4.",
      object_has_its_fields, OWN_LAYOUT},
-    {"`HVM_SetTypeAny` makes a record of tag 16 that owns the object in its payload.", record_takes_the_object, OWN_LAYOUT},
-    {"`HVM_SetTypeAny` takes null for the object, and releases what the record holds then, too.", record_takes_no_object, OWN_LAYOUT},
+    {"`HVM_SetTypeAny` makes a record of tag 16 that owns the object in its payload.",
+     record_takes_the_object, OWN_LAYOUT},
+    {"`HVM_SetTypeAny` takes null for the object, and releases what the record holds then, too.",
+     record_takes_no_object, OWN_LAYOUT},
     {"`HVM_AnyCheck` is true for objects, and false for all other values.", objects_are_known, OWN_LAYOUT},
     {"`HVM_GetAny` returns the object of a record.", object_is_given, OWN_LAYOUT},
     {"Destroy is called once, with the content, when the object dies.", destroy_is_called_once, OWN_LAYOUT},

@@ -104,7 +104,8 @@ static void context_is_filled(void) {
 static const Promise promises[] = {
     {"A record has its payload at offset 1.", payload_is_in_place, DECIDES_LAYOUT},
     {"An operation that writes a record writes 18 bytes.", eighteen_bytes_are_written, OWN_LAYOUT},
-    {"A number that a module itself writes into a record is a number for all operations.", own_numbers_are_read, OWN_LAYOUT},
+    {"A number that a module itself writes into a record is a number for all operations.",
+     own_numbers_are_read, OWN_LAYOUT},
     {"The `frame`, `call_function` and `read_slot` of a context are not null.", context_is_filled, ANY_LAYOUT},
 };
 // clang-format on

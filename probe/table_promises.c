@@ -207,7 +207,8 @@ static const Promise promises[] = {
     {"A walk of `index` and `items` meets every entry once.", walk_meets_every_entry, OWN_LAYOUT},
     {"A slot is the value in its item, with the key 18 bytes before it.", key_is_before_its_value, OWN_LAYOUT},
     {"`HVM_NewHash` returns a table that a module stores in a record of tag 5.", new_tables_are_stored, OWN_LAYOUT},
-    {"A table owns what its slots hold, also a table that a module has stored there.", tables_own_their_entries, OWN_LAYOUT},
+    {"A table owns what its slots hold, also a table that a module has stored there.",
+     tables_own_their_entries, OWN_LAYOUT},
     {"`HVM_GetGlobalNilObj` always returns the same record, which holds nil.", global_nil_is_one_record, OWN_LAYOUT},
 };
 // clang-format on

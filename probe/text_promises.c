@@ -154,7 +154,8 @@ static const Promise promises[] = {
      length_decides_what_is_copied, OWN_LAYOUT},
     {"`HVM_SetConstStringEx` and `HVM_SetConstWStringEx` store `length` characters that outlive the record.",
      length_decides_what_is_referred_to, OWN_LAYOUT},
-    {"`HVM_Free` frees the payload of a temporary text whose `owned` is set.", text_is_freed_by_its_payload, OWN_LAYOUT},
+    {"`HVM_Free` frees the payload of a temporary text whose `owned` is set.",
+     text_is_freed_by_its_payload, OWN_LAYOUT},
     {"A setter releases what the record holds.", setters_release, OWN_LAYOUT},
 };
 // clang-format on

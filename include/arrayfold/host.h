@@ -376,7 +376,7 @@ HostAny* HVM_GetAny(HostValue* value);
 HostAny* HVM_NewAny(HostContext ctx, const char* type_name, int64_t zero_1, int64_t zero_2);
 /* Releases what `value` holds, and makes it own `any`, which may be null: the host decides what it then holds. */
 void HVM_SetTypeAny(HostContext ctx, HostValue* value, HostAny* any);
-/* A manager with `name` itself, no copy, as its first field. The host owns it. */
+/* A manager whose first field is `name`, or points to a copy of that text. The host owns the manager. */
 AnyMan* HVM_NewAnyMan(const char* name, CreateCallback create, DestroyCallback destroy, MethodCallback method,
                       OperatorCallback op, void* null);
 /* Makes the type known by its name. */

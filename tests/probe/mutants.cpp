@@ -68,6 +68,7 @@ AnyMan* HVM_NewAnyMan(const char* name, CreateCallback create, DestroyCallback d
   const auto own_destroy = is("destroy is not called") ? destroy_nothing : destroy;
   AnyMan* man = REAL(HVM_NewAnyMan)(name, own_create, own_destroy, method, op, null);
   if (is("name is copied")) man->name = strdup(name);
+  if (is("name is cut")) man->name = name + 1;
   return man;
 }
 
