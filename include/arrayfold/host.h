@@ -159,9 +159,10 @@ HOST_AT(HostFrame, copy_strings, 64);
 typedef struct HostContextRecord HostContextRecord;
 typedef HostContextRecord* HostContext;
 
-/* `callee` is the payload of a call node's link. Returns 0 if the call fails. `args` may be null if `nargs` is 0. */
+/* `callee` is the payload of a call node's link. Returns 0 if the call fails. `args` is null if `nargs` is 0. */
 typedef int (*HostCallFunction)(const void* callee, HostContext ctx, HostValue* args, int nargs, HostValue* result);
-/* The record of a variable: slot - frame->slot_base + code->frame_base. */
+/* Returns the record of a variable. `slot` is the slot of the node - frame->slot_base + code->frame_base; for a node of
+ * kind 86 it is the slot of the node, unchanged. */
 typedef HostValue* (*HostReadSlot)(HostContext ctx, int slot);
 
 /* The first argument of every call. It is opaque apart from these fields. */
@@ -368,7 +369,7 @@ typedef HostBool (*OperatorCallback)(HostContext ctx, int opcode, HostValue* lef
 
 /* Objects and their types. The caller owns what HVM_NewAny returns until HVM_SetTypeAny passes it to a record. */
 
-/* True for tag 16 alone. */
+/* True if HVM_GetAny can give an object, which only a record of tag 16 has. */
 HostBool HVM_AnyCheck(HostValue* value);
 /* The object of a record that passed HVM_AnyCheck; the record still owns it. */
 HostAny* HVM_GetAny(HostValue* value);
@@ -382,19 +383,22 @@ AnyMan* HVM_NewAnyMan(const char* name, CreateCallback create, DestroyCallback d
 /* Makes the type known by its name. */
 void HVM_RegisterAnyMan(const char* name, AnyMan* man);
 
-/* Numbers. A record of any kind may be read: what is no number gives a number that the host chooses. */
+/* Numbers. */
 
-/* True for every value that the next four convert. */
+/* True for every value that the next four convert. Takes a record of any kind. */
 HostBool HVM_NumberCheck(HostValue* value);
+/* Takes a record of any kind, too: for what is no number, the host chooses the result. */
 int HVM_AsInt(HostValue* value);
+/* These require that HVM_NumberCheck is true. */
 int64_t HVM_AsInt64(HostValue* value);
 double HVM_AsDouble(HostValue* value);
-/* False for zero. */
+/* The same. False for zero, true for other numbers. */
 HostBool HVM_AsBool(HostValue* value);
 
 /* Text. */
 
-/* The characters; the host owns them. Requires: HVM_StringCheckAll is true. */
+/* The characters of a text, with a terminator; the host owns them. Takes a record of any kind: for what is no text, the
+ * result is null or a text that the host chooses. */
 const char* HVM_AsString(HostValue* value);
 /* True for every form of text. */
 HostBool HVM_StringCheckAll(HostValue* value);
@@ -446,13 +450,13 @@ void HVM_FreeObjectContent(HostContext ctx, HostValue* value);
 /* A deep copy: tables and text are copied. The destination holds nil or a scalar. */
 void HVM_DupObject(HostContext ctx, HostValue* destination, HostValue* source, uint8_t one);
 
-/* Memory. Sizes have 64 bits. Null when out of memory. */
+/* Memory. Sizes have 64 bits. A null result means that there is no memory. */
 
 void* HVM_Malloc(int64_t size);
 void HVM_Free(void* pointer);
 /* Moves the content, as far as it fits. If there is no memory, the old block stays as it is. */
 void* HVM_Realloc2(void* pointer, int64_t new_size, int64_t old_size);
-/* The same, but if there is no memory, the old block is freed. */
+/* The same, but if there is no memory, the host decides about the old block. The reference host frees it. */
 void* HVM_ReallocNoLeak(void* pointer, int64_t new_size);
 
 /* Free what has lost its last reference. */
