@@ -445,7 +445,8 @@ HostValue* HVM_NewObjects(int64_t count);
 /* Free the records and what they hold. */
 void HVM_FreeObj(HostContext ctx, HostValue* object);
 void HVM_FreeObjs(HostContext ctx, HostValue* objects, int64_t count);
-/* Releases what a record holds; a slot of a table then holds nil with lifetime 1. */
+/* Releases what a record holds, and leaves lifetime 1 in a slot of a table. The host may leave the tag, because the
+ * caller overwrites the record. */
 void HVM_FreeObjectContent(HostContext ctx, HostValue* value);
 /* A deep copy: tables and text are copied. The destination holds nil or a scalar. */
 void HVM_DupObject(HostContext ctx, HostValue* destination, HostValue* source, uint8_t one);
