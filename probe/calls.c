@@ -1,6 +1,6 @@
 // probe/calls.c: arguments, operands and index lists as a module reads them
 //
-// A record that is no record, or an index list in another form, may end the process that reads it: a child does.
+// Wrong records and index lists may end the process that reads them, so a child reads them.
 
 #include "calls.h"
 

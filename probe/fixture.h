@@ -28,7 +28,7 @@ HostValue real(double x);
 // Three characters, not all of them ASCII.
 extern const HostWide wide_text[4];
 
-// ---- Types, and objects whose end is seen
+// ---- Types, and objects that record when they are destroyed
 
 typedef struct Content {
   int is_destroyed;
@@ -55,7 +55,7 @@ void expect_alive(const Content* content, const char* when);
 // ---- Values of the host
 
 void expect_tag(const char* operation, const HostValue* value, int tag);
-// Of a wide text that the host keeps as such the characters are compared, too.
+// If the record holds wide text, its characters are compared, too.
 void expect_text(const char* setter, HostValue* value, const char* expected);
 
 // A new table in a record.

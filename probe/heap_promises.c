@@ -110,7 +110,7 @@ const PromiseGroup heap_promises = {promises, COUNT(promises)};
 
 // ---- Memory
 
-// Of the size that no machine has, a host that uses the lower 32 bits gives a small block.
+// No machine has as much memory. A host that uses the lower 32 bits of the size gives a small block.
 static void memory_has_any_size(void) {
   const int64_t size = (INT64_C(1) << 46) + 64;
   char* small = HOST(HVM_Malloc)(1000);
@@ -118,7 +118,7 @@ static void memory_has_any_size(void) {
   memset(small, 1, 1000);
   HOST(HVM_Free)(small);
   char* large = HOST(HVM_Malloc)(size);
-  if (large != NULL) large[size - 1] = 1;  // ends the process unless the block is as large
+  if (large != NULL) large[size - 1] = 1;  // ends the process if the block is smaller
 }
 
 static void expect_kept(const char* operation, const char* block, int size) {

@@ -51,7 +51,7 @@ void enter(const char* operation, int exists) {
   snprintf(shared->outcome.operation, sizeof shared->outcome.operation, "%s", operation);
 }
 
-// The handlers of the host end with it here, no file of its memory is written, and a check that hangs is ended.
+// Signals end the child, without the handlers of the host and without a core file. An alarm ends a check that hangs.
 static _Noreturn void run_in_child(void (*check)(void)) {
   static const int signals[] = {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT, SIGALRM, SIGTRAP};
   for (size_t i = 0; i < sizeof signals / sizeof *signals; ++i) signal(signals[i], SIG_DFL);
@@ -65,7 +65,7 @@ static _Noreturn void run_in_child(void (*check)(void)) {
   _exit(0);
 }
 
-// What is said of a child that its check did not end.
+// The finding about a child that ended before its check did.
 static void describe_end(Outcome* outcome, int status) {
   const char* operation = *outcome->operation ? outcome->operation : "the first operation";
   char* text = outcome->finding;

@@ -12,7 +12,7 @@ typedef struct Outcome {
   char operation[40];  // the operation in or after which the process ended, empty if it did not
 } Outcome;
 
-// Runs `check` in a child of this process. It is kept if `check` returns.
+// Runs `check` in a child of this process. The promise is kept if `check` returns.
 Outcome run_isolated(void (*check)(void));
 
 // ---- For checks. Each of the two ends the process of the check.
@@ -20,5 +20,5 @@ Outcome run_isolated(void (*check)(void));
 _Noreturn void broken(const char* format, ...) __attribute__((format(printf, 1, 2)));
 _Noreturn void unchecked(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
-// Notes which operation comes next. Without it the promise cannot be checked.
+// Notes which operation comes next. If it does not exist, the check ends as unchecked.
 void enter(const char* operation, int exists);

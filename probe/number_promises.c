@@ -78,7 +78,7 @@ static void as_double_gives_every_double(void) {
 }
 
 static void as_bool_is_false_for_zero(void) {
-  HostValue zeros[] = {integer(0), integer64(0), real(0)};
+  HostValue zeros[] = {integer(0), integer64(0), real(0.0), real(-0.0)};
   HostValue numbers[] = {integer(1), integer(-1), integer(256), integer64(INT64_C(1) << 32), real(0.25), real(-1)};
   for (int i = 0; i < COUNT(zeros); ++i)
     if (HOST(HVM_AsBool)(&zeros[i])) broken("HVM_AsBool is true for the zero of tag %d", zeros[i].tag);

@@ -9,7 +9,7 @@
 typedef struct Promise {
   const char* sentence;  // as in docs/host-contract.md
   void (*check)(void);
-  enum { ANY_LAYOUT, OWN_LAYOUT, DECIDES_LAYOUT } layout;  // of records, that the check needs, or decides about
+  enum { ANY_LAYOUT, OWN_LAYOUT, DECIDES_LAYOUT } layout;  // of records: the check needs it, or not, or tests it
 } Promise;
 
 // Promises about one subject, in a file of their own.

@@ -26,7 +26,7 @@ static int offset_of(const Guarded* guarded, const void* bytes, size_t size) {
   return -1;
 }
 
-// One setter with another meaning does not make another layout: no number is where it should be.
+// The layout is another one only if no setter of numbers stores its number at offset 1.
 static void payload_is_in_place(void) {
   static const int64_t large = 0x1122334455667788;
   static const int32_t small = 0x12345678;

@@ -114,7 +114,8 @@ static void text_is_freed_by_its_payload(void) {
   set_texts(texts);
   for (int i = 0; i < TEXTS; ++i) {
     HostValue* value = &texts[i].value;
-    const int is_text = value->tag == HOST_TAG_STRING || value->tag == HOST_TAG_WIDE_STRING;
+    const int is_plain = value->tag == HOST_TAG_STRING || value->tag == HOST_TAG_WIDE_STRING;
+    const int is_text = is_plain || (value->tag == HOST_TAG_CONVERTED_STRING && value->pointer != NULL);
     if (is_text && value->lifetime == HOST_LIFETIME_TEMPORARY && value->owned != 0) HOST(HVM_Free)(value->pointer);
   }
   set_texts(texts);  // a heap that was damaged ends the process here or earlier

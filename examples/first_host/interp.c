@@ -1,4 +1,4 @@
-// first_host/interp.c: libHVMInterp.so. The functions cannot call themselves by these names.
+// first_host/interp.c: libHVMInterp.so. It calls erfl and lgammal, because here erf and lgamma are its own functions.
 
 #include <math.h>
 

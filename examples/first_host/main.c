@@ -2,7 +2,7 @@
 //
 //   gcc -shared -fPIC -o libHVMkrnl.so kernel.c rest.c
 //   gcc -shared -fPIC -o libHVMInterp.so interp.c -lm -Wl,--version-script=hvminterp.map
-//   gcc -o first_host main.c libHVMkrnl.so libHVMInterp.so -Wl,--no-as-needed,-rpath,'$ORIGIN'
+//   gcc -o first_host main.c -Wl,--no-as-needed,-rpath,'$ORIGIN' libHVMkrnl.so libHVMInterp.so
 
 #include <arrayfold/host.h>
 #include <dlfcn.h>
