@@ -8,14 +8,32 @@
 #include "operations.h"
 
 #include <dlfcn.h>
+#include <stdio.h>
 #include <string.h>
+
+#include "isolated.h"
 
 Operations operations;
 
 static const char interpreter_version[] = "HVMINTERP_1";
 
+// A file that is cut off may end the process that loads it, so a child opens the library first.
+static const char* tried;
+static void try_library(void) {
+  char step[40];
+  snprintf(step, sizeof step, "loading %s", tried);
+  enter(step, 1);
+  dlopen(tried, RTLD_LAZY | RTLD_LOCAL);
+}
+
 // The library stays open, as it does under a module.
 static void* opened(const char* name, const char** error) {
+  tried = name;
+  const Outcome outcome = run_isolated(try_library);
+  if (outcome.verdict == BROKEN) {
+    *error = strdup(outcome.finding);
+    return NULL;
+  }
   void* library = dlopen(name, RTLD_LAZY | RTLD_LOCAL);
   const char* reason = library != NULL ? NULL : dlerror();
   *error = reason != NULL ? strdup(reason) : NULL;

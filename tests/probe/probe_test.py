@@ -270,6 +270,22 @@ class Probe(unittest.TestCase):
                       summary.broken["libHVMkrnl.so and libHVMInterp.so are found by these names."])
         self.assertIn("the host lacks HVM_AnyCheck HVM_GetAny", summary.broken["The 44 operations exist."])
 
+    def test_library_that_is_cut_off_is_named(self):
+        shutil.copy(probe, self.folder)
+        whole = {name: (probe.parent / name).read_bytes() for name in ("libHVMkrnl.so", "libHVMInterp.so")}
+        for name in whole:
+            for share in (0, 0.01, 0.25, 0.5):
+                with self.subTest(name, share=share):
+                    for library, data in whole.items():
+                        size = int(len(data) * share) if library == name else len(data)
+                        (self.folder / library).write_bytes(data[:size])
+                    ended = subprocess.run([probe_host, self.folder / probe.name], capture_output=True, text=True,
+                                           env={**ENVIRONMENT, "LD_LIBRARY_PATH": str(self.folder)})
+                    # Without operations, the host takes no answer, and the summary goes to the standard error.
+                    self.assertEqual(ended.returncode, 4 if name == "libHVMkrnl.so" else 0, ended.stderr)
+                    summary = Summary(ended.stderr if ended.returncode == 4 else ended.stdout)
+                    self.assertIn(name, summary.broken["libHVMkrnl.so and libHVMInterp.so are found by these names."])
+
     def example_with(self, old, new):
         """A folder with a libHVMkrnl.so of the example's sources, one of whose records is changed."""
         source = project / "examples" / "embedding"
