@@ -187,8 +187,9 @@ TEST(Conformance, OfATruncatedModule_SaysSo) {
     const std::string cut = "hvm: the module " + path + " cannot be loaded: its ELF structure is cut off\n";
     EXPECT_EQ(outcome.err, outcome.status == 3 ? cut : "");
   }
-  const std::string half = place.write("half.so", whole.substr(0, whole.size() / 2));
-  EXPECT_EQ(run_conformance(half).status, 3);
+  // A tenth ends inside what is loaded, also where notes for debuggers are most of the file.
+  const std::string tenth = place.write("tenth.so", whole.substr(0, whole.size() / 10));
+  EXPECT_EQ(run_conformance(tenth, {"--filter", "calls/xsum/"}).status, 3);
 }
 
 TEST(Conformance, OfAnotherModule_SaysSoInOneSentence) {

@@ -274,7 +274,8 @@ class Probe(unittest.TestCase):
         shutil.copy(probe, self.folder)
         whole = {name: (probe.parent / name).read_bytes() for name in ("libHVMkrnl.so", "libHVMInterp.so")}
         for name in whole:
-            for share in (0, 0.01, 0.25, 0.5):
+            # Notes for debuggers may be more than half of a library, and are not loaded.
+            for share in (0, 0.01, 0.1, 0.25):
                 with self.subTest(name, share=share):
                     for library, data in whole.items():
                         size = int(len(data) * share) if library == name else len(data)
