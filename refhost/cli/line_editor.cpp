@@ -256,13 +256,15 @@ class LineEditor::Editor {
   bool goes_on() {
     if (errno == EAGAIN) return fcntl(STDIN_FILENO, F_SETFL, fcntl(STDIN_FILENO, F_GETFL) & ~O_NONBLOCK) == 0;
     if (errno != EINTR || (!is_resized && !is_continued)) return false;
-    if (is_resized) el_resize(line_);
-    if (is_continued) {
+    // Another signal may come while one is served.
+    while (is_resized || is_continued) {
+      const bool resized = is_resized, continued = is_continued;
+      is_resized = is_continued = 0;
+      if (resized) el_resize(line_);
+      if (!continued) continue;
       edit_again();
       el_wset(line_, EL_REFRESH);
     }
-    is_continued = 0;
-    is_resized = 0;
     return true;
   }
 
