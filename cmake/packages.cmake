@@ -36,6 +36,7 @@ The headers of the contract between a scripting host and the module arrayfold,
 which has N-dimensional numeric arrays, and the files by which CMake and
 pkg-config find them and the module.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS ON)  # of the probe
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "hvm-arrayfold (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
 
