@@ -7,6 +7,7 @@
 #include <histedit.h>
 #include <langinfo.h>
 #include <locale.h>
+#include <poll.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -244,7 +245,7 @@ class LineEditor::Editor {
       if (found == ByteReader::Found::no_text) editor.has_replacements_ = true;
       if (found != ByteReader::Found::nothing) return 1;
       char byte = 0;
-      const ssize_t count = ::read(STDIN_FILENO, &byte, 1);
+      const ssize_t count = await_input() ? ::read(STDIN_FILENO, &byte, 1) : -1;
       if (count == 1)
         editor.bytes_.add(byte);
       else if (count == 0 || !editor.goes_on())
@@ -252,16 +253,30 @@ class LineEditor::Editor {
     }
   }
 
+  /// Waits until there is something to read; false with an error in `errno`. The signals that `goes_on` serves come
+  /// only while it waits, so that none comes unseen just before.
+  static bool await_input() {
+    sigset_t served, before;
+    sigemptyset(&served);
+    sigaddset(&served, SIGWINCH);
+    sigaddset(&served, SIGCONT);
+    sigprocmask(SIG_BLOCK, &served, &before);
+    const bool has_signal = is_resized || is_continued;
+    pollfd waiting{STDIN_FILENO, POLLIN, 0};
+    const bool is_there = !has_signal && ppoll(&waiting, 1, nullptr, &before) > 0;
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+    if (has_signal) errno = EINTR;
+    return is_there;
+  }
+
   /// Whether reading can go on after the error in `errno`.
   bool goes_on() {
     if (errno == EAGAIN) return fcntl(STDIN_FILENO, F_SETFL, fcntl(STDIN_FILENO, F_GETFL) & ~O_NONBLOCK) == 0;
     if (errno != EINTR || (!is_resized && !is_continued)) return false;
-    // Another signal may come while one is served.
-    while (is_resized || is_continued) {
-      const bool resized = is_resized, continued = is_continued;
-      is_resized = is_continued = 0;
-      if (resized) el_resize(line_);
-      if (!continued) continue;
+    const bool resized = is_resized, continued = is_continued;
+    is_resized = is_continued = 0;
+    if (resized) el_resize(line_);
+    if (continued) {
       edit_again();
       el_wset(line_, EL_REFRESH);
     }

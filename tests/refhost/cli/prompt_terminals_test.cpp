@@ -74,7 +74,6 @@ TEST(Repl, StoppedTwice_GoesOnWithTheLine) {
   terminal.type("print(70");
   terminal.wait_for("print(70");
   for (int i = 0; i < 2; ++i) {
-    terminal.wait_until_it_reads();
     terminal.send(SIGSTOP);
     terminal.wait_until_it_stops();
     terminal.edit_lines_itself();  // as a shell leaves it
