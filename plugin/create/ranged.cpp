@@ -24,12 +24,13 @@ struct IntRange {
 };
 
 /// How many of start, start + step and so on come before stop, in wrapping 32-bit arithmetic.
-/// required: a step of 0 is the division fault; a count that wraps below zero ends in std::bad_alloc.
+/// required: a step of 0 is the division fault, and so is each division of the smallest integer by -1; a count that
+/// wraps below zero ends in std::bad_alloc.
 int range_length(const IntRange& range) {
   const auto [start, stop, step] = range;
   if (quotient_or_fault(stop - start, step) <= 0) return 0;
-  if (stop > start) return (stop - start + step - 1) / step;
-  return (start - stop - step - 1) / -step;
+  if (stop > start) return quotient_or_fault(stop - start + step - 1, step);
+  return quotient_or_fault(start - stop - step - 1, -step);
 }
 
 /// Reads one to three numbers. False when one of them is no number; all of them are checked first.

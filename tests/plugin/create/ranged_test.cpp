@@ -141,8 +141,18 @@ using RangedDeathTest = Ranged;
 TEST_F(RangedDeathTest, Required_XarangeWithStepZero_IsTheDivisionFault) {
   EXPECT_EXIT(call("xarange", {Value(0), Value(5), Value(0)}), ::testing::KilledBySignal(SIGFPE), "");
   EXPECT_EXIT(call("xarange", {Value(0), Value(5), Value(0.5)}), ::testing::KilledBySignal(SIGFPE), "");
-  // The smallest integer by -1 does not fit its quotient.
-  EXPECT_EXIT(call("xarange", {Value(INT_MIN), Value(0), Value(-1)}), ::testing::KilledBySignal(SIGFPE), "");
+}
+
+// The smallest integer by -1 does not fit its quotient.
+TEST_F(RangedDeathTest, Required_XarangeWithAWidthThatWrapsToTheSmallestInteger_IsTheDivisionFault) {
+  struct Triple {
+    int start, stop, step;
+  };
+  // Here the first division faults, and then the second one of a range upwards and of one downwards.
+  for (const auto& [start, stop, step] :
+       {Triple{INT_MIN, 0, -1}, Triple{-1073741825, 1073741825, -1}, Triple{1073741825, -1073741825, 1}})
+    EXPECT_EXIT(call("xarange", {Value(start), Value(stop), Value(step)}), ::testing::KilledBySignal(SIGFPE), "")
+        << start << ' ' << stop;
 }
 
 // ---- xlinspace
