@@ -35,6 +35,10 @@ EPILOG = """\
 Exit status: 0 when no row is too slow; 1 when a row is, or when a case fails in the new module only; 2 when the
 comparison itself fails."""
 
+# The host's own functions and the bare work behind some cases, in which the module has no part. They are compared only
+# if the filter names them.
+SAME_FAMILIES = ("host", "limits")
+
 
 class CaseFailed(Exception):
     """The program answered a request with an error."""
@@ -182,9 +186,9 @@ def without_largest(cases):
 
 def chosen_cases(program, chosen):
     names = subprocess.run([program, "--benchmark_list_tests"], stdout=subprocess.PIPE, text=True, check=True).stdout
-    # The host is the same in both builds, so its own functions are compared only if the filter names them.
+    is_named = chosen.filter.startswith(SAME_FAMILIES)
     cases = [case for case in names.split()
-             if chosen.filter in case and (chosen.filter.startswith("host") or not case.startswith("host/"))]
+             if chosen.filter in case and (is_named or case.partition("/")[0] not in SAME_FAMILIES)]
     cases = without_largest(cases) if chosen.quick else cases
     if not cases:
         raise RuntimeError(f"no case has {chosen.filter} in its name")

@@ -247,6 +247,14 @@ class Choices(unittest.TestCase):
         cases = ["a/one/10", "a/one/1000", "a/one/100000", "a/only/10", "b/one/4", "b/one/1024"]
         self.assertEqual(builds.without_largest(cases), ["a/one/10", "a/one/1000", "a/only/10", "b/one/4"])
 
+    def test_families_without_the_module_are_left_out_unless_the_filter_names_one(self):
+        names = mock.Mock(stdout="calls/shape/10\nhost/add/10\nlimits/read/10\n")
+        for text, cases in (("", ["calls/shape/10"]), ("/10", ["calls/shape/10"]), ("host", ["host/add/10"]),
+                            ("limits/read", ["limits/read/10"])):
+            with mock.patch.object(builds.subprocess, "run", return_value=names):
+                chosen = builds.chosen_cases("program", mock.Mock(filter=text, quick=False))
+            self.assertEqual(chosen, cases, text)
+
     def test_a_folder_without_a_module_is_an_error(self):
         with self.assertRaises(RuntimeError):
             builds.module_of("/nonexistent")
