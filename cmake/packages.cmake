@@ -1,5 +1,5 @@
 # Debian's packages of what is installed, by cpack: hvm-arrayfold, which runs scripts, and hvm-arrayfold-dev, whose
-# headers and build files serve authors of hosts alone. The preset `package` makes a build for them.
+# headers, build files and probe serve authors of hosts alone. The preset `package` makes a build for them.
 
 set(CPACK_PACKAGE_NAME arrayfold)
 set(CPACK_PACKAGE_VENDOR arrayfold)
@@ -31,10 +31,11 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS gnuplot-nox)  # draws the pictures o
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME hvm-arrayfold-dev)
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
-"headers for hosts of the module arrayfold
+"headers and a probe for hosts of the module arrayfold
 The headers of the contract between a scripting host and the module arrayfold,
-which has N-dimensional numeric arrays, and the files by which CMake and
-pkg-config find them and the module.")
+which has N-dimensional numeric arrays; the files by which CMake and pkg-config
+find them and the module; and a probe, a module that tells which promises of
+the contract a host keeps.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS ON)  # of the probe
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
