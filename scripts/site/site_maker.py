@@ -183,8 +183,8 @@ def navigation_of(site):
     ]
     named = json.dumps(parts)
     rest = [str(path.relative_to(site.project)) for path in sorted((site.project / "docs").rglob("*.md"))]
-    rest += ["bench/README.md", "plugin/README.md", "refhost/README.md", "tests/README.md", "CONTRIBUTING.md",
-             "CHANGELOG.md", "LICENSE"]
+    rest += ["SECURITY.md", "bench/README.md", "plugin/README.md", "refhost/README.md", "tests/README.md",
+             "CONTRIBUTING.md", "CHANGELOG.md", "LICENSE"]
     parts.append({"Hosts and module": shown(path for path in rest if f'"{path}"' not in named)})
     return parts
 

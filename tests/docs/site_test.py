@@ -3,14 +3,17 @@
 #
 # Usage: site_test.py PROJECT_DIRECTORY
 
+import json
 import pathlib
 import sys
 import tempfile
 import unittest
 
 import site_check
+from pages import reached_from_readme
 
-sys.path.insert(0, str(pathlib.Path(sys.argv.pop(1)) / "scripts/site"))
+PROJECT = pathlib.Path(sys.argv.pop(1)).resolve()
+sys.path.insert(0, str(PROJECT / "scripts/site"))
 import site_maker  # noqa: E402
 
 
@@ -66,6 +69,12 @@ class Making(Folder):
         index = "# Index\n[z](z.md)\n## One\n[y](y.md)\n| [a](a.md), [b](b.md) | x |\n"
         index += "## Two\ntext\n## Three\n| [c](c.md) |\n"
         self.assertEqual(list(site_maker.families_of(index)), [("One", ["a.md", "b.md"]), ("Three", ["c.md"])])
+
+    def test_every_page_that_links_lead_to_is_in_the_navigation_except_results_of_benchmarks(self):
+        navigation = json.dumps(site_maker.navigation_of(site_maker.Site(PROJECT, self.root)))
+        reached = {str(page.relative_to(PROJECT)) for page in reached_from_readme(PROJECT)}
+        self.assertEqual([page for page in sorted(reached)
+                          if f'"{page}"' not in navigation and not page.startswith("bench/results/")], [])
 
     def test_a_search_finds_names_without_their_x_and_no_code_of_files(self):
         self.write("project/one.hvm", "print(1)\n")
