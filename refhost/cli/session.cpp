@@ -17,6 +17,7 @@
 #include "cli/names.hpp"
 #include "cli/private_file.hpp"
 #include "script/data/data_error.hpp"
+#include "script/data/descriptor.hpp"
 #include "script/data/output_file.hpp"
 
 namespace hvm {

@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstddef>
+#include <string_view>
 
 namespace hvm {
 
@@ -40,6 +42,16 @@ auto uninterrupted(Call call) noexcept {
   auto result = call();
   while (result < 0 && errno == EINTR) result = call();
   return result;
+}
+
+/// Writes a text to an open file. Returns false, with an error in `errno`, when a part of it is not written.
+inline bool write_all(int file, std::string_view text) noexcept {
+  while (!text.empty()) {
+    const ssize_t count = uninterrupted([&] { return ::write(file, text.data(), text.size()); });
+    if (count < 0) return false;
+    text.remove_prefix(static_cast<std::size_t>(count));
+  }
+  return true;
 }
 
 }  // namespace hvm

@@ -136,11 +136,7 @@ void Trace::open(const std::string& path) {
 
 void Trace::write(std::string_view line) {
   if (take_) return take_(line);
-  while (!line.empty() && !is_lost_) {
-    const ssize_t count = uninterrupted([&] { return ::write(file_.number(), line.data(), line.size()); });
-    if (count < 0) return lose(system_cause(errno));
-    line.remove_prefix(static_cast<std::size_t>(count));
-  }
+  if (!is_lost_ && !write_all(file_.number(), line)) lose(system_cause(errno));
 }
 
 void Trace::lose(std::string cause) noexcept {

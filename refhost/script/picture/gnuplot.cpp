@@ -35,14 +35,6 @@ Descriptor nameless_file(const char* purpose) {
   return Descriptor(number);
 }
 
-void write_whole(const Descriptor& file, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = uninterrupted([&] { return write(file.number(), text.data(), text.size()); });
-    if (written < 0) fail_by_system("no room for a picture");
-    text.remove_prefix(static_cast<std::size_t>(written));
-  }
-}
-
 std::string read_whole(const Descriptor& file) {
   std::string text;
   std::vector<char> part(std::size_t{1} << 16);
@@ -131,8 +123,8 @@ std::string complaint_in(const std::string& errors) {
 
 std::string output_of_gnuplot(const std::string& commands) {
   const Descriptor input = nameless_file("commands");
-  write_whole(input, commands);
-  if (lseek(input.number(), 0, SEEK_SET) < 0) fail_by_system("no room for a picture");
+  const bool is_written = write_all(input.number(), commands);
+  if (!is_written || lseek(input.number(), 0, SEEK_SET) < 0) fail_by_system("no room for a picture");
   const Descriptor errors = nameless_file("errors");
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) fail_by_system("no pipe to gnuplot");
