@@ -16,6 +16,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 #include <system_error>
 
 #include "cli/process_end.hpp"
@@ -70,6 +71,14 @@ void redirect(int output, int errors) {
 
 }  // namespace
 
+void TestProcess::Unmap::operator()(Answer* answer) const noexcept { munmap(answer, sizeof(Answer)); }
+
+TestProcess::Answer* TestProcess::shared_answer() {
+  void* const memory = mmap(nullptr, sizeof(Answer), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  if (memory == MAP_FAILED) fail("memory for the answer of a test");
+  return new (memory) Answer(Answer::none);
+}
+
 TestProcess::TestProcess(const std::function<bool()>& passes, double time_limit) {
   output_.take(nameless_file());
   errors_.take(nameless_file());
@@ -81,7 +90,8 @@ TestProcess::TestProcess(const std::function<bool()>& passes, double time_limit)
   end_with(parent);
   redirect(output_.number(), errors_.number());
   start_clock(time_limit);
-  end_process(passes() ? EXIT_SUCCESS : EXIT_FAILURE);
+  *answer_ = passes() ? Answer::passes : Answer::fails;
+  end_process(*answer_ == Answer::passes ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
 void TestProcess::end(int wait_status) {
@@ -90,8 +100,9 @@ void TestProcess::end(int wait_status) {
   if (WIFSIGNALED(wait_status)) {
     end_.kind = TestEnd::Kind::ended_by_signal;
     end_.signal = WTERMSIG(wait_status);
-  } else if (WIFEXITED(wait_status) && WEXITSTATUS(wait_status) == EXIT_SUCCESS) {
-    end_.kind = TestEnd::Kind::passed;
+  } else if (*answer_ != Answer::none) {
+    const bool is_good = *answer_ == Answer::passes && WEXITSTATUS(wait_status) == EXIT_SUCCESS;
+    end_.kind = is_good ? TestEnd::Kind::passed : TestEnd::Kind::failed;
   }
   // Scripts that wait for their turn to be reported hold no files, unless they have written something.
   if (is_empty(output_)) output_.close();

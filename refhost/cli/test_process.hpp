@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <string_view>
 
 #include "script/data/descriptor.hpp"
@@ -14,8 +15,8 @@ namespace hvm {
 
 /// How a test has ended.
 struct TestEnd {
-  enum class Kind { passed, failed, ended_by_signal };
-  Kind kind = Kind::failed;
+  enum class Kind { passed, failed, ended_by_signal, ended_early };  // early: a module has ended the process
+  Kind kind = Kind::ended_early;
   int signal = 0;
   double seconds = 0;
 };
@@ -42,8 +43,16 @@ class TestProcess {
   void read_errors(const std::function<void(std::string_view)>& take) const { read(errors_, take); }
 
  private:
+  /// What both processes see: the answer of `passes`, once there is one. A module may end the process with any status.
+  enum class Answer { none, passes, fails };
+  struct Unmap {
+    void operator()(Answer* answer) const noexcept;
+  };
+
+  static Answer* shared_answer();
   static void read(const Descriptor& file, const std::function<void(std::string_view)>& take);
 
+  std::unique_ptr<Answer, Unmap> answer_{shared_answer()};
   Descriptor output_{-1};
   Descriptor errors_{-1};
   Clock::time_point start_ = Clock::now();

@@ -85,9 +85,9 @@ class TestRunner {
     if (end.kind == TestEnd::Kind::failed) {
       test.kind = ReportedTest::Kind::failed;
       test.message = first_line(test.output.empty() ? test.errors : test.output);
-    } else if (end.kind == TestEnd::Kind::ended_by_signal) {
+    } else if (!passed) {
       test.kind = ReportedTest::Kind::broken;
-      test.message = cause_of_end(end.signal);
+      test.message = cause_of_end(end);
       put(fmt::format("{}: {}\n", test.path, test.message));
     }
     if (options_.is_verbose)
@@ -101,9 +101,10 @@ class TestRunner {
 
   static std::string first_line(const std::string& text) { return text.substr(0, text.find('\n')); }
 
-  std::string cause_of_end(int signal) const {
-    if (signal == SIGALRM) return fmt::format("took longer than {} s", options_.time_limit);
-    return fmt::format("ended by signal {}", signal);
+  std::string cause_of_end(const TestEnd& end) const {
+    if (end.kind == TestEnd::Kind::ended_early) return "the module ended the process";
+    if (end.signal == SIGALRM) return fmt::format("took longer than {} s", options_.time_limit);
+    return fmt::format("ended by signal {}", end.signal);
   }
 
   void report_all() {

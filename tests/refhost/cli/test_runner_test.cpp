@@ -49,6 +49,15 @@ TEST(TestRunner, AScriptThatEndsTheProcess_FailsAlone) {
   EXPECT_EQ(outcome.status, 1);
 }
 
+TEST(TestRunner, AScriptWhoseModuleEndsTheProcessWithAGoodStatus_Fails) {
+  const Workplace place;
+  const std::string fatal = place.write("a.hvm", "print(1) # expect: 1\ntoy_end(\"exit\")\nprint(2) # expect: 3");
+  place.write("b.hvm", "print(1) # expect: 1\nexit(0)");
+  const Outcome outcome = run_tests({"--test", place.path()});
+  EXPECT_EQ(outcome.out, fatal + ": the module ended the process\n1 passed, 1 failed\n");
+  EXPECT_EQ(outcome.status, 1);
+}
+
 TEST(TestRunner, WhatAScriptLeavesInTheModule_IsNotThereForTheNext) {
   const Workplace place;
   place.write("a.hvm", "toy_leak()");

@@ -262,6 +262,7 @@ int toy_end(HostContext, HostValue* args, int nargs, HostValue*) {
   if (how == "bus") raise(SIGBUS);
   if (how == "ill") raise(SIGILL);
   if (how == "abort") std::abort();
+  if (how == "exit") std::exit(EXIT_SUCCESS);
   if (how == "terminate") std::terminate();
   if (how == "throw") throw_where_none_may_pass();
   if (how == "overflow") return overflowed(0);

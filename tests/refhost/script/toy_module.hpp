@@ -9,7 +9,8 @@
 //   toy_count(args...)          how many arguments came
 //   toy_second(a, b)            its second argument
 //   toy_throw("runtime", words) throws; also "own", "number"
-//   toy_end("fpe")              ends the process; also "segv", "bus", "ill", "abort", "terminate", "throw", "overflow"
+//   toy_end("fpe")              ends the process; also "segv", "bus", "ill", "abort", "exit", "terminate", "throw",
+//                               "overflow"
 //   toy_end_with(a)             ends the process when the array dies
 //   toy_serve_elements(flag)    whether element opcodes work, or return false
 //   toy_set(a, i, x)            writes an element past the host
