@@ -140,6 +140,32 @@ TEST(ModuleWithMistake, HasItsScriptsNamed) {
               HasSubstr("\nwhat differs:\n  xsum             scripts/reduce/xsum.hvm\n9 of 10 scripts pass, in "));
 }
 
+TEST(ModuleWithMistake, InTheOrderOfItsFunctions_DoesNotConform) {
+  const Workplace place;
+  const Outcome outcome = run_conformance(mutant(place, "functions_are_swapped"), {"--filter", "calls/xsum/1"});
+  EXPECT_EQ(outcome.status, 1) << outcome.err;
+  EXPECT_EQ(outcome.out.rfind("function 1 that the module registers is xrand; the table has xarray\n", 0), 0u)
+      << outcome.out;
+  EXPECT_THAT(outcome.out, HasSubstr("\nwhat matches the filter does not conform to version "));
+}
+
+TEST(ModuleWithMistake, InWhatPreparesACall_LeavesTheCallUnjudged) {
+  const Workplace place;
+  const auto expect_unjudged = [&](const char* name, const char* call, const std::string& reason) {
+    const Outcome outcome = run_conformance(
+        mutant(place, name), {"--filter", call, "--time-limit", "2", "--json", place.path() + "/report.json"});
+    EXPECT_EQ(outcome.status, 1) << outcome.err;
+    EXPECT_THAT(outcome.out, HasSubstr("\n  " + reason + "\n1 are not judged, since what prepares them differs, "));
+    EXPECT_THAT(outcome.out, Not(HasSubstr("what differs")));
+    const Json report = json_in(place.path() + "/report.json");
+    EXPECT_THAT(report["broken"], IsEmpty());
+    EXPECT_EQ(report["tests"].at(0)["judged"], false);
+    EXPECT_EQ(report["tests"].at(0)["differences"], Json({reason}));
+  };
+  expect_unjudged("writing_is_lost", "calls/xeig/12", "what prepares it gives other values");
+  expect_unjudged("trace_never_returns", "calls/xnorm/13", "what prepares it takes too long: a = xtrace(xeye(2))");
+}
+
 TEST(Conformance, ShowsThreeTestsOfAFunctionAndAllWithV) {
   const Workplace place;
   const std::string module = mutant(place, "mean_gives_nothing");
