@@ -151,7 +151,7 @@ class Writer {
       throw CallsError(fmt::format("{} does not come to the module: {}", call, outcome.dump()));
     }
     row.id = subject_of(row);
-    if (!is_known(row.made)) table_.rows.push_back(std::move(row));
+    if (!known(row.made)) table_.rows.push_back(std::move(row));
   }
 
   /// The call is not made here: it ends the process.
@@ -166,10 +166,12 @@ class Writer {
     documented_.insert(subject + ": " + when);
   }
 
-  bool is_known(const PreparedCall& made) const {
-    return std::any_of(table_.rows.begin(), table_.rows.end(), [&](const CallRow& row) {
+  /// The row of a call; null when there is none.
+  CallRow* known(const PreparedCall& made) {
+    const auto found = std::find_if(table_.rows.begin(), table_.rows.end(), [&](const CallRow& row) {
       return row.made.call == made.call && row.made.preparation == made.preparation;
     });
+    return found == table_.rows.end() ? nullptr : &*found;
   }
 
   // ---- Documented failures
@@ -180,7 +182,7 @@ class Writer {
       return leave_out(document, "memory cannot be made to miss from outside of the module");
     if (failure.outcome == Outcome::refused) return leave_out(document, "hvm does not make such a call");
     if (failure.outcome == Outcome::ends && documented_.count(document) != 0) return;
-    std::optional<CallRow> known;
+    CallRow* first = nullptr;  // of those that fit and are in the table already
     for (const FailureCall& call : calls_for(entry, failure)) {
       CallRow row;
       row.made = {call.preparation == "\n" ? "" : call.preparation, call.call};
@@ -190,13 +192,12 @@ class Writer {
       if (!shows(row.record, failure)) continue;
       row.id = subject_of(row);
       row.documents = {document};
-      if (!is_known(row.made)) return table_.rows.push_back(std::move(row));
-      if (!known) known = row;
+      CallRow* const old = known(row.made);
+      if (!old) return table_.rows.push_back(std::move(row));
+      if (!first) first = old;
     }
-    if (!known) return leave_out(document, "no call is known that brings it about");
-    for (CallRow& row : table_.rows)
-      if (row.made.call == known->made.call && row.made.preparation == known->made.preparation)
-        row.documents.push_back(document);
+    if (!first) return leave_out(document, "no call is known that brings it about");
+    first->documents.push_back(document);
   }
 
   /// Operators also get arrays of ints: those of doubles have no remainder.
