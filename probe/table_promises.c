@@ -152,10 +152,15 @@ static void key_is_before_its_value(void) {
   }
 }
 
-static void new_tables_are_stored(void) {
-  HostValue value = nil();
+static HostHash* new_table(void) {
   HostHash* table = HOST(HVM_NewHash)(context, 4);
   if (table == NULL) broken("HVM_NewHash returned null");
+  return table;
+}
+
+static void new_tables_are_stored(void) {
+  HostValue value = nil();
+  HostHash* table = new_table();
   value.tag = HOST_TAG_TABLE;
   value.table = table;
   HostValue* slot = slot_of(table, 0);
@@ -170,8 +175,7 @@ static void tables_own_their_entries(void) {
   HostHash* table = table_in(&value);
   const Content* in_order = put_object(slot_of(table, 0));
   const Content* elsewhere = put_object(slot_of(table, 77));
-  HostHash* inner = HOST(HVM_NewHash)(context, 4);
-  if (inner == NULL) broken("HVM_NewHash returned null");
+  HostHash* inner = new_table();
   HostValue* slot = slot_of(table, 1);
   slot->tag = HOST_TAG_TABLE;
   slot->table = inner;
@@ -181,6 +185,16 @@ static void tables_own_their_entries(void) {
   expect_destroyed(in_order, "with its table");
   expect_destroyed(elsewhere, "with its table");
   expect_destroyed(nested, "with the table around its table");
+}
+
+static void new_tables_are_freed(void) {
+  HOST(HVM_GCFreeTable)(new_table());  // without an entry
+  HostHash* table = new_table();
+  const Content* in_order = put_object(slot_of(table, 0));
+  const Content* elsewhere = put_object(slot_of(table, 77));
+  HOST(HVM_GCFreeTable)(table);
+  expect_destroyed(in_order, "by HVM_GCFreeTable");
+  expect_destroyed(elsewhere, "by HVM_GCFreeTable");
 }
 
 static void global_nil_is_one_record(void) {
@@ -209,6 +223,8 @@ static const Promise promises[] = {
     {"`HVM_NewHash` returns a table that a module stores in a record of tag 5.", new_tables_are_stored, OWN_LAYOUT},
     {"A table owns what its slots hold, also a table that a module has stored there.",
      tables_own_their_entries, OWN_LAYOUT},
+    {"`HVM_GCFreeTable` frees a new table that no record holds, and what its slots hold.",
+     new_tables_are_freed, OWN_LAYOUT},
     {"`HVM_GetGlobalNilObj` always returns the same record, which holds nil.", global_nil_is_one_record, OWN_LAYOUT},
 };
 // clang-format on

@@ -460,8 +460,9 @@ void* HVM_Realloc2(void* pointer, int64_t new_size, int64_t old_size);
 /* The same, but if there is no memory, the host decides about the old block. The reference host frees it. */
 void* HVM_ReallocNoLeak(void* pointer, int64_t new_size);
 
-/* Free what has lost its last reference. */
+/* Frees a new table that no record holds, and what its slots hold. */
 void HVM_GCFreeTable(HostHash* hash);
+/* Free what has lost its last reference. No operation makes a matrix or a stream. */
 void HVM_FreeMatrix(void* matrix);
 void HVM_DelStrm(void* stream);
 

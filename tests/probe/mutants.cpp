@@ -166,6 +166,10 @@ void HVM_HashGetBounds(HostHash* hash, int* low, int* high) {
   if (is("bound is the count")) *high += 1;
 }
 
+void HVM_GCFreeTable(HostHash* hash) {
+  if (!is("new table is not freed")) REAL(HVM_GCFreeTable)(hash);
+}
+
 HostValue* HVM_NewObjects(int64_t count) {
   HostValue* records = REAL(HVM_NewObjects)(count);
   if (is("new records hold zero"))
