@@ -35,6 +35,9 @@ Function* real(const char* name) {
 void* make_no_content() { return nullptr; }
 void destroy_nothing(HostContext, void*) {}
 
+DestroyCallback destroy_of_probe;
+void destroy_twice(HostContext ctx, void* content) { destroy_of_probe(ctx, content), destroy_of_probe(ctx, content); }
+
 // Not what the sanitizers look for: the next byte may be outside of all objects.
 __attribute__((no_sanitize("address", "undefined"))) void write_behind(HostValue* value) {
   *(reinterpret_cast<volatile std::uint8_t*>(value) + sizeof(HostValue)) = 0;
@@ -50,14 +53,17 @@ HostBool HVM_AnyCheck(HostValue* value) {
 
 HostAny* HVM_NewAny(HostContext ctx, const char* type_name, int64_t zero_1, int64_t zero_2) {
   HostAny* any = REAL(HVM_NewAny)(ctx, type_name, zero_1, zero_2);
-  if (!any && is("unknown type has objects") && std::strcmp(type_name, "$probebarren") != 0)
+  const bool is_barren = std::strcmp(type_name, "$probebarren") == 0;
+  if (!any && (is_barren ? is("object needs no content") : is("unknown type has objects")))
     return REAL(HVM_NewAny)(ctx, "$probe", zero_1, zero_2);
   return any;
 }
 
+HostAny* HVM_GetAny(HostValue* value) { return is("object is not given") ? nullptr : REAL(HVM_GetAny)(value); }
+
 void HVM_SetTypeAny(HostContext ctx, HostValue* value, HostAny* any) {
   if (is("null object crashes") && reinterpret_cast<volatile HostAny*>(any)->state == 1) return;
-  REAL(HVM_SetTypeAny)(ctx, value, any);
+  REAL(HVM_SetTypeAny)(ctx, value, is("record takes no object") ? nullptr : any);
 }
 
 AnyMan* HVM_NewAnyMan(const char* name, CreateCallback create, DestroyCallback destroy, MethodCallback method,
@@ -65,7 +71,11 @@ AnyMan* HVM_NewAnyMan(const char* name, CreateCallback create, DestroyCallback d
   if (is("types cannot be made")) return nullptr;
   if (is("types crash")) std::raise(SIGSEGV);
   const auto own_create = is("create is not called") ? make_no_content : create;
-  const auto own_destroy = is("destroy is not called") ? destroy_nothing : destroy;
+  auto own_destroy = is("destroy is not called") ? destroy_nothing : destroy;
+  if (is("destroy is called twice") && std::strcmp(name, "$probe") == 0) {
+    destroy_of_probe = destroy;
+    own_destroy = destroy_twice;
+  }
   AnyMan* man = REAL(HVM_NewAnyMan)(name, own_create, own_destroy, method, op, null);
   if (is("name is copied")) man->name = strdup(name);
   if (is("name is cut")) man->name = name + 1;
@@ -112,7 +122,7 @@ int HVM_StringLen(HostValue* value) {
 
 void HVM_SetInt(HostContext ctx, HostValue* value, int x) {
   if (is("setter does not release")) *value = HostValue{};
-  REAL(HVM_SetInt)(ctx, value, x);
+  REAL(HVM_SetInt)(ctx, value, is("integer has 16 bits") ? static_cast<std::int16_t>(x) : x);
 }
 
 void HVM_SetInt64(HostContext ctx, HostValue* value, int64_t x) {
@@ -143,6 +153,12 @@ void HVM_SetConstWStringEx(HostContext null, HostValue* value, const HostWide* t
   REAL(HVM_SetConstWStringEx)(null, value, text, length);
 }
 
+void HVM_ForceTable(HostContext ctx, HostValue* value, int capacity) {
+  REAL(HVM_ForceTable)(ctx, value, capacity);
+  if (is("capacity of zero makes no table") && capacity == 0) REAL(HVM_FreeObjectContent)(ctx, value);
+  if (is("table has another tag")) value->tag = HOST_TAG_MATRIX;
+}
+
 HostHash* HVM_NewHash(HostContext ctx, int capacity) {
   return is("capacity is a limit") && capacity == 4 ? nullptr : REAL(HVM_NewHash)(ctx, capacity);
 }
@@ -151,6 +167,17 @@ HostValue* HVM_HashSetInt(HostContext ctx, HostHash* hash, int key) {
   HostValue* slot = REAL(HVM_HashSetInt)(ctx, hash, key);
   if (is("new slot has lifetime 0") && slot->tag == HOST_TAG_NIL) slot->lifetime = HOST_LIFETIME_NONE;
   return slot;
+}
+
+HostValue* HVM_HashSet(HostContext ctx, HostHash* hash, HostValue* key) {
+  if (is("key in a record is another one") && key->tag == HOST_TAG_INTEGER)
+    return REAL(HVM_HashSetInt)(ctx, hash, key->integer ^ 1);
+  return REAL(HVM_HashSet)(ctx, hash, key);
+}
+
+HostValue* HVM_HashGet(HostContext null, HostHash* hash, HostValue* key) {
+  if (is("text is not found") && key->tag == HOST_TAG_STRING) return nullptr;
+  return REAL(HVM_HashGet)(null, hash, key);
 }
 
 HostValue* HVM_HashGetInt(HostHash* hash, int key) {
@@ -170,6 +197,12 @@ void HVM_GCFreeTable(HostHash* hash) {
   if (!is("new table is not freed")) REAL(HVM_GCFreeTable)(hash);
 }
 
+HostValue* HVM_GetGlobalNilObj() {
+  HostValue* nil = REAL(HVM_GetGlobalNilObj)();
+  if (is("global nil holds zero")) nil->tag = HOST_TAG_INTEGER;
+  return nil;
+}
+
 HostValue* HVM_NewObjects(int64_t count) {
   HostValue* records = REAL(HVM_NewObjects)(count);
   if (is("new records hold zero"))
@@ -183,6 +216,7 @@ void HVM_FreeObj(HostContext ctx, HostValue* object) {
 }
 
 void HVM_FreeObjectContent(HostContext ctx, HostValue* value) {
+  if (is("number cannot be released") && value->tag == HOST_TAG_REAL) std::abort();
   REAL(HVM_FreeObjectContent)(ctx, value);
   if (is("released slot has lifetime 0")) value->lifetime = HOST_LIFETIME_NONE;
 }
@@ -203,6 +237,12 @@ void* HVM_Realloc2(void* pointer, int64_t new_size, int64_t old_size) {
   REAL(HVM_Free)(pointer);
   void* block = REAL(HVM_Malloc)(new_size);
   return block ? std::memset(block, 0xEE, static_cast<std::size_t>(new_size)) : nullptr;
+}
+
+void* HVM_ReallocNoLeak(void* pointer, int64_t new_size) {
+  void* block = REAL(HVM_ReallocNoLeak)(pointer, new_size);
+  if (is("content is changed") && block) *static_cast<char*>(block) ^= 1;
+  return block;
 }
 
 }  // extern "C"

@@ -1,9 +1,9 @@
 // probe/probe_host.c: loads the probe over whatever host libraries the loader finds, and prints its summary
 //
-// Usage: probe_host PROBE [OFFSET [wrong]]
+// Usage: probe_host PROBE [OFFSET [wrong | bare]]
 //
 // It calls no operation of the host. OFFSET is where the host has the payload of a record, otherwise 1. With `wrong` it
-// then calls a function with text that leads nowhere.
+// then calls a function with text that leads nowhere; with `bare` its context has no frame.
 
 #include <arrayfold/host.h>
 #include <dlfcn.h>
@@ -49,9 +49,10 @@ int main(int argc, char** argv) {
 
   HostFrame frame = {.slot_base = 0};
   HostContextRecord context = {.frame = &frame, .call_function = call, .read_slot = read_slot};
+  if (argc >= 4 && strcmp(argv[3], "bare") == 0) context.frame = NULL;
   const int offset = argc >= 3 ? atoi(argv[2]) : 1;
   int status = show(&context, "probe_summary", NULL, 0, offset);
-  if (argc >= 4 && status == 0) {
+  if (argc >= 4 && strcmp(argv[3], "wrong") == 0 && status == 0) {
     HostValue wrong = {.tag = HOST_TAG_STRING, .pointer = (void*)8};
     status = show(&context, "probe_call", &wrong, 1, offset);
   }
