@@ -162,12 +162,19 @@ void check_reshape(const ModuleCaller& caller, Value& self, std::vector<Value>& 
 
 void check_range(std::vector<Value>& arguments) {
   if (arguments.size() < 3 || !are_numbers(arguments)) return;
-  const auto number = [&](std::size_t i) { return HVM_AsInt(arguments[i].address()); };
-  if (number(2) == 0) throw Failure("xarange: the step is zero as an integer");
-  const auto length =
-      static_cast<std::int32_t>(static_cast<std::uint32_t>(number(1)) - static_cast<std::uint32_t>(number(0)));
-  if (number(2) == -1 && length == std::numeric_limits<std::int32_t>::min())
-    throw Failure("xarange: the range from argument 1 to argument 2 has more than 2147483647 elements");
+  const auto number = [&](std::size_t i) { return std::int64_t{HVM_AsInt(arguments[i].address())}; };
+  const std::int64_t start = number(0), stop = number(1), step = number(2);
+  if (step == 0) throw Failure("xarange: the step is zero as an integer");
+  // The module divides the distance by the step, and then what it counts up to, both wrapped to 32 bits.
+  const auto wrapped = [](std::int64_t x) { return std::int64_t{static_cast<std::int32_t>(x)}; };
+  const auto has_no_quotient = [&](std::int64_t dividend, std::int64_t divisor) {
+    return wrapped(dividend) == std::numeric_limits<std::int32_t>::min() && divisor == -1;
+  };
+  const bool counts = wrapped(stop - start) / step > 0;
+  const bool counts_to_no_quotient =
+      stop > start ? has_no_quotient(stop - start + step - 1, step) : has_no_quotient(start - stop - step - 1, -step);
+  if (has_no_quotient(stop - start, step) || (counts && counts_to_no_quotient))
+    throw Failure("xarange: argument 1 and argument 2 are more than 2147483647 apart");
 }
 
 /// The module reads 32 bits of an index: those of a longer one would be another index, and NaN would be 0.

@@ -50,12 +50,14 @@ TEST(ArrayChecks, IntegerDivisionByAZeroNumber_FailsOnEitherSide) {
 }
 
 TEST(ArrayChecks, Xarange_TakesThreeArgumentsAndAStep) {
-  expect_outputs({{"print(xarange(1), xarange(1, 2), xarange(1, 2, 3))", "1 2 3"},
-                  {"xarange(1, 2, 3, 4)", "!xarange: it takes at most three arguments (start, stop, step)"},
-                  {"xarange(1, 2, 0)", "!xarange: the step is zero as an integer"},
-                  {"xarange(1, 2, 0.5)", "!xarange: the step is zero as an integer"},
-                  {"xarange(0, -2147483648, -1)",
-                   "!xarange: the range from argument 1 to argument 2 has more than 2147483647 elements"}});
+  expect_outputs(
+      {{"print(xarange(1), xarange(1, 2), xarange(1, 2, 3))", "1 2 3"},
+       {"xarange(1, 2, 3, 4)", "!xarange: it takes at most three arguments (start, stop, step)"},
+       {"xarange(1, 2, 0)", "!xarange: the step is zero as an integer"},
+       {"xarange(1, 2, 0.5)", "!xarange: the step is zero as an integer"},
+       {"xarange(0, -2147483648, -1)", "!xarange: argument 1 and argument 2 are more than 2147483647 apart"},
+       {"xarange(-1073741825, 1073741825, -1)", "!xarange: argument 1 and argument 2 are more than 2147483647 apart"},
+       {"xarange(1073741825, -1073741825, 1)", "!xarange: argument 1 and argument 2 are more than 2147483647 apart"}});
   EXPECT_EQ(output_of("print(xarange(1, 2, 3, 4), xarange(1, 2, 0))", false), "4 3");
 }
 
