@@ -107,6 +107,12 @@ Warnings::Watch::Rows& rows_with(Sign sign, Warnings::Watch& watch) {
   }
 }
 
+/// Lets a function be watched for a row of the table.
+void watch_for(Sign sign, std::size_t row, Warnings::Watch& watch) {
+  rows_with(sign, watch) |= Warnings::Watch::Rows{1} << row;
+  if (sign < Sign::data) watch.signs |= 1u << static_cast<unsigned>(sign);
+}
+
 }  // namespace
 
 std::string Warning::report() const {
@@ -121,34 +127,31 @@ Warnings::Warnings(const ModuleFunctions& module, Options options, Explanation& 
       options_(std::move(options)),
       last_(last) {
   if (!are_on_) return;
-  for (const WarningRow& row : warning_table()) {
+  watches_.resize(module.names().size());
+  const auto watch_of = [&](std::string_view function) {
+    const ModuleFunctions::Entry* entry = module.find_entry(std::string(function));
+    return entry ? &watches_[entry->number] : nullptr;
+  };
+  const std::vector<WarningRow>& rows = warning_table();
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const WarningRow& row = rows[i];
     if (std::holds_alternative<OperationCondition>(row.condition)) operation_rows_.push_back(&row);
     if (std::holds_alternative<ElementCondition>(row.condition)) element_rows_.push_back(&row);
     if (std::holds_alternative<MethodCondition>(row.condition)) method_rows_.push_back(&row);
+    const auto* condition = std::get_if<CallCondition>(&row.condition);
+    if (!condition) continue;
+    if (condition->functions.empty())
+      for (Watch& watch : watches_) watch_for(condition->sign, i, watch);
+    for (const std::string_view function : condition->functions)
+      if (Watch* watch = watch_of(function)) watch_for(condition->sign, i, *watch);
   }
-  watches_.resize(module.names().size());
-  const std::vector<WarningRow>& rows = warning_table();
-  for (std::size_t number = 0; number < watches_.size(); ++number) {
-    Watch& watch = watches_[number];
-    const std::string& name = module.names()[number];
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-      const auto* condition = std::get_if<CallCondition>(&rows[i].condition);
-      if (!condition) continue;
-      const auto& functions = condition->functions;
-      const bool is_watched =
-          functions.empty() || std::find(functions.begin(), functions.end(), name) != functions.end();
-      if (!is_watched) continue;
-      rows_with(condition->sign, watch) |= Watch::Rows{1} << i;
-      if (condition->sign < Sign::data) watch.signs |= 1u << static_cast<unsigned>(condition->sign);
-    }
-    watch.makes_columns =
-        std::find(std::begin(makers_of_columns), std::end(makers_of_columns), name) != std::end(makers_of_columns);
-    watch.reads_data = name == "xarray";
-    if (!options_.description) continue;
-    const ArgumentLimits& limits = options_.description->limits();
-    const auto limit = limits.find(name);
-    if (limit != limits.end() && limit->second >= 0) watch.most_arguments = static_cast<std::uint32_t>(limit->second);
-  }
+  for (const std::string_view function : makers_of_columns)
+    if (Watch* watch = watch_of(function)) watch->makes_columns = true;
+  if (Watch* watch = watch_of("xarray")) watch->reads_data = true;
+  if (!options_.description) return;
+  for (const auto& [function, limit] : options_.description->limits())
+    if (Watch* watch = limit < 0 ? nullptr : watch_of(function))
+      watch->most_arguments = static_cast<std::uint32_t>(limit);
 }
 
 bool Warnings::has_notable_data(const std::vector<Value>& arguments, const Value& result) noexcept {
