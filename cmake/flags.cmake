@@ -22,14 +22,6 @@ if(ARRAYFOLD_SANITIZE)
   target_link_options(project_flags INTERFACE -fsanitize=${ARRAYFOLD_SANITIZE})
 endif()
 
-# precompile_headers(TARGET HEADERS...): what most sources of a target include is read once. The release build with
-# tests compiles each source alone instead, and so shows that the source includes what it needs.
-function(precompile_headers target)
-  if(NOT ARRAYFOLD_BUILD_TESTS OR ARRAYFOLD_SANITIZE OR NOT CMAKE_BUILD_TYPE STREQUAL "Release")
-    target_precompile_headers(${target} PRIVATE ${ARGN})
-  endif()
-endfunction()
-
 # What a module and a host agree on: host_value.hpp and host_operations.hpp.
 add_library(arrayfold_contract INTERFACE)
 target_include_directories(arrayfold_contract INTERFACE ${PROJECT_SOURCE_DIR}/plugin)

@@ -1,13 +1,14 @@
 # tests/contract/standalone.py: every source and every header of the module and the reference host compiles alone
 #
-# Usage: standalone.py BUILD_DIRECTORY PROJECT_DIRECTORY
+# Usage: standalone.py [--sources] BUILD_DIRECTORY PROJECT_DIRECTORY
 #
-# A build may use a precompiled header, and a header may profit from what its includer has included before. Here each
-# source that is built with a precompiled header is checked by its own command from compile_commands.json without that
-# header, and each header as the only line of a source, by the command of a source beside it. A header that a source
-# includes first is checked by that source. Sources of tests and benchmarks are not checked, but each must belong to a
-# target.
+# A header may profit from what its includer has included before, and a source from a precompiled header. Here each
+# header is checked as the only line of a source, by the command of a source beside it from compile_commands.json. A
+# header that a source includes first is checked by that source. With --sources, each source that is built with a
+# precompiled header is checked in place of the headers, by its own command without that header. Sources of tests and
+# benchmarks are not checked, but each must belong to a target.
 
+import argparse
 import concurrent.futures
 import json
 import os
@@ -73,15 +74,19 @@ def first_include(source):
     return found.group(1) if found else None
 
 
-def checks(commands, project):
-    """Each file to check with its command."""
+def sources(commands, project):
+    """Each source that is built with a precompiled header, with its command."""
+    for path, command in sorted(commands.items()):
+        if "cmake_pch" in command and any(path.is_relative_to(project / folder) for folder in FOLDERS):
+            yield path, checking(command, str(path))
+
+
+def headers(commands, project):
+    """Each header that no source includes first, with its command."""
     for folder in FOLDERS:
         included_first = {first_include(source) for source in commands if source.is_relative_to(project / folder)}
-        for path in sorted((project / folder).rglob("*")):
-            if path.suffix in (".cpp", ".c"):
-                if "cmake_pch" in commands.get(path, ""):
-                    yield path, checking(commands[path], str(path))
-            elif path.suffix in (".hpp", ".h") and str(path.relative_to(project / folder)) not in included_first:
+        for path in sorted((project / folder).rglob("*.h*")):
+            if path.suffix in (".hpp", ".h") and str(path.relative_to(project / folder)) not in included_first:
                 yield path, checking(nearest(path.parent, commands), path)
 
 
@@ -98,11 +103,16 @@ def failure_of(check):
 
 
 def main():
-    build, project = (pathlib.Path(argument).resolve() for argument in sys.argv[1:3])
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--sources", action="store_true", help="check sources in place of headers")
+    parser.add_argument("build", type=pathlib.Path)
+    parser.add_argument("project", type=pathlib.Path)
+    asked = parser.parse_args()
+    build, project = asked.build.resolve(), asked.project.resolve()
     commands = commands_of(build)
     if strays := [f"{path}: no target compiles it" for path in uncompiled(commands, project)]:
         raise SystemExit("\n".join(strays))
-    files = list(checks(commands, project))
+    files = list((sources if asked.sources else headers)(commands, project))
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         failures = [failure for failure in pool.map(failure_of, files) if failure]
     print("\n".join(failures), end="")
