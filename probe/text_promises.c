@@ -53,7 +53,24 @@ static void characters_are_given(void) {
     const char* text = HOST(HVM_AsString)(&texts[i].value);
     if (text == NULL) broken("HVM_AsString is null after %s", texts[i].setter);
     if (memcmp(text, "abc", 3) != 0) broken("HVM_AsString gives other characters than %s got", texts[i].setter);
+    if (text[3] != '\0') broken("HVM_AsString gives no terminator after the characters that %s got", texts[i].setter);
   }
+}
+
+static void read_to_the_terminator(HostValue* value) {
+  const char* text = HOST(HVM_AsString)(value);
+  volatile size_t length = text != NULL ? strlen(text) : 0;  // ends the process if the pointer leads nowhere
+  (void)length;
+}
+
+static void some_text_is_given_for_any_value(void) {
+  HostValue values[] = {nil(), integer(16), integer64(16), real(0.25)};
+  for (int i = 0; i < COUNT(values); ++i) read_to_the_terminator(&values[i]);
+  HostValue value = nil();
+  HOST(HVM_ForceTable)(context, &value, 4);
+  read_to_the_terminator(&value);
+  put_object(&value);
+  read_to_the_terminator(&value);
 }
 
 static void text_is_at_the_payload(void) {
@@ -147,7 +164,9 @@ static void setters_release(void) {
 static const Promise promises[] = {
     {"`HVM_StringCheckAll` is true for every form of text.", texts_are_known, OWN_LAYOUT},
     {"`HVM_StringLen` returns the number of characters, without a terminator.", characters_are_counted, OWN_LAYOUT},
-    {"`HVM_AsString` returns the characters of a text, which the host still owns.", characters_are_given, OWN_LAYOUT},
+    {"`HVM_AsString` returns the characters of a text and a terminator, which the host still owns.",
+     characters_are_given, OWN_LAYOUT},
+    {"`HVM_AsString` returns null or some text for any value.", some_text_is_given_for_any_value, OWN_LAYOUT},
     {"A text of tag 2 or 24 has the pointer to its characters in the payload.", text_is_at_the_payload, OWN_LAYOUT},
     {"`HVM_SetString` and `HVM_SetWString` store a copy of the text up to its terminator.",
      text_is_copied_to_its_terminator, OWN_LAYOUT},
