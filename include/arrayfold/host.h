@@ -35,7 +35,7 @@ typedef uint_least16_t HostWide; /* a 16-bit character: char16_t, without its he
 enum HostTag {
   HOST_TAG_INTEGER = 0,           /* integer */
   HOST_TAG_REAL = 1,              /* real */
-  HOST_TAG_STRING = 2,            /* text, without an end of its own: HVM_StringLen gives its length */
+  HOST_TAG_STRING = 2,            /* text with a terminator; HVM_StringLen gives its length */
   HOST_TAG_SCALAR_4 = 4,          /* nothing to release */
   HOST_TAG_TABLE = 5,             /* table */
   HOST_TAG_STRING_RECORD = 6,     /* string_record; in the items of a table, a key of this tag is skipped */
@@ -90,7 +90,7 @@ HOST_AT(HostValue, owned, 9);
 HOST_AT(HostValue, rest, 13);
 HOST_AT(HostValue, lifetime, 17);
 
-/* The text of tag 6. Its characters begin at `text` and continue behind the record. */
+/* The text of tag 6. Its characters begin at `text` and continue behind the record, up to a terminator. */
 typedef struct HOST_PACKED HostStringRecord {
   uint8_t host_head[16];
   int32_t length;
@@ -132,7 +132,8 @@ HOST_ASSERT(sizeof(HostHashItem) == 44);
 HOST_AT(HostHashItem, value, 18);
 HOST_AT(HostHashItem, host_words, 36);
 
-/* A table. An entry is either in the ordered part, `index`, or in `items`. */
+/* A table. An entry is either in the ordered part, `index`, or in `items`. While a module reads a table, the host may
+ * change it, but not end it. */
 typedef struct HOST_PACKED HostHash {
   HostHashItem** index;
   int32_t index_count;

@@ -29,7 +29,8 @@ inline const HostIndexList* index_list_in(const HostValue* right) {
 /// False for no list and for a list without indices.
 inline bool has_indices(const HostIndexList* list) { return list != nullptr && list->packed_size >= 2; }
 
-/// Reads every index of the list, unchecked. False for more than eight indices, all of which are read.
+/// Reads every index of the list, unchecked. False for more than eight indices, all of which are read, and at the first
+/// that is missing.
 bool read_indices(const HostIndexList& list, Indices& indices);
 
 /// The offset of an element from the first one in the storage.
@@ -67,7 +68,7 @@ template <class Kind>
 bool write_element(Kind, ArrayOf<Kind>& array, const HostIndexList* list, HostValue* value) {
   if (!has_indices(list)) return false;
   // The value is checked and read before any index is.
-  if (!HVM_NumberCheck(value)) return false;
+  if (value == nullptr || !HVM_NumberCheck(value)) return false;
   const auto number = Kind::read(value);
   Indices indices;
   if (!read_indices(*list, indices)) return false;

@@ -26,6 +26,7 @@ template <class Array>
 bool dump(const Array& receiver, const MethodCall& call) {
   const auto& array = *receiver.array;
   check_extents(array);
+  if (call.nargs != 0 && call.args[0] == nullptr) return false;
   // required: the indent is not checked to be a number; it is whatever the host reads in it.
   const int indent = call.nargs != 0 ? HVM_AsInt(call.args[0]) : -1;
   const DumpText text = dump_text(typename Array::tag{}, array, indent);
@@ -41,10 +42,11 @@ bool shape(const Array& receiver, const MethodCall& call) {
   return true;
 }
 
-/// Reads the extents that the arguments name, 32 bits each, sign-extended. False at the first that is no number.
+/// Reads the extents that the arguments name, 32 bits each, sign-extended. False at the first that is no number or is
+/// missing.
 bool read_extents(const MethodCall& call, Shape& extents) {
   for (int n = 0; n < call.nargs; ++n) {
-    if (!HVM_NumberCheck(call.args[n])) return false;
+    if (call.args[n] == nullptr || !HVM_NumberCheck(call.args[n])) return false;
     extents.push_back(extent_of(HVM_AsInt(call.args[n])));
   }
   return true;

@@ -49,29 +49,24 @@ void make_room(std::vector<T>& values, std::size_t more) {
   reserve_elements(values, room);
 }
 
-/// Appends numbers until the table ends. Returns null at its end, else the value that is no number.
+/// What follows the numbers of a table.
+enum class Following { nothing, table, no_number };
+
+/// Appends numbers up to what is none. A table that follows is in `inner`: its entry may be gone when the host has been
+/// asked for something else.
 template <class Kind>
-HostValue* take_numbers(OpenTable& table, std::vector<StoredElement<Kind>>& values) {
-  HostHashItem** const ordered = table.cursor.ordered_rest();
-  const int left = table.cursor.ordered_left();
-  for (int n = 0; n < left; ++n) {
-    HostValue* value = &ordered[n]->value;
-    if (value->tag == ValueTag::table || !HVM_NumberCheck(value)) {
-      table.cursor.pass_ordered(n + 1);
-      table.count += n;
-      return value;
-    }
-    values.push_back(Kind::stored::read(value));
-  }
-  table.cursor.pass_ordered(left);
-  table.count += left;
-  while (table.cursor.next()) {
+Following take_numbers(OpenTable& table, std::vector<StoredElement<Kind>>& values, HostHash*& inner) {
+  while (table.cursor.next_entry()) {
     HostValue* value = &table.cursor.item()->value;
-    if (value->tag == ValueTag::table || !HVM_NumberCheck(value)) return value;
+    if (value->tag == ValueTag::table) {
+      inner = load<HostHash*>(value->payload);
+      return Following::table;
+    }
+    if (!HVM_NumberCheck(value)) return Following::no_number;
     values.push_back(Kind::stored::read(value));
     ++table.count;
   }
-  return nullptr;
+  return Following::nothing;
 }
 
 /// Gathers from `hash` and the tables in it, from `depth` on. Returns 0 at the first leaf that is not a number; the
@@ -88,19 +83,22 @@ int read_table_data(ArrayData<StoredElement<Kind>>& data, HostContext, HostHash*
   };
   enter();
   while (true) {
-    HostValue* other = take_numbers<Kind>(innermost, data.values);
-    if (other == nullptr) {
-      data.shape[depth + outer.size()] = innermost.count;
-      if (outer.empty()) return 1;
-      innermost = outer.back();
-      outer.pop_back();
-      ++innermost.count;
-    } else if (other->tag == ValueTag::table) {
-      outer.push_back(innermost);
-      innermost = OpenTable(load<HostHash*>(other->payload));
-      enter();
-    } else {
-      return 0;
+    HostHash* inner = nullptr;
+    switch (take_numbers<Kind>(innermost, data.values, inner)) {
+      case Following::nothing:
+        data.shape[depth + outer.size()] = innermost.count;
+        if (outer.empty()) return 1;
+        innermost = outer.back();
+        outer.pop_back();
+        ++innermost.count;
+        break;
+      case Following::table:
+        outer.push_back(innermost);
+        innermost = OpenTable(inner);
+        enter();
+        break;
+      case Following::no_number:
+        return 0;
     }
   }
 }

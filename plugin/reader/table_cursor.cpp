@@ -61,7 +61,7 @@ int TableCursor::capacity() const {
 }
 
 bool TableCursor::next_item() {
-  const int count = hash_->item_count;
+  const int count = other_count();
   while (other_ < count) {
     HostHashItem* item = hash_->items.get() + other_++;
     if (item->key.tag == ValueTag::string_record || item->key.tag == ValueTag::nil) continue;

@@ -8,7 +8,9 @@
 
 namespace arrayfold {
 
-/// Walks the entries of a table that a pair of selectors chooses. The table must not change while it is walked.
+/// Walks the entries of a table that a pair of selectors chooses. The table may change between two steps, since the
+/// host is asked for values there: each step looks anew where the entries are and how many. No item is read after the
+/// host has been asked for its value.
 ///
 /// A walk over everything gives the ordered part first, then the other items, passing over keys of tag 6 and 10. A
 /// range asks for each integer key and passes over those that are absent. A single key gives its entry, or one null.
@@ -32,25 +34,25 @@ class TableCursor {
     if (mode_ == Mode::everything || mode_ == Mode::selector_table) return next_entry();
     return next_selected();
   }
-  /// The entries of the ordered part that a walk over everything has not come to.
-  HostHashItem** ordered_rest() const { return hash_->index.get() + ordered_; }
-  int ordered_left() const { return std::max(0, hash_->index_count - ordered_); }
-  void pass_ordered(int count) { ordered_ += count; }
+  /// The same for a walk over everything. A null pointer in the ordered part is no entry.
+  bool next_entry() {
+    while (ordered_ < ordered_count()) {
+      item_ = hash_->index.get()[ordered_++];
+      if (item_ != nullptr) return true;
+    }
+    return next_item();
+  }
   /// An upper bound of the entries that a walk over everything has left.
   std::size_t most_left() const {
-    return static_cast<std::size_t>(ordered_left()) + static_cast<std::size_t>(std::max(0, hash_->item_count - other_));
+    return static_cast<std::size_t>(std::max(0, ordered_count() - ordered_)) +
+           static_cast<std::size_t>(std::max(0, other_count() - other_));
   }
   /// The match; null when a single key is absent.
   HostHashItem* item() const { return item_; }
 
  private:
-  bool next_entry() {
-    if (ordered_ < hash_->index_count) {
-      item_ = hash_->index.get()[ordered_++];
-      return true;
-    }
-    return next_item();
-  }
+  int ordered_count() const { return hash_->index.get() == nullptr ? 0 : hash_->index_count; }
+  int other_count() const { return hash_->items.get() == nullptr ? 0 : hash_->item_count; }
   bool next_item();
   bool next_selected();
   bool next_in_range();

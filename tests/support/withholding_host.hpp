@@ -1,15 +1,18 @@
-// support/withholding_host.hpp: a host that withholds a table, slot or record on demand
+// support/withholding_host.hpp: a host that withholds what it is asked for, and one that does something else meanwhile
 //
-// The reference host always gives a slot, though it may be a lost one. A program with withholding_host.cpp among its
-// sources puts operations of its own in front of the host's, for itself and for the loaded module.
+// The reference host always gives a slot, though it may be a lost one, and no table changes while a module asks for a
+// value. A program with withholding_host.cpp among its sources puts operations of its own in front of the host's, for
+// itself and for the loaded module.
 
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <string>
 
 namespace arrayfold::test {
 
-enum class Withheld { table, hash, slot_by_number, slot_by_key, record };
+enum class Withheld { table, hash, slot_by_number, slot_by_key, record, records, block, larger_block, object };
 
 /// While this lives, the operation gives no value from its n-th call on: with `table`, HVM_ForceTable leaves the value
 /// alone; the others return null.
@@ -21,6 +24,18 @@ class Withholding {
   Withholding& operator=(const Withholding&) = delete;
 
   /// True when the operation was asked for and gave no value.
+  static bool has_come() noexcept;
+};
+
+/// While this lives, the n-th call of an operation does something else before it returns, once. Operations that this
+/// calls itself do not count. The operations are those that read numbers and text, find or make slots, and copy.
+class Meanwhile {
+ public:
+  Meanwhile(std::string operation, std::int64_t nth, std::function<void()> act);
+  ~Meanwhile();
+  Meanwhile(const Meanwhile&) = delete;
+  Meanwhile& operator=(const Meanwhile&) = delete;
+
   static bool has_come() noexcept;
 };
 
