@@ -1,6 +1,7 @@
 # Compiler flags, as interface targets.
 #
 #   project_flags    everything: warnings, NDEBUG, sanitizers
+#   hardening_flags  what people run: the loader and the compiler guard memory
 #   arithmetic_flags the kernels and the module: fixed arithmetic
 #   arrayfold_flags  the module, and whatever includes its array headers
 
@@ -20,6 +21,21 @@ if(ARRAYFOLD_SANITIZE)
     target_compile_definitions(project_flags INTERFACE ARRAYFOLD_ADDRESS_SANITIZER)
   endif()
   target_link_options(project_flags INTERFACE -fsanitize=${ARRAYFOLD_SANITIZE})
+endif()
+
+# A mistake in what people run ends the process instead of giving somebody control of it. The sanitizers check more, and
+# do not see through the checked functions of the C library. tests/runtime/hardening.py reads all this from the files.
+add_library(hardening_flags INTERFACE)
+target_link_options(hardening_flags INTERFACE
+  LINKER:-z,relro,-z,now    # all names are found at load; the tables of their addresses are then read-only
+  LINKER:-z,noexecstack     # whatever the assembler sources of static libraries say
+  $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-pie>)
+if(NOT ARRAYFOLD_SANITIZE)
+  target_compile_options(hardening_flags INTERFACE
+    -fstack-protector-strong
+    # The checked functions take an optimising compiler. A distribution may have defined the macro already.
+    $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE>
+    $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-D_FORTIFY_SOURCE=2>)
 endif()
 
 # What a module and a host agree on: host_value.hpp and host_operations.hpp.
