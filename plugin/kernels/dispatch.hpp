@@ -20,7 +20,7 @@ hwy::ChosenTarget& choose_target();
 
 /// The position of the target in the tables that ARRAYFOLD_LOOPS fills.
 inline std::size_t target_index() {
-  hwy::ChosenTarget* target = kept_target.load(std::memory_order_relaxed);
+  hwy::ChosenTarget* target = kept_target.load(std::memory_order_acquire);
   if (target == nullptr) target = &choose_target();
   return target->GetIndex();
 }
