@@ -1,6 +1,7 @@
 // kernel/contexts.cpp: the handles that entries and callbacks receive
 
 #include "kernel/kernel.hpp"
+#include "kernel/state.hpp"
 #include "kernel/tables.hpp"
 
 namespace hvm {
@@ -13,7 +14,7 @@ struct OwnContext : HostContextRecord {
   HostFrame zero_frame;
 };
 
-OwnContext* youngest = nullptr;
+HVM_STATE OwnContext* youngest = nullptr;
 
 OwnContext* own(HostContext ctx) noexcept { return static_cast<OwnContext*>(ctx); }
 

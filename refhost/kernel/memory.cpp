@@ -11,6 +11,7 @@
 #include "kernel/kernel.hpp"
 #include "kernel/recorder.hpp"
 #include "kernel/records.hpp"
+#include "kernel/state.hpp"
 #include "kernel/tables.hpp"
 
 namespace hvm {
@@ -26,12 +27,12 @@ static_assert(sizeof(BlockHead) == 16, "what follows the head is aligned for any
 
 constexpr std::size_t largest_block = std::numeric_limits<std::ptrdiff_t>::max() - sizeof(BlockHead);
 
-std::int64_t live_blocks[block_kinds];
-std::size_t live_bytes;
-std::size_t byte_limit;  // of all blocks together; 0: none
-std::int64_t asked_blocks;
-std::int64_t blocks_until_failure;  // 0: none fails
-bool failure_has_come;
+HVM_STATE std::int64_t live_blocks[block_kinds];
+HVM_STATE std::size_t live_bytes;
+HVM_STATE std::size_t byte_limit;  // of all blocks together; 0: none
+HVM_STATE std::int64_t asked_blocks;
+HVM_STATE std::int64_t blocks_until_failure;  // 0: none fails
+HVM_STATE bool failure_has_come;
 
 BlockHead* head_of(void* block) noexcept { return static_cast<BlockHead*>(block) - 1; }
 const BlockHead* head_of(const void* block) noexcept { return static_cast<const BlockHead*>(block) - 1; }
@@ -52,7 +53,7 @@ bool fails_now() noexcept {
 // A debug build overwrites what it frees and keeps the last block, so that the use of a stale pointer is noticed.
 void free_block(BlockHead* head) noexcept {
 #ifdef HVM_POISON
-  static BlockHead* kept_back = nullptr;
+  static HVM_STATE BlockHead* kept_back = nullptr;
   std::memset(head + 1, std::to_integer<int>(poison_byte), head->size);
   std::free(std::exchange(kept_back, head));
 #else

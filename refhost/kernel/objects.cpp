@@ -10,6 +10,7 @@
 #include "kernel/memory.hpp"
 #include "kernel/recorder.hpp"
 #include "kernel/records.hpp"
+#include "kernel/state.hpp"
 
 namespace hvm {
 namespace kernel {
@@ -20,8 +21,8 @@ struct Object : HostAny {
   std::uint64_t number;
 };
 
-bool objects_withheld = false;
-std::uint64_t made_objects = 0;
+HVM_STATE bool objects_withheld = false;
+HVM_STATE std::uint64_t made_objects = 0;
 
 void count_references(HostAny* any, std::uint32_t count) noexcept {
   arrayfold::store<std::uint32_t>(any->host_word, count);

@@ -14,7 +14,7 @@
 namespace hvm {
 namespace kernel {
 
-std::int64_t live_records = 0;
+HVM_STATE std::int64_t live_records = 0;
 
 void release_content(const HostValue& value, HostContext ctx) noexcept {
   if (!holds_content(value)) return;

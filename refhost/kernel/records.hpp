@@ -5,11 +5,12 @@
 #include <cstring>
 
 #include "kernel/kernel.hpp"
+#include "kernel/state.hpp"
 
 namespace hvm::kernel {
 
 /// Records from HVM_NewObject and HVM_NewObjects, minus those that were freed.
-extern std::int64_t live_records;
+extern HVM_STATE std::int64_t live_records;
 
 /// A record of a tag whose payload is the bytes of a T; the rest is zero.
 template <class T>

@@ -228,7 +228,7 @@ void find_bounds_again(Table& table) noexcept {
 
 }  // namespace
 
-HostValue lost_record = nil_record();
+HVM_STATE HostValue lost_record = nil_record();
 
 HostValue* global_nil() noexcept {
   static HostValue nil = nil_record();

@@ -10,6 +10,7 @@
 
 #include "kernel/kernel.hpp"
 #include "kernel/keys.hpp"
+#include "kernel/state.hpp"
 
 namespace hvm::kernel {
 
@@ -80,6 +81,6 @@ HostValue copy_of_table(const HostValue& value) noexcept;
 HostValue* global_nil() noexcept;
 /// The lost slot, for callers whose slot could not be made. It belongs to no table, and is emptied when it is next
 /// handed out.
-extern HostValue lost_record;
+extern HVM_STATE HostValue lost_record;
 
 }  // namespace hvm::kernel

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdlib>
 
+#include "kernel/state.hpp"
+
 namespace hvm::kernel {
 namespace {
 
@@ -25,8 +27,8 @@ struct Buffer {
   }
 };
 
-Buffer buffers[kept_texts];
-std::size_t next_buffer = 0;
+HVM_STATE Buffer buffers[kept_texts];
+HVM_STATE std::size_t next_buffer = 0;
 
 bool is_high_surrogate(char16_t unit) noexcept { return unit >= 0xD800 && unit <= 0xDBFF; }
 bool is_low_surrogate(char16_t unit) noexcept { return unit >= 0xDC00 && unit <= 0xDFFF; }
