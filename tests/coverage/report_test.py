@@ -54,6 +54,11 @@ class Counts(unittest.TestCase):
         file.add(4, 0, [branch(0), branch(0)])
         self.assertEqual((dict(file.lines), file.ways), ({}, {}))
 
+    def test_catch_clauses_are_found(self):
+        texts = ["try {", "f();", "} catch (const A& a) {", "if (a) {", "}", "} catch (...) {", "}", "g();"]
+        self.assertEqual(counts.lines_of_catches(texts), {3, 4, 5, 6, 7})
+        self.assertEqual(counts.lines_of_catches(["} catch (A&) { f(); }", "g();"]), {1})
+
     @unittest.skipUnless(shutil.which("g++") and shutil.which("gcov"), "takes g++ and gcov")
     def test_what_a_program_writes_is_read_and_what_never_ran_counts_as_nothing(self):
         with tempfile.TemporaryDirectory() as folder:
@@ -61,14 +66,20 @@ class Counts(unittest.TestCase):
             (root / "plugin").mkdir()
             for name, call in (("a", "f(1)"), ("b", "0")):
                 source = root / f"plugin/{name}.cpp"
-                source.write_text(f"static int f(int x) {{\n  if (x) return 0;\n  return 1;\n}}\n"
-                                  f"int main() {{ return {call}; }}\nint (*unused)(int) = f;\n")
+                source.write_text("struct S {\n  ~S();\n  int x = 0;\n};\nS::~S() { x = 1; }\n"
+                                  "__attribute__((noinline)) int g(int x) {\n  if (x > 5) throw x;\n  return 0;\n}\n"
+                                  "static int f(int x) {\n  if (x) return 0;\n  return 1;\n}\n"
+                                  "int h(int x) {\n  try {\n    return g(x);\n  } catch (int) {\n    return 2;\n"
+                                  f"  }}\n}}\nint main() {{ return {call}; }}\nint (*unused)(int) = f;\n")
                 subprocess.run(["g++", "--coverage", "-O0", str(source), "-o", str(root / name)], cwd=root, check=True)
             subprocess.run([str(root / "a")], cwd=root, check=True)
             files = counts.counted(root, root, {"plugin": None})
-        self.assertEqual(dict(files["plugin/a.cpp"].lines), {1: 1, 2: 1, 3: 0, 5: 1})
-        self.assertEqual(dict(files["plugin/b.cpp"].lines), {1: 0, 2: 0, 3: 0, 5: 0})
-        self.assertEqual(sum(files["plugin/a.cpp"].ways[2, 2]), 1)
+        reached = {number for number, count in files["plugin/a.cpp"].lines.items() if count}
+        self.assertEqual(reached, {10, 11, 21})
+        self.assertEqual(set(files["plugin/a.cpp"].lines) - reached, {5, 6, 7, 8, 12, 14, 16, 17, 18})
+        self.assertEqual(set(files["plugin/b.cpp"].lines), set(files["plugin/a.cpp"].lines))
+        self.assertFalse(any(files["plugin/b.cpp"].lines.values()))
+        self.assertEqual(sum(files["plugin/a.cpp"].ways[11, 2]), 1)
 
 
 class Report(unittest.TestCase):
