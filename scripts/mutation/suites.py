@@ -1,0 +1,102 @@
+# scripts/mutation/suites.py: the tests that mutants are run against, case by case
+
+import os
+import pathlib
+import re
+import resource
+import subprocess
+import tempfile
+
+MODULE_TESTS = ["array_test", "reader_test", "object_test", "create_test", "random_test", "first_draws_test",
+                "binning_test", "elementwise_test", "elementwise_host_test", "kernels_test", "linalg_test",
+                "linalg_library_test", "order_test", "reduce_test", "contract_test", "faults_test",
+                "self_contained_parts_test"]
+# The module for closed hosts differs in its sort and its choice of a target.
+SELF_CONTAINED_TESTS = {"order_test": "*Sorts*:OrderingTest.*"}
+TARGETS = [*MODULE_TESTS, "hvm"]
+MEMORY = 6 << 30
+FILES = 64 << 20
+
+
+def limit_resources():
+    resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
+    resource.setrlimit(resource.RLIMIT_FSIZE, (FILES, FILES))
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+
+class Suite:
+    """Tests that one program runs. A subclass tells which, and how the program is told to run some."""
+
+    def __init__(self, name, environment):
+        self.name = name
+        self.environment = {**os.environ, "OPENBLAS_NUM_THREADS": "1", **environment}
+
+    def passes(self, cases, limit, environment):
+        """Runs some cases: do they all pass, in time?"""
+        with tempfile.TemporaryDirectory() as folder:
+            process = subprocess.Popen(self.command(cases, pathlib.Path(folder)), cwd=folder, start_new_session=True,
+                                       stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                                       env={**self.environment, **environment}, preexec_fn=limit_resources)
+            try:
+                return process.wait(limit) == 0
+            except subprocess.TimeoutExpired:
+                return False
+            finally:
+                try:
+                    os.killpg(process.pid, 9)  # what it started, too
+                except ProcessLookupError:
+                    pass
+                process.wait()
+
+
+class Program(Suite):
+    """A program of GoogleTest."""
+
+    def __init__(self, build, program, name=None, environment=(), filter="*"):
+        super().__init__(name or program, dict(environment))
+        self.path, self.filter = build / "bin" / program, filter
+
+    def cases(self):
+        listed = subprocess.run([self.path, "--gtest_list_tests", f"--gtest_filter={self.filter}"], text=True,
+                                check=True, stdout=subprocess.PIPE, env=self.environment).stdout
+        cases, group = [], ""
+        for line in listed.splitlines():
+            text = line.split("#")[0].rstrip()
+            if re.fullmatch(r"\S+\.", text):
+                group = text
+            elif text.startswith("  "):
+                cases.append(group + text.strip())
+        return cases
+
+    def command(self, cases, folder):
+        flags = folder / "flags"
+        flags.write_text("--gtest_filter=" + ":".join(cases) + "\n--gtest_fail_fast\n--gtest_brief=1\n")
+        return [self.path, f"--gtest_flagfile={flags}"]
+
+
+class Scripts(Suite):
+    """The script tests, run by hvm."""
+
+    def __init__(self, build, project):
+        super().__init__("scripts", {})
+        self.path, self.folder = build / "bin/hvm", project / "tests/scripts"
+
+    def cases(self):
+        return [str(path.relative_to(self.folder)) for path in sorted(self.folder.rglob("*.hvm"))]
+
+    def command(self, cases, folder):
+        return [self.path, "--jobs", "1", "--time-limit", "10", "--test", *(self.folder / case for case in cases)]
+
+
+def all_suites(build, project):
+    suites = []
+    for program in MODULE_TESTS:
+        environment = {}
+        if program == "elementwise_host_test":
+            environment["LD_LIBRARY_PATH"] = str(build / "tests/plugin/elementwise/host")
+        suites.append(Program(build, program, environment=environment))
+    environment = {"ARRAYFOLD_TEST_MODULE": str(build / "self-contained/arrayfold.so"),
+                   "LD_LIBRARY_PATH": str(build / "lib")}
+    for program, cases in SELF_CONTAINED_TESTS.items():
+        suites.append(Program(build, program, program + " (self-contained)", environment, cases))
+    return [*suites, Scripts(build, project)]
