@@ -7,13 +7,15 @@ import resource
 import subprocess
 import tempfile
 
-MODULE_TESTS = ["array_test", "reader_test", "object_test", "create_test", "random_test", "first_draws_test",
-                "binning_test", "elementwise_test", "elementwise_host_test", "kernels_test", "linalg_test",
-                "linalg_library_test", "order_test", "reduce_test", "contract_test", "faults_test",
-                "self_contained_parts_test"]
+# The programs of the preset release load the module with mutants.
+MODULE_TESTS = ["object_test", "create_test", "random_test", "first_draws_test", "binning_test", "elementwise_test",
+                "elementwise_host_test", "linalg_test", "linalg_library_test", "order_test", "reduce_test",
+                "contract_test", "faults_test"]
+# Programs that have parts of the module inside are built with mutants.
+TREE_TESTS = ["array_test", "reader_test", "kernels_test", "self_contained_parts_test"]
 # The module for closed hosts differs in its sort and its choice of a target.
 SELF_CONTAINED_TESTS = {"order_test": "*Sorts*:OrderingTest.*"}
-TARGETS = [*MODULE_TESTS, "hvm"]
+RELEASE_TARGETS = [*MODULE_TESTS, "hvm"]
 MEMORY = 6 << 30
 FILES = 64 << 20
 
@@ -77,26 +79,30 @@ class Program(Suite):
 class Scripts(Suite):
     """The script tests, run by hvm."""
 
-    def __init__(self, build, project):
+    def __init__(self, build, module, project):
         super().__init__("scripts", {})
-        self.path, self.folder = build / "bin/hvm", project / "tests/scripts"
+        self.path, self.module, self.folder = build / "bin/hvm", module, project / "tests/scripts"
 
     def cases(self):
         return [str(path.relative_to(self.folder)) for path in sorted(self.folder.rglob("*.hvm"))]
 
     def command(self, cases, folder):
-        return [self.path, "--jobs", "1", "--time-limit", "10", "--test", *(self.folder / case for case in cases)]
+        return [self.path, "--module", self.module, "--jobs", "1", "--time-limit", "10", "--test", *(self.folder / case for case in cases)]
 
 
-def all_suites(build, project):
-    suites = []
+def all_suites(project, tree):
+    """`tree` is the build with mutants."""
+    release = project / "build/release"
+    module = {"ARRAYFOLD_TEST_MODULE": str(tree / "lib/arrayfold.so")}
+    suites = [Program(tree, program) for program in TREE_TESTS]
     for program in MODULE_TESTS:
-        environment = {}
+        environment = dict(module)
         if program == "elementwise_host_test":
-            environment["LD_LIBRARY_PATH"] = str(build / "tests/plugin/elementwise/host")
-        suites.append(Program(build, program, environment=environment))
-    environment = {"ARRAYFOLD_TEST_MODULE": str(build / "self-contained/arrayfold.so"),
-                   "LD_LIBRARY_PATH": str(build / "lib")}
+            environment["LD_LIBRARY_PATH"] = str(release / "tests/plugin/elementwise/host")
+        suites.append(Program(release, program, environment=environment))
+    # Its RUNPATH leads to no host.
+    self_contained = {"ARRAYFOLD_TEST_MODULE": str(tree / "self-contained/arrayfold.so"),
+                      "LD_LIBRARY_PATH": str(release / "lib")}
     for program, cases in SELF_CONTAINED_TESTS.items():
-        suites.append(Program(build, program, program + " (self-contained)", environment, cases))
-    return [*suites, Scripts(build, project)]
+        suites.append(Program(release, program, program + " (self-contained)", self_contained, cases))
+    return [*suites, Scripts(release, tree / "lib/arrayfold.so", project)]

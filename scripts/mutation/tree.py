@@ -136,21 +136,26 @@ class Tree:
             elif found["what"] == "required from":
                 elsewhere += at
         if not wrong:  # a value that is used elsewhere
-            for found in ERROR.finditer(output):
-                wrong |= set(self.at(found["path"], int(found["line"]), int(found["column"])))
+            places = [(found["path"], int(found["line"]), int(found["column"])) for found in ERROR.finditer(output)]
+            wrong = {n for place in places for n in self.at(*place)}
+            # Or a function that the compiler runs.
+            wrong = wrong or {n for path, _, _ in places for n in self.places.get(self.name_of(path), ())}
         return [by_number[number] for number in wrong]
+
+    def name_of(self, path):
+        """The name of a source of the module as mutants have it."""
+        return os.path.relpath(os.path.join(self.build, path), self.source / "plugin")
 
     def at(self, path, line, column):
         """The numbers of the innermost mutant at a place, or else of all of its line."""
-        name = os.path.normpath(os.path.join(self.build, path))
-        prefix = str(self.source / "plugin") + "/"
-        if not name.startswith(prefix) or name[len(prefix):] not in self.places:
+        name = self.name_of(path)
+        if name not in self.places:
             return []
-        text = pathlib.Path(name).read_text()
+        text = (self.source / "plugin" / name).read_text()
         lines = text.splitlines(keepends=True)
         start = sum(len(before) for before in lines[:line - 1])
         at = start + len(lines[line - 1].encode()[:column - 1].decode(errors="ignore"))
-        places = self.places[name[len(prefix):]]
+        places = self.places[name]
         around = [n for n, (first, end) in places.items() if first <= at < end]
         if around:
             return [min(around, key=lambda n: places[n][1] - places[n][0])]
