@@ -1,11 +1,14 @@
 # scripts/mutation/suites.py: the tests that mutants are run against, case by case
 
+import math
 import os
 import pathlib
 import re
 import resource
+import signal
 import subprocess
 import tempfile
+import time
 
 # The programs of the preset release load the module with mutants.
 MODULE_TESTS = ["object_test", "create_test", "random_test", "first_draws_test", "binning_test", "elementwise_test",
@@ -15,15 +18,17 @@ MODULE_TESTS = ["object_test", "create_test", "random_test", "first_draws_test",
 TREE_TESTS = ["array_test", "reader_test", "kernels_test", "self_contained_parts_test"]
 # The module for closed hosts differs in its sort and its choice of a target.
 SELF_CONTAINED_TESTS = {"order_test": "*Sorts*:OrderingTest.*"}
-RELEASE_TARGETS = [*MODULE_TESTS, "hvm"]
+RELEASE_TARGETS = [*MODULE_TESTS, "hvm", "arrayfold_description"]
 MEMORY = 6 << 30
 FILES = 64 << 20
+WAITING = 20  # times as long as its processor time a process takes on a busy machine
 
 
-def limit_resources():
-    resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
-    resource.setrlimit(resource.RLIMIT_FSIZE, (FILES, FILES))
-    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+def limit_resources(seconds):
+    limits = {resource.RLIMIT_AS: MEMORY, resource.RLIMIT_FSIZE: FILES, resource.RLIMIT_CORE: 0,
+              resource.RLIMIT_CPU: seconds}
+    for what, limit in limits.items():
+        resource.setrlimit(what, (limit, limit))
 
 
 class Suite:
@@ -33,22 +38,35 @@ class Suite:
         self.name = name
         self.environment = {**os.environ, "OPENBLAS_NUM_THREADS": "1", **environment}
 
-    def passes(self, cases, limit, environment):
-        """Runs some cases: do they all pass, in time?"""
+    def run(self, cases, seconds, environment):
+        """Runs some cases. The processor time that they take, or None if one fails or they take more than `seconds`."""
         with tempfile.TemporaryDirectory() as folder:
             process = subprocess.Popen(self.command(cases, pathlib.Path(folder)), cwd=folder, start_new_session=True,
                                        stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                                       env={**self.environment, **environment}, preexec_fn=limit_resources)
+                                       env={**self.environment, **environment},
+                                       preexec_fn=lambda: limit_resources(math.ceil(seconds)))
             try:
-                return process.wait(limit) == 0
-            except subprocess.TimeoutExpired:
-                return False
+                return self.wait(process, WAITING * seconds)
             finally:
                 try:
-                    os.killpg(process.pid, 9)  # what it started, too
+                    os.killpg(process.pid, signal.SIGKILL)  # what it started, too
                 except ProcessLookupError:
                     pass
+
+    @staticmethod
+    def wait(process, seconds):
+        end, pause = time.monotonic() + seconds, 0.002
+        while True:
+            ended, status, usage = os.wait4(process.pid, os.WNOHANG)
+            if ended:
+                process.returncode = status
+                return usage.ru_utime + usage.ru_stime if status == 0 else None
+            if time.monotonic() > end:
+                process.kill()
                 process.wait()
+                return None
+            time.sleep(pause)
+            pause = min(1.5 * pause, 0.05)
 
 
 class Program(Suite):

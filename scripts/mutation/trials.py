@@ -8,13 +8,14 @@ import tempfile
 import threading
 import time
 
-SLOW = 0.25  # seconds, from which on a case runs in a process of its own
-LIMIT = 5  # seconds, beside eight times what the cases take without a mutant
+# In seconds of processor time:
+SLOW = 0.1  # from here on a case runs in a process of its own
+LIMIT = 2  # what a process may take beside eight times what its cases take without a mutant
 REACHED_BYTES = 1 << 14  # as mutant.hpp has it
 
 
 class Survey:
-    """For each case its time and the mutants that it reaches, from a run without a mutant."""
+    """For each case its processor time and the mutants that it reaches, from a run without a mutant."""
 
     def __init__(self, file, tree_hash, suites):
         self.file, self.suites = file, suites
@@ -50,10 +51,9 @@ class Survey:
         with tempfile.NamedTemporaryFile() as reached:
             reached.write(bytes(REACHED_BYTES))
             reached.flush()
-            start = time.monotonic()
-            if not suite.passes([case], 300, {"ARRAYFOLD_MUTANTS_REACHED": reached.name}):
+            seconds = suite.run([case], 120, {"ARRAYFOLD_MUTANTS_REACHED": reached.name})
+            if seconds is None:
                 return None
-            seconds = time.monotonic() - start
             reached.seek(0)
             return [round(seconds, 3), [n for n, byte in enumerate(reached.read()) if byte]]
 
@@ -77,6 +77,17 @@ class Survey:
         return batches
 
 
+def within(budget, batches):
+    """The first batches that take no more than `budget` seconds together; in any case the first one."""
+    taken, total = [], 0
+    for batch in batches:
+        total += batch[0]
+        if taken and total > budget:
+            break
+        taken.append(batch)
+    return taken
+
+
 class Trials:
     """What became of each mutant."""
 
@@ -90,20 +101,22 @@ class Trials:
         else:
             file.write_text(tree_hash + "\n")
 
-    def run(self, mutants, batches, jobs):
+    def run(self, mutants, batches, budget, jobs):
+        """Runs the mutants that have no outcome yet, each against the quickest of its cases that take `budget` seconds
+        together."""
         # A part of a run is spread over the module as the whole is.
         left = sorted((m for m in mutants if m.name not in self.outcomes), key=lambda m: m.rank())
         if left:
             print(f"{len(left)} mutants run, {len(mutants) - len(left)} are known", flush=True)
         with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
-            for count, _ in enumerate(pool.map(lambda m: self.run_one(m, batches.get(m.number, ())), left), 1):
+            for count, _ in enumerate(pool.map(lambda m: self.run_one(m, within(budget, batches.get(m.number, ()))), left), 1):
                 if count % 50 == 0:
                     print(f"  {count} of {len(left)}, {time.strftime('%H:%M:%S')}", flush=True)
 
     def run_one(self, mutant, batches):
         outcome = "survives" if batches else "is not reached"
         for seconds, suite, cases in batches:
-            if not suite.passes(cases, LIMIT + 8 * seconds, {"ARRAYFOLD_MUTANT": str(mutant.number)}):
+            if suite.run(cases, LIMIT + 8 * seconds, {"ARRAYFOLD_MUTANT": str(mutant.number)}) is None:
                 outcome = f"killed by {suite.name}"
                 break
         with self.lock:
