@@ -10,6 +10,7 @@ import time
 
 # In seconds of processor time:
 SLOW = 0.1  # from here on a case runs in a process of its own
+FEW = 8  # cases of a suite that a mutant meets first
 LIMIT = 2  # what a process may take beside eight times what its cases take without a mutant
 REACHED_BYTES = 1 << 14  # as mutant.hpp has it
 
@@ -58,23 +59,27 @@ class Survey:
             return [round(seconds, 3), [n for n, byte in enumerate(reached.read()) if byte]]
 
     def batches(self):
-        """For each mutant what to run, in this order: cases of one suite, with their time in seconds. Quick cases of a
-        suite run together, since starting a program takes as long as most cases."""
+        """For each mutant what to run, in this order: cases of one suite, with their time. Quick cases of a suite run
+        together, since starting a program takes as long as most cases."""
         by_number = {}
         for suite in self.suites:
             for case, found in self.cases[suite.name].items():
                 for number in found[1] if found else ():
                     by_number.setdefault(number, {}).setdefault(suite, []).append((found[0], case))
-        batches = {}
-        for number, by_suite in by_number.items():
-            batches[number] = []
-            for suite, cases in by_suite.items():
-                quick = [case for case in cases if case[0] < SLOW]
-                # A few first: most mutants fail at once.
-                parts = [quick[:8], quick[8:], *([case] for case in cases if case[0] >= SLOW)]
-                batches[number] += [(sum(c[0] for c in part), suite, [c[1] for c in part]) for part in parts if part]
-            batches[number].sort(key=lambda batch: batch[0])
-        return batches
+        return {number: self.in_order(by_suite) for number, by_suite in by_number.items()}
+
+    @staticmethod
+    def in_order(by_suite):
+        """A few quick cases of each suite, which notice most mutants, then the others from the quickest on."""
+        first, others = [], []
+        for suite, cases in by_suite.items():
+            quick = sorted(case for case in cases if case[0] < SLOW)
+            parts = [quick[:FEW], quick[FEW:], *([case] for case in cases if case[0] >= SLOW)]
+            for part, batches in zip(parts, [first] + [others] * len(parts)):
+                if part:
+                    batches.append((sum(case[0] for case in part), suite, [case[1] for case in part]))
+        by_time = lambda batch: batch[0]
+        return sorted(first, key=by_time) + sorted(others, key=by_time)
 
 
 def within(budget, batches):

@@ -43,6 +43,7 @@ TEST(CheckedSize, OfExtentsThatFit_IsTheirProduct) {
   EXPECT_EQ(checked_size(Shape{0}, 8), 0u);
   EXPECT_EQ(checked_size(Shape{2, 3, 4}, 8), 24u);
   EXPECT_EQ(checked_size(Shape{0, 4611686018427387904u}, 8), 0u);
+  EXPECT_EQ(checked_size(Shape{4611686018427387904u, 6, 0}, 8), 0u);
   EXPECT_EQ(checked_size(Shape{1152921504606846975u}, 8), 1152921504606846975u);
 }
 

@@ -81,6 +81,9 @@ TEST_P(LibraryProducts, XvdotXouterAndXkron_AreTheLibrarys) {
   compare("xouter", {100}, {100});
   compare("xkron", {10, 10}, {10, 10});
   compare("xkron", {1, 10}, {10, 1});
+  // More elements than are multiplied at a time.
+  compare("xouter", {600}, {3});
+  compare("xkron", {2, 600}, {2, 3});
 }
 
 // ---- Integers beside a triple loop

@@ -175,6 +175,8 @@ TEST_P(Scalars, TheToleranceIsTheExtentTimesTheLargestValueTimesTheRounding) {
   // The larger extent counts.
   EXPECT_EQ(number("xmatrix_rank", {2, 5}, {1, 0, 0, 0, 0, 0, 4 * rounding, 0, 0, 0}), 1);
   EXPECT_EQ(number("xmatrix_rank", {2, 5}, {1, 0, 0, 0, 0, 0, 6 * rounding, 0, 0, 0}), 2);
+  EXPECT_EQ(number("xmatrix_rank", {5, 2}, {1, 0, 0, 4 * rounding, 0, 0, 0, 0, 0, 0}), 1);
+  EXPECT_EQ(number("xmatrix_rank", {5, 2}, {1, 0, 0, 6 * rounding, 0, 0, 0, 0, 0, 0}), 2);
 }
 
 TEST_P(Scalars, OfProducts_TheRankIsTheInnerExtent) {

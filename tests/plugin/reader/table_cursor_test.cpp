@@ -111,6 +111,12 @@ TEST_F(TableCursors, ANullTable_GivesNoValueUnderAnySelector) {
   EXPECT_EQ(walk(under_no_table), Words{});
 }
 
+TEST_F(TableCursors, ANullTable_IsNeverPassedToTheHost) {
+  Value low(1), high(3);
+  TableCursor range(nullptr, low.address(), high.address());
+  EXPECT_EQ(operations_of([&] { EXPECT_EQ(walk(range), Words{}); }), Words{});
+}
+
 // ---- The modes, in the order of the checks
 
 TEST_F(TableCursors, TheSelectors_DecideTheMode) {
