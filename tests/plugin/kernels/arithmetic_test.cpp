@@ -6,6 +6,8 @@
 #include <functional>
 #include <limits>
 
+#include <sys/mman.h>
+
 #include "memory.hpp"
 #include "support/targets.hpp"
 
@@ -230,6 +232,35 @@ TEST(IntegerDivisionDeathTest, ByZeroOrBeyondTheRange_FaultsOnEveryTarget) {
       EXPECT_EXIT(arithmetic<std::int32_t>().remainder.left_advances(left.data(), &right[65], out.data(), length),
                   testing::KilledBySignal(SIGFPE), "");
     }
+  });
+}
+
+/// A page of numbers behind a page that nothing may touch.
+class GuardedPage {
+ public:
+  GuardedPage() : pages_(mmap(nullptr, 2 * size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)) {
+    mprotect(pages_, size, PROT_NONE);
+  }
+  ~GuardedPage() { munmap(pages_, 2 * size); }
+  GuardedPage(const GuardedPage&) = delete;
+  GuardedPage& operator=(const GuardedPage&) = delete;
+
+  std::int32_t* first() { return static_cast<std::int32_t*>(pages_) + length; }
+
+  static constexpr std::size_t size = 4096, length = size / sizeof(std::int32_t);
+
+ private:
+  void* pages_;
+};
+
+TEST(IntegerDivisionDeathTest, InALaterBlock_WritesNothingElsewhereBeforeItFaults) {
+  GuardedPage out;
+  const std::size_t length = GuardedPage::length;
+  std::vector<std::int32_t> left(length, 12), right(length, 3);
+  right[length - 1] = 0;
+  on_each_target([&] {
+    EXPECT_EXIT(arithmetic<std::int32_t>().quotient.both_advance(left.data(), right.data(), out.first(), length),
+                testing::KilledBySignal(SIGFPE), "");
   });
 }
 
