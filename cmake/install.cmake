@@ -34,12 +34,15 @@ install(CODE [[
   endif()
 ]] ALL_COMPONENTS)
 
-# Pages and examples. The examples that read data run from this folder.
+# Pages and examples. The examples that read data run from this folder. What they have written there stays behind.
+file(STRINGS ${PROJECT_SOURCE_DIR}/examples/week/.gitignore written REGEX "^/")
+list(TRANSFORM written REPLACE "^/(.*)$" "PATTERN;\\1;EXCLUDE")
 install(FILES README.md CHANGELOG.md SECURITY.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
   PATTERN .gitignore EXCLUDE
-  PATTERN CMakeLists.txt EXCLUDE)
+  PATTERN CMakeLists.txt EXCLUDE
+  ${written})
 
 # The description of the functions, found by the name of the module: a link beside it.
 relative_to(way ${ARRAYFOLD_MODULE_DIR} ${ARRAYFOLD_DATA_DIR})

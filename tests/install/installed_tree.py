@@ -34,7 +34,14 @@ class InstalledTree(unittest.TestCase):
     def setUpClass(cls):
         cls.workplace = tempfile.TemporaryDirectory()
         folder = pathlib.Path(cls.workplace.name)
+        week = project / "examples" / "week"
+        cls.written = [line[1:] for line in (week / ".gitignore").read_text().splitlines() if line.startswith("/")]
+        added = [week / name for name in cls.written if not (week / name).exists()]
+        for path in added:
+            path.touch()
         installed = install(folder / "first place")
+        for path in added:
+            path.unlink()
         assert installed.returncode == 0, installed.stderr
         cls.tree = folder / "second place" / "and below"
         cls.tree.parent.mkdir()
@@ -67,6 +74,11 @@ class InstalledTree(unittest.TestCase):
         for script in ("tour.hvm", "weather.hvm"):
             self.assert_succeeds(self.hvm, f"examples/{script}", cwd=pages)
         self.assert_succeeds(self.hvm, "masks.hvm", cwd=pages / "examples" / "week")
+
+    def test_files_that_examples_have_written_are_not_installed(self):
+        self.assertTrue(self.written)
+        week = self.tree / docdir / "examples" / "week"
+        self.assertEqual([name for name in self.written if (week / name).exists()], [])
 
     def test_library_of_the_language_is_found(self):
         code = 'use "arrays"\nprint(as_int(xarange(3)))'
