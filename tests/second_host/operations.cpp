@@ -18,7 +18,8 @@ using arrayfold::store;
 
 namespace {
 
-std::map<std::string, Manager*> managers;
+/// Never ended: objects may outlive whatever ends with the library.
+std::map<std::string, Manager*>& managers = *new std::map<std::string, Manager*>;
 /// How many records a block from HVM_NewObjects has.
 std::map<const HostValue*, std::int64_t> record_counts;
 
