@@ -11,11 +11,11 @@ import tempfile
 import time
 
 # The programs of the preset release load the module with mutants.
-MODULE_TESTS = ["object_test", "create_test", "random_test", "first_draws_test", "binning_test", "elementwise_test",
+MODULE_TESTS = ["create_test", "random_test", "first_draws_test", "binning_test", "elementwise_test",
                 "elementwise_host_test", "linalg_test", "linalg_library_test", "order_test", "reduce_test",
                 "contract_test", "faults_test"]
 # Programs that have parts of the module inside are built with mutants.
-TREE_TESTS = ["array_test", "reader_test", "kernels_test", "self_contained_parts_test"]
+TREE_TESTS = ["array_test", "reader_test", "object_test", "kernels_test", "self_contained_parts_test"]
 # The module for closed hosts differs in its sort and its choice of a target.
 SELF_CONTAINED_TESTS = {"order_test": "*Sorts*:OrderingTest.*"}
 RELEASE_TARGETS = [*MODULE_TESTS, "hvm", "arrayfold_description"]

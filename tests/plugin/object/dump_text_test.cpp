@@ -8,6 +8,7 @@
 #include <random>
 #include <string>
 
+#include "object/dump_text.hpp"
 #include "reference.hpp"
 #include "support/allocations.hpp"
 #include "support/module_test.hpp"
@@ -106,7 +107,7 @@ TEST_F(DumpText, OfCountlessEmptyRows_ThrowsBeforeItWrites) {
   HostValue* args[] = {indent.address()};
   const auto callback = hvm::callbacks_of(hvm::object_of(rows.record())).method;
   EXPECT_THROW(callback(ctx(), rows.address(), "dump", args, 1, result.address(), 0), std::bad_alloc);
-  EXPECT_LE(allocations().made - before, 1);  // the exception at the most
+  EXPECT_EQ(allocations().made, before);
 }
 
 /// The bytes that the system can give without ending a process, as /proc/meminfo says; 0 where it does not say.
@@ -124,13 +125,24 @@ TEST_F(DumpText, AsLongAsAHostRecordTakes_IsWritten) {
     GTEST_SKIP()
         << "needs 6 GiB of memory, and with less the system would end the process; the texts that are one byte "
            "too long for a record are refused in another test";
-  Value one = array_of<XTInt>(ctx(), {1}, {1});
-  // "[\n" + blanks + "1" + "\n]"
-  const Answer answer = method(one, "dump", {Value(INT_MAX - 5)});
+  // "[\n" + five times blanks + "1" + four times ",\n" + "\n]". More room is wished for than a text may take.
+  Value ones = array_of<XTInt>(ctx(), {5}, {1, 1, 1, 1, 1});
+  static_assert(5 * 429496726 + 17 == INT_MAX, "five indents leave room for the rest");
+  const Answer answer = method(ones, "dump", {Value(429496726)});
   EXPECT_EQ(hvm::text_of(answer.result.record()).size(), static_cast<std::size_t>(INT_MAX));
   // One byte more, which shows only when the number is written.
   Value longer = array_of<XTInt>(ctx(), {1}, {1234567});
   EXPECT_THROW(method(longer, "dump", {Value(INT_MAX - 10)}), std::bad_alloc);
+}
+
+TEST_F(DumpText, BeyondItsBound_ThrowsWithoutTakingMemory) {
+  constexpr std::size_t bound = std::size_t{INT_MAX} + 32;  // what a record takes, and a number
+  arrayfold::DumpText text(8);
+  const auto before = allocations().made;
+  EXPECT_THROW(text.room(bound + 1), std::bad_alloc);
+  text.commit(text.data() + 8);
+  EXPECT_THROW(text.room(bound - 7), std::bad_alloc);
+  EXPECT_EQ(allocations().made, before);
 }
 
 TEST_F(DumpText, OfManyDimensions_NeedsNoStack) {
