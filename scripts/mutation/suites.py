@@ -15,7 +15,9 @@ MODULE_TESTS = ["create_test", "random_test", "first_draws_test", "binning_test"
                 "elementwise_host_test", "linalg_test", "linalg_library_test", "order_test", "reduce_test",
                 "contract_test", "faults_test"]
 # Programs that have parts of the module inside are built with mutants.
-TREE_TESTS = ["array_test", "reader_test", "object_test", "kernels_test", "self_contained_parts_test"]
+TREE_TESTS = ["array_test", "reader_test", "object_test", "kernels_test", "self_contained_parts_test",
+              "unfriendly_host_test"]
+TREE_TARGETS = [*TREE_TESTS, "second_host"]
 # The module for closed hosts differs in its sort and its choice of a target.
 SELF_CONTAINED_TESTS = {"order_test": "*Sorts*:OrderingTest.*"}
 RELEASE_TARGETS = [*MODULE_TESTS, "hvm", "arrayfold_description"]
@@ -95,10 +97,10 @@ class Program(Suite):
 
 
 class Scripts(Suite):
-    """The script tests, run by hvm."""
+    """The script tests, run by hvm over a module."""
 
-    def __init__(self, build, module, project):
-        super().__init__("scripts", {})
+    def __init__(self, name, build, module, project):
+        super().__init__(name, {})
         self.path, self.module, self.folder = build / "bin/hvm", module, project / "tests/scripts"
 
     def cases(self):
@@ -123,4 +125,6 @@ def all_suites(project, tree):
                       "LD_LIBRARY_PATH": str(release / "lib")}
     for program, cases in SELF_CONTAINED_TESTS.items():
         suites.append(Program(release, program, program + " (self-contained)", self_contained, cases))
-    return [*suites, Scripts(release, tree / "lib/arrayfold.so", project)]
+    suites.append(Scripts("scripts", release, tree / "lib/arrayfold.so", project))
+    suites.append(Scripts("scripts (second host)", release, tree / "tests/second_host/lib/arrayfold.so", project))
+    return suites
