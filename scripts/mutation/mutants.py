@@ -24,7 +24,8 @@ EXCHANGED = {"Add": "Sub", "Sub": "Add", "Mul": "Add", "Div": "Mul", "Min": "Max
              "begin": "end", "lowest": "max"}
 # Arguments that no other can stand for, and functions whose arguments may change places.
 FIXED_ARGUMENTS = {"tag", "call", "ctx", "kind", "half", "evaluator", "bytes", "wide"}
-IN_ANY_ORDER = {"Add", "Mul", "And", "Or", "Xor", "Eq", "Ne", "offsetof", "lookup", "Set", "BitCast", "LoadU", "Load", "min", "max"}
+IN_ANY_ORDER = {"Add", "Mul", "And", "Or", "Xor", "Eq", "Ne", "offsetof", "lookup", "Set", "BitCast", "LoadU", "Load",
+                "min", "max"}
 NOT_CALLED = STATEMENT_WORDS | {"catch", "sizeof", "alignof", "decltype", "static_assert", "noexcept", "operator",
                                 "defined", "constexpr"}
 
@@ -268,7 +269,8 @@ def with_mutants(text, mutants):
             within = [m for m in inside[1:] if m.start < outer.end]
             inside = inside[1 + len(within):]
             write(text[start:outer.start])
-            before, behind = outer.form.replace("{number}", str(outer.number)).replace("{new}", outer.new).split("{old}")
+            choice = outer.form.replace("{number}", str(outer.number)).replace("{new}", outer.new)
+            before, behind = choice.split("{old}")
             first = written_until[0]
             write(before)
             write_range(outer.start, outer.end, within)

@@ -107,7 +107,8 @@ class Scripts(Suite):
         return [str(path.relative_to(self.folder)) for path in sorted(self.folder.rglob("*.hvm"))]
 
     def command(self, cases, folder):
-        return [self.path, "--module", self.module, "--jobs", "1", "--time-limit", "10", "--test", *(self.folder / case for case in cases)]
+        return [self.path, "--module", self.module, "--jobs", "1", "--time-limit", "10", "--test",
+                *(self.folder / case for case in cases)]
 
 
 def all_suites(project, tree):

@@ -114,7 +114,8 @@ class Trials:
         if left:
             print(f"{len(left)} mutants run, {len(mutants) - len(left)} are known", flush=True)
         with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
-            for count, _ in enumerate(pool.map(lambda m: self.run_one(m, within(budget, batches.get(m.number, ()))), left), 1):
+            run = lambda mutant: self.run_one(mutant, within(budget, batches.get(mutant.number, ())))
+            for count, _ in enumerate(pool.map(run, left), 1):
                 if count % 50 == 0:
                     print(f"  {count} of {len(left)}, {time.strftime('%H:%M:%S')}", flush=True)
 

@@ -17,7 +17,8 @@ def found_in(body):
 
 
 def changes(body, kind):
-    return [f"{m.old} -> {m.new}" for m in found_in("int f(int a, int b, int c) {\n" + body + "\n}\n") if m.kind == kind]
+    found = found_in("int f(int a, int b, int c) {\n" + body + "\n}\n")
+    return [f"{m.old} -> {m.new}" for m in found if m.kind == kind]
 
 
 class Mutants(unittest.TestCase):
