@@ -84,7 +84,7 @@ class Copies {
   fs::path folder_;
 };
 
-class LoadingTest : public ::testing::Test {
+class ModuleLoadingTest : public ::testing::Test {
  protected:
   /// As much as before the test.
   void expect_nothing_left() const {
@@ -101,13 +101,13 @@ class LoadingTest : public ::testing::Test {
   std::int64_t alive_before_ = allocations().alive;
   int threads_before_ = threads_of_process();
 };
-class Loading : public LoadingTest, public ::testing::WithParamInterface<const char*> {};
-INSTANTIATE_TEST_SUITE_P(Modules, Loading, ::testing::Values(TESTED_MODULES),
+class ModuleLoading : public ModuleLoadingTest, public ::testing::WithParamInterface<const char*> {};
+INSTANTIATE_TEST_SUITE_P(Modules, ModuleLoading, ::testing::Values(TESTED_MODULES),
                          [](const auto& tested) { return tested.index == 0 ? "shared" : "self_contained"; });
 
 // ---- Unloading
 
-TEST_P(Loading, AgainAndAgain_WorksAndLeavesNothingBehind) {
+TEST_P(ModuleLoading, AgainAndAgain_WorksAndLeavesNothingBehind) {
   for (int round = 0; round < 4; ++round) {
     LoadedModule module(GetParam());
     EXPECT_GT(mapped_parts(GetParam()), 0);
@@ -117,7 +117,7 @@ TEST_P(Loading, AgainAndAgain_WorksAndLeavesNothingBehind) {
   }
 }
 
-TEST_P(Loading, Again_StartsTheRandomNumbersFromTheBeginning) {
+TEST_P(ModuleLoading, Again_StartsTheRandomNumbersFromTheBeginning) {
   const auto first_draws = [] {
     const LoadedModule module(GetParam());
     return LoadedModule::text(module.call("xrand", {Value(3)}));
@@ -127,13 +127,13 @@ TEST_P(Loading, Again_StartsTheRandomNumbersFromTheBeginning) {
   expect_nothing_left();
 }
 
-TEST_P(Loading, WithoutAnyUse_LeavesNothingBehind) {
+TEST_P(ModuleLoading, WithoutAnyUse_LeavesNothingBehind) {
   LoadedModule(GetParam()).close();
   expect_nothing_left();
 }
 
 // The loader counts: the second closing unloads the module.
-TEST_P(Loading, Twice_IsOneModule) {
+TEST_P(ModuleLoading, Twice_IsOneModule) {
   LoadedModule module(GetParam());
   {
     LoadedModule same(GetParam());
@@ -174,7 +174,7 @@ void use_both_in_any_order(const std::string& path, const std::string& other_pat
   }
 }
 
-TEST_P(Loading, OfTwoCopiesUnderOtherNames_GivesTwoModules) {
+TEST_P(ModuleLoading, OfTwoCopiesUnderOtherNames_GivesTwoModules) {
   {
     const Copies copies;
     use_both_in_any_order(copies.of(GetParam(), "one.so"), copies.of(GetParam(), "other.so"));
@@ -182,7 +182,7 @@ TEST_P(Loading, OfTwoCopiesUnderOtherNames_GivesTwoModules) {
   expect_nothing_left();
 }
 
-TEST_F(LoadingTest, OfTheSharedAndTheSelfContainedModule_GivesTwoModules) {
+TEST_F(ModuleLoadingTest, OfTheSharedAndTheSelfContainedModule_GivesTwoModules) {
   if (std::size(modules) < 2) GTEST_SKIP() << "this build has the shared module alone; the release build has both";
   use_both_in_any_order(modules[0], modules[std::size(modules) - 1]);
   expect_nothing_left();
@@ -202,14 +202,14 @@ bool child_ends_well(const std::function<bool()>& works) {
   return child > 0 && waitpid(child, &status, 0) == child && status == 0;
 }
 
-TEST_P(Loading, BeforeAFork_ServesParentAndChild) {
+TEST_P(ModuleLoading, BeforeAFork_ServesParentAndChild) {
   LoadedModule module(GetParam());
   EXPECT_TRUE(computes(module));  // the threads of BLAS have run
   EXPECT_TRUE(child_ends_well([&] { return computes(module) && child_ends_well([&] { return computes(module); }); }));
   EXPECT_TRUE(computes(module));
 }
 
-TEST_P(Loading, BeforeAFork_LetsTheChildUnloadTheModule) {
+TEST_P(ModuleLoading, BeforeAFork_LetsTheChildUnloadTheModule) {
   LoadedModule module(GetParam());
   EXPECT_TRUE(computes(module));
   EXPECT_TRUE(child_ends_well([&] {
@@ -219,7 +219,7 @@ TEST_P(Loading, BeforeAFork_LetsTheChildUnloadTheModule) {
   EXPECT_TRUE(computes(module));
 }
 
-TEST_P(Loading, BeforeAFork_GivesTheChildTheSameRandomNumbers) {
+TEST_P(ModuleLoading, BeforeAFork_GivesTheChildTheSameRandomNumbers) {
   LoadedModule module(GetParam());
   module.call("xrand", {Value(5)});
   int ends[2];
