@@ -205,6 +205,11 @@ TEST_P(Threads, ThatDrawOneAfterTheOther_ShareTheNumbersOfOneEngine) {
   EXPECT_EQ(drawn.size(), 50u * threads_at_once);
 }
 
+// Breaks the promise of the host, and runs only where the thread sanitizer must notice it.
+TEST_P(Threads, DISABLED_ThatDrawAtOnce_Race) {
+  run_on_threads([&](int) { module.call("xrand", {Value(1000)}); });
+}
+
 TEST_P(Threads, OfTheHost_MayEndBeforeTheModuleIsUnloaded) {
   run_on_threads([&](int n) { results(module, n); });
   module.close();
