@@ -7,8 +7,10 @@
 #include <dlfcn.h>
 #include <errno.h>
 #include <signal.h>
+#include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -34,20 +36,23 @@ void arrayfold_coverage_remove(const struct FigureWriter* writer) {
     }
 }
 
-/* Tests that bound the size of files bound those of the figures, too, until here. */
-static void lift_limit_of_files(void) {
-  struct rlimit limits;
-  if (getrlimit(RLIMIT_FSIZE, &limits) != 0) return;
-  limits.rlim_cur = limits.rlim_max;
-  setrlimit(RLIMIT_FSIZE, &limits);
+/* Tests that bound memory or the size of files bound that of the figures, too, until here. */
+static void lift_limits(void) {
+  const __rlimit_resource_t resources[] = {RLIMIT_AS, RLIMIT_FSIZE};
+  for (unsigned i = 0; i < sizeof resources / sizeof *resources; ++i) {
+    struct rlimit limits;
+    if (getrlimit(resources[i], &limits) != 0) continue;
+    limits.rlim_cur = limits.rlim_max;
+    setrlimit(resources[i], &limits);
+  }
 }
 
 /* Runs at a regular end, before the figures are written. */
-__attribute__((destructor)) static void prepare_regular_end(void) { lift_limit_of_files(); }
+__attribute__((destructor)) static void prepare_regular_end(void) { lift_limits(); }
 
 static void write_all(void) {
   const int error = errno;
-  lift_limit_of_files();
+  lift_limits();
   for (const struct FigureWriter* writer = writers; writer; writer = writer->next) writer->write();
   errno = error;
 }
@@ -111,6 +116,17 @@ int kill(pid_t process, int signal) {
   return NEXT(kill)(process, signal);
 }
 
+/* A process that shall end with its parent must not end while it writes. */
+int prctl(int option, ...) {
+  va_list arguments;
+  va_start(arguments, option);
+  unsigned long words[4];
+  for (unsigned i = 0; i < 4; ++i) words[i] = va_arg(arguments, unsigned long);
+  va_end(arguments);
+  if (option == PR_SET_PDEATHSIG && (int)words[0] == SIGKILL) words[0] = (unsigned long)ending_signal();
+  return NEXT(prctl)(option, words[0], words[1], words[2], words[3]);
+}
+
 int raise(int signal) {
   if (has_default_action(signal)) write_all();
   return NEXT(raise)(signal);
@@ -131,14 +147,22 @@ void _exit(int status) {
 
 void _Exit(int status) { _exit(status); }
 
+/* The new program has the limits that were set for it. */
 int execv(const char* path, char* const words[]) {
+  struct rlimit memory, files;
+  const int has_limits = getrlimit(RLIMIT_AS, &memory) == 0 && getrlimit(RLIMIT_FSIZE, &files) == 0;
   write_all();
+  if (has_limits) {
+    setrlimit(RLIMIT_AS, &memory);
+    setrlimit(RLIMIT_FSIZE, &files);
+  }
   return NEXT(execv)(path, words);
 }
 
-/* A bound of the size of files can be lifted again. */
+/* These two bounds can be lifted again. */
 int setrlimit(__rlimit_resource_t resource, const struct rlimit* limits) {
   struct rlimit now, liftable = *limits;
-  if (resource == RLIMIT_FSIZE && getrlimit(resource, &now) == 0) liftable.rlim_max = now.rlim_max;
+  const int is_lifted = resource == RLIMIT_AS || resource == RLIMIT_FSIZE;
+  if (is_lifted && getrlimit(resource, &now) == 0) liftable.rlim_max = now.rlim_max;
   return NEXT(setrlimit)(resource, &liftable);
 }

@@ -185,6 +185,10 @@ class Program(unittest.TestCase):
     def run_program(self):
         return subprocess.run([DESCRIBE, self.pages, self.output], capture_output=True, text=True, check=False)
 
+    def test_without_arguments_it_shows_its_usage(self):
+        finished = subprocess.run([DESCRIBE], capture_output=True, text=True, check=False)
+        self.assertEqual((finished.returncode, finished.stderr), (2, "usage: describe_functions PAGES OUTPUT\n"))
+
     def test_the_same_pages_give_the_same_bytes(self):
         self.assertEqual(self.run_program().returncode, 0)
         self.assertEqual(self.output.read_bytes(), DESCRIPTION.read_bytes())

@@ -60,6 +60,10 @@ class Manual(unittest.TestCase):
             for page in PAGES:
                 self.assertEqual((pathlib.Path(folder) / page).read_bytes(), (manual / page).read_bytes(), page)
 
+    def test_without_arguments_the_program_shows_its_usage(self):
+        ended = run(write_manual)
+        self.assertEqual((ended.returncode, ended.stderr), (2, "usage: write_manual DOCS FOLDER\n"))
+
     def test_what_is_missing_is_named(self):
         ended = run(write_manual, "/no/docs", ".")
         self.assertEqual((ended.returncode, ended.stderr), (1, "/no/docs/language.md:1: the page is missing\n"))

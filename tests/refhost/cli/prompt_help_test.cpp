@@ -12,6 +12,7 @@
 namespace hvm::testing {
 namespace {
 
+using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
@@ -85,6 +86,22 @@ TEST(Repl, Help_KnowsAllWordsOfTheLanguage) {
   }
 }
 
+TEST(Repl, Help_ListsBuiltinsKeywordsAndVariables) {
+  Prompt terminal;
+  terminal.expect_answers({{"help(variables)", "  args\r\n"},
+                           {"distance = 7; area = 2"},
+                           {"help(variables)", "  area args distance\r\n"},
+                           {"help(builtins)", "  abs acos append "},
+                           {"help(builtins)", "help(print) explains one of them.\r\n"},
+                           {"help(keywords)", " while\r\n"},
+                           {"help(keywords)", "help(for) explains one of them.\r\n"}});
+}
+
+TEST(Repl, Help_OfALoadedLibraryShowsThePageOfItsFn) {
+  Prompt terminal;
+  terminal.expect_answers({{"use \"arrays\""}, {"help(transpose)", "docs/library/transpose.md"}});
+}
+
 TEST(Repl, Help_OfAFnShowsTheCommentAboveIt) {
   const Workplace place;
   place.write("area.hvm", "x = 1\n# Gives the area\n# of a \x1b[31mfield.\nfn area(w, h) return w * h end\n");
@@ -92,14 +109,17 @@ TEST(Repl, Help_OfAFnShowsTheCommentAboveIt) {
   terminal.expect_answers({{":load area.hvm"},
                            {"help(area)",
                             "\r\n  area(w, h)\r\nGives the area\r\nof a \ufffd[31mfield.\r\n"
-                            "Defined in area.hvm, line 4.\r\n"}});
+                            "Defined in area.hvm, line 4.\r\n"},
+                           {"fn  wide(w) return w end"},
+                           {"help(wide)", "\r\n  wide(w)\r\n"}});
 }
 
 TEST(Repl, TimeAndVars_TellOfStatementsAndVariables) {
   Prompt terminal;
-  EXPECT_THAT(terminal.answer(":time x = 3"), ::testing::ContainsRegex("\r\n[0-9.]+ (us|ms)\r\n"));
+  EXPECT_THAT(terminal.answer(":time x = 3"), ContainsRegex("\r\n[0-9.]+ (us|ms)\r\n"));
+  EXPECT_THAT(terminal.answer(":time for i in range(20000) do x = 3 end"), ContainsRegex("\r\n[0-9.]+ (ms|s)\r\n"));
   EXPECT_THAT(terminal.answer(":time for i in range(3)", "\n... "), Not(HasSubstr("ms")));
-  EXPECT_THAT(terminal.answer("end"), ::testing::ContainsRegex("\r\n[0-9.]+ (us|ms)\r\n"));
+  EXPECT_THAT(terminal.answer("end"), ContainsRegex("\r\n[0-9.]+ (us|ms)\r\n"));
   terminal.answer("table = [1, 2]");
   terminal.answer("a = toy_int(2, 3)");
   terminal.answer("text = \"a\" * 60");
@@ -124,6 +144,15 @@ TEST(Repl, Tab_CompletesNamesMethodsAndKeywords) {
                            {"print(toy_n\t))", "\r\nnil\r\n"},
                            {"print(toy_zz\t)", "there is no variable 'toy_zz'"},
                            {"help(toy_fa\t", "  toy_fail("}});
+}
+
+TEST(Repl, Tab_CompletesFnsAndCommands) {
+  Prompt terminal;
+  terminal.expect_answers({{"fn surface(w) return w * w end"},
+                           {"surf\t3)", "\r\n9\r\n"},
+                           {":tim\tx = 3", ":time x = 3\r\n"},
+                           {"use \"arrays\""},
+                           {"arrays_che\t", "there is no variable 'arrays_che'"}});
 }
 
 TEST(Repl, Tab_ShowsSeveralMatches) {

@@ -28,6 +28,14 @@ TEST(Repl, ShowsValuesSurvivesErrorsAndEndsAtTheEndOfFile) {
   EXPECT_EQ(terminal.exit_status(), 0);
 }
 
+TEST(Repl, TheEndOfFileInABlock_ReportsWhatIsOpen) {
+  Prompt terminal;
+  terminal.answer("while 1", "\n... ");
+  terminal.type("\x04");
+  terminal.wait_for("error: 'while' has no 'end'");
+  EXPECT_EQ(terminal.exit_status(), 0);
+}
+
 TEST(Repl, Exit_EndsItWithAStatus) {
   Prompt terminal;
   terminal.answer("x = 3");

@@ -68,6 +68,16 @@ TEST(Repl, CtrlC_NamesTheCallsThatLedThere) {
   EXPECT_THAT(terminal.interrupt("spin()"), HasSubstr("in spin, called at <input 2>:1:1"));
 }
 
+TEST(Repl, CtrlC_InAUsedScriptNamesTheUse) {
+  const Workplace place;
+  place.write("loop.hvm", "x = 1\nwhile x\n  x += 1L\nend\n");
+  Prompt terminal(in_folder(place));
+  const std::string shown = terminal.interrupt("use \"loop.hvm\"");
+  EXPECT_THAT(shown, HasSubstr("loop.hvm:"));
+  EXPECT_THAT(shown, HasSubstr("error: interrupted"));
+  EXPECT_THAT(shown, HasSubstr("used at <input 1>:1"));
+}
+
 TEST(Repl, CtrlC_InACallOfTheModuleWaitsAndSaysSo) {
   Prompt terminal;
   terminal.answer("x = 3");

@@ -75,6 +75,11 @@ TEST(Repl, SavedScripts_HoldWhatRanOfInputsThatFailed) {
        "x = 4\n# print(x / 0)  # error: '/' by the integer zero\n"
        "# toy_fail(x)  # error: toy_fail: the call failed with an int\n",
        "4"},
+      {{"x = [1, 2, 3]", "u = -remove(x, 0) / 0"},
+       "x = [1, 2, 3]\ntry  # error: '/' by the integer zero\nu = -remove(x, 0) / 0\ncatch session_error end\n",
+       "[2, 3]"},
+      {{"x = 4", "u = @double(x) / 0"}, nullptr, "4"},
+      {{"x = 5", "return x"}, nullptr, "5"},
       {{"8; x = _ + 1; x"}, "_ = 8; x = _ + 1; _ = x\n", "9"},
   };
   for (const auto& row : rows) {

@@ -84,6 +84,15 @@ TEST(Repl, StoppedTwice_GoesOnWithTheLine) {
   terminal.wait_for("7077\r\n");
 }
 
+// Where no shell could continue it, the system does not stop it.
+TEST(Repl, CtrlZ_WithoutAShell_GoesOnWithTheLine) {
+  Prompt terminal;
+  terminal.type("print(70\x1A");
+  terminal.wait_for("print(70");
+  terminal.type("00 + 77)\n");
+  terminal.wait_for("7077\r\n");
+}
+
 TEST(Repl, KeysInATinyWindow_DoNoHarm) {
   TerminalConditions conditions;
   conditions.type = "xterm";

@@ -118,6 +118,8 @@ TEST(Use, OfWhatCannotBeRead_IsAnError) {
   expect_error(place.write("c.hvm", "use \"data.csv\""), "",
                "use: the name of a script ends in .hvm, and \"data.csv\" does not");
   expect_error(place.write("d.hvm", "use \"\""), "", "use: the name of a script ends in .hvm, and \"\" does not");
+  std::filesystem::create_symlink("/proc/self/mem", place.path() + "/memory.hvm");
+  expect_error(place.write("f.hvm", "use \"memory.hvm\""), "", "/memory.hvm cannot be read: Input/output error");
   expect_error(place.write("e.hvm", "use \"text.hvm\""), "", "text.hvm:1:6: error: the source is not valid UTF-8");
 }
 

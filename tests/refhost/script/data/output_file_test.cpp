@@ -42,6 +42,13 @@ unsigned mode_of(const std::string& path) {
   return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
 }
 
+TEST(OutputFile, AtLinksInACircle_IsAnError) {
+  const Folder folder;
+  fs::create_symlink("b", folder / "a");
+  fs::create_symlink("a", folder / "b");
+  EXPECT_EQ(error_of_writing(folder / "a"), "Too many levels of symbolic links");
+}
+
 TEST(OutputFile, ANewFileHasTheModeThatTheMaskLeaves) {
   const Folder folder;
   const mode_t mask = umask(027);

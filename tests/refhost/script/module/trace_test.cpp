@@ -9,6 +9,7 @@
 
 #include "folder.hpp"
 #include "script/data/json_values.hpp"
+#include "script/module/trace_values.hpp"
 
 namespace hvm::testing {
 namespace {
@@ -181,6 +182,29 @@ TEST(Trace, OfValues_TellsKindAndValue) {
            {"@double(2,  n)", R"_({"kind":"quotation","text":"@double(2,  n)"})_"},
            {"@[1, 2]", R"({"kind":"quotation","text":"@[1, 2]"})"}})
     EXPECT_EQ(told_arguments(std::string("n = 1; toy_nothing(") + row.argument + ")"), row.told) << row.argument;
+}
+
+TEST(Trace, OfValuesThatNoScriptMakes_TellsTheirTags) {
+  const auto told = [](arrayfold::ValueTag tag, const void* payload) {
+    arrayfold::HostValue record{};
+    record.tag = tag;
+    arrayfold::store<const void*>(record.payload, payload);
+    std::string text;
+    append_traced_value(text, record, {});
+    return text;
+  };
+  using arrayfold::ValueTag;
+  EXPECT_EQ(told(ValueTag::scalar_80, nullptr), R"({"kind":"value","tag":80})");
+  EXPECT_EQ(told(ValueTag::object, nullptr), R"({"kind":"object","object":null})");
+  EXPECT_EQ(told(ValueTag::string_record, nullptr), R"({"kind":"string record","value":""})");
+  EXPECT_EQ(told(ValueTag::converted_string, nullptr), R"({"kind":"converted string","value":""})");
+  EXPECT_EQ(told(ValueTag::code, nullptr), R"({"kind":"quotation","text":""})");
+}
+
+TEST(Trace, OfALongKey_TellsItsFrontAndItsLength) {
+  EXPECT_EQ(told_arguments("toy_nothing([\"a\" * 81: 1])"), R"({"kind":"table","count":1,"entries":[[{"text":")" +
+                                                                std::string(80, 'a') +
+                                                                R"(","length":81},{"kind":"int","value":1}]]})");
 }
 
 TEST(Trace, OfALongTable_TellsItsFirstEntriesAndTheirCount) {

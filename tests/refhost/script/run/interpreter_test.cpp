@@ -31,6 +31,11 @@ TEST(Numbers, RealArithmetic_IsThatOf64BitFloats) {
                   {"print(-0.0, 1e20, 123456789.0, 1234567.0)", "-0.0 1e+20 1.23457e+08 1.23457e+06"}});
 }
 
+TEST(ScriptEnds, AsExceptions_SayWhatHasHappened) {
+  EXPECT_STREQ(ScriptExit(3).what(), "the script has ended itself");
+  EXPECT_STREQ(StepLimitReached().what(), "the script has taken more steps than it may");
+}
+
 TEST(Numbers, Comparison_GivesOneOrZeroAndIsExact) {
   expect_outputs({{"print(1 < 2, 2 <= 1, 1 == 1.0, 1 != 1, true, false)", "1 0 1 0 1 0"},
                   {"print(9007199254740993L == 9007199254740992.0)", "0"},

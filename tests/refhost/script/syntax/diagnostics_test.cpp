@@ -25,6 +25,11 @@ TEST(Diagnostics, Report_CutsLongLinesAroundTheCaret) {
   EXPECT_EQ(report[second_line + (caret - third_line)], '2');
 }
 
+TEST(Diagnostics, AsExceptions_HaveTheirMessageForWords) {
+  EXPECT_STREQ(error_of("x = ").what(), error_of("x = ").message().c_str());
+  EXPECT_STREQ(Failure("no such name").what(), "no such name");
+}
+
 TEST(Diagnostics, Caret_StandsUnderWideAndBehindCombiningCharacters) {
   // Two columns for each of the wide characters, none for the accent.
   EXPECT_EQ(error_of("x = \"\xE4\xB8\xAD\xE6\x96\x87\" ! 1").report(),

@@ -72,6 +72,20 @@ TEST(Printer, Objects_ShowAsTheGivenTextSays) {
   EXPECT_EQ(printer.text(Value::sharing(object)), "an object");
 }
 
+TEST(Printer, ATableWithinItself_IsShownAsThreeDots) {
+  const Value table = Value::table_of({Value(1)});
+  HostValue itself = table.record();
+  itself.lifetime = arrayfold::Lifetime::none;
+  set_entry(table_of(table.record()), 1, itself);
+  EXPECT_EQ(Printer(Detail::brief, {}).text(table), "[1, [...]]");
+}
+
+TEST(ValueKinds, OfATagWithoutAName_IsAValue) {
+  HostValue record = nil_record();
+  record.tag = ValueTag::scalar_80;
+  EXPECT_EQ(kind_in_words(Value::sharing(record)), "a value");
+}
+
 TEST(ValueKinds, Names_HaveTheirArticles) {
   EXPECT_EQ(kind_in_words(Value(1)), "an int");
   EXPECT_EQ(kind_in_words(Value(std::int64_t{1})), "an int64");
