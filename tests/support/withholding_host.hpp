@@ -10,6 +10,8 @@
 #include <functional>
 #include <string>
 
+#include "host/host_value.hpp"
+
 namespace arrayfold::test {
 
 enum class Withheld { table, hash, slot_by_number, slot_by_key, record, records, block, larger_block, object };
@@ -37,6 +39,16 @@ class Meanwhile {
   Meanwhile& operator=(const Meanwhile&) = delete;
 
   static bool has_come() noexcept;
+};
+
+/// While this lives, a value of the tag is a number, too, and reads as 5 or true: a host may have more kinds of numbers
+/// than the contract names.
+class NumberTag {
+ public:
+  explicit NumberTag(ValueTag tag) noexcept;
+  ~NumberTag();
+  NumberTag(const NumberTag&) = delete;
+  NumberTag& operator=(const NumberTag&) = delete;
 };
 
 }  // namespace arrayfold::test

@@ -3,6 +3,7 @@
 #include "reader/table_conversion.hpp"
 
 #include "support/reader_test.hpp"
+#include "support/withholding_host.hpp"
 
 namespace arrayfold::test {
 namespace {
@@ -329,6 +330,16 @@ TEST_F(LiteralData, EachKind_AsksForTheNumberOfAHostValue) {
   EXPECT_EQ(operations_of([&] { gathered<XTInt>(row); }), Words{"NumberCheck"});
   EXPECT_EQ(operations_of([&] { gathered<XTInt64>(row); }), Words{"NumberCheck"});
   EXPECT_EQ(operations_of([&] { gathered<XTDouble>(row); }), Words{"NumberCheck"});
+}
+
+TEST_F(LiteralData, AHostValueThatTheHostTakesForANumber_IsRead) {
+  const NumberTag other(ValueTag::scalar_80);
+  host[1] = raw(ValueTag::scalar_80);
+  const HostCodeNode* row = code.row({variable(1)});
+  EXPECT_EQ(gathered<XTBool>(row).values, std::vector<bool>{true});
+  EXPECT_EQ(gathered<XTInt>(row).values, std::vector<std::int32_t>{5});
+  EXPECT_EQ(gathered<XTInt64>(row).values, std::vector<std::int64_t>{5});
+  EXPECT_EQ(gathered<XTDouble>(row).values, std::vector<double>{5});
 }
 
 TEST_F(LiteralData, ARowLeadsOn_WhateverTheTagOfItsValueSlot) {
