@@ -236,8 +236,8 @@ std::int32_t entry_count(const HostHash* table) noexcept;
 
 /// Numbers and strings are keys. An integer of 64 bits that fits into 32 is the integer key; a wide string is the key
 /// of its UTF-8 form; a real is a key of its own kind, also when it is whole (the two zeros are one key, and so are all
-/// NaN).
-bool is_key(const HostValue& key) noexcept;
+/// NaN). Throws std::bad_alloc where memory for the UTF-8 form of a wide string is missing.
+bool is_key(const HostValue& key);
 /// The value under a key, null when absent.
 HostValue* find(const HostHash* table, const HostValue& key) noexcept;
 HostValue* find(const HostHash* table, int key) noexcept;

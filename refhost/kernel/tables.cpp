@@ -294,7 +294,11 @@ std::int32_t entry_count(const HostHash* table) noexcept {
   return table ? table->index_count + own(table)->live_items : 0;
 }
 
-bool is_key(const HostValue& key) noexcept { return key_of(key).exists(); }
+bool is_key(const HostValue& key) {
+  if (key_of(key).exists()) return true;
+  if (is_text(key)) throw std::bad_alloc();
+  return false;
+}
 
 namespace {
 
