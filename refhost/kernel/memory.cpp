@@ -32,6 +32,8 @@ HVM_STATE std::size_t live_bytes;
 HVM_STATE std::size_t byte_limit;  // of all blocks together; 0: none
 HVM_STATE std::int64_t asked_blocks;
 HVM_STATE std::int64_t blocks_until_failure;  // 0: none fails
+HVM_STATE FailureExtent failure_extent;
+HVM_STATE bool failures_are_suspended;
 HVM_STATE bool failure_has_come;
 
 BlockHead* head_of(void* block) noexcept { return static_cast<BlockHead*>(block) - 1; }
@@ -45,8 +47,9 @@ bool is_beyond_limit(std::size_t size) noexcept {
 
 bool fails_now() noexcept {
   ++asked_blocks;
-  if (blocks_until_failure == 0 || --blocks_until_failure > 0) return false;
+  if (blocks_until_failure == 0 || failures_are_suspended || --blocks_until_failure > 0) return false;
   failure_has_come = true;
+  if (failure_extent == FailureExtent::lasting) blocks_until_failure = 1;
   return true;
 }
 
@@ -101,10 +104,13 @@ std::size_t size_of(const void* block) noexcept { return head_of(block)->size; }
 
 // ---- Instruments
 
-void fail_allocation(std::int64_t nth) noexcept {
+void fail_allocation(std::int64_t nth, FailureExtent extent) noexcept {
   kernel::blocks_until_failure = std::max<std::int64_t>(nth, 0);
+  kernel::failure_extent = extent;
   kernel::failure_has_come = false;
 }
+
+void suspend_failures(bool suspend) noexcept { kernel::failures_are_suspended = suspend; }
 
 bool allocation_has_failed() noexcept { return kernel::failure_has_come; }
 void limit_memory(std::size_t bytes) noexcept { kernel::byte_limit = bytes; }

@@ -18,26 +18,30 @@ namespace {
 
 AllocationCounts counts;
 std::int64_t until_failure = 0;
+hvm::FailureExtent failing = hvm::FailureExtent::once;
+bool is_suspended = false;
 bool failed = false;
 
-/// True when the allocation at hand is the one to fail.
+/// True when the allocation at hand is one to fail.
 bool withheld() noexcept {
-  if (until_failure == 0 || --until_failure > 0) return false;
+  if (until_failure == 0 || is_suspended || --until_failure > 0) return false;
   failed = true;
+  if (failing == hvm::FailureExtent::lasting) until_failure = 1;
   return true;
 }
 
-int fail_each(const std::function<void()>& action, void (*arm)(std::int64_t), bool (*has_failed)()) {
+int fail_each(const std::function<void()>& action, void (*arm)(std::int64_t, hvm::FailureExtent),
+              bool (*has_failed)()) {
   for (int nth = 1;; ++nth) {
     const auto host = hvm::counts();  // also empties the slot of lost values
     const auto alive = counts.alive;
-    arm(nth);
+    arm(nth, hvm::FailureExtent::once);
     try {
       action();
     } catch (const std::bad_alloc&) {
     }
     const bool came = has_failed();
-    arm(0);
+    arm(0, hvm::FailureExtent::once);
     EXPECT_TRUE(hvm::counts() == host) << "the host holds something after the failure of allocation " << nth;
     EXPECT_EQ(counts.alive, alive) << "an allocation outlived the failure of allocation " << nth;
     if (!came) return nth - 1;
@@ -48,10 +52,13 @@ int fail_each(const std::function<void()>& action, void (*arm)(std::int64_t), bo
 
 AllocationCounts allocations() noexcept { return counts; }
 
-void fail_allocation(std::int64_t nth) noexcept {
+void fail_allocation(std::int64_t nth, hvm::FailureExtent extent) noexcept {
   until_failure = nth;
+  failing = extent;
   failed = false;
 }
+
+void suspend_failures(bool suspend) noexcept { is_suspended = suspend; }
 
 bool allocation_has_failed() noexcept { return failed; }
 

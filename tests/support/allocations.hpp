@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <functional>
 
+#include "kernel/kernel.hpp"
+
 namespace arrayfold::test {
 
 /// Allocations so far, and how many of them are alive.
@@ -17,8 +19,10 @@ struct AllocationCounts {
 };
 AllocationCounts allocations() noexcept;
 
-/// Lets the n-th allocation from now on fail; 0 takes that back.
-void fail_allocation(std::int64_t nth) noexcept;
+/// Lets the n-th allocation from now on fail, or all from there on; 0 takes that back.
+void fail_allocation(std::int64_t nth, hvm::FailureExtent extent = hvm::FailureExtent::once) noexcept;
+/// While on, no allocation fails, and none counts towards the n-th.
+void suspend_failures(bool suspend) noexcept;
 /// True when it has failed since then.
 bool allocation_has_failed() noexcept;
 

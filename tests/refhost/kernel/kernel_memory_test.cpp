@@ -83,6 +83,34 @@ TEST_F(KernelMemory, FailAllocation_FailsTheNthOnce) {
   EXPECT_FALSE(allocation_has_failed());
 }
 
+TEST_F(KernelMemory, FailAllocation_ThatLasts_FailsAllFromTheNthOn) {
+  fail_allocation(2, FailureExtent::lasting);
+  void* first = HVM_Malloc(8);
+  EXPECT_NE(first, nullptr);
+  for (int n = 0; n < 3; ++n) EXPECT_EQ(HVM_Malloc(8), nullptr);
+  EXPECT_TRUE(allocation_has_failed());
+  HVM_Free(first);
+  fail_allocation(1);
+  EXPECT_EQ(HVM_Malloc(8), nullptr);
+  HVM_Free(HVM_Malloc(8));
+}
+
+TEST_F(KernelMemory, SuspendFailures_LetsAllocationsPassAndCountsNone) {
+  fail_allocation(2);
+  void* first = HVM_Malloc(8);
+  suspend_failures(true);
+  for (int n = 0; n < 3; ++n) {
+    void* between = HVM_Malloc(8);
+    EXPECT_NE(between, nullptr);
+    HVM_Free(between);
+  }
+  EXPECT_FALSE(allocation_has_failed());
+  suspend_failures(false);
+  EXPECT_EQ(HVM_Malloc(8), nullptr);
+  EXPECT_TRUE(allocation_has_failed());
+  HVM_Free(first);
+}
+
 TEST_F(KernelMemory, LimitMemory_BoundsAllBlocksTogether) {
   const Value held(std::string(1000, 'x'));
   limit_memory(100);  // less than is held already
