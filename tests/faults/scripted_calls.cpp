@@ -45,6 +45,87 @@ hvm::InterpreterOptions silent() {
 
 }  // namespace
 
+namespace {
+
+/// `inner` in so many brackets, twice in each: `[[x, x], [x, x]]`.
+std::string nested(const std::string& inner, int depth) {
+  std::string text = inner;
+  for (int n = 0; n < depth; ++n) text = "[" + text + ", " + text + "]";
+  return text;
+}
+
+std::string repeated(const std::string& text, int count) {
+  std::string all;
+  for (int n = 0; n < count; ++n) all += (n == 0 ? "" : ", ") + text;
+  return all;
+}
+
+/// The arguments of xarray, where KIND is the name of a kind.
+std::vector<std::string> reading_arguments() {
+  std::vector<std::string> all = {"@KIND",
+                                  "@name",
+                                  "@text",
+                                  "\"KIND\"",
+                                  "@label: KIND(2, n)",
+                                  "@KIND, t",
+                                  "@KIND, a",
+                                  "@KIND, []",
+                                  "@KIND, [[], []]",
+                                  "@KIND, [[1, 2], [3]]",
+                                  "@KIND, [[1, 2], [3, \"four\"]]",
+                                  "@KIND, [7: 1, 2.5: 2, 0: 3]"};
+  for (const char* argument : {"1.5",
+                               "2L",
+                               "n",
+                               "n + 1",
+                               "t[\"k\"]",
+                               "t[0]",
+                               "t[0:1]",
+                               "t[\"in\", 1]",
+                               "len(t)",
+                               "len([1, 2, 3])",
+                               "max(n, len(t))",
+                               "text",
+                               "w\"wide\"",
+                               "\"narrow\"",
+                               "[1, [2, \"k\": n]]",
+                               "@n",
+                               "@other(1, n, \"a\")",
+                               "@label_that_is_longer_than_what_fits_in_place: other(len(t))",
+                               "a",
+                               "nothing"})
+    for (const int count : {1, 3, 12}) all.push_back("@KIND(" + repeated(argument, count) + ")");
+  for (int dimensions = 0; dimensions <= 6; ++dimensions) {
+    all.push_back("@KIND(" + repeated("2", dimensions) + ")");
+    all.push_back("@KIND(" + repeated("n", dimensions) + ")");
+    all.push_back("@KIND(" + repeated("len(t)", dimensions) + ")");
+    if (dimensions == 0) continue;
+    for (const char* element : {"1", "n", "2.5", "3L", "t[0]", "\"text\"", "[1, \"k\": 2]"})
+      all.push_back("@KIND, " + nested(element, dimensions));
+    for (const char* element : {"1", "n", "2.5"}) all.push_back("@KIND, @" + nested(element, dimensions));
+  }
+  return all;
+}
+
+}  // namespace
+
+void read_arrays(Sweep& sweep) {
+  hvm::Interpreter interpreter(functions(), silent());
+  const auto run = [&](const std::string& text) {
+    sweep.come_from(text + ": ");
+    run_statements(interpreter, std::make_shared<const hvm::SourceText>("reading", text));
+  };
+  run("n = 2\ntext = \"double\"\nname = \"int\"\na = xones(2)\nt = [2, 1, \"k\": 2, \"in\": [1, 2]]\n");
+  const Sweeping sweeping(sweep);
+  for (const std::string& arguments : reading_arguments())
+    for (const std::string kind : {"bool", "int", "int64", "double", "float"}) {
+      std::string call = "xarray(" + arguments + ")";
+      for (std::size_t at = call.find("KIND"); at != std::string::npos; at = call.find("KIND"))
+        call.replace(at, 4, kind);
+      run(call);
+    }
+}
+
 void make_recorded_calls(Sweep& sweep, const std::string& table) {
   for (const hvm::conformance::CallRow& row : hvm::conformance::read_call_table(table).rows) {
     if (row.ending_signal() != 0) continue;  // it ends the process

@@ -276,7 +276,7 @@ void Sweep::repeat(const SweptCall& call) {
   for (const auto memory : {Failure::Memory::module, Failure::Memory::host})
     for (const auto extent : {FailureExtent::once, FailureExtent::lasting}) {
       std::int64_t failed = 0;
-      for (Failure failure{memory, extent, 1};; failure.nth += size_.every_allocation ? 1 : 1 + failure.nth / 8) {
+      for (Failure failure{memory, extent, 1};; failure.nth += size_.every_allocation ? 1 : 1 + failure.nth / 4) {
         const State found = attempt(call, kept, failure);
         judge(call, failure, before, expected, found);
         if (!found.has_failed) break;

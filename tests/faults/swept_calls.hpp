@@ -18,6 +18,8 @@ void call_functions(Sweep& sweep);
 void call_methods(Sweep& sweep);
 /// Every operator of such arrays with an array, with a number, and in place; elements, read and written.
 void apply_operators(Sweep& sweep);
+/// xarray of every kind, in every way in which it is told shapes and elements of 0 to 6 dimensions.
+void read_arrays(Sweep& sweep);
 /// The calls of the table of calls.
 void make_recorded_calls(Sweep& sweep, const std::string& table);
 /// All calls of the scripts in a folder.
