@@ -346,17 +346,13 @@ Counts counts() noexcept;
 /// While set, `HVM_NewAny` and `HVM_NewAnyMan` make nothing and return null.
 void withhold_objects(bool withhold) noexcept;
 
-/// What fails with the n-th allocation: that one, or all from there on.
-enum class FailureExtent { once, lasting };
-/// Lets the n-th allocation from now on fail; 0 takes that back. All memory of the host counts: its `HVM_Malloc`
+/// Lets the n-th allocation from now on fail, once; 0 takes that back. All memory of the host counts: its `HVM_Malloc`
 /// family, texts, records, objects and tables. Then `HVM_Malloc`, `HVM_Realloc2`, `HVM_ReallocNoLeak`, `HVM_NewObject`,
 /// `HVM_NewObjects`, `HVM_NewHash` and `HVM_NewAny` return null (the block that could not grow stays with
 /// `HVM_Realloc2` and is given back by `HVM_ReallocNoLeak`), a record that should hold a text, a table or a copy
 /// becomes nil with a payload of zero, a copy of a table lacks the entries that could not be copied, and `HVM_HashSet`
 /// and `HVM_HashSetInt` return the lost slot: a record of no table, emptied when it is next handed out.
-void fail_allocation(std::int64_t nth, FailureExtent extent = FailureExtent::once) noexcept;
-/// While on, no allocation fails, and none counts towards the n-th: a test makes memory of its own within a call.
-void suspend_failures(bool suspend) noexcept;
+void fail_allocation(std::int64_t nth) noexcept;
 /// True when a failure asked for by `fail_allocation` has come since then.
 bool allocation_has_failed() noexcept;
 /// Lets every allocation fail that would make all memory of the host more than this many bytes; 0: none does.

@@ -8,6 +8,7 @@
 #include <limits>
 #include <utility>
 
+#include "kernel/failing_memory.hpp"
 #include "kernel/kernel.hpp"
 #include "kernel/recorder.hpp"
 #include "kernel/records.hpp"
@@ -109,6 +110,8 @@ void fail_allocation(std::int64_t nth, FailureExtent extent) noexcept {
   kernel::failure_extent = extent;
   kernel::failure_has_come = false;
 }
+
+void fail_allocation(std::int64_t nth) noexcept { fail_allocation(nth, FailureExtent::once); }
 
 void suspend_failures(bool suspend) noexcept { kernel::failures_are_suspended = suspend; }
 

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <functional>
 
-#include "kernel/kernel.hpp"
+#include "kernel/failing_memory.hpp"
 
 namespace arrayfold::test {
 

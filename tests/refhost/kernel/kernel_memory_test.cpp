@@ -4,6 +4,7 @@
 #include <limits>
 #include <new>
 
+#include "kernel/failing_memory.hpp"
 #include "kernel_fixture.hpp"
 
 namespace hvm::testing {
