@@ -84,7 +84,7 @@ int run(bool whole, const std::string& table, const std::string& scripts) {
     const double seconds = static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
     std::fprintf(stderr, "%-16s %6.1f s of processor time so far\n", what, seconds);
   };
-  Sweep sweep(whole ? SweepSize{} : SweepSize{61, 29, false});
+  Sweep sweep(whole ? SweepSize{} : SweepSize{61, 11, false});
   timed("functions", [&] { call_functions(sweep); });
   timed("methods", [&] { call_methods(sweep); });
   timed("operators", [&] { apply_operators(sweep); });

@@ -117,8 +117,10 @@ void read_arrays(Sweep& sweep) {
   };
   run("n = 2\ntext = \"double\"\nname = \"int\"\na = xones(2)\nt = [2, 1, \"k\": 2, \"in\": [1, 2]]\n");
   const Sweeping sweeping(sweep);
+  int number = 0;
   for (const std::string& arguments : reading_arguments())
     for (const std::string kind : {"bool", "int", "int64", "double", "float"}) {
+      if (number++ % 6 != 0 && !sweep.is_whole()) continue;  // the interpreter takes longer than the module
       std::string call = "xarray(" + arguments + ")";
       for (std::size_t at = call.find("KIND"); at != std::string::npos; at = call.find("KIND"))
         call.replace(at, 4, kind);

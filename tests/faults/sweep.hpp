@@ -52,6 +52,8 @@ class Sweep {
  public:
   explicit Sweep(SweepSize size) : size_(size) {}
 
+  /// Whether every call has its turn.
+  bool is_whole() const { return size_.one_call_of == 1; }
   /// Where the calls that follow come from, for the report.
   void come_from(const std::string& place) { place_ = place; }
   /// Makes a call, before that with failing memory if it is its turn. Returns and throws what the call does.
