@@ -9,6 +9,7 @@
 
 #include "kernel/memory.hpp"
 #include "kernel/records.hpp"
+#include "kernel/strings.hpp"
 
 namespace hvm {
 namespace kernel {

@@ -23,6 +23,7 @@ FOLDERS = ["plugin", "refhost"]
 COMPILED = ["plugin", "refhost", "tests", "bench"]
 ELSEWHERE = ["plugin/self_contained", "tests/plugin/self_contained",  # built for ARRAYFOLD_SELF_CONTAINED alone
              "tests/fuzz",  # built with the sanitizers alone
+             "tests/coverage",  # part of the programs that scripts/coverage counts
              "tests/install"]  # a host outside of the project
 
 
