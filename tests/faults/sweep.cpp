@@ -26,7 +26,7 @@ class Digest {
     for (; size >= sizeof(std::uint64_t); from += sizeof(std::uint64_t), size -= sizeof(std::uint64_t))
       mix(load<std::uint64_t>(from));
     std::uint64_t rest = 0;
-    std::memcpy(&rest, from, size);
+    if (size > 0) std::memcpy(&rest, from, size);  // no bytes may be at null
     mix(rest);
   }
   template <class T>
