@@ -3,7 +3,7 @@
 // Usage: allocation_sweep [--all] TABLE SCRIPTS
 //
 // TABLE is the table of calls of `hvm --conformance`, SCRIPTS the folder of the script tests. Without --all, a part of
-// the calls is repeated: the first ones of each name, and ever fewer of the others; the choice is the same in each run.
+// the calls is repeated: the first two of each name, and a few of the others; the choice is the same in each run.
 // It prints the figures of the page on testing. The exit status is 1 if anything went wrong.
 
 #include <cstdio>

@@ -249,9 +249,13 @@ Sweep::State Sweep::attempt(const SweptCall& call, const Kept& kept, const Failu
   return state;
 }
 
+/// The first calls of a name always have their turn.
+constexpr std::int64_t always = 2;
+
 bool Sweep::has_turn(const SweptCall& call) {
   const int one_of = call.family == "reading" ? size_.one_reading_of : size_.one_call_of;
-  return calls_seen_[call.family + call.name]++ % one_of == 0;
+  const std::int64_t before = calls_seen_[call.family + call.name]++;
+  return before < always || before % one_of == 0;
 }
 
 int Sweep::run(const SweptCall& call) {

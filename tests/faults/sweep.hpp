@@ -43,7 +43,7 @@ struct Tally {
 
 /// How much is done. A call whose turn it is not is made once, with memory.
 struct SweepSize {
-  int one_call_of = 1;  // so many calls of a name; the first one always has its turn
+  int one_call_of = 1;  // so many calls of a name; the first two always have their turn
   int one_reading_of = 1;
   bool every_allocation = true;  // otherwise the first ones, and then ever fewer
 };

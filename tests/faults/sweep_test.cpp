@@ -205,8 +205,8 @@ TEST_F(SweepOfACall, WhoseTurnItIsNot_IsMadeOnce) {
   };
   std::vector<bool> turns, readings;
   for (int n = 0; n < 6; ++n) turns.push_back(runs("family") > 1), readings.push_back(runs("reading") > 1);
-  EXPECT_EQ(turns, (std::vector<bool>{true, false, false, true, false, false}));
-  EXPECT_EQ(readings, (std::vector<bool>{true, false, true, false, true, false}));
+  EXPECT_EQ(turns, (std::vector<bool>{true, true, false, true, false, false}));
+  EXPECT_EQ(readings, (std::vector<bool>{true, true, true, false, true, false}));
 }
 
 }  // namespace
