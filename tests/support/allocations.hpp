@@ -20,7 +20,11 @@ struct AllocationCounts {
 AllocationCounts allocations() noexcept;
 
 /// Lets the n-th allocation from now on fail, or all from there on; 0 takes that back.
-void fail_allocation(std::int64_t nth, hvm::FailureExtent extent = hvm::FailureExtent::once) noexcept;
+void fail_allocation(std::int64_t nth, hvm::FailureExtent extent) noexcept;
+/// Lets the n-th alone fail.
+inline void fail_allocation(std::int64_t nth) noexcept {
+  arrayfold::test::fail_allocation(nth, hvm::FailureExtent::once);  // hvm has such a function, too
+}
 /// While on, no allocation fails, and none counts towards the n-th.
 void suspend_failures(bool suspend) noexcept;
 /// True when it has failed since then.
