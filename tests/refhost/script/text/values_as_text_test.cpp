@@ -78,6 +78,7 @@ TEST(Printer, ATableWithinItself_IsShownAsThreeDots) {
   itself.lifetime = arrayfold::Lifetime::none;
   set_entry(table_of(table.record()), 1, itself);
   EXPECT_EQ(Printer(Detail::brief, {}).text(table), "[1, [...]]");
+  set_entry(table_of(table.record()), 1, Value().record());  // a table within itself would never be freed
 }
 
 TEST(ValueKinds, OfATagWithoutAName_IsAValue) {
