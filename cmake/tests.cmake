@@ -47,3 +47,13 @@ endfunction()
 function(arrayfold_python_test name script)
   add_test(NAME ${name} COMMAND ${ARRAYFOLD_BENCH_PYTHON} -B ${CMAKE_CURRENT_SOURCE_DIR}/${script} ${ARGN})
 endfunction()
+
+# arrayfold_kernel_variant(NAME TYPE DEFINITION): the host's kernel library once more, compiled with a definition.
+function(arrayfold_kernel_variant name type definition)
+  get_target_property(sources HVMkrnl SOURCES)
+  list(TRANSFORM sources PREPEND ${PROJECT_SOURCE_DIR}/refhost/kernel/)
+  add_library(${name} ${type} ${sources})
+  target_link_libraries(${name} PUBLIC arrayfold_contract PRIVATE project_flags)
+  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/refhost)
+  target_compile_definitions(${name} PRIVATE ${definition})
+endfunction()

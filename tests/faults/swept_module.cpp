@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "script/module/trace.hpp"
 #include "support/functions.hpp"
 #include "support/module_test.hpp"
 
@@ -161,8 +162,11 @@ HostBool operate(HostContext ctx, int opcode, HostValue* left, HostValue* right,
   const bool writes = opcode == static_cast<int>(Opcode::write_element);
   const bool is_in_place = is_arithmetic(opcode) && (result == left || result == right);
   const char* family = reads || writes ? "elements" : is_in_place ? "operators in place" : "operators";
-  SweptCall call{
-      family, operator_name(opcode), [=] { return callback(ctx, opcode, left, right, result); }, result, {left}};
+  SweptCall call{family,
+                 hvm::operator_name(static_cast<Opcode>(opcode)),
+                 [=] { return callback(ctx, opcode, left, right, result); },
+                 result,
+                 {left}};
   if (reads || writes)
     add_indices(call.operands, opcode, right);
   else
@@ -192,40 +196,6 @@ Sweeping::Sweeping(Sweep& sweep) {
   under_way = &sweep;
 }
 Sweeping::~Sweeping() { under_way = nullptr; }
-
-std::string operator_name(int opcode) {
-  switch (static_cast<Opcode>(opcode)) {
-    case Opcode::less_equal:
-      return "less or equal";
-    case Opcode::greater_equal:
-      return "greater or equal";
-    case Opcode::not_equal:
-      return "not equal";
-    case Opcode::less:
-      return "less";
-    case Opcode::greater:
-      return "greater";
-    case Opcode::equal:
-      return "equal";
-    case Opcode::add:
-      return "add";
-    case Opcode::subtract:
-      return "subtract";
-    case Opcode::multiply:
-      return "multiply";
-    case Opcode::divide:
-      return "divide";
-    case Opcode::remainder:
-      return "remainder";
-    case Opcode::read_one_index:
-      return "read by one index";
-    case Opcode::read_element:
-      return "read";
-    case Opcode::write_element:
-      return "write";
-  }
-  return "operator " + std::to_string(opcode);
-}
 
 }  // namespace arrayfold::test
 

@@ -24,7 +24,4 @@ class Sweeping {
   Sweeping& operator=(const Sweeping&) = delete;
 };
 
-/// What an operator is called in the table of figures, such as "add".
-std::string operator_name(int opcode);
-
 }  // namespace arrayfold::test

@@ -58,7 +58,23 @@ std::string text_operand(const RecordedOperand& operand) {
   return text_object(operand.number < 0 ? View(text) : View(text, static_cast<std::size_t>(operand.number)));
 }
 
-const char* name_of(Opcode opcode) {
+/// The records of an index list.
+std::vector<TracedRecord> records_of_indices(const HostValue* operand) {
+  using arrayfold::HostIndexEntry;
+  using arrayfold::HostIndexList;
+  const auto* list = static_cast<const HostIndexList*>(static_cast<const void*>(operand));
+  const std::uint64_t size = list->packed_size;
+  const void* first =
+      size % 2 == 0 ? static_cast<const void*>(list->entries) : arrayfold::load<const HostIndexEntry*>(list->entries);
+  std::vector<TracedRecord> records;
+  for (std::uint64_t i = 0; i < size / 2; ++i)
+    records.push_back({fmt::format("index {}", i), static_cast<const HostIndexEntry*>(first)[i].value.get()});
+  return records;
+}
+
+}  // namespace
+
+const char* operator_name(arrayfold::Opcode opcode) noexcept {
   switch (opcode) {
     case Opcode::less_equal:
       return "less_equal";
@@ -91,22 +107,6 @@ const char* name_of(Opcode opcode) {
   }
   return "unknown";
 }
-
-/// The records of an index list.
-std::vector<TracedRecord> records_of_indices(const HostValue* operand) {
-  using arrayfold::HostIndexEntry;
-  using arrayfold::HostIndexList;
-  const auto* list = static_cast<const HostIndexList*>(static_cast<const void*>(operand));
-  const std::uint64_t size = list->packed_size;
-  const void* first =
-      size % 2 == 0 ? static_cast<const void*>(list->entries) : arrayfold::load<const HostIndexEntry*>(list->entries);
-  std::vector<TracedRecord> records;
-  for (std::uint64_t i = 0; i < size / 2; ++i)
-    records.push_back({fmt::format("index {}", i), static_cast<const HostIndexEntry*>(first)[i].value.get()});
-  return records;
-}
-
-}  // namespace
 
 // ---- The file
 
@@ -232,7 +232,8 @@ TracedCall traced_method(HostValue* self, const std::string& name, const std::ve
 }
 
 TracedCall traced_operator(Opcode opcode, HostValue* left, HostValue* right, HostValue* result) {
-  TracedCall call{"operator", name_of(opcode), static_cast<int>(opcode), {{"left", false, {{"left", left}}}}, result};
+  TracedCall call{
+      "operator", operator_name(opcode), static_cast<int>(opcode), {{"left", false, {{"left", left}}}}, result};
   const bool writes = opcode == Opcode::write_element;
   if (writes || opcode == Opcode::read_element)
     call.groups.push_back({"indices", true, records_of_indices(right)});

@@ -33,6 +33,9 @@ class TraceError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// The name of an operator in a trace, `less_equal` or `write_element`; `unknown` for an opcode without one.
+const char* operator_name(arrayfold::Opcode opcode) noexcept;
+
 class TraceScope;
 
 class Trace {
