@@ -1,7 +1,7 @@
 # Counting which lines and branches of the module and of the reference host run: scripts/coverage reads the figures.
 
 if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  message(FATAL_ERROR "ARRAYFOLD_COVERAGE takes g++: gcovr reads the figures of its gcov.")
+  message(FATAL_ERROR "ARRAYFOLD_COVERAGE takes g++: its gcov reads the figures.")
 endif()
 
 # Functions of libraries and tests are not counted, which takes most of the time away.

@@ -52,7 +52,6 @@ class File:
             before = self.ways.get((number, len(ways)), (0,) * len(ways))
             self.ways[number, len(ways)] = tuple(a + b for a, b in zip(before, ways))
 
-
     def drop(self, numbers):
         for number in numbers:
             del self.lines[number]
