@@ -130,9 +130,8 @@ class Trials:
             with self.file.open("a") as file:
                 file.write(f"{mutant.name}\t{outcome}\n")
 
-    def forget_survivors(self, reasons):
-        """Forgets those that survived and have no reason to."""
-        self.outcomes = {name: outcome for name, outcome in self.outcomes.items()
-                         if outcome.startswith("killed") or name in reasons}
+    def forget(self, names):
+        """Forgets what became of these, so that they run once more."""
+        self.outcomes = {name: outcome for name, outcome in self.outcomes.items() if name not in names}
         tree_hash = self.file.read_text().split("\n", 1)[0]
         self.file.write_text(tree_hash + "\n" + "".join(f"{n}\t{o}\n" for n, o in self.outcomes.items()))

@@ -1,15 +1,18 @@
-# tests/mutation/mutants_test.py: the places that scripts/mutate finds in a source, and the source that it makes
+# tests/mutation/mutants_test.py: the places that scripts/mutate finds in a source, the source that it makes, and what it
+# keeps of a run
 #
 # Usage: mutants_test.py PROJECT_DIRECTORY
 
 import pathlib
 import sys
+import tempfile
 import unittest
 
 PROJECT = pathlib.Path(sys.argv.pop(1)).resolve()
 sys.path.insert(0, str(PROJECT / "scripts/mutation"))
 
 from mutants import Finder, with_mutants  # noqa: E402
+from trials import Trials  # noqa: E402
 
 
 def found_in(body):
@@ -76,6 +79,53 @@ class Mutants(unittest.TestCase):
             self.assertTrue(written[first:end].startswith(f"(mutation::runs({mutant.number}) ? "))
             self.assertEqual(written[first:end].count("("), written[first:end].count(")"))
         self.assertIn("(a - g(a, 7))", written)
+
+
+class Noticing:
+    """Tests that fail with every mutant."""
+
+    name = "cases"
+
+    def __init__(self):
+        self.mutants = []
+
+    def run(self, cases, seconds, environment):
+        self.mutants.append(environment["ARRAYFOLD_MUTANT"])
+        return None
+
+
+class Runs(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.file = pathlib.Path(folder.name) / "results.txt"
+        self.mutants = found_in("bool f(int a, int b) {\n  return a < b;\n}\n")
+        for number, mutant in enumerate(self.mutants):
+            mutant.number = number
+
+    def mutants_run(self, tree_hash="1", forgotten=()):
+        """The numbers of the mutants that a case meets. None reaches the last mutant."""
+        trials, suite = Trials(self.file, tree_hash), Noticing()
+        trials.forget(forgotten)
+        batches = {mutant.number: [(0.1, suite, ["case"])] for mutant in self.mutants[:-1]}
+        trials.run(self.mutants, batches, 25, 1)
+        self.outcomes = trials.outcomes
+        return sorted(suite.mutants)
+
+    def test_a_run_goes_on_and_another_tree_begins_anew(self):
+        all_but_last = [str(mutant.number) for mutant in self.mutants[:-1]]
+        self.assertTrue(all_but_last)
+        self.assertEqual(self.mutants_run(), all_but_last)
+        self.assertEqual(self.outcomes, {**{mutant.name: "killed by cases" for mutant in self.mutants[:-1]},
+                                         self.mutants[-1].name: "is not reached"})
+        self.assertEqual(self.mutants_run(), [])
+        self.assertEqual(self.mutants_run(tree_hash="2"), all_but_last)
+
+    def test_what_is_forgotten_runs_once_more(self):
+        self.mutants_run()
+        self.assertEqual(self.mutants_run(forgotten={self.mutants[0].name}), ["0"])
+        self.assertEqual(len(self.outcomes), len(self.mutants))
+        self.assertEqual(self.mutants_run(), [])
 
 
 if __name__ == "__main__":
