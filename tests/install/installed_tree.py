@@ -37,11 +37,13 @@ class InstalledTree(unittest.TestCase):
         week = project / "examples" / "week"
         cls.written = [line[1:] for line in (week / ".gitignore").read_text().splitlines() if line.startswith("/")]
         added = [week / name for name in cls.written if not (week / name).exists()]
-        for path in added:
-            path.touch()
-        installed = install(folder / "first place")
-        for path in added:
-            path.unlink()
+        try:
+            for path in added:
+                path.touch()
+            installed = install(folder / "first place")
+        finally:
+            for path in added:
+                path.unlink(missing_ok=True)
         assert installed.returncode == 0, installed.stderr
         cls.tree = folder / "second place" / "and below"
         cls.tree.parent.mkdir()
