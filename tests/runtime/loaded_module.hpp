@@ -8,9 +8,9 @@
 #include <dlfcn.h>
 
 #include <algorithm>
-#include <cstdint>
+#include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -70,11 +70,11 @@ class LoadedModule {
     return result;
   }
   /// `left op right`, by the callback of the left operand's type.
-  static Value apply(int opcode, Value& left, Value& right) {
+  static Value apply(Opcode opcode, Value& left, Value& right) {
     const hvm::Context context;
     Value result;
     const auto callback = hvm::callbacks_of(hvm::object_of(left.record())).op;
-    if (!callback(context.handle(), opcode, left.address(), right.address(), result.address()))
+    if (!callback(context.handle(), static_cast<int>(opcode), left.address(), right.address(), result.address()))
       throw std::runtime_error("the operator fails");
     return result;
   }
@@ -97,14 +97,17 @@ class LoadedModule {
   std::vector<FunctionRow> rows_;
 };
 
-inline constexpr int operator_add = 95, operator_subtract = 96, operator_multiply = 97;
-
 /// How many parts of files of this name are in the memory of the process.
 inline int mapped_parts(const std::string& path) {
   std::ifstream maps("/proc/self/maps");
   int parts = 0;
   for (std::string line; std::getline(maps, line);) parts += line.find(path) != std::string::npos ? 1 : 0;
   return parts;
+}
+
+inline int threads_of_process() {
+  const std::filesystem::directory_iterator threads("/proc/self/task");
+  return static_cast<int>(std::distance(begin(threads), end(threads)));
 }
 
 }  // namespace arrayfold::test

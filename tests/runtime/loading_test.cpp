@@ -21,10 +21,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-int threads_of_process() {
-  return static_cast<int>(std::distance(fs::directory_iterator("/proc/self/task"), fs::directory_iterator()));
-}
-
 /// An array of a kind that is found by its name, in the table that the module fills at load.
 Value array_by_name(const LoadedModule& module, const char* dtype) {
   CodeBuilder code;
@@ -35,8 +31,8 @@ Value array_by_name(const LoadedModule& module, const char* dtype) {
 Value matrix(const LoadedModule& module, int n) {
   Value ones = module.call("xones", {Value(n), Value(n)}), diagonal = module.call("xeye", {Value(n)});
   Value factor(static_cast<double>(n - 1));
-  Value scaled = LoadedModule::apply(operator_multiply, diagonal, factor);
-  return LoadedModule::apply(operator_add, ones, scaled);
+  Value scaled = LoadedModule::apply(Opcode::multiply, diagonal, factor);
+  return LoadedModule::apply(Opcode::add, ones, scaled);
 }
 
 /// Whether products, solutions and the vectorised sort come out right, at a size for which BLAS starts its threads.
@@ -51,7 +47,7 @@ bool computes(const LoadedModule& module) {
   const bool has_solution = error > -1e-9 && error < 1e-9;
   Value up = module.call("xarange", {Value(5000)});
   Value sorted = module.call("xsort", {module.call("xlinspace", {Value(4999.0), Value(0), Value(5000)})});
-  const Value difference = LoadedModule::apply(operator_subtract, up, sorted);
+  const Value difference = LoadedModule::apply(Opcode::subtract, up, sorted);
   return has_product && has_solution && module.number(module.call("xabs", {difference})) == 0;
 }
 
@@ -154,7 +150,7 @@ void use_both(LoadedModule& one, LoadedModule& other) {
   use(other);
   EXPECT_EQ(LoadedModule::text(one.call("xrand", {Value(2)})), LoadedModule::text(other.call("xrand", {Value(2)})));
   Value of_one = one.call("xarange", {Value(3)}), of_other = other.call("xarange", {Value(3)});
-  EXPECT_EQ(LoadedModule::text(LoadedModule::apply(operator_add, of_one, of_other)), "[0.0,2.0,4.0]");
+  EXPECT_EQ(LoadedModule::text(LoadedModule::apply(Opcode::add, of_one, of_other)), "[0.0,2.0,4.0]");
   EXPECT_EQ(one.number(of_other), 3);
   EXPECT_EQ(other.number(of_one), 3);
   EXPECT_EQ(LoadedModule::text(other.call("xdot", {of_one, of_other})), "[5.0]");

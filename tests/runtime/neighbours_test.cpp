@@ -7,7 +7,7 @@
 #include <hwy/targets.h>
 
 #include <cmath>
-#include <filesystem>
+#include <cstdint>
 #include <string>
 #include <thread>
 #include <vector>
@@ -39,12 +39,6 @@ ChosenTarget& GetChosenTarget() {
 namespace arrayfold::test {
 namespace {
 
-namespace fs = std::filesystem;
-
-int threads_of_process() {
-  return static_cast<int>(std::distance(fs::directory_iterator("/proc/self/task"), fs::directory_iterator()));
-}
-
 struct Tested {
   const char* path;
   bool is_self_contained;
@@ -68,7 +62,7 @@ TEST_P(Neighbours, WithAnXtensorOfTheirOwn_ComputeBesideTheModule) {
   for (int round = 0; round < 2; ++round) {
     EXPECT_EQ(neighbours::sum_of_own_arrays(1000), 999000);
     Value up = module.call("xarange", {Value(1000)}), two(2.0);
-    Value product = LoadedModule::apply(operator_multiply, up, two);
+    Value product = LoadedModule::apply(Opcode::multiply, up, two);
     EXPECT_EQ(module.number(module.call("xsort", {product})), 999000);
     // Rows come first in the module, whatever the layout of the host's arrays is.
     Value six = module.call("xarange", {Value(6)});
@@ -81,7 +75,7 @@ TEST_P(Neighbours, WithAnXtensorOfTheirOwn_CatchWhatTheModuleThrows) {
   Value two = module.call("xones", {Value(2)}), three = module.call("xones", {Value(3)});
   std::string message;
   try {
-    LoadedModule::apply(operator_add, two, three);
+    LoadedModule::apply(Opcode::add, two, three);
   } catch (const std::exception& error) {
     message = error.what();
   }
@@ -98,7 +92,7 @@ TEST_P(Neighbours, WithAHighwayOfTheirOwn_GetTheSameResults) {
   EXPECT_NEAR(module.number(module.call("xsquare", {waves})), sum_of_squares, 1e-9);
   Value sorted = module.call("xsort", {module.call("xlinspace", {Value(1999.0), Value(0), Value(2000)})});
   Value up = module.call("xarange", {Value(2000)});
-  EXPECT_EQ(module.number(module.call("xabs", {LoadedModule::apply(operator_subtract, up, sorted)})), 0);
+  EXPECT_EQ(module.number(module.call("xabs", {LoadedModule::apply(Opcode::subtract, up, sorted)})), 0);
   if (GetParam().is_self_contained) {
     EXPECT_EQ(questions_about_processor, 0) << "the module asks the processor itself";
   } else {

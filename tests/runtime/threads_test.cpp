@@ -90,7 +90,7 @@ std::string results(const LoadedModule& module, int seed) {
   }
   Value up = calls.call("xarange", {Value(200)});
   Value seeded(seed + 0.5);
-  Value shifted = LoadedModule::apply(operator_add, up, seeded);
+  Value shifted = LoadedModule::apply(Opcode::add, up, seeded);
   for (const char* name : {"xsum", "xprod", "xamax", "xamin", "xmean", "xmedian", "xstddev", "xvariance", "xnorm"})
     calls.note(name, {shifted});
   Value waves = calls.call("xsin", {shifted});
@@ -106,8 +106,8 @@ std::string results(const LoadedModule& module, int seed) {
   for (const int n : {5, 70}) {
     Value diagonal = calls.call("xeye", {Value(n)});
     Value ones = calls.call("xones", {Value(n), Value(n)});
-    Value scaled = LoadedModule::apply(operator_multiply, diagonal, seeded);
-    Value matrix = LoadedModule::apply(operator_add, ones, scaled);
+    Value scaled = LoadedModule::apply(Opcode::multiply, diagonal, seeded);
+    Value matrix = LoadedModule::apply(Opcode::add, ones, scaled);
     const double row_sum = n + seed + 0.5;
     const Value product = calls.call("xdot", {matrix, matrix});
     calls.note("product " + std::to_string(module.number(product) - n * row_sum * row_sum));
@@ -126,7 +126,7 @@ std::string results(const LoadedModule& module, int seed) {
   LoadedModule::method(six, "reshape", {Value(2), Value(3)});
   calls.note(hvm::printed(LoadedModule::method(six, "shape").record()));
   try {
-    LoadedModule::apply(operator_add, six, up);
+    LoadedModule::apply(Opcode::add, six, up);
     calls.note("no exception");
   } catch (const std::exception& exception) {
     calls.note(exception.what());
