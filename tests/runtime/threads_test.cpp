@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <condition_variable>
+#include <cstdint>
 #include <exception>
 #include <functional>
 #include <mutex>
@@ -187,6 +188,29 @@ TEST_P(Threads, MayReadOneArray) {
   };
   const std::string expected = read();
   run_on_threads([&](int) { EXPECT_EQ(read(), expected); });
+}
+
+TEST_P(Threads, MayPassArraysOnAndEndThem) {
+  std::int64_t objects = 0;  // alive, on all threads together
+  const auto on_another_thread = [&](const std::function<void()>& work) {
+    std::thread([&] {
+      work();
+      objects += hvm::counts().objects;
+    }).join();
+  };
+  Value array, other;
+  on_another_thread([&] { array = module.call("xarange", {Value(100000)}); });
+  on_another_thread([&] {
+    EXPECT_EQ(module.number(array), 4999950000);
+    Value two(2.0);
+    other = LoadedModule::apply(Opcode::multiply, array, two);
+    array = Value();
+  });
+  on_another_thread([&] {
+    EXPECT_EQ(module.number(other), 9999900000);
+    other = Value();
+  });
+  EXPECT_EQ(objects, 0);
 }
 
 // Nothing guards the engine: the host lets one thread draw at a time.
