@@ -2,6 +2,8 @@
 
 #include "faults/sweep.hpp"
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -165,16 +167,38 @@ struct Sweep::State {
   HostValue record{};        // the result record, byte for byte
   std::uint64_t result = 0;
   std::uint64_t operands = 0;
+  std::array<std::uint64_t, 64> entries{};  // of a table of results, without those that are nil
+  std::size_t entry_count = 0;
   bool host_leaks = false;
   std::int64_t left_alive = 0;
 
+  /// The result record is none of the operands, also where an operator works in place.
   void see(const SweptCall& call) {
     const Detail detail = has_free_elements(call.name) ? Detail::extents : Detail::elements;
     record = *call.result;
     result = digest_of(*call.result, detail);
+    if (gives_table(call.name) && record.tag == ValueTag::table) see_entries(hvm::table_of(record));
     Digest all;
-    for (const HostValue* operand : call.operands) all.add(operand == nullptr ? 0 : digest_of(*operand, detail));
+    for (const HostValue* operand : call.operands)
+      all.add(operand == nullptr || operand == call.result ? 0 : digest_of(*operand, detail));
     operands = all.value();
+  }
+  void see_entries(const HostHash* table) {
+    hvm::TableWalk walk(table);
+    while (const hvm::Entry entry = walk.next()) {
+      if (entry.value->tag == ValueTag::nil) continue;
+      Digest digest;
+      add_value(digest, *entry.key, Detail::elements);
+      add_value(digest, *entry.value, Detail::elements);
+      entries.at(entry_count++) = digest.value();
+    }
+  }
+  /// Whether a table of results has no entry that the other one lacks.
+  bool has_part_of(const State& other) const {
+    const auto others_end = other.entries.begin() + other.entry_count;
+    return std::all_of(entries.begin(), entries.begin() + entry_count, [&](std::uint64_t entry) {
+      return std::find(other.entries.begin(), others_end, entry) != others_end;
+    });
   }
   bool keeps_record_of(const State& before) const { return std::memcmp(&record, &before.record, sizeof record) == 0; }
   bool ends_as(const State& other) const {
@@ -296,11 +320,11 @@ void Sweep::repeat(const SweptCall& call) {
 // ---- What a run may leave behind
 
 /// An object that could not be made is nil, and so is a text that the host could not store. A table of the host may
-/// hold nil for such a value, or lack it.
+/// hold nil for such a value, or lack it; its other entries are those that it has with memory.
 bool Sweep::lacks_value(const SweptCall& call, const State& expected, const State& found, bool is_host) {
   const ValueTag tag = expected.record.tag, found_tag = found.record.tag;
   if (gives_table(call.name) && tag == ValueTag::table)
-    return found_tag == ValueTag::table || (is_host && found_tag == ValueTag::nil);
+    return found.has_part_of(expected) && (found_tag == ValueTag::table || (is_host && found_tag == ValueTag::nil));
   return found_tag == ValueTag::nil && (tag == ValueTag::object || (is_host && tag == ValueTag::string));
 }
 
@@ -322,18 +346,23 @@ void Sweep::judge(const SweptCall& call, const Failure& failure, const State& be
   Tally& tally = tallies_[call.family];
   const bool is_host = failure.memory == Failure::Memory::host;
   if (found.is_out_of_memory) {
-    if (found.operands != before.operands) report(call, failure, "an operand has changed, and std::bad_alloc");
-    if (found.keeps_record_of(before)) {
+    const bool keeps_record = found.keeps_record_of(before);
+    if (found.operands != before.operands || (keeps_record && found.result != before.result))
+      report(call, failure, "an operand has changed, and std::bad_alloc");
+    if (keeps_record) {
       ++tally.out_of_memory;
       return;
     }
     ++tally.unfinished;
     const bool is_table = found.record.tag == ValueTag::nil || found.record.tag == ValueTag::table;
-    if (!is_host || !gives_table(call.name) || !is_table) report(call, failure, "the result record is written");
+    if (!is_host || !gives_table(call.name) || !is_table || !found.has_part_of(expected))
+      report(call, failure, "the result record is written");
   } else if (ends_as_expected && found.result == expected.result && found.operands == expected.operands) {
     ++tally.same;
   } else if (ends_as_expected && found.thrown == 0 && lacks_value(call, expected, found, is_host)) {
     ++tally.no_value;
+    if (found.operands != before.operands && found.operands != expected.operands)
+      report(call, failure, "an operand has changed in part, and there is no value");
   } else {
     report(call, failure, ends_as_expected ? "another value or change" : "another end");
   }

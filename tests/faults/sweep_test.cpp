@@ -142,6 +142,36 @@ TEST_F(SweepOfACall, LetsATableOfResultsBeUnfinishedWhereTheHostHasNoMemory) {
   EXPECT_THAT(problems("xsum", make), Contains(HasSubstr("the result record is written")));
 }
 
+TEST_F(SweepOfACall, LetsEntriesOfATableOfResultsBeMissing_AndFindsAnotherEntry) {
+  // 6, and 7 where there is memory; otherwise as said.
+  const auto results = [&](std::function<void(HostHash*)> otherwise) {
+    return [&, otherwise](HostValue* result, Value&) {
+      const std::unique_ptr<int> number(new (std::nothrow) int(7));
+      HVM_ForceTable(ctx(), result, 4);
+      HostHash* table = hvm::table_of(*result);
+      if (table == nullptr) throw std::bad_alloc();
+      HVM_SetInt(ctx(), HVM_HashSetInt(ctx(), table, 0), 6);
+      number ? HVM_SetInt(ctx(), HVM_HashSetInt(ctx(), table, 1), *number) : otherwise(table);
+      return 1;
+    };
+  };
+  EXPECT_THAT(problems("xqr", results([](HostHash*) {})), IsEmpty());
+  EXPECT_GE(tally_.no_value, 2);
+  EXPECT_THAT(problems("xqr", results([&](HostHash* table) { HVM_HashSetInt(ctx(), table, 1); })), IsEmpty());
+  const auto sets_eight = [&](HostHash* table) { HVM_SetInt(ctx(), HVM_HashSetInt(ctx(), table, 1), 8); };
+  EXPECT_THAT(problems("xqr", results(sets_eight)), Contains(HasSubstr("another value or change")));
+  const auto cut_off = [&](HostValue* result, Value&) {
+    HVM_ForceTable(ctx(), result, 4);
+    void* block = HVM_Malloc(8);
+    HVM_Free(block);
+    if (result->tag == ValueTag::table) sets_eight(hvm::table_of(*result));
+    if (block == nullptr) throw std::bad_alloc();
+    HVM_FreeObjectContent(ctx(), result);
+    return 1;
+  };
+  EXPECT_THAT(problems("xqr", cut_off), Contains(HasSubstr("the result record is written")));
+}
+
 TEST_F(SweepOfACall, FindsAnOperandThatHasChanged) {
   const auto make = [&](HostValue*, Value& operand) {
     write_element(operand);
@@ -150,6 +180,16 @@ TEST_F(SweepOfACall, FindsAnOperandThatHasChanged) {
   };
   EXPECT_THAT(problems("xsum", make), Contains(HasSubstr("with memory: an operand has changed")));
   EXPECT_THAT(problems("reshape", make, true), Contains(HasSubstr("an operand has changed, and std::bad_alloc")));
+}
+
+TEST_F(SweepOfACall, FindsAnOperandThatChangesInPartWhereThereIsNoValue) {
+  const auto make = [&](HostValue* result, Value& operand) {
+    write_element(operand);
+    HVM_SetTypeAny(ctx(), result, HVM_NewAny(ctx(), "$xdoublearray", 0, 0));
+    if (result->tag != ValueTag::nil) write_element(operand);
+    return 1;
+  };
+  EXPECT_THAT(problems("reshape", make, true), Contains(HasSubstr("an operand has changed in part")));
 }
 
 TEST_F(SweepOfACall, PutsOperandsBackThatACallChanges) {
