@@ -15,6 +15,7 @@ using Arguments = std::vector<Value>;
 
 constexpr Kind every_kind[] = {Kind::boolean, Kind::int32, Kind::int64, Kind::float32, Kind::float64};
 constexpr std::size_t most_dimensions = 6;
+constexpr int unwritten = 0x5e471e1;  // is in the result record before a call
 
 /// Positive elements in no order, some of them equal. A square matrix is symmetric and positive definite.
 TestArray mixed(Kind kind, const Extents& extents) {
@@ -79,7 +80,7 @@ struct Caller {
   }
 
   void function(EntryFunction entry, Arguments args) const {
-    Value result(0x5e471e1);
+    Value result(unwritten);
     made([&] { entry(ctx, hvm::records_of(args), static_cast<int>(args.size()), result.address()); });
   }
 
@@ -87,13 +88,13 @@ struct Caller {
     const auto callback = hvm::callbacks_of(hvm::object_of(self.record())).method;
     std::vector<HostValue*> pointers;
     for (Value& arg : args) pointers.push_back(arg.address());
-    Value result(0x5e471e1);
+    Value result(unwritten);
     const int nargs = static_cast<int>(args.size());
     made([&] { callback(ctx, self.address(), name, pointers.data(), nargs, result.address(), 0); });
   }
 
-  void operation(OperatorCallback callback, int opcode, HostValue* left, HostValue* right, HostValue* result) const {
-    made([&] { callback(ctx, opcode, left, right, result); });
+  void operation(OperatorCallback callback, Opcode opcode, HostValue* left, HostValue* right, HostValue* result) const {
+    made([&] { callback(ctx, static_cast<int>(opcode), left, right, result); });
   }
 };
 
@@ -194,8 +195,9 @@ void call_methods(Sweep& sweep) {
 
 namespace {
 
-constexpr int comparisons[] = {81, 82, 83, 84, 85, 86};
-constexpr int arithmetic[] = {95, 96, 97, 98, 99};
+constexpr Opcode comparisons[] = {Opcode::less_equal, Opcode::greater_equal, Opcode::not_equal,
+                                  Opcode::less,       Opcode::greater,       Opcode::equal};
+constexpr Opcode arithmetic[] = {Opcode::add, Opcode::subtract, Opcode::multiply, Opcode::divide, Opcode::remainder};
 
 OperatorCallback operator_of(const Value& array) { return hvm::callbacks_of(hvm::object_of(array.record())).op; }
 
@@ -203,26 +205,25 @@ const std::vector<Value> numbers = {Value(2), Value(std::int64_t{3}), Value(2.5)
 
 /// All operators with a record of their own for the result.
 void apply_apart(const Caller& caller, Value left, Value right, const Value& typed) {
-  for (const auto* opcodes : {&comparisons[0], &arithmetic[0]}) {
-    const std::size_t count = opcodes == comparisons ? std::size(comparisons) : std::size(arithmetic);
-    for (std::size_t i = 0; i < count; ++i) {
-      Value result(0x5e471e1);
-      caller.operation(operator_of(typed), opcodes[i], left.address(), right.address(), result.address());
-    }
-  }
+  const auto apply = [&](Opcode opcode) {
+    Value result(unwritten);
+    caller.operation(operator_of(typed), opcode, left.address(), right.address(), result.address());
+  };
+  for (const Opcode opcode : comparisons) apply(opcode);
+  for (const Opcode opcode : arithmetic) apply(opcode);
 }
 
 /// The operators of arithmetic with the left or the right operand's record for the result.
 void apply_in_place(const Caller& caller, const std::function<Value()>& left, const std::function<Value()>& right) {
-  for (const int opcode : arithmetic) {
+  for (const Opcode opcode : arithmetic) {
     Value a = left(), b = right();
     if (a.is_object()) caller.operation(operator_of(a), opcode, a.address(), b.address(), a.address());
   }
-  for (const int opcode : arithmetic) {
+  for (const Opcode opcode : arithmetic) {
     Value a = left(), b = right();
     if (!b.is_object()) continue;
     // A number on the left of these, and the array's record as the result, end the process.
-    const bool ends = opcode != static_cast<int>(Opcode::add) && opcode != static_cast<int>(Opcode::multiply);
+    const bool ends = opcode != Opcode::add && opcode != Opcode::multiply;
     if (!a.is_object() && ends) continue;
     caller.operation(operator_of(a.is_object() ? a : b), opcode, a.address(), b.address(), b.address());
   }
@@ -232,16 +233,14 @@ void access_elements(const Caller& caller, const std::function<Value()>& make) {
   for (std::size_t count = 1; count <= most_dimensions + 2; ++count)
     for (const auto where : {IndexList::Entries::in_place, IndexList::Entries::elsewhere})
       for (const Value& zero : {Value(0), Value(std::int64_t{0}), Value(0.0)}) {
-        Value array = make(), result(0x5e471e1);
+        Value array = make(), result(unwritten);
         IndexList list(Arguments(count, zero), where);
         const auto op = operator_of(array);
-        caller.operation(op, static_cast<int>(Opcode::read_element), array.address(), list.address(), result.address());
+        caller.operation(op, Opcode::read_element, array.address(), list.address(), result.address());
         for (Value written : numbers)
-          caller.operation(op, static_cast<int>(Opcode::write_element), array.address(), list.address(),
-                           written.address());
+          caller.operation(op, Opcode::write_element, array.address(), list.address(), written.address());
         Value index = zero;
-        caller.operation(op, static_cast<int>(Opcode::read_one_index), array.address(), index.address(),
-                         result.address());
+        caller.operation(op, Opcode::read_one_index, array.address(), index.address(), result.address());
       }
 }
 

@@ -43,10 +43,6 @@ hvm::InterpreterOptions silent() {
   return options;
 }
 
-}  // namespace
-
-namespace {
-
 /// `inner` in so many brackets, twice in each: `[[x, x], [x, x]]`.
 std::string nested(const std::string& inner, int depth) {
   std::string text = inner;
