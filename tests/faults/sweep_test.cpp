@@ -68,6 +68,43 @@ TEST_F(SweepOfACall, ThatKeepsTheRules_FindsNothing) {
   EXPECT_EQ(tally_.failures.at("xsum"), 4);
 }
 
+TEST_F(SweepOfACall, LetsOneAllocationFail_AndInOtherRunsAllThatFollow) {
+  int alone = 0, both = 0;
+  const auto note = [&](bool has_first, bool has_second) {
+    if (has_first) return;
+    ++(has_second ? alone : both);
+  };
+  const auto make = [&](HostValue* result, Value&) {
+    const std::unique_ptr<int> number(new (std::nothrow) int), other(new (std::nothrow) int);
+    note(number != nullptr, other != nullptr);
+    void* block = HVM_Malloc(8);
+    void* second_block = HVM_Malloc(8);
+    note(block != nullptr, second_block != nullptr);
+    HVM_Free(second_block);
+    HVM_Free(block);
+    HVM_SetInt(ctx(), result, 7);
+    return 1;
+  };
+  EXPECT_THAT(problems("xsum", make), IsEmpty());
+  EXPECT_EQ(alone, 2) << "of the module and of the host";
+  EXPECT_EQ(both, 2);
+}
+
+TEST_F(SweepOfACall, LetsNothingFailOutsideOfTheModule) {
+  const auto make = [&](HostValue* result, Value&) {
+    {
+      const Sweep::Outside outside;
+      EXPECT_NO_THROW(take_memory());
+    }
+    take_memory();
+    HVM_SetInt(ctx(), result, 7);
+    return 1;
+  };
+  EXPECT_THAT(problems("xsum", make), IsEmpty());
+  EXPECT_EQ(tally_.out_of_memory, 4);
+  EXPECT_EQ(tally_.failing_runs, 4);
+}
+
 TEST_F(SweepOfACall, CountsWhatEndsAsWithMemory) {
   const auto make = [&](HostValue* result, Value&) {
     const std::unique_ptr<int> number(new (std::nothrow) int(1));
