@@ -64,14 +64,19 @@ class Result {
   Result& operator=(const Result&) = delete;
 
   HostValue* record() { return record_; }
-  bool is_untouched() const { return std::memcmp(record_, &before_, sizeof before_) == 0; }
-  void deliver(Passage& passage, HostValue* theirs) const {
+  /// Hands the result of a call on, where the script asked for one: `theirs` is null otherwise. A call that fails and
+  /// has written its result ends the process.
+  void deliver(const std::string& call, bool is_handled, Passage& passage, HostValue* theirs) const {
     if (is_untouched()) return;
+    if (!is_handled) give_up(call + " fails and writes its result");
+    if (theirs == nullptr) return;
     hvm::release(*theirs);
     *theirs = passage.out(*record_).give_up();
   }
 
  private:
+  bool is_untouched() const { return std::memcmp(record_, &before_, sizeof before_) == 0; }
+
   HostValue before_;
   HostValue* record_;
 };
@@ -147,8 +152,7 @@ int call_once(const FunctionRow& row, HostContext ctx, const HostValue* args, in
   HostValue* const ours = arguments_in(passage, row.name, args, nargs);
   Result made;
   const int returned = row.function(passage.ctx(), ours, nargs, made.record());
-  if (returned == 0 && !made.is_untouched()) give_up(std::string(row.name) + " fails and writes its result");
-  if (result != nullptr) made.deliver(passage, result);
+  made.deliver(row.name, returned != 0, passage, result);
   return returned;
 }
 
@@ -181,8 +185,7 @@ HostBool method_once(HostContext ctx, HostValue* self, const char* name, HostVal
   const HostBool returned = manager_of(behind(*self))
                                 ->method(passage.ctx(), passage.place(*self, Tags::own), passage.copied(name), ours,
                                          nargs, made.record(), by_chance() ? 0 : 1);
-  if (returned == 0 && !made.is_untouched()) give_up(std::string(name) + " fails and writes its result");
-  if (result != nullptr) made.deliver(passage, result);
+  made.deliver(name, returned != 0, passage, result);
   return returned;
 }
 
@@ -222,39 +225,45 @@ struct Operator {
 
   bool is_read() const { return opcode == Opcode::read_element; }
   bool is_write() const { return opcode == Opcode::write_element; }
-  bool is_in_place() const { return result == left; }
+  bool is_in_place() const { return result == left && !is_read() && !is_write(); }
+  std::string name() const { return "operator " + std::to_string(static_cast<int>(opcode)); }
 };
 
 const Manager& manager_for(const Operator& applied) {
   return *manager_of(behind(hvm::object_of(*applied.left) != nullptr ? *applied.left : *applied.right));
 }
 
-HostBool read_or_write(const Operator& applied, HostContext ctx, bool is_trial) {
+HostBool write(const Operator& applied, HostContext ctx) {
   Passage passage(ctx);
-  const auto op = manager_for(applied).op;
   HostValue* const left = passage.place(*applied.left, Tags::own);
   HostValue* const list = index_list_in(passage, applied.right);
-  const auto opcode = static_cast<int>(applied.opcode);
-  if (applied.is_write()) return op(passage.ctx(), opcode, left, list, passage.place(*applied.result, Tags::any));
+  return manager_for(applied).op(passage.ctx(), static_cast<int>(applied.opcode), left, list,
+                                 passage.place(*applied.result, Tags::any));
+}
+
+HostBool read_once(const Operator& applied, HostContext ctx, HostValue* result) {
+  Passage passage(ctx);
+  HostValue* const left = passage.place(*applied.left, Tags::own);
+  HostValue* const list = index_list_in(passage, applied.right);
   Result made;
   const auto* indices = static_cast<const HostIndexList*>(static_cast<const void*>(list));
   // One index may come in a list or alone.
   const bool is_alone = indices->packed_size == 2 && by_chance();
   HostValue* const index = is_alone ? load<HostValue*>(indices->entries) : list;
-  const int way = is_alone ? static_cast<int>(Opcode::read_one_index) : opcode;
-  const HostBool returned = op(passage.ctx(), way, left, index, made.record());
-  if (!is_trial) made.deliver(passage, applied.result);
+  const Opcode way = is_alone ? Opcode::read_one_index : applied.opcode;
+  const HostBool returned = manager_for(applied).op(passage.ctx(), static_cast<int>(way), left, index, made.record());
+  made.deliver(applied.name(), returned != 0, passage, result);
   return returned;
 }
 
-HostBool combine(const Operator& applied, HostContext ctx, bool is_trial) {
+HostBool combine_once(const Operator& applied, HostContext ctx, HostValue* result) {
   Passage passage(ctx);
   HostValue* const left = passage.place(*applied.left, Tags::any);
   HostValue* const right = passage.place(*applied.right, Tags::any);
   Result made;
   const HostBool returned =
       manager_for(applied).op(passage.ctx(), static_cast<int>(applied.opcode), left, right, made.record());
-  if (!is_trial) made.deliver(passage, applied.result);
+  made.deliver(applied.name(), returned != 0, passage, result);
   return returned;
 }
 
@@ -279,14 +288,14 @@ HostBool combine_in_place(const Operator& applied, HostContext ctx) {
 
 HostBool call_operator(HostContext ctx, int opcode, HostValue* left, HostValue* right, HostValue* result) {
   const Operator applied{static_cast<Opcode>(opcode), left, right, result};
-  const std::string name = "operator " + std::to_string(opcode);
-  if (applied.is_read() || applied.is_write()) {
-    const LeftBehind left_behind(name);
-    return read_or_write(applied, ctx, false);
-  }
-  if (!applied.is_in_place()) try_without(name, [&] { combine(applied, ctx, true); });
-  const LeftBehind left_behind(name);
-  return applied.is_in_place() ? combine_in_place(applied, ctx) : combine(applied, ctx, false);
+  const auto once = [&](HostValue* theirs) {
+    return applied.is_read() ? read_once(applied, ctx, theirs) : combine_once(applied, ctx, theirs);
+  };
+  const bool changes_operand = applied.is_write() || applied.is_in_place();
+  if (!changes_operand) try_without(applied.name(), [&] { once(nullptr); });
+  const LeftBehind left_behind(applied.name());
+  if (applied.is_write()) return write(applied, ctx);
+  return applied.is_in_place() ? combine_in_place(applied, ctx) : once(result);
 }
 
 int take_rows(void*, int count, const FunctionRow* table) {
