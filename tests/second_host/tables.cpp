@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <tuple>
 
 namespace second_host {
@@ -175,13 +176,13 @@ HostValue* slot(Table& table, const Key& key) {
 }
 
 std::int32_t highest_key(const Table& table) {
-  std::int64_t highest = by_chance() ? -1 : INT32_MIN;
-  for (const auto& place : table.places) {
-    const bool is_key =
-        place.first.kind == Key::Kind::whole && place.first.bits == static_cast<std::int32_t>(place.first.bits);
-    if (is_key) highest = std::max(highest, place.first.bits);
+  std::optional<std::int64_t> highest;
+  for (const auto& [key, place] : table.places) {
+    const bool is_key = key.kind == Key::Kind::whole && key.bits == static_cast<std::int32_t>(key.bits);
+    if (is_key) highest = std::max(highest.value_or(key.bits), key.bits);
   }
-  return static_cast<std::int32_t>(highest);
+  const std::int64_t without_keys = by_chance() ? -1 : INT32_MIN;
+  return static_cast<std::int32_t>(highest.value_or(without_keys));
 }
 
 void drop(Table* table) {

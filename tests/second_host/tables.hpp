@@ -42,7 +42,7 @@ void fill(Table& table, const std::vector<HostHashItem>& entries);
 HostValue* find(const Table& table, const Key& key);
 /// The slot of a key, made when absent; null for what is no key.
 HostValue* slot(Table& table, const Key& key);
-/// The largest whole key of 32 bits.
+/// The largest whole key of 32 bits. Without one it is -1 or the smallest integer.
 std::int32_t highest_key(const Table& table);
 /// Ends a table with the last reference to it, however deep it is.
 void drop(Table* table);
