@@ -3,7 +3,6 @@
 // A host may compute a value when it is asked for it, and a script that runs meanwhile may change what the module
 // reads. The answer is defined: the module looks anew after every question, and reads nothing that has ended.
 
-#include "reader/selection.hpp"
 #include "reader/table_conversion.hpp"
 #include "second_host/hand_made_table.hpp"
 #include "support/reader_test.hpp"
@@ -111,13 +110,6 @@ TEST_F(ChangingTables, ATableThatGrowsForEver_IsReadUpToWhereItStops) {
 
 // ---- Selections
 
-/// What `pairs` select, printed.
-std::string selected(HostContext ctx, HostHash* table, const SelectorPairs& pairs) {
-  Value result;
-  select_entries(ctx, table, pairs, result.address());
-  return hvm::printed(result.record());
-}
-
 TEST_F(ChangingTables, ASelectionOfEverything_GoesOnInTheTableAsItIsThen) {
   for (const Part part : {Part::ordered, Part::items})
     for (const char* operation : {"HVM_HashSetInt", "HVM_DupObject"}) {
@@ -131,7 +123,7 @@ TEST_F(ChangingTables, ASelectionOfEverything_GoesOnInTheTableAsItIsThen) {
       const Meanwhile meanwhile(operation, is_copy ? 1 : 2, [&] {
         row.set(numbers({11, 12, 13, 14}), is_copy ? Old::ends : Old::lasts);
       });
-      EXPECT_EQ(selected(ctx(), outer.hash(), pairs), "[[1, 12, 13, 14]]") << operation;
+      EXPECT_EQ(selected(outer.hash(), pairs), "[[1, 12, 13, 14]]") << operation;
     }
 }
 
@@ -143,7 +135,7 @@ TEST_F(ChangingTables, ASelectionOfEverything_MayLoseTheTableAroundIt) {
     pairs.push_back({});
     pairs.push_back({});
     const Meanwhile meanwhile("HVM_DupObject", 3, [&] { outer.set({}); });
-    EXPECT_EQ(selected(ctx(), outer.hash(), pairs), "[[1, 2], [1, 2]]");
+    EXPECT_EQ(selected(outer.hash(), pairs), "[[1, 2], [1, 2]]");
   }
 }
 
@@ -156,7 +148,7 @@ TEST_F(ChangingTables, ASelectionByATable_GoesOnInTheSelectorAsItIsThen) {
   pairs.push_back({});
   pairs.push_back({chooser.address(), nullptr});
   const Meanwhile meanwhile("HVM_DupObject", 2, [&] { selector.set(numbers({7})); });
-  EXPECT_EQ(selected(ctx(), hvm::table_of(outer.record()), pairs), "[[7, 8]]");
+  EXPECT_EQ(selected(hvm::table_of(outer.record()), pairs), "[[7, 8]]");
 }
 
 TEST_F(ChangingTables, ASelectionByARange_PassesOverWhatIsGone) {
@@ -172,7 +164,7 @@ TEST_F(ChangingTables, ASelectionByARange_PassesOverWhatIsGone) {
       hvm::remove(hash, Value(3).record());
       hvm::remove(hash, Value(2).record());
     });
-    EXPECT_EQ(selected(ctx(), hvm::table_of(outer.record()), pairs), "[[10, 11]]") << operation;
+    EXPECT_EQ(selected(hvm::table_of(outer.record()), pairs), "[[10, 11]]") << operation;
   }
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "reader/evaluation.hpp"
+#include "reader/selection.hpp"
 #include "support/scripted_test.hpp"
 
 namespace arrayfold::test {
@@ -42,6 +43,12 @@ class ReaderTest : public ScriptedTest {
   std::string evaluated_slot(const HostCodeSlot& slot) {
     ExpressionEvaluator evaluator(ctx(), frame_base);
     return shown(evaluate_slot(evaluator, &slot));
+  }
+  /// What `pairs` select in a table, printed.
+  std::string selected(HostHash* table, const SelectorPairs& pairs) {
+    Value result;
+    select_entries(ctx(), table, pairs, result.address());
+    return hvm::printed(result.record());
   }
 
   std::uint32_t frame_base = 0;
