@@ -168,6 +168,46 @@ TEST_F(ChangingTables, ASelectionByARange_PassesOverWhatIsGone) {
   }
 }
 
+TEST_F(ChangingTables, ASelectionByAnOpenRange_PassesOverWhatIsGone) {
+  // The table of the row is made after the bounds of the row are known.
+  for (const auto& [operation, nth] : {std::pair("HVM_HashGetBounds", 1), std::pair("HVM_ForceTable", 2)}) {
+    Value row = Value::table_of({Value(10), Value(11), Value(12), Value(13)});
+    const Value outer = Value::table_of({row});
+    HostHash* hash = hvm::table_of(row.record());
+    Value low(0), open;
+    SelectorPairs pairs;
+    pairs.push_back({});
+    pairs.push_back({low.address(), open.address()});
+    const Meanwhile meanwhile(operation, nth, [&] {
+      hvm::remove(hash, Value(3).record());
+      hvm::remove(hash, Value(2).record());
+    });
+    EXPECT_EQ(selected(hvm::table_of(outer.record()), pairs), "[[10, 11]]") << operation;
+    EXPECT_TRUE(Meanwhile::has_come()) << operation;
+  }
+}
+
+TEST_F(ChangingTables, ASelectionByAKey_FindsWhatIsThereThen) {
+  Value text("key"), number(2);
+  for (const auto& [key, operation] :
+       {std::pair(&text, "HVM_NumberCheck"), std::pair(&text, "HVM_StringCheckAll"),
+        std::pair(&number, "HVM_NumberCheck"), std::pair(&number, "HVM_StringCheckAll")}) {
+    const Value table = Value::table();
+    HostHash* hash = hvm::table_of(table.record());
+    hvm::set_entry(hash, key->record(), Value(1).record());
+    SelectorPairs pairs;
+    pairs.push_back({key->address(), nullptr});
+    // The entry is another one, in another place, when the key is understood.
+    const Meanwhile meanwhile(operation, 1, [&, key = key] {
+      hvm::remove(hash, key->record());
+      for (int other = 10; other < 50; ++other) hvm::set_entry(hash, Value(other).record(), Value(0).record());
+      hvm::set_entry(hash, key->record(), Value(7).record());
+    });
+    EXPECT_EQ(selected(hash, pairs), "7") << operation;
+    EXPECT_TRUE(Meanwhile::has_come()) << operation;
+  }
+}
+
 TEST_F(ChangingTables, ASelectorThatChangesItsTable_SelectsFromTheTableAsItIsThen) {
   host.define("f", [&](HostValue*, int, HostValue* result) {
     host[3] = Value::table_of({Value(5), Value(6)});  // the old table ends
