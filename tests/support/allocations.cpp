@@ -30,18 +30,17 @@ bool withheld() noexcept {
   return true;
 }
 
-int fail_each(const std::function<void()>& action, void (*arm)(std::int64_t, hvm::FailureExtent),
-              bool (*has_failed)()) {
+int fail_each(const std::function<void()>& action, void (*arm)(std::int64_t), bool (*has_failed)()) {
   for (int nth = 1;; ++nth) {
     const auto host = hvm::counts();  // also empties the slot of lost values
     const auto alive = counts.alive;
-    arm(nth, hvm::FailureExtent::once);
+    arm(nth);
     try {
       action();
     } catch (const std::bad_alloc&) {
     }
     const bool came = has_failed();
-    arm(0, hvm::FailureExtent::once);
+    arm(0);
     EXPECT_TRUE(hvm::counts() == host) << "the host holds something after the failure of allocation " << nth;
     EXPECT_EQ(counts.alive, alive) << "an allocation outlived the failure of allocation " << nth;
     if (!came) return nth - 1;
