@@ -265,6 +265,17 @@ TEST_F(ChangingArrays, AnElement_IsReadInTheArrayAsItIsThen) {
   }
 }
 
+TEST_F(ChangingArrays, AnElementAtOneIndex_IsReadInTheArrayAsItIsThen) {
+  for (const char* operation : {"HVM_NumberCheck", "HVM_AsInt"}) {
+    array_ = array_of<XTInt64>(ctx(), {1, 3}, {0, 1, 2});
+    Value one(1), result;
+    const Meanwhile meanwhile(operation, 1, [&] { grow(); });
+    hvm::callbacks_of(hvm::object_of(array_.record()))
+        .op(ctx(), static_cast<int>(Opcode::read_one_index), array_.address(), one.address(), result.address());
+    EXPECT_EQ(HVM_AsInt64(result.address()), 101) << operation;
+  }
+}
+
 TEST_F(ChangingArrays, AnElement_IsWrittenIntoTheArrayAsItIsThen) {
   for (const char* operation : {"HVM_NumberCheck", "HVM_AsInt64", "HVM_AsInt"}) {
     array_ = array_of<XTInt64>(ctx(), {1, 3}, {0, 1, 2});
@@ -285,6 +296,29 @@ TEST_F(ChangingArrays, AnOperatorWithANumber_TakesTheArrayAsItIsThen) {
         .op(ctx(), static_cast<int>(Opcode::add), array_.address(), one.address(), result.address());
     EXPECT_EQ(dump(result), "[[101,102,103],[101,102,103],[101,102,103],[101,102,103]]") << operation;
   }
+}
+
+TEST_F(ChangingArrays, AnOperatorInPlaceWithANumber_ChangesTheArrayAsItIsThen) {
+  for (const char* operation : {"HVM_NumberCheck", "HVM_AsInt64"}) {
+    array_ = array_of<XTInt64>(ctx(), {1, 3}, {0, 1, 2});
+    Value one(1);
+    const Meanwhile meanwhile(operation, 1, [&] { grow(); });
+    apply_into(array_.address(), "$xint64array", static_cast<int>(Opcode::add), array_.address(), one.address());
+    EXPECT_EQ(dump(array_), "[[101,102,103],[101,102,103],[101,102,103],[101,102,103]]") << operation;
+  }
+}
+
+TEST_F(ChangingArrays, AComparisonWithANumber_TakesTheArrayAsItIsThen) {
+  for (const Opcode opcode : {Opcode::less, Opcode::greater})
+    for (const char* operation : {"HVM_NumberCheck", "HVM_AsInt64"}) {
+      array_ = array_of<XTInt64>(ctx(), {1, 3}, {0, 1, 2});
+      Value number(101), result;
+      const Meanwhile meanwhile(operation, 1, [&] { grow(); });
+      hvm::callbacks_of(hvm::object_of(array_.record()))
+          .op(ctx(), static_cast<int>(opcode), array_.address(), number.address(), result.address());
+      const std::string row = opcode == Opcode::less ? "[true,false,false]" : "[false,false,true]";
+      EXPECT_EQ(dump(result), "[" + row + "," + row + "," + row + "," + row + "]") << operation;
+    }
 }
 
 }  // namespace
