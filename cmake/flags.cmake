@@ -1,6 +1,7 @@
 # Compiler flags, as interface targets.
 #
 #   project_flags    everything: warnings, NDEBUG, sanitizers
+#   brief_work_flags what runs once in a process
 #   hardening_flags  what people run: the loader and the compiler guard memory
 #   arithmetic_flags the kernels and the module: fixed arithmetic
 #   arrayfold_flags  the module, and whatever includes its array headers
@@ -12,6 +13,10 @@ target_compile_options(project_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow
 # Without assertions in every configuration: the words of the array library's exceptions depend on it.
 target_compile_definitions(project_flags INTERFACE NDEBUG)
 
+if(ARRAYFOLD_PLAIN_BUILD)
+  # Where a report needs lines of the sources, the whole build is made.
+  add_compile_options(-g0)
+endif()
 if(ARRAYFOLD_SANITIZE)
   # Wrapping integers are defined (-fwrapv), and the division fault is the processor's own.
   target_compile_options(project_flags INTERFACE
@@ -21,6 +26,12 @@ if(ARRAYFOLD_SANITIZE)
     target_compile_definitions(project_flags INTERFACE ARRAYFOLD_ADDRESS_SANITIZER)
   endif()
   target_link_options(project_flags INTERFACE -fsanitize=${ARRAYFOLD_SANITIZE})
+endif()
+
+# Code that runs once in a process. With sanitizers it is not optimised, which takes twice as long as it saves.
+add_library(brief_work_flags INTERFACE)
+if(ARRAYFOLD_SANITIZE)
+  target_compile_options(brief_work_flags INTERFACE -O0)
 endif()
 
 # A mistake in what people run ends the process instead of giving somebody control of it. The sanitizers check more, and

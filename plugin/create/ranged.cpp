@@ -46,7 +46,7 @@ bool read_range(const Call& call, IntRange& range) {
 
 // ---- xlinspace and xlogspace
 
-constexpr auto as_they_are = [](auto, auto*, std::size_t) {};
+constexpr auto unchanged = [](auto, auto*, std::size_t) {};
 
 /// required: in the integer forms the exponent is an integer already, and the power is truncated once more.
 constexpr auto powers_of_ten = [](auto kind, auto* numbers, std::size_t count) {
@@ -108,7 +108,7 @@ Outcome xarange(const Call& call) {
   return Outcome::handled;
 }
 
-Outcome xlinspace(const Call& call) { return make_spaced(call, as_they_are); }
+Outcome xlinspace(const Call& call) { return make_spaced(call, unchanged); }
 Outcome xlogspace(const Call& call) { return make_spaced(call, powers_of_ten); }
 
 }  // namespace arrayfold

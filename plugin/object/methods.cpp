@@ -105,13 +105,13 @@ HostBool method_callback(HostContext ctx, HostValue* self, const char* name, Hos
   return false;
 }
 
-constexpr auto callback_of_each = [](auto... kind) {
+constexpr auto method_callback_of_each = [](auto... kind) {
   return KindTable<registered_kinds, MethodCallbackOf>(&method_callback<decltype(kind)>...);
 };
 
 }  // namespace
 
 constexpr KindTable<registered_kinds, MethodCallbackOf> method_callbacks =
-    for_kinds(registered_kinds{}, callback_of_each);
+    for_kinds(registered_kinds{}, method_callback_of_each);
 
 }  // namespace arrayfold

@@ -279,7 +279,7 @@ HostBool operator_callback(HostContext ctx, int opcode, HostValue* left, HostVal
 constexpr auto handler_of_each = [](auto... kind) {
   return KindTable<registered_kinds, OperatorHandler>(&apply_operator<decltype(kind)>...);
 };
-constexpr auto callback_of_each = [](auto... kind) {
+constexpr auto operator_callback_of_each = [](auto... kind) {
   return KindTable<registered_kinds, OperatorCallbackOf>(&operator_callback<decltype(kind)>...);
 };
 
@@ -288,6 +288,6 @@ constexpr auto callback_of_each = [](auto... kind) {
 constexpr KindTable<registered_kinds, OperatorHandler> operator_handlers =
     for_kinds(registered_kinds{}, handler_of_each);
 constexpr KindTable<registered_kinds, OperatorCallbackOf> operator_callbacks =
-    for_kinds(registered_kinds{}, callback_of_each);
+    for_kinds(registered_kinds{}, operator_callback_of_each);
 
 }  // namespace arrayfold

@@ -11,13 +11,10 @@
 
 #include "cli/safe_text.hpp"
 #include "script/syntax/diagnostics.hpp"
+#include "script/syntax/unicode.hpp"
 
 namespace hvm {
 namespace {
-
-bool begins_with(std::string_view text, std::string_view beginning) {
-  return text.substr(0, beginning.size()) == beginning;
-}
 
 // ---- Finding options
 

@@ -11,6 +11,7 @@
 
 #include "cli/safe_text.hpp"
 #include "cli/streams.hpp"
+#include "script/syntax/unicode.hpp"
 
 namespace hvm {
 namespace {
@@ -21,8 +22,6 @@ constexpr std::string_view mark_of_line = "\x02=";
 constexpr std::string_view mark_of_difference = "\x02:";
 constexpr std::string_view mark_of_reason = "\x02?";
 constexpr std::string_view mark_of_end = "\x02.";
-
-bool begins_with(std::string_view text, std::string_view mark) { return text.substr(0, mark.size()) == mark; }
 
 /// Begins a new line, whatever the module has written.
 void put_line(std::string_view mark, const std::string& text = {}) {

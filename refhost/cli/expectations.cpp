@@ -9,17 +9,12 @@
 #include <string_view>
 
 #include "script/syntax/diagnostics.hpp"
+#include "script/syntax/unicode.hpp"
 
 namespace hvm {
 namespace {
 
 constexpr std::string_view blanks = " \t\r\n";
-
-std::string_view trimmed(std::string_view text) {
-  const std::size_t begin = text.find_first_not_of(blanks);
-  if (begin == std::string_view::npos) return {};
-  return text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
-}
 
 bool take(std::string_view& text, std::string_view front) {
   if (text.substr(0, front.size()) != front) return false;

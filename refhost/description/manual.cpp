@@ -9,10 +9,6 @@
 namespace hvm::description {
 namespace {
 
-bool starts_with(const std::string& text, const std::string& start) {
-  return text.compare(0, start.size(), start) == 0;
-}
-
 /// A character of code. Those that printers turn into other ones, such as the minus, are asked for by their names.
 std::string literal(char c) {
   static const std::map<char, std::string> names = {{'\\', "\\e"},  {'-', "\\-"},   {'\'', "\\(aq"},

@@ -10,10 +10,6 @@ namespace {
 
 const std::vector<std::string> section_titles = {"Synopsis", "Examples", "Arguments", "Result", "Failures", "See also"};
 
-bool starts_with(const std::string& text, const std::string& start) {
-  return text.compare(0, start.size(), start) == 0;
-}
-
 std::vector<Line> lines_of(const std::string& text) {
   std::vector<Line> lines;
   std::istringstream stream(text);
@@ -62,6 +58,10 @@ bool is_item(const std::string& text, bool in_paragraph) {
 }
 
 }  // namespace
+
+bool starts_with(const std::string& text, const std::string& start) {
+  return text.compare(0, start.size(), start) == 0;
+}
 
 PageFault::PageFault(const std::string& file, int line, const std::string& words)
     : std::runtime_error(file + ":" + std::to_string(line) + ": " + words) {}

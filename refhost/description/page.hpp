@@ -14,6 +14,8 @@ class PageFault : public std::runtime_error {
   PageFault(const std::string& file, int line, const std::string& words);
 };
 
+bool starts_with(const std::string& text, const std::string& start);
+
 struct Line {
   std::string text;
   int number;  // from 1

@@ -16,7 +16,7 @@ struct OwnContext : HostContextRecord {
 
 HVM_STATE OwnContext* youngest = nullptr;
 
-OwnContext* own(HostContext ctx) noexcept { return static_cast<OwnContext*>(ctx); }
+OwnContext* own_context(HostContext ctx) noexcept { return static_cast<OwnContext*>(ctx); }
 
 int fail_call(const void*, HostContext, HostValue*, int, HostValue*) { return 0; }
 
@@ -25,8 +25,8 @@ HostValue* read_nil(HostContext, int) { return kernel::global_nil(); }
 }  // namespace
 
 Context::Context() : handle_(new OwnContext{}) {
-  own(handle_)->older = youngest;
-  youngest = own(handle_);
+  own_context(handle_)->older = youngest;
+  youngest = own_context(handle_);
   use_frame(nullptr);
   call_through(nullptr);
   read_through(nullptr);
@@ -34,12 +34,14 @@ Context::Context() : handle_(new OwnContext{}) {
 
 Context::~Context() {
   OwnContext** link = &youngest;
-  while (*link != own(handle_)) link = &(*link)->older;
-  *link = own(handle_)->older;
-  delete own(handle_);
+  while (*link != own_context(handle_)) link = &(*link)->older;
+  *link = own_context(handle_)->older;
+  delete own_context(handle_);
 }
 
-void Context::use_frame(HostFrame* frame) noexcept { handle_->frame = frame ? frame : &own(handle_)->zero_frame; }
+void Context::use_frame(HostFrame* frame) noexcept {
+  handle_->frame = frame ? frame : &own_context(handle_)->zero_frame;
+}
 
 void Context::call_through(HostContextRecord::CallFunction function) noexcept {
   handle_->call_function = function ? function : fail_call;
@@ -49,9 +51,9 @@ void Context::read_through(HostContextRecord::ReadSlot function) noexcept {
   handle_->read_slot = function ? function : read_nil;
 }
 
-void Context::carry(void* user) noexcept { own(handle_)->user = user; }
+void Context::carry(void* user) noexcept { own_context(handle_)->user = user; }
 
-void* user_of(HostContext ctx) noexcept { return ctx ? own(ctx)->user : nullptr; }
+void* user_of(HostContext ctx) noexcept { return ctx ? own_context(ctx)->user : nullptr; }
 
 HostContext youngest_context() noexcept { return youngest; }
 

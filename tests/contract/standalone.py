@@ -4,13 +4,12 @@
 #
 # A header may profit from what its includer has included before, and a source from a precompiled header. Here each
 # header is checked as the only line of a source, by the command of a source beside it from compile_commands.json. A
-# header that a source includes first is checked by that source. With --sources, each source that is built with a
-# precompiled header is checked in place of the headers, by its own command without that header. Sources of tests and
-# benchmarks are not checked, but each must belong to a target.
+# header that a source includes first is checked by that source. With --sources, each source that is built together with
+# others or with a precompiled header is checked in place of the headers, by its command without that header. Sources of
+# tests and benchmarks are not checked, but each must belong to a target.
 
 import argparse
 import concurrent.futures
-import json
 import os
 import pathlib
 import re
@@ -18,6 +17,9 @@ import shlex
 import subprocess
 import sys
 import tempfile
+
+sys.path.append(os.path.join(os.path.dirname(__file__), "..", "support"))
+from compile_commands import commands_of, is_unit
 
 FOLDERS = ["plugin", "refhost"]
 COMPILED = ["plugin", "refhost", "tests", "bench"]
@@ -54,12 +56,6 @@ def nearest(folder, commands):
         folder = folder.parent
 
 
-def commands_of(build):
-    """The command of every source that a target compiles."""
-    listed = json.loads((build / "compile_commands.json").read_text())
-    return {pathlib.Path(entry["file"]).resolve(): entry["command"] for entry in listed}
-
-
 def uncompiled(commands, project):
     """The sources that belong to no target."""
     for folder in COMPILED:
@@ -76,9 +72,10 @@ def first_include(source):
 
 
 def sources(commands, project):
-    """Each source that is built with a precompiled header, with its command."""
+    """Each source that is built with others or with a precompiled header, with its command."""
     for path, command in sorted(commands.items()):
-        if "cmake_pch" in command and any(path.is_relative_to(project / folder) for folder in FOLDERS):
+        is_alone = "cmake_pch" not in command and not is_unit(command)
+        if not is_alone and any(path.is_relative_to(project / folder) for folder in FOLDERS):
             yield path, checking(command, str(path))
 
 
@@ -110,7 +107,7 @@ def main():
     parser.add_argument("project", type=pathlib.Path)
     asked = parser.parse_args()
     build, project = asked.build.resolve(), asked.project.resolve()
-    commands = commands_of(build)
+    commands = dict(commands_of(build))
     if strays := [f"{path}: no target compiles it" for path in uncompiled(commands, project)]:
         raise SystemExit("\n".join(strays))
     files = list((sources if asked.sources else headers)(commands, project))

@@ -152,9 +152,9 @@ TEST_F(Faults, RangesAndEye_SurviveEachFailure) {
 
 /// Elementwise functions of two arrays; the stubs look at their arguments and compute nothing.
 const std::vector<std::string> binary = {"xminimum", "xmaximum"};
-const std::vector<std::string> stubs = {"xremainder", "xclip", "xfma", "xinterp", "xpow"};
+const std::vector<std::string> elementwise_stubs = {"xremainder", "xclip", "xfma", "xinterp", "xpow"};
 /// Those of one array.
-const std::vector<std::string> unary = without(functions_of("elementwise"), {binary, stubs});
+const std::vector<std::string> unary = without(functions_of("elementwise"), {binary, elementwise_stubs});
 
 TEST_F(Faults, Binary_OfEveryKindAndRank_SurviveEachFailure) {
   for (const std::string& name : binary)
@@ -166,8 +166,8 @@ TEST_F(Faults, Binary_OfEveryKindAndRank_SurviveEachFailure) {
 }
 
 TEST_F(Faults, StubsOfElements_NeedNone) {
-  EXPECT_EQ(stubs.size(), stubs_of("elementwise").size());
-  for (const std::string& name : stubs) {
+  EXPECT_EQ(elementwise_stubs.size(), stubs_of("elementwise").size());
+  for (const std::string& name : elementwise_stubs) {
     std::vector<Value> args(3, array_of<XTDouble>(ctx(), {2}, {1, 2}));
     const EntryFunction function = Module::loaded().entry(name);
     const auto action = [&] {

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <new>
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <malloc.h>
 
@@ -83,13 +84,13 @@ void uncounted(const void* memory) noexcept {
 }  // namespace arrayfold::test
 
 #ifndef ARRAYFOLD_ADDRESS_SANITIZER
-extern "C" void* __libc_calloc(std::size_t count, std::size_t size) noexcept;
-
-/// Large blocks of zeros, the one thing that the module takes from the C library itself.
+/// Large blocks of zeros, the one thing that the module takes from the C library itself. The next allocation behind the
+/// program's is the C library's, or that of a sanitizer that was loaded before it.
 extern "C" void* calloc(std::size_t count, std::size_t size) noexcept {
+  static const auto next = reinterpret_cast<decltype(&calloc)>(dlsym(RTLD_NEXT, "calloc"));
   constexpr std::size_t large = std::size_t{128} << 10;
   const bool is_large = size != 0 && count >= large / size;
-  return is_large && arrayfold::test::withheld() ? nullptr : __libc_calloc(count, size);
+  return is_large && arrayfold::test::withheld() ? nullptr : next(count, size);
 }
 #endif
 

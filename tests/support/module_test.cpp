@@ -82,6 +82,8 @@ const char* module_path() {
   return named != nullptr ? named : MODULE_PATH;
 }
 
+bool is_under_address_sanitizer() { return dlsym(RTLD_DEFAULT, "__asan_init") != nullptr; }
+
 Module::Module() {
   void* library = dlopen(module_path(), RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) throw std::runtime_error(dlerror());

@@ -30,6 +30,9 @@ struct Answer {
 /// The file of the module: that of the build, or another one that the environment names in ARRAYFOLD_TEST_MODULE.
 const char* module_path();
 
+/// Whether the address sanitizer is in the process, be it with this program or with the module alone.
+bool is_under_address_sanitizer();
+
 /// The module, loaded once in a test program.
 class Module {
  public:

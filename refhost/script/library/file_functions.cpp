@@ -288,7 +288,7 @@ constexpr std::string_view reading_options =
     "\"separator\": one character, \",\" by default\n"
     "\"columns\": a table of the columns to read, by name or position";
 
-constexpr Builtin rows[] = {
+constexpr Builtin file_rows[] = {
     {"parse_json", 1, 1, parse_json, "parse_json(text)", "Reads JSON: objects and arrays become tables.",
      "v = parse_json(\"{\\\"a\\\": [1, 2.5]}\")\n"
      "print(v[\"a\"][1])  # expect: 2.5"},
@@ -324,6 +324,6 @@ constexpr Builtin rows[] = {
 
 }  // namespace
 
-BuiltinFamily file_functions() { return family_of(rows); }
+BuiltinFamily file_functions() { return family_of(file_rows); }
 
 }  // namespace hvm

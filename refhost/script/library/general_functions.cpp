@@ -86,7 +86,7 @@ Value clock(const BuiltinCall&) {
 }
 
 // clang-format off
-constexpr Builtin rows[] = {
+constexpr Builtin general_rows[] = {
     {"assert", 1, 2, assertion, "assert(condition)\nassert(condition, text)", "Fails unless the condition holds.",
      "assert(1 < 2)\n"
      "assert(1 > 2, \"too small\")  # expect error: too small", Gives::nothing},
@@ -116,6 +116,6 @@ constexpr Builtin rows[] = {
 
 }  // namespace
 
-BuiltinFamily general_functions() { return family_of(rows); }
+BuiltinFamily general_functions() { return family_of(general_rows); }
 
 }  // namespace hvm

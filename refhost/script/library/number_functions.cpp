@@ -152,7 +152,7 @@ Value elementary(const BuiltinCall& call) {
 Value is_nan(const BuiltinCall& call) { return Value(std::isnan(number_argument(call, 0)) ? 1 : 0); }
 
 // clang-format off
-constexpr Builtin rows[] = {
+constexpr Builtin number_rows[] = {
     {"abs", 1, 1, abs, "abs(x)", "Gives the number without its sign.",
      "print(abs(-3), abs(-2.5))  # expect: 3 2.5"},
     {"acos", 1, 1, elementary<std::acos>, "acos(x)", "Gives the arc cosine, from 0 to pi.",
@@ -207,6 +207,6 @@ constexpr Builtin rows[] = {
 
 }  // namespace
 
-BuiltinFamily number_functions() { return family_of(rows); }
+BuiltinFamily number_functions() { return family_of(number_rows); }
 
 }  // namespace hvm

@@ -288,7 +288,7 @@ constexpr std::string_view curve_options =
     "\"names\": a table with the name of each curve\n"
     "\"show\": false keeps the picture for save_plot, without printing it";
 
-constexpr Builtin rows[] = {
+constexpr Builtin picture_rows[] = {
     {"plot", 1, 3, plot, "plot(y)\nplot(x, y)\nplot(x, y, options)", "Draws a curve as text.",
      "plot([0, 1, 2], [[0, 1, 4], [0, 2, 4]], [\"names\": [\"squares\", \"doubles\"]])",
      Gives::nothing, curve_options},
@@ -315,6 +315,6 @@ constexpr Builtin rows[] = {
 
 }  // namespace
 
-BuiltinFamily picture_functions() { return family_of(rows); }
+BuiltinFamily picture_functions() { return family_of(picture_rows); }
 
 }  // namespace hvm

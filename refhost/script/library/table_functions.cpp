@@ -124,7 +124,7 @@ Value sort(const BuiltinCall& call) {
 }
 
 // clang-format off
-constexpr Builtin rows[] = {
+constexpr Builtin table_rows[] = {
     {"append", 2, -1, append, "append(table, value, ...)", "Adds values at the end of a table.",
      "t = [1]\n"
      "append(t, 2, 3)\n"
@@ -147,6 +147,6 @@ constexpr Builtin rows[] = {
 
 }  // namespace
 
-BuiltinFamily table_functions() { return family_of(rows); }
+BuiltinFamily table_functions() { return family_of(table_rows); }
 
 }  // namespace hvm

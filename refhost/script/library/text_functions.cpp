@@ -202,7 +202,7 @@ Value upper(const BuiltinCall& call) { return Value(upper_case(text_argument(cal
 Value lower(const BuiltinCall& call) { return Value(lower_case(text_argument(call, 0))); }
 
 // clang-format off
-constexpr Builtin rows[] = {
+constexpr Builtin text_rows[] = {
     {"find", 2, 3, find, "find(text, part)\nfind(text, part, start)",
      "Gives the position of the first occurrence, nil when there is none.",
      "print(find(\"banana\", \"an\"), find(\"banana\", \"an\", 2))  # expect: 1 3"},
@@ -226,6 +226,6 @@ constexpr Builtin rows[] = {
 
 }  // namespace
 
-BuiltinFamily text_functions() { return family_of(rows); }
+BuiltinFamily text_functions() { return family_of(text_rows); }
 
 }  // namespace hvm

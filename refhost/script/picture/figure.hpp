@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 #include <functional>
 #include <optional>
@@ -17,6 +18,11 @@ struct Curve {
   std::vector<double> y;  // as many
   std::string name;       // in the legend; empty: none
 };
+
+/// Whether the curve has a point at `i`, and no gap.
+inline bool is_point(const Curve& curve, std::size_t i) {
+  return i < curve.x.size() && std::isfinite(curve.x[i]) && std::isfinite(curve.y[i]);
+}
 
 /// A matrix of numbers, row by row.
 struct Cells {

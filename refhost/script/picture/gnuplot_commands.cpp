@@ -17,13 +17,13 @@ namespace {
 constexpr std::size_t longest_text = 200;  // in characters
 constexpr double pixels_of_an_inch = 96;
 // More cells than that are less than a pixel each.
-constexpr std::size_t most_rows = 1000;
-constexpr std::size_t most_columns = 1500;
+constexpr std::size_t most_cell_rows = 1000;
+constexpr std::size_t most_cell_columns = 1500;
 
 /// A quoted text of gnuplot, in which every character of ASCII but letters and blanks stands as its number: none of
 /// them can end the text or start anything. That holds for digits too, which would else go on the number before them.
 /// A control character becomes a blank, and a byte that is no character a question mark.
-std::string quoted(std::string_view text) {
+std::string as_gnuplot_text(std::string_view text) {
   std::string made = "\"";
   for (std::size_t i = 0; i < longest_text && !text.empty(); ++i) {
     const std::size_t before = text.size();
@@ -60,9 +60,9 @@ std::string terminal(const Canvas& canvas) {
 
 std::string labels(const Figure& figure) {
   std::string text;
-  if (!figure.title.empty()) text += fmt::format("set title {}\n", quoted(figure.title));
-  if (!figure.x_label.empty()) text += fmt::format("set xlabel {}\n", quoted(figure.x_label));
-  if (!figure.y_label.empty()) text += fmt::format("set ylabel {}\n", quoted(figure.y_label));
+  if (!figure.title.empty()) text += fmt::format("set title {}\n", as_gnuplot_text(figure.title));
+  if (!figure.x_label.empty()) text += fmt::format("set xlabel {}\n", as_gnuplot_text(figure.x_label));
+  if (!figure.y_label.empty()) text += fmt::format("set ylabel {}\n", as_gnuplot_text(figure.y_label));
   return text;
 }
 
@@ -72,10 +72,6 @@ void append_number(std::string& text, double value) {
     fmt::format_to(std::back_inserter(text), "{}", value);
   else
     text += "NaN";
-}
-
-bool is_point(const Curve& curve, std::size_t i) {
-  return i < curve.x.size() && std::isfinite(curve.x[i]) && std::isfinite(curve.y[i]);
 }
 
 void append_point(std::string& text, const Curve& curve, std::size_t i) {
@@ -153,7 +149,7 @@ std::string curves_commands(const Figure& figure, const Canvas& canvas) {
   for (std::size_t i = 0; i < figure.curves.size(); ++i) {
     const Curve& curve = figure.curves[i];
     data += data_block(fmt::format("$curve{}", i), curve);
-    const std::string title = curve.name.empty() ? "notitle" : "title " + quoted(curve.name);
+    const std::string title = curve.name.empty() ? "notitle" : "title " + as_gnuplot_text(curve.name);
     plots += fmt::format("{}$curve{} using 1:2 with {} linetype {} {}", i > 0 ? ", " : "", i,
                          style(figure.form, canvas), i + 1, title);
     const Curve alone = figure.form == Figure::Form::lines ? points_alone(curve) : Curve();
@@ -174,7 +170,7 @@ std::string matrix_commands(const Figure& figure) {
   for (const double value : figure.cells.values) range.take(value);
   range.require_drawable();
   range.widen();
-  const Cells cells = thinned_cells(figure.cells, most_rows, most_columns);
+  const Cells cells = thinned_cells(figure.cells, most_cell_rows, most_cell_columns);
   std::string text = "$cells << end\n";
   for (std::size_t row = 0; row < cells.rows; ++row)
     for (std::size_t column = 0; column < cells.columns; ++column) {

@@ -15,8 +15,6 @@ constexpr std::size_t grid_columns = 1000;
 constexpr std::size_t grid_rows = 600;
 constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
 
-bool is_point(const Curve& curve, std::size_t i) { return std::isfinite(curve.x[i]) && std::isfinite(curve.y[i]); }
-
 /// The points of the smallest and the largest x and y among those from `begin` to before `end`.
 struct Extremes {
   std::size_t left = none;

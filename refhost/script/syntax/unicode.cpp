@@ -131,6 +131,10 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(0, end);
 }
 
+bool begins_with(std::string_view text, std::string_view beginning) {
+  return text.substr(0, beginning.size()) == beginning;
+}
+
 namespace {
 
 std::string with_forms(std::string_view text, wint_t (*form)(wint_t, locale_t)) {

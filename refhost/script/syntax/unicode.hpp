@@ -41,6 +41,9 @@ std::size_t blank_length(std::string_view text);
 /// `text` without the blanks at both ends.
 std::string_view trimmed(std::string_view text);
 
+/// Whether `text` begins with the bytes of `beginning`.
+bool begins_with(std::string_view text, std::string_view beginning);
+
 /// Every letter that has an upper-case or a lower-case form of one character in that form. All else stays as it is.
 std::string upper_case(std::string_view text);
 std::string lower_case(std::string_view text);

@@ -8,13 +8,13 @@
 namespace arrayfold::test {
 namespace {
 
-using Extents = std::vector<std::int64_t>;
+using Extents64 = std::vector<std::int64_t>;
 using Doubles = std::vector<double>;
 
 class Filled : public ModuleTest {
  protected:
   /// A call that gives a double array; its elements, its extents.
-  Doubles elements(const std::string& name, std::vector<Value> args, const Extents& extents) const {
+  Doubles elements(const std::string& name, std::vector<Value> args, const Extents64& extents) const {
     Answer answer = call(name, std::move(args));
     EXPECT_EQ(answer.returned, 1) << name;
     EXPECT_EQ(type_of(answer.result), "$xdoublearray") << name;

@@ -13,7 +13,7 @@
 namespace arrayfold::test {
 namespace {
 
-using Extents = std::vector<std::int64_t>;
+using Extents64 = std::vector<std::int64_t>;
 using Doubles = std::vector<double>;
 
 constexpr double not_a_number = std::numeric_limits<double>::quiet_NaN();
@@ -103,13 +103,13 @@ TEST_F(Binary, OfFloats_CompareIn32BitsAndWiden) {
 TEST_F(Binary, ShapesAreBroadcast) {
   const Value column = array_of<XTInt>(ctx(), {3, 1}, {0, 2, 9}), row = array_of<XTInt>(ctx(), {4}, {1, 2, 3, 4});
   Answer answer = call("xmaximum", {column, row});
-  EXPECT_EQ(shape(answer.result), (Extents{3, 4}));
+  EXPECT_EQ(shape(answer.result), (Extents64{3, 4}));
   EXPECT_EQ(doubles(answer), (Doubles{1, 2, 3, 4, 2, 2, 3, 4, 9, 9, 9, 9}));
   Answer scalar = call("xminimum", {array_of<XTDouble>(ctx(), {}, {2.0}), array_of<XTDouble>(ctx(), {}, {1.0})});
-  EXPECT_EQ(shape(scalar.result), Extents{});
+  EXPECT_EQ(shape(scalar.result), Extents64{});
   EXPECT_EQ(doubles(scalar), Doubles{1.0});
   Answer empty = call("xminimum", {array_of<XTInt>(ctx(), {0, 3}, {}), array_of<XTInt>(ctx(), {1, 3}, {1, 2, 3})});
-  EXPECT_EQ(shape(empty.result), (Extents{0, 3}));
+  EXPECT_EQ(shape(empty.result), (Extents64{0, 3}));
 }
 
 TEST_F(Binary, ShapesThatDoNotFit_ThrowTheExactMessage) {

@@ -8,7 +8,7 @@
 namespace arrayfold::test {
 namespace {
 
-using Extents = std::vector<std::int64_t>;
+using Extents64 = std::vector<std::int64_t>;
 
 constexpr auto smallest = std::numeric_limits<std::int32_t>::min();
 constexpr auto smallest64 = std::numeric_limits<std::int64_t>::min();

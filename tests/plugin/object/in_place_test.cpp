@@ -11,7 +11,7 @@
 namespace arrayfold::test {
 namespace {
 
-using Extents = std::vector<std::int64_t>;
+using Extents64 = std::vector<std::int64_t>;
 using InPlace = Operands;
 
 TEST_F(InPlace, Required_Add_OfTwoArraysTakesTheRightOneToo) {
@@ -183,7 +183,7 @@ TEST_F(InPlace, BroadcastKeepsOrGrowsTheShape) {
   EXPECT_EQ(dump(scalar), "[1.5,2.5]");
   Value single = ints({4});
   change(Opcode::add, single, matrix({0}, {}));
-  EXPECT_EQ(shape(single), (Extents{0}));
+  EXPECT_EQ(shape(single), (Extents64{0}));
 }
 
 TEST_F(InPlace, Required_AComparisonWithItsOperandAsResult_MakesANewArray) {

@@ -6,7 +6,7 @@
 namespace arrayfold::test {
 namespace {
 
-using Extents = std::vector<std::int64_t>;
+using Extents64 = std::vector<std::int64_t>;
 
 class Methods : public ModuleTest {
  protected:
@@ -38,7 +38,7 @@ TEST_F(Methods, EveryKind_ServesTheThree) {
   for (int kind = 0; kind < 4; ++kind) {
     EXPECT_EQ(dump(arrays[kind]), texts[kind]);
     EXPECT_EQ(method(arrays[kind], "reshape", {Value(1), Value(2)}).returned, 1);
-    EXPECT_EQ(shape(arrays[kind]), (Extents{1, 2}));
+    EXPECT_EQ(shape(arrays[kind]), (Extents64{1, 2}));
   }
 }
 
@@ -117,14 +117,14 @@ TEST_F(Methods, Shape_OfAZeroDimensionalArray_IsAnEmptyTable) {
 
 TEST_F(Methods, Shape_IgnoresArgumentsAndShowsEveryDimension) {
   Value deep = array_of<XTInt>(ctx(), {1, 2, 1, 1, 3, 1, 1}, {1, 2, 3, 4, 5, 6});
-  EXPECT_EQ(shape(deep), (Extents{1, 2, 1, 1, 3, 1, 1}));
+  EXPECT_EQ(shape(deep), (Extents64{1, 2, 1, 1, 3, 1, 1}));
   EXPECT_EQ(method(deep, "shape", {Value(1), Value("text")}).returned, 1);
 }
 
 TEST_F(Methods, Shape_IntoTheReceiversOwnRecord_ReplacesTheArrayByItsExtents) {
   Value deep = array_of<XTInt>(ctx(), {1, 2, 1, 1, 3, 1, 1}, {1, 2, 3, 4, 5, 6});
   for (Value* array : {&matrix_, &deep}) {
-    const Extents expected = shape(*array);
+    const Extents64 expected = shape(*array);
     const auto callback = hvm::callbacks_of(hvm::object_of(array->record())).method;
     EXPECT_EQ(callback(ctx(), array->address(), "shape", nullptr, 0, array->address(), 0), 1);
     ASSERT_TRUE(array->is_table());
@@ -138,23 +138,23 @@ TEST_F(Methods, Shape_IntoTheReceiversOwnRecord_ReplacesTheArrayByItsExtents) {
 // ---- reshape
 
 TEST_F(Methods, Reshape_ToExtentsWhoseProductWraps_TakesThemFromThreeOn) {
-  const std::pair<Extents, int> rows[] = {{{-1, -2, 3}, 1},
-                                          {{-1, -6, 1}, 1},
-                                          {{-1, -1, 6}, 1},
-                                          {{-1, -1, 2, 3}, 1},
-                                          {{-1, -1, -1, -6}, 1},
-                                          {{-1, -1, -1, -2, 3}, 1},
-                                          {{-1, 2, 3}, 0},
-                                          {{-1, -1, -6}, 0},
-                                          {{-1, -1, 5}, 0},
-                                          {{65536, 65536, 65536, 65536}, 0},
-                                          {{1 << 30, 1 << 30, 16, 6}, 0}};
+  const std::pair<Extents64, int> rows[] = {{{-1, -2, 3}, 1},
+                                            {{-1, -6, 1}, 1},
+                                            {{-1, -1, 6}, 1},
+                                            {{-1, -1, 2, 3}, 1},
+                                            {{-1, -1, -1, -6}, 1},
+                                            {{-1, -1, -1, -2, 3}, 1},
+                                            {{-1, 2, 3}, 0},
+                                            {{-1, -1, -6}, 0},
+                                            {{-1, -1, 5}, 0},
+                                            {{65536, 65536, 65536, 65536}, 0},
+                                            {{1 << 30, 1 << 30, 16, 6}, 0}};
   for (const auto& [extents, returned] : rows) {
     Value six = array_of<XTInt>(ctx(), {6}, {1, 2, 3, 4, 5, 6});
     std::vector<Value> args;
     for (const std::int64_t extent : extents) args.emplace_back(static_cast<int>(extent));
     EXPECT_EQ(method(six, "reshape", args).returned, returned) << ::testing::PrintToString(extents);
-    EXPECT_EQ(shape(six), returned == 1 ? extents : Extents{6});
+    EXPECT_EQ(shape(six), returned == 1 ? extents : Extents64{6});
     EXPECT_EQ(storage_of(six).count, 6u);
   }
 }
@@ -164,7 +164,7 @@ TEST_F(Methods, Reshape_ReplacesShapeAndStridesAndWritesNoResult) {
   EXPECT_EQ(answer.returned, 1);
   EXPECT_TRUE(answer.untouched);
   EXPECT_EQ(answer.operations, (Words{"NumberCheck 0", "AsInt 0", "NumberCheck 1", "AsInt 1"}));
-  EXPECT_EQ(shape(matrix_), (Extents{3, 2}));
+  EXPECT_EQ(shape(matrix_), (Extents64{3, 2}));
   const auto strides = strides_of(matrix_);
   EXPECT_EQ(strides[0], 2);
   EXPECT_EQ(strides[1], 1);
@@ -175,21 +175,21 @@ TEST_F(Methods, Reshape_ReplacesShapeAndStridesAndWritesNoResult) {
 TEST_F(Methods, Reshape_IsSeenByEveryHolder) {
   Value other = matrix_;
   EXPECT_EQ(method(matrix_, "reshape", {Value(6)}).returned, 1);
-  EXPECT_EQ(shape(other), (Extents{6}));
+  EXPECT_EQ(shape(other), (Extents64{6}));
 }
 
 TEST_F(Methods, Reshape_ToAnotherRank_Succeeds) {
   std::vector<Value> ones(9, Value(1));
   ones[4] = Value(6);
   EXPECT_EQ(method(matrix_, "reshape", ones).returned, 1);
-  EXPECT_EQ(shape(matrix_), (Extents{1, 1, 1, 1, 6, 1, 1, 1, 1}));
+  EXPECT_EQ(shape(matrix_), (Extents64{1, 1, 1, 1, 6, 1, 1, 1, 1}));
   EXPECT_EQ(method(matrix_, "reshape", {Value(2), Value(3)}).returned, 1);
   EXPECT_EQ(dump(matrix_), "[[1,2,3],[4,5,6]]");
 }
 
 TEST_F(Methods, Reshape_WithoutArguments_ReturnsFalse) {
   expect_false(matrix_, "reshape");
-  EXPECT_EQ(shape(matrix_), (Extents{2, 3}));
+  EXPECT_EQ(shape(matrix_), (Extents64{2, 3}));
   // A negative count is no count.
   Value result;
   const auto callback = hvm::callbacks_of(hvm::object_of(matrix_.record())).method;
@@ -203,7 +203,7 @@ TEST_F(Methods, Reshape_StopsAtTheFirstArgumentThatIsNoNumber) {
   EXPECT_EQ(answer.operations, (Words{"NumberCheck 0", "AsInt 0", "NumberCheck 1"}));
   expect_false(matrix_, "reshape", {Value()});
   expect_false(matrix_, "reshape", {Value::table(), Value(6)});
-  EXPECT_EQ(shape(matrix_), (Extents{2, 3}));
+  EXPECT_EQ(shape(matrix_), (Extents64{2, 3}));
 }
 
 TEST_F(Methods, Required_Reshape_OfWrongCount_ReturnsFalse) {
@@ -211,19 +211,19 @@ TEST_F(Methods, Required_Reshape_OfWrongCount_ReturnsFalse) {
   expect_false(five, "reshape", {Value(2), Value(3)});
   expect_false(five, "reshape", {Value(0)});
   expect_false(five, "reshape", {Value(-5)});
-  EXPECT_EQ(shape(five), (Extents{5}));
+  EXPECT_EQ(shape(five), (Extents64{5}));
   EXPECT_EQ(dump(five), "[1,2,3,4,5]");
 }
 
 TEST_F(Methods, Required_Reshape_InfersNoExtent) {
   expect_false(matrix_, "reshape", {Value(-1), Value(3)});
   expect_false(matrix_, "reshape", {Value(-1)});
-  EXPECT_EQ(shape(matrix_), (Extents{2, 3}));
+  EXPECT_EQ(shape(matrix_), (Extents64{2, 3}));
 }
 
 TEST_F(Methods, Required_Reshape_CountsInWrappingArithmetic) {
   EXPECT_EQ(method(matrix_, "reshape", {Value(-2), Value(-3)}).returned, 1);
-  EXPECT_EQ(shape(matrix_), (Extents{-2, -3}));  // two huge extents, shown by the host as 64-bit numbers
+  EXPECT_EQ(shape(matrix_), (Extents64{-2, -3}));  // two huge extents, shown by the host as 64-bit numbers
   EXPECT_EQ(storage_of(matrix_).count, 6u);
   EXPECT_EQ(method(matrix_, "reshape", {Value(2), Value(3)}).returned, 1);
   EXPECT_EQ(dump(matrix_), "[[1,2,3],[4,5,6]]");
@@ -240,7 +240,7 @@ TEST_F(Methods, Dump_OfExtentsBeyondTheStorage_ThrowsBadAlloc) {
 
 TEST_F(Methods, Reshape_TakesTheIntegerOfAnyNumber) {
   EXPECT_EQ(method(matrix_, "reshape", {Value(3.9), Value(std::int64_t{2})}).returned, 1);
-  EXPECT_EQ(shape(matrix_), (Extents{3, 2}));
+  EXPECT_EQ(shape(matrix_), (Extents64{3, 2}));
 }
 
 TEST_F(Methods, Reshape_OfAnEmptyArray_TakesAnyExtentsWithAZero) {
@@ -286,7 +286,7 @@ TEST_F(Methods, Reshape_WhenMemoryFails_KeepsTheShape) {
         ++failures;
       }
       fail_allocation(0);
-      EXPECT_EQ(shape(fresh), threw ? shape(untouched) : Extents(after.begin(), after.end()));
+      EXPECT_EQ(shape(fresh), threw ? shape(untouched) : Extents64(after.begin(), after.end()));
       if (!threw) break;
       EXPECT_EQ(strides_of(fresh), strides_of(untouched));
       EXPECT_EQ(backstrides_of(fresh), backstrides_of(untouched));

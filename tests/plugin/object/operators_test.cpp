@@ -13,7 +13,7 @@
 namespace arrayfold::test {
 namespace {
 
-using Extents = std::vector<std::int64_t>;
+using Extents64 = std::vector<std::int64_t>;
 
 constexpr const char* type_names[] = {"$xboolarray", "$xintarray", "$xint64array", "$xdoublearray"};
 constexpr const char* broadcast_message = "Incompatible dimension of arrays, compile in DEBUG for more info";
@@ -452,20 +452,20 @@ TEST_F(Operators, AResultThatNoMemoryHolds_EndsInBadAlloc) {
   Value changed = row;
   EXPECT_THROW(operate(Opcode::add, row, column), std::bad_alloc);
   EXPECT_THROW(change(Opcode::add, changed, column), std::bad_alloc);
-  EXPECT_EQ(shape(changed), (Extents{static_cast<std::int64_t>(extent)}));
+  EXPECT_EQ(shape(changed), (Extents64{static_cast<std::int64_t>(extent)}));
 }
 
 // ---- Every shape of operand
 
 TEST_F(Operators, ArraysOfNineDimensionsAndOfNone_AreCombined) {
   Value sum = operate(Opcode::add, deep(), deep()).result;
-  EXPECT_EQ(shape(sum), (Extents{1, 1, 1, 1, 2, 1, 1, 1, 1}));
+  EXPECT_EQ(shape(sum), (Extents64{1, 1, 1, 1, 2, 1, 1, 1, 1}));
   EXPECT_EQ(elements_of<XTInt>(sum), (std::vector<int>{2, 4}));
   Value grown = operate(Opcode::add, deep(), ints({10, 20})).result;
-  EXPECT_EQ(shape(grown), (Extents{1, 1, 1, 1, 2, 1, 1, 1, 2}));
+  EXPECT_EQ(shape(grown), (Extents64{1, 1, 1, 1, 2, 1, 1, 1, 2}));
   EXPECT_EQ(elements_of<XTInt>(grown), (std::vector<int>{11, 21, 12, 22}));
   Value none = operate(Opcode::add, matrix({}, {3}), matrix({}, {4})).result;
-  EXPECT_EQ(shape(none), (Extents{}));
+  EXPECT_EQ(shape(none), (Extents64{}));
   EXPECT_EQ(elements_of<XTInt>(none), (std::vector<int>{7}));
   EXPECT_EQ(given(operate(Opcode::less, matrix({}, {3}), Value(4))), "true");
   Value deep_changed = deep();

@@ -6,7 +6,7 @@
 namespace arrayfold::test {
 namespace {
 
-constexpr const char* type_names[] = {"$xboolarray", "$xintarray", "$xint64array", "$xdoublearray"};
+constexpr const char* registered_names[] = {"$xboolarray", "$xintarray", "$xint64array", "$xdoublearray"};
 
 class TypeCallbacks : public ModuleTest {
  protected:
@@ -19,7 +19,7 @@ class TypeCallbacks : public ModuleTest {
 };
 
 TEST_F(TypeCallbacks, Create_MakesAnObjectWithoutArray) {
-  for (const char* type : type_names) {
+  for (const char* type : registered_names) {
     void* content = of(type).create();
     ASSERT_NE(content, nullptr) << type;
     // The four instantiations are alike in size: a virtual table and the owner of the array.
@@ -29,7 +29,7 @@ TEST_F(TypeCallbacks, Create_MakesAnObjectWithoutArray) {
 }
 
 TEST_F(TypeCallbacks, Destroy_OfNull_DoesNothing) {
-  for (const char* type : type_names) {
+  for (const char* type : registered_names) {
     of(type).destroy(ctx(), nullptr);
     of(type).destroy(nullptr, nullptr);
   }
@@ -69,7 +69,7 @@ TEST_F(TypeCallbacks, Method_OfAnObjectWithoutContent_ReturnsFalse) {
 TEST_F(TypeCallbacks, Operator_WithoutAnArray_ReturnsFalse) {
   Value number(1), nil;
   HostValue* const operands[] = {nullptr, number.address(), nil.address()};
-  for (const char* type : type_names)
+  for (const char* type : registered_names)
     for (HostValue* left : operands)
       for (HostValue* right : operands) {
         const Answer answer = apply(type, 95, left, right);
@@ -98,7 +98,7 @@ TEST_F(TypeCallbacks, Operator_OfTwoKinds_IsTheLeftOnes) {
 
 TEST_F(TypeCallbacks, Operator_WithAnEmptyObjectOnTheLeft_TakesTheRightOneAndReturnsFalse) {
   HostAny any{};
-  for (const char* type : type_names) {
+  for (const char* type : registered_names) {
     any.manager = hvm::type_named(type);
     Value empty = raw(ValueTag::object), without_object = raw(ValueTag::object);
     store<HostAny*>(empty.record().payload, &any);
@@ -131,7 +131,7 @@ TEST_F(TypeCallbacks, Operator_WithAnUnfilledObjectOnTheLeft_ReturnsFalse) {
 }
 
 TEST_F(TypeCallbacks, Create_OutOfMemory_IsNull) {
-  for (const char* type : type_names) {
+  for (const char* type : registered_names) {
     fail_allocation(1);
     void* content = of(type).create();
     const bool failed = allocation_has_failed();

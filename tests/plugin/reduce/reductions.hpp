@@ -15,6 +15,12 @@
 
 namespace arrayfold::test {
 
+inline constexpr auto largest = std::numeric_limits<std::int32_t>::max();
+inline constexpr auto smallest = std::numeric_limits<std::int32_t>::min();
+inline constexpr auto largest64 = std::numeric_limits<std::int64_t>::max();
+inline constexpr auto smallest64 = std::numeric_limits<std::int64_t>::min();
+inline constexpr double infinity = std::numeric_limits<double>::infinity();
+
 inline const std::vector<std::string> reductions = functions_of("reduce");
 
 /// A number as the host gets it: by one operation of three.

@@ -5,12 +5,6 @@
 namespace arrayfold::test {
 namespace {
 
-constexpr auto largest = std::numeric_limits<std::int32_t>::max();
-constexpr auto smallest = std::numeric_limits<std::int32_t>::min();
-constexpr auto largest64 = std::numeric_limits<std::int64_t>::max();
-constexpr auto smallest64 = std::numeric_limits<std::int64_t>::min();
-constexpr double infinity = std::numeric_limits<double>::infinity();
-
 class Whole : public ReductionTest {
  protected:
   double real(const char* name, const std::vector<double>& x) const { return number_of<double, XTDouble>(name, x); }

@@ -5,9 +5,6 @@
 namespace arrayfold::test {
 namespace {
 
-constexpr auto largest = std::numeric_limits<std::int32_t>::max();
-constexpr auto largest64 = std::numeric_limits<std::int64_t>::max();
-constexpr double infinity = std::numeric_limits<double>::infinity();
 const Extents empty_extents[] = {{0}, {0, 3}, {3, 0}, {2, 0, 1, 2, 1, 2}};
 
 class Spread : public ReductionTest {

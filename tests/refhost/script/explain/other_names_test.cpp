@@ -15,9 +15,9 @@
 namespace hvm {
 namespace {
 
-using testing::HasSubstr;
-using testing::MatchesRegex;
-using testing::Not;
+using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
+using ::testing::Not;
 
 int never_called(HostContext, HostValue*, int, HostValue*) { return 0; }
 

@@ -18,7 +18,7 @@ using testing::Each;
 using testing::Ge;
 using testing::Le;
 
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double gap = std::numeric_limits<double>::quiet_NaN();
 
 /// A random walk over 0, 1, 2, ...
 Curve walk(std::size_t count) {
@@ -57,14 +57,14 @@ TEST(Thinning, KeepsEndsAndExtremesOfALine) {
 
 TEST(Thinning, KeepsGapsOfALine) {
   Curve curve = walk(100'000);
-  for (std::size_t i = 50'000; i < 50'010; ++i) curve.y[i] = nan;
+  for (std::size_t i = 50'000; i < 50'010; ++i) curve.y[i] = gap;
   const Curve thin = thinned_line(curve);
   EXPECT_GE(std::count_if(thin.y.begin(), thin.y.end(), [](double y) { return std::isnan(y); }), 1);
 }
 
 TEST(Thinning, OfALineWithoutAFinitePointKeepsNone) {
   Curve curve;
-  curve.x.assign(100'000, nan);
+  curve.x.assign(100'000, gap);
   curve.y.assign(100'000, 1);
   const Curve thin = thinned_line(curve);
   EXPECT_LT(thin.x.size(), 12'000U);
@@ -82,7 +82,7 @@ TEST(Thinning, OfPointsKeepsExtremesAndDropsTwins) {
   }
   curve.x[400'000] = 40;
   curve.y[500'000] = -40;
-  curve.y[600'000] = nan;
+  curve.y[600'000] = gap;
   const Curve thin = thinned_points(curve);
   EXPECT_LT(thin.x.size(), 600'000U);
   EXPECT_EQ(*std::max_element(thin.x.begin(), thin.x.end()), 40);
@@ -93,7 +93,7 @@ TEST(Thinning, OfAMatrixKeepsWhatIsFarthestFromTheMean) {
   Cells cells{100, 200, std::vector<double>(20'000, 1.0)};
   cells.values[57 * 200 + 123] = 9;
   cells.values[3 * 200 + 4] = -9;
-  cells.values[99 * 200 + 199] = nan;
+  cells.values[99 * 200 + 199] = gap;
   const Cells thin = thinned_cells(cells, 10, 20);
   EXPECT_EQ(thin.rows, 10U);
   EXPECT_EQ(thin.columns, 20U);
@@ -104,9 +104,9 @@ TEST(Thinning, OfAMatrixKeepsWhatIsFarthestFromTheMean) {
 }
 
 TEST(Thinning, OfAMatrixLeavesFewCellsAsTheyAre) {
-  const Cells cells{2, 3, {1, 2, 3, 4, 5, nan}};
+  const Cells cells{2, 3, {1, 2, 3, 4, 5, gap}};
   EXPECT_EQ(thinned_cells(cells, 2, 3).values.size(), 6U);
-  const Cells thin = thinned_cells({1, 4, {nan, nan, 1, 2}}, 1, 2);
+  const Cells thin = thinned_cells({1, 4, {gap, gap, 1, 2}}, 1, 2);
   EXPECT_TRUE(std::isnan(thin.values[0]));
   EXPECT_EQ(thin.columns, 2U);
 }

@@ -10,13 +10,13 @@
 namespace hvm::testing {
 namespace {
 
-struct Row {
+struct TextAndTree {
   const char* text;
   const char* expected;
 };
 
-void expect_trees(std::initializer_list<Row> rows) {
-  for (const Row& row : rows) EXPECT_EQ(parsed(row.text), row.expected) << row.text;
+void expect_trees(std::initializer_list<TextAndTree> rows) {
+  for (const TextAndTree& row : rows) EXPECT_EQ(parsed(row.text), row.expected) << row.text;
 }
 
 TEST(Parser, Precedence_BindsProductsBeforeSumsBeforeComparisonsBeforeLogic) {
@@ -144,7 +144,7 @@ TEST(Parser, LoopVariablesAndCaughtErrors_AreLocalInAFn) {
 }
 
 TEST(Parser, Errors_SayWhatIsWrong) {
-  const Row rows[] = {
+  const TextAndTree rows[] = {
       {"if a = b\nend", "an assignment is not an expression; did you mean =="},
       {"print(a = b)", "an assignment is not an expression, and a call takes no named arguments; did you mean =="},
       {"while a += 1\nend", "an assignment is not an expression"},
@@ -221,11 +221,11 @@ TEST(Parser, Errors_SayWhatIsWrong) {
       {"x = *", "an expression expected, but here is '*'"},
       {"if 1\nelse\nelse\nend", "'end' for 'if' expected, but here is 'else'"},
   };
-  for (const Row& row : rows) EXPECT_EQ(error_of(row.text).message(), row.expected) << row.text;
+  for (const TextAndTree& row : rows) EXPECT_EQ(error_of(row.text).message(), row.expected) << row.text;
 }
 
 TEST(Parser, ABracketThatIsNotClosed_IsReportedWhereItOpens) {
-  const Row rows[] = {
+  const TextAndTree rows[] = {
       {"x = (1 + 2", "1:5 '(' is not closed"},
       {"x = f(1, [2, 3", "1:10 '[' is not closed"},
       {"print((1 + 2)", "1:6 '(' is not closed"},
@@ -242,11 +242,11 @@ TEST(Parser, ABracketThatIsNotClosed_IsReportedWhereItOpens) {
       {"t = [1, 2\n3, 4]", "2:1 ']' or ',' in the table expected, but here is a number"},
       {"f(1 2)", "1:5 ')' or ',' after the argument expected, but here is a number"},
   };
-  for (const Row& row : rows) EXPECT_EQ(placed_error_of(row.text), row.expected) << row.text;
+  for (const TextAndTree& row : rows) EXPECT_EQ(placed_error_of(row.text), row.expected) << row.text;
 }
 
 TEST(Parser, AWrongClosingBracket_NamesTheOneThatItShouldClose) {
-  const Row rows[] = {
+  const TextAndTree rows[] = {
       {"x = [1, 2)", "1:10 the '[' is closed by ']', but here is ')'"},
       {"x = f(1, [2, 3)", "1:15 the '[' is closed by ']', but here is ')'"},
       {"x = f(1\n]", "2:1 the '(' of line 1 is closed by ')', but here is ']'"},
@@ -257,11 +257,11 @@ TEST(Parser, AWrongClosingBracket_NamesTheOneThatItShouldClose) {
       {"print(1))", "1:9 unexpected ')'; it closes nothing"},
       {"x = 1]", "1:6 unexpected ']'; it closes nothing"},
   };
-  for (const Row& row : rows) EXPECT_EQ(placed_error_of(row.text), row.expected) << row.text;
+  for (const TextAndTree& row : rows) EXPECT_EQ(placed_error_of(row.text), row.expected) << row.text;
 }
 
 TEST(Parser, AMissingEnd_IsReportedWhereItsStatementBegins) {
-  const Row rows[] = {
+  const TextAndTree rows[] = {
       {"x = 1\nfor i in range(3)\n  print(i)\n", "2:1 'for' has no 'end'"},
       {"while 1 do if 2 then x = 1 end", "1:1 'while' has no 'end'"},
       {"if 1\nelseif 2\n", "1:1 'if' has no 'end'"},
@@ -278,7 +278,7 @@ TEST(Parser, AMissingEnd_IsReportedWhereItsStatementBegins) {
       {"if 1 then\n  x = 1\nendif\n", "3:1 unexpected 'endif'; a block ends with 'end'"},
       {"try\n  x = 1\nexcept\n  x = 2\nend\n", "3:1 unexpected 'except'; write catch e"},
   };
-  for (const Row& row : rows) EXPECT_EQ(placed_error_of(row.text), row.expected) << row.text;
+  for (const TextAndTree& row : rows) EXPECT_EQ(placed_error_of(row.text), row.expected) << row.text;
   EXPECT_EQ(parsed("if a then b else if c then d end end"), "{(if a {b} else {(if c {d})})}");
   EXPECT_EQ(parsed("endif = 1\nif endif\n  endif\nend"), "{(= endif 1) (if endif {endif})}");
 }
