@@ -37,8 +37,8 @@ using conformance::CallTable;
 using Verdict = TestResult::Verdict;
 using Indices = std::vector<std::size_t>;
 
-constexpr std::size_t most_of_each = 3;  // calls of a function that are shown, and differences of a test
-constexpr int most_hanging = 8;          // scripts that take too long, before the others are left out
+constexpr std::size_t most_shown = 3;  // calls of a function that are shown, and differences of a test
+constexpr int most_hanging = 8;        // scripts that take too long, before the others are left out
 
 bool has(const std::vector<std::string>& names, const std::string& name) {
   return std::find(names.begin(), names.end(), name) != names.end();
@@ -123,7 +123,7 @@ class ConformanceRun {
     const bool is_another = is_another_module(table_, module_);
     if (!is_another) run_tests();
     conclude();
-    if (!is_another) put(summary(report_, options_.is_verbose ? 0 : most_of_each));
+    if (!is_another) put(summary(report_, options_.is_verbose ? 0 : most_shown));
     if (!options_.json_path.empty()) write_json(report_, options_.json_path);
     return report_.conforms;
   }
@@ -317,7 +317,7 @@ class ConformanceRun {
 
   void show(const TestResult& test) {
     const std::size_t shown = ++shown_[test.is_call ? test.subject : test.path];
-    if (shown <= most_of_each || options_.is_verbose) put(text_of(test, options_.is_verbose ? 0 : most_of_each));
+    if (shown <= most_shown || options_.is_verbose) put(text_of(test, options_.is_verbose ? 0 : most_shown));
   }
 
   void conclude() {

@@ -58,18 +58,18 @@ class CallList : public CallSink {
   std::size_t capacity_ = 0;
 };
 
-CallList list;
+CallList call_list;
 
 }  // namespace
 }  // namespace kernel
 
-CallSink* send_calls_to(CallSink* sink) noexcept { return std::exchange(kernel::sink, sink); }
+CallSink* send_calls_to(CallSink* next) noexcept { return std::exchange(kernel::sink, next); }
 
 void record_calls(bool on) noexcept {
-  if (on) kernel::list.clear();
-  send_calls_to(on ? &kernel::list : nullptr);
+  if (on) kernel::call_list.clear();
+  send_calls_to(on ? &kernel::call_list : nullptr);
 }
 
-std::vector<RecordedCall> recorded_calls() { return kernel::list.calls(); }
+std::vector<RecordedCall> recorded_calls() { return kernel::call_list.calls(); }
 
 }  // namespace hvm

@@ -97,7 +97,8 @@ class Tree:
         subprocess.run(["cmake", "-S", self.source, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Mutation",
                         "-DCMAKE_CXX_COMPILER=g++", "-DCMAKE_C_COMPILER=gcc", "-DCMAKE_CXX_FLAGS_MUTATION=-O1 -w",
                         "-DCMAKE_C_FLAGS_MUTATION=-O1 -w", "-DARRAYFOLD_SELF_CONTAINED=ON",
-                        "-DARRAYFOLD_BUILD_BENCH=OFF"], check=True, stdout=subprocess.DEVNULL)
+                        "-DARRAYFOLD_BUILD_BENCH=OFF",
+                        "-DCMAKE_UNITY_BUILD=ON", "-DCMAKE_UNITY_BUILD_BATCH_SIZE=12"], check=True, stdout=subprocess.DEVNULL)
         while True:
             built = self.ninja(MODULES, jobs)
             if built.returncode == 0:

@@ -19,6 +19,8 @@
 namespace hvm::testing {
 namespace {
 
+using Form = Condition::Form;
+
 /// What came of a call.
 struct Ending {
   std::optional<std::string> message;  // of the error
@@ -126,7 +128,6 @@ bool has_words_of(const std::string& when, const std::string& message) {
 
 /// Whether a message tells the cause: what is missing, what the argument is, or the words of the row.
 bool names_cause(const FailureRow& row, const std::string& message) {
-  using Form = Condition::Form;
   const auto has = [&](const char* part) { return message.find(part) != std::string::npos; };
   switch (row.condition.form) {
     case Form::told:

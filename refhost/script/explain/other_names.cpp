@@ -11,7 +11,7 @@ namespace hvm {
 namespace {
 
 // Names that differ from ours by a leading x or by a letter or two are found without this table. Sorted by name.
-constexpr OtherName table[] = {
+constexpr OtherName other_functions[] = {
     {"False", "write false"},
     {"Infinity", "write 1.0 / 0"},
     {"Math", "write functions alone: sqrt(x)"},
@@ -185,7 +185,7 @@ constexpr bool is_sorted_by_name(const OtherName (&rows)[count]) {
     if (rows[i - 1].name >= rows[i].name) return false;
   return true;
 }
-static_assert(is_sorted_by_name(table) && is_sorted_by_name(methods), "the tables are searched by halves");
+static_assert(is_sorted_by_name(other_functions) && is_sorted_by_name(methods), "the tables are searched by halves");
 
 template <std::size_t count>
 std::string counterpart_in(const OtherName (&rows)[count], std::string_view name) {
@@ -197,9 +197,9 @@ std::string counterpart_in(const OtherName (&rows)[count], std::string_view name
 
 }  // namespace
 
-OtherNames other_names() { return {std::begin(table), std::end(table)}; }
+OtherNames other_names() { return {std::begin(other_functions), std::end(other_functions)}; }
 
-std::string counterpart(std::string_view name) { return counterpart_in(table, name); }
+std::string counterpart(std::string_view name) { return counterpart_in(other_functions, name); }
 
 std::string counterpart_for_arrays(std::string_view name, const ModuleFunctions& module) {
   std::string known = counterpart(name);

@@ -11,7 +11,7 @@
 namespace hvm {
 namespace {
 
-constexpr Word instead[] = {
+constexpr Word words_instead[] = {
     {"xpow", "power(a, p) of use \"arrays\" raises elements to a power"},
     {"xclip", "clip(a, low, high) of use \"arrays\" does what its name says"},
     {"xfma", "write a * b + c"},
@@ -28,14 +28,14 @@ constexpr Word instead[] = {
 
 }  // namespace
 
-std::vector<std::string_view> functions_without_result() { return functions_of(instead); }
+std::vector<std::string_view> functions_without_result() { return functions_of(words_instead); }
 
 Found nothing_computed(const AnsweredCall& call) {
   const std::string_view gives = call.function == "xpermutation" ? "0 and no permuted array"
                                  : call.function == "xeig"       ? "an empty table"
                                                                  : "nothing";
   return Finding{fmt::format("{} gives {}, whatever its arguments are; {}", call.function, gives,
-                             words_for(instead, call.function))};
+                             words_for(words_instead, call.function))};
 }
 
 Found values_for_positions(const AnsweredCall&) {

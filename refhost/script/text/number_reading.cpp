@@ -19,7 +19,7 @@ namespace {
 using Kind = SpelledNumber::Kind;
 
 constexpr double not_a_number = std::numeric_limits<double>::quiet_NaN();
-constexpr SpelledNumber none{Kind::none, 0, not_a_number};
+constexpr SpelledNumber no_number{Kind::none, 0, not_a_number};
 
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
@@ -31,10 +31,10 @@ double nearest(const std::string& text) {
 
 SpelledNumber real_in(std::string_view text, Kind kind) {
   // `from_chars` also reads `nan(...)`.
-  if (text.back() == ')') return none;
+  if (text.back() == ')') return no_number;
   double x = 0;
   const auto read = std::from_chars(text.data(), text.data() + text.size(), x);
-  if (read.ec == std::errc::invalid_argument || read.ptr != text.data() + text.size()) return none;
+  if (read.ec == std::errc::invalid_argument || read.ptr != text.data() + text.size()) return no_number;
   if (read.ec == std::errc::result_out_of_range) x = nearest(std::string(text));
   const bool is_beyond = read.ec == std::errc::result_out_of_range && std::isinf(x);
   return {is_beyond ? Kind::beyond_range : kind, 0, x};

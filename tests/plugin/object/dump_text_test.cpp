@@ -16,7 +16,7 @@
 namespace arrayfold::test {
 namespace {
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr double positive_infinity = std::numeric_limits<double>::infinity();
 
 class DumpText : public ModuleTest {
  protected:
@@ -38,7 +38,7 @@ TEST_F(DumpText, OfEachKind_IsAsTheKindWritesIt) {
   EXPECT_EQ(dump(array_of<XTDouble>(ctx(), {3}, {1, 0.5, std::nan("")})), "[1.0,0.5,null]");
   EXPECT_EQ(dump(array_of<XTInt64>(ctx(), {2}, {INT64_MAX, INT64_MIN})), "[9223372036854775807,-9223372036854775808]");
   EXPECT_EQ(dump(array_of<XTInt>(ctx(), {2}, {INT32_MAX, INT32_MIN})), "[2147483647,-2147483648]");
-  EXPECT_EQ(dump(array_of<XTDouble>(ctx(), {2}, {infinity, -infinity})), "[null,null]");
+  EXPECT_EQ(dump(array_of<XTDouble>(ctx(), {2}, {positive_infinity, -positive_infinity})), "[null,null]");
 }
 
 TEST_F(DumpText, OfDoubles_IsTheShortestThatReadsBack) {
@@ -154,35 +154,36 @@ TEST_F(DumpText, OfManyDimensions_NeedsNoStack) {
 
 // ---- Random arrays of every kind, rank and indent.
 
-std::mt19937_64 engine(20240229);
+std::mt19937_64 random_engine(20240229);
 
 double random_double() {
-  const auto bits = engine();
+  const auto bits = random_engine();
   switch (bits % 5) {
     case 0:
-      return std::ldexp(static_cast<double>(engine()), static_cast<int>(engine() % 128) - 96);
+      return std::ldexp(static_cast<double>(random_engine()), static_cast<int>(random_engine() % 128) - 96);
     case 1:
-      return static_cast<double>(static_cast<std::int64_t>(engine()) >> (engine() % 64));
+      return static_cast<double>(static_cast<std::int64_t>(random_engine()) >> (random_engine() % 64));
     case 2:
-      return static_cast<double>(static_cast<std::int32_t>(engine())) / 1000;
+      return static_cast<double>(static_cast<std::int32_t>(random_engine())) / 1000;
     case 3:
-      return static_cast<double>(engine() % 1000) * 1e-3;
+      return static_cast<double>(random_engine() % 1000) * 1e-3;
     default:
       return load<double>(&bits);  // any bits at all, NaN and subnormals included
   }
 }
 
 std::vector<std::size_t> random_extents() {
-  std::vector<std::size_t> extents(engine() % 7);
-  for (auto& extent : extents) extent = engine() % 16 == 0 ? 0 : 1 + engine() % (extents.size() > 3 ? 3 : 7);
+  std::vector<std::size_t> extents(random_engine() % 7);
+  for (auto& extent : extents)
+    extent = random_engine() % 16 == 0 ? 0 : 1 + random_engine() % (extents.size() > 3 ? 3 : 7);
   return extents;
 }
 
 /// Numbers of all sizes, for integers as they fit into 32 and into 64 bits.
 Number random_element(Kind kind) {
-  if (kind == Kind::boolean) return engine() & 1;
-  if (kind == Kind::int32) return static_cast<std::int32_t>(engine()) >> (engine() % 32);
-  if (kind == Kind::int64) return static_cast<std::int64_t>(engine()) >> (engine() % 64);
+  if (kind == Kind::boolean) return random_engine() & 1;
+  if (kind == Kind::int32) return static_cast<std::int32_t>(random_engine()) >> (random_engine() % 32);
+  if (kind == Kind::int64) return static_cast<std::int64_t>(random_engine()) >> (random_engine() % 64);
   return random_double();
 }
 

@@ -17,7 +17,7 @@ using Extents64 = std::vector<std::int64_t>;
 
 constexpr const char* type_names[] = {"$xboolarray", "$xintarray", "$xint64array", "$xdoublearray"};
 constexpr const char* broadcast_message = "Incompatible dimension of arrays, compile in DEBUG for more info";
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double quiet_nan = std::numeric_limits<double>::quiet_NaN();
 
 using Operators = Operands;
 
@@ -279,7 +279,7 @@ TEST_F(Operators, EqualAndNotEqual_GiveOneInteger) {
   EXPECT_EQ(tested(ints({}), ints({})), 1);
   EXPECT_EQ(tested(matrix({0, 2}, {}), matrix({2, 0}, {})), 0);
   EXPECT_EQ(tested(deep(), deep()), 1);
-  Value with_nan = doubles({1, nan});
+  Value with_nan = doubles({1, quiet_nan});
   EXPECT_EQ(tested(with_nan, with_nan), 0);
   EXPECT_EQ(tested(overdrawn(), overdrawn()), 1);
 }
@@ -290,7 +290,7 @@ TEST_F(Operators, Equal_FindsADifferenceAnywhere) {
       std::vector<double> x(size, 0.25);
       std::vector<std::int64_t> longs(size, -1);
       const Value same_doubles = doubles(x), same_longs = int64s(longs);
-      x[at] = nan;
+      x[at] = quiet_nan;
       longs[at] = 0;
       EXPECT_EQ(load<std::int32_t>(operate(Opcode::equal, same_doubles, doubles(x)).result.record().payload), 0);
       EXPECT_EQ(load<std::int32_t>(operate(Opcode::equal, same_longs, int64s(longs)).result.record().payload), 0);
