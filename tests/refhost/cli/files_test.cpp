@@ -234,6 +234,12 @@ TEST(Progress, IsClearedBeforeAnError) {
                         "line>:1:5: \x1b[1;31merror:\x1b[0m read_csv: the standard input: row 2"));
 }
 
+TEST(Progress, CountsLongTextInMegabytes) {
+  std::string rows;
+  for (int i = 0; i < 15'000; ++i) rows += "3,4\n";
+  EXPECT_THAT(shown_while_reading(rows, true), HasSubstr("\rreading the standard input: 0.1 MB"));
+}
+
 TEST(Progress, IsNotShownElsewhere) { EXPECT_EQ(shown_while_reading("3,4\n", false), ""); }
 
 }  // namespace
