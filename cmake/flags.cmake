@@ -28,7 +28,7 @@ if(ARRAYFOLD_SANITIZE)
   target_link_options(project_flags INTERFACE -fsanitize=${ARRAYFOLD_SANITIZE})
 endif()
 
-# Code that runs once in a process. With sanitizers it is not optimised, which takes twice as long as it saves.
+# Code that runs once in a process. With sanitizers it is not optimised: that would double the time of compiling it.
 add_library(brief_work_flags INTERFACE)
 if(ARRAYFOLD_SANITIZE)
   target_compile_options(brief_work_flags INTERFACE -O0)

@@ -14,6 +14,7 @@ class PageFault : public std::runtime_error {
   PageFault(const std::string& file, int line, const std::string& words);
 };
 
+/// Whether `text` begins with `start`.
 bool starts_with(const std::string& text, const std::string& start);
 
 struct Line {

@@ -210,6 +210,14 @@ TEST(Library, StatesItsVersionInANote) {
   EXPECT_NE(notes.find("description data: " + content.str() + "00"), std::string::npos) << notes;
 }
 
+// A program of another build may test the module with the sanitizer, and would pass as well with its own.
+TEST(Library, HasTheSanitizerThatIsInTheProcess) {
+  bool has_sanitizer = false;
+  for (const auto& line : lines_of("readelf --dyn-syms -W" + module_word()))
+    has_sanitizer |= line.find(" __asan_report_load") != std::string::npos;
+  EXPECT_EQ(has_sanitizer, arrayfold::test::is_under_address_sanitizer());
+}
+
 // frame_dummy and __cpu_indicator_init are the compiler's runtime; the latter comes with code that asks which processor
 // it runs on. OpenBLAS has an initialiser, which comes along where it is inside.
 TEST(Library, TableOfDtypeNames_IsItsOnlyInitialiser) {
