@@ -16,6 +16,9 @@ using hvm::Value;
 
 using FunctionMap = std::map<std::string, EntryFunction>;
 
+/// Says what is wrong and ends the process, which libFuzzer reports with the input.
+[[noreturn]] void give_up(const std::string& words);
+
 /// The functions of the module by name. It is loaded at the first call.
 const FunctionMap& functions();
 /// One of them. Without it the process ends.

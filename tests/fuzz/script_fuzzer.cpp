@@ -10,6 +10,7 @@
 #include "script/run/interpreter.hpp"
 #include "script/stop/script_end.hpp"
 #include "script/syntax/diagnostics.hpp"
+#include "support/module_test.hpp"
 
 namespace {
 
@@ -37,18 +38,12 @@ void take(const Warning& warning) {
   if (warning.source->name() != "fuzz.hvm" || warning.span.begin > warning.source->text().size()) std::abort();
 }
 
-/// Says that each function looks at one argument, so that more of them bring about a warning.
+/// The module's own description: the sentences of failed calls come from it, and some warnings.
 const ModuleDescription& description() {
-  static const ModuleDescription made = [] {
-    Description described;
-    for (const auto& [name, function] : arrayfold::fuzz::functions()) {
-      FunctionEntry& entry = described.functions.emplace_back();
-      entry.name = name;
-      entry.most_arguments = 1;
-    }
-    return ModuleDescription(std::move(described));
-  }();
-  return made;
+  static const ModuleDescription read(arrayfold::test::module_path(), registered_functions().names(),
+                                      arrayfold::fuzz::give_up);
+  if (read.get() == nullptr) arrayfold::fuzz::give_up(read.absence());
+  return read;
 }
 
 /// The length of a text decides whether warnings are errors, and whether stories are kept.

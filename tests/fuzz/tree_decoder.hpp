@@ -3,8 +3,8 @@
 // A tree is well-formed where a module must rely on it: a payload is what its tag says, and what is read whatever the
 // tag says is a node or null. All else is up to the bytes: which kinds stand where, tags that nobody knows, null
 // payloads, nodes that several parents share. There are no cycles, and the tree is small even with its shared parts
-// and the matches of its selections written out. Two forms that end the process are left out: an argument chain that does not begin with a node, and a
-// wrapped name that is none.
+// and the matches of its selections written out. Two forms that end the process are left out: an argument chain that
+// does not begin with a node, and a wrapped name that is none.
 //
 // The letters of the forms are those in tree_decoder.cpp; `.` ends a list.
 

@@ -22,9 +22,11 @@ std::int64_t until_failure = 0;
 hvm::FailureExtent failing = hvm::FailureExtent::once;
 bool is_suspended = false;
 bool failed = false;
+std::size_t limit = any_block;
 
 /// True when the allocation at hand is one to fail.
-bool withheld() noexcept {
+bool withheld(std::size_t size) noexcept {
+  if (size > limit) return true;
   if (until_failure == 0 || is_suspended || --until_failure > 0) return false;
   failed = true;
   if (failing == hvm::FailureExtent::lasting) until_failure = 1;
@@ -62,6 +64,8 @@ void suspend_failures(bool suspend) noexcept { is_suspended = suspend; }
 
 bool allocation_has_failed() noexcept { return failed; }
 
+void limit_allocations(std::size_t largest_block) noexcept { limit = largest_block; }
+
 int fail_each_allocation(const std::function<void()>& action) {
   return fail_each(action, fail_allocation, allocation_has_failed);
 }
@@ -90,14 +94,14 @@ extern "C" void* calloc(std::size_t count, std::size_t size) noexcept {
   static const auto next = reinterpret_cast<decltype(&calloc)>(dlsym(RTLD_NEXT, "calloc"));
   constexpr std::size_t large = std::size_t{128} << 10;
   const bool is_large = size != 0 && count >= large / size;
-  return is_large && arrayfold::test::withheld() ? nullptr : next(count, size);
+  return is_large && arrayfold::test::withheld(count * size) ? nullptr : next(count, size);
 }
 #endif
 
 // All forms are replaced, since a sanitizer brings its own of each.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   using namespace arrayfold::test;
-  return withheld() ? nullptr : counted(std::malloc(size == 0 ? 1 : size), size);
+  return withheld(size) ? nullptr : counted(std::malloc(size == 0 ? 1 : size), size);
 }
 void* operator new(std::size_t size) {
   void* memory = operator new(size, std::nothrow);
@@ -110,7 +114,7 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return 
 void* operator new(std::size_t size, std::align_val_t alignment) {
   using namespace arrayfold::test;
   void* memory =
-      withheld() ? nullptr : counted(memalign(static_cast<std::size_t>(alignment), size == 0 ? 1 : size), size);
+      withheld(size) ? nullptr : counted(memalign(static_cast<std::size_t>(alignment), size == 0 ? 1 : size), size);
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }

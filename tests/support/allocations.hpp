@@ -5,8 +5,10 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <limits>
 
 #include "kernel/failing_memory.hpp"
 
@@ -29,6 +31,10 @@ inline void fail_allocation(std::int64_t nth) noexcept {
 void suspend_failures(bool suspend) noexcept;
 /// True when it has failed since then.
 bool allocation_has_failed() noexcept;
+
+/// The largest block that is given from here on, in bytes: for a larger one memory is missing.
+void limit_allocations(std::size_t largest_block) noexcept;
+inline constexpr std::size_t any_block = std::numeric_limits<std::size_t>::max();
 
 /// Runs `action` with its first allocation failing, then its second, and so on until none fails. Each run must end
 /// regularly or with std::bad_alloc, and leave no allocation and nothing of the host behind. Returns the number

@@ -12,6 +12,7 @@
 
 #include "plugin/object/operator_fixture.hpp"
 #include "reference.hpp"
+#include "support/plain_operators.hpp"
 #include "support/targets.hpp"
 
 namespace arrayfold::test {

@@ -11,7 +11,7 @@
 
 #include "support/functions.hpp"
 #include "support/hand_made.hpp"
-#include "support/same.hpp"
+#include "support/plain_reductions.hpp"
 
 namespace arrayfold::test {
 
@@ -22,28 +22,6 @@ inline constexpr auto smallest64 = std::numeric_limits<std::int64_t>::min();
 inline constexpr double infinity = std::numeric_limits<double>::infinity();
 
 inline const std::vector<std::string> reductions = functions_of("reduce");
-
-/// A number as the host gets it: by one operation of three.
-struct HostNumber {
-  const char* setter;  // "SetReal result", "SetInt result" or "SetInt64 result"
-  Number value;
-
-  /// The operation is the same, and the number to the bit, but for NaN.
-  friend bool operator==(const HostNumber& a, const HostNumber& b) {
-    if (std::string(a.setter) != b.setter) return false;
-    return a.value.is_integer ? a.value == b.value : same(a.value.real, b.value.real);
-  }
-  friend std::ostream& operator<<(std::ostream& out, const HostNumber& x) {
-    return out << x.value << " by " << x.setter;
-  }
-};
-
-/// The operation through which the host gets a number of this type.
-template <class T>
-HostNumber host_number(T x) {
-  if constexpr (std::is_floating_point_v<T>) return {"SetReal result", static_cast<double>(x)};
-  return {sizeof(T) == 4 ? "SetInt result" : "SetInt64 result", x};
-}
 
 class ReductionTest : public ModuleTest {
  protected:

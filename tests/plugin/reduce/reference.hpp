@@ -1,7 +1,6 @@
-// reduce/reference.hpp: what a slow reading of the rules of the reductions gives, and what the array library gives
+// reduce/reference.hpp: what the array library gives, and elements for comparisons
 //
-// The order in which floating-point numbers are added is part of each result. The formulas take one element after the
-// other, so that nothing but that order is in them. All of it is compiled in reference.cpp alone.
+// All of it is compiled in reference.cpp alone.
 
 #pragma once
 
@@ -11,8 +10,6 @@
 
 namespace arrayfold::test {
 
-/// The number that the rules of the function give: xsum, xprod, xamin, xamax, xmean, xvariance, xstddev or xtrapz.
-HostNumber expected_number(const std::string& name, const TestArray& array);
 /// What the array library's function under this name gives: xprod, xmean, xvariance, xstddev, xtrapz, xcount_nonzero or
 /// xmedian.
 HostNumber library_number(const std::string& name, const TestArray& array);
