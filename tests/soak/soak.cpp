@@ -55,7 +55,7 @@ class Soak {
  public:
   explicit Soak(std::uint64_t seed) : statements_(names(), seed), first_call_(hvm::module_changes()) {
     for (const FunctionRecord& function : all_functions())
-      if (!function.is_stub && std::string(function.name) != "xcond")  // every call of it throws
+      if (!function.is_stub && !contains({"xcond", "xeigvals"}, function.name))  // these two compute, and give nothing
         answers_[function.name] = 0;
   }
 
