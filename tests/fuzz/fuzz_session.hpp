@@ -31,8 +31,8 @@ struct MemoryLimits {
 };
 
 /// Runs `action` under the limits: beyond them memory is missing, as it is beyond that of a machine. The process ends
-/// when `action` throws anything but std::bad_alloc or the module's own exception, and when it leaves an allocation or
-/// anything of the host's behind.
+/// when `action` throws anything but std::bad_alloc or the module's own exception, and when it leaves anything of
+/// the host's behind, or an allocation, also in a second run.
 void run_checked(const std::function<void()>& action, MemoryLimits limits = {});
 
 /// Calls a function with these arguments; the process ends when it throws and has changed its result. Nil when it

@@ -60,7 +60,7 @@ TEST(Nesting, OfAScriptsText_IsLimited) {
                                                    {"", "for i in [1]\n", "x = 1\n", "end\n"},
                                                    {"", "try\n", "x = 1\n", "catch e\nend\n"},
                                                    {"", "try\ncatch e\n", "x = 1\n", "end\n"}}) {
-    const std::string script = row.begin + repeated(row.open, 20000) + row.inner + repeated(row.close, 20000);
+    const std::string script = row.begin + repeated(row.open, 100000) + row.inner + repeated(row.close, 100000);
     expect_error(run_real(script), "the script nests too deeply here", row.open);
   }
 }
