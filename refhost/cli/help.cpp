@@ -260,7 +260,7 @@ std::string no_help_on(const std::string& name, const Interpreter& interpreter) 
   for (const std::string& each : known)
     if (name.size() >= shortest_part && each.find(name) != std::string::npos && longer.size() < most_names)
       longer.push_back(each);
-  const std::string known_elsewhere = counterpart(name);
+  const std::string known_elsewhere = counterpart_of_function(name);
   const std::string instead =
       known_elsewhere.empty() ? suggestion(name, {known.begin(), known.end()}) : known_elsewhere;
   std::string text = fmt::format("There is no help on '{}'{}.\n", briefly(name), instead);

@@ -100,6 +100,7 @@ constexpr OtherName other_functions[] = {
     {"min", "write xamin(a)"},
     {"minimum", "write xminimum(a, b)"},
     {"nan", "write 0.0 / 0"},
+    {"nanmean", "write xmean(mask(a, xisfinite(a))), after use \"arrays\""},
     {"ndim", "write len(a.shape())"},
     {"nonzero", "write where(m), after use \"arrays\""},
     {"normal", "write xrandn(n)"},
@@ -128,6 +129,7 @@ constexpr OtherName other_functions[] = {
     {"remainder", "write a % b of integers"},
     {"repeat", "write s * n of a string, a for loop of an array"},
     {"require", "write use \"file.hvm\" or use \"arrays\""},
+    {"reshape", "write a.reshape(d0, d1), which changes the array itself"},
     {"reversed", "write range(n - 1, -1, -1) for the positions"},
     {"savetxt", "write write_csv(path, data)"},
     {"sd", "write xstddev(a)"},
@@ -200,6 +202,11 @@ std::string counterpart_in(const OtherName (&rows)[count], std::string_view name
 OtherNames other_names() { return {std::begin(other_functions), std::end(other_functions)}; }
 
 std::string counterpart(std::string_view name) { return counterpart_in(other_functions, name); }
+
+std::string counterpart_of_function(std::string_view name) {
+  std::string known = counterpart(name);
+  return known.empty() && !name.empty() && name.front() == 'x' ? counterpart(name.substr(1)) : known;
+}
 
 std::string counterpart_for_arrays(std::string_view name, const ModuleFunctions& module) {
   std::string known = counterpart(name);

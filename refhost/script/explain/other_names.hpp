@@ -13,6 +13,9 @@ namespace hvm {
 /// Empty for a name that is not known.
 std::string counterpart(std::string_view name);
 
+/// The same for a name that is called as a function. Who knows that functions of arrays begin with x may write `xstd`.
+std::string counterpart_of_function(std::string_view name);
+
 /// The same for a function that is called with an array, or as a method of one. A name without a counterpart leads to
 /// the function of the module that has an x in front: `; write xmean(a)`.
 std::string counterpart_for_arrays(std::string_view name, const ModuleFunctions& module);

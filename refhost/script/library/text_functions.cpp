@@ -11,6 +11,7 @@
 #include <cstring>
 #include <limits>
 #include <utility>
+#include <vector>
 
 #include "script/library/arguments.hpp"
 #include "script/syntax/unicode.hpp"
@@ -23,10 +24,14 @@ namespace {
 constexpr std::int64_t longest_field = 1'000'000;
 
 /// Fails on a width or precision that would fill the memory. fmt itself takes up to 2147483647. It reads the pattern
-/// as fmt does, and leaves it to fmt to say what is wrong in it.
+/// as fmt does, and leaves it to fmt to say what is wrong in it. It also finds the arguments that are written as reals.
 class FieldCheck {
  public:
-  FieldCheck(const BuiltinCall& call, std::string_view pattern) : call_(call), pattern_(pattern) {}
+  FieldCheck(const BuiltinCall& call, std::string_view pattern)
+      : call_(call), pattern_(pattern), is_written_as_real_(call.count()) {}
+
+  /// Whether a field writes the argument as a real: its type is one of `aAeEfFgG`.
+  bool is_written_as_real(std::size_t i) const { return is_written_as_real_[i]; }
 
   void check() {
     while (at_ < pattern_.size()) {
@@ -54,7 +59,7 @@ class FieldCheck {
 
   /// A field, from behind its brace on.
   void field() {
-    argument();
+    const std::size_t written = argument() + 1;
     while (at_ < pattern_.size() && !next_is('}')) {
       if (next_is_digit()) {
         require_short(number());
@@ -63,6 +68,9 @@ class FieldCheck {
         if (next_is('}')) ++at_;
       }
     }
+    if (written < is_written_as_real_.size() && next_is('}') &&
+        std::string_view("aAeEfFgG").find(pattern_[at_ - 1]) != std::string_view::npos)
+      is_written_as_real_[written] = true;
   }
 
   void require_short_argument(std::size_t i) const {
@@ -79,23 +87,26 @@ class FieldCheck {
   std::string_view pattern_;
   std::size_t at_ = 0;
   std::int64_t next_argument_ = 0;
+  std::vector<bool> is_written_as_real_;
 };
 
 using FormatArguments = fmt::dynamic_format_arg_store<fmt::format_context>;
 
-void add_argument(FormatArguments& arguments, const BuiltinCall& call, const Value& value) {
+void add_argument(FormatArguments& arguments, const BuiltinCall& call, const Value& value, bool is_real) {
   if (!value.is_number()) return arguments.push_back(call.printer(Detail::brief).text(value));
   const Number x = number_of(value);
-  if (!x.is_real()) return arguments.push_back(x.whole);
+  if (!x.is_real() && !is_real) return arguments.push_back(x.whole);
   // The sign of NaN, which comes from the processor, means nothing.
   arguments.push_back(std::isnan(x.real) ? std::numeric_limits<double>::quiet_NaN() : x.real);
 }
 
 Value format(const BuiltinCall& call) {
   const std::string pattern(text_argument(call, 0));
-  FieldCheck(call, pattern).check();
+  FieldCheck fields(call, pattern);
+  fields.check();
   FormatArguments arguments;
-  for (std::size_t i = 1; i < call.count(); ++i) add_argument(arguments, call, call.arguments[i]);
+  for (std::size_t i = 1; i < call.count(); ++i)
+    add_argument(arguments, call, call.arguments[i], fields.is_written_as_real(i));
   try {
     return Value(fmt::vformat(pattern, arguments));
   } catch (const fmt::format_error& error) {

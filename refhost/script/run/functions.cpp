@@ -46,7 +46,7 @@ bool Functions::has(const std::string& name) const { return fn(name) || find_bui
 std::string Functions::advice(const std::string& name) const {
   const std::string library = library_with(name);
   if (!library.empty()) return fmt::format("; it comes with use \"{}\"", library);
-  const std::string known_elsewhere = counterpart(name);
+  const std::string known_elsewhere = counterpart_of_function(name);
   if (!known_elsewhere.empty()) return known_elsewhere;
   std::vector<std::string_view> known = builtin_names();
   for (const auto& entry : of_scripts_) known.push_back(entry.first);

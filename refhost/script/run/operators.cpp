@@ -87,10 +87,14 @@ void Operators::compound(BinaryOperator op, Value& variable, Value& right, Span 
 Value Operators::negated(Value& operand, Span span) const {
   return site_.placed(span, [&] {
     if (!operand.is_object()) return plain_negated(operand);
-    const Value minus_one(-1);
+    Value minus_one(-1);
     return explained({BinaryOperator::multiply, operand, minus_one}, span, [&](const ModuleCaller& caller) {
       checks_.extents(caller, operand);
       Value result = object_negated(caller, operand);
+      if (result.is_nil())
+        warnings_.operation(
+            site_.source(), span,
+            {untraced(caller), BinaryOperator::multiply, operand, minus_one, nullptr, nullptr, nullptr});
       warnings_.combined(result, operand, operand);
       return result;
     });

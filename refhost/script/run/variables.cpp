@@ -17,7 +17,13 @@ VariableState Variables::state(const Variable& variable) const {
 
 void Variables::fail_unset(const Variable& variable, Span span) const {
   const std::string& name = variable.name;
-  if (variable.is_local) site_.fail(fmt::format("'{}' has no value yet in this fn", name), span);
+  if (variable.is_local)
+    site_.fail(
+        fmt::format("'{}' has no value yet in this fn{}", name,
+                    scopes_.is_set_global(name) ? "; a fn cannot change the global variable: pass its value as an "
+                                                  "argument, and return the new one"
+                                                : ""),
+        span);
   if (functions_.has(name))
     site_.fail(fmt::format("'{0}' is a function; it is called with parentheses: {0}(){1}", name,
                            names_kind(name) ? "; write @" + name + " for the kind of an array" : ""),

@@ -108,6 +108,10 @@ const std::vector<WarnedScript>& operator_rows() {
        "a bool array times a number gives nothing; as_int(m) of use \"arrays\" makes integers of it",
        {}},
       {"bool-product",
+       "m = xones(2) > 0; -m",
+       "a bool array times a number gives nothing; as_int(m) of use \"arrays\" makes integers of it",
+       {"a = xones(2); -a"}},
+      {"bool-product",
        "x = 2; m = xones(2) > 0; x *= m",
        "x *= m changes nothing, since a bool array times a number is nothing; as_int(m) of use \"arrays\" makes "
        "integers of it",

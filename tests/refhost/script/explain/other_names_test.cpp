@@ -80,6 +80,15 @@ TEST(OtherNames, HaveACounterpartAtTheEndOfASentence) {
   EXPECT_EQ(counterpart("zzz"), "");
 }
 
+TEST(OtherNames, OfFunctionsMayHaveTheXOfTheModule) {
+  EXPECT_EQ(counterpart_of_function("xstd"), "; write xstddev(a)");
+  EXPECT_EQ(counterpart_of_function("std"), "; write xstddev(a)");
+  EXPECT_EQ(counterpart("xstd"), "");
+  EXPECT_EQ(counterpart_of_function("xzzz"), "");
+  EXPECT_EQ(counterpart_of_function("x"), "");
+  EXPECT_EQ(counterpart_of_function(""), "");
+}
+
 TEST(OtherNames, OfArraysLeadToTheFunctionWithAnXInFront) {
   const ModuleFunctions module = module_of_arrays();
   EXPECT_EQ(counterpart_for_arrays("mean", module), "; write xmean(a)");

@@ -127,8 +127,9 @@ TEST(Conditions, TakeNumbersAndNilOnly) {
        {"if [] then end", "!a condition must be a number, not a table"},
        {"if toy_int(2) then end", "!a condition must be a number, and $xintarray is an array or another object"},
        {"x = not toy_bool(2)",
-        "!a condition must be a number, and $xboolarray is an array or another object; count(m) > 0 asks for any true "
-        "element, count(m) == len(m) for all, after use \"arrays\""},
+        "!a condition must be a number, and $xboolarray is an array or another object; m[0] is the first element; "
+        "after "
+        "use \"arrays\", count(m) > 0 asks for any true one, count(m) == len(m) for all"},
        {"for x in toy_int(2) do end",
         "!'for' walks a table or a range, not $xintarray; write for i in range(len(a)), and a[i]"},
        {"x = not toy_int(2)", "!a condition must be a number, and $xintarray is an array or another object"}});
@@ -300,7 +301,10 @@ TEST(Functions, HaveLocalsAndReadGlobals) {
        {"print(f(2))\nfn f(n)\nif n == 0 then return 1 end\nreturn n * f(n - 1)\nend", "2"},
        {"fn f()\nend\nprint(f(), type(f()))", "nil nil"},
        {"fn f()\nfor i in range(5)\nwhile 1\nif i == 0 then return 7 end\nend\nend\nend\nprint(f())", "7"},
-       {"fn f()\nx += 1\nend\nx = 1\nf()", "!'x' has no value yet in this fn"},
+       {"fn f()\nx += 1\nend\nf()", "!'x' has no value yet in this fn"},
+       {"fn f()\nx += 1\nend\nx = 1\nf()",
+        "!'x' has no value yet in this fn; a fn cannot change the global variable: pass its value as an argument, and "
+        "return the new one"},
        {"fn f(a)\nend\nf()", "!f: it takes 1 argument, not 0"},
        {"fn print(x)\nend\nprint(1)", ""},
        {"x = 1; x(2)", "!'x' is a variable, not a function"},
