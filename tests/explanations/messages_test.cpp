@@ -74,7 +74,7 @@ TEST(Messages, OfArgumentsThatDoNotFit_SayWhatTheyAreAndWhatIsWanted) {
        "xinv: argument 1 must be an array of doubles; this is int (1, 1). Make doubles of it with xminimum(a, a)."},
       {"xsqrt(2.0)",
        "xsqrt: argument 1 must be an array of ints, int64s or doubles; this is a real. "
-       "Make an array of it with xarray(@double, [a])."},
+       "Write sqrt(a), or make an array of it with xarray(@double, [a])."},
       {"xzeros(2, \"3\")", "xzeros: argument 2 must be a number; this is a string. Pass numbers."},
       {"shape = [2, 3]; xzeros(shape)",
        "xzeros: argument 1 must be a number; this is a table. Pass each extent as an argument of its own."},
