@@ -33,7 +33,7 @@ if(ARRAYFOLD_SANITIZE)
   target_link_options(project_flags INTERFACE -fsanitize=${ARRAYFOLD_SANITIZE})
 endif()
 
-# Code that runs once in a process is optimised less than the rest: the time goes into compiling it.
+# Code that runs once in a process is optimised less than the rest: compiling it takes longer than it runs.
 add_library(brief_work_flags INTERFACE)
 if(ARRAYFOLD_SANITIZE)
   target_compile_options(brief_work_flags INTERFACE -O0)

@@ -14,12 +14,6 @@
 namespace arrayfold::fuzz {
 namespace {
 
-FunctionMap loaded_functions() {
-  FunctionMap functions;
-  for (const FunctionRow& row : test::Module::loaded().rows()) functions[row.name] = row.function;
-  return functions;
-}
-
 /// The exceptions that a script can bring about.
 bool is_documented(const std::exception& thrown) {
   return dynamic_cast<const std::bad_alloc*>(&thrown) != nullptr ||
@@ -54,15 +48,10 @@ void give_up(const std::string& words) {
   std::abort();
 }
 
-const FunctionMap& functions() {
-  static const FunctionMap loaded = loaded_functions();
-  return loaded;
-}
-
 EntryFunction entry(const char* name) {
-  const auto row = functions().find(name);
-  if (row == functions().end()) give_up("the module lacks a function");
-  return row->second;
+  for (const FunctionRow& row : test::Module::loaded().rows())
+    if (std::strcmp(row.name, name) == 0) return row.function;
+  give_up("the module lacks a function");
 }
 
 void run_checked(const std::function<void()>& action, MemoryLimits limits) {

@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -14,14 +13,10 @@ namespace arrayfold::fuzz {
 
 using hvm::Value;
 
-using FunctionMap = std::map<std::string, EntryFunction>;
-
 /// Says what is wrong and ends the process, which libFuzzer reports with the input.
 [[noreturn]] void give_up(const std::string& words);
 
-/// The functions of the module by name. It is loaded at the first call.
-const FunctionMap& functions();
-/// One of them. Without it the process ends.
+/// A function of the module, which is loaded at the first call. Without such a function the process ends.
 EntryFunction entry(const char* name);
 
 /// The memory that an input may take.

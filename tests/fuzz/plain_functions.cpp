@@ -64,19 +64,15 @@ TestArray plain_minimum(const TestArray& a, const TestArray& b) {
   return TestArray(ElementKind::float64, is_less.extents(), chosen);
 }
 
-bool are_equal(const TestArray& a, const TestArray& b) {
-  if (a.kind() != b.kind() || a.extents() != b.extents() || a.size() != b.size()) return false;
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    const test::Number x = a[i], y = b[i];
-    if (!(x == y) && !(x.real != x.real && y.real != y.real)) return false;
-  }
-  return true;
+bool are_equal(const test::Number& a, const test::Number& b) {
+  return a.is_integer == b.is_integer && (a == b || (test::is_nan(a) && test::is_nan(b)));
 }
 
-bool has_nan(const TestArray& array) {
-  for (std::size_t i = 0; i < array.size(); ++i)
-    if (array[i].real != array[i].real) return true;
-  return false;
+bool are_equal(const TestArray& a, const TestArray& b) {
+  if (a.kind() != b.kind() || a.extents() != b.extents() || a.size() != b.size()) return false;
+  for (std::size_t i = 0; i < a.size(); ++i)
+    if (!are_equal(a[i], b[i])) return false;
+  return true;
 }
 
 }  // namespace arrayfold::fuzz

@@ -21,8 +21,9 @@ TestArray plain_squares(const TestArray& array);
 /// The smaller of each pair, as doubles: `a < b ? a : b`. The shapes broadcast.
 TestArray plain_minimum(const TestArray& a, const TestArray& b);
 
-/// Same kind, same extents, and equal elements: NaN is equal to NaN, and zeros of either sign are equal.
+/// Both are integers or neither is, and they are equal: here NaN is equal to NaN, and zeros of either sign are equal.
+bool are_equal(const test::Number& a, const test::Number& b);
+/// Same kind, same extents, and equal elements.
 bool are_equal(const TestArray& a, const TestArray& b);
-bool has_nan(const TestArray& array);
 
 }  // namespace arrayfold::fuzz

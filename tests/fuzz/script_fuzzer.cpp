@@ -20,16 +20,19 @@ using arrayfold::fuzz::MemoryLimits;
 constexpr std::uint64_t step_limit = 3000;
 constexpr MemoryLimits memory_limits{std::size_t{1} << 16, std::size_t{1} << 22};
 
-ModuleFunctions registered_functions() {
-  ModuleFunctions registered;
-  for (const auto& [name, function] : arrayfold::fuzz::functions()) registered.add(name, function);
+const ModuleFunctions& registered_functions() {
+  static const ModuleFunctions registered = [] {
+    const auto& module = arrayfold::test::Module::loaded();
+    ModuleFunctions made;
+    ModuleFunctions::register_rows(&made, static_cast<int>(module.rows().size()), module.table());
+    return made;
+  }();
   return registered;
 }
 
 const ModuleFunctions& functions_for(const std::string& text) {
   static const ModuleFunctions none;
-  static const ModuleFunctions all = registered_functions();
-  return text.find_first_of("/%") == text.npos ? all : none;
+  return text.find_first_of("/%") == text.npos ? registered_functions() : none;
 }
 
 /// A warning has a place in the text, and can be shown.

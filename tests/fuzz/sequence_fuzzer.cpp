@@ -258,17 +258,20 @@ class Sequence {
     variable() = {result, std::make_shared<TestArray>(test::from_host(result))};
   }
 
+  End call_into(Value& result, const char* name, std::vector<Value> args) {
+    const EntryFunction function = entry(name);
+    return attempt([&] { result = call(function, ctx_, args); });
+  }
+
   void call_for_array(const char* name, std::vector<Value> args, TestArray expected) {
     Value result;
-    const EntryFunction function = entry(name);
-    const End end = attempt([&] { result = call(function, ctx_, args); });
+    const End end = call_into(result, name, std::move(args));
     take(end, std::move(result), std::move(expected));
   }
 
-  void call_for_nil(const char* name, std::vector<Value> args) {
+  void call_for_nil(const char* name, std::vector<Value> args, End expected = End::regular) {
     Value result;
-    const EntryFunction function = entry(name);
-    expect(attempt([&] { result = call(function, ctx_, args); }), End::regular);
+    expect(call_into(result, name, std::move(args)), expected);
     expect_nil(result);
   }
 
@@ -353,9 +356,7 @@ class Sequence {
     Value result;
     expect(apply(Opcode::read_element, self->value, self->value.address(), list.address(), result.address()),
            End::regular);
-    const Number found = number_in(result), expected = (*self->expected)[offset];
-    if (!(found == expected) && !(found.real != found.real && expected.real != expected.real))
-      give_up("another element than expected");
+    if (!are_equal(number_in(result), (*self->expected)[offset])) give_up("another element than expected");
   }
 
   void write_element() {
@@ -464,15 +465,11 @@ class Sequence {
     const char* const name = names[bytes_.byte() % std::size(names)];
     Variable* self = array();
     if (self == nullptr || !is_number_kind(self->expected->kind())) return;
-    std::vector<Value> args{self->value};
     Value result;
-    const EntryFunction function = entry(name);
-    const End end = attempt([&] { result = call(function, ctx_, args); });
+    const End end = call_into(result, name, {self->value});
     expect(end, End::regular);
     if (end == End::out_of_memory) return expect_nil(result);
-    const Number found = number_in(result), expected = test::expected_number(name, *self->expected).value;
-    const bool is_nan = !found.is_integer && found.real != found.real;
-    if (found.is_integer != expected.is_integer || (is_nan ? expected.real == expected.real : !(found == expected)))
+    if (!are_equal(number_in(result), test::expected_number(name, *self->expected).value))
       give_up(std::string("another number than expected of ") + name);
   }
 
@@ -488,7 +485,7 @@ class Sequence {
                                              {"xsquare", plain_squares, false}};
     const Function& function = functions[bytes_.byte() % std::size(functions)];
     Variable* self = array();
-    if (self == nullptr || (function.orders && has_nan(*self->expected))) return;
+    if (self == nullptr || (function.orders && test::has_nan(*self->expected))) return;
     if (!is_number_kind(self->expected->kind())) return call_for_nil(function.name, {self->value});
     call_for_array(function.name, {self->value}, function.formula(*self->expected));
   }
@@ -500,9 +497,7 @@ class Sequence {
     if (a.kind() != b.kind() || !is_number_kind(a.kind())) return call_for_nil("xminimum", {left->value, right->value});
     if (test::broadcast(a.extents(), b.extents()))
       return call_for_array("xminimum", {left->value, right->value}, plain_minimum(a, b));
-    std::vector<Value> args{left->value, right->value};
-    const EntryFunction function = entry("xminimum");
-    expect(attempt([&] { call(function, ctx_, args); }), End::no_broadcast);
+    call_for_nil("xminimum", {left->value, right->value}, End::no_broadcast);
   }
 
   // ---- What must hold after every call
@@ -534,7 +529,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
   using namespace arrayfold::fuzz;
   // What is made once and kept is made before anything is counted.
   dtype(arrayfold::ElementKind::int32);
-  functions();
+  entry("xarray");
   return 0;
 }
 

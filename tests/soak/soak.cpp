@@ -84,7 +84,8 @@ class Soak {
   static const hvm::ModuleFunctions& registered() {
     static const hvm::ModuleFunctions functions = [] {
       hvm::ModuleFunctions made;
-      for (const FunctionRow& row : Module::loaded().rows()) made.add(row.name, row.function);
+      hvm::ModuleFunctions::register_rows(&made, static_cast<int>(Module::loaded().rows().size()),
+                                          Module::loaded().table());
       return made;
     }();
     return functions;

@@ -2,23 +2,20 @@
 
 #include "statements.hpp"
 
-#include <sstream>
+#include <iterator>
 
 namespace arrayfold::test {
 
 std::string variable_name(std::size_t number) { return "a" + std::to_string(number); }
 
-std::string Statements::one_of(const char* choices) {
-  std::istringstream words(choices);
-  std::vector<std::string> all;
-  for (std::string word; words >> word;) all.push_back(word);
-  return all[below(all.size())];
+std::string Statements::one_of(std::initializer_list<const char*> choices) {
+  return choices.begin()[below(choices.size())];
 }
 
 std::string Statements::number() {
   switch (below(6)) {
     case 0:
-      return one_of("-1 -2.5 1e300 0.0 -7L 5000000000L 2147483647");
+      return one_of({"-1", "-2.5", "1e300", "0.0", "-7L", "5000000000L", "2147483647"});
     case 1:
       return std::to_string(below(40)) + ".25";
     case 2:
@@ -50,7 +47,7 @@ std::string Statements::table() {
 std::string Statements::creation() {
   switch (below(5)) {
     case 0:
-      return "xarray(@" + one_of("bool int int64 double") + "(" + extents() + "))";
+      return "xarray(@" + one_of({"bool", "int", "int64", "double"}) + "(" + extents() + "))";
     case 1:
       return "xrand(" + extents() + ")";
     case 2: {
@@ -58,7 +55,7 @@ std::string Statements::creation() {
       return below(2) == 0 ? "xeye(" + extent + ")" : "xrand(" + extent + ", " + extent + ")";
     }
     default:
-      return "xarray(@" + one_of("bool int int64 double") + ", " + table() + ")";
+      return "xarray(@" + one_of({"bool", "int", "int64", "double"}) + ", " + table() + ")";
   }
 }
 
@@ -71,7 +68,7 @@ std::string Statements::argument() {
     case 3:
       return table();
     case 4:
-      return one_of("nil \"text\" @double @[1.5,a0] @x(a1) [\"a\":1]");
+      return one_of({"nil", "\"text\"", "@double", "@[1.5,a0]", "@x(a1)", "[\"a\":1]"});
     default:
       return variable();
   }
@@ -88,12 +85,12 @@ std::string Statements::call() {
 std::string Statements::expression() {
   switch (below(5)) {
     case 0:
-      return variable() + one_of(" + - * <= >= < > == != ") + variable();
+      return variable() + one_of({"+", "-", "*", "<=", ">=", "<", ">", "==", "!="}) + variable();
     case 1:
-      if (below(3) == 0) return variable() + one_of("/ %") + one_of("0 0.5 1 3 7L 2.5 1e300");
-      return variable() + one_of("+ - * <= <") + number();
+      if (below(3) == 0) return variable() + one_of({"/", "%"}) + one_of({"0", "0.5", "1", "3", "7L", "2.5", "1e300"});
+      return variable() + one_of({"+", "-", "*", "<=", "<"}) + number();
     case 2:
-      return number() + one_of(" + - * < ") + variable();
+      return number() + one_of({"+", "-", "*", "<"}) + variable();
     case 3:
       return variable() + "[" + std::to_string(below(4)) + "]";
     default:
@@ -113,13 +110,13 @@ std::string Statements::next() {
     case 5:
       return target + " = " + expression();
     case 6:
-      return target + one_of(" += -= *= ") + (below(2) == 0 ? variable() : number());
+      return target + one_of({"+=", "-=", "*="}) + (below(2) == 0 ? variable() : number());
     case 7:
       return target + "[" + std::to_string(below(4)) + "] = " + number();
     case 8:
       return target + ".reshape(" + extents() + ")";
     case 9:
-      return target + one_of(" .shape() .dump() .dump(2) ");
+      return target + one_of({".shape()", ".dump()", ".dump(2)"});
     case 10:
       return target + " = " + variable();
     default:

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <random>
 #include <string>
 #include <vector>
@@ -27,8 +28,7 @@ class Statements {
 
  private:
   std::size_t below(std::size_t limit) { return static_cast<std::size_t>(random_() % limit); }
-  /// One of the words in `choices`, which are separated by blanks.
-  std::string one_of(const char* choices);
+  std::string one_of(std::initializer_list<const char*> choices);
 
   std::string variable() { return variable_name(below(variable_count)); }
   std::string number();

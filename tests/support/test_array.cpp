@@ -147,6 +147,12 @@ std::ostream& operator<<(std::ostream& out, const TestArray& array) {
   return out << (array.size() > 40 ? ", ...]" : "]");
 }
 
+bool has_nan(const TestArray& array) {
+  for (std::size_t i = 0; i < array.size(); ++i)
+    if (is_nan(array[i])) return true;
+  return false;
+}
+
 std::string difference(const TestArray& found, const TestArray& expected) {
   if (found == expected) return "";
   if (found.kind() != expected.kind())

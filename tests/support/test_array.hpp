@@ -140,6 +140,7 @@ struct Number {
 };
 /// By value, integers exactly. NaN equals nothing.
 bool operator==(const Number& a, const Number& b);
+inline bool is_nan(const Number& x) { return x.real != x.real; }
 std::ostream& operator<<(std::ostream& out, const Number& x);
 
 class Numbers : public std::vector<Number> {
@@ -195,6 +196,8 @@ class TestArray {
       elements_;
   Kind kind_;
 };
+
+bool has_nan(const TestArray& array);
 
 /// The first place where two differ, for long arrays; nothing where they are equal.
 std::string difference(const TestArray& found, const TestArray& expected);

@@ -110,10 +110,4 @@ bool is_parted_at(const TestArray& array, std::size_t place) {
   });
 }
 
-bool has_nan(const TestArray& array) {
-  return with_elements(array, [](const auto& elements) {
-    return std::any_of(elements.begin(), elements.end(), [](auto x) { return x != x; });
-  });
-}
-
 }  // namespace arrayfold::test

@@ -28,6 +28,5 @@ TestArray sorted(const TestArray& array);
 bool is_permutation(const TestArray& a, const TestArray& b);
 /// Whether no element in front of the place is greater than the one there, and none behind it smaller.
 bool is_parted_at(const TestArray& array, std::size_t place);
-bool has_nan(const TestArray& array);
 
 }  // namespace arrayfold::test
