@@ -206,9 +206,13 @@ class CsvReader::Parser {
     if (!has_columns_) {
       first_.emplace_back(text);
     } else if (cells_ < numbers_.size() && numbers_[cells_] != not_chosen) {
-      sink_->cell(numbers_[cells_], text);
+      sink_->cell(numbers_[cells_], is_missing(text) ? std::string_view() : text);
     }
     ++cells_;
+  }
+
+  bool is_missing(std::string_view text) const {
+    return std::find(format_.missing.begin(), format_.missing.end(), text) != format_.missing.end();
   }
 
   void end_row() {

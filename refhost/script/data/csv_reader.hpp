@@ -26,6 +26,7 @@ struct CsvFormat {
   std::optional<bool> has_header;  // no value: it has one, and numbers in its place are a mistake
   char separator = ',';
   std::optional<std::vector<ColumnChoice>> chosen;  // no value: all columns
+  std::vector<std::string> missing;                 // the cells that count as empty ones
 };
 
 struct CsvColumn {

@@ -20,8 +20,8 @@ struct MadeCall {
   const std::string& name;
   Value* self;  // of a method, otherwise null
   std::vector<Value>& arguments;
-  std::vector<std::string> names = {};            // of the variables that are arguments; empty for all others
-  std::string self_name = {};                     // of the variable that is `self`; empty otherwise
+  std::vector<std::string> names = {};            // of variables, and texts of tables; empty for all other arguments
+  std::string self_name = {};           // of the variable that is `self`; empty otherwise
   std::vector<const Quotation*> quotations = {};  // of the arguments that are quotations; null for all others
 };
 
@@ -63,7 +63,7 @@ class DescribedCall {
   static std::string numbered(std::size_t i);
   /// A sentence of the page: names of arguments become `argument 1`, and the marks of code disappear.
   std::string with_numbers(const std::string& text) const;
-  /// Code or advice of the page: names of arguments become those of the script's variables where it has such.
+  /// Code or advice of the page: names of arguments become those of the script's variables and tables.
   std::string with_names(const std::string& text) const;
   /// `xlinspace(start, stop) or xlinspace(start, stop, count)`.
   std::string usage() const;

@@ -4,6 +4,8 @@
 
 #include <fmt/format.h>
 
+#include <cmath>
+
 #include "script/explain/condition_words.hpp"
 #include "script/explain/script_words.hpp"
 #include "script/text/value_kinds.hpp"
@@ -97,6 +99,70 @@ Found value_of_shuffle(const AnsweredCall& call) {
       fmt::format("xshuffle changes {0} itself and gives 0; write xshuffle({0}) on a line of its own and "
                   "then use {0}",
                   name)};
+}
+
+namespace {
+
+constexpr Word of_nan[] = {
+    {"xsort", "no defined order"},      {"xargsort", "no defined order"},
+    {"xpartition", "no defined order"}, {"xunique", "no defined order and may repeat elements"},
+    {"xmedian", "no defined number"},
+};
+
+/// The number in a real; no value for anything else.
+std::optional<double> real_of(const Value& value) {
+  if (value.tag() != ValueTag::real) return std::nullopt;
+  return arrayfold::load<double>(value.record().payload);
+}
+
+bool is_nan(const Value& value) {
+  const auto real = real_of(value);
+  return real && std::isnan(*real);
+}
+
+/// What a function of the module gives for one argument; nil where the module has no such function.
+Value asked(const AnsweredCall& call, const std::string& function, const Value& argument) {
+  const arrayfold::EntryFunction entry = call.module.find(function);
+  std::vector<Value> arguments{argument};
+  return entry ? call_function(call.caller, function, entry, arguments) : Value();
+}
+
+/// Whether an array of doubles holds NaN. The sum alone tells of most arrays that they do not: with NaN it is NaN. The
+/// sum of two infinities may be NaN as well, and then each element is looked at.
+bool holds_nan(const AnsweredCall& call, const Value& array) {
+  try {
+    if (!is_nan(asked(call, "xsum", array))) return false;
+    return real_of(asked(call, "xsum", asked(call, "xisnan", array))).value_or(0) > 0;
+  } catch (const Failure&) {
+    return false;
+  }
+}
+
+/// What leaves NaN out of the first argument.
+std::string without_nan(const AnsweredCall& call) {
+  return fmt::format("mask({0}, xisnan({0}) < 1) {1} leaves NaN out", argument_name(call, 0, "a"), library);
+}
+
+}  // namespace
+
+std::vector<std::string_view> functions_of_an_order() { return functions_of(of_nan); }
+
+Found order_with_nan(const AnsweredCall& call) {
+  if (call.arguments.empty() || !is_of_kind(call.arguments[0], "double") || !holds_nan(call, call.arguments[0]))
+    return {};
+  return Finding{fmt::format("{} gives {}, since {} holds NaN; {}", call.function, words_for(of_nan, call.function),
+                             argument_name(call, 0, "its argument"), without_nan(call))};
+}
+
+Found position_with_nan(const AnsweredCall& call) {
+  if (call.arguments.empty() || !is_of_kind(call.arguments[0], "double")) return {};
+  Value& array = call.arguments[0];
+  const auto extents = shape_of(call.caller, array);
+  if (!extents || element_count(*extents) < 2) return {};
+  std::vector<Value> first{Value(0)};  // indices stand for the last axes, and 0 for each one before them
+  const auto element = read_element(call.caller, array, first);
+  if (!element || !is_nan(*element)) return {};
+  return Finding{fmt::format("{} gives 0, since the first element is NaN; {}", call.function, without_nan(call))};
 }
 
 }  // namespace hvm

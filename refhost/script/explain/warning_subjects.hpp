@@ -11,6 +11,7 @@
 #include "script/explain/columns.hpp"
 #include "script/explain/data_walk.hpp"
 #include "script/module/array_module.hpp"
+#include "script/module/module_functions.hpp"
 
 namespace hvm {
 
@@ -47,8 +48,9 @@ struct AnsweredCall {
   QuotedArguments quoted;
   std::size_t most_arguments;  // that the function looks at
   Columns& columns;
-  DataElements elements;                           // of the result
-  const Expressions* written;                      // the arguments; null where the script has no such call
+  DataElements elements;       // of the result
+  const Expressions* written;  // the arguments; null where the script has no such call
+  const ModuleFunctions& module;
   mutable std::optional<DataLook> looked_at = {};  // the table of data, once it has been walked
 
   std::string_view text() const { return caller.source->text(span); }

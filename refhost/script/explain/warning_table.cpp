@@ -105,6 +105,12 @@ const std::vector<WarningRow>& warning_table() {
        "docs/functions/xtrace.md#result", CallCondition{Sign::nothing, {"xtrace"}, no_diagonal}},
       {"unused-order", "xsort(a) gives a new array and does not change a; write a = xsort(a)", result_section,
        CallCondition{Sign::unused_value, {"xsort", "xpartition", "xunique"}, unused_order}},
+      {"order-with-nan",
+       "xsort(a) with NaN in a has no defined order; mask(a, xisnan(a) < 1) of use \"arrays\" leaves NaN out",
+       result_section, CallCondition{Sign::call, functions_of_an_order(), order_with_nan}},
+      {"position-with-nan",
+       "xargmax(a) gives 0 where the first element is NaN; mask(a, xisnan(a) < 1) of use \"arrays\" leaves NaN out",
+       result_section, CallCondition{Sign::call, {"xargmin", "xargmax"}, position_with_nan}},
   };
   return rows;
 }

@@ -100,6 +100,20 @@ std::vector<ColumnChoice> column_choices(const BuiltinCall& call, const Value& l
   return choices;
 }
 
+/// The texts that stand for a missing cell: one, or a table of them.
+std::vector<std::string> missing_words(const BuiltinCall& call, const Value& words) {
+  if (words.is_string()) return {std::string(text_of(words.record()))};
+  if (!words.is_table()) call.fail(fmt::format("\"missing\" is a table of strings, not {}", kind_in_words(words)));
+  std::vector<std::string> texts;
+  TableWalk walk(table_of(words.record()));
+  while (const Entry entry = walk.next()) {
+    const Value word = Value::sharing(*entry.value);
+    if (!word.is_string()) call.fail(fmt::format("\"missing\" has strings, not {}", kind_in_words(word)));
+    texts.emplace_back(text_of(word.record()));
+  }
+  return texts;
+}
+
 /// The character between two cells.
 char separator_in(const BuiltinCall& call, const Options& options) {
   const auto separator = options.find("separator");
@@ -113,10 +127,11 @@ char separator_in(const BuiltinCall& call, const Options& options) {
 
 CsvFormat csv_format(const BuiltinCall& call) {
   CsvFormat format;
-  const Options options(call, 1, {"header", "separator", "columns"});
+  const Options options(call, 1, {"header", "separator", "columns", "missing"});
   if (const auto header = options.find("header")) format.has_header = options.truth_of("header", *header);
   format.separator = separator_in(call, options);
   if (const auto columns = options.find("columns")) format.chosen = column_choices(call, *columns);
+  if (const auto missing = options.find("missing")) format.missing = missing_words(call, *missing);
   return format;
 }
 
@@ -193,22 +208,44 @@ void choose_names(const BuiltinCall& call, const Options& options, CsvContent& c
   if (twin != sorted.end()) call.fail(fmt::format("two columns have the name {}", string_literal(*twin)));
 }
 
-/// The columns of a table, which are tables of one length.
-std::vector<const HostHash*> columns_in(const BuiltinCall& call, const HostHash* table) {
-  std::vector<const HostHash*> columns;
+/// One of the columns that are written.
+struct WrittenColumn {
+  std::size_t rows;
+  std::function<const HostValue&(std::size_t row)> cell;  // the value lasts until the next call
+};
+
+WrittenColumn column_of_table(const BuiltinCall& call, const std::string& name, const HostHash* table) {
+  if (table->index_count != entry_count(table))
+    call.fail(fmt::format("column {} has keys other than 0, 1, 2, ...", name));
+  return {static_cast<std::size_t>(table->index_count),
+          [table](std::size_t row) -> const HostValue& { return *find(table, static_cast<int>(row)); }};
+}
+
+WrittenColumn column_of_array(const BuiltinCall& call, const std::string& name, Value array) {
+  call.checks.extents(call.caller, array);
+  const auto extents = shape_of(call.caller, array);
+  if (!extents || extents->size() != 1)
+    call.fail(fmt::format("column {} is {}, not an array of one axis", name, described(call.caller, array)));
+  return {static_cast<std::size_t>(extents->front()),
+          [cells = ArrayCells(call, std::move(array), 1)](std::size_t row) mutable -> const HostValue& {
+            return cells.at(row, 0);
+          }};
+}
+
+/// The columns of a table, which have one length.
+std::vector<WrittenColumn> columns_in(const BuiltinCall& call, const HostHash* table) {
+  std::vector<WrittenColumn> columns;
   TableWalk walk(table);
   while (const Entry entry = walk.next()) {
-    const HostHash* column = table_of(*entry.value);
+    const Value value = Value::sharing(*entry.value);
     const std::string name = printed(*entry.key);
-    if (!column)
-      call.fail(fmt::format("column {} is {}, not a table", name, kind_in_words(Value::sharing(*entry.value))));
-    if (column->index_count != entry_count(column))
-      call.fail(fmt::format("column {} has keys other than 0, 1, 2, ...", name));
-    if (!columns.empty() && column->index_count != columns.front()->index_count)
+    if (!value.is_table() && !value.is_object())
+      call.fail(fmt::format("column {} is {}, not a table or an array", name, kind_in_words(value)));
+    columns.push_back(value.is_table() ? column_of_table(call, name, table_of(value.record()))
+                                       : column_of_array(call, name, value));
+    if (columns.back().rows != columns.front().rows)
       call.fail(fmt::format("column {} has {}, the first column has {}", name,
-                            counted(static_cast<std::size_t>(column->index_count), "value", "values"),
-                            columns.front()->index_count));
-    columns.push_back(column);
+                            counted(columns.back().rows, "value", "values"), columns.front().rows));
   }
   if (columns.empty()) call.fail("there are no columns");
   return columns;
@@ -217,11 +254,11 @@ std::vector<const HostHash*> columns_in(const BuiltinCall& call, const HostHash*
 CsvContent content_of_columns(const BuiltinCall& call, const HostHash* table) {
   CsvContent content;
   content.names = names_in_table(call, table);
-  std::vector<const HostHash*> columns = columns_in(call, table);
+  std::vector<WrittenColumn> columns = columns_in(call, table);
   content.columns = columns.size();
-  content.rows = static_cast<std::size_t>(columns.front()->index_count);
+  content.rows = columns.front().rows;
   content.cell = [columns = std::move(columns)](std::size_t row, std::size_t column) -> const HostValue& {
-    return *find(columns[column], static_cast<int>(row));
+    return columns[column].cell(row);
   };
   return content;
 }
@@ -286,7 +323,8 @@ Value to_json(const BuiltinCall& call) {
 constexpr std::string_view reading_options =
     "\"header\": false when the first row holds data; the columns then have the keys 0, 1, 2, ...\n"
     "\"separator\": one character, \",\" by default\n"
-    "\"columns\": a table of the columns to read, by name or position";
+    "\"columns\": a table of the columns to read, by name or position\n"
+    "\"missing\": a table of the texts that stand for a missing cell, such as [\"NA\", \"-\"]";
 
 constexpr Builtin file_rows[] = {
     {"parse_json", 1, 1, parse_json, "parse_json(text)", "Reads JSON: objects and arrays become tables.",
@@ -311,7 +349,7 @@ constexpr Builtin file_rows[] = {
     {"to_json", 1, 2, to_json, "to_json(value)\nto_json(value, indent)", "Gives a value as JSON.",
      "print(to_json([\"a\": [1, nil]]))  # expect: {\"a\":[1,null]}"},
     {"write_csv", 2, 3, write_csv, "write_csv(path, data)\nwrite_csv(path, data, options)",
-     "Writes a table of columns or an array as a CSV file.",
+     "Writes a table of columns, or an array, as a CSV file. A column is a table or an array of one axis.",
      "write_csv(\"table.csv\", [\"x\": [1, 2], \"y\": [3, 4]], [\"header\": false])\n"
      "print(read_text(\"table.csv\"))  # expect: 1,3 2,4", Gives::nothing,
      "\"header\": a table of names, or false for no header\n"

@@ -16,7 +16,7 @@ bool truth(const Value& value) {
   if (value.is_number()) return number_of(value).real != 0;
   constexpr const char* hint =
       "; m[0] is the first element; after use \"arrays\", count(m) > 0 asks for any true one, count(m) == len(m) for "
-      "all";
+      "all, and as_int(m) * as_int(n) joins two arrays";
   if (value.is_object())
     throw Failure(fmt::format("a condition must be a number, and {} is an array or another object{}", kind_name(value),
                               kind_of_array(value) == "bool" ? hint : ""));

@@ -6,6 +6,7 @@
 
 #include <new>
 
+#include "script/explain/script_words.hpp"
 #include "script/run/statements.hpp"
 #include "script/text/number_text.hpp"
 #include "script/text/value_kinds.hpp"
@@ -27,6 +28,12 @@ Value Calls::call(const std::string& name, std::vector<Value> arguments, Span sp
 }
 
 namespace {
+
+/// What advice calls an argument: the name of its variable, or the text of a short table; empty for all others.
+std::string advice_text(const Expression& argument, const SourceText& source) {
+  if (!std::holds_alternative<TableLiteral>(argument.form)) return variable_name(argument);
+  return short_text(source.text(argument.span), "");
+}
 
 /// Whether something takes the value of a call; null is one that a module makes.
 bool is_used(const Call* form) { return !form || !form->is_statement; }
@@ -59,7 +66,7 @@ void Calls::look_at(const Warnings::Watch& watch, const std::string& name, std::
   warnings_.call(
       site_.source(), watch,
       {untraced(site_.caller(span)), span, name, arguments, result, is_used(form), quoted, watch.most_arguments,
-       warnings_.columns(), warnings_.elements_of(result), form ? &form->arguments : nullptr});
+       warnings_.columns(), warnings_.elements_of(result), form ? &form->arguments : nullptr, functions_.module()});
 }
 
 Failure Calls::explained(const Failure& failure, const std::string& name, Value* self, std::vector<Value>& arguments,
@@ -71,7 +78,8 @@ Failure Calls::explained(const Failure& failure, const std::string& name, Value*
     if (operand) made.self_name = variable_name(*operand);
     for (std::size_t i = 0; i < arguments.size(); ++i) {
       const Code* code = arguments[i].tag() == ValueTag::code ? scopes_.find_code(arguments[i]) : nullptr;
-      made.names.push_back(written && i < written->size() ? variable_name(*(*written)[i]) : std::string());
+      made.names.push_back(written && i < written->size() ? advice_text(*(*written)[i], *site_.source())
+                                                          : std::string());
       made.quotations.push_back(code ? code->quotation.get() : nullptr);
     }
     return failed_calls_.explained(failure, made);

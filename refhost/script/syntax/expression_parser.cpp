@@ -294,7 +294,9 @@ Suffix ExpressionParser::method_call() {
 void ExpressionParser::fail_member(const Token& name) const {
   const std::string_view advice = foreign_advice(ForeignPlace::member, name.text);
   if (!advice.empty()) cursor_.fail(fmt::format("there is no '.{}'; {}", name.text, advice), name.span);
-  cursor_.fail(fmt::format("a method is called with parentheses: .{}()", name.text), name.span);
+  cursor_.fail(
+      fmt::format("a method is called with parentheses: .{0}(); an entry of a table is written t[\"{0}\"]", name.text),
+      name.span);
 }
 
 Suffix ExpressionParser::index() {

@@ -32,16 +32,20 @@ constexpr std::string_view a_choice = "write if … elseif … else … end";
 constexpr std::string_view a_print = "write print(x)";
 constexpr std::string_view a_repetition = "write while true … if c then break end … end";
 constexpr std::string_view unequal = "unequal is written '!='";
-constexpr std::string_view no_bits = "there are no operators for bits";
+constexpr std::string_view both_bits =
+    "there are no operators for bits; bool arrays are joined by as_int(m) * as_int(n), after use \"arrays\"";
+constexpr std::string_view either_bit =
+    "there are no operators for bits; bool arrays are joined by as_int(m) + as_int(n), after use \"arrays\"";
 constexpr std::string_view a_script = "write use \"file.hvm\"";
 
 // Of two signs with the same beginning the longer one comes first.
 constexpr Row table[] = {
     {ForeignPlace::character, "&&", "conditions are joined by 'and'"},
     {ForeignPlace::character, "||", "conditions are joined by 'or'"},
-    {ForeignPlace::character, "&", no_bits},
-    {ForeignPlace::character, "|", no_bits},
+    {ForeignPlace::character, "&", both_bits},
+    {ForeignPlace::character, "|", either_bit},
     {ForeignPlace::character, "~=", unequal},
+    {ForeignPlace::character, "~", "a bool array is negated by as_int(m) < 1, after use \"arrays\""},
     {ForeignPlace::character, "!", "a condition is negated by 'not'"},
     {ForeignPlace::character, "^", powers},
     {ForeignPlace::character, "?", a_condition},
@@ -144,7 +148,7 @@ constexpr Row table[] = {
     {ForeignPlace::header, "loop", block_words},
     {ForeignPlace::loop, "(", a_loop},
     {ForeignPlace::loop, "=", a_loop},
-    {ForeignPlace::parenthesis, ",", "a table is written [1, 2]"},
+    {ForeignPlace::parenthesis, ",", "a table is written [1, 2], and arguments need no second parentheses: f(1, 2)"},
     {ForeignPlace::index, ":", "a range has no step"},
 
     {ForeignPlace::member, "T", "write transpose(a), after use \"arrays\""},

@@ -107,7 +107,8 @@ class Parser {
       cursor_.fail(fmt::format("{} has no 'end' before the 'fn' of line {}", described(opening.kind),
                                cursor_.source()->line(here.begin)),
                    opening.span);
-    cursor_.fail("a fn is allowed at the outermost level only");
+    cursor_.fail(fmt::format("a fn is allowed at the outermost level only, and {} of line {} has no 'end' before it",
+                             described(opening.kind), cursor_.source()->line(opening.span.begin)));
   }
 
   /// Takes the 'end' of a statement.

@@ -160,6 +160,9 @@ bool TokenCursor::is_named_argument() const {
 }
 
 void TokenCursor::fail_named_argument() const {
+  const std::size_t opening = open_.back();
+  if (opening > 1 && tokens_[opening - 2].kind == TokenKind::kw_fn)
+    fail("a parameter of a fn has no default value; each call gives all arguments");
   const std::string_view advice = foreign_advice(ForeignPlace::argument, text(at_ - 1));
   if (!advice.empty()) fail(fmt::format("a call takes no named arguments; {}", advice), previous().span);
   fail("an assignment is not an expression, and a call takes no named arguments; did you mean ==");

@@ -201,7 +201,9 @@ TEST_F(PromptInLittleMemory, WhatFindsNone_EndsOnlyItsOwnInput) {
        {":load large.hvm", "error: large.hvm: out of memory while the script is read\r\n"},
        {"for n in [100000, 20000] do try while 1 do t = [t, \"a\" * n] end catch e print(e) end end", "out of memory"},
        {"help(xnorm)", "error: out of memory\r\n"},
-       {"x", "\r\n5\r\n"}});
+       {"x", "\r\n5\r\n"},
+       {"t = 0"},
+       {"help(xnorm)", "xnorm(a)"}});
 }
 
 TEST(Repl, InputsAreCountedOnce) {

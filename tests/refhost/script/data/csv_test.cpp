@@ -72,12 +72,29 @@ TEST(ReadCsv, OptionsChooseHeaderSeparatorAndColumns) {
     EXPECT_EQ(folder.output_of("print(read_csv(" + std::string(arguments) + "))"), output) << arguments;
 }
 
+TEST(ReadCsv, ChosenTextsStandForMissingCells) {
+  const Folder folder;
+  folder.write("f", "NA,b\n1,x\nNA,-\n\"NA\",\" -\"\n");
+  const std::pair<const char*, const char*> rows[] = {
+      {"[\"missing\": [\"NA\", \"-\"]]", "[\"NA\": [1.0, nan, nan], \"b\": [\"x\", \"\", \" -\"]]"},
+      {"[\"missing\": \"NA\"]", "[\"NA\": [1.0, nan, nan], \"b\": [\"x\", \"-\", \" -\"]]"},
+      {"[\"missing\": []]", "[\"NA\": [\"1\", \"NA\", \"NA\"], \"b\": [\"x\", \"-\", \" -\"]]"},
+      {"[\"header\": false, \"missing\": [\"NA\"], \"columns\": [0]]", "[[nan, 1.0, nan, nan]]"},
+  };
+  for (const auto& [options, output] : rows)
+    EXPECT_EQ(folder.output_of("print(read_csv(\"DIR/f\", " + std::string(options) + "))"), output) << options;
+}
+
 TEST(ReadCsv, WrongOptions_AreErrors) {
   const Folder folder;
   folder.write("f", "a,b\n1,2\n");
   folder.write("n", "1,2\n3,4\n");
   const std::pair<const char*, const char*> rows[] = {
-      {"\"DIR/f\", [\"head\": 1]", "there is no option \"head\"; it takes \"header\", \"separator\", \"columns\""},
+      {"\"DIR/f\", [\"head\": 1]",
+       "there is no option \"head\"; it takes \"header\", \"separator\", \"columns\", "
+       "\"missing\""},
+      {"\"DIR/f\", [\"missing\": 5]", "\"missing\" is a table of strings, not an int"},
+      {"\"DIR/f\", [\"missing\": [5]]", "\"missing\" has strings, not an int"},
       {"\"DIR/f\", [5]", "an option has a name, not an int"},
       {"\"DIR/f\", 5", "it takes a table, not an int"},
       {"5", "it takes a string, not an int"},
@@ -156,6 +173,9 @@ TEST(ReadCsvArray, NumbersComeRowByRowInTheOrderOfTheChosenColumns) {
   EXPECT_EQ(numbers.rows, 2u);
   EXPECT_EQ(numbers.columns, 2u);
   EXPECT_THAT(numbers.elements, ::testing::ElementsAre(2.5, 1, ::testing::IsNan(), 4));
+  format.missing = {"2.5"};
+  EXPECT_THAT(numbers_of_csv(path, format).elements,
+              ::testing::ElementsAre(::testing::IsNan(), 1, ::testing::IsNan(), 4));
 }
 
 // Rows without quotation marks take another way through the reader than rows with one.
@@ -227,6 +247,8 @@ TEST(WriteCsv, WritesColumnsUnderTheirNames) {
       {"[\"a\": [1, 2]], [\"header\": false]", "1\n2\n"},
       {"[\"a\": [1, 2]], [\"header\": [\"c\"]]", "c\n1\n2\n"},
       {"[[1], [2]], [\"header\": [\"c\", \"d;e\"], \"separator\": \";\"]", "c;\"d;e\"\n1;2\n"},
+      {"[\"a\": toy_double(2), \"b\": [\"x\", \"y\"], \"c\": toy_int(2)]", "a,b,c\n0.0,x,0\n1.0,y,1\n"},
+      {"[toy_int(0), []]", ""},
       {"toy_double(2, 2)", "0.0,1.0\n2.0,3.0\n"},
       {"toy_int(3)", "0\n1\n2\n"},
       {"toy_int(0, 2), [\"header\": [\"x\", \"y\"]]", "x,y\n"},
@@ -243,7 +265,9 @@ TEST(WriteCsv, WhatIsNoTable_IsAnErrorAndTheFileStays) {
   const std::pair<const char*, const char*> rows[] = {
       {"5", "it takes a table of columns or an array, not an int"},
       {"[]", "there are no columns"},
-      {"[\"a\": 5]", "column a is an int, not a table"},
+      {"[\"a\": 5]", "column a is an int, not a table or an array"},
+      {"[\"a\": toy_int(2, 2)]", "column a is $xintarray (2, 2), not an array of one axis"},
+      {"[\"a\": [1], \"b\": toy_int(2)]", "column b has 2 values, the first column has 1"},
       {"[\"a\": [1], \"b\": [1, 2]]", "column b has 2 values, the first column has 1"},
       {"[\"a\": [\"k\": 1]]", "column a has keys other than 0, 1, 2, ..."},
       {"[\"a\": [1], 2.5: [1]]", "a column has a name, not a real"},

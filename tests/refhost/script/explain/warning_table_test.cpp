@@ -43,7 +43,7 @@ struct WatchedCall {
 };
 constexpr const char* watched_arrays =
     "d = xones(3); i = xarray(@int, [1, 2, 3]); m = xarray(@int, [[1, 0], [0, 1]]); c = xones(5, 1)\n"
-    "k = xarray(@int, [[1], [2], [3]])\n";
+    "k = xarray(@int, [[1], [2], [3]]); n = d * (0.0 / 0)\n";
 constexpr WatchedCall watched_calls[] = {
     {"draws-without-elements", "xrand", "xrand(0, 1)"},
     {"draws-without-elements", "xrandn", "xrandn(0, 1)"},
@@ -89,6 +89,13 @@ constexpr WatchedCall watched_calls[] = {
     {"unused-order", "xsort", "xsort(d)"},
     {"unused-order", "xpartition", "xpartition(d, 1)"},
     {"unused-order", "xunique", "xunique(d)"},
+    {"order-with-nan", "xsort", "x = xsort(n)"},
+    {"order-with-nan", "xargsort", "xargsort(n)"},
+    {"order-with-nan", "xpartition", "x = xpartition(n, 1)"},
+    {"order-with-nan", "xunique", "x = xunique(n)"},
+    {"order-with-nan", "xmedian", "xmedian(n)"},
+    {"position-with-nan", "xargmin", "xargmin(n)"},
+    {"position-with-nan", "xargmax", "xargmax(n)"},
 };
 
 TEST(WarningRows, OfSeveralFunctions_ComeForEachOfThem) {

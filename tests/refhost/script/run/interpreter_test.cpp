@@ -128,8 +128,9 @@ TEST(Conditions, TakeNumbersAndNilOnly) {
        {"if toy_int(2) then end", "!a condition must be a number, and $xintarray is an array or another object"},
        {"x = not toy_bool(2)",
         "!a condition must be a number, and $xboolarray is an array or another object; m[0] is the first element; "
-        "after "
-        "use \"arrays\", count(m) > 0 asks for any true one, count(m) == len(m) for all"},
+        "after use \"arrays\", count(m) > 0 asks for any true one, count(m) == len(m) for all, and as_int(m) * "
+        "as_int(n) "
+        "joins two arrays"},
        {"for x in toy_int(2) do end",
         "!'for' walks a table or a range, not $xintarray; write for i in range(len(a)), and a[i]"},
        {"x = not toy_int(2)", "!a condition must be a number, and $xintarray is an array or another object"}});

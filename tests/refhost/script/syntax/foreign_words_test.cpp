@@ -61,7 +61,18 @@ TEST(ForeignSigns, LeadToWhatIsWritten) {
        {"x = a @ b", "1:7 unexpected '@'; '@' quotes what follows; a product of matrices is xdot(a, b)"},
        {"x = a[::2]", "1:7 unexpected '::'; a range has no step"},
        {"x = a[1:3:2]", "1:10 unexpected ':'; a range has no step"},
-       {"x = (1, 2)", "1:7 unexpected ','; a table is written [1, 2]"},
+       {"x = (1, 2)",
+        "1:7 unexpected ','; a table is written [1, 2], and arguments need no second parentheses: f(1, 2)"},
+       {"fn f(x, k = 2)\nend", "1:11 a parameter of a fn has no default value; each call gives all arguments"},
+       {"m = ~n", "1:5 unexpected character '~'; a bool array is negated by as_int(m) < 1, after use \"arrays\""},
+       {"x = a & b",
+        "1:7 unexpected character '&'; there are no operators for bits; bool arrays are joined by as_int(m) * "
+        "as_int(n), "
+        "after use \"arrays\""},
+       {"x = a | b",
+        "1:7 unexpected character '|'; there are no operators for bits; bool arrays are joined by as_int(m) + "
+        "as_int(n), "
+        "after use \"arrays\""},
        {"a, b = 1, 2", "1:2 unexpected ','; one variable gets a value at a time: a = 1; b = 2"}});
 }
 
@@ -97,7 +108,8 @@ TEST(ForeignExpressions, LeadToWhatIsWritten) {
        {"x = 5 mod 2", "1:7 unexpected 'mod'; a remainder is written '%'"},
        {"b = a.T", "1:7 there is no '.T'; write transpose(a), after use \"arrays\""},
        {"n = a.ndim + 1", "1:7 there is no '.ndim'; write len(a.shape())"},
-       {"s = a.shape", "1:7 a method is called with parentheses: .shape()"},
+       {"s = a.shape",
+        "1:7 a method is called with parentheses: .shape(); an entry of a table is written t[\"shape\"]"},
        {"x = xsum(a, axis=0)",
         "1:13 a call takes no named arguments; sum_rows(a) and sum_columns(a) sum along an axis, after use "
         "\"arrays\""},
