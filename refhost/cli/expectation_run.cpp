@@ -9,6 +9,7 @@
 #include <set>
 
 #include "cli/expectations.hpp"
+#include "cli/help_page.hpp"
 #include "script/run/interpreter.hpp"
 #include "script/stop/script_end.hpp"
 
@@ -45,6 +46,7 @@ class ExpectationRun {
     InterpreterOptions options;
     options.has_checks = conditions.has_checks;
     options.description = conditions.description;
+    options.pages_folder = pages_folder();
     options.print = [this](const std::string& text, const SourceText& from, std::size_t line) {
       print(text, from.name() == source_->name() ? line : running_line_);
     };

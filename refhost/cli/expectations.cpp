@@ -3,6 +3,7 @@
 #include "cli/expectations.hpp"
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <optional>
@@ -85,6 +86,20 @@ bool are_numbers_met(const Expectation& expectation, const std::string& printed)
   return true;
 }
 
+constexpr const char* form_of_expectations =
+    "an expectation is '# expect: text', '# expect ~tolerance: numbers', '# expect error: text' or "
+    "'# expect warning: text'";
+
+/// Whether a comment is an expectation but for capitals or further signs: `# Expect: 3`, `## expect: 3`.
+bool is_misspelt(std::string_view text) {
+  const std::string_view word = text.substr(std::min(text.find_first_not_of("# "), text.size()));
+  constexpr std::string_view meant = "expect:";
+  const bool is_meant = word.size() >= meant.size() &&
+                        std::equal(meant.begin(), meant.end(), word.begin(),
+                                   [](char a, char b) { return a == std::tolower(static_cast<unsigned char>(b)); });
+  return is_meant && text.substr(0, meant.size()) != meant;
+}
+
 /// A part of a comment that says what a line does.
 struct ExpectingComment {
   std::size_t line;
@@ -112,6 +127,7 @@ std::vector<ExpectingComment> expecting_comments(const SourcePtr& source, const 
       const std::size_t end = next_part(rest);
       std::string_view text = trimmed(rest.substr(0, end));
       rest.remove_prefix(end);
+      if (is_misspelt(text)) throw ScriptError(form_of_expectations, source, comment.span);
       if (!take(text, "expect") || (!text.empty() && std::string_view(" :~").find(text[0]) == std::string_view::npos))
         continue;
       const bool is_of_warning = take(text, " warning:");
@@ -138,11 +154,7 @@ std::map<std::size_t, Expectation> expectations_of(const SourcePtr& source, cons
   for (const ExpectingComment& comment : expecting_comments(source, words)) {
     if (comment.is_of_warning) continue;
     const auto expectation = read(comment.text);
-    if (!expectation)
-      throw ScriptError(
-          "an expectation is '# expect: text', '# expect ~tolerance: numbers', '# expect error: text' or "
-          "'# expect warning: text'",
-          source, comment.span);
+    if (!expectation) throw ScriptError(form_of_expectations, source, comment.span);
     const auto [entry, is_new] = found.try_emplace(comment.line, *expectation);
     if (!is_new) entry->second.text += " " + expectation->text;
   }

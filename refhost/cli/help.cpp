@@ -288,15 +288,16 @@ std::string help_topics() {
       "  help(builtins)     lists the functions of the language\n"
       "  help(arrays)       lists the functions that use \"arrays\" loads\n"
       "  help(keywords)     lists the words that begin and end statements\n\n"
-      "{}\n"
+      "{0}\n"
       "  Tab                completes names, methods after a point, files in quotes\n"
       "  Up, Ctrl-R         bring back inputs, also of earlier sessions\n"
       "  why                explains the last error\n"
       "  Ctrl-C             ends what runs, or drops what is typed; variables stay\n"
       "  exit, Ctrl-D       ends hvm\n\n"
-      "docs/tutorial.md is a start in half an hour. docs/language.md describes the\n"
-      "language, docs/prompt.md the prompt.\n",
-      command_list());
+      "{1}docs/tutorial.md is a start in half an hour.\n"
+      "{1}docs/language.md describes the language,\n"
+      "{1}docs/prompt.md the prompt.\n",
+      command_list(), pages_folder());
 }
 
 std::string help_on(const std::string& name, const HelpSources& sources) {

@@ -70,6 +70,12 @@ std::string page_file(const std::string& page) {
   return {};
 }
 
+std::string pages_folder() {
+  std::error_code error;
+  const fs::path folder = (fs::path(program_folder()) / HVM_WAY_TO_DOCUMENTS / "").lexically_normal();
+  return fs::is_directory(folder / "docs", error) ? folder.string() : std::string();
+}
+
 std::optional<HelpPage> read_page(const std::string& page) {
   const std::string path = page_file(page);
   std::error_code error;

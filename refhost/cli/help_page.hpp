@@ -29,6 +29,10 @@ struct HelpPage {
 /// in the tree in which hvm was built. Empty when it is nowhere.
 std::string page_file(const std::string& page);
 
+/// What stands in front of the path of a page in messages: the folder in which the pages are installed, with its slash.
+/// Empty where they are not: a path is then that of the sources.
+std::string pages_folder();
+
 /// Reads a page; no value when it is not there, or not in the form of a page.
 std::optional<HelpPage> read_page(const std::string& page);
 

@@ -12,6 +12,7 @@
 
 #include "cli/command_line.hpp"
 #include "cli/conformance.hpp"
+#include "cli/help_page.hpp"
 #include "cli/listing.hpp"
 #include "cli/module_loader.hpp"
 #include "cli/process_end.hpp"
@@ -109,6 +110,7 @@ void run_scripts(const Settings& settings, const Module& module, const ModuleDes
   if (comes_by_standard_input(settings)) options.files = FileAccess::without_standard_input;
   options.text_size = terminal_size;
   options.description = &description;
+  options.pages_folder = pages_folder();
   options.explains = settings.explains || !source || settings.stays;
   options.trace = trace;
   Interpreter interpreter(module.functions, options);

@@ -81,6 +81,22 @@ TEST(Messages, OfArgumentsThatDoNotFit_SayWhatTheyAreAndWhatIsWanted) {
   });
 }
 
+TEST(Messages, OfArraysWithoutAxes_SayWhatReadsTheirNumber) {
+  const std::string number = "; x[0] is the number in an array x without axes";
+  expect_messages({
+      {"round(xnorm(xones(4)), 2)", ("round: it takes a number, not $xdoublearray" + number).c_str()},
+      {"t = [1, 2]; t[xargmax(xones(2))]", ("$xintarray is not a key of a table" + number).c_str()},
+      {"t = [1, 2]; has(t, xargmax(xones(2)))", ("has: $xintarray is not a key of a table" + number).c_str()},
+      {"a = xones(2); a[xargmax(a)]", ("an index must be a number, not $xintarray" + number).c_str()},
+      {"xdet(xeye(2)) == 1", ("'==' is not defined for $xdoublearray () and an int" + number + ".").c_str()},
+      {"1 == xdet(xeye(2))", ("'==' is not defined for an int and $xdoublearray ()" + number + ".").c_str()},
+      {"format(\"{:.2f}\", xnorm(xones(4)))",
+       ("format: invalid type specifier; behind the pattern: $xdoublearray" + number).c_str()},
+      {"format(\"{:.2f}\", xones(1))", "format: invalid type specifier; behind the pattern: $xdoublearray"},
+      {"round(xones(1))", "round: it takes a number, not $xdoublearray"},
+  });
+}
+
 TEST(Messages, OfMissingArguments_ShowTheUsage) {
   expect_messages({
       {"xlinspace(1)", "xlinspace: argument 2 is missing: xlinspace(start, stop) or xlinspace(start, stop, count)"},

@@ -7,6 +7,7 @@
 import json
 import os
 import pathlib
+import re
 import shlex
 import shutil
 import subprocess
@@ -76,6 +77,14 @@ class InstalledTree(unittest.TestCase):
         for script in ("tour.hvm", "weather.hvm"):
             self.assert_succeeds(self.hvm, f"examples/{script}", cwd=pages)
         self.assert_succeeds(self.hvm, "masks.hvm", cwd=pages / "examples" / "week")
+
+    def test_messages_name_pages_by_their_place_in_the_tree(self):
+        told = run(self.hvm, "-e", "a = 5 - xarange(3)\nxinv(1)").stderr
+        pages = re.findall(r"^ +page: ([^#\n]*)", told, re.MULTILINE)
+        self.assertEqual([pathlib.Path(page).name for page in pages], ["operator-subtract.md", "xinv.md"], told)
+        for page in pages:
+            self.assertTrue(pathlib.Path(page).is_file(), page)
+            self.assertEqual(pathlib.Path(page).parents[2], self.tree / docdir)
 
     def test_files_that_examples_have_written_are_not_installed(self):
         self.assertTrue(self.written)

@@ -21,7 +21,7 @@ struct MadeCall {
   Value* self;  // of a method, otherwise null
   std::vector<Value>& arguments;
   std::vector<std::string> names = {};            // of variables, and texts of tables; empty for all other arguments
-  std::string self_name = {};           // of the variable that is `self`; empty otherwise
+  std::string self_name = {};                     // of the variable that is `self`; empty otherwise
   std::vector<const Quotation*> quotations = {};  // of the arguments that are quotations; null for all others
 };
 

@@ -152,10 +152,10 @@ std::string sentence_of(const Failure& failure, const DescribedCall& call, const
   return fmt::format("{}: {}; the module threw {}", call.name(), cause, happened.exception);
 }
 
-std::vector<std::string> notes_of(const FunctionEntry& entry) {
+std::vector<std::string> notes_of(const FunctionEntry& entry, const std::string& pages_folder) {
   std::vector<std::string> notes;
   if (!entry.synopsis.empty()) notes.push_back("usage: " + alternatives(entry.synopsis));
-  if (!entry.page.empty()) notes.push_back("page: " + entry.page);
+  if (!entry.page.empty()) notes.push_back("page: " + pages_folder + entry.page);
   return notes;
 }
 
@@ -197,7 +197,7 @@ Failure FailedCalls::explained(const Failure& failure, const ModuleCaller& calle
     const MadeCall made{caller, name, nullptr, operands, names};
     DescribedCall call(*whole, *entry, made, options_.may_ask);
     const std::string remedy = has_ended(failure.message()) ? std::string() : remedy_of_operator(call);
-    Failure result(with_remedy(failure.message(), remedy), {"page: " + entry->page});
+    Failure result(with_remedy(failure.message(), remedy), {"page: " + options_.pages_folder + entry->page});
     if (!options_.explains) return result;
     const bool is_swapped = operation.left.is_number();
     Explanation story{result.message(), {}, {}, remedy, result.notes()};
@@ -222,7 +222,8 @@ Failure FailedCalls::of_described(const Failure& failure, const Description& kno
   // A check that says itself what to write knows the arguments better than a page does.
   const bool has_remedy = happened.outcome == Outcome::refused && has_ended(failure.message());
   const std::string remedy = has_remedy ? std::string() : remedy_of(call, reason.rows);
-  Failure result(with_remedy(sentence_of(failure, call, happened, reason.cause), remedy), notes_of(entry));
+  Failure result(with_remedy(sentence_of(failure, call, happened, reason.cause), remedy),
+                 notes_of(entry, options_.pages_folder));
   if (options_.explains) keep(result, call, std::move(reason.considered), remedy, made.self != nullptr);
   return result;
 }

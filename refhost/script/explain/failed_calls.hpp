@@ -32,6 +32,7 @@ class FailedCalls {
     const ModuleDescription* description = nullptr;  // null: messages stay as they are
     bool may_ask = true;                             // the objects of a failed call for their shapes
     bool explains = false;
+    std::string pages_folder = {};  // in front of the paths of pages, with its slash
   };
 
   /// The last explanation goes to `last`, which must outlive this.

@@ -10,6 +10,10 @@
 namespace hvm {
 namespace {
 
+constexpr std::string_view end_to_end =
+    "append the elements of both to a table t, and write xarray(@double, t); stack(arrays), after use \"arrays\", "
+    "makes rows of them";
+
 // Names that differ from ours by a leading x or by a letter or two are found without this table. Sorted by name.
 constexpr OtherName other_functions[] = {
     {"False", "write false"},
@@ -24,9 +28,9 @@ constexpr OtherName other_functions[] = {
     {"allclose", "write xsum(xabs(a - b)) < 1e-9"},
     {"any", "write count(m) > 0 of a bool array, after use \"arrays\""},
     {"arange", "write xarange(n)"},
-    {"arccos", "write acos(x)"},
-    {"arcsin", "write asin(x)"},
-    {"arctan", "write atan(x)"},
+    {"arccos", "write acos(x) of a number"},
+    {"arcsin", "write asin(x) of a number"},
+    {"arctan", "write atan(x) of a number"},
     {"arctan2", "write atan2(y, x)"},
     {"argwhere", "write where(m), after use \"arrays\""},
     {"asarray", "write xarray(@double, t)"},
@@ -34,7 +38,8 @@ constexpr OtherName other_functions[] = {
     {"average", "write xmean(a)"},
     {"bool", "write @bool for the kind of an array, x != 0 of a number"},
     {"boolean", "write x != 0"},
-    {"concatenate", "write stack(arrays), after use \"arrays\""},
+    {"concat", end_to_end},
+    {"concatenate", end_to_end},
     {"console", "write print(x)"},
     {"contains", "write has(t, key) of a table, find(s, part) != nil of a string"},
     {"convolve", "write moving_average(a, n) for equal weights, after use \"arrays\""},
@@ -99,11 +104,13 @@ constexpr OtherName other_functions[] = {
     {"maximum", "write xmaximum(a, b)"},
     {"min", "write xamin(a)"},
     {"minimum", "write xminimum(a, b)"},
+    {"mod", "write a % b of integers"},
     {"nan", "write 0.0 / 0"},
     {"nanmean", "write xmean(mask(a, xisfinite(a))), after use \"arrays\""},
     {"ndim", "write len(a.shape())"},
     {"nonzero", "write where(m), after use \"arrays\""},
     {"normal", "write xrandn(n)"},
+    {"now", "write clock()"},
     {"np", "write functions alone: xmean(a)"},
     {"null", "write nil"},
     {"numpy", "write functions alone: xmean(a)"},
@@ -136,6 +143,7 @@ constexpr OtherName other_functions[] = {
     {"searchsorted", "write xdigitize(x, a)"},
     {"seed", "leave it out: each process draws the same numbers, and no function changes the seed"},
     {"setdiff1d", "go over the elements of xunique(a) in a loop"},
+    {"sign", "write xsign(a) of an array of doubles"},
     {"size", "write len(x), and a.shape() for all extents of an array"},
     {"solve", "write xsolve(a, b)"},
     {"sorted", "write sort(t) of a table, xsort(a) of an array"},
@@ -160,6 +168,10 @@ constexpr OtherName other_functions[] = {
     {"vdot", "write xvdot(a, b)"},
     {"vstack", "write stack(arrays), after use \"arrays\""},
     {"write", "write write_text(path, text)"},
+    {"xfloor", "write a[i] = floor(a[i]) in a loop over the elements"},
+    {"xlog10", "write xlog(a) / log(10)"},
+    {"xlog2", "write xlog(a) / log(2)"},
+    {"xround", "write a[i] = round(a[i]) in a loop over the elements"},
     {"zip", "write for i in range(len(t)), and t[i], u[i]"},
 };
 
@@ -205,7 +217,9 @@ std::string counterpart(std::string_view name) { return counterpart_in(other_fun
 
 std::string counterpart_of_function(std::string_view name) {
   std::string known = counterpart(name);
-  return known.empty() && !name.empty() && name.front() == 'x' ? counterpart(name.substr(1)) : known;
+  if (!known.empty() || name.empty() || name.front() != 'x') return known;
+  known = counterpart(name.substr(1));
+  return known.empty() ? counterpart_in(methods, name.substr(1)) : known;
 }
 
 std::string counterpart_for_arrays(std::string_view name, const ModuleFunctions& module) {

@@ -75,6 +75,17 @@ Found column(const AnsweredCall& call) {
                              argument_name(call, 0, "a"), whole)};
 }
 
+Found rows_beyond_the_matrix(const AnsweredCall& call) {
+  if (call.arguments.size() < 2) return {};
+  const auto matrix = shape_of(call.caller, call.arguments[0]);
+  const auto right = shape_of(call.caller, call.arguments[1]);
+  const bool are_usual = matrix && right && matrix->size() == 2 && (right->size() == 1 || right->size() == 2);
+  if (!are_usual || right->front() <= matrix->front()) return {};
+  return Finding{
+      fmt::format("xsolve solves for {0} of {1} rows and leaves the last ones of {2} as they are; give {0} rows",
+                  matrix->front(), right->front(), argument_name(call, 1, "b"))};
+}
+
 Found kind_of_product(const AnsweredCall& call) {
   if (call.arguments.size() < 2 || !is_of_kind(call.arguments[1], "double")) return {};
   const std::string a = argument_name(call, 0, "i");

@@ -61,6 +61,8 @@ const std::vector<WarningRow>& warning_table() {
        "docs/functions/xamax.md#result", CallCondition{Sign::odd_extreme, {"xamax"}, largest_of_int64}},
       {"kind-of-product", "xdot(i, d) of integers with doubles drops all fractions; write xdot(xminimum(i, i), d)",
        result_section, CallCondition{Sign::integer_array, {"xdot", "xvdot", "xouter", "xkron"}, kind_of_product}},
+      {"rows-beyond-the-matrix", "xsolve(a, b) leaves rows of b beyond those of a as they are; give as many as a has",
+       "docs/functions/xsolve.md#result", CallCondition{Sign::call, {"xsolve"}, rows_beyond_the_matrix}},
       {"column", "xsum(c) of a column counts the first element in place of the last ones; write c.reshape(n) first",
        result_section, CallCondition{Sign::column, functions_odd_on_columns(), column}},
       {"computes-nothing", "xpow and others give nothing, whatever their arguments are; the page names what does",

@@ -81,6 +81,16 @@ std::vector<std::string> notes_of(const WarningRow& row, const std::string& page
   return {"page: " + page, fmt::format("allow: # allow: {}", row.name)};
 }
 
+/// The first of these that is the name of no warning; empty when there is none.
+std::string unknown_name_in(const std::vector<std::string>& names) {
+  const auto is_known = [](const std::string& name) {
+    const std::vector<WarningRow>& rows = warning_table();
+    return std::any_of(rows.begin(), rows.end(), [&](const WarningRow& row) { return row.name == name; });
+  };
+  const auto unknown = std::find_if_not(names.begin(), names.end(), is_known);
+  return unknown == names.end() ? std::string() : *unknown;
+}
+
 std::size_t settled_place(const SourceText* source, std::size_t offset, const WarningRow& row) {
   const auto mixed =
       reinterpret_cast<std::uintptr_t>(source) / 16 + offset * 31 + reinterpret_cast<std::uintptr_t>(&row);
@@ -118,6 +128,8 @@ void watch_for(Sign sign, std::size_t row, Warnings::Watch& watch) {
 std::string Warning::report() const {
   std::string text = warning_report(message, *source, span);
   for (const std::string& note : notes_of(row, page)) text += fmt::format("  {}\n", note);
+  if (!unknown_name.empty())
+    text += fmt::format("  the line allows '{}', and no warning has this name\n", unknown_name);
   return text;
 }
 
@@ -272,14 +284,16 @@ void Warnings::tell(const WarningRow& row, Finding finding, const SourcePtr& run
   if (is_allowed) return;
   const bool is_error = options_.mode == WarningMode::error;
   if (!is_error && !told.lines.emplace(line, &row).second) return;
-  const std::string page = finding.page.empty() ? page_for(row.page, function) : std::move(finding.page);
+  const std::string page =
+      options_.pages_folder + (finding.page.empty() ? page_for(row.page, function) : std::move(finding.page));
   if (options_.explains) keep_story(row, finding.message, page, caller, values);
   if (is_error) {
     ScriptError error(std::move(finding.message), source, place);
     error.set_notes(notes_of(row, page));
     throw error;
   }
-  options_.warn({row, std::move(finding.message), page, source, place, options_.explains ? &last_ : nullptr});
+  options_.warn({row, std::move(finding.message), page, source, place, options_.explains ? &last_ : nullptr,
+                 allowed == told.allowed.end() ? std::string() : unknown_name_in(allowed->second)});
 }
 
 void Warnings::keep_story(const WarningRow& row, const std::string& message, const std::string& page,

@@ -29,6 +29,7 @@ struct Warning {
   SourcePtr source;
   Span span;
   const Explanation* explanation;  // null unless stories are kept
+  std::string unknown_name = {};   // that the line allows, and no warning has; empty: there is none
 
   std::size_t line() const { return source->line(span.begin); }
   /// The line and a caret, as of an error, with the page and the comment that suppresses the warning.
@@ -47,6 +48,7 @@ class Warnings {
     WarningMode mode = WarningMode::on;
     Warn warn = {};
     bool explains = false;
+    std::string pages_folder = {};  // in front of the paths of pages, with its slash
   };
 
   /// Does nothing unless `module` is the module of arrays. The last explanation goes to `last`, which must outlive

@@ -6,12 +6,14 @@
 
 #include "script/data/text_input.hpp"
 #include "script/explain/other_names.hpp"
+#include "script/module/array_module.hpp"
 #include "script/text/value_kinds.hpp"
 
 namespace hvm {
 
 void fail_kind(const BuiltinCall& call, const char* wanted, const Value& value) {
-  const std::string instead = value.is_object() ? counterpart_for_arrays(call.name, call.module) : std::string();
+  std::string instead = number_in_array(call.caller, value);
+  if (instead.empty() && value.is_object()) instead = counterpart_for_arrays(call.name, call.module);
   call.fail(fmt::format("it takes {}, not {}{}", wanted, kind_in_words(value), instead));
 }
 
@@ -45,7 +47,8 @@ HostHash* table_argument(const BuiltinCall& call, std::size_t i) {
 
 const HostValue& key_argument(const BuiltinCall& call, std::size_t i) {
   const Value& key = call.arguments[i];
-  if (!is_key(key.record())) call.fail(fmt::format("{} is not a key of a table", kind_in_words(key)));
+  if (!is_key(key.record()))
+    call.fail(fmt::format("{} is not a key of a table{}", kind_in_words(key), number_in_array(call.caller, key)));
   return key.record();
 }
 

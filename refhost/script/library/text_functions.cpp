@@ -14,7 +14,9 @@
 #include <vector>
 
 #include "script/library/arguments.hpp"
+#include "script/module/array_module.hpp"
 #include "script/syntax/unicode.hpp"
+#include "script/text/value_kinds.hpp"
 
 namespace hvm {
 namespace {
@@ -100,6 +102,18 @@ void add_argument(FormatArguments& arguments, const BuiltinCall& call, const Val
   arguments.push_back(std::isnan(x.real) ? std::numeric_limits<double>::quiet_NaN() : x.real);
 }
 
+/// The values that a pattern is filled with, for the end of a message; empty where there are none.
+std::string formatted_values(const BuiltinCall& call) {
+  std::vector<std::string> kinds;
+  std::string number;
+  for (std::size_t i = 1; i < call.count(); ++i) {
+    kinds.push_back(kind_in_words(call.arguments[i]));
+    if (number.empty()) number = number_in_array(call.caller, call.arguments[i]);
+  }
+  if (kinds.empty()) return {};
+  return fmt::format("; behind the pattern: {}{}", fmt::join(kinds, ", "), number);
+}
+
 Value format(const BuiltinCall& call) {
   const std::string pattern(text_argument(call, 0));
   FieldCheck fields(call, pattern);
@@ -110,7 +124,7 @@ Value format(const BuiltinCall& call) {
   try {
     return Value(fmt::vformat(pattern, arguments));
   } catch (const fmt::format_error& error) {
-    call.fail(error.what());
+    call.fail(error.what() + formatted_values(call));
   }
 }
 

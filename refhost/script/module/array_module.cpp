@@ -65,8 +65,7 @@ void require_sound(const Extents& extents) {
 std::string advice(BinaryOperator op, const std::optional<std::string>& left, const std::optional<std::string>& right) {
   if (left == "bool" || right == "bool") return ": a bool array takes '*=' with a number, and no other operator";
   if (!left && !right) return "";
-  if (op == BinaryOperator::equal || op == BinaryOperator::not_equal)
-    return ": it compares whole arrays of one kind; '<=' and '>=' compare element by element, with a number as well";
+  if (op == BinaryOperator::equal || op == BinaryOperator::not_equal) return ": it compares whole arrays of one kind";
   const bool has_doubles = left == "double" || right == "double";
   if (op == BinaryOperator::remainder && has_doubles) return ": doubles have no remainder";
   return "";
@@ -295,6 +294,12 @@ Value double_matrix(const ModuleCaller& caller, const ModuleFunctions& module, s
   return matrix;
 }
 
+std::string number_in_array(const ModuleCaller& caller, const Value& value) {
+  Value array = value;
+  const auto shape = kind_of_array(array) ? shape_of(caller, array) : std::nullopt;
+  return shape && shape->empty() ? "; x[0] is the number in an array x without axes" : "";
+}
+
 std::string described(const ModuleCaller& caller, Value& value) {
   if (!value.is_object()) return kind_in_words(value);
   const auto shape = shape_of(caller, value);
@@ -308,8 +313,10 @@ std::string undefined_operator(const ModuleCaller& caller, const std::string& na
   if (left_kind && right_kind && left_kind != right_kind)
     return fmt::format("{} array {} {} array: the kinds differ, and only arrays of one kind combine", *left_kind, name,
                        *right_kind);
+  const std::string number = number_in_array(caller, left_kind ? left : right);
+  const bool is_beside_number = left.is_number() || right.is_number();
   return fmt::format("'{}' is not defined for {} and {}{}", name, described(caller, left), described(caller, right),
-                     advice(op, left_kind, right_kind));
+                     is_beside_number && !number.empty() ? number + "." : advice(op, left_kind, right_kind));
 }
 
 std::string thrown_operator(const ModuleCaller& caller, const std::string& message, Value& left, Value& right) {
@@ -371,9 +378,11 @@ void ArrayChecks::operation(const ModuleCaller& caller, BinaryOperator op, Value
 bool ArrayChecks::indices(const ModuleCaller& caller, Value& object, ValueSpan indices) const {
   if (!are_on_) return false;
   for (const Value& index : indices)
-    if (!index.is_number())
+    if (!index.is_number()) {
+      const std::string number = number_in_array(caller, index);
       throw Failure(fmt::format("an index must be a number, not {}{}", kind_in_words(index),
-                                selection_for(kind_of_array(index))));
+                                number.empty() ? selection_for(kind_of_array(index)) : number));
+    }
   const Extents* extents = extents_of(caller, object);
   if (!extents) return false;
   require_sound(*extents);

@@ -70,6 +70,9 @@ std::optional<std::string> element_text(const ModuleCaller& caller, Value& objec
 Value double_matrix(const ModuleCaller& caller, const ModuleFunctions& module, std::size_t rows, std::size_t columns,
                     const std::function<double()>& next);
 
+/// What reads the number of an array without axes, for the end of a message; empty for anything else.
+std::string number_in_array(const ModuleCaller& caller, const Value& value);
+
 /// The value in words for messages: `an int`, `a table`, `$xintarray (2, 3)`.
 std::string described(const ModuleCaller& caller, Value& value);
 

@@ -6,6 +6,7 @@
 
 #include "script/library/characters.hpp"
 #include "script/library/table_circles.hpp"
+#include "script/module/array_module.hpp"
 #include "script/text/number_text.hpp"
 #include "script/text/value_kinds.hpp"
 
@@ -67,14 +68,20 @@ void Elements::write(const ElementAssignment& form, Value& container, ValueSpan 
 }
 
 void Elements::write_entry(Value& table, const Value& key, const Value& value, Span key_span) const {
-  if (!is_key(key.record())) site_.fail(fmt::format("{} is not a key of a table", kind_in_words(key)), key_span);
+  require_key(key, key_span);
   set_entry(table_of(table.record()), key.record(), value.record());
+}
+
+void Elements::require_key(const Value& key, Span span) const {
+  if (!is_key(key.record()))
+    site_.fail(fmt::format("{} is not a key of a table{}", kind_in_words(key),
+                           number_in_array(untraced(site_.caller(span)), key)),
+               span);
 }
 
 void Elements::require_one_key(ValueSpan indices, Span span) const {
   if (indices.size() != 1) site_.fail("a table takes one key", span);
-  if (!is_key(indices[0].record()))
-    site_.fail(fmt::format("{} is not a key of a table", kind_in_words(indices[0])), span);
+  require_key(indices[0], span);
 }
 
 void Elements::require_no_circle(const ElementAssignment& form, const Value& table, const Value& value) const {

@@ -26,6 +26,7 @@ class Elements {
   void write_entry(Value& table, const Value& key, const Value& value, Span key_span) const;
 
  private:
+  void require_key(const Value& key, Span span) const;
   void require_one_key(ValueSpan indices, Span span) const;
   void require_no_circle(const ElementAssignment& form, const Value& table, const Value& value) const;
 

@@ -32,6 +32,7 @@ struct InterpreterOptions {
   std::function<TextSize()> text_size = {};  // of pictures; the default without it
   /// Of the module's functions; null: there is none. It must outlive the interpreter.
   const ModuleDescription* description = nullptr;
+  std::string pages_folder = {};  // in front of the paths of pages, with its slash; empty: as they are in the sources
   WarningMode warnings = WarningMode::on;
   bool explains = false;   // keep the whole story of errors and warnings
   Trace* trace = nullptr;  // tells the calls of the module; it must outlive the interpreter

@@ -145,7 +145,7 @@ Value plain_binary(BinaryOperator op, const Value& left, const Value& right) {
   }
   const bool joins = op == BinaryOperator::add && (left.is_string() || right.is_string());
   throw Failure(fmt::format("'{}' is not defined for {} and {}{}", spelling(op), kind_in_words(left),
-                            kind_in_words(right), joins ? "; str(x) makes a string of x" : ""));
+                            kind_in_words(right), joins ? "; str(x) makes a string of x, number(s) a number of s" : ""));
 }
 
 }  // namespace hvm

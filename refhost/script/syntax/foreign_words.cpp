@@ -148,6 +148,7 @@ constexpr Row table[] = {
     {ForeignPlace::header, "loop", block_words},
     {ForeignPlace::loop, "(", a_loop},
     {ForeignPlace::loop, "=", a_loop},
+    {ForeignPlace::sequence, ":", "a loop over numbers is written for i in range(1, 4)"},
     {ForeignPlace::parenthesis, ",", "a table is written [1, 2], and arguments need no second parentheses: f(1, 2)"},
     {ForeignPlace::index, ":", "a range has no step"},
 
@@ -156,6 +157,7 @@ constexpr Row table[] = {
     {ForeignPlace::member, "ndim", "write len(a.shape())"},
     {ForeignPlace::member, "dtype", "write type(a)"},
     {ForeignPlace::member, "length", "write len(a)"},
+    {ForeignPlace::member, "pi", "write 3.141592653589793"},
 
     {ForeignPlace::argument, "axis", "sum_rows(a) and sum_columns(a) sum along an axis, after use \"arrays\""},
     {ForeignPlace::argument, "dtype", "the kind is the first argument of xarray: xarray(@double, t)"},

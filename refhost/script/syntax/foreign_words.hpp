@@ -20,6 +20,7 @@ enum class ForeignPlace {
   statement_end,  // at the end of a statement, as a sign
   header,         // behind the condition of a block
   loop,           // behind 'for', and behind its variable
+  sequence,       // behind what a loop walks
   parenthesis,    // in parentheses around a value
   index,          // in the brackets of an index
   member,         // behind '.', without parentheses

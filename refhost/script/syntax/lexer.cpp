@@ -224,7 +224,9 @@ class Lexer {
     if (c < 0x20 || c == 0x7F) fail(fmt::format("unexpected control character 0x{:02X}", c), at_, at_ + 1);
     std::size_t end = at_ + 1;
     while (end < text_.size() && (static_cast<unsigned char>(text_[end]) & 0xC0) == 0x80) ++end;
-    fail(fmt::format("unexpected character '{}'", text_.substr(at_, end - at_)), at_, end);
+    fail(fmt::format("unexpected character '{}'{}", text_.substr(at_, end - at_),
+                     c < 0x80 ? "" : "; names have letters from a to z, digits and '_'"),
+         at_, end);
   }
 
   SourcePtr source_;

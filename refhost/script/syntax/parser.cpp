@@ -201,9 +201,14 @@ class Parser {
 
   ExpressionPtr condition() {
     ExpressionPtr parsed = expressions_.expression();
+    end_of_header();
+    return parsed;
+  }
+
+  void end_of_header() {
     const bool has_word = cursor_.accept(TokenKind::kw_then) || cursor_.accept(TokenKind::kw_do);
     const bool has_end = cursor_.is_at(TokenKind::newline) || cursor_.is_at(TokenKind::semicolon);
-    if (has_word || has_end) return parsed;
+    if (has_word || has_end) return;
     cursor_.refuse_foreign(ForeignPlace::header);
     cursor_.fail_expected("the end of the line, ';', 'then' or 'do'");
   }
@@ -244,8 +249,17 @@ class Parser {
     if (cursor_.is_at(TokenKind::assign)) cursor_.refuse_foreign(ForeignPlace::loop);
     if (cursor_.accept(TokenKind::comma)) parsed.key = std::exchange(parsed.variable, assigned_variable());
     cursor_.expect(TokenKind::kw_in, "after the variable");
-    parsed.sequence = condition();
+    parsed.sequence = sequence();
     parsed.body = loop_body(opening);
+    return parsed;
+  }
+
+  /// What a loop walks. `1:3` looks like a block that begins behind a colon.
+  ExpressionPtr sequence() {
+    ExpressionPtr parsed = expressions_.expression();
+    if (cursor_.is_at(TokenKind::colon) && !cursor_.is_before(TokenKind::newline))
+      cursor_.refuse_foreign(ForeignPlace::sequence);
+    end_of_header();
     return parsed;
   }
 
@@ -359,6 +373,7 @@ class Parser {
       if (!cursor_.accept(TokenKind::comma)) break;
     }
     cursor_.close("or ',' after the parameter");
+    if (cursor_.is_at(TokenKind::assign)) cursor_.fail("the statements of a fn follow, and then 'end': return x * 2");
     function.parameter_count = locals_->size();
   }
 

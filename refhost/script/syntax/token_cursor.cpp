@@ -159,6 +159,14 @@ bool TokenCursor::is_named_argument() const {
   return is_call && begins_argument;
 }
 
+/// Whether the innermost open bracket is that of a table, not of an index, which stands behind a value.
+bool TokenCursor::is_in_table() const {
+  if (open_.empty() || tokens_[open_.back()].kind != TokenKind::left_bracket) return false;
+  if (open_.back() == 0) return true;
+  const TokenKind before = tokens_[open_.back() - 1].kind;
+  return before != TokenKind::name && before != TokenKind::right_bracket && before != TokenKind::right_paren;
+}
+
 void TokenCursor::fail_named_argument() const {
   const std::size_t opening = open_.back();
   if (opening > 1 && tokens_[opening - 2].kind == TokenKind::kw_fn)
@@ -172,6 +180,7 @@ void TokenCursor::fail_expected(const std::string& what) const {
   if (!open_.empty() && !is_closed_later()) fail_unclosed();
   refuse_foreign_forms();
   if (is_named_argument()) fail_named_argument();
+  if (is_at(TokenKind::assign) && is_in_table()) fail("an entry of a table is written \"key\": value");
   if (is_at(TokenKind::assign)) fail("an assignment is not an expression; did you mean ==");
   if (is_assignment(current().kind)) fail("an assignment is not an expression");
   const bool is_end = is_at(TokenKind::end_of_source);

@@ -22,6 +22,8 @@ class TokenCursor {
   /// The token before the current one; the current one at the beginning.
   const Token& previous() const { return tokens_[at_ > 0 ? at_ - 1 : 0]; }
   bool is_at(TokenKind kind) const { return current().kind == kind; }
+  /// Whether a token of this kind follows the current one.
+  bool is_before(TokenKind kind) const { return at_ + 1 < tokens_.size() && tokens_[at_ + 1].kind == kind; }
   Token take();
   /// Steps over a token of this kind; false when the current one is another.
   bool accept(TokenKind kind);
@@ -59,6 +61,7 @@ class TokenCursor {
   [[noreturn]] void fail_unclosed() const;
   [[noreturn]] void fail_named_argument() const;
   bool is_named_argument() const;
+  bool is_in_table() const;
   void refuse_foreign_joined(std::size_t index) const;
   void refuse_foreign_forms() const;
 

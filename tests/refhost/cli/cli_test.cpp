@@ -49,7 +49,8 @@ TEST(CommandLine, ScriptError_GivesStatusOneAndThePlace) {
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.out, "1\n");
   EXPECT_EQ(outcome.err, script +
-                             ":3:9: error: '+' is not defined for an int and a string; str(x) makes a string of x\n" +
+                             ":3:9: error: '+' is not defined for an int and a string; str(x) makes a string of x, "
+                             "number(s) a number of s\n" +
                              "      y = x + \"a\"\n            ^\n");
 }
 

@@ -13,6 +13,7 @@ namespace hvm::testing {
 namespace {
 
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 // ---- How warnings are told
 
@@ -23,6 +24,13 @@ TEST(Warnings, HaveALineACaretAPageAndAWayBack) {
             "test.hvm:2:9: warning: 5 - a computes a - 5: with a number the array stands on the left; write a * -1 + "
             "5\n      b = 5 - a\n            ^\n  page: docs/functions/operator-subtract.md#result\n"
             "  allow: # allow: number-on-the-left\n");
+}
+
+TEST(Warnings, NameWhatTheirLineAllowsAndNoWarningIs) {
+  const auto report = [](const std::string& comment) { return run("5 - xarange(3) " + comment).warnings.at(0).report; };
+  EXPECT_THAT(report("# allow: column, number-on-left"),
+              HasSubstr("\n  the line allows 'number-on-left', and no warning has this name\n"));
+  EXPECT_THAT(report("# allow: column"), Not(HasSubstr("the line allows")));
 }
 
 TEST(Warnings, OfADataLiteral_PointAtTheElement) {

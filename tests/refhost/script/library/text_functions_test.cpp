@@ -14,13 +14,14 @@ TEST(TextFunctions, Format_FollowsFmt) {
        {R"(print(format("{:x} {:#x} {:b} {:o} {:X} {:c}", 255, 255, 5, 8, 171, 65)))", "ff 0xff 101 10 AB A"},
        {R"(print(format("{:.3f} {:8.2f} {:e} {:g} {:.0f} {:.0f} {:%}", 1.0 / 3, 2.0, 12345.678, 1e-7, 0.5, 2.5,
   1)))",
-        "!format: invalid type specifier"},
+        "!format: invalid type specifier; behind the pattern: a real, a real, a real, a real, a real, a real, an int"},
        {R"(print(format("{:.3f} {:8.2f} {:e} {:g} {:.0f} {:.0f}", 1.0 / 3, 2.0, 12345.5, 1e-7, 0.5, 2.5)))",
         "0.333     2.00 1.234550e+04 1e-07 0 2"},
        {R"(print(format("{0:.2f} {1:.1e} {2:g} {0:08.3f}|{3:.0f}", 3, -250L, 7, 9007199254740993L)))",
         "3.00 -2.5e+02 7 0003.000|9007199254740992"},
        {R"(print(format("{:.{}f} {:f} {:a>4}", 3, 1, 2, 5)))", "3.0 2.000000 aaa5"},
-       {R"(print(format("{:{0}}", 1, 2)))", "!format: cannot switch from automatic to manual argument indexing"},
+       {R"(print(format("{:{0}}", 1, 2)))",
+        "!format: cannot switch from automatic to manual argument indexing; behind the pattern: an int, an int"},
        {R"(print(format("{:{}}|{:.{}f}|", 7, 4, 1.0, 3), format("{1:{0}}|", 4, 7L)))", "   7|1.000|    7|"},
        {R"(print(format("{:>4}|{:.2}|{:π>3}|", "π", "äöü", "x")))", "   π|äö|ππx|"},
        {R"(print(format("{:5}|", w"wide"), format(w"{}", 1)))", "wide | 1"}});
@@ -34,26 +35,28 @@ TEST(TextFunctions, Format_OfARealWithoutASpec_IsTheShortestThatReadsBack) {
 TEST(TextFunctions, Format_OfOtherValues_TakesTheirPrintedText) {
   expect_outputs({{R"(print(format("{}|{:>6}|{:.2}", [1, "a", 2.0], nil, [1])))", "[1, \"a\", 2.0]|   nil|[1"},
                   {R"(print(format("{}", toy_int(2)) == format("{}", toy_int(2))))", "1"},
-                  {R"(print(format("{:d}", [1])))", "!format: invalid type specifier"}});
+                  {R"(print(format("{:d}", [1])))", "!format: invalid type specifier; behind the pattern: a table"}});
 }
 
 TEST(TextFunctions, Format_OfABadPattern_GivesTheCauseOfFmt) {
-  expect_outputs({{R"(format("{"))", "!format: invalid format string"},
-                  {R"(format("}"))", "!format: unmatched '}' in format string"},
-                  {R"(format("{} {}", 1))", "!format: argument not found"},
-                  {R"(format("{1}", 1))", "!format: argument not found"},
-                  {R"(format("{name}", 1))", "!format: argument not found"},
-                  {R"(format("{:{}}", 1))", "!format: argument not found"},
-                  {R"(format("{:d}", 1.5))", "!format: invalid type specifier"},
-                  {R"(format("{:x}", "a"))", "!format: invalid type specifier"},
-                  {R"(format("{:{}}", 1, 2.0))", "!format: width is not integer"},
-                  {R"(format("{:{}}", 1, -2))", "!format: negative width"},
-                  {R"(format("{0} {}", 1, 2))", "!format: cannot switch from manual to automatic argument indexing"},
-                  {R"(format("{:.3}", 1))", "!format: precision not allowed for this argument type"},
-                  {R"(format("{99999999999}", 1))", "!format: argument not found"},
-                  {R"(format("{:" + "{" * 1000, 1))", "!format: invalid format string"},
-                  {"format(5)", "!format: it takes a string, not an int"},
-                  {"format()", "!format: it takes at least 1 argument, not 0"}});
+  expect_outputs(
+      {{R"(format("{"))", "!format: invalid format string"},
+       {R"(format("}"))", "!format: unmatched '}' in format string"},
+       {R"(format("{} {}", 1))", "!format: argument not found; behind the pattern: an int"},
+       {R"(format("{1}", 1))", "!format: argument not found; behind the pattern: an int"},
+       {R"(format("{name}", 1))", "!format: argument not found; behind the pattern: an int"},
+       {R"(format("{:{}}", 1))", "!format: argument not found; behind the pattern: an int"},
+       {R"(format("{:d}", 1.5))", "!format: invalid type specifier; behind the pattern: a real"},
+       {R"(format("{:x}", "a"))", "!format: invalid type specifier; behind the pattern: a string"},
+       {R"(format("{:{}}", 1, 2.0))", "!format: width is not integer; behind the pattern: an int, a real"},
+       {R"(format("{:{}}", 1, -2))", "!format: negative width; behind the pattern: an int, an int"},
+       {R"(format("{0} {}", 1, 2))",
+        "!format: cannot switch from manual to automatic argument indexing; behind the pattern: an int, an int"},
+       {R"(format("{:.3}", 1))", "!format: precision not allowed for this argument type; behind the pattern: an int"},
+       {R"(format("{99999999999}", 1))", "!format: argument not found; behind the pattern: an int"},
+       {R"(format("{:" + "{" * 1000, 1))", "!format: invalid format string; behind the pattern: an int"},
+       {"format(5)", "!format: it takes a string, not an int"},
+       {"format()", "!format: it takes at least 1 argument, not 0"}});
 }
 
 TEST(TextFunctions, Format_OfGiganticFields_Fails) {

@@ -48,7 +48,8 @@ TEST(Strings, AreJoinedAndCompared) {
                   {"print(len(\"abc\"), len(w\"\\u{e4}\"), type(w\"x\" + \"y\"))", "3 1 string"},
                   {"print(w\"\\u{1F600}\" + \"!\")", "\xF0\x9F\x98\x80!"},
                   {"print(\"a\" == 1, \"a\" != 1)", "0 1"},
-                  {"print(\"a\" + 1)", "!'+' is not defined for a string and an int; str(x) makes a string of x"},
+                  {"print(\"a\" + 1)",
+                   "!'+' is not defined for a string and an int; str(x) makes a string of x, number(s) a number of s"},
                   {"print(\"a\"[0][0])", "a"}});
 }
 

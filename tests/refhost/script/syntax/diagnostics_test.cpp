@@ -11,7 +11,8 @@ namespace {
 
 TEST(Diagnostics, Report_ShowsTheLineWithACaretUnderTheCharacter) {
   EXPECT_EQ(error_of("a = 1\n\tx\xC3\xA9 = 2").report(),
-            "test.hvm:2:3: error: unexpected character '\xC3\xA9'\n    \tx\xC3\xA9 = 2\n    \t ^\n");
+            "test.hvm:2:3: error: unexpected character '\xC3\xA9'; names have letters from a to z, digits and '_'\n    "
+            "\tx\xC3\xA9 = 2\n    \t ^\n");
 }
 
 TEST(Diagnostics, Report_CutsLongLinesAroundTheCaret) {

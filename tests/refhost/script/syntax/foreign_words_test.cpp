@@ -78,21 +78,23 @@ TEST(ForeignSigns, LeadToWhatIsWritten) {
 
 TEST(ForeignBlocks, LeadToWhatIsWritten) {
   const std::string colon = "unexpected ':'; " + a_block;
-  expect_errors({{"if 1:\nx = 1\nend", "1:5 " + colon},
-                 {"while 1:\nend", "1:8 " + colon},
-                 {"for i in range(3):\nend", "1:18 " + colon},
-                 {"fn f(x):\nend", "1:8 " + colon},
-                 {"if 1\nelse:\nend", "2:5 " + colon},
-                 {"try:\ncatch e\nend", "1:4 " + colon},
-                 {"if 1 begin\nend", "1:6 unexpected 'begin'; " + a_block},
-                 {"for (i = 0; i < 3; i += 1) print(i) end", "1:5 unexpected '('; " + a_loop},
-                 {"for i = 1, 3 do print(i) end", "1:7 unexpected '='; " + a_loop},
-                 {"if 1 { x = 1 }",
-                  "1:6 unexpected character '{'; a block has no braces and ends with 'end'; a table is written [1, 2] "
-                  "or [\"key\": 1]"},
-                 // Where header and body are not separated, all that separates them is named.
-                 {"for i in range(3) print(i) end",
-                  "1:19 the end of the line, ';', 'then' or 'do' expected, but here is a name"}});
+  expect_errors(
+      {{"if 1:\nx = 1\nend", "1:5 " + colon},
+       {"while 1:\nend", "1:8 " + colon},
+       {"for i in range(3):\nend", "1:18 " + colon},
+       {"fn f(x):\nend", "1:8 " + colon},
+       {"if 1\nelse:\nend", "2:5 " + colon},
+       {"try:\ncatch e\nend", "1:4 " + colon},
+       {"if 1 begin\nend", "1:6 unexpected 'begin'; " + a_block},
+       {"for (i = 0; i < 3; i += 1) print(i) end", "1:5 unexpected '('; " + a_loop},
+       {"for i = 1, 3 do print(i) end", "1:7 unexpected '='; " + a_loop},
+       {"for i in 1:3 do print(i) end", "1:11 unexpected ':'; a loop over numbers is written for i in range(1, 4)"},
+       {"if 1 { x = 1 }",
+        "1:6 unexpected character '{'; a block has no braces and ends with 'end'; a table is written [1, 2] "
+        "or [\"key\": 1]"},
+       // Where header and body are not separated, all that separates them is named.
+       {"for i in range(3) print(i) end",
+        "1:19 the end of the line, ';', 'then' or 'do' expected, but here is a name"}});
 }
 
 TEST(ForeignExpressions, LeadToWhatIsWritten) {
@@ -114,7 +116,7 @@ TEST(ForeignExpressions, LeadToWhatIsWritten) {
         "1:13 a call takes no named arguments; sum_rows(a) and sum_columns(a) sum along an axis, after use "
         "\"arrays\""},
        {"x = f(n = 3)", "1:9 an assignment is not an expression, and a call takes no named arguments; did you mean =="},
-       {"x = [n = 3]", "1:8 an assignment is not an expression; did you mean =="}});
+       {"x = [n = 3]", "1:8 an entry of a table is written \"key\": value"}});
 }
 
 // A script may use all of these words as names.
