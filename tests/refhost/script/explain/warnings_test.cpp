@@ -26,6 +26,23 @@ TEST(Warnings, HaveALineACaretAPageAndAWayBack) {
             "  allow: # allow: number-on-the-left\n");
 }
 
+// What is asked for a warning may fail; the script goes on.
+TEST(Warnings, WithoutMemoryForTheLookAtNaN_AreNotTold) {
+  int told_nothing = 0;
+  for (int nth = 1;; ++nth) {
+    fail_allocation(nth);
+    const ToldRun result = run("a = xarange(3) * (0.0 / 0); b = xsort(a); print(1)");
+    const bool has_failed = allocation_has_failed();
+    fail_allocation(0);
+    const bool is_right = result.output == "1";
+    EXPECT_TRUE(is_right || result.output.front() == '!') << result.output;
+    told_nothing += is_right && result.warnings.empty();
+    if (!has_failed) break;
+    ASSERT_LT(nth, 1000);
+  }
+  EXPECT_GE(told_nothing, 1) << "no allocation of the look failed";
+}
+
 TEST(Warnings, NameWhatTheirLineAllowsAndNoWarningIs) {
   const auto report = [](const std::string& comment) { return run("5 - xarange(3) " + comment).warnings.at(0).report; };
   EXPECT_THAT(report("# allow: column, number-on-left"),
