@@ -296,7 +296,7 @@ Value double_matrix(const ModuleCaller& caller, const ModuleFunctions& module, s
 
 std::string number_in_array(const ModuleCaller& caller, const Value& value) {
   Value array = value;
-  const auto shape = kind_of_array(array) ? shape_of(caller, array) : std::nullopt;
+  const auto shape = kind_of_array(array) ? shape_of(untraced(caller), array) : std::nullopt;
   return shape && shape->empty() ? "; x[0] is the number in an array x without axes" : "";
 }
 
