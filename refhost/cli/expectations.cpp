@@ -92,12 +92,11 @@ constexpr const char* form_of_expectations =
 
 /// Whether a comment is an expectation but for capitals or further signs: `# Expect: 3`, `## expect: 3`.
 bool is_misspelt(std::string_view text) {
-  const std::string_view word = text.substr(std::min(text.find_first_not_of("# "), text.size()));
-  constexpr std::string_view meant = "expect:";
-  const bool is_meant = word.size() >= meant.size() &&
-                        std::equal(meant.begin(), meant.end(), word.begin(),
-                                   [](char a, char b) { return a == std::tolower(static_cast<unsigned char>(b)); });
-  return is_meant && text.substr(0, meant.size()) != meant;
+  const std::size_t begin = std::min(text.find_first_not_of("# "), text.size());
+  std::string word(text.substr(begin, text.find(':') - begin));
+  std::transform(word.begin(), word.end(), word.begin(), [](unsigned char c) { return std::tolower(c); });
+  const bool is_meant = word == "expect" || word == "expect error" || word == "expect warning";
+  return is_meant && text.find(':') != std::string_view::npos && text.substr(0, word.size()) != word;
 }
 
 /// A part of a comment that says what a line does.

@@ -294,9 +294,9 @@ std::string help_topics() {
       "  why                explains the last error\n"
       "  Ctrl-C             ends what runs, or drops what is typed; variables stay\n"
       "  exit, Ctrl-D       ends hvm\n\n"
-      "{1}docs/tutorial.md is a start in half an hour.\n"
-      "{1}docs/language.md describes the language,\n"
-      "{1}docs/prompt.md the prompt.\n",
+      "A start in half an hour: {1}docs/tutorial.md\n"
+      "The language:            {1}docs/language.md\n"
+      "The prompt:              {1}docs/prompt.md\n",
       command_list(), pages_folder());
 }
 

@@ -76,6 +76,11 @@ TEST(Messages, OfArgumentsThatDoNotFit_SayWhatTheyAreAndWhatIsWanted) {
        "xsqrt: argument 1 must be an array of ints, int64s or doubles; this is a real. "
        "Write sqrt(a), or make an array of it with xarray(@double, [a])."},
       {"xzeros(2, \"3\")", "xzeros: argument 2 must be a number; this is a string. Pass numbers."},
+      {"xarray([1, 2])",
+       "xarray: argument 1 must be a quotation; this is a table. Name the kind first: xarray(@double, [1, 2])."},
+      {"xpow(2, 3)",
+       "xpow: argument 1 must be an object; this is an int. Use power(a, p) of use \"arrays\", or pow(x, y) of "
+       "numbers."},
       {"shape = [2, 3]; xzeros(shape)",
        "xzeros: argument 1 must be a number; this is a table. Pass each extent as an argument of its own."},
   });

@@ -145,7 +145,7 @@ std::string without_nan(const AnsweredCall& call) {
 
 }  // namespace
 
-std::vector<std::string_view> functions_of_an_order() { return functions_of(of_nan); }
+std::vector<std::string_view> functions_that_order_elements() { return functions_of(of_nan); }
 
 Found order_with_nan(const AnsweredCall& call) {
   if (call.arguments.empty() || !is_of_kind(call.arguments[0], "double") || !holds_nan(call, call.arguments[0]))

@@ -19,7 +19,7 @@ Found integers_without_result(const AnsweredCall& call);
 Found no_diagonal(const AnsweredCall& call);
 
 /// The functions whose answer depends on an order of all elements.
-std::vector<std::string_view> functions_of_an_order();
+std::vector<std::string_view> functions_that_order_elements();
 
 Found order_with_nan(const AnsweredCall& call);
 Found position_with_nan(const AnsweredCall& call);

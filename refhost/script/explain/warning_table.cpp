@@ -109,7 +109,7 @@ const std::vector<WarningRow>& warning_table() {
        CallCondition{Sign::unused_value, {"xsort", "xpartition", "xunique"}, unused_order}},
       {"order-with-nan",
        "xsort(a) with NaN in a has no defined order; mask(a, xisnan(a) < 1) of use \"arrays\" leaves NaN out",
-       result_section, CallCondition{Sign::call, functions_of_an_order(), order_with_nan}},
+       result_section, CallCondition{Sign::call, functions_that_order_elements(), order_with_nan}},
       {"position-with-nan",
        "xargmax(a) gives 0 where the first element is NaN; mask(a, xisnan(a) < 1) of use \"arrays\" leaves NaN out",
        result_section, CallCondition{Sign::call, {"xargmin", "xargmax"}, position_with_nan}},

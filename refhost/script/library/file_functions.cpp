@@ -208,17 +208,22 @@ void choose_names(const BuiltinCall& call, const Options& options, CsvContent& c
   if (twin != sorted.end()) call.fail(fmt::format("two columns have the name {}", string_literal(*twin)));
 }
 
-/// One of the columns that are written.
+/// One of the columns that are written: a table, or an array of one axis.
 struct WrittenColumn {
   std::size_t rows;
-  std::function<const HostValue&(std::size_t row)> cell;  // the value lasts until the next call
+  std::variant<const HostHash*, ArrayCells> cells;
+
+  /// A value that lasts until the next call.
+  const HostValue& cell(std::size_t row) {
+    if (auto* array = std::get_if<ArrayCells>(&cells)) return array->at(row, 0);
+    return *find(std::get<const HostHash*>(cells), static_cast<int>(row));
+  }
 };
 
 WrittenColumn column_of_table(const BuiltinCall& call, const std::string& name, const HostHash* table) {
   if (table->index_count != entry_count(table))
     call.fail(fmt::format("column {} has keys other than 0, 1, 2, ...", name));
-  return {static_cast<std::size_t>(table->index_count),
-          [table](std::size_t row) -> const HostValue& { return *find(table, static_cast<int>(row)); }};
+  return {static_cast<std::size_t>(table->index_count), table};
 }
 
 WrittenColumn column_of_array(const BuiltinCall& call, const std::string& name, Value array) {
@@ -226,10 +231,7 @@ WrittenColumn column_of_array(const BuiltinCall& call, const std::string& name, 
   const auto extents = shape_of(call.caller, array);
   if (!extents || extents->size() != 1)
     call.fail(fmt::format("column {} is {}, not an array of one axis", name, described(call.caller, array)));
-  return {static_cast<std::size_t>(extents->front()),
-          [cells = ArrayCells(call, std::move(array), 1)](std::size_t row) mutable -> const HostValue& {
-            return cells.at(row, 0);
-          }};
+  return {static_cast<std::size_t>(extents->front()), ArrayCells(call, std::move(array), 1)};
 }
 
 /// The columns of a table, which have one length.
@@ -257,7 +259,7 @@ CsvContent content_of_columns(const BuiltinCall& call, const HostHash* table) {
   std::vector<WrittenColumn> columns = columns_in(call, table);
   content.columns = columns.size();
   content.rows = columns.front().rows;
-  content.cell = [columns = std::move(columns)](std::size_t row, std::size_t column) -> const HostValue& {
+  content.cell = [columns = std::move(columns)](std::size_t row, std::size_t column) mutable -> const HostValue& {
     return columns[column].cell(row);
   };
   return content;

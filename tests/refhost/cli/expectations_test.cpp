@@ -67,7 +67,7 @@ TEST(Expectations, ThatAreNotMet_FailWithExpectedAndGot) {
   expect_failed("assert(0)", "a.hvm:1: error: assertion failed");
   expect_failed("x = * 2", "a.hvm:1: error: an expression expected, but here is '*'");
   for (const char* script : {"print(1) # expect ~x: 1", "print(1) # expect one", "print(1) # Expect: 1",
-                             "print(1) ## expect: 1", "print(1) # EXPECT: 1"})
+                             "print(1) ## expect: 1", "print(1) # EXPECT: 1", "1 / 0 # Expect error: zero"})
     expect_failed(
         script,
         "a.hvm:1: error: an expectation is '# expect: text', '# expect ~tolerance: numbers', '# expect error: text' or "

@@ -49,13 +49,14 @@ TEST(ReadCsv, QuotationMarksKeepWhatStandsBetweenThem) {
                   {"a\n\"\"\n1\n", "[\"a\": [nan, 1.0]]"}});
 }
 
-TEST(ReadCsv, OptionsChooseHeaderSeparatorAndColumns) {
+TEST(ReadCsv, OptionsChooseHeaderSeparatorColumnsAndMissingCells) {
   const Folder folder;
   folder.write("f", "a;b;c\n1;2;x\n3;4;y\n");
   folder.write("n", "1,2\n3,4\n");
   folder.write("tabs", "a\tb\n1\t\n\t2\n");
   folder.write("blanks", "a b\n1 2\n");
   folder.write("unnamed", ",a,a\n0,5,6\n");
+  folder.write("words", "NA,b\n1,x\nNA,-\n\"NA\",\" -\"\n");
   const std::pair<const char*, const char*> rows[] = {
       {"\"DIR/f\", [\"separator\": \";\"]", "[\"a\": [1, 3], \"b\": [2, 4], \"c\": [\"x\", \"y\"]]"},
       {"\"DIR/f\", [\"separator\": \";\", \"columns\": [\"c\", \"a\"]]", "[\"c\": [\"x\", \"y\"], \"a\": [1, 3]]"},
@@ -67,22 +68,13 @@ TEST(ReadCsv, OptionsChooseHeaderSeparatorAndColumns) {
       {"\"DIR/tabs\", [\"separator\": \"\\t\"]", "[\"a\": [1.0, nan], \"b\": [nan, 2.0]]"},
       {"\"DIR/blanks\", [\"separator\": \" \"]", "[\"a\": [1], \"b\": [2]]"},
       {"\"DIR/unnamed\", [\"columns\": [1]]", "[\"a\": [5]]"},
+      {"\"DIR/words\", [\"missing\": [\"NA\", \"-\"]]", "[\"NA\": [1.0, nan, nan], \"b\": [\"x\", \"\", \" -\"]]"},
+      {"\"DIR/words\", [\"missing\": \"NA\"]", "[\"NA\": [1.0, nan, nan], \"b\": [\"x\", \"-\", \" -\"]]"},
+      {"\"DIR/words\", [\"missing\": []]", "[\"NA\": [\"1\", \"NA\", \"NA\"], \"b\": [\"x\", \"-\", \" -\"]]"},
+      {"\"DIR/words\", [\"header\": false, \"missing\": [\"NA\"], \"columns\": [0]]", "[[nan, 1.0, nan, nan]]"},
   };
   for (const auto& [arguments, output] : rows)
     EXPECT_EQ(folder.output_of("print(read_csv(" + std::string(arguments) + "))"), output) << arguments;
-}
-
-TEST(ReadCsv, ChosenTextsStandForMissingCells) {
-  const Folder folder;
-  folder.write("f", "NA,b\n1,x\nNA,-\n\"NA\",\" -\"\n");
-  const std::pair<const char*, const char*> rows[] = {
-      {"[\"missing\": [\"NA\", \"-\"]]", "[\"NA\": [1.0, nan, nan], \"b\": [\"x\", \"\", \" -\"]]"},
-      {"[\"missing\": \"NA\"]", "[\"NA\": [1.0, nan, nan], \"b\": [\"x\", \"-\", \" -\"]]"},
-      {"[\"missing\": []]", "[\"NA\": [\"1\", \"NA\", \"NA\"], \"b\": [\"x\", \"-\", \" -\"]]"},
-      {"[\"header\": false, \"missing\": [\"NA\"], \"columns\": [0]]", "[[nan, 1.0, nan, nan]]"},
-  };
-  for (const auto& [options, output] : rows)
-    EXPECT_EQ(folder.output_of("print(read_csv(\"DIR/f\", " + std::string(options) + "))"), output) << options;
 }
 
 TEST(ReadCsv, WrongOptions_AreErrors) {

@@ -83,6 +83,9 @@ TEST(OtherNames, HaveACounterpartAtTheEndOfASentence) {
 TEST(OtherNames, OfFunctionsMayHaveTheXOfTheModule) {
   EXPECT_EQ(counterpart_of_function("xstd"), "; write xstddev(a)");
   EXPECT_EQ(counterpart_of_function("std"), "; write xstddev(a)");
+  EXPECT_EQ(counterpart_of_function("xwhere"), "; write where(m), after use \"arrays\"");
+  EXPECT_EQ(counterpart_of_function("xlog10"), "; write xlog(a) / log(10)");
+  EXPECT_EQ(counterpart_of_function("xarctan"), "; write atan(x) of a number");
   EXPECT_EQ(counterpart("xstd"), "");
   EXPECT_EQ(counterpart_of_function("xzzz"), "");
   EXPECT_EQ(counterpart_of_function("x"), "");

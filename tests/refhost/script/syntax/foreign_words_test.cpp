@@ -108,6 +108,7 @@ TEST(ForeignExpressions, LeadToWhatIsWritten) {
         "1:6 unexpected 'in'; write has(t, key) of a table, find(s, part) != nil of a string"},
        {"x = a is nil", "1:7 unexpected 'is'; write '==' or '!='"},
        {"x = 5 mod 2", "1:7 unexpected 'mod'; a remainder is written '%'"},
+       {"x = math.pi", "1:10 there is no '.pi'; write 3.141592653589793"},
        {"b = a.T", "1:7 there is no '.T'; write transpose(a), after use \"arrays\""},
        {"n = a.ndim + 1", "1:7 there is no '.ndim'; write len(a.shape())"},
        {"s = a.shape",
