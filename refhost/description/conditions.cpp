@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include <nlohmann/json.hpp>
+
 #include "description/pattern.hpp"
 
 namespace hvm::description {
@@ -59,7 +61,7 @@ struct Form {
 };
 
 /// `a`; or `a` or `b`; or `a`, `b` or `c`.
-const std::string named = "((?:`\\w+`, )*`\\w+`(?: or `\\w+`)?)";
+const std::string named = "(`\\w+`|`\\w+` or `\\w+`|`\\w+`, `\\w+` or `\\w+`)";
 const std::string pair = "(`\\w+` and `\\w+`)";
 
 const std::vector<Form>& forms() {
@@ -69,7 +71,7 @@ const std::vector<Form>& forms() {
        [](const Match& found) { return with("arguments_below", count_in(found[1])); }},
       {Pattern("more than (\\w+) arguments?"),
        [](const Match& found) { return with("arguments_above", count_in(found[1])); }},
-      {Pattern("every (?:other )?call"), [](const Match&) { return with("always", true); }},
+      {Pattern("every call|every other call"), [](const Match&) { return with("always", true); }},
       {Pattern("(an argument|" + named + ") is no (.*)"),
        [](const Match& found) { return about(found[1], "kind_not_in", kinds_in(found[3])); }},
       {Pattern("(an argument|" + named + ") is an? (.*)"),
@@ -107,7 +109,8 @@ const std::vector<Form>& forms() {
        [](const Match& found) { return about(found[1], "no_broadcast", true); }},
       {Pattern("(an extent|an argument|" + named + ") is negative"),
        [](const Match& found) { return about(found[1], "below", 0); }},
-      {Pattern(named + " is (\\d+)"), [](const Match& found) { return about(found[1], "equals", count_in(found[2])); }},
+      {Pattern(named + " is ([0-9]+)"),
+       [](const Match& found) { return about(found[1], "equals", count_in(found[2])); }},
       {Pattern("(an extent|an argument|" + named + ") is beyond 32 bits"),
        [](const Match& found) { return about(found[1], "beyond_32_bits", true); }},
       {Pattern("no memory.*|.*\\bfit into memory\\b.*"), [](const Match&) { return with("no_memory", true); }},
@@ -141,7 +144,7 @@ Outcome read_outcome(const std::string& cell) {
   if (cell == "gives nothing") return {"nothing", ""};
   if (cell == "hvm refuses the call") return {"refused", ""};
   if (cell == "ends the process") return {"ends", ""};
-  static const Pattern exception("throws ([A-Za-z_][\\w:]*: .+)");
+  static const Pattern exception("throws ([A-Za-z_][A-Za-z0-9_:]*: .+)");
   if (const auto found = exception.match(cell)) return {"throws", (*found)[1]};
   throw std::invalid_argument(
       "'" + cell +

@@ -6,6 +6,8 @@
 #include <optional>
 #include <stdexcept>
 
+#include <nlohmann/json.hpp>
+
 #include "description/conditions.hpp"
 #include "description/pattern.hpp"
 

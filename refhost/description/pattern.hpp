@@ -1,4 +1,4 @@
-// description/pattern.hpp: regular expressions, whose templates are compiled once
+// description/pattern.hpp: regular expressions
 
 #pragma once
 
@@ -12,10 +12,11 @@ namespace hvm::description {
 /// What an expression has found: the whole, and from 1 on the groups. A group that took no part is empty.
 using Match = std::vector<std::string>;
 
-/// A regular expression in the grammar of ECMAScript.
+/// An extended regular expression of POSIX. The C library, which matches it, knows `\w` and `\b`, too. Of the matches
+/// that begin first, the longest counts. (The templates of `std::regex` take longer to compile than all else here.)
 class Pattern {
  public:
-  /// Throws `std::regex_error` if the expression is wrong.
+  /// Throws std::invalid_argument if the expression is wrong.
   explicit Pattern(const std::string& expression);
 
   /// The match of the whole text.
@@ -24,7 +25,7 @@ class Pattern {
   std::vector<Match> matches_in(const std::string& text) const;
 
  private:
-  struct Expression;
+  class Expression;
   std::shared_ptr<const Expression> expression_;
 };
 

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include <nlohmann/json.hpp>
+
 #include "description/pattern.hpp"
 
 namespace hvm::description {

@@ -78,7 +78,7 @@ std::string function_roff(const Page& page) {
 
 /// The pages of functions, methods and operators to which a line has links, such as `[xsum](xsum.md)`.
 std::vector<std::string> linked_pages(const std::string& line) {
-  static const Pattern link("\\]\\(((?:x|method-|operator-)\\w+\\.md)\\)");
+  static const Pattern link("\\]\\((x\\w+\\.md|method-\\w+\\.md|operator-\\w+\\.md)\\)");
   std::vector<std::string> pages;
   for (const Match& found : link.matches_in(line)) pages.push_back(found[1]);
   return pages;

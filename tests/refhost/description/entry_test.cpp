@@ -3,6 +3,7 @@
 #include "description/entry.hpp"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 namespace hvm::description {
 namespace {

@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 namespace hvm::description {
 namespace {
