@@ -51,7 +51,7 @@ class Renumbering {
 };
 
 /// A member of a traced operation: a name, a number, a truth value, null, or an object for a text or a value.
-std::string operand_text(const nlohmann::json& operand, Renumbering& numbers) {
+std::string operand_text(const Json& operand, Renumbering& numbers) {
   if (operand.is_string()) return numbers.of(operand.get<std::string>());
   if (operand.is_object() && operand.size() == 1 && operand.contains("text")) return operand["text"].dump();
   if (operand.is_object() && operand.contains("object") && operand["object"].is_number())
@@ -68,9 +68,9 @@ std::size_t compared_operands(const std::string& name, std::size_t count) {
   return count - std::min(hints, count);
 }
 
-std::string operation_text(const nlohmann::json& operation, Renumbering& numbers) {
+std::string operation_text(const Json& operation, Renumbering& numbers) {
   const std::string name = operation.at("name");
-  const nlohmann::json& operands = operation.at("operands");
+  const Json& operands = operation.at("operands");
   std::vector<std::string> texts;
   for (std::size_t i = 0; i < compared_operands(name, operands.size()); ++i)
     texts.push_back(operand_text(operands[i], numbers));
@@ -80,10 +80,10 @@ std::string operation_text(const nlohmann::json& operation, Renumbering& numbers
   return text;
 }
 
-Json operations_of(const nlohmann::json& line) {
+Json operations_of(const Json& line) {
   Json operations = Json::array();
   Renumbering numbers;
-  for (const nlohmann::json& operation : line.value("operations", nlohmann::json::array()))
+  for (const Json& operation : line.value("operations", Json::array()))
     if (free_operations.count(operation.at("name")) == 0) operations.push_back(operation_text(operation, numbers));
   if (line.contains("omitted")) operations.push_back(fmt::format("and {} more", line["omitted"].dump()));
   return operations;
@@ -93,7 +93,7 @@ Json operations_of(const nlohmann::json& line) {
 Json calls_of(const std::vector<std::string>& lines, bool with_shape) {
   Json calls = Json::array();
   for (const std::string& text : lines) {
-    const nlohmann::json line = nlohmann::json::parse(text);
+    const Json line = Json::parse(text);
     if (line.at("depth") != 0) continue;
     if (!with_shape && line.value("method", "") == "shape") continue;
     Json call;
