@@ -17,7 +17,7 @@
 #include <string_view>
 #include <type_traits>
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/detail/conversions/to_chars.hpp>
 
 namespace arrayfold {
 

@@ -5,7 +5,6 @@
 #include <fmt/format.h>
 
 #include <cmath>
-#include <iterator>
 #include <string_view>
 #include <vector>
 
@@ -30,7 +29,7 @@ void append_escaped(std::string& out, char c) {
     case '\t':
       return void(out += "\\t");
     default:
-      fmt::format_to(std::back_inserter(out), "\\u{:04x}", static_cast<unsigned>(c));
+      out += fmt::format("\\u{:04x}", static_cast<unsigned>(c));
   }
 }
 

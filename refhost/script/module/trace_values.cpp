@@ -5,7 +5,6 @@
 #include <fmt/format.h>
 
 #include <cmath>
-#include <iterator>
 
 #include "script/data/json_text.hpp"
 #include "script/data/number_form.hpp"
@@ -29,14 +28,14 @@ std::string_view front_of(std::string_view text) {
 
 void append_front(std::string& out, const char* name, std::string_view front, std::size_t length) {
   if (first_invalid_utf8(front) == std::string_view::npos) {
-    fmt::format_to(std::back_inserter(out), "\"{}\":", name);
+    out += fmt::format("\"{}\":", name);
     append_json_string(out, front);
   } else {
     out += "\"hex\":\"";
-    for (const char c : front) fmt::format_to(std::back_inserter(out), "{:02x}", static_cast<unsigned char>(c));
+    for (const char c : front) out += fmt::format("{:02x}", static_cast<unsigned char>(c));
     out += '"';
   }
-  if (length > front.size()) fmt::format_to(std::back_inserter(out), ",\"length\":{}", length);
+  if (length > front.size()) out += fmt::format(",\"length\":{}", length);
 }
 
 const char* string_kind(ValueTag tag) {
@@ -87,7 +86,7 @@ class ValueWriter {
  private:
   template <class... Arguments>
   void append(const char* form, const Arguments&... arguments) {
-    fmt::format_to(std::back_inserter(out_), form, arguments...);
+    out_ += fmt::format(form, arguments...);
   }
 
   void integer(const char* kind, std::int64_t x) { append("{{\"kind\":\"{}\",\"value\":{}}}", kind, x); }

@@ -5,7 +5,6 @@
 #include <fmt/format.h>
 
 #include <cmath>
-#include <iterator>
 
 #include "script/picture/range.hpp"
 #include "script/picture/thinning.hpp"
@@ -69,7 +68,7 @@ std::string labels(const Figure& figure) {
 /// A number as gnuplot reads it; what is not finite leaves a gap.
 void append_number(std::string& text, double value) {
   if (std::isfinite(value))
-    fmt::format_to(std::back_inserter(text), "{}", value);
+    text += fmt::format("{}", value);
   else
     text += "NaN";
 }
