@@ -23,6 +23,7 @@
 extern "C" void dsyevd_(const char* job, const char* triangle, const int* n, double* matrix, const int* step,
                         double* values, double* work, const int* size, int* int_work, const int* int_size, int* info,
                         std::size_t, std::size_t);
+extern "C" double dnrm2_(const int* n, const double* elements, const int* step);
 
 namespace arrayfold::bench {
 namespace {
@@ -84,6 +85,10 @@ FOR_EACH_PROCESSOR void compare(const double* __restrict a, const double* __rest
                                 std::size_t size) {
   for (std::size_t i = 0; i < size; ++i) out[i] = a[i] < b[i];
 }
+FOR_EACH_PROCESSOR void compare_ints(const std::int32_t* __restrict a, const std::int32_t* __restrict b,
+                                     bool* __restrict out, std::size_t size) {
+  for (std::size_t i = 0; i < size; ++i) out[i] = a[i] < b[i];
+}
 
 FOR_EACH_PROCESSOR void add_in_place(double* __restrict a, const double* __restrict b, std::size_t size) {
   for (std::size_t i = 0; i < size; ++i) a[i] += b[i];
@@ -99,6 +104,27 @@ double add_in_order(const double* in, std::size_t size) {
   for (std::size_t i = 0; i < size; ++i) sum += in[i];
   return sum;
 }
+/// The sum of squares in eight chains, each of which adds those of one row of eight from left to right.
+FOR_EACH_PROCESSOR double add_squares_of_eight_rows(const double* __restrict in, std::size_t length) {
+  double sums[8] = {};
+  for (std::size_t i = 0; i < length; ++i)
+    for (std::size_t row = 0; row < 8; ++row) sums[row] += in[row * length + i] * in[row * length + i];
+  double sum = 0;
+  for (const double of_row : sums) sum += of_row;
+  return sum;
+}
+
+/// A square matrix in the records of a case.
+struct SquareMatrix {
+  const double* elements;
+  std::size_t extent;
+
+  explicit SquareMatrix(std::vector<Value>& records) {
+    const auto& storage = elements_of<XTDouble>(records.at(0));
+    elements = storage.data();
+    extent = static_cast<std::size_t>(std::lround(std::sqrt(static_cast<double>(storage.size()))));
+  }
+};
 
 void time_in_place(benchmark::State& state, std::vector<Value>& operands) {
   auto& changed = elements_of<XTDouble>(operands.at(0));
@@ -118,17 +144,29 @@ void time_sum_in_order(benchmark::State& state, std::vector<Value>& operands) {
   for (auto _ : state) benchmark::DoNotOptimize(add_in_order(elements.data(), elements.size()));
 }
 
-/// The C library's power of ten for exponents between -3 and 3.
-void time_powers_of_ten(benchmark::State& state, std::vector<Value>& records) {
-  const auto size = static_cast<std::size_t>(HVM_AsInt(records.at(0).address()));
+/// Two sums, of which the second one needs the first.
+void time_two_sums_in_order(benchmark::State& state, std::vector<Value>& operands) {
+  const auto& elements = elements_of<XTDouble>(operands.at(0));
   for (auto _ : state) {
-    void* memory = allocate_storage(size, sizeof(double), Contents::anything);
-    auto* out = static_cast<double*>(memory);
-    const double step = 6.0 / static_cast<double>(size - 1);
-    for (std::size_t i = 0; i < size; ++i) out[i] = std::pow(10.0, -3.0 + step * static_cast<double>(i));
-    benchmark::ClobberMemory();
-    release_storage(memory);
+    const double mean = add_in_order(elements.data(), elements.size()) / static_cast<double>(elements.size());
+    double sum = 0;
+    for (const double element : elements) sum += (element - mean) * (element - mean);
+    benchmark::DoNotOptimize(sum);
   }
+}
+void time_squares_by_rows(benchmark::State& state, std::vector<Value>& records) {
+  const SquareMatrix matrix(records);
+  for (auto _ : state) {
+    double sum = 0;
+    for (std::size_t row = 0; row < matrix.extent; row += 8)
+      sum += add_squares_of_eight_rows(matrix.elements + row * matrix.extent, matrix.extent);
+    benchmark::DoNotOptimize(sum);
+  }
+}
+void time_euclidean_norm(benchmark::State& state, std::vector<Value>& operands) {
+  const auto& elements = elements_of<XTDouble>(operands.at(0));
+  const int size = static_cast<int>(elements.size()), step = 1;
+  for (auto _ : state) benchmark::DoNotOptimize(dnrm2_(&size, elements.data(), &step));
 }
 
 /// The blocks of a new array of ten doubles: the host's record, the object, the array, its container, the elements.
@@ -157,9 +195,9 @@ void time_table_of_two(benchmark::State& state, std::vector<Value>&) {
 
 /// LAPACK's eigenvalues of a symmetric matrix, with the copy that it overwrites.
 void time_symmetric_eigenvalues(benchmark::State& state, std::vector<Value>& records) {
-  const auto& elements = elements_of<XTDouble>(records.at(0));
-  const int n = static_cast<int>(std::lround(std::sqrt(static_cast<double>(elements.size()))));
-  std::vector<double> copy(elements.size()), values(static_cast<std::size_t>(n));
+  const SquareMatrix matrix(records);
+  const int n = static_cast<int>(matrix.extent);
+  std::vector<double> copy(matrix.extent * matrix.extent), values(matrix.extent);
   double wanted = 0;
   int wanted_ints = 0, info = 0;
   const int ask = -1;
@@ -170,7 +208,7 @@ void time_symmetric_eigenvalues(benchmark::State& state, std::vector<Value>& rec
   for (auto _ : state) {
     for (int column = 0; column < n; ++column)
       for (int row = 0; row < n; ++row)
-        copy[static_cast<std::size_t>(column * n + row)] = elements[static_cast<std::size_t>(row * n + column)];
+        copy[static_cast<std::size_t>(column * n + row)] = matrix.elements[static_cast<std::size_t>(row * n + column)];
     dsyevd_("N", "L", &n, copy.data(), &n, values.data(), work.data(), &size, int_work.data(), &int_size, &info, 1, 1);
   }
   if (info != 0) state.SkipWithError("LAPACK found no eigenvalues");
@@ -185,10 +223,13 @@ void add_limits() {
   add_loop<XTInt>("add_ints", ints, &add_ints);
   add_loop<XTDouble>("divide", doubles, &divide);
   add_loop<XTDouble>("compare", doubles, &compare);
+  add_loop<XTInt>("compare_ints", ints, &compare_ints);
   add_case("limits/add_in_place", sizes, doubles, time_in_place);
   add_case("limits/read", sizes, doubles, time_reading);
   add_case("limits/add_in_order", sizes, doubles, time_sum_in_order);
-  add_case("limits/powers_of_ten", {1'000, 100'000, 10'000'000}, count, time_powers_of_ten);
+  add_case("limits/two_sums_in_order", {100'000}, doubles, time_two_sums_in_order);
+  add_case("limits/squares_by_rows", {256, 1'024}, matrix, time_squares_by_rows);
+  add_case("limits/euclidean_norm", sizes, doubles, time_euclidean_norm);
   add_case("limits/five_blocks", {10}, count, time_five_blocks);
   add_case("limits/table_of_two", {10}, count, time_table_of_two);
   add_case("limits/symmetric_eigenvalues", {256}, matrix, time_symmetric_eigenvalues);

@@ -4,8 +4,10 @@
 //   arrayfold_bench --worker MODULE                 measures MODULE on demand, see worker.hpp
 //   arrayfold_bench --unmeasured                    lists the functions that no case calls
 
+#include <cstddef>
 #include <exception>
 #include <iostream>
+#include <new>
 #include <string>
 
 #include <benchmark/benchmark.h>
@@ -32,9 +34,18 @@ void add_families() {
   add_limits();
 }
 
+/// Lets the C library keep freed memory as in a process that has used large arrays before, as measurement.py does for
+/// NumPy: it adapts its thresholds to the largest block that was released, just under 32 MiB at most.
+void adapt_thresholds() {
+  void* block = ::operator new((std::size_t{32} << 20) - 8192);
+  benchmark::DoNotOptimize(block);
+  ::operator delete(block);
+}
+
 int serve_module(const std::string& path) {
   load_module(path);
   add_families();
+  adapt_thresholds();
   return serve(std::cin, std::cout);
 }
 
@@ -50,6 +61,7 @@ int measure(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
   benchmark::AddCustomContext("compiler", BUILT_WITH);
+  adapt_thresholds();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return 0;

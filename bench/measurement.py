@@ -1,9 +1,12 @@
 # bench/measurement.py: the module's time and NumPy's for one case, interleaved
 #
-# Both sides count the processor time of their thread, which excludes the time of other programs on the core.
+# Each measurement, of either side, is a process of its own: what earlier cases left in a heap decides whether a large
+# block needs new pages. Both sides count the processor time of their thread, which excludes the time of other programs
+# on the core.
 
 import ctypes
 import json
+import multiprocessing
 import os
 import re
 import statistics
@@ -17,6 +20,8 @@ import numpy
 # Parameters of mallopt, in the C library's malloc.h.
 M_TRIM_THRESHOLD = -1
 M_MMAP_THRESHOLD = -3
+# The largest block after whose release the C library adapts its thresholds: 32 MiB with what it adds.
+LARGEST_ADAPTING_BLOCK = (32 << 20) - 8192
 
 
 def keep_freed_memory(mebibytes):
@@ -26,6 +31,18 @@ def keep_freed_memory(mebibytes):
         if not allocator.mallopt(parameter, mebibytes << 20):
             raise RuntimeError(f"the C library does not keep {mebibytes} MiB")
         os.environ[f"MALLOC_{name}_THRESHOLD_"] = str(mebibytes << 20)
+
+
+def adapt_thresholds():
+    """Lets the C library keep freed memory as in a process that has used large arrays before. main.cpp does the same.
+
+    It then takes blocks of up to 32 MiB from its heap, and keeps up to 64 MiB at the end of that.
+    """
+    allocator = ctypes.CDLL(None)
+    allocator.malloc.restype = ctypes.c_void_p
+    allocator.malloc.argtypes = [ctypes.c_size_t]
+    allocator.free.argtypes = [ctypes.c_void_p]
+    allocator.free(allocator.malloc(LARGEST_ADAPTING_BLOCK))
 
 
 class Ours:
@@ -45,7 +62,8 @@ class Ours:
     def times(self, names, seconds):
         """Nanoseconds per call for each name. Raises RuntimeError when a case reports an error."""
         pattern = "^(" + "|".join(re.escape(name) for name in names) + ")$"
-        text = self._run(f"--benchmark_filter={pattern}", f"--benchmark_min_time={seconds}", "--benchmark_format=json")
+        text = self._run(f"--benchmark_filter={pattern}", f"--benchmark_min_time={seconds}",
+                         f"--benchmark_min_warmup_time={seconds / 10}", "--benchmark_format=json")
         report = json.loads(text)
         self.compiler = report["context"]["compiler"]
         rows = report["benchmarks"]
@@ -80,12 +98,33 @@ class Expression:
         self.timer.timeit(1)
 
     def time(self, seconds):
-        """Nanoseconds per call, over calls that together take about as long as asked."""
+        """Nanoseconds per call, after a first one, over calls that together take about as long as asked."""
+        self.once()
         spent = self.timer.timeit(self.calls)
         while spent < 0.8e9 * seconds:
             self.calls = max(2 * self.calls, int(self.calls * 1e9 * seconds / max(spent, 1)))
             spent = self.timer.timeit(self.calls)
         return spent / self.calls
+
+
+def numpy_time(case, text, seconds):
+    """Nanoseconds per call of an expression in NumPy, in a process of its own. Raises RuntimeError when it fails."""
+    processes = multiprocessing.get_context("fork")  # NumPy is loaded already
+    receiver, sender = processes.Pipe(duplex=False)
+    process = processes.Process(target=_send_time, args=(sender, case, text, seconds))
+    process.start()
+    sender.close()
+    try:
+        return receiver.recv()
+    except EOFError:
+        raise RuntimeError(f"{case.name}: NumPy's side failed: {text}") from None
+    finally:
+        process.join()
+
+
+def _send_time(sender, case, text, seconds):
+    adapt_thresholds()
+    sender.send(Expression(text, names_of(case)).time(seconds))
 
 
 def measure(case, ours, rounds, seconds):
@@ -94,11 +133,10 @@ def measure(case, ours, rounds, seconds):
     Times are medians of the rounds, the ratio is the median of the rounds' ratios, so that drift cancels.
     """
     peer = case.case.peer(case.n)
-    peer = peer and Expression(peer, names_of(case))
     pairs = []
     for _ in range(3):
         for _ in range(rounds):
-            pairs.append((ours.times([case.name], seconds)[case.name], peer and peer.time(seconds)))
+            pairs.append((ours.times([case.name], seconds)[case.name], peer and numpy_time(case, peer, seconds)))
         if not scatters(pairs):
             break
     row = {
@@ -107,7 +145,7 @@ def measure(case, ours, rounds, seconds):
         "ours_ns": statistics.median(pair[0] for pair in pairs),
         "numpy_ns": peer and statistics.median(pair[1] for pair in pairs),
         "ratio": peer and statistics.median(ratios_of(pairs)),
-        "numpy": case.case.peer(case.n),
+        "numpy": peer,
         "ratio_bound": case.case.ratios[case.n],
         "ns_limit": case.case.limits.get(case.n),
         "is_untouched": case.n in case.case.untouched,
@@ -116,7 +154,7 @@ def measure(case, ours, rounds, seconds):
     beside = case.case.beside.get(case.n)
     if beside:
         row["beside"] = beside
-        row["beside_ns"] = statistics.median(Expression(beside, names_of(case)).time(seconds) for _ in range(rounds))
+        row["beside_ns"] = statistics.median(numpy_time(case, beside, seconds) for _ in range(rounds))
     return row
 
 
