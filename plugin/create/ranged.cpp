@@ -4,13 +4,16 @@
 // 32-bit integers and gives doubles; the other two take their kind from the tag of the first argument.
 
 #include <algorithm>
-#include <cmath>
+#include <iterator>
+#include <type_traits>
 
 #include "array/boxing.hpp"
 #include "array/spacing.hpp"
 #include "array/storage.hpp"
+#include "kernels/conversion.hpp"
 #include "kernels/division_fault.hpp"
 #include "kernels/sequences.hpp"
+#include "kernels/vector_math.hpp"
 
 namespace arrayfold {
 namespace {
@@ -50,9 +53,17 @@ constexpr auto unchanged = [](auto, auto*, std::size_t) {};
 
 /// required: in the integer forms the exponent is an integer already, and the power is truncated once more.
 constexpr auto powers_of_ten = [](auto kind, auto* numbers, std::size_t count) {
-  std::transform(numbers, numbers + count, numbers, [](auto exponent) {
-    return decltype(kind)::from_double(std::pow(10.0, static_cast<double>(exponent)));
-  });
+  const VectorFunctions& exp10 = vector_math().exp10;
+  if constexpr (std::is_same_v<decltype(kind), XTDouble>) {
+    exp10(numbers, numbers, count);
+  } else {
+    double powers[256];
+    for (std::size_t first = 0, length; first < count; first += length) {
+      length = std::min(count - first, std::size(powers));
+      exp10(numbers + first, powers, length);
+      convert(powers, numbers + first, length);
+    }
+  }
 };
 
 /// Gives `count` evenly spaced numbers, changed by `map(kind, numbers, count)`.

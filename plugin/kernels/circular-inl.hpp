@@ -66,14 +66,9 @@ HWY_INLINE Lanes with_library(Lanes x, double (*function)(double)) {
   const Truths usual = hn::Le(magnitude, all(largest));
   const Lanes y =
       Function::of_usual(hn::IfThenElseZero(hn::Ge(magnitude, all(least_usual)), hn::IfThenElseZero(usual, x)));
-  const Truths beyond = hn::And(hn::Gt(magnitude, all(largest)), hn::Lt(magnitude, all(infinity)));
+  const Truths is_finite = hn::Lt(magnitude, all(infinity));
   const Lanes with_nan = hn::IfThenElse(usual, y, hn::Sub(x, x));
-  if (hn::AllFalse(Doubles(), beyond)) return with_nan;
-  alignas(64) double lanes[hn::MaxLanes(Doubles())];
-  hn::Store(hn::IfThenElseZero(beyond, x), Doubles(), lanes);
-  for (double& lane : lanes)
-    if (lane != 0) lane = function(lane);
-  return hn::IfThenElse(beyond, hn::Load(Doubles(), lanes), with_nan);
+  return or_by_library(hn::Or(usual, hn::Not(is_finite)), with_nan, x, function);
 }
 
 struct Sin {

@@ -1,4 +1,4 @@
-// kernels/exponentials-inl.hpp: exp, expm1, sinh, cosh and tanh of a register
+// kernels/exponentials-inl.hpp: exp, exp10, expm1, sinh, cosh and tanh of a register
 //
 // x = n * ln(2)/16 + r, where |r| is at most ln(2)/32. The power 2^(n/16) is one of 16 doubles with the exponent added,
 // and e^r is a polynomial. What r and the double have lost stays in a number of its own, which is added late.
@@ -6,6 +6,8 @@
 // Errors in units in the last place: the last rounding has 0.5. All before it has less than 0.05, since it is smaller
 // by 2^5 at least: in exp and cosh that is what is added to the power. expm1, sinh and tanh cancel where n is small, so
 // they keep the sum of the power and its product with r in two parts; in sinh what is added to these has less than 0.1.
+// exp10 keeps that sum in two parts, too, and r: it is exact to 2^-63, so all before the last rounding has less than
+// 0.003. A result that is a double, such as 10^22, has no other double that near.
 
 #if defined(ARRAYFOLD_EXPONENTIALS_INL) == defined(HWY_TARGET_TOGGLE)
 #ifdef ARRAYFOLD_EXPONENTIALS_INL
@@ -13,6 +15,8 @@
 #else
 #define ARRAYFOLD_EXPONENTIALS_INL
 #endif
+
+#include <cmath>
 
 #include "kernels/mathematics-inl.hpp"
 
@@ -98,6 +102,38 @@ struct Exp {
     return hn::MulAdd(e.power, small_exponential(hn::Add(e.left, e.low)), e.power);
   }
   static HWY_INLINE Lanes of_any(Lanes x) { return exponential_of_any(x); }
+};
+
+/// 10^x, nearly always rounded as the exact power. The remainder of x, and its product with ln 10, have two parts.
+struct Exp10 {
+  /// From 10^-290 down what is lost in a step may be subnormal.
+  static constexpr double largest = 290;
+
+  static HWY_INLINE Truths is_unusual(Lanes x) { return is_unusual_above(x, largest); }
+  static HWY_INLINE Lanes of_usual(Lanes x) {
+    const Integer n = nearest_integer(x, all(constants::steps_per_decade));
+    const Lanes left = hn::NegMulAdd(n.value, all(constants::step_of_ten_high), x);
+    const Pair r = sum_of(left, hn::Mul(n.value, all(-constants::step_of_ten_low)));
+    const Lanes ln10 = all(constants::ln10_high);
+    const Lanes t = hn::Mul(r.high, ln10), gained = fused_from(t, r.high, ln10);
+    const Lanes t_low = hn::MulAdd(r.high, all(constants::ln10_low), hn::MulSub(r.low, ln10, gained));
+    const Lanes power = power_of(n.bits), power_low = lookup(constants::power_tails, n.bits);
+    // What e^t and the power have beside 1 + t and the double.
+    const Lanes lower = hn::Add(t_low, hn::MulAdd(power_low, t, power_low)), squared = hn::Mul(t, t);
+    const Lanes tail = hn::MulAdd(squared, polynomial(constants::exponential, t, squared), lower);
+    const Lanes sum = hn::MulAdd(power, t, power);
+    const Lanes lost = fused(power, t, hn::Sub(power, sum));
+    return hn::Add(sum, hn::MulAdd(power, tail, lost));
+  }
+  /// The C library's power from 10^290 and 10^-290 on, up to where every result is infinity or 0.
+  static HWY_INLINE Lanes of_any(Lanes x) {
+    const Lanes magnitude = hn::Abs(x);
+    const Truths usual = hn::Le(magnitude, all(largest)), is_far = hn::Not(hn::Le(magnitude, all(330)));
+    const Lanes y = of_usual(hn::IfThenElseZero(hn::Ge(magnitude, all(least_usual)), hn::IfThenElseZero(usual, x)));
+    const Lanes far = hn::IfThenElse(hn::Lt(x, all(0)), all(0), hn::Mul(x, all(infinity)));
+    return or_by_library(hn::Or(usual, is_far), hn::IfThenElse(is_far, far, y), x,
+                         [](double exponent) { return std::pow(10.0, exponent); });
+  }
 };
 
 /// e^x - 1 in two parts, for |x| up to 708. The second part is far below the first one, but not within its rounding.

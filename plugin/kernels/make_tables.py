@@ -148,6 +148,16 @@ def exponentials():
     constant("step_high", high)
     constant("step_low", low)
 
+    comment("Powers of ten: x = n * step + r in the same way, and 10^r is e^t, where t = r * ln 10.")
+    step_of_ten = mp.log10(2) / STEPS
+    constant("steps_per_decade", rounded(1 / step_of_ten))
+    high, low = parts(step_of_ten, 36)
+    constant("step_of_ten_high", high)
+    constant("step_of_ten_low", low)
+    high, low = parts(mp.ln(10), 53)
+    constant("ln10_high", high)
+    constant("ln10_low", low)
+
     comment("The bits of 2^(i/16) without i in the upper ones: n, shifted there, adds its exponent. Then how much "
             "larger the power is than the double, as a share of it.")
     powers = [mpf(2) ** (mpf(i) / STEPS) for i in range(STEPS)]

@@ -135,6 +135,20 @@ HWY_INLINE Lanes quotient(Pair dividend, Pair divisor) {
   return hn::MulAdd(left_of_both, inverse, rounded);
 }
 
+// ---- Beyond the range of a kernel
+
+/// `y` in the usual lanes, and the library's function of x in the others.
+template <class Function>
+HWY_INLINE Lanes or_by_library(Truths usual, Lanes y, Lanes x, Function function) {
+  if (hn::AllTrue(Doubles(), usual)) return y;
+  // A usual lane is 0, which no other lane is.
+  alignas(64) double lanes[hn::MaxLanes(Doubles())];
+  hn::Store(hn::IfThenZeroElse(usual, x), Doubles(), lanes);
+  for (double& lane : lanes)
+    if (lane != 0) lane = function(lane);
+  return hn::IfThenElse(usual, y, hn::Load(Doubles(), lanes));
+}
+
 // ---- Polynomials
 
 /// Every second term from `c[first]` on, in powers of x^2.

@@ -65,10 +65,10 @@ template <class Function>
 constexpr VectorFunctions of_every_type{&over_registers<Function, double>, &over_registers<Function, std::int32_t>,
                                         &over_registers<Function, std::int64_t>};
 
-constexpr VectorMath all_vector_math{of_every_type<Exp>,   of_every_type<Expm1>, of_every_type<Log>,
-                                     of_every_type<Log1p>, of_every_type<Cbrt>,  of_every_type<Sin>,
-                                     of_every_type<Cos>,   of_every_type<Tan>,   of_every_type<Sinh>,
-                                     of_every_type<Cosh>,  of_every_type<Tanh>};
+constexpr VectorMath all_vector_math{of_every_type<Exp>,  of_every_type<Exp10>, of_every_type<Expm1>,
+                                     of_every_type<Log>,  of_every_type<Log1p>, of_every_type<Cbrt>,
+                                     of_every_type<Sin>,  of_every_type<Cos>,   of_every_type<Tan>,
+                                     of_every_type<Sinh>, of_every_type<Cosh>,  of_every_type<Tanh>};
 
 }  // namespace arrayfold::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();

@@ -11,6 +11,13 @@ constexpr double steps_per_unit = 0x1.71547652b82fep+4;
 constexpr double step_high = 0x1.62e42fefa0000p-5;
 constexpr double step_low = 0x1.cf79abc9e3b3ap-44;
 
+// Powers of ten: x = n * step + r in the same way, and 10^r is e^t, where t = r * ln 10.
+constexpr double steps_per_decade = 0x1.a934f0979a371p+5;
+constexpr double step_of_ten_high = 0x1.3441350a00000p-6;
+constexpr double step_of_ten_low = -0x1.0c0219dc1da99p-43;
+constexpr double ln10_high = 0x1.26bb1bbb55516p+1;
+constexpr double ln10_low = -0x1.f48ad494ea3e9p-53;
+
 // The bits of 2^(i/16) without i in the upper ones: n, shifted there, adds its exponent. Then how much larger the power
 // is than the double, as a share of it.
 alignas(64) constexpr std::uint64_t power_bits[16] = {

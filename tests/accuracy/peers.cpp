@@ -9,6 +9,8 @@
 namespace arrayfold::accuracy {
 namespace {
 
+double power_of_ten(double x) { return std::pow(10.0, x); }
+
 struct Known {
   const char* name;
   double (*c_library)(double);
@@ -20,7 +22,7 @@ constexpr Known all[] = {{"xexp", std::exp, "Sleef_exp_u10"},    {"xexpm1", std:
                          {"xcbrt", std::cbrt, "Sleef_cbrt_u10"}, {"xsin", std::sin, "Sleef_sin_u10"},
                          {"xcos", std::cos, "Sleef_cos_u10"},    {"xtan", std::tan, "Sleef_tan_u10"},
                          {"xsinh", std::sinh, "Sleef_sinh_u10"}, {"xcosh", std::cosh, "Sleef_cosh_u10"},
-                         {"xtanh", std::tanh, "Sleef_tanh_u10"}};
+                         {"xtanh", std::tanh, "Sleef_tanh_u10"}, {"xlogspace", power_of_ten, "Sleef_exp10_u10"}};
 
 }  // namespace
 

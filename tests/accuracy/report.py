@@ -13,9 +13,10 @@ import numpy as np
 PEERS = {
     "xsqrt": np.sqrt, "xsquare": np.square, "xcube": lambda x: x * x * x, "xexp": np.exp, "xexpm1": np.expm1,
     "xlog": np.log, "xlog1p": np.log1p, "xcbrt": np.cbrt, "xsin": np.sin, "xcos": np.cos, "xtan": np.tan,
-    "xsinh": np.sinh, "xcosh": np.cosh, "xtanh": np.tanh,
+    "xsinh": np.sinh, "xcosh": np.cosh, "xtanh": np.tanh, "xlogspace": lambda x: np.power(x.dtype.type(10), x),
 }
 NAMES = [*PEERS, "xerf", "xtgamma", "xlgamma"]  # in the order of the page
+OWN = NAMES[NAMES.index("xexp"):NAMES.index("xtanh") + 1]
 BATCH = 200_000
 
 
@@ -44,12 +45,11 @@ def errors_in_ulp(value, exact):
 
 
 def measured_lines(program, count, count_of_others):
-    """What the program prints: for the module's own functions many arguments are measured, and peers."""
-    own = NAMES[NAMES.index("xexp"):NAMES.index("xtanh") + 1]
+    """What the program prints: for the eleven functions of arrays that are the module's own, over many arguments."""
     lines = []
     for name in NAMES:
-        options = [str(count), "--peers"] if name in own else [str(count_of_others)]
-        run = subprocess.run([program, *options, "--of", name], stdout=subprocess.PIPE, text=True, check=True)
+        arguments = count if name in OWN else count_of_others
+        run = subprocess.run([program, str(arguments), "--peers", "--of", name], stdout=subprocess.PIPE, text=True, check=True)
         lines.extend(run.stdout.splitlines())
     return lines
 

@@ -284,10 +284,21 @@ TEST_F(Ranged, Xlogspace_GivesPowersOfTen) {
   EXPECT_EQ(doubles("xlogspace", {Value(0.0), Value(1.0)}).size(), 50u);
 }
 
-TEST_F(Ranged, Xlogspace_OfDoubles_IsPowOfEachExponent) {
-  const Doubles exponents = doubles("xlinspace", {Value(-3.3), Value(7.1), Value(101)});
-  const Doubles powers = doubles("xlogspace", {Value(-3.3), Value(7.1), Value(101)});
-  for (std::size_t i = 0; i < exponents.size(); ++i) EXPECT_EQ(powers[i], std::pow(10.0, exponents[i]));
+/// Nearly always the double nearest to the power, here that of the 80 bits.
+TEST_F(Ranged, Xlogspace_OfDoubles_IsThePowerOfEachExponent) {
+  const Doubles exponents = doubles("xlinspace", {Value(-330.7), Value(310.1), Value(1001)});
+  const Doubles powers = doubles("xlogspace", {Value(-330.7), Value(310.1), Value(1001)});
+  ASSERT_EQ(powers.size(), exponents.size());
+  for (std::size_t i = 0; i < exponents.size(); ++i)
+    EXPECT_EQ(powers[i], static_cast<double>(std::pow(10.0L, static_cast<long double>(exponents[i])))) << exponents[i];
+}
+
+TEST_F(Ranged, Xlogspace_OfManyIntegers_IsThePowerOfEach) {
+  const Ints exponents = ints("xlinspace", {Value(-3), Value(11), Value(1000)});
+  const Ints powers = ints("xlogspace", {Value(-3), Value(11), Value(1000)});
+  ASSERT_EQ(powers.size(), exponents.size());
+  for (std::size_t i = 0; i < exponents.size(); ++i)
+    EXPECT_EQ(powers[i], truncated<std::int32_t>(std::pow(10.0, exponents[i]))) << exponents[i];
 }
 
 TEST_F(Ranged, Required_Xlogspace_OfIntegers_TruncatesExponentAndPower) {

@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <random>
+#include <string>
 
 #include "accuracy/functions.hpp"
 #include "memory.hpp"
@@ -27,7 +29,7 @@ constexpr Named all[] = {
     {"xcbrt", &VectorMath::cbrt, 0xea0dfa67fc959b5f}, {"xsin", &VectorMath::sin, 0xeebdbe0149b08479},
     {"xcos", &VectorMath::cos, 0xa3ace101df27fe25},   {"xtan", &VectorMath::tan, 0xcc7daed70eb8bb45},
     {"xsinh", &VectorMath::sinh, 0x698c8b2312ce2975}, {"xcosh", &VectorMath::cosh, 0x3a16abbc18cc80e7},
-    {"xtanh", &VectorMath::tanh, 0x5d1172d3c4e90daa}};
+    {"xtanh", &VectorMath::tanh, 0x5d1172d3c4e90daa}, {"xlogspace", &VectorMath::exp10, 0x4254c0d8a03ef003}};
 
 /// Calls `run(named, loops)` for each function on each target.
 template <class Run>
@@ -101,8 +103,9 @@ std::vector<double> borders() {
     for (const int exponent : {-1074, -1022, -3, -2, -1, 0, 1, 2, 3, 52, 53, 54, 1019, 1020, 1021, 1022, 1023})
       add_around(values, std::ldexp(1 + (i + 0.5) / 32, exponent));
   for (int exponent = -1074; exponent < 1024; ++exponent) add_around(values, std::ldexp(1.0, exponent));
-  for (const double end : {20.0, 36.0, 36.7368005696771, 37.42994775023705, 700.0, 708.0, 708.3964185322641,
-                           709.782712893384, 710.4758600739439, 745.1332191019411, 760.0, 1e5, 1e300})
+  for (const double end :
+       {20.0, 290.0, 308.25471555991669, 323.30621534311575, 330.0, 36.0, 36.7368005696771, 37.42994775023705, 700.0,
+        708.0, 708.3964185322641, 709.782712893384, 710.4758600739439, 745.1332191019411, 760.0, 1e5, 1e300})
     add_around(values, end);
   return values;
 }
@@ -112,11 +115,11 @@ std::vector<double> borders() {
 TEST(VectorLoops, NearBorders_StayWithinTheBound) {
   const std::vector<double> x = borders();
   on_each([&](const Named& named, const VectorFunctions& loops) {
-    const double bound = fuses_products() ? 1.0 : 1.5;
     const auto& functions = accuracy::functions();
     const auto has_name = [&](const auto& function) { return std::string(function.name) == named.name; };
     const auto function = std::find_if(functions.begin(), functions.end(), has_name);
     ASSERT_NE(function, functions.end());
+    const double bound = fuses_products() ? function->bound.fused : function->bound.otherwise;
     std::vector<double> values(x.size());
     loops(x.data(), values.data(), x.size());
     for (std::size_t i = 0; i < x.size(); ++i)
@@ -152,6 +155,7 @@ TEST(VectorLoops, OfPlainArguments_AreExact) {
     const VectorMath& of = vector_math();
     for (const double zero : {0.0, -0.0}) {
       EXPECT_EQ(alone(of.exp, zero), 1);
+      EXPECT_EQ(alone(of.exp10, zero), 1);
       EXPECT_EQ(alone(of.cos, zero), 1);
       EXPECT_EQ(alone(of.cosh, zero), 1);
     }
@@ -159,6 +163,66 @@ TEST(VectorLoops, OfPlainArguments_AreExact) {
     EXPECT_FALSE(std::signbit(alone(of.log, 1.0)));
     for (const double large : {20.0, 1e3, 1e300, HUGE_VAL}) EXPECT_EQ(alone(of.tanh, large), 1);
     for (const double low : {-40.0, -1e3, -1e300, -HUGE_VAL}) EXPECT_EQ(alone(of.expm1, low), -1);
+  });
+}
+
+/// As the C library reads them from digits, which it rounds as the exact numbers. 10^23 lies exactly in the middle of
+/// two doubles.
+TEST(VectorLoops, OfWholeExponents_ArePowersOfTenToTheLastPlace) {
+  on_each_target([] {
+    for (int exponent = -340; exponent <= 340; ++exponent) {
+      const double nearest = std::strtod(("1e" + std::to_string(exponent)).c_str(), nullptr);
+      const double power = alone(vector_math().exp10, exponent);
+      if (exponent == 23)
+        EXPECT_TRUE(power == nearest || power == std::nextafter(nearest, HUGE_VAL));
+      else
+        EXPECT_EQ(power, nearest) << exponent;
+    }
+  });
+}
+
+/// The 80 bits of the reference count for another 0.0005.
+TEST(VectorLoops, PowersOfTen_AreRoundedAlmostAsTheExactOnes) {
+  std::mt19937_64 engine(10);
+  std::vector<double> exponents(50'000);
+  for (double& x : exponents) x = std::ldexp(static_cast<double>(static_cast<std::int64_t>(engine())), -63) * 290;
+  std::vector<long double> exact;
+  for (const double x : exponents) exact.push_back(std::pow(10.0L, static_cast<long double>(x)));
+  on_each_target([&] {
+    std::vector<double> powers(exponents.size());
+    vector_math().exp10(exponents.data(), powers.data(), powers.size());
+    for (std::size_t i = 0; i < powers.size(); ++i)
+      ASSERT_LT(accuracy::error_in_ulp(powers[i], exact[i]), 0.5035) << exponents[i];
+  });
+}
+
+/// The kernel's, the C library's, infinity and 0, next to each other in a register.
+TEST(VectorLoops, PowersOfTenOfEverySize_AreTheNearestDoubles) {
+  const std::vector<double> exponents = {1.5,
+                                         290,
+                                         290.5,
+                                         308.25471555991675,
+                                         308.25471555991669,
+                                         309,
+                                         331,
+                                         1e300,
+                                         HUGE_VAL,
+                                         -290,
+                                         -290.5,
+                                         -307.75,
+                                         -323.5,
+                                         -324.0,
+                                         -324.5,
+                                         -331,
+                                         -HUGE_VAL,
+                                         0,
+                                         std::nan("")};
+  on_each_target([&] {
+    std::vector<double> powers(exponents.size());
+    vector_math().exp10(exponents.data(), powers.data(), powers.size());
+    for (std::size_t i = 0; i < powers.size(); ++i)
+      EXPECT_LE(accuracy::error_in_ulp(powers[i], std::pow(10.0L, static_cast<long double>(exponents[i]))), 0.51)
+          << exponents[i];
   });
 }
 
