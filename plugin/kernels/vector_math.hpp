@@ -1,10 +1,10 @@
 // kernels/vector_math.hpp: mathematical functions over many numbers at once
 //
 // The functions are the module's own. Errors stay below 1 unit in the last place where the processor fuses products and
-// sums, and the bits of a value are then the same on each of these processors; elsewhere errors stay below 1.5. Those of
-// powers of ten stay below 0.51. Sine, cosine and tangent of magnitudes beyond 1e5 are those of the C library, and so
-// are powers of ten beyond 10^290 and below 10^-290. The value of an element does not depend on its neighbours or its
-// position. Special values are those of the C library's functions.
+// sums, and the bits of a value are then the same on each of these processors; elsewhere errors stay below 1.5. Those
+// of powers of ten stay below 0.51. Sine, cosine and tangent of magnitudes beyond 1e5 are those of the C library, and
+// so are powers of ten beyond 10^290 and below 10^-290. The value of an element does not depend on its neighbours or
+// its position. Special values are those of the C library's functions.
 
 #pragma once
 
