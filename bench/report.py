@@ -1,15 +1,19 @@
 # bench/report.py: measured rows as a table, and facts about the machine
+#
+# Usage: report.py RESULTS.json writes the page and the picture beside saved rows anew.
 
 import json
 import os
 import platform
 import re
 import subprocess
+import sys
 
 import numpy
 
 import picture
 from comparison import geometric_mean
+from reasons import reason_for
 
 NOISE = 0.1  # a bound counts as exceeded beyond this share of it
 
@@ -78,12 +82,35 @@ def summary(rows):
     families = sorted({row["case"].partition("/")[0] for row in rows})
     parts = [(family, [row for row in rows if row["case"].startswith(family + "/")]) for family in families]
     shares = [f"{name} {1 / geometric_mean(row['ratio'] for row in part):.2f}" for name, part in parts]
-    slower = [row for row in rows if row["ratio"] > 1 / 0.95]
+    slower = slower_rows(rows)
     return [
         f"NumPy's time over the module's, geometric mean of {len(rows)} rows: "
         f"{1 / geometric_mean(row['ratio'] for row in rows):.2f}. By family: {', '.join(shares)}.",
         f"Rows in which NumPy takes less than 0.95 of the module's time: {len(slower)}.",
     ]
+
+
+def slower_rows(rows):
+    """The counted rows in which NumPy is clearly faster."""
+    return [row for row in counted(rows) if row["ratio"] > 1 / 0.95]
+
+
+def explanations(rows):
+    """A table of the rows in which NumPy is faster: why, and how long the bare work takes."""
+    slower = slower_rows(rows)
+    if not slower:
+        return []
+    times = {row["case"]: row["ours_ns"] for row in rows}
+    lines = ["| case | n | ratio | bare row | ours over it | why |", "| --- | ---: | ---: | --- | ---: | --- |"]
+    for row in slower:
+        reason = reason_for(row["case"])
+        bare = reason and times.get(f"limits/{reason.bare}/{row['n']}")
+        lines.append("| " + " | ".join([
+            row["case"].rpartition("/")[0], f"{row['n']:,}", number(row["ratio"], "{:.1f}"),
+            reason.bare if bare else "", number(row["ours_ns"] / bare) if bare else "",
+            reason.why if reason else "unknown",
+        ]) + " |")
+    return lines
 
 
 def machine(compiler, kept_memory=None):
@@ -122,6 +149,11 @@ def save(directory, facts, rows, kept_memory=None):
     with open(path + ".json", "w") as out:
         json.dump({"machine": facts, "rows": rows}, out, indent=1)
         out.write("\n")
+    return show(path, facts, rows)
+
+
+def show(path, facts, rows):
+    """Writes the page and the picture of rows: `path` with the endings .md and .svg. Returns the path of the page."""
     with open(path + ".svg", "w") as out:
         out.write(picture.picture(facts, rows))
     with open(path + ".md", "w") as out:
@@ -129,6 +161,9 @@ def save(directory, facts, rows, kept_memory=None):
         out.writelines(f"- {what}: {value}\n" for what, value in facts.items())
         out.write("\n" + head() + "\n" + "".join(line(cells(row)) + "\n" for row in rows))
         out.writelines(f"\n{text}\n" for text in [*summary(rows), *notes(rows)])
+        explained = explanations(rows)
+        if explained:
+            out.write("\n## Where NumPy is faster\n\n" + "\n".join(explained) + "\n")
     return path + ".md"
 
 
@@ -153,3 +188,14 @@ def _first_line(program, heading):
         return ""
     found = re.search(rf"^{heading}:\s*(.*)$", text, re.MULTILINE)
     return found.group(1) if found else ""
+
+
+def main():
+    path = sys.argv[1]
+    with open(path) as saved:
+        results = json.load(saved)
+    show(os.path.splitext(path)[0], results["machine"], results["rows"])
+
+
+if __name__ == "__main__":
+    main()
