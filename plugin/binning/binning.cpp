@@ -100,6 +100,27 @@ std::unique_ptr<ArrayOf<XTDouble>> ten_bin_edges(Kind, const xarray_of<T>& array
 
 // ---- Counts of integers
 
+/// Adds `times` to the count of each element; `size` is the number of counts. An element that equals one shortly before
+/// it waits for that one's count. Where the counts are few, four tables share the elements, and are added at the end.
+template <class T>
+void count_elements(const T* elements, std::size_t count, T times, T* counts, std::size_t size) {
+  constexpr std::size_t most = 1024;  // what fits into the first cache four times
+  const auto add = [=](T* table, std::size_t i) { table[static_cast<std::size_t>(elements[i])] += times; };
+  std::size_t i = 0;
+  if (size <= most && count >= 8 * size) {
+    T second[most], third[most], fourth[most];
+    for (T* const table : {second, third, fourth}) std::fill_n(table, size, T{0});
+    for (; i + 4 <= count; i += 4) {
+      add(counts, i);
+      add(second, i + 1);
+      add(third, i + 2);
+      add(fourth, i + 3);
+    }
+    for (std::size_t k = 0; k < size; ++k) counts[k] += second[k] + third[k] + fourth[k];
+  }
+  for (; i < count; ++i) add(counts, i);
+}
+
 /// How often each number from 0 to the largest element occurs. Throws std::runtime_error for a negative element, and
 /// std::bad_alloc without elements or when the largest element is the maximum of its type.
 template <class Kind, class T>
@@ -111,10 +132,8 @@ std::unique_ptr<ArrayOf<Kind>> occurrences(Kind, const xarray_of<T>& array) {
   auto made = make_vector<Kind>(static_cast<std::size_t>(std::int64_t{size}));
   auto& counts = made->array->storage();
   std::fill(counts.begin(), counts.end(), T{0});
-  const T* const elements = array.storage().data();
-  T* const first = counts.data();
   const auto [count, times] = reads_of(array);
-  for (std::size_t i = 0; i < count; ++i) first[static_cast<std::size_t>(elements[i])] += static_cast<T>(times);
+  count_elements(array.storage().data(), count, static_cast<T>(times), counts.data(), counts.size());
   return made;
 }
 

@@ -41,7 +41,7 @@ class Bincount : public OverKinds<ArrayResultTest> {
 INSTANTIATE_TEST_SUITE_P(Kinds, Bincount, ::testing::ValuesIn(integer_kinds), KindName());
 
 TEST_P(Bincount, OfRandomElements_IsTheLibrarys) {
-  for (const unsigned limit : {1u, 2u, 10u, 1000u}) {
+  for (const unsigned limit : {1u, 2u, 10u, 1000u, 1024u, 1025u}) {
     for (std::size_t length = 1; length <= 300; ++length)
       expect_library(below({length}, limit, static_cast<unsigned>(length)));
     for (const std::size_t length : {1000u, 5000u, 100001u}) expect_library(below({length}, limit, 3));
