@@ -6,8 +6,8 @@
 // Errors in units in the last place: the last rounding has 0.5. All before it has less than 0.05, since it is smaller
 // by 2^5 at least: in exp and cosh that is what is added to the power. expm1, sinh and tanh cancel where n is small, so
 // they keep the sum of the power and its product with r in two parts; in sinh what is added to these has less than 0.1.
-// exp10 keeps that sum in two parts, too, and r: it is exact to 2^-63, so all before the last rounding has less than
-// 0.003. A result that is a double, such as 10^22, has no other double that near.
+// exp10 keeps r and that sum in two parts, both exact to 2^-63: all before the last rounding has less than 0.003. So a
+// power that is a double, such as 10^22, gives that double.
 
 #if defined(ARRAYFOLD_EXPONENTIALS_INL) == defined(HWY_TARGET_TOGGLE)
 #ifdef ARRAYFOLD_EXPONENTIALS_INL
@@ -106,7 +106,7 @@ struct Exp {
 
 /// 10^x, nearly always rounded as the exact power. The remainder of x, and its product with ln 10, have two parts.
 struct Exp10 {
-  /// From 10^-290 down what is lost in a step may be subnormal.
+  /// Below 10^-290, what a step loses may be subnormal.
   static constexpr double largest = 290;
 
   static HWY_INLINE Truths is_unusual(Lanes x) { return is_unusual_above(x, largest); }
@@ -125,7 +125,7 @@ struct Exp10 {
     const Lanes lost = fused(power, t, hn::Sub(power, sum));
     return hn::Add(sum, hn::MulAdd(power, tail, lost));
   }
-  /// The C library's power from 10^290 and 10^-290 on, up to where every result is infinity or 0.
+  /// Powers beyond 10^290 and below 10^-290 are the C library's, up to where each of them is infinity or 0.
   static HWY_INLINE Lanes of_any(Lanes x) {
     const Lanes magnitude = hn::Abs(x);
     const Truths usual = hn::Le(magnitude, all(largest)), is_far = hn::Not(hn::Le(magnitude, all(330)));

@@ -141,7 +141,7 @@ HWY_INLINE Lanes quotient(Pair dividend, Pair divisor) {
 template <class Function>
 HWY_INLINE Lanes or_by_library(Truths usual, Lanes y, Lanes x, Function function) {
   if (hn::AllTrue(Doubles(), usual)) return y;
-  // A usual lane is 0, which no other lane is.
+  // Usual lanes are stored as 0. In the others x is not 0.
   alignas(64) double lanes[hn::MaxLanes(Doubles())];
   hn::Store(hn::IfThenZeroElse(usual, x), Doubles(), lanes);
   for (double& lane : lanes)
