@@ -190,12 +190,11 @@ def _first_line(program, heading):
     return found.group(1) if found else ""
 
 
-def main():
-    path = sys.argv[1]
+def main(path):
     with open(path) as saved:
         results = json.load(saved)
     show(os.path.splitext(path)[0], results["machine"], results["rows"])
 
 
 if __name__ == "__main__":
-    main()
+    main(*sys.argv[1:])

@@ -49,7 +49,8 @@ def measured_lines(program, count, count_of_others):
     lines = []
     for name in NAMES:
         arguments = count if name in OWN else count_of_others
-        run = subprocess.run([program, str(arguments), "--peers", "--of", name], stdout=subprocess.PIPE, text=True, check=True)
+        run = subprocess.run([program, str(arguments), "--peers", "--of", name], stdout=subprocess.PIPE, text=True,
+                             check=True)
         lines.extend(run.stdout.splitlines())
     return lines
 

@@ -198,25 +198,10 @@ TEST(VectorLoops, PowersOfTen_AreRoundedAlmostAsTheExactOnes) {
 
 /// The kernel's, the C library's, infinity and 0, next to each other in a register.
 TEST(VectorLoops, PowersOfTenOfEverySize_AreTheNearestDoubles) {
-  const std::vector<double> exponents = {1.5,
-                                         290,
-                                         290.5,
-                                         308.25471555991675,
-                                         308.25471555991669,
-                                         309,
-                                         331,
-                                         1e300,
-                                         HUGE_VAL,
-                                         -290,
-                                         -290.5,
-                                         -307.75,
-                                         -323.5,
-                                         -324.0,
-                                         -324.5,
-                                         -331,
-                                         -HUGE_VAL,
-                                         0,
-                                         std::nan("")};
+  std::vector<double> exponents = {std::nan("")};
+  for (const double x : {0.0, 1.5, 290.0, 290.5, 307.75, 308.25471555991669, 308.25471555991675, 309.0, 323.5, 324.0,
+                         324.5, 331.0, 1e300, HUGE_VAL})
+    exponents.insert(exponents.end(), {x, -x});
   on_each_target([&] {
     std::vector<double> powers(exponents.size());
     vector_math().exp10(exponents.data(), powers.data(), powers.size());
