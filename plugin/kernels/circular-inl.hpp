@@ -23,19 +23,12 @@
 HWY_BEFORE_NAMESPACE();
 namespace arrayfold::HWY_NAMESPACE {
 
-/// n in the lowest bits, and r in two parts.
-struct Angle {
-  BitLanes quarters;
-  Lanes r, low;
-};
-
-HWY_INLINE Angle angle_of(Lanes x) {
-  const Integer n = nearest_integer(x, all(constants::quarters_per_unit));
-  const Lanes first = fused_from(x, n.value, all(constants::quarter_first));
-  const Lanes r = hn::NegMulAdd(n.value, all(constants::quarter_second), first);
-  const Lanes lost = hn::NegMulAdd(n.value, all(constants::quarter_second), hn::Sub(first, r));
-  const Lanes low = hn::NegMulAdd(n.value, all(constants::quarter_third), lost);
-  return {n.bits, r, low};
+/// What a number leaves beside a multiple of pi/2, in two parts.
+HWY_INLINE Pair remainder_of(Lanes x, Lanes quarters) {
+  const Lanes first = fused_from(x, quarters, all(constants::quarter_first));
+  const Lanes r = hn::NegMulAdd(quarters, all(constants::quarter_second), first);
+  const Lanes lost = hn::NegMulAdd(quarters, all(constants::quarter_second), hn::Sub(first, r));
+  return {r, hn::NegMulAdd(quarters, all(constants::quarter_third), lost)};
 }
 
 /// The truth of each lane whose lowest bit is set.
@@ -43,29 +36,35 @@ HWY_INLINE Truths is_odd(BitLanes bits) { return hn::RebindMask(Doubles(), hn::T
 
 /// Sine of x, `turned` by so many quarters. The cosine of r is 1 - 2 s^2, where s is the sine of r / 2: so one
 /// polynomial serves all lanes. Every step for -x gives the negative number of that for x, or the same square.
-HWY_INLINE Lanes sine_of(Lanes x, std::uint64_t turned) {
-  const Angle a = angle_of(x);
-  const BitLanes quarters = hn::Add(a.quarters, all_words(turned));
-  const Truths odd = is_odd(quarters);
-  const Lanes r = hn::IfThenElse(odd, hn::Mul(a.r, all(0.5)), a.r);
-  const Lanes low = hn::IfThenElse(odd, hn::Mul(a.low, all(0.5)), a.low);
-  const Lanes square = hn::Mul(r, r);
+HWY_INLINE Lanes sine_of(Lanes x, double turned) {
+  // Ends in the bits of n, turned.
+  const Lanes rounding = all(to_integer + turned);
+  const Lanes with_n = hn::MulAdd(x, all(constants::quarters_per_unit), rounding);
+  const BitLanes quarters = bits_of(with_n);
+  // Odd lanes take half of x and half of n, so that r is halved. One less in the exponent does that: none of the
+  // numbers is 0 or near the smallest.
+  const BitLanes one_less = hn::ShiftRight<11>(hn::ShiftLeft<63>(quarters));
+  const auto halved_if_odd = [&](Lanes y) { return from_bits(hn::Sub(bits_of(y), one_less)); };
+  const Lanes n = hn::Sub(halved_if_odd(with_n), halved_if_odd(rounding));
+  const Pair r = remainder_of(halved_if_odd(x), n);
+  const Lanes square = hn::Mul(r.high, r.high);
   const Lanes factor = polynomial(constants::sine, square, hn::Mul(square, square));
-  const Lanes sine = hn::Add(r, hn::MulAdd(hn::Mul(square, r), factor, low));
-  const Lanes value = hn::IfThenElse(odd, hn::MulAdd(hn::Mul(sine, all(-2)), sine, all(1)), sine);
+  const Lanes sine = hn::Add(r.high, hn::MulAdd(hn::Mul(square, r.high), factor, r.low));
+  const Lanes cosine = hn::NegMulAdd(hn::Add(sine, sine), sine, all(1));
+  const Lanes value = hn::IfThenElse(is_odd(quarters), cosine, sine);
   return from_bits(hn::Xor(bits_of(value), hn::And(hn::ShiftLeft<62>(quarters), all_words(sign_bit))));
 }
 
 /// The largest magnitude that the kernel computes itself.
 constexpr double largest = 1e5;
 
-/// The C library's function beyond that, NaN for what is not finite, and `Function::of_usual` below.
+/// The C library's function beyond that, NaN for what is not finite, and `Function::of_usual` below, which takes tiny
+/// numbers for `least_usual`.
 template <class Function>
 HWY_INLINE Lanes with_library(Lanes x, double (*function)(double)) {
   const Lanes magnitude = hn::Abs(x);
   const Truths usual = hn::Le(magnitude, all(largest));
-  const Lanes y =
-      Function::of_usual(hn::IfThenElseZero(hn::Ge(magnitude, all(least_usual)), hn::IfThenElseZero(usual, x)));
+  const Lanes y = Function::of_usual(hn::IfThenElse(Function::is_unusual(x), all(least_usual), x));
   const Truths is_finite = hn::Lt(magnitude, all(infinity));
   const Lanes with_nan = hn::IfThenElse(usual, y, hn::Sub(x, x));
   return or_by_library(hn::Or(usual, hn::Not(is_finite)), with_nan, x, function);
@@ -87,18 +86,20 @@ struct Cos {
 struct Tan {
   static HWY_INLINE Truths is_unusual(Lanes x) { return is_unusual_above(x, largest); }
   static HWY_INLINE Lanes of_usual(Lanes x) {
-    const Angle a = angle_of(x);
-    const Lanes square = hn::Mul(a.r, a.r), fourth = hn::Mul(square, square);
-    const Lanes lower = hn::Mul(a.low, hn::MulAdd(square, all(constants::tangent_slope), all(1)));
-    const Lanes p_tail = hn::MulAdd(hn::Mul(square, a.r), short_polynomial(constants::tangent_dividend, square), lower);
+    const Integer n = nearest_integer(x, all(constants::quarters_per_unit));
+    const Pair r = remainder_of(x, n.value);
+    const Lanes square = hn::Mul(r.high, r.high), fourth = hn::Mul(square, square);
+    const Lanes lower = hn::Mul(r.low, hn::MulAdd(square, all(constants::tangent_slope), all(1)));
+    const Lanes p_tail =
+        hn::MulAdd(hn::Mul(square, r.high), short_polynomial(constants::tangent_dividend, square), lower);
     const Lanes first = all(constants::tangent_divisor_first);
     const Lanes q = hn::MulAdd(square, first, all(1));
     const Lanes lost = hn::MulAdd(square, first, hn::Sub(all(1), q));
     const Lanes q_tail = hn::MulAdd(fourth, short_polynomial(constants::tangent_divisor, square), lost);
-    const Truths odd = is_odd(a.quarters);
-    const Pair dividend = sum_of(hn::IfThenElse(odd, q, a.r), hn::IfThenElse(odd, q_tail, p_tail));
-    const Pair divisor = sum_of(hn::IfThenElse(odd, a.r, q), hn::IfThenElse(odd, p_tail, q_tail));
-    return from_bits(hn::Xor(bits_of(quotient(dividend, divisor)), hn::ShiftLeft<63>(a.quarters)));
+    const Truths odd = is_odd(n.bits);
+    const Pair dividend = sum_of(hn::IfThenElse(odd, q, r.high), hn::IfThenElse(odd, q_tail, p_tail));
+    const Pair divisor = sum_of(hn::IfThenElse(odd, r.high, q), hn::IfThenElse(odd, p_tail, q_tail));
+    return from_bits(hn::Xor(bits_of(quotient(dividend, divisor)), hn::ShiftLeft<63>(n.bits)));
   }
   static HWY_INLINE Lanes of_any(Lanes x) { return hn::IfThenElse(is_tiny(x), x, with_library<Tan>(x, std::tan)); }
 };
