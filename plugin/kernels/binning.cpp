@@ -65,41 +65,20 @@ void place_among_few(const T* elements, std::size_t size, const Edge* edges, std
   });
 }
 
-/// One edge for each lane, in the type that it is compared in, as doubles.
-template <class Common, class D, class Edge>
-HWY_INLINE hn::Vec<D> edges_at(D tag, const Edge* edges, const std::int64_t* positions) {
-  if constexpr (sizeof(Edge) == 8 && std::is_same_v<Common, double>) {
-    const hn::Rebind<Edge, D> stored;
-    return as_doubles(stored, hn::GatherIndex(stored, edges, hn::LoadU(hn::RebindToSigned<D>(), positions)));
-  } else {
-    double found[hn::MaxLanes(tag)];
-    for (std::size_t lane = 0; lane < hn::MaxLanes(tag); ++lane)
-      found[lane] = static_cast<double>(static_cast<Common>(edges[positions[lane]]));
-    return hn::LoadU(tag, found);
-  }
-}
-
-/// Searches by halving. All elements of a block take a step of the search before any takes the next. Doubles compare as
-/// the floats that they were. Lanes behind the last element search, too.
+/// Searches by halving. All elements of a block take a step of the search before any takes the next, and no step is one
+/// that a processor could guess wrong. Registers do not help: processors gather no faster than they load one by one.
 template <class T, class Edge>
 void place_by_search(const T* elements, std::size_t size, const Edge* edges, std::size_t count, double* places) {
   using Common = std::common_type_t<T, Edge>;
-  const hn::ScalableTag<double> tag;
-  const hn::RebindToSigned<decltype(tag)> integers;
-  constexpr std::size_t block = 64, lanes = hn::MaxLanes(tag);
-  static_assert(block % lanes == 0, "blocks are whole registers");
-  double x[block] = {};
-  std::int64_t first[block];
+  constexpr std::size_t block = 64;
   for (std::size_t start = 0; start < size; start += block) {
     const std::size_t together = std::min(block, size - start);
-    for (std::size_t j = 0; j < together; ++j) x[j] = elements[start + j];
-    for (std::int64_t& place : first) place = 0;
+    const T* const x = elements + start;
+    std::size_t first[block] = {};
     const auto step = [&](std::size_t probe, std::size_t passed) HWY_ATTR {
-      for (std::size_t j = 0; j < together; j += lanes) {
-        const auto is_less = hn::Lt(hn::LoadU(tag, x + j), edges_at<Common>(tag, edges + probe, first + j));
-        const auto gain = hn::Set(integers, static_cast<std::int64_t>(passed));
-        const auto at = hn::LoadU(integers, first + j);
-        hn::StoreU(hn::Add(at, hn::IfThenZeroElse(hn::RebindMask(integers, is_less), gain)), integers, first + j);
+      for (std::size_t j = 0; j < together; ++j) {
+        const bool is_less = static_cast<Common>(x[j]) < static_cast<Common>(edges[first[j] + probe]);
+        first[j] += passed & (static_cast<std::size_t>(is_less) - 1);
       }
     };
     for (std::size_t left = count; left > 1; left -= left / 2) step(left / 2 - 1, left / 2);
