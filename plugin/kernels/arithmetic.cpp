@@ -122,8 +122,18 @@ HWY_INLINE void store_result(D tag, hn::Vec<D> lanes, R* out) {
 
 template <class Apply, class Left, class Right, class T, class R>
 void combine(const T* left, const T* right, R* out, std::size_t count) {
-  for_each_register(TagFor<T, R>(), count, [a = Left{left}, b = Right{right}, out](auto tag, std::size_t i) HWY_ATTR {
-    store_result(tag, Apply()(tag, a(tag, i), b(tag, i)), out + i);
+  const TagFor<T, R> whole;
+  const auto result_at = [a = Left{left}, b = Right{right}](auto tag, std::size_t i)
+                             HWY_ATTR { return Apply()(tag, a(tag, i), b(tag, i)); };
+  std::size_t done = 0;
+  if constexpr (std::is_same_v<R, bool> && hn::MaxLanes(whole) > 1) {
+    // Stores of a few bytes take as much time as large ones.
+    constexpr std::size_t lanes = hn::MaxLanes(whole);
+    for (; count - done >= 2 * lanes; done += 2 * lanes)
+      store_truths(whole, result_at(whole, done), result_at(whole, done + lanes), out + done);
+  }
+  for_each_register(whole, count - done, [=](auto tag, std::size_t i) HWY_ATTR {
+    store_result(tag, result_at(tag, done + i), out + done + i);
   });
 }
 

@@ -35,6 +35,27 @@ HWY_INLINE hn::Vec<Bytes> bytes_of_mask(D tag, Bytes bytes, M mask) {
 #endif
 }
 
+/// The masks of two registers in the same way, one behind the other. `bytes` is the tag of as many bytes as both have
+/// lanes.
+template <class D, class Bytes, class M>
+HWY_INLINE hn::Vec<Bytes> bytes_of_masks(D tag, Bytes bytes, M first, M second) {
+#if HWY_TARGET <= HWY_AVX3
+  hn::Mask<Bytes> chosen;
+  if constexpr (hn::MaxLanes(tag) == 8)
+    chosen.raw = _mm512_kunpackb(second.raw, first.raw);
+  else
+    chosen.raw = _mm512_kunpackw(second.raw, first.raw);
+  return hn::IfThenElseZero(chosen, hn::Set(bytes, 1));
+#else
+  // The even halves of the lanes of both, which together are one register.
+  const hn::RepartitionToNarrow<hn::RebindToUnsigned<D> > halves;
+  const auto as_halves = [=](M mask) HWY_ATTR { return hn::BitCast(halves, hn::VecFromMask(tag, mask)); };
+  // The name is found by its arguments, since single lanes have no such function.
+  const auto both = ConcatEven(halves, as_halves(second), as_halves(first));
+  return hn::TruncateTo(bytes, hn::And(both, hn::Set(halves, 1)));
+#endif
+}
+
 /// `a` where it is less than `b`, otherwise `b`: also where they are equal, and with NaN. The instructions for the
 /// smaller and the larger of x86 have this rule.
 template <class D, class V>

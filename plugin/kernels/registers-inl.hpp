@@ -258,13 +258,23 @@ HWY_INLINE void store(D tag, V lanes, R* out) {
   }
 }
 
-/// Stores each lane of a mask as a truth value, a byte of 0 or 1.
+/// Truth values are stored as bytes of 0 or 1.
+HWY_INLINE std::uint8_t* bytes_of(bool* truths) {
+  static_assert(sizeof(bool) == 1, "truth values are bytes");
+  return static_cast<std::uint8_t*>(static_cast<void*>(truths));
+}
+
+/// Stores each lane of a mask as a truth value.
 template <class D, class M>
 HWY_INLINE void store_truths(D tag, M mask, bool* out) {
-  static_assert(sizeof(bool) == 1, "truth values are stored as bytes");
-  auto* const bytes = static_cast<std::uint8_t*>(static_cast<void*>(out));
-  const hn::Rebind<std::uint8_t, D> small;
-  hn::StoreU(bytes_of_mask(tag, small, mask), small, bytes);
+  const hn::Rebind<std::uint8_t, D> bytes;
+  hn::StoreU(bytes_of_mask(tag, bytes, mask), bytes, bytes_of(out));
+}
+/// The same for two registers, with one store.
+template <class D, class M>
+HWY_INLINE void store_truths(D tag, M first, M second, bool* out) {
+  const hn::Twice<hn::Rebind<std::uint8_t, D>> bytes;
+  hn::StoreU(bytes_of_masks(tag, bytes, first, second), bytes, bytes_of(out));
 }
 
 }  // namespace arrayfold::HWY_NAMESPACE
