@@ -44,7 +44,7 @@ HWY_INLINE Lanes sine_of(Lanes x, double turned) {
   // Odd lanes take half of x and half of n, so that r is halved. One less in the exponent does that: none of the
   // numbers is 0 or near the smallest.
   const BitLanes one_less = hn::ShiftRight<11>(hn::ShiftLeft<63>(quarters));
-  const auto halved_if_odd = [&](Lanes y) { return from_bits(hn::Sub(bits_of(y), one_less)); };
+  const auto halved_if_odd = [&](Lanes y) HWY_ATTR { return from_bits(hn::Sub(bits_of(y), one_less)); };
   const Lanes n = hn::Sub(halved_if_odd(with_n), halved_if_odd(rounding));
   const Pair r = remainder_of(halved_if_odd(x), n);
   const Lanes square = hn::Mul(r.high, r.high);

@@ -153,10 +153,9 @@ HWY_INLINE Pair exponential_less_one(Lanes x) {
 
 struct Expm1 {
   static HWY_INLINE Truths is_unusual(Lanes x) { return is_unusual_above(x, 600); }
-  /// The sign is that of x, also of zeros.
   static HWY_INLINE Lanes of_usual(Lanes x) {
     const Pair value = exponential_less_one(x);
-    return hn::CopySign(hn::Add(value.high, value.low), x);
+    return hn::Add(value.high, value.low);
   }
   static HWY_INLINE Lanes of_any(Lanes x) {
     const Truths large = hn::Gt(x, all(600)), tiny = is_tiny(x);

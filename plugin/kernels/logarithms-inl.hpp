@@ -114,7 +114,7 @@ struct Log1p {
   }
   static HWY_INLINE Lanes of_usual(Lanes x) {
     const Lanes sum = hn::Add(x, all(1));
-    return of_sum(x, sum, in_cell(cell_bits(sum)), x);
+    return of_sum(x, sum, in_cell(cell_bits(sum)));
   }
   static HWY_INLINE Lanes of_any(Lanes x) {
     const Truths unusual = is_unusual(x), tiny = is_tiny(x);
@@ -123,16 +123,16 @@ struct Log1p {
     const Lanes sum = hn::Add(nearer, all(1));
     InCell cell = in_cell(cell_bits(sum));
     cell.exponent = hn::Add(cell.exponent, hn::IfThenElseZero(unusual, all(100)));
-    return hn::IfThenElse(tiny, x, with_special_values(of_sum(nearer, sum, cell, x), hn::Add(x, all(1))));
+    return hn::IfThenElse(tiny, x, with_special_values(of_sum(nearer, sum, cell), hn::Add(x, all(1))));
   }
 
  private:
-  static HWY_INLINE Lanes of_sum(Lanes x, Lanes sum, const InCell& cell, Lanes sign) {
+  static HWY_INLINE Lanes of_sum(Lanes x, Lanes sum, const InCell& cell) {
     // 1 stands for the larger one: up to 2^53 this is exact where x is larger, too, and beyond 1 no longer counts.
     const Lanes lost = lost_in(sum, all(1), x);
     const Lanes r = fused(sum, cell.inverse, all(-1)), low = hn::Mul(lost, cell.inverse);
     const Pair main = logarithm_of_cell(cell, r);
-    return hn::CopySign(with_polynomial({main.high, hn::Add(main.low, low)}, hn::Add(r, low)), sign);
+    return with_polynomial({main.high, hn::Add(main.low, low)}, hn::Add(r, low));
   }
 };
 
