@@ -92,10 +92,10 @@ bool sorts_by_vectors(const T* elements, std::size_t count) {
 
 template <class T>
 void sort_elements(T* elements, std::size_t count) {
-  if (sorts_by_vectors(elements, count))
-    sort_by_vectors(elements, count);
-  else
+  if (!sorts_by_vectors(elements, count))
     std::sort(elements, elements + count);
+  else if (!std::is_sorted(elements, elements + count))  // the vectorised sort takes as long for sorted elements
+    sort_by_vectors(elements, count);
 }
 
 // ---- Positions
@@ -165,6 +165,7 @@ bool have_keys(const T* elements, std::size_t count) {
 template <class T>
 void order_positions(const T* elements, std::size_t count, std::int32_t* positions) {
   if (count >= minimum_for_vectors && have_keys(elements, count)) {
+    if (std::is_sorted(elements, elements + count)) return std::iota(positions, positions + count, 0);
     if (!positions_by_short_numbers(elements, count, positions)) positions_by_long_numbers(elements, count, positions);
     return;
   }

@@ -53,6 +53,19 @@ TEST_P(Sorts, OfManyElements_AreTheLibrarys) {
     }
 }
 
+TEST_P(Sorts, OfElementsOfWhichOneIsOutOfPlace_AreTheLibrarys) {
+  for (const std::size_t length : {256u, 1000u})
+    for (const std::size_t place : {std::size_t{1}, length / 2, length - 1}) {
+      Numbers x;
+      for (std::size_t i = 0; i < length; ++i) x.push_back(i == place ? 0 : static_cast<int>(i) + 1);
+      const TestArray array(kind(), {length}, x);
+      Operand operand(ctx(), array);
+      const std::string what = std::to_string(place) + " of " + std::to_string(length);
+      expect_sorted(operand.value(), array, what);
+      expect_positions(operand.value(), array, what);
+    }
+}
+
 TEST_P(Sorts, OfZeroDimensionalArrays_AreACopyAndPositionZero) {
   Operand operand(ctx(), kind(), {}, {42});
   EXPECT_EQ(given(call("xsort", {operand.value()}), kind()), TestArray(kind(), {}, {42}));
