@@ -32,7 +32,6 @@ REASONS = [
     Reason("reductions/*/10000000", MEMORY, "read"),
     Reason("binning/xbincount*/10000000", MEMORY),
     Reason("ordering/xarg*/10000000", MEMORY, "read"),
-    Reason("ordering/x*sort_sorted/*", "The vectorised sort takes its time for any data; NumPy's meets its best case."),
     Reason("ordering/xpartition*",
            "Scripts see the order in which the selection of the C++ library leaves the elements."),
     Reason("linear_algebra/norm_vector/*",
