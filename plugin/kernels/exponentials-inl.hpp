@@ -129,7 +129,7 @@ struct Exp10 {
   static HWY_INLINE Lanes of_any(Lanes x) {
     const Lanes magnitude = hn::Abs(x);
     const Truths usual = hn::Le(magnitude, all(largest)), is_far = hn::Not(hn::Le(magnitude, all(330)));
-    const Lanes y = of_usual(hn::IfThenElseZero(hn::Ge(magnitude, all(least_usual)), hn::IfThenElseZero(usual, x)));
+    const Lanes y = of_usual(hn::IfThenElse(is_unusual(x), all(least_usual), x));
     const Lanes far = hn::IfThenElse(hn::Lt(x, all(0)), all(0), hn::Mul(x, all(infinity)));
     return or_by_library(hn::Or(usual, is_far), hn::IfThenElse(is_far, far, y), x,
                          [](double exponent) { return std::pow(10.0, exponent); });
