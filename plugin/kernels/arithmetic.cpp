@@ -132,6 +132,11 @@ void combine(const T* left, const T* right, R* out, std::size_t count) {
     for (; count - done >= 2 * lanes; done += 2 * lanes)
       store_truths(whole, result_at(whole, done), result_at(whole, done + lanes), out + done);
   }
+  if constexpr (!std::is_same_v<R, bool>) {
+    // Over an operand the caches hold the lines of the result already.
+    const void* const written = out;
+    if (left != written && right != written) done = store_past_caches(whole, out, count, result_at);
+  }
   for_each_register(whole, count - done, [=](auto tag, std::size_t i) HWY_ATTR {
     store_result(tag, result_at(tag, done + i), out + done + i);
   });

@@ -18,16 +18,15 @@ void subtract_neighbours(const T* rows, T* out, std::size_t length, std::size_t 
   const hn::CappedTag<T, 32 / sizeof(T)> whole;
   constexpr std::size_t lanes = hn::MaxLanes(whole);
   const std::size_t width = length - 1;
-  const auto subtract = [&](auto tag, std::size_t i) HWY_ATTR {
-    hn::StoreU(hn::Sub(hn::LoadU(tag, rows + i + 1), hn::LoadU(tag, rows + i)), tag, out + i);
-  };
+  const auto difference_at = [&](auto tag, std::size_t i)
+                                 HWY_ATTR { return hn::Sub(hn::LoadU(tag, rows + i + 1), hn::LoadU(tag, rows + i)); };
   for (std::size_t row = 0; row < count; ++row, rows += length, out += width) {
-    // A register may reach into the rows that follow, whose results are written later.
+    // A register may reach into the rows that follow, whose results are written later. None follow the last row.
     const std::size_t left = (count - row) * width, whole_registers = (width + lanes - 1) / lanes * lanes;
-    if (whole_registers <= left)
-      for (std::size_t i = 0; i < width; i += lanes) subtract(whole, i);
+    if (row + 1 < count && whole_registers <= left)
+      for (std::size_t i = 0; i < width; i += lanes) store(whole, difference_at(whole, i), out + i);
     else
-      for_each_register(whole, width, subtract);
+      store_results(whole, out, width, difference_at);
   }
 }
 

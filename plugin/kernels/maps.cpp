@@ -98,23 +98,22 @@ struct IsFinite {
 
 template <class Apply, class T, class R>
 void map(const T* in, R* out, std::size_t count) {
-  for_each_register(TagFor<T, R>(), count, [=](auto tag, std::size_t i) HWY_ATTR {
-    store(tag, Apply()(tag, hn::LoadU(tag, in + i)), out + i);
-  });
+  store_results(TagFor<T, R>(), out, count,
+                [=](auto tag, std::size_t i) HWY_ATTR { return Apply()(tag, hn::LoadU(tag, in + i)); });
 }
 
 /// For division and roots, which take a little longer in registers of 64 bytes than in two of 32. Integers are
 /// converted to double first.
 template <class Apply, class T>
 void map_floating(const T* in, double* out, std::size_t count) {
-  for_each_register(hn::Rebind<T, hn::CappedTag<double, 4>>(), count, [=](auto tag, std::size_t i) HWY_ATTR {
-    const auto elements = hn::LoadU(tag, in + i);
-    if constexpr (std::is_floating_point_v<T>) {
-      store(tag, Apply()(tag, elements), out + i);
-    } else {
-      const hn::Rebind<double, decltype(tag)> doubles;
-      hn::StoreU(Apply()(doubles, as_doubles(tag, elements)), doubles, out + i);
-    }
+  using Floating = std::conditional_t<std::is_floating_point_v<T>, T, double>;
+  store_results(hn::Rebind<Floating, hn::CappedTag<double, 4>>(), out, count, [=](auto tag, std::size_t i) HWY_ATTR {
+    const hn::Rebind<T, decltype(tag)> stored;
+    const auto elements = hn::LoadU(stored, in + i);
+    if constexpr (std::is_floating_point_v<T>)
+      return Apply()(tag, elements);
+    else
+      return Apply()(tag, as_doubles(stored, elements));
   });
 }
 

@@ -16,9 +16,11 @@
 #include <limits>
 #include <type_traits>
 
+#include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
 #include "kernels/conversion.hpp"
+#include "kernels/large_results.hpp"
 #include "kernels/per_target-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
@@ -247,15 +249,44 @@ HWY_INLINE hn::Vec<D> load_as(D tag, const T* elements) {
 
 // ---- Lanes to memory of another type
 
-/// Stores each lane as a T: integers and 32-bit numbers are widened to double.
-template <class D, class V, class R>
-HWY_INLINE void store(D tag, V lanes, R* out) {
+/// The lanes as the elements of a result of type R: as they are, or integers and 32-bit numbers widened to double.
+template <class R, class D, class V>
+HWY_INLINE hn::Vec<hn::Rebind<R, D>> as_results(D tag, V lanes) {
   if constexpr (std::is_same_v<hn::TFromD<D>, R>) {
-    hn::StoreU(lanes, tag, out);
+    return lanes;
   } else {
     static_assert(std::is_same_v<R, double>, "lanes are stored as they are or as doubles");
-    hn::StoreU(as_doubles(tag, lanes), hn::Rebind<double, D>(), out);
+    return as_doubles(tag, lanes);
   }
+}
+
+/// Stores the lanes as elements of a result.
+template <class D, class V, class R>
+HWY_INLINE void store(D tag, V lanes, R* out) {
+  hn::StoreU(as_results<R>(tag, lanes), hn::Rebind<R, D>(), out);
+}
+
+/// Stores `result_at(tag, first)` past the caches for each whole register of a result, where that takes less time.
+/// Returns how many elements are stored: none, or all but those behind the last whole register. A result that lies over
+/// an operand is not for it: the caches hold its lines already.
+template <class D, class R, class ResultAt>
+HWY_INLINE std::size_t store_past_caches(D tag, R* out, std::size_t count, const ResultAt& result_at) {
+  if (HWY_LIKELY(!goes_past_caches(out, count))) return 0;
+  constexpr std::size_t lanes = hn::MaxLanes(tag);
+  const std::size_t end = count / lanes * lanes;
+  for (std::size_t i = 0; i < end; i += lanes)
+    hn::Stream(as_results<R>(tag, result_at(tag, i)), hn::Rebind<R, D>(), out + i);
+  hwy::FlushStream();
+  return end;
+}
+
+/// Stores `result_at(tag, first)` for all elements of a result that lies apart from its operands.
+template <class D, class R, class ResultAt>
+HWY_INLINE void store_results(D tag, R* out, std::size_t count, const ResultAt& result_at) {
+  const std::size_t done = store_past_caches(tag, out, count, result_at);
+  for_each_register(tag, count - done, [&](auto narrower, std::size_t i) HWY_ATTR {
+    store(narrower, result_at(narrower, done + i), out + done + i);
+  });
 }
 
 /// Truth values are stored as bytes of 0 or 1.
