@@ -7,11 +7,14 @@
 
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <memory>
 #include <new>
 #include <utility>
 
 #include <xsimd/xsimd.hpp>
+#include <xtensor/xstorage.hpp>
 
 namespace arrayfold {
 
@@ -78,3 +81,20 @@ class aligned_allocator<T, arrayfold::storage_alignment> {
 };
 
 }  // namespace xsimd
+
+namespace xt {
+
+/// What the library does, without a call of the C library for a few entries: every new array resizes its strides twice.
+/// A new vector has no entries, and room for four of them.
+template <>
+inline void svector<std::ptrdiff_t, 4, std::allocator<std::ptrdiff_t>, true>::resize(size_type count) {
+  if (count > capacity()) grow(count);
+  const size_type before = size();
+  m_end = m_begin + count;
+  if (before == 0 && count <= 4)
+    std::fill_n(m_begin, 4, 0);
+  else if (before < count)
+    std::fill(m_begin + before, m_end, 0);
+}
+
+}  // namespace xt

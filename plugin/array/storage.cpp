@@ -2,6 +2,7 @@
 
 #include "array/storage.hpp"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -32,16 +33,17 @@ void advise_huge_pages(void* memory, std::size_t bytes) noexcept {
 }
 
 std::size_t checked_size(const Shape& extents, std::size_t element_size) {
-  std::size_t count = 1, bytes = 0;
-  bool is_impossible = false, is_empty = false, wraps = false;
+  std::size_t count = 1, bytes = 0, bits_of_any = 0;
+  bool wraps = false;
   for (const std::size_t extent : extents) {
-    is_impossible |= extent > largest_size;
-    is_empty |= extent == 0;
+    bits_of_any |= extent;
     wraps |= __builtin_mul_overflow(count, extent, &count);
   }
-  wraps |= __builtin_mul_overflow(count, element_size, &bytes);
-  if (is_impossible || (!is_empty && (wraps || bytes > largest_size))) throw std::bad_alloc();
-  return is_empty ? 0 : count;
+  if (bits_of_any > largest_size) throw std::bad_alloc();
+  // An array without elements has any other extents: their product may wrap before or behind the extent of 0.
+  if (wraps && std::find(extents.begin(), extents.end(), std::size_t{0}) != extents.end()) return 0;
+  if (wraps || __builtin_mul_overflow(count, element_size, &bytes) || bytes > largest_size) throw std::bad_alloc();
+  return count;
 }
 
 namespace {
@@ -66,12 +68,13 @@ void* zeros_of_system(std::size_t bytes) {
 }
 
 void* allocate_aligned(std::size_t bytes, Contents contents) {
+  const std::size_t size = bytes + block_alignment;
   const bool are_zeros = contents == Contents::zeros;
-  void* block = are_zeros ? zeros_of_system(bytes + block_alignment) : ::operator new(bytes + block_alignment);
-  void* memory = static_cast<void**>(block) + 1;
-  std::size_t space = bytes + block_alignment - sizeof(void*);
-  std::align(block_alignment, bytes, memory, space);
-  kept_address(memory) = reinterpret_cast<std::uintptr_t>(block) + are_zeros;
+  const auto block = reinterpret_cast<std::uintptr_t>(are_zeros ? zeros_of_system(size) : ::operator new(size));
+  // Blocks begin at a multiple of 16, so the next line of the cache leaves room for a word.
+  static_assert(__STDCPP_DEFAULT_NEW_ALIGNMENT__ >= sizeof block);
+  void* const memory = reinterpret_cast<void*>((block + block_alignment) & ~(block_alignment - 1));
+  kept_address(memory) = block + are_zeros;
   return memory;
 }
 void free_aligned(void* memory) {

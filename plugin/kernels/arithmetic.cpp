@@ -111,35 +111,26 @@ struct Repeating {
   }
 };
 
-template <class D, class M>
-HWY_INLINE void store_result(D tag, M mask, bool* out) {
-  store_truths(tag, mask, out);
-}
-template <class D, class R>
-HWY_INLINE void store_result(D tag, hn::Vec<D> lanes, R* out) {
-  store(tag, lanes, out);
-}
-
 template <class Apply, class Left, class Right, class T, class R>
 void combine(const T* left, const T* right, R* out, std::size_t count) {
   const TagFor<T, R> whole;
   const auto result_at = [a = Left{left}, b = Right{right}](auto tag, std::size_t i)
                              HWY_ATTR { return Apply()(tag, a(tag, i), b(tag, i)); };
-  std::size_t done = 0;
-  if constexpr (std::is_same_v<R, bool> && hn::MaxLanes(whole) > 1) {
-    // Stores of a few bytes take as much time as large ones.
-    constexpr std::size_t lanes = hn::MaxLanes(whole);
-    for (; count - done >= 2 * lanes; done += 2 * lanes)
-      store_truths(whole, result_at(whole, done), result_at(whole, done + lanes), out + done);
-  }
   if constexpr (!std::is_same_v<R, bool>) {
-    // Over an operand the caches hold the lines of the result already.
     const void* const written = out;
-    if (left != written && right != written) done = store_past_caches(whole, out, count, result_at);
+    store_results(whole, out, count, result_at, left == written || right == written);
+  } else {
+    std::size_t done = 0;
+    if constexpr (hn::MaxLanes(whole) > 1) {
+      // Stores of a few bytes take as much time as large ones.
+      constexpr std::size_t lanes = hn::MaxLanes(whole);
+      for (; count - done >= 2 * lanes; done += 2 * lanes)
+        store_truths(whole, result_at(whole, done), result_at(whole, done + lanes), out + done);
+    }
+    for_each_register(whole, count - done, [=](auto tag, std::size_t i) HWY_ATTR {
+      store_truths(tag, result_at(tag, done + i), out + done + i);
+    });
   }
-  for_each_register(whole, count - done, [=](auto tag, std::size_t i) HWY_ATTR {
-    store_result(tag, result_at(tag, done + i), out + done + i);
-  });
 }
 
 template <class Apply, class T, class R>

@@ -14,14 +14,14 @@ namespace arrayfold {
 /// In bytes. Last-level caches of today's processors are about as large.
 inline constexpr std::size_t least_large_result = std::size_t{32} << 20;
 
-/// True when `bytes` from `result` on, at least `least_large_result` of them, begin with a line of the cache and lie in
-/// pages that the process has used before.
-bool has_used_pages(const void* result, std::size_t bytes) noexcept;
-
-/// True when a result of `count` elements, which is not an operand, is better written past the caches.
+/// True when a result of `count` elements of R is that large.
 template <class R>
-bool goes_past_caches(const R* result, std::size_t count) noexcept {
-  return count >= least_large_result / sizeof(R) && has_used_pages(result, count * sizeof(R));
+constexpr bool is_large(std::size_t count) {
+  return count >= least_large_result / sizeof(R);
 }
+
+/// True when the result begins with a line of the cache and lies in pages that the process has used before: then stores
+/// past the caches take less time.
+bool has_used_pages(const void* result, std::size_t bytes) noexcept;
 
 }  // namespace arrayfold

@@ -266,27 +266,28 @@ HWY_INLINE void store(D tag, V lanes, R* out) {
   hn::StoreU(as_results<R>(tag, lanes), hn::Rebind<R, D>(), out);
 }
 
-/// Stores `result_at(tag, first)` past the caches for each whole register of a result, where that takes less time.
-/// Returns how many elements are stored: none, or all but those behind the last whole register. A result that lies over
-/// an operand is not for it: the caches hold its lines already.
+/// Stores `result_at(tag, first)` past the caches for all elements of a large result, where that takes less time, and
+/// tells whether it did. Not a part of the loops that call it, so that small results do not pay for its registers.
 template <class D, class R, class ResultAt>
-HWY_INLINE std::size_t store_past_caches(D tag, R* out, std::size_t count, const ResultAt& result_at) {
-  if (HWY_LIKELY(!goes_past_caches(out, count))) return 0;
+HWY_NOINLINE bool store_past_caches(D tag, R* out, std::size_t count, ResultAt result_at) {
+  if (!has_used_pages(out, count * sizeof(R))) return false;
   constexpr std::size_t lanes = hn::MaxLanes(tag);
   const std::size_t end = count / lanes * lanes;
   for (std::size_t i = 0; i < end; i += lanes)
     hn::Stream(as_results<R>(tag, result_at(tag, i)), hn::Rebind<R, D>(), out + i);
   hwy::FlushStream();
-  return end;
+  for_each_narrower(tag, end, count,
+                    [=](auto narrower, std::size_t i) HWY_ATTR { store(narrower, result_at(narrower, i), out + i); });
+  return true;
 }
 
-/// Stores `result_at(tag, first)` for all elements of a result that lies apart from its operands.
+/// Stores `result_at(tag, first)` for all elements of a result. Over an operand a result goes into the caches, which
+/// hold its lines already.
 template <class D, class R, class ResultAt>
-HWY_INLINE void store_results(D tag, R* out, std::size_t count, const ResultAt& result_at) {
-  const std::size_t done = store_past_caches(tag, out, count, result_at);
-  for_each_register(tag, count - done, [&](auto narrower, std::size_t i) HWY_ATTR {
-    store(narrower, result_at(narrower, done + i), out + done + i);
-  });
+HWY_INLINE void store_results(D tag, R* out, std::size_t count, ResultAt result_at, bool is_over_operand = false) {
+  if (HWY_UNLIKELY(is_large<R>(count)) && !is_over_operand && store_past_caches(tag, out, count, result_at)) return;
+  for_each_register(tag, count,
+                    [=](auto narrower, std::size_t i) HWY_ATTR { store(narrower, result_at(narrower, i), out + i); });
 }
 
 /// Truth values are stored as bytes of 0 or 1.

@@ -54,22 +54,49 @@ bool fails_now() noexcept {
   return true;
 }
 
+#if defined(HVM_POISON) || defined(HVM_STATE_PER_THREAD) || defined(ARRAYFOLD_ADDRESS_SANITIZER)
+
+BlockHead* new_block(std::size_t size, BlockKind) noexcept {
+  return static_cast<BlockHead*>(std::malloc(sizeof(BlockHead) + size));
+}
+
 // A debug build overwrites what it frees and keeps the last block, so that the use of a stale pointer is noticed.
 void free_block(BlockHead* head) noexcept {
 #ifdef HVM_POISON
   static HVM_STATE BlockHead* kept_back = nullptr;
   std::memset(head + 1, std::to_integer<int>(poison_byte), head->size);
-  std::free(std::exchange(kept_back, head));
-#else
-  std::free(head);
+  head = std::exchange(kept_back, head);
 #endif
+  std::free(head);
 }
+
+#else
+
+// Every call with an array as its value makes an object, and one of an earlier call has mostly just ended. All objects
+// have one size, so the next one takes the block of the last: the C library needs several times as long.
+constexpr std::size_t most_spare_blocks = 64;
+BlockHead* spare_blocks[most_spare_blocks];
+std::size_t spare_count;
+
+BlockHead* new_block(std::size_t size, BlockKind kind) noexcept {
+  if (kind == BlockKind::object && spare_count > 0) return spare_blocks[--spare_count];
+  return static_cast<BlockHead*>(std::malloc(sizeof(BlockHead) + size));
+}
+
+void free_block(BlockHead* head) noexcept {
+  if (head->kind == BlockKind::object && spare_count < most_spare_blocks)
+    spare_blocks[spare_count++] = head;
+  else
+    std::free(head);
+}
+
+#endif
 
 }  // namespace
 
 void* allocate(std::size_t size, BlockKind kind) noexcept {
   if (fails_now() || size > largest_block || is_beyond_limit(size)) return nullptr;
-  auto* head = static_cast<BlockHead*>(std::malloc(sizeof(BlockHead) + size));
+  BlockHead* head = new_block(size, kind);
   if (!head) return nullptr;
   *head = {size, kind, 1};
   ++live(kind);

@@ -51,27 +51,31 @@ class NewPages {
   void* start_;
 };
 
-TEST(LargeResults, InPagesThatWereWritten_GoPastTheCaches) {
-  const NewPages pages(least_large_result);
-  double* const result = static_cast<double*>(static_cast<void*>(pages.data()));
-  constexpr std::size_t count = least_large_result / sizeof(double);
-  EXPECT_FALSE(goes_past_caches(result, count)) << "no page is used";
-  std::memset(pages.data(), 1, least_large_result / 2);
-  EXPECT_FALSE(goes_past_caches(result, count)) << "the middle is not used";
-  std::memset(pages.data(), 1, least_large_result / 2 + 1);
-  EXPECT_FALSE(goes_past_caches(result, count)) << "the end is not used";
-  pages.data()[least_large_result - 1] = 1;
-  EXPECT_TRUE(goes_past_caches(result, count));
-  EXPECT_FALSE(goes_past_caches(result, count - 1)) << "it fits the caches";
+TEST(LargeResults, AreAsLargeAsTheCaches) {
+  EXPECT_TRUE(is_large<double>(least_large_result / sizeof(double)));
+  EXPECT_FALSE(is_large<double>(least_large_result / sizeof(double) - 1));
+  EXPECT_TRUE(is_large<std::int32_t>(least_large_result / sizeof(std::int32_t)));
+}
+
+TEST(UsedPages, AreThoseThatWereWritten) {
+  constexpr std::size_t size = std::size_t{1} << 20;
+  const NewPages pages(size);
+  EXPECT_FALSE(has_used_pages(pages.data(), size)) << "no page is used";
+  std::memset(pages.data(), 1, size / 2);
+  EXPECT_FALSE(has_used_pages(pages.data(), size)) << "the middle is not used";
+  std::memset(pages.data(), 1, size / 2 + 1);
+  EXPECT_FALSE(has_used_pages(pages.data(), size)) << "the end is not used";
+  pages.data()[size - 1] = 1;
+  EXPECT_TRUE(has_used_pages(pages.data(), size));
   answer_is_refused = true;
-  EXPECT_FALSE(goes_past_caches(result, count)) << "the system does not say";
+  EXPECT_FALSE(has_used_pages(pages.data(), size)) << "the system does not say";
   answer_is_refused = false;
 }
 
-TEST(LargeResults, BesideALineOfTheCache_GoIntoTheCaches) {
-  Memory<double> memory(least_large_result / sizeof(double) + 1, 1);
-  EXPECT_FALSE(goes_past_caches(memory.data(), least_large_result / sizeof(double)));
-  EXPECT_TRUE(goes_past_caches(memory.data() + 7, least_large_result / sizeof(double)));
+TEST(UsedPages, OfAResultBesideALineOfTheCache_AreNotAskedFor) {
+  Memory<double> memory(1000, 1);
+  EXPECT_FALSE(has_used_pages(memory.data(), 800));
+  EXPECT_TRUE(has_used_pages(memory.data() + 7, 800));
 }
 
 /// Runs a kernel for a result in used pages. `run(out)` writes as many elements as are expected.
