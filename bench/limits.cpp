@@ -73,6 +73,10 @@ FOR_EACH_PROCESSOR void smaller_ints(const std::int32_t* __restrict a, const std
 FOR_EACH_PROCESSOR void mark_nan(const double* __restrict in, const double*, double* __restrict out, std::size_t size) {
   for (std::size_t i = 0; i < size; ++i) out[i] = in[i] != in[i] ? 1.0 : 0.0;
 }
+FOR_EACH_PROCESSOR void write_doubles(const std::int32_t*, const std::int32_t*, double* __restrict out,
+                                      std::size_t size) {
+  for (std::size_t i = 0; i < size; ++i) out[i] = 1.0;
+}
 FOR_EACH_PROCESSOR void add_ints(const std::int32_t* __restrict a, const std::int32_t* __restrict b,
                                  std::int32_t* __restrict out, std::size_t size) {
   for (std::size_t i = 0; i < size; ++i) out[i] = a[i] + b[i];
@@ -220,6 +224,7 @@ void add_limits() {
   add_loop<XTInt>("square_ints", ints, &square_ints);
   add_loop<XTInt>("smaller_ints", ints, &smaller_ints);
   add_loop<XTDouble>("mark_nan", doubles, &mark_nan);
+  add_loop<XTInt>("write_doubles", ints, &write_doubles);
   add_loop<XTInt>("add_ints", ints, &add_ints);
   add_loop<XTDouble>("divide", doubles, &divide);
   add_loop<XTDouble>("compare", doubles, &compare);

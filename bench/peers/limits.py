@@ -10,7 +10,7 @@ CASES = {
     **{
         name: Case(ratios=LARGE)
         for name in ("square_ints", "smaller_ints", "mark_nan", "add_ints", "divide", "compare", "compare_ints",
-                     "add_in_place", "read", "add_in_order", "euclidean_norm")
+                     "add_in_place", "read", "write_doubles", "add_in_order", "euclidean_norm")
     },
     "two_sums_in_order": Case(ratios={100_000: None}),
     "squares_by_rows": Case(ratios={256: None, 1_024: None}),
