@@ -28,8 +28,8 @@ Registration* registrations_end() noexcept { return registrations + registration
 
 Registration* registration_of(const char* name) noexcept {
   if (!name) return nullptr;
-  for (Registration* known = registrations_end(); known-- != registrations;)
-    if (known->passed == name && std::strcmp(known->name, name) == 0) return known;
+  for (Registration* known = registrations_end(); known != registrations; --known)
+    if (known[-1].passed == name && std::strcmp(known[-1].name, name) == 0) return known - 1;
   for (Registration* known = registrations; known != registrations_end(); ++known)
     if (std::strcmp(known->name, name) == 0) return known;
   return nullptr;
