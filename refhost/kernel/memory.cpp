@@ -54,14 +54,29 @@ bool fails_now() noexcept {
   return true;
 }
 
+// Every call with an array as its value makes an object, and one of an earlier call has mostly just ended. All objects
+// have one size, so the next one takes the block of the last: the C library needs several times as long. Builds that
+// watch memory keep none, and threads would lose theirs at their end.
 #if defined(HVM_POISON) || defined(HVM_STATE_PER_THREAD) || defined(ARRAYFOLD_ADDRESS_SANITIZER)
+constexpr bool keeps_spare_blocks = false;
+#else
+constexpr bool keeps_spare_blocks = true;
+#endif
+constexpr std::size_t most_spare_blocks = 64;
+HVM_STATE BlockHead* spare_blocks[most_spare_blocks];
+HVM_STATE std::size_t spare_count;
 
-BlockHead* new_block(std::size_t size, BlockKind) noexcept {
+BlockHead* new_block(std::size_t size, BlockKind kind) noexcept {
+  if (keeps_spare_blocks && kind == BlockKind::object && spare_count > 0) return spare_blocks[--spare_count];
   return static_cast<BlockHead*>(std::malloc(sizeof(BlockHead) + size));
 }
 
 // A debug build overwrites what it frees and keeps the last block, so that the use of a stale pointer is noticed.
 void free_block(BlockHead* head) noexcept {
+  if (keeps_spare_blocks && head->kind == BlockKind::object && spare_count < most_spare_blocks) {
+    spare_blocks[spare_count++] = head;
+    return;
+  }
 #ifdef HVM_POISON
   static HVM_STATE BlockHead* kept_back = nullptr;
   std::memset(head + 1, std::to_integer<int>(poison_byte), head->size);
@@ -69,28 +84,6 @@ void free_block(BlockHead* head) noexcept {
 #endif
   std::free(head);
 }
-
-#else
-
-// Every call with an array as its value makes an object, and one of an earlier call has mostly just ended. All objects
-// have one size, so the next one takes the block of the last: the C library needs several times as long.
-constexpr std::size_t most_spare_blocks = 64;
-BlockHead* spare_blocks[most_spare_blocks];
-std::size_t spare_count;
-
-BlockHead* new_block(std::size_t size, BlockKind kind) noexcept {
-  if (kind == BlockKind::object && spare_count > 0) return spare_blocks[--spare_count];
-  return static_cast<BlockHead*>(std::malloc(sizeof(BlockHead) + size));
-}
-
-void free_block(BlockHead* head) noexcept {
-  if (head->kind == BlockKind::object && spare_count < most_spare_blocks)
-    spare_blocks[spare_count++] = head;
-  else
-    std::free(head);
-}
-
-#endif
 
 }  // namespace
 

@@ -38,6 +38,17 @@ namespace {
 
 const auto minus_one = static_cast<std::size_t>(-1);
 
+TEST(Strides, Resized_KeepTheirEntriesAndGetZeros) {
+  using Strides = xarray_of<double>::strides_type;
+  for (const std::size_t before : {0u, 1u, 3u, 4u, 6u})
+    for (const std::size_t after : {0u, 1u, 2u, 4u, 5u, 9u}) {
+      Strides strides(before, 7);
+      strides.resize(after);
+      ASSERT_EQ(strides.size(), after);
+      for (std::size_t i = 0; i < after; ++i) EXPECT_EQ(strides[i], i < before ? 7 : 0) << before << " to " << after;
+    }
+}
+
 TEST(CheckedSize, OfExtentsThatFit_IsTheirProduct) {
   EXPECT_EQ(checked_size(Shape{}, 8), 1u);
   EXPECT_EQ(checked_size(Shape{0}, 8), 0u);
