@@ -19,12 +19,14 @@ namespace {
 
 bool answer_is_refused = false;
 int questions = 0;
+const void* last_page = nullptr;
 
 }  // namespace
 
-/// The system's function, which tests can let fail and whose calls they count.
+/// The system's function, which tests can let fail. They count its calls and know the last page that it was asked for.
 extern "C" int mincore(void* start, std::size_t size, unsigned char* states) noexcept {
   ++questions;
+  last_page = start;
   if (!answer_is_refused) return static_cast<int>(syscall(SYS_mincore, start, size, states));
   errno = EAGAIN;
   return -1;
@@ -59,14 +61,16 @@ TEST(LargeResults, AreAsLargeAsTheCaches) {
 
 TEST(UsedPages, AreThoseThatWereWritten) {
   constexpr std::size_t size = std::size_t{1} << 20;
-  const NewPages pages(size);
+  const NewPages pages(size), without_end(size);
   EXPECT_FALSE(has_used_pages(pages.data(), size)) << "no page is used";
+  pages.data()[size - 1] = 1;
+  EXPECT_FALSE(has_used_pages(pages.data(), size)) << "the end alone is used";
   std::memset(pages.data(), 1, size / 2);
   EXPECT_FALSE(has_used_pages(pages.data(), size)) << "the middle is not used";
   std::memset(pages.data(), 1, size / 2 + 1);
-  EXPECT_FALSE(has_used_pages(pages.data(), size)) << "the end is not used";
-  pages.data()[size - 1] = 1;
   EXPECT_TRUE(has_used_pages(pages.data(), size));
+  std::memset(without_end.data(), 1, size / 2 + 1);
+  EXPECT_FALSE(has_used_pages(without_end.data(), size)) << "the end is not used";
   answer_is_refused = true;
   EXPECT_FALSE(has_used_pages(pages.data(), size)) << "the system does not say";
   answer_is_refused = false;
@@ -86,6 +90,9 @@ void expect_past_caches(const char* name, const std::vector<R>& expected, Run ru
   questions = 0;
   run(out.data());
   EXPECT_EQ(questions, 2) << "in the middle and at the end";
+  const auto* const page = static_cast<const unsigned char*>(last_page);
+  const auto* const last = reinterpret_cast<const unsigned char*>(out.data() + expected.size()) - 1;
+  EXPECT_TRUE(page <= last && last < page + 4096) << "the page of the last element";
   EXPECT_EQ(std::memcmp(out.data(), expected.data(), expected.size() * sizeof(R)), 0);
   EXPECT_TRUE(out.is_intact());
 }
@@ -144,6 +151,14 @@ TEST(LargeResults, OfKernels_AreThoseOfTheFormulas) {
   expect_large_results<float>();
   expect_large_results<std::int32_t>();
   expect_large_results<std::int64_t>();
+}
+
+TEST(LargeResults, OfSums_GoPastTheCaches) {
+  const auto elements = numbers<double>(least_large_result / sizeof(double), 1009);
+  const auto doubled = each<double, double>(elements, elements, [](double x, double y) { return x + y; });
+  expect_past_caches("sum", doubled, [&](double* out) {
+    arithmetic<double>().sum.both_advance(elements.data(), elements.data(), out, elements.size());
+  });
 }
 
 TEST(LargeResults, OverAnOperand_GoIntoTheCaches) {
